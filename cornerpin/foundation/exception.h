@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef CORNERPIN_FOUNDATION_EXCEPTION_H
+#define CORNERPIN_FOUNDATION_EXCEPTION_H
+
+#include <exception>
+
+#include "cornerpin/export.h"
+#include "cornerpin/foundation/lv_string.h"
+
+/// Base of every exception that the library throws by itself.
+///
+/// The description is the class name, then ": " and the message when there is one, then
+/// " (file:line)" when the line is not 0. A file without a line is never shown.
+class CORNERPIN_API LvException : public std::exception {
+ public:
+  explicit LvException(const LvString& message);
+  LvException(const LvString& message, const LvString& file, int line);
+  LvException(const LvException&) = default;
+  LvException& operator=(const LvException&) = default;
+  ~LvException() override;
+
+  /// The description, in a new allocation at every call: the caller releases it with `free`.
+  /// Null when memory has run out.
+  const char* what() const noexcept override;
+
+  virtual LvString className() const;
+
+  /// Writes the description and a line end to standard error.
+  virtual void report() const;
+
+  LvString message;
+  LvString file;  ///< source file; empty for every matrix, vector, array and decomposition error
+  int line = 0;   ///< source line; 0 means that there is no location
+};
+
+/// A matrix or vector error: a bad shape or index, or a LAPACK failure. Names itself
+/// "LvException" in its description.
+class CORNERPIN_API MMatrixError : public LvException {
+ public:
+  using Handler = void (*)(const char* message);
+
+  explicit MMatrixError(const LvString& message);
+  MMatrixError(const MMatrixError&) = default;
+  MMatrixError& operator=(const MMatrixError&) = default;
+  ~MMatrixError() override;
+
+  /// Installs a handler for all threads and returns the one that was there. Null restores
+  /// throwing. Not to be called while another thread may report an error.
+  static Handler setErrorHandler(Handler handler) noexcept;
+
+  /// Reports a matrix or vector error, formatted as printf does and cut at 999 characters.
+  ///
+  /// With a handler installed, calls it with the text and returns: the caller carries on as if
+  /// nothing had happened. Otherwise throws `MMatrixError`; when the environment variable
+  /// QXEXCEPTION was set (to anything) at the first such error of the process, "Matrix
+  /// exception - ", the text and a line end go to standard error first.
+  static void err(const char* format, ...) CORNERPIN_PRINTF(1, 2);
+
+ private:
+  static Handler sHandler;
+};
+
+/// An argument that a function cannot work with.
+class CORNERPIN_API LvIllegalArgumentException : public LvException {
+ public:
+  explicit LvIllegalArgumentException(const LvString& message);
+  LvIllegalArgumentException(const LvString& message, const LvString& file, int line);
+  LvIllegalArgumentException(const LvIllegalArgumentException&) = default;
+  LvIllegalArgumentException& operator=(const LvIllegalArgumentException&) = default;
+  ~LvIllegalArgumentException() override;
+
+  LvString className() const override;
+};
+
+/// An array index outside its range.
+class CORNERPIN_API LvBadIndexException : public LvIllegalArgumentException {
+ public:
+  explicit LvBadIndexException(const LvString& message);
+  LvBadIndexException(const LvString& message, const LvString& file, int line);
+  LvBadIndexException(const LvBadIndexException&) = default;
+  LvBadIndexException& operator=(const LvBadIndexException&) = default;
+  ~LvBadIndexException() override;
+
+  LvString className() const override;
+};
+
+#endif

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "cornerpin/foundation/matrix.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "cornerpin/foundation/shared_buffer.h"
+
+using cornerpin::internal::acquire;
+using cornerpin::internal::newBuffer;
+using cornerpin::internal::release;
+
+namespace {
+
+// The first index of first .. first + count - 1 that lies outside 0 .. size - 1, or `first` when
+// none does.
+int firstOutside(int first, int count, int size) {
+  if (first < 0 || first >= size || count <= size - first) return first;
+  return size;
+}
+
+}  // namespace
+
+template <class T>
+MGenMatrix<T>::MGenMatrix(int rows, int cols, Layout layout) {
+  if (rows < 0 || cols < 0) {
+    MMatrixError::err("MVector length %d must be nonnegative", rows < 0 ? rows : cols);
+    return;
+  }
+  buffer = newBuffer<T>(std::int64_t{rows} * cols);
+  data = buffer;
+  this->rows = rows;
+  this->cols = cols;
+  rowStride = layout == RowMajor ? cols : 1;
+  colStride = layout == RowMajor ? 1 : rows;
+}
+
+template <class T>
+MGenMatrix<T>::MGenMatrix(const MGenMatrix& other) noexcept
+    : buffer(other.buffer),
+      rows(other.rows),
+      cols(other.cols),
+      rowStride(other.rowStride),
+      colStride(other.colStride),
+      data(other.data) {
+  acquire(buffer);
+}
+
+template <class T>
+MGenMatrix<T>& MGenMatrix<T>::operator=(const MGenMatrix& other) noexcept {
+  acquire(other.buffer);
+  T* const shared = other.buffer;  // `other` may be this matrix
+  release(buffer);
+  buffer = shared;
+  rows = other.rows;
+  cols = other.cols;
+  rowStride = other.rowStride;
+  colStride = other.colStride;
+  data = other.data;
+  return *this;
+}
+
+template <class T>
+MGenMatrix<T>::~MGenMatrix() {
+  release(buffer);
+}
+
+template <class T>
+MGenMatrix<T> MGenMatrix<T>::copy(Layout layout) const {
+  MGenMatrix result(rows, cols, layout);
+  result.set(*this);
+  return result;
+}
+
+template <class T>
+template <class U>
+MGenMatrix<T>& MGenMatrix<T>::set(const MGenMatrix<U>& source) {
+  const void* const self = this;
+  if (self == &source) return *this;
+  if (rows != source.rows) {
+    MMatrixError::err("MMatrix row mismatch %d != %d", rows, source.rows);
+  }
+  if (cols != source.cols) {
+    MMatrixError::err("MMatrix col mismatch %d != %d", cols, source.cols);
+  }
+  const void* const sourceBuffer = source.buffer;
+  const bool overlap = buffer != nullptr && buffer == sourceBuffer;
+  const MGenMatrix<U> from = overlap ? source.copy(MGenMatrix<U>::ColumnMajor) : source;
+  const std::ptrdiff_t rowsToCopy = std::min(rows, from.rows);
+  const std::ptrdiff_t colsToCopy = std::min(cols, from.cols);
+  for (std::ptrdiff_t i = 0; i < rowsToCopy; ++i) {
+    for (std::ptrdiff_t j = 0; j < colsToCopy; ++j) {
+      data[i * rowStride + j * colStride] =
+          static_cast<T>(from.data[i * from.rowStride + j * from.colStride]);
+    }
+  }
+  return *this;
+}
+
+template <class T>
+void MGenMatrix<T>::resize(int rows, int cols, Layout layout) {
+  const bool columnMajor = rowStride == 1 && colStride == rows;
+  const bool rowMajor = colStride == 1 && rowStride == cols;
+  const bool hasLayout =
+      layout == ColumnMajor ? columnMajor : (layout == RowMajor ? rowMajor : true);
+  if (rows == this->rows && cols == this->cols && hasLayout) return;
+  MGenMatrix result(rows, cols, layout);
+  const int rowsToKeep = std::min(result.rows, this->rows);
+  const int colsToKeep = std::min(result.cols, this->cols);
+  if (rowsToKeep > 0 && colsToKeep > 0) {
+    result.view(0, 0, rowsToKeep, colsToKeep).set(view(0, 0, rowsToKeep, colsToKeep));
+  }
+  *this = result;
+}
+
+template <class T>
+MGenMatrix<T> MGenMatrix<T>::view(int row, int col, int rowsInView, int colsInView) const {
+  if (rowsInView < 0 || colsInView < 0) {
+    MMatrixError::err("MVector length %d must be nonnegative",
+                      rowsInView < 0 ? rowsInView : colsInView);
+    return MGenMatrix();
+  }
+  MGenMatrix result(*this);
+  result.rows = rowsInView;
+  result.cols = colsInView;
+  if (rowsInView == 0 || colsInView == 0) return result;
+  if (!checkColumn(firstOutside(col, colsInView, cols)) ||
+      !checkRow(firstOutside(row, rowsInView, rows))) {
+    return MGenMatrix();
+  }
+  result.data = data + offset(row, col);
+  return result;
+}
+
+template <class T>
+MGenVector<T> MGenMatrix<T>::row(int i) const {
+  if (!checkRow(i)) return MGenVector<T>();
+  return MGenVector<T>(buffer, cols, colStride, cols == 0 ? data : data + offset(i, 0));
+}
+
+template <class T>
+MGenVector<T> MGenMatrix<T>::column(int j) const {
+  if (!checkColumn(j)) return MGenVector<T>();
+  return MGenVector<T>(buffer, rows, rowStride, rows == 0 ? data : data + offset(0, j));
+}
+
+template <class T>
+bool MGenMatrix<T>::ownsBuffer() const noexcept {
+  return cornerpin::internal::hasOneHolder(buffer);
+}
+
+template class MGenMatrix<float>;
+template class MGenMatrix<double>;
+template class MGenMatrix<int>;
+template class MGenMatrix<char*>;
+
+#define CORNERPIN_INSTANTIATE_SET(T)                                     \
+  template MGenMatrix<T>& MGenMatrix<T>::set(const MGenMatrix<float>&);  \
+  template MGenMatrix<T>& MGenMatrix<T>::set(const MGenMatrix<double>&); \
+  template MGenMatrix<T>& MGenMatrix<T>::set(const MGenMatrix<int>&)
+
+CORNERPIN_INSTANTIATE_SET(float);
+CORNERPIN_INSTANTIATE_SET(double);
+CORNERPIN_INSTANTIATE_SET(int);
+template MGenMatrix<char*>& MGenMatrix<char*>::set(const MGenMatrix<char*>&);

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "cornerpin/foundation/norm.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace {
+
+template <class T>
+T square(T x) {
+  return x * x;
+}
+
+// The squares of 0 to 8 elements. The grouping belongs to the result: neighbours, then pairs of
+// pairs, with the odd element joining last.
+template <class T>
+T sumOfUpToEight(const T* p, int n, std::ptrdiff_t stride) {
+  const auto q = [p, stride](std::ptrdiff_t i) { return square(p[i * stride]); };
+  switch (n) {
+    case 1:
+      return q(0);
+    case 2:
+      return q(0) + q(1);
+    case 3:
+      return (q(0) + q(1)) + q(2);
+    case 4:
+      return (q(0) + q(1)) + (q(2) + q(3));
+    case 5:
+      return ((q(0) + q(1)) + (q(2) + q(3))) + q(4);
+    case 6:
+      return ((q(0) + q(1)) + (q(2) + q(3))) + (q(4) + q(5));
+    case 7:
+      return ((q(0) + q(1)) + (q(2) + q(3))) + ((q(4) + q(5)) + q(6));
+    case 8:
+      return ((q(0) + q(1)) + (q(2) + q(3))) + ((q(4) + q(5)) + (q(6) + q(7)));
+    default:
+      return T{0};
+  }
+}
+
+int largestPowerOfTwoNotAbove(int n) {
+  unsigned bits = static_cast<unsigned>(n);
+  for (const unsigned shift : {1u, 2u, 4u, 8u, 16u}) bits |= bits >> shift;
+  return static_cast<int>(bits & ~(bits >> 1));
+}
+
+// The k leading squares of a longer vector; k is a power of two, at least 8.
+template <class T>
+T sumOfLeadingPower(const T* p, int k) {
+  if (k == 8) return sumOfUpToEight(p, k, 1);
+  const int half = k / 2;
+  return _vector_norm2_2(p, half) + _vector_norm2_2(p + half, half);
+}
+
+}  // namespace
+
+template <class T>
+T _vector_norm2_2(const T* p, int n) {
+  if (n <= 8) return sumOfUpToEight(p, n, 1);
+  const int quarter = n / 4;
+  const auto sum = [quarter](const T* from) { return _vector_norm2_2(from, quarter); };
+  return (sum(p) + sum(p + quarter)) + (sum(p + 2 * quarter) + sum(p + 3 * quarter));
+}
+
+template <class T>
+T _vector_norm2(const T* p, int n) {
+  if (n <= 8) return sumOfUpToEight(p, n, 1);
+  const int k = largestPowerOfTwoNotAbove(n);
+  const T leading = sumOfLeadingPower(p, k);
+  return k < n ? leading + _vector_norm2(p + k, n - k) : leading;
+}
+
+template <class T>
+T _vector_norm2(const T* p, int n, int stride) {
+  if (n <= 8) return sumOfUpToEight(p, n, stride);
+  const int k = largestPowerOfTwoNotAbove(n);
+  // Contiguous whatever the stride; only the tail steps by it.
+  const T leading = sumOfLeadingPower(p, k);
+  if (k == n) return leading;
+  return leading + _vector_norm2(p + static_cast<std::ptrdiff_t>(k) * stride, n - k, stride);
+}
+
+template float _vector_norm2(const float* p, int n);
+template float _vector_norm2(const float* p, int n, int stride);
+template float _vector_norm2_2(const float* p, int n);
+
+bool finite(const MGenMatrix<double>& m) {
+  for (int i = 0; i < m.rows; ++i) {
+    for (int j = 0; j < m.cols; ++j) {
+      if (!std::isfinite(m(i, j))) return false;
+    }
+  }
+  return true;
+}
+
+bool finite(const MGenVector<double>& v) {
+  for (int i = 0; i < v.length; ++i) {
+    if (!std::isfinite(v[i])) return false;
+  }
+  return true;
+}

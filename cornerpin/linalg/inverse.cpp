@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "cornerpin/linalg/inverse.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "cornerpin/linalg/lapack.h"
+
+namespace {
+
+template <class T>
+struct Lapack;
+
+template <>
+struct Lapack<float> {
+  static constexpr const char* factoriseName = "sgetrf";
+  static constexpr const char* invertName = "sgetri";
+  static constexpr auto factorise = sgetrf_;
+  static constexpr auto invert = sgetri_;
+};
+
+template <>
+struct Lapack<double> {
+  static constexpr const char* factoriseName = "dgetrf";
+  static constexpr const char* invertName = "dgetri";
+  static constexpr auto factorise = dgetrf_;
+  static constexpr auto invert = dgetri_;
+};
+
+// What a routine answers when it refuses an argument. The library sees a refusal coming and does
+// not make the call, because LAPACK's own error routine prints and may end the process.
+constexpr int kRefused = -1;
+
+void report(int info, const char* routine) {
+  if (info < 0) MMatrixError::err("%s", routine);
+  if (info > 0) MMatrixError::err("inverse: singular matrix");
+}
+
+// Factorises the m x n matrix in `lu` (leading dimension m) in place.
+template <class T>
+void factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
+  int info = kRefused;
+  if (m >= 1) Lapack<T>::factorise(&m, &n, lu.data, &m, pivots.data, &info);
+  report(info, Lapack<T>::factoriseName);
+}
+
+int workLength(int n, const char* routine) {
+  const int blockSizeQuery = 1;
+  const int blockSize = ilaenv_(&blockSizeQuery, routine, nullptr, nullptr, nullptr, nullptr,
+                                nullptr, 6, 0);
+  const std::int64_t length = std::int64_t{blockSize} * n;
+  return static_cast<int>(std::min<std::int64_t>(length, std::numeric_limits<int>::max()));
+}
+
+// Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block.
+template <class T>
+void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots) {
+  const int lwork = workLength(n, Lapack<T>::invertName);
+  MGenVector<T> work(lwork);
+  int info = kRefused;
+  if (m >= std::max(1, n) && lwork >= std::max(1, n)) {
+    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work.data, &lwork, &info);
+  }
+  report(info, Lapack<T>::invertName);
+}
+
+template <class T>
+MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
+  const int m = a.rows;
+  const int n = a.cols;
+  // The inversion interchanges columns by pivot row, which in a tall matrix may lie beyond n: the
+  // factors get a column for every row.
+  MGenMatrix<T> factors(m, std::max(m, n), MGenMatrix<T>::ColumnMajor);
+  MGenMatrix<T> result = factors.view(0, 0, m, n);
+  result.set(a);
+  MGenVector<int> pivots(n);
+  factorise(m, n, factors, pivots);
+  invertFactors(m, n, factors, pivots);
+  return m > n ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
+}
+
+}  // namespace
+
+MGenMatrix<float> inverse(const MGenMatrix<float>& a) { return inverseOf(a); }
+
+MGenMatrix<double> inverse(const MGenMatrix<double>& a) { return inverseOf(a); }
+
+double determinant(const MGenMatrix<double>& a) {
+  const int n = a.cols;
+  if (n == 0) return 1.0;
+  MGenMatrix<double> factors = a.copy(MGenMatrix<double>::ColumnMajor);
+  MGenVector<int> pivots(n);
+  factorise(a.rows, n, factors, pivots);
+  double product = 1.0;
+  for (int i = 0; i < n; ++i) {
+    // LAPACK counts rows from 1, so no entry equals its position: the sign flips at every step.
+    if (pivots[i] != i) product = -product;
+    product *= factors(i, i);
+  }
+  return product;
+}

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "cornerpin/solver/matchmove.h"
+
+#include "cornerpin/solver/lm_solver.h"
+#include "cornerpin/solver/matchmove_problem.h"
+#include "cornerpin/solver/same_layout.h"
+
+template class MArray<MMatchmoveTrack>;
+template class MArray<MGenMatrix<float>>;
+
+using Matrix = MGenMatrix<float>;
+
+void MMatchmove::solve() {
+  setupOutputs();
+  solveBaseFrame();
+  for (int f = baseFrame + 1; f < frameCount; ++f) {
+    outputs[f] = outputs[f - 1].copy(Matrix::ColumnMajor);
+    solveFrame(f);
+  }
+  for (int f = baseFrame - 1; f >= 0; --f) {
+    outputs[f] = outputs[f + 1].copy(Matrix::ColumnMajor);
+    solveFrame(f);
+  }
+}
+
+void MMatchmove::setupOutputs() {
+  const int frames = tracks[0].weights.length;  // fails without tracks, before anything changes
+  trackCount = tracks.size();
+  frameCount = frames;
+  cornerpin::internal::resizeKeepingLayout(basePositions, trackCount, 2);
+  baseWeights.resize(trackCount);
+  outputs.resize(frameCount);
+}
+
+void MMatchmove::solveBaseFrame() {
+  Matrix identity(3, 3, Matrix::ColumnMajor);
+  for (int i = 0; i < 3; ++i) identity(i, i) = 1.0f;
+  outputs[baseFrame] = identity;
+  for (int i = 0; i < baseWeights.length; ++i) baseWeights[i] = 0.0f;
+  for (int i = 0; i < trackCount; ++i) {
+    baseWeights[i] = tracks[i].weights[baseFrame];
+    basePositions(i, 0) = tracks[i].positions(baseFrame, 0);
+    basePositions(i, 1) = tracks[i].positions(baseFrame, 1);
+  }
+}
+
+void MMatchmove::solveFrame(int frame) {
+  MMatchmoveProblem problem(this, frame);
+  if (problem.activeCount == 0) return;
+  MGenVector<float> start;
+  problem.xToVector(outputs[frame], start);
+  MLMSolver solver;
+  solver.setProblem(&problem);
+  solver.setGoal(problem.getGoal());
+  solver.setState(start);
+  solver.solve();
+  Matrix& output = outputs[frame];
+  if (!output.ownsBuffer()) output = output.copy(Matrix::ColumnMajor);
+  problem.xToMatrix(solver.getState(), output);
+}
+
+void MMatchmove::project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const {
+  const Matrix& h = outputs[frame];
+  const float x = p[0];
+  const float y = p[1];
+  const auto row = [&](int r) { return (x * h(r, 0) + y * h(r, 1)) + h(r, 2); };
+  const float u = row(0);
+  const float v = row(1);
+  const float w = row(2);
+  out.resize(2);
+  out[0] = u / w;
+  out[1] = v / w;
+}
