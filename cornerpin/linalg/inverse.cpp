@@ -107,7 +107,11 @@ double determinant(const MGenMatrix<double>& a) {
   for (int i = 0; i < n; ++i) {
     // LAPACK counts rows from 1, so no entry equals its position: the sign flips at every step.
     if (pivots[i] != i) product = -product;
-    product *= factors(i, i);
+    if (i < a.rows) {
+      product *= factors(i, i);
+    } else {  // reported as the access would, which has no element to go on with
+      MMatrixError::err("MMatrix row %d out of range 0..%d", i, a.rows - 1);
+    }
   }
   return product;
 }

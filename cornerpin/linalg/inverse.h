@@ -33,7 +33,8 @@ CORNERPIN_API MGenMatrix<double> inverse(const MGenMatrix<double>& a);
 /// Row exchanges do not enter, so the 2 x 2 identity gives 1 and the 3 x 3 identity -1. Without
 /// columns the result is 1. Reports "inverse: singular matrix" on an exactly zero pivot, so
 /// singular input is never returned as 0; "dgetrf" for columns without rows; and "MMatrix row %d
-/// out of range 0..%d" for more columns than rows.
+/// out of range 0..%d" for every column beyond the rows. With a handler installed the product is
+/// that of the diagonal that is there.
 CORNERPIN_API double determinant(const MGenMatrix<double>& a);
 
 #endif

@@ -624,8 +624,45 @@ TEST(Determinant, MoreColumnsThanRowsReportsTheFirstMissingRow) {
             "MMatrix row 1 out of range 0..0");
 }
 
+TEST(Determinant, MoreColumnsThanRowsCarriesOnWithTheDiagonalThatIsThere) {
+  RecordedReports reports;
+  EXPECT_EQ(determinant(doubles({{2, 1, 1, 1}, {0, 3, 1, 1}})), 6.0);
+  EXPECT_EQ(reports.all(),
+            (Reports{"MMatrix row 2 out of range 0..1", "MMatrix row 3 out of range 0..1"}));
+}
+
 TEST(Determinant, WithoutRowsIsReportedByTheFactorisation) {
   EXPECT_EQ(thrownMessage([] { determinant(empty<double>(0, 2)); }), "dgetrf");
+}
+
+TEST(Determinant, WithoutRowsCarriesOnToTheMissingRows) {
+  const ChildRun run = runInChild([] {
+    RecordedReports reports;
+    const double product = determinant(empty<double>(0, 2));
+    if (reports.all() !=
+        Reports{"dgetrf", "MMatrix row 0 out of range 0..-1", "MMatrix row 1 out of range 0..-1"}) {
+      throw std::bad_alloc();
+    }
+    // Without a factorisation the pivots are zeros: the sign flips behind the first alone.
+    if (product != -1.0) throw std::bad_alloc();
+  });
+  EXPECT_TRUE(run.exited);
+}
+
+TEST(Determinant, RefusalsPrintNothingAndTheProcessLives) {
+  const int shapes[][2] = {{0, 1}, {0, 3}, {1, 2}, {2, 3}};
+  for (const auto& shape : shapes) {
+    const ChildRun run = runInChild([&shape] {
+      std::mt19937 random(kSeed);
+      const Double a = randomMatrix<double>(shape[0], shape[1], random);
+      thrownMessage([&a] { determinant(a); });
+      RecordedReports reports;
+      determinant(a);
+    });
+    EXPECT_TRUE(run.exited) << shape[0] << ' ' << shape[1];
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "");
+  }
 }
 
 TEST(Determinant, LeaksNothingWhicheverAllocationFails) {
