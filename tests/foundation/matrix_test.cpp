@@ -15,6 +15,7 @@
 
 #include "tests/support/allocations.h"
 #include "tests/support/buffer_header.h"
+#include "tests/support/element_types.h"
 #include "tests/support/reports.h"
 
 namespace {
@@ -59,8 +60,7 @@ Matrix transposed(Matrix m) {
 
 template <class T>
 class EveryMatrix : public testing::Test {};
-using ElementTypes = testing::Types<float, double, int, char*>;
-TYPED_TEST_SUITE(EveryMatrix, ElementTypes);
+TYPED_TEST_SUITE(EveryMatrix, ElementTypes, ElementTypeName);
 
 TYPED_TEST(EveryMatrix, IsEmptyByDefault) {
   const MGenMatrix<TypeParam> m;

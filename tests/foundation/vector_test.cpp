@@ -13,6 +13,7 @@
 
 #include "tests/support/allocations.h"
 #include "tests/support/buffer_header.h"
+#include "tests/support/element_types.h"
 #include "tests/support/reports.h"
 
 namespace {
@@ -38,8 +39,7 @@ using Floats = std::vector<float>;
 
 template <class T>
 class EveryVector : public testing::Test {};
-using ElementTypes = testing::Types<float, double, int, char*>;
-TYPED_TEST_SUITE(EveryVector, ElementTypes);
+TYPED_TEST_SUITE(EveryVector, ElementTypes, ElementTypeName);
 
 TYPED_TEST(EveryVector, IsEmptyByDefault) {
   const MGenVector<TypeParam> v;

@@ -16,6 +16,7 @@
 #include "tests/support/allocations.h"
 #include "tests/support/buffer_header.h"
 #include "tests/support/child.h"
+#include "tests/support/element_types.h"
 #include "tests/support/reports.h"
 
 namespace {
@@ -230,7 +231,7 @@ class Inverse : public testing::Test {
   static const char* invert() { return sizeof(T) == sizeof(float) ? "sgetri" : "dgetri"; }
 };
 using Precisions = testing::Types<float, double>;
-TYPED_TEST_SUITE(Inverse, Precisions);
+TYPED_TEST_SUITE(Inverse, Precisions, ElementTypeName);
 
 constexpr const char* kSingular = "inverse: singular matrix";
 
