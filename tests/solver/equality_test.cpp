@@ -323,6 +323,20 @@ TEST(MMatchmoveEquality, ASecondSolveOfTheSceneIsTheReferences) {
   }
 }
 
+TEST(MMatchmoveEquality, AShotReplacedByAnotherIsTheReferences) {
+  MMatchmove scene;
+  reference::Scene kept;
+  for (std::uint32_t seed = 2001; seed <= 2100; ++seed) {
+    const reference::Scene shot = scenes::randomShot(seed);
+    kept.tracks = shot.tracks;
+    kept.baseFrame = shot.baseFrame;
+    scenes::fill(scene, shot, seed);
+    const std::string expected = scenes::solve(kept);
+    const std::string found = scenes::solve(scene);
+    ASSERT_EQ(scenes::resultOf(scene, found), scenes::resultOf(kept, expected)) << "seed " << seed;
+  }
+}
+
 TEST(MMatchmoveEquality, TheHashOfAllResultsIsTheReferences) {
   std::uint64_t expected = 14695981039346656037u;
   std::uint64_t found = expected;
