@@ -206,6 +206,13 @@ TEST(MLMSolverFailure, WithoutGoalsTheNormalMatrixIsSingular) {
   EXPECT_EQ(thrownBy<MMatrixError>([&] { solver.solve(); }), "inverse: singular matrix");
 }
 
+TEST(MLMSolverFailure, WithoutAProblemIsAnArgumentError) {
+  MLMSolver solver;
+  solver.setState(vectorOf({1}));
+  EXPECT_EQ(thrownBy<LvIllegalArgumentException>([&] { solver.solve(); }), "MLMSolver::solve");
+  EXPECT_EQ(floatsOf(solver.getState()), Floats{1});
+}
+
 TEST(MLMSolverFailure, NoAllocationFailureLeaks) {
   const std::size_t failures = allocations::expectNoLeakOnAnyFailure([] {
     SharingIdentity problem;
