@@ -127,7 +127,9 @@ void addTracks(Scene& shot, Random& random, Trouble trouble, int frames) {
       double v = 0;
       motions[size(f)].apply(point.x, point.y, u, v);
       const double off = f == shot.baseFrame ? 0.0 : noise;
-      place(track, f, u + off * random.real(-1, 1), v + off * random.real(-1, 1), units);
+      u += off * random.real(-1, 1);
+      v += off * random.real(-1, 1);
+      place(track, f, u, v, units);
       track.weights[size(f)] = randomWeight(random, palette);
     }
     shot.tracks.push_back(track);
