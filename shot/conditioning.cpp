@@ -25,7 +25,13 @@ bool isFinite(const Homography& h) {
   return true;
 }
 
-Conditioning Conditioning::fitting(Point smallest, Point largest) {
+Conditioning Conditioning::fitting(const std::vector<Point>& points) {
+  Point smallest = points.front();
+  Point largest = smallest;
+  for (const Point& p : points) {
+    smallest = {std::min(smallest.x, p.x), std::min(smallest.y, p.y)};
+    largest = {std::max(largest.x, p.x), std::max(largest.y, p.y)};
+  }
   // Halves first: the box may be as wide as numbers go.
   const double half =
       std::max(largest.x / 2 - smallest.x / 2, largest.y / 2 - smallest.y / 2);
@@ -34,17 +40,17 @@ Conditioning Conditioning::fitting(Point smallest, Point largest) {
           std::isfinite(scale) ? scale : 1.0};
 }
 
-Homography Conditioning::undo(const Homography& h) const {
-  Homography right = h;  // h * N
+Homography unconditioned(const Homography& h, const Conditioning& from, const Conditioning& to) {
+  Homography right = h;  // h * from
   for (auto& row : right) {
-    row[2] -= scale * (row[0] * centre.x + row[1] * centre.y);
-    row[0] *= scale;
-    row[1] *= scale;
+    row[2] -= from.scale * (row[0] * from.centre.x + row[1] * from.centre.y);
+    row[0] *= from.scale;
+    row[1] *= from.scale;
   }
-  Homography result = right;  // inv(N) * h * N
+  Homography result = right;  // inv(to) * h * from
   for (std::size_t j = 0; j < 3; ++j) {
-    result[0][j] = right[0][j] / scale + centre.x * right[2][j];
-    result[1][j] = right[1][j] / scale + centre.y * right[2][j];
+    result[0][j] = right[0][j] / to.scale + to.centre.x * right[2][j];
+    result[1][j] = right[1][j] / to.scale + to.centre.y * right[2][j];
   }
   const double last = result[2][2];
   for (auto& row : result) {

@@ -3,6 +3,7 @@
 #define SHOT_CONDITIONING_H
 
 #include <array>
+#include <vector>
 
 namespace cornerpin {
 
@@ -24,18 +25,19 @@ bool isFinite(const Homography& h);
 /// The similarity p -> scale * (p - centre) between the caller's coordinates and those in which
 /// the solver works best. One scale for both axes: a least-squares optimum stays one.
 struct Conditioning {
-  /// Carries the box onto -1 .. 1 in its longer direction, its centre onto 0; the scale is 1 when
-  /// the box is a point.
-  static Conditioning fitting(Point smallest, Point largest);
+  /// Carries the box around the points (at least one) onto -1 .. 1 in its longer direction, its
+  /// centre onto 0; the scale is 1 when the points coincide.
+  static Conditioning fitting(const std::vector<Point>& points);
 
   Point apply(Point p) const { return {scale * (p.x - centre.x), scale * (p.y - centre.y)}; }
-
-  /// inv(N) * h * N, N being this similarity, divided by its last element.
-  Homography undo(const Homography& h) const;
 
   Point centre;
   double scale = 1.0;
 };
+
+/// inv(to) * h * from, divided by its last element: h between conditioned coordinates, turned into
+/// the same transform between the callers'.
+Homography unconditioned(const Homography& h, const Conditioning& from, const Conditioning& to);
 
 }  // namespace cornerpin
 

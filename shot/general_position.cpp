@@ -2,26 +2,13 @@
 #include "shot/general_position.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
-extern "C" void dsyev_(const char* job, const char* triangle, const int* n, double* a,
-                       const int* lda, double* eigenvalues, double* work, const int* lwork,
-                       int* info, std::size_t jobLength, std::size_t triangleLength);
+#include "shot/symmetric_eigen.h"
 
 namespace cornerpin {
 
 namespace {
-
-constexpr int kSize = 8;
-using Row = std::array<double, kSize>;
-using Gram = std::array<double, kSize * kSize>;
-
-void addRow(Gram& gram, const Row& row) {
-  for (std::size_t j = 0; j < kSize; ++j) {
-    for (std::size_t i = 0; i < kSize; ++i) gram[j * kSize + i] += row[i] * row[j];
-  }
-}
 
 // Centres the points and scales them to an RMS distance of sqrt(2); false when they coincide.
 bool normalise(std::vector<Point>& points) {
@@ -51,19 +38,14 @@ bool normalise(std::vector<Point>& points) {
 double positionRatio(const std::vector<Point>& points) {
   std::vector<Point> normalised = points;
   if (points.size() < 4 || !normalise(normalised)) return 0.0;
-  Gram gram{};
+  NormalMatrix<8> normal;
   for (const Point& p : normalised) {
-    addRow(gram, {p.x, p.y, 1.0, 0.0, 0.0, 0.0, -p.x * p.x, -p.x * p.y});
-    addRow(gram, {0.0, 0.0, 0.0, p.x, p.y, 1.0, -p.y * p.x, -p.y * p.y});
+    normal.add({p.x, p.y, 1.0, 0.0, 0.0, 0.0, -p.x * p.x, -p.x * p.y});
+    normal.add({0.0, 0.0, 0.0, p.x, p.y, 1.0, -p.y * p.x, -p.y * p.y});
   }
-  Row eigenvalues{};
-  std::array<double, 34 * kSize> work{};
-  const int workSize = static_cast<int>(work.size());
-  int info = 0;
-  dsyev_("N", "U", &kSize, gram.data(), &kSize, eigenvalues.data(), work.data(), &workSize, &info,
-         1, 1);
-  if (info != 0) return 0.0;
-  return std::sqrt(std::max(eigenvalues.front(), 0.0) / eigenvalues.back());
+  if (!normal.decompose()) return 0.0;
+  const auto& squares = normal.eigenvalues;
+  return std::sqrt(std::max(squares.front(), 0.0) / squares.back());
 }
 
 bool inGeneralPosition(const std::vector<Point>& points) {

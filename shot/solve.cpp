@@ -11,6 +11,7 @@
 
 #include "cornerpin/cornerpin.h"
 #include "shot/general_position.h"
+#include "shot/linear_fit.h"
 
 namespace cornerpin {
 
@@ -26,20 +27,33 @@ Point place(const Observation& o) { return {o.x, o.y}; }
 struct Active {
   std::vector<Point> base;
   std::vector<Point> here;
+  std::vector<double> weights;
 
   std::size_t size() const { return base.size(); }
 };
 
+double squaredDistance(const Homography& h, const Active& active, std::size_t i) {
+  const Point p = map(h, active.base[i]);
+  const double dx = p.x - active.here[i].x;
+  const double dy = p.y - active.here[i].y;
+  return dx * dx + dy * dy;
+}
+
 double rmsOf(const Homography& h, const Active& active) {
   double squares = 0.0;
-  for (std::size_t i = 0; i < active.size(); ++i) {
-    const Point p = map(h, active.base[i]);
-    const double dx = p.x - active.here[i].x;
-    const double dy = p.y - active.here[i].y;
-    squares += dx * dx + dy * dy;
-  }
+  for (std::size_t i = 0; i < active.size(); ++i) squares += squaredDistance(h, active, i);
   const double rms = std::sqrt(squares / static_cast<double>(active.size()));
   return std::isfinite(rms) ? rms : std::numeric_limits<double>::quiet_NaN();
+}
+
+// What the solver minimises.
+double costOf(const Homography& h, const Active& active) {
+  double cost = 0.0;
+  for (std::size_t i = 0; i < active.size(); ++i) {
+    const double w = active.weights[i];
+    cost += w * w * squaredDistance(h, active, i);
+  }
+  return cost;
 }
 
 // Whether all the points lie strictly on one side of the horizon.
@@ -60,6 +74,24 @@ Homography toDouble(const MGenMatrix<float>& m) {
   }
   return h;
 }
+
+MGenMatrix<float> toFloat(const Homography& h) {
+  MGenMatrix<float> m(3, 3, MGenMatrix<float>::ColumnMajor);
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      m(i, j) = static_cast<float>(h[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]);
+    }
+  }
+  return m;
+}
+
+// How a frame came out.
+struct Fit {
+  MGenMatrix<float> transform;  // the solver's own
+  Homography h{};               // in the file's units
+  double cost = 0.0;
+  std::string reason;           // why it does not count; empty when it does
+};
 
 class ShotSolver {
  public:
@@ -101,13 +133,9 @@ class ShotSolver {
   }
 
   void setUpScene() {
-    Point smallest = place(base_.front());
-    Point largest = smallest;
-    for (const Observation& o : base_) {
-      smallest = {std::min(smallest.x, o.x), std::min(smallest.y, o.y)};
-      largest = {std::max(largest.x, o.x), std::max(largest.y, o.y)};
-    }
-    const Conditioning fitting = Conditioning::fitting(smallest, largest);
+    std::vector<Point> points;
+    for (const Observation& o : base_) points.push_back(place(o));
+    const Conditioning fitting = Conditioning::fitting(points);
     result_.baseCentre = fitting.centre;
     if (result_.units == Units::Fit) conditioning_ = fitting;
     scene_.tracks.resize(result_.baseTracks);
@@ -142,45 +170,46 @@ class ShotSolver {
   }
 
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
+    chainBroken_ = false;
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
-      scene_.outputs[kFrameRow] = neighbour.copy(MGenMatrix<float>::ColumnMajor);
       FrameResult& result = resultOf(frame);
       result.frame = frame;
-      solveFrame(result);
-      if (result.status == Status::Solved) {
-        neighbour = scene_.outputs[kFrameRow];
-      } else {
-        result.h = held;
-      }
+      const Fit fit = solveFrame(frame, neighbour);
+      if (fit.reason.empty()) neighbour = fit.transform;
+      result.status = fit.reason.empty() ? Status::Solved : Status::Held;
+      result.reason = fit.reason;
+      result.h = fit.reason.empty() ? fit.h : held;
+      result.tracks = static_cast<int>(active_.size());
       result.rms = rmsOf(result.h, active_);
       report();
     }
   }
 
   // Leaves the tracks in the scene only while the frame is being solved.
-  void solveFrame(FrameResult& result) {
-    const Tracks::Range observations = tracks_.inFrame(result.frame);
-    active_.base.clear();
-    active_.here.clear();
-    bool fits = true;
+  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour) {
+    const Tracks::Range observations = tracks_.inFrame(frame);
+    active_ = {};
+    bool inRange = true;
     for (const Observation& o : observations) {
       const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
       if (index < 0 || !(o.weight > 0.0f)) continue;
       set(index, kFrameRow, o);
-      fits = fits && isFiniteInScene(index);
+      inRange = inRange && isFiniteInScene(index);
       active_.base.push_back(place(base_[static_cast<std::size_t>(index)]));
       active_.here.push_back(place(o));
+      active_.weights.push_back(static_cast<double>(o.weight));
     }
-    result.tracks = static_cast<int>(active_.size());
-    result.reason = fits ? whyUnfit() : "a position is too large for single precision";
-    if (result.reason.empty()) result.reason = fit(result);
-    result.status = result.reason.empty() ? Status::Solved : Status::Held;
+    Fit fit;
+    fit.reason = inRange ? whyUnfit() : "a position is too large for single precision";
+    if (fit.reason.empty()) fit = bestFit(neighbour);
+    if (!fit.reason.empty()) chainBroken_ = true;
     for (const Observation& o : observations) {
       const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
       if (index >= 0) scene_.tracks[index].weights[kFrameRow] = 0.0f;
     }
+    return fit;
   }
 
   bool isFiniteInScene(int index) {
@@ -204,19 +233,45 @@ class ShotSolver {
     return {};
   }
 
-  // Empty when the fit is good.
-  std::string fit(FrameResult& result) {
+  // From the neighbour's transform. Once that chain has been broken the neighbour may be far away:
+  // then the linear solution is a second start, and the better fit counts.
+  Fit bestFit(const MGenMatrix<float>& neighbour) {
+    Fit fit = fitFrom(neighbour);
+    if (!fit.reason.empty()) chainBroken_ = true;
+    if (!chainBroken_) return fit;
+    const Fit other = fitFrom(linearStart());
+    const bool better = !fit.reason.empty() || other.cost < fit.cost;
+    return other.reason.empty() && better ? other : fit;
+  }
+
+  MGenMatrix<float> linearStart() const {
+    std::vector<Point> from;
+    std::vector<Point> to;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      from.push_back(conditioning_.apply(active_.base[i]));
+      to.push_back(conditioning_.apply(active_.here[i]));
+    }
+    return toFloat(linearFit(from, to));
+  }
+
+  Fit fitFrom(const MGenMatrix<float>& start) {
+    Fit fit;
+    scene_.outputs[kFrameRow] = start.copy(MGenMatrix<float>::ColumnMajor);
     try {
       scene_.solveFrame(kFrameRow);
     } catch (const LvException& error) {
-      return fmt::format("the fit failed: {}", error.message.c_str());
+      fit.reason = fmt::format("the fit failed: {}", error.message.c_str());
+      return fit;
     }
-    const Homography fitted = toDouble(scene_.outputs[kFrameRow]);
-    result.h = conditioning_.undo(fitted);
-    if (!isFinite(result.h)) return "the fit is not finite";
-    if (!onOneSide(result.h, active_.base)) return "the fit puts tracks beyond the horizon";
-    if (std::isnan(rmsOf(result.h, active_))) return "the fit is not finite";
-    return {};
+    fit.transform = scene_.outputs[kFrameRow];
+    fit.h = unconditioned(toDouble(fit.transform), conditioning_, conditioning_);
+    fit.cost = costOf(fit.h, active_);
+    if (!isFinite(fit.h) || !std::isfinite(fit.cost) || std::isnan(rmsOf(fit.h, active_))) {
+      fit.reason = "the fit is not finite";
+    } else if (!onOneSide(fit.h, active_.base)) {
+      fit.reason = "the fit puts tracks on both sides of the horizon";
+    }
+    return fit;
   }
 
   void report() {
@@ -232,6 +287,7 @@ class ShotSolver {
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
   Active active_;
+  bool chainBroken_ = false;       // some frame of the sweep was not fitted from its neighbour
   std::size_t done_ = 0;
 };
 

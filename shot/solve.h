@@ -65,13 +65,15 @@ int chooseBaseFrame(const Tracks& tracks);
 
 /// Finds for every frame the transform that carries the tracks' base positions to their positions
 /// there, by `MMatchmove`: forward from the base frame, then backward, each frame starting from
-/// its neighbour. A solved frame is the same to the bit as in `MMatchmove::solve` on the
-/// conditioned shot.
+/// its neighbour. Where every frame can be fitted the transforms are those of `MMatchmove::solve`
+/// on the conditioned shot, to the bit.
 ///
 /// A frame that cannot be fitted is held and the sweep goes on: fewer than four active tracks;
 /// tracks that fix no transform here or in the base frame (`inGeneralPosition`); positions beyond
 /// single precision; a fit that throws, is not finite, or puts an active track on the horizon or
-/// two of them on its two sides.
+/// two of them on its two sides. Such a frame breaks the chain of neighbours: from there to the end
+/// of the sweep each frame is fitted from the linear solution (`linearFit`) too, and the fit with
+/// the lower weighted cost counts.
 ///
 /// Throws `std::invalid_argument` for a base frame outside the shot or without tracks.
 ///
