@@ -22,7 +22,10 @@ constexpr int kMostNames = 1000;
 
 // What the path leads to, existing or not.
 fs::path behindLinks(fs::path path) {
-  for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path)); ++i) {
+  for (int i = 0; fs::is_symlink(fs::symlink_status(path)); ++i) {
+    if (i == kMostLinks) {
+      throw fs::filesystem_error("", std::make_error_code(std::errc::too_many_symbolic_link_levels));
+    }
     path = path.parent_path() / fs::read_symlink(path);
   }
   return path;

@@ -62,6 +62,10 @@ class TrackReader {
     if (tracks_.observations.empty()) {
       throw InputError(csv_.name(), "there is a header but no track below it");
     }
+    const auto isPresent = [](const Observation& o) { return o.weight > 0.0f; };
+    if (std::none_of(tracks_.observations.begin(), tracks_.observations.end(), isPresent)) {
+      throw InputError(csv_.name(), "no track has a weight above 0");
+    }
     sortByFrame();
     return std::move(tracks_);
   }
