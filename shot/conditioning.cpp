@@ -6,9 +6,7 @@
 
 namespace cornerpin {
 
-double denominator(const Homography& h, Point p) {
-  return h[2][0] * p.x + h[2][1] * p.y + h[2][2];
-}
+double denominator(const Homography& h, Point p) { return h[2][0] * p.x + h[2][1] * p.y + h[2][2]; }
 
 Point map(const Homography& h, Point p) {
   const double s = denominator(h, p);
@@ -33,8 +31,7 @@ Conditioning Conditioning::fitting(const std::vector<Point>& points) {
     largest = {std::max(largest.x, p.x), std::max(largest.y, p.y)};
   }
   // Halves first: the box may be as wide as numbers go.
-  const double half =
-      std::max(largest.x / 2 - smallest.x / 2, largest.y / 2 - smallest.y / 2);
+  const double half = std::max(largest.x / 2 - smallest.x / 2, largest.y / 2 - smallest.y / 2);
   const double scale = 1.0 / half;
   return {{smallest.x / 2 + largest.x / 2, smallest.y / 2 + largest.y / 2},
           std::isfinite(scale) ? scale : 1.0};

@@ -120,7 +120,8 @@ void CsvReader::feed(std::string_view piece) {
   }
   const bool secondOfPair = afterReturn_ && piece == "\n";
   afterReturn_ = piece.back() == '\r';
-  if (endsLine(piece.back()) && !secondOfPair && line_ < std::numeric_limits<std::uint32_t>::max()) {
+  if (endsLine(piece.back()) && !secondOfPair &&
+      line_ < std::numeric_limits<std::uint32_t>::max()) {
     ++line_;
   }
 }

@@ -24,7 +24,8 @@ constexpr int kMostNames = 1000;
 fs::path behindLinks(fs::path path) {
   for (int i = 0; fs::is_symlink(fs::symlink_status(path)); ++i) {
     if (i == kMostLinks) {
-      throw fs::filesystem_error("", std::make_error_code(std::errc::too_many_symbolic_link_levels));
+      throw fs::filesystem_error("",
+                                 std::make_error_code(std::errc::too_many_symbolic_link_levels));
     }
     path = path.parent_path() / fs::read_symlink(path);
   }
@@ -119,8 +120,6 @@ void OutputFile::commit() {
   }
 }
 
-void OutputFile::fail() const {
-  throw std::system_error(errno, std::generic_category(), name_);
-}
+void OutputFile::fail() const { throw std::system_error(errno, std::generic_category(), name_); }
 
 }  // namespace cornerpin

@@ -62,10 +62,10 @@ std::string jsonFrame(const ShotResult& result, const FrameResult& frame,
 }
 
 void writeJson(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
-  out.write(fmt::format("{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
-                        "\"left_out\":{},\n\"units\":\"{}\",\n\"frames\":[",
-                        result.baseFrame, result.baseTracks, result.leftOut,
-                        nameOf(result.units)));
+  out.write(
+      fmt::format("{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
+                  "\"left_out\":{},\n\"units\":\"{}\",\n\"frames\":[",
+                  result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units)));
   const char* separator = "\n";
   for (const FrameResult& frame : result.frames) {
     out.write(separator + jsonFrame(result, frame, quad));
@@ -110,7 +110,8 @@ Quad parseQuad(const std::string& text) {
     }
     at = stop;
   }
-  if (at != end) throw std::invalid_argument("a quad has eight numbers, not more: \"" + text + "\"");
+  if (at != end)
+    throw std::invalid_argument("a quad has eight numbers, not more: \"" + text + "\"");
   Quad quad;
   for (std::size_t i = 0; i < quad.size(); ++i) quad[i] = {numbers[2 * i], numbers[2 * i + 1]};
   return quad;

@@ -18,7 +18,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kFewestTracks = 4;
-constexpr int kBaseRow = 0;   // of the two frames in the scene
+constexpr int kBaseRow = 0;  // of the two frames in the scene
 constexpr int kFrameRow = 1;
 
 Point place(const Observation& o) { return {o.x, o.y}; }
@@ -90,7 +90,7 @@ struct Fit {
   MGenMatrix<float> transform;  // the solver's own
   Homography h{};               // in the file's units
   double cost = 0.0;
-  std::string reason;           // why it does not count; empty when it does
+  std::string reason;  // why it does not count; empty when it does
 };
 
 class ShotSolver {
@@ -287,7 +287,7 @@ class ShotSolver {
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
   Active active_;
-  bool chainBroken_ = false;       // some frame of the sweep was not fitted from its neighbour
+  bool chainBroken_ = false;  // some frame of the sweep was not fitted from its neighbour
   std::size_t done_ = 0;
 };
 

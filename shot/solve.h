@@ -52,7 +52,7 @@ struct ShotResult {
   int baseTracks = 0;  ///< tracks that take part
   int leftOut = 0;     ///< tracks absent from the base frame, which take part nowhere
   Units units = Units::Fit;
-  Point baseCentre;    ///< of the box around the base frame's tracks; in front in every frame
+  Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
   std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
 };
 

@@ -38,7 +38,8 @@ Summary summarise(const ShotResult& result) {
 
 std::string summaryTable(const ShotResult& result) {
   const Summary s = summarise(result);
-  std::string text = fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
+  std::string text =
+      fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
   text += result.leftOut > 0 ? fmt::format(", {} absent there and left out)\n", result.leftOut)
                              : ", none left out)\n";
   text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());

@@ -103,8 +103,8 @@ class TrackReader {
 
   void readRow() {
     if (csv_.fieldCount() != fieldCount_) {
-      refuse(fmt::format("the row has {} fields, the header has {}", csv_.fieldCount(),
-                         fieldCount_));
+      refuse(
+          fmt::format("the row has {} fields, the header has {}", csv_.fieldCount(), fieldCount_));
     }
     Observation row;
     row.line = csv_.line();
@@ -199,9 +199,8 @@ class TrackReader {
 }  // namespace
 
 Tracks::Range Tracks::inFrame(int frame) const {
-  const auto first =
-      std::lower_bound(observations.begin(), observations.end(), frame,
-                       [](const Observation& o, int f) { return o.frame < f; });
+  const auto first = std::lower_bound(observations.begin(), observations.end(), frame,
+                                      [](const Observation& o, int f) { return o.frame < f; });
   const auto last = std::upper_bound(first, observations.end(), frame,
                                      [](int f, const Observation& o) { return f < o.frame; });
   return {observations.data() + (first - observations.begin()),

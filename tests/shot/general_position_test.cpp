@@ -51,7 +51,8 @@ TEST(GeneralPosition, FailsOnALine) {
 TEST(GeneralPosition, FailsOnALineWrittenWithThreeDecimals) {
   std::vector<Point> points;
   for (int i = 0; i < 20; ++i) {
-    points.push_back({std::round(1e3 * i * 37.1234567) / 1e3, std::round(1e3 * i * 11.7654321) / 1e3});
+    points.push_back(
+        {std::round(1e3 * i * 37.1234567) / 1e3, std::round(1e3 * i * 11.7654321) / 1e3});
   }
   EXPECT_FALSE(inGeneralPosition(points));
 }

@@ -3,12 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
-#include <regex>
+#include <string>
 
 TEST(LapackInfo, NamesVersionAndFile) {
   const std::string info = cornerpin::lapackInfo();
-  std::smatch match;
-  ASSERT_TRUE(std::regex_match(info, match, std::regex("[0-9]+\\.[0-9]+\\.[0-9]+ \\((.*)\\)"))) << info;
-  EXPECT_TRUE(std::filesystem::is_regular_file(match[1].str())) << info;
+  int major = 0, minor = 0, patch = 0, length = 0;
+  ASSERT_EQ(std::sscanf(info.c_str(), "%d.%d.%d (%n", &major, &minor, &patch, &length), 3) << info;
+  ASSERT_EQ(info.back(), ')');
+  const std::string file = info.substr(static_cast<std::size_t>(length),
+                                       info.size() - 1 - static_cast<std::size_t>(length));
+  EXPECT_GE(major, 3);
+  EXPECT_TRUE(std::filesystem::is_regular_file(file)) << info;
 }

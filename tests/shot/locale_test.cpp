@@ -47,7 +47,8 @@ TEST(Locale, OfCDoesNotChangeAByte) {
   const TemporaryFolder folder;
   const std::string build =
       "localedef -i de_DE -f UTF-8 " + folder.path().string() + "/de_DE.UTF-8 >/dev/null 2>&1";
-  const int ignored = std::system(build.c_str());  // warns on harmless things: its result says little
+  const int ignored =
+      std::system(build.c_str());  // warns on harmless things: its result says little
   (void)ignored;
   ::setenv("LOCPATH", folder.path().c_str(), 1);
   const bool there = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;

@@ -82,11 +82,12 @@ double rms(const Eigen::Matrix3d& h, const std::vector<Pair>& pairs, bool weight
 }
 
 // Centroid to 0, mean distance to sqrt(2).
-Eigen::Matrix3d normaliser(const std::vector<Pair>& pairs, Eigen::Vector2d Pair::* side) {
+Eigen::Matrix3d normaliser(const std::vector<Pair>& pairs, Eigen::Vector2d Pair::*side) {
   Eigen::Vector2d mean(0, 0);
   for (const Pair& p : pairs) mean += p.*side / static_cast<double>(pairs.size());
   double distance = 0;
-  for (const Pair& p : pairs) distance += (p.*side - mean).norm() / static_cast<double>(pairs.size());
+  for (const Pair& p : pairs)
+    distance += (p.*side - mean).norm() / static_cast<double>(pairs.size());
   const double s = std::sqrt(2.0) / distance;
   Eigen::Matrix3d n;
   n << s, 0, -s * mean.x(), 0, s, -s * mean.y(), 0, 0, 1;
@@ -142,7 +143,8 @@ Eigen::Matrix3d linearSolution(const std::vector<Pair>& pairs) {
     a.row(r) << b, zero, -pairs[i].here.x() * b;
     a.row(r + 1) << zero, b, -pairs[i].here.y() * b;
   }
-  const Eigen::VectorXd v = Eigen::JacobiSVD<Eigen::MatrixXd>(a, Eigen::ComputeFullV).matrixV().col(8);
+  const Eigen::VectorXd v =
+      Eigen::JacobiSVD<Eigen::MatrixXd>(a, Eigen::ComputeFullV).matrixV().col(8);
   return Residuals::matrix(v / v[8]);
 }
 
@@ -194,9 +196,9 @@ struct Case {
   int held;
 };
 
-// Pixels allowed above the optimum. On one frame the screen's corners are nearly in line: one of them
-// comes so close to the horizon that a single-precision transform, even the exact one rounded, is
-// off by 5e-5 to 2e-4 px, depending on the base frame.
+// Pixels allowed above the optimum. On one frame the screen's corners are nearly in line: one of
+// them comes so close to the horizon that a single-precision transform, even the exact one rounded,
+// is off by 5e-5 to 2e-4 px, depending on the base frame.
 double slackOf(const std::string& shot, int frame) {
   return shot == "screen4" && frame == 96 ? 5e-4 : 1e-4;
 }
@@ -226,10 +228,11 @@ void expectTheOptimum(const std::string& name, std::optional<int> base, int held
         << name << " frame " << frame.frame;
   }
   EXPECT_EQ(heldFrames, held);
-  std::printf("%-8s base %3d | weighted RMS median %.5f worst %.5f | optimum %.5f %.5f | worst excess "
-              "%.5f %% | unweighted %.4f %.4f | held %d\n",
-              name.c_str(), result.baseFrame, median(ours), largest(ours), median(best),
-              largest(best), 100 * (worstRatio - 1), median(plain), largest(plain), heldFrames);
+  std::printf(
+      "%-8s base %3d | weighted RMS median %.5f worst %.5f | optimum %.5f %.5f | worst excess "
+      "%.5f %% | unweighted %.4f %.4f | held %d\n",
+      name.c_str(), result.baseFrame, median(ours), largest(ours), median(best), largest(best),
+      100 * (worstRatio - 1), median(plain), largest(plain), heldFrames);
 }
 
 }  // namespace
@@ -263,7 +266,8 @@ TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
   while (std::getline(file, line)) {
     const auto fields = split(line);
     Eigen::Matrix3d truth;
-    for (int i = 0; i < 9; ++i) truth(i / 3, i % 3) = std::stod(fields[static_cast<std::size_t>(i + 1)]);
+    for (int i = 0; i < 9; ++i)
+      truth(i / 3, i % 3) = std::stod(fields[static_cast<std::size_t>(i + 1)]);
     const int frame = std::stoi(fields[0]);
     const Eigen::Matrix3d h =
         toEigen(result.frames[static_cast<std::size_t>(frame - result.frames[0].frame)].h);
@@ -281,8 +285,9 @@ TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
     tracks.push_back(std::sqrt(track / count));
   }
   EXPECT_EQ(fits.size(), 121u);
-  std::printf("board against truth: fit median %.3f worst %.3f px, tracks median %.3f worst %.3f px\n",
-              median(fits), largest(fits), median(tracks), largest(tracks));
+  std::printf(
+      "board against truth: fit median %.3f worst %.3f px, tracks median %.3f worst %.3f px\n",
+      median(fits), largest(fits), median(tracks), largest(tracks));
   EXPECT_LT(median(fits), median(tracks));
   EXPECT_LT(largest(fits), largest(tracks));
 }

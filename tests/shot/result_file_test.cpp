@@ -73,7 +73,7 @@ TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
   result.frames[1].reason = "\xff";
-  EXPECT_NO_THROW(json::parse(written(result, Format::Json)));
+  EXPECT_TRUE(json::accept(written(result, Format::Json)));
 }
 
 TEST(ResultCsv, HasOneRowPerFrame) {
@@ -117,9 +117,9 @@ TEST(ParseQuad, ReadsEightNumbers) {
 }
 
 TEST(ParseQuad, RefusesAnythingElse) {
-  for (const char* text : {"", "1", "1,2,3,4,5,6,7", "1,2,3,4,5,6,7,8,9", "1,2,3,4,5,6,7,x",
-                           "1,2,3,4,5,6,7,inf", "1;2;3;4;5;6;7;8", "1,2,3,4,5,6,7,8 ", "1,,3,4,5,6,7,8",
-                           "1,2,3,4,5,6,7,"}) {
+  for (const char* text :
+       {"", "1", "1,2,3,4,5,6,7", "1,2,3,4,5,6,7,8,9", "1,2,3,4,5,6,7,x", "1,2,3,4,5,6,7,inf",
+        "1;2;3;4;5;6;7;8", "1,2,3,4,5,6,7,8 ", "1,,3,4,5,6,7,8", "1,2,3,4,5,6,7,"}) {
     EXPECT_THROW(parseQuad(text), std::invalid_argument) << text;
   }
 }

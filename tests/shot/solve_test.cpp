@@ -20,7 +20,8 @@ const Homography kIdentity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 // A transform that moves with the frame.
 Homography motion(int frame) {
   const double f = frame;
-  return {{{1 + 0.004 * f, 0.01 * f, 3 * f}, {-0.008 * f, 1 + 0.002 * f, -2 * f},
+  return {{{1 + 0.004 * f, 0.01 * f, 3 * f},
+           {-0.008 * f, 1 + 0.002 * f, -2 * f},
            {1e-6 * f, -2e-6 * f, 1}}};
 }
 
@@ -129,7 +130,8 @@ TEST_P(DenseSolve, HasTheSameBits) {
     expectTheBitsOfADenseSolve(tracks, base, Units::Fit);
   }
 }
-INSTANTIATE_TEST_SUITE_P(RealShots, DenseSolve, testing::Values("planks", "facade", "box", "highway"),
+INSTANTIATE_TEST_SUITE_P(RealShots, DenseSolve,
+                         testing::Values("planks", "facade", "box", "highway"),
                          [](const auto& info) { return std::string(info.param); });
 
 // The board's first frames share no more than a few tracks with its last ones.
@@ -251,6 +253,7 @@ TEST(SolveShot, HoldsAFitThatPutsTracksOnBothSidesOfTheHorizon) {
   for (int t = 0; t < 4; ++t) see(tracks, t, 1, here[static_cast<std::size_t>(t)]);
   const ShotResult result = solveShot(tracks, based(0));
   EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].reason, "the fit puts tracks on both sides of the horizon");
   EXPECT_EQ(result.frames[1].h, kIdentity);
 }
 
@@ -292,7 +295,8 @@ TEST(SolveShot, TreatsWeightZeroAsAbsent) {
   Tracks tracks = movingShot(2);
   see(tracks, 5, 0, {300, 300});
   std::swap(tracks.observations.back(), tracks.observations[5]);
-  std::rotate(tracks.observations.begin() + 6, tracks.observations.end() - 1, tracks.observations.end());
+  std::rotate(tracks.observations.begin() + 6, tracks.observations.end() - 1,
+              tracks.observations.end());
   see(tracks, 5, 1, {9999, 9999}, 0.0f);
   const ShotResult result = solveShot(tracks, based(0));
   EXPECT_EQ(result.baseTracks, 6);
@@ -345,6 +349,4 @@ TEST(ChooseBaseFrame, TakesTheFrameWhoseTracksAreSeenMost) {
   EXPECT_EQ(chooseBaseFrame(tracks), 1);  // 2 + 1 observations; frames 2, 3 and 4 have 3 as well
 }
 
-TEST(ChooseBaseFrame, TakesTheSmallestOfSeveral) {
-  EXPECT_EQ(chooseBaseFrame(movingShot(4)), 0);
-}
+TEST(ChooseBaseFrame, TakesTheSmallestOfSeveral) { EXPECT_EQ(chooseBaseFrame(movingShot(4)), 0); }

@@ -66,7 +66,8 @@ TEST(ReadTracks, WeighsOneWithoutAWeightColumn) {
 }
 
 TEST(ReadTracks, TakesByteOrderMarkCrLfAndBlankLines) {
-  const Tracks tracks = read("\xEF\xBB\xBFtrack,frame,x,y\r\n\r\n  \r\na,0,1,2\r\n\r\nb,0,3,4\r\n\r\n\r\n");
+  const Tracks tracks =
+      read("\xEF\xBB\xBFtrack,frame,x,y\r\n\r\n  \r\na,0,1,2\r\n\r\nb,0,3,4\r\n\r\n\r\n");
   ASSERT_EQ(tracks.observations.size(), 2u);
   EXPECT_EQ(tracks.observations[0].line, 4u);
   EXPECT_EQ(tracks.observations[1].line, 6u);
@@ -109,7 +110,9 @@ TEST(ReadTracks, FindsAFramesObservations) {
   EXPECT_EQ(tracks.firstFrame(), 5);
   EXPECT_EQ(tracks.lastFrame(), 9);
   EXPECT_EQ(tracks.frameCount(), 5);
-  const auto count = [&](int frame) { return tracks.inFrame(frame).last - tracks.inFrame(frame).first; };
+  const auto count = [&](int frame) {
+    return tracks.inFrame(frame).last - tracks.inFrame(frame).first;
+  };
   EXPECT_EQ(count(4), 0);
   EXPECT_EQ(count(5), 2);
   EXPECT_EQ(count(6), 0);
@@ -119,7 +122,9 @@ TEST(ReadTracks, FindsAFramesObservations) {
 
 TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
   std::string text = "track,frame,x,y\n";
-  for (int i = 0; i < 100000; ++i) text += "track_" + std::to_string(i % 100) + "," + std::to_string(i / 100) + "," + std::to_string(i) + ".25,1\n";
+  for (int i = 0; i < 100000; ++i)
+    text += "track_" + std::to_string(i % 100) + "," + std::to_string(i / 100) + "," +
+            std::to_string(i) + ".25,1\n";
   const Tracks tracks = read(text);
   ASSERT_EQ(tracks.observations.size(), 100000u);
   for (std::size_t i = 0; i < tracks.observations.size(); ++i) {

@@ -17,7 +17,7 @@ struct ChildOptions {
 };
 
 struct ChildResult {
-  int code = -1;    // exit code; -1 when a signal ended it
+  int code = -1;  // exit code; -1 when a signal ended it
   int signal = 0;
   rusage usage{};
 };

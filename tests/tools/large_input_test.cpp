@@ -19,7 +19,8 @@ void writeRows(const std::string& path) {
   std::fputs("track,frame,x,y,weight\n", file);
   for (int t = 0; t < kTracks; ++t) {
     for (int f = 0; f < kFrames; ++f) {
-      std::fprintf(file, "t%04d,%d,%d.%03d,%d.250,0.75\n", t, f, t % 97 * 20, f % 1000, t % 89 * 11);
+      std::fprintf(file, "t%04d,%d,%d.%03d,%d.250,0.75\n", t, f, t % 97 * 20, f % 1000,
+                   t % 89 * 11);
     }
   }
   ASSERT_EQ(std::fclose(file), 0);
@@ -46,6 +47,6 @@ TEST(LargeInput, TenMillionRowsAreReadInSecondsAndInMemoryProportionalToThem) {
   EXPECT_EQ(result.code, 3);
   EXPECT_EQ(readFile(options.err),
             path + ":10000002: track \"t0000\" is given twice in frame 0, first on line 2\n");
-  EXPECT_LT(seconds, 120.0);    // an unoptimised build on a busy machine
+  EXPECT_LT(seconds, 120.0);     // an unoptimised build on a busy machine
   EXPECT_LT(megabytes, 1000.0);  // 100 bytes a row
 }

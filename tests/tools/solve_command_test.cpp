@@ -7,10 +7,11 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -40,8 +41,9 @@ std::string stillShot(int tracks, int frames) {
   std::string text = "track,frame,x,y\n";
   for (int t = 0; t < tracks; ++t) {
     for (int f = 0; f < frames; ++f) {
-      text += "t" + std::to_string(t) + "," + std::to_string(f) + "," + std::to_string(t * 37 % 1000) +
-              "." + std::to_string(f % 10) + "," + std::to_string(t * t * 13 % 700) + "\n";
+      text += "t" + std::to_string(t) + "," + std::to_string(f) + "," +
+              std::to_string(t * 37 % 1000) + "." + std::to_string(f % 10) + "," +
+              std::to_string(t * t * 13 % 700) + "\n";
     }
   }
   return text;
@@ -54,7 +56,8 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
   const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "out.json"});
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.err, "");
-  EXPECT_TRUE(contains(run.out, "base frame    0  (60 tracks, none left out)\nsolved        71 of 71"));
+  EXPECT_TRUE(
+      contains(run.out, "base frame    0  (60 tracks, none left out)\nsolved        71 of 71"));
   const json j = json::parse(readFile(folder / "out.json"));
   EXPECT_EQ(j["cornerpin"], 1);
   EXPECT_EQ(j["frames"].size(), 71u);
@@ -94,28 +97,35 @@ TEST(SolveCommand, WritesTheFileOnStandardOutputWithoutATable) {
 TEST(SolveCommand, ReadsStandardInput) {
   ChildOptions options;
   options.in = kFacade;
-  EXPECT_EQ(cornerpin({"solve", "-", "--json"}, options).out, cornerpin({"solve", kFacade, "--json"}).out);
+  EXPECT_EQ(cornerpin({"solve", "-", "--json"}, options).out,
+            cornerpin({"solve", kFacade, "--json"}).out);
 }
 
 TEST(SolveCommand, CarriesAQuad) {
-  const Outcome run = cornerpin({"solve", kFacade, "--json", "--quads", "-10,20,100,20,100,80,-10,80"});
+  const Outcome run =
+      cornerpin({"solve", kFacade, "--json", "--quads", "-10,20,100,20,100,80,-10,80"});
   const json j = json::parse(run.out);
   EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[-10,20],[100,20],[100,80],[-10,80]]"));
   EXPECT_EQ(j["frames"][70]["quad"].size(), 4u);
 }
 
 TEST(SolveCommand, TakesABaseFrame) {
-  EXPECT_EQ(json::parse(cornerpin({"solve", kFacade, "--json", "--base", "33"}).out)["base_frame"], 33);
+  EXPECT_EQ(json::parse(cornerpin({"solve", kFacade, "--json", "--base", "33"}).out)["base_frame"],
+            33);
   const TemporaryFolder folder;
   writeFile(folder / "in.csv", "track,frame,x,y\na,-4,1,1\nb,-4,2,1\nc,-4,2,2\nd,-4,1,2\n");
-  EXPECT_EQ(json::parse(cornerpin({"solve", folder / "in.csv", "--json", "--base", "-4"}).out)["base_frame"], -4);
+  EXPECT_EQ(
+      json::parse(
+          cornerpin({"solve", folder / "in.csv", "--json", "--base", "-4"}).out)["base_frame"],
+      -4);
 }
 
 TEST(SolveCommand, HandsRawUnitsOver) {
   const Outcome run = cornerpin({"solve", kFacade, "--json", "--units", "raw"});
   const json j = json::parse(run.out);
   EXPECT_EQ(j["units"], "raw");
-  EXPECT_NE(j["frames"][70]["h"], json::parse(cornerpin({"solve", kFacade, "--json"}).out)["frames"][70]["h"]);
+  EXPECT_NE(j["frames"][70]["h"],
+            json::parse(cornerpin({"solve", kFacade, "--json"}).out)["frames"][70]["h"]);
 }
 
 TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreHeld) {
@@ -225,7 +235,7 @@ TEST(SolveCommand, EndsInOneWhenStandardOutputIsClosed) {
   EXPECT_EQ(run.code, 1);
   EXPECT_EQ(run.err, "cornerpin: standard output: Bad file descriptor\n");
   // No line of the table has strayed into the file.
-  EXPECT_NO_THROW(json::parse(readFile(folder / "out.json")));
+  EXPECT_TRUE(json::accept(readFile(folder / "out.json")));
 }
 
 TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
@@ -299,7 +309,8 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
     EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
   }
   const std::string help = cornerpin({"solve", "--help"}).out;
-  for (const char* option : {"--output", "--format", "--json", "--base", "--quads", "--units", "Exit codes"}) {
+  for (const char* option :
+       {"--output", "--format", "--json", "--base", "--quads", "--units", "Exit codes"}) {
     EXPECT_TRUE(contains(help, option)) << option;
   }
 }
@@ -307,7 +318,9 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
 TEST(SolveCommand, NamesItsVersionAndTheLapackInUse) {
   const Outcome run = cornerpin({"--version"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_TRUE(std::regex_match(
-      run.out, std::regex("cornerpin [0-9.]+\nLAPACK [0-9]+\\.[0-9]+\\.[0-9]+( \\(/.*\\))?\n")))
+  int major = 0, minor = 0, patch = 0;
+  EXPECT_EQ(std::sscanf(run.out.c_str(), "cornerpin %*d.%*d.%*d\nLAPACK %d.%d.%d", &major, &minor,
+                        &patch),
+            3)
       << run.out;
 }

@@ -31,7 +31,7 @@ enum ExitCode { kSolved = 0, kFailure = 1, kUsage = 2, kUnreadable = 3, kDegrade
 constexpr const char* kExample =
     "Example: cornerpin solve shot.csv -o shot.json\n\n"
     "Finds how a flat surface moves through a shot: one 3x3 transform for every frame,\n"
-    "from tracked features.";
+    "from tracked features.\n";
 
 constexpr const char* kSolveHelp =
     "Example: cornerpin solve shot.csv -o shot.json\n\n"
@@ -39,8 +39,9 @@ constexpr const char* kSolveHelp =
     "the base frame to their places there, and says how well it fits.\n\n"
     "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
     "row for each track and frame where the track is seen. A track's distance from the fit is\n"
-    "multiplied by its weight, so weight 0.5 counts a quarter of weight 1 in the squares; weight 0\n"
-    "is the same as no row. Only tracks seen in the base frame take part.";
+    "multiplied by its weight, so weight 0.5 counts a quarter of weight 1 in the squares; weight "
+    "0\n"
+    "is the same as no row. Only tracks seen in the base frame take part.\n";
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
@@ -163,24 +164,28 @@ int solve(const Arguments& arguments) {
 }
 
 void addSolve(CLI::App& app, Arguments& arguments) {
-  CLI::App& command = *app.add_subcommand("solve", "Solve a shot from its tracks");
-  command.description(kSolveHelp);
+  CLI::App& command = *app.add_subcommand("solve", "Find the transform of every frame");
+  // The list of commands has the short text, the command's own help the long one.
+  command.preparse_callback([&command](std::size_t) { command.description(kSolveHelp); });
   command.footer(kExitCodes);
-  command.add_option("tracks", arguments.input, "The CSV file with the tracks; - is standard input")
+  command
+      .add_option("tracks", arguments.input, "The CSV file with the tracks; - is standard input")
       ->required();
-  CLI::Option* output = command.add_option(
-      "-o,--output", arguments.output, "Write the transforms here; .json or .csv says how");
+  CLI::Option* output = command.add_option("-o,--output", arguments.output,
+                                           "Write the transforms here; .json or .csv says how");
   command.add_option("--format", arguments.format, "Write json or csv whatever the file's name")
       ->check(CLI::IsMember({"json", "csv"}))
       ->needs(output);
   command.add_flag("--json", arguments.json, "Print the JSON instead of the table");
-  command.add_option("--base", arguments.base,
-                     "Frame all others are measured from; auto uses most of the tracks")
+  command
+      .add_option("--base", arguments.base,
+                  "Frame all others are measured from; auto uses most of the tracks")
       ->capture_default_str();
   command.add_option("--quads", arguments.quad,
                      "Carry four corners of the base frame along: x0,y0,x1,y1,x2,y2,x3,y3");
-  command.add_option("--units", arguments.units,
-                     "fit scales the tracks for the solver, raw hands your numbers over as they are")
+  command
+      .add_option("--units", arguments.units,
+                  "fit scales the tracks for the solver, raw hands your numbers over as they are")
       ->check(CLI::IsMember({"fit", "raw"}))
       ->capture_default_str();
 }
