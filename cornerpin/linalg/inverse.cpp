@@ -47,8 +47,9 @@ void factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
 
 int workLength(int n, const char* routine) {
   const int blockSizeQuery = 1;
-  const int blockSize =
-      ilaenv_(&blockSizeQuery, routine, nullptr, nullptr, nullptr, nullptr, nullptr, 6, 0);
+  // No option and no size bears on the answer, yet some providers read them.
+  const int none = -1;
+  const int blockSize = ilaenv_(&blockSizeQuery, routine, " ", &none, &none, &none, &none, 6, 1);
   const std::int64_t length = std::int64_t{blockSize} * n;
   return static_cast<int>(std::min<std::int64_t>(length, std::numeric_limits<int>::max()));
 }
