@@ -146,7 +146,7 @@ MGenVector<T> MGenMatrix<T>::column(int j) const {
 
 template <class T>
 bool MGenMatrix<T>::ownsBuffer() const noexcept {
-  return cornerpin::internal::hasOneHolder(buffer);
+  return cornerpin::internal::holderCount(buffer) == 1;
 }
 
 template class MGenMatrix<float>;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "cornerpin/linalg/invert_in_place.h"
 #include "cornerpin/linalg/lapack.h"
 
 namespace {
@@ -45,19 +46,25 @@ void factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
   report(info, Lapack<T>::factoriseName);
 }
 
-int workLength(int n, const char* routine) {
-  const int blockSizeQuery = 1;
-  const int blockSize = ilaenv_(&blockSizeQuery, routine, nullptr, nullptr, nullptr, nullptr,
-                                nullptr, 6, 0);
+// The block size depends on the routine alone: asked for once.
+template <class T>
+int workLength(int n) {
+  static const int blockSize = [] {
+    const int blockSizeQuery = 1;
+    return ilaenv_(&blockSizeQuery, Lapack<T>::invertName, nullptr, nullptr, nullptr, nullptr,
+                   nullptr, 6, 0);
+  }();
   const std::int64_t length = std::int64_t{blockSize} * n;
   return static_cast<int>(std::min<std::int64_t>(length, std::numeric_limits<int>::max()));
 }
 
 // Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block.
+// `work` is replaced when it is too short.
 template <class T>
-void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots) {
-  const int lwork = workLength(n, Lapack<T>::invertName);
-  MGenVector<T> work(lwork);
+void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots,
+                   MGenVector<T>& work) {
+  const int lwork = workLength<T>(n);
+  if (work.length < lwork) work = MGenVector<T>(lwork);
   int info = kRefused;
   if (m >= std::max(1, n) && lwork >= std::max(1, n)) {
     Lapack<T>::invert(&n, lu.data, &m, pivots.data, work.data, &lwork, &info);
@@ -75,8 +82,9 @@ MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
   MGenMatrix<T> result = factors.view(0, 0, m, n);
   result.set(a);
   MGenVector<int> pivots(n);
+  MGenVector<T> work;
   factorise(m, n, factors, pivots);
-  invertFactors(m, n, factors, pivots);
+  invertFactors(m, n, factors, pivots, work);
   return m > n ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
 }
 
@@ -85,6 +93,14 @@ MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
 MGenMatrix<float> inverse(const MGenMatrix<float>& a) { return inverseOf(a); }
 
 MGenMatrix<double> inverse(const MGenMatrix<double>& a) { return inverseOf(a); }
+
+void cornerpin::internal::invertInPlace(MGenMatrix<float>& a, MGenVector<int>& pivots,
+                                        MGenVector<float>& work) {
+  const int n = a.rows;
+  if (pivots.length < n) pivots = MGenVector<int>(n);
+  factorise(n, n, a, pivots);
+  invertFactors(n, n, a, pivots, work);
+}
 
 double determinant(const MGenMatrix<double>& a) {
   const int n = a.cols;

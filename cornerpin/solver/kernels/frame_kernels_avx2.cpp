@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <immintrin.h>
+
+#include <cstddef>
+
+#include "cornerpin/solver/kernels/frame_kernels.h"
+
+// Every lane does what the definition does for one track, one parameter or one entry of the normal
+// matrix, in the definition's order.
+namespace cornerpin::kernels {
+namespace {
+
+__m256 multiplied(__m256 a, __m256 b) { return _mm256_mul_ps(a, b); }
+__m256 added(__m256 a, __m256 b) { return _mm256_add_ps(a, b); }
+__m256d widened(__m128 v) { return _mm256_cvtps_pd(v); }
+__m128 low(__m256 v) { return _mm256_castps256_ps128(v); }
+__m128 high(__m256 v) { return _mm256_extractf128_ps(v, 1); }
+
+// (x * a + y * b) + c
+__m256 affine(__m256 x, __m256 y, __m256 a, __m256 b, __m256 c) {
+  return added(added(multiplied(x, a), multiplied(y, b)), c);
+}
+
+// Eight tracks at a time.
+void project(const float* h, const ActiveTracks& tracks, float* values) {
+  __m256 element[9];
+  for (int e = 0; e < 9; ++e) element[e] = _mm256_set1_ps(h[e]);
+  std::ptrdiff_t i = 0;
+  for (; i + 8 <= tracks.count; i += 8) {
+    const __m256 x = _mm256_loadu_ps(tracks.x + i);
+    const __m256 y = _mm256_loadu_ps(tracks.y + i);
+    const __m256 w = _mm256_loadu_ps(tracks.weight + i);
+    const __m256 u = affine(x, y, element[0], element[3], element[6]);
+    const __m256 v = affine(x, y, element[1], element[4], element[7]);
+    const __m256 s = affine(x, y, element[2], element[5], element[8]);
+    const __m256 px = _mm256_div_ps(multiplied(w, u), s);
+    const __m256 py = _mm256_div_ps(multiplied(w, v), s);
+    const __m256 first = _mm256_unpacklo_ps(px, py);   // tracks 0, 1 and 4, 5
+    const __m256 second = _mm256_unpackhi_ps(px, py);  // tracks 2, 3 and 6, 7
+    _mm256_storeu_ps(values + 2 * i, _mm256_permute2f128_ps(first, second, 0x20));
+    _mm256_storeu_ps(values + 2 * i + 8, _mm256_permute2f128_ps(first, second, 0x31));
+  }
+  const ActiveTracks rest = {tracks.x + i, tracks.y + i, tracks.weight + i,
+                             tracks.count - static_cast<int>(i)};
+  scalarFrameKernels.project(h, rest, values + 2 * i);
+}
+
+// One track at a time through all eight shifted transforms: lane p has element p shifted.
+void differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
+                 float* rows) {
+  __m256 shifted[9];
+  for (int e = 0; e < 9; ++e) {
+    alignas(32) float lanes[kParameters];
+    for (int p = 0; p < kParameters; ++p) lanes[p] = p == e ? h[e] + step : h[e];
+    shifted[e] = _mm256_load_ps(lanes);
+  }
+  const __m256 steps = _mm256_set1_ps(step);
+  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
+    const __m256 x = _mm256_set1_ps(tracks.x[i]);
+    const __m256 y = _mm256_set1_ps(tracks.y[i]);
+    const __m256 w = _mm256_set1_ps(tracks.weight[i]);
+    const __m256 u = affine(x, y, shifted[0], shifted[3], shifted[6]);
+    const __m256 v = affine(x, y, shifted[1], shifted[4], shifted[7]);
+    const __m256 s = affine(x, y, shifted[2], shifted[5], shifted[8]);
+    const __m256 px = _mm256_div_ps(multiplied(w, u), s);
+    const __m256 py = _mm256_div_ps(multiplied(w, v), s);
+    const __m256 dx = _mm256_sub_ps(px, _mm256_set1_ps(values[2 * i]));
+    const __m256 dy = _mm256_sub_ps(py, _mm256_set1_ps(values[2 * i + 1]));
+    float* row = rows + 2 * i * kParameters;
+    _mm256_storeu_ps(row, _mm256_div_ps(dx, steps));
+    _mm256_storeu_ps(row + kParameters, _mm256_div_ps(dy, steps));
+  }
+}
+
+// One lane per entry of the lower triangle: its first four rows need columns 0 to 3 only. The
+// accumulators are separate variables, because compilers keep arrays of them in memory.
+void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
+                  float* g) {
+  const __m256d zero = _mm256_setzero_pd();
+  __m256d l0 = zero, l1 = zero, l2 = zero, l3 = zero;  // row i, columns 0 to 3
+  __m256d l4 = zero, l5 = zero, l6 = zero, l7 = zero;
+  __m256d r4 = zero, r5 = zero, r6 = zero, r7 = zero;  // row i, columns 4 to 7
+  __m128 gLow = _mm_setzero_ps();
+  __m128 gHigh = _mm_setzero_ps();
+  const auto addHalf = [](__m256d& l, __m128 row, const float* element) {
+    l = _mm256_add_pd(l, widened(_mm_mul_ps(row, _mm_set1_ps(*element))));
+  };
+  const auto addWhole = [](__m256d& l, __m256d& r, __m256 row, const float* element) {
+    const __m256 products = multiplied(row, _mm256_set1_ps(*element));
+    l = _mm256_add_pd(l, widened(low(products)));
+    r = _mm256_add_pd(r, widened(high(products)));
+  };
+  for (std::ptrdiff_t k = 0; k < m; ++k) {
+    const float* elements = rows + k * kParameters;
+    const __m256 row = _mm256_loadu_ps(elements);
+    addHalf(l0, low(row), elements);
+    addHalf(l1, low(row), elements + 1);
+    addHalf(l2, low(row), elements + 2);
+    addHalf(l3, low(row), elements + 3);
+    addWhole(l4, r4, row, elements + 4);
+    addWhole(l5, r5, row, elements + 5);
+    addWhole(l6, r6, row, elements + 6);
+    addWhole(l7, r7, row, elements + 7);
+    const __m256d difference = _mm256_set1_pd(static_cast<double>(goal[k] - values[k]));
+    const __m256d termLow = _mm256_mul_pd(widened(low(row)), difference);
+    const __m256d termHigh = _mm256_mul_pd(widened(high(row)), difference);
+    gLow = _mm256_cvtpd_ps(_mm256_add_pd(widened(gLow), termLow));
+    gHigh = _mm256_cvtpd_ps(_mm256_add_pd(widened(gHigh), termHigh));
+  }
+  const __m256d triangle[] = {l0, zero, l1, zero, l2, zero, l3, zero,
+                              l4, r4,   l5, r5,   l6, r6,   l7, r7};
+  for (int q = 0; q < 16; ++q) _mm256_storeu_pd(a + 4 * q, triangle[q]);
+  _mm_storeu_ps(g, gLow);
+  _mm_storeu_ps(g + 4, gHigh);
+}
+
+}  // namespace
+
+extern const FrameKernels avx2FrameKernels = {"avx2", project, differences, normalSystem};
+
+}  // namespace cornerpin::kernels
