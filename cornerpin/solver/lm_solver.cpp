@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "cornerpin/foundation/arithmetic.h"
 #include "cornerpin/foundation/exception.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/shared_buffer.h"
@@ -48,6 +47,15 @@ void multiply(const MGenMatrix<float>& a, const MGenVector<float>& x, MGenVector
   }
 }
 
+// The Euclidean distance over y's length. `room` is replaced when it is too short.
+float distance(const MGenVector<float>& y, const MGenVector<float>& goal, MGenVector<float>& room) {
+  if (room.length < y.length) room = MGenVector<float>(y.length);
+  for (std::ptrdiff_t k = 0; k < y.length; ++k) {
+    room.data[k] = y.data[k * y.stride] - goal.data[k * goal.stride];
+  }
+  return std::sqrt(_vector_norm2(room.data, y.length));
+}
+
 }  // namespace
 
 MLMProblem::~MLMProblem() = default;
@@ -68,21 +76,18 @@ void MLMSolver::setGoal(const MGenVector<float>& g) {
 
 void MLMSolver::setTrust(const MGenVector<float>& t) { trust = t; }
 
-float MLMSolver::computeEpsilon(const MGenVector<float>& y) {
-  MGenVector<float>& difference = scratch_.difference;
-  if (difference.length < y.length) difference = MGenVector<float>(y.length);
-  for (std::ptrdiff_t k = 0; k < y.length; ++k) {
-    difference.data[k] = y.data[k * y.stride] - goal.data[k * goal.stride];
-  }
-  return std::sqrt(_vector_norm2(difference.data, y.length));
+float MLMSolver::computeEpsilon(const MGenVector<float>& y) const {
+  MGenVector<float> room;
+  return distance(y, goal, room);
 }
 
 // Gives `values` storage that no other vector sees.
 void MLMSolver::detachValues() {
   if (values.ownsBuffer()) return;
-  MGenVector<float>& room = scratch_.values;
-  if (room.length < values.length || !room.ownsBuffer()) room = MGenVector<float>(values.length);
-  MGenVector<float> detached = room.view(0, values.length);
+  const MGenVector<float>& room = scratch_.values;
+  const bool fits = room.length >= values.length && room.ownsBuffer();
+  MGenVector<float> detached =
+      fits ? room.view(0, values.length) : MGenVector<float>(values.length);
   detached.set(values);
   values = detached;
 }
@@ -195,10 +200,11 @@ MGenVector<float>& MLMSolver::freeCandidate() {
 }
 
 void MLMSolver::solve() {
+  if (problem == nullptr) throw LvIllegalArgumentException("MLMSolver::solve");
   problem->setX(state);
   problem->evalY(values);
   detachValues();
-  float epsilon = computeEpsilon(values);
+  float epsilon = distance(values, goal, scratch_.difference);
   float damping = kInitialDamping;
   int stalls = 0;
   bool jacobianValid = false;
@@ -221,7 +227,7 @@ void MLMSolver::solve() {
     MGenVector<float> candidateValues;
     problem->setX(candidate);
     problem->evalY(candidateValues);
-    const float candidateEpsilon = computeEpsilon(candidateValues);
+    const float candidateEpsilon = distance(candidateValues, goal, scratch_.difference);
 
     const float difference = epsilon - candidateEpsilon;
     const double improvement =

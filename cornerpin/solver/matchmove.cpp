@@ -16,6 +16,7 @@ struct MMatchmove::FrameFit {
   explicit FrameFit(MMatchmove* scene)
       : problem(scene), goal(2 * scene->trackCount), start(8), y(2 * scene->trackCount) {
     solver.setProblem(&problem);
+    solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
     solver.scratch_.jacobian = Matrix(2 * scene->trackCount, 8, Matrix::RowMajor);
   }
 
@@ -49,9 +50,8 @@ void MMatchmove::solve() {
 }
 
 void MMatchmove::setupOutputs() {
-  const int frames = tracks[0].weights.length;  // fails without tracks, before anything changes
   trackCount = tracks.size();
-  frameCount = frames;
+  frameCount = tracks[0].weights.length;  // fails without tracks, before any output changes
   cornerpin::internal::resizeKeepingLayout(basePositions, trackCount, 2);
   baseWeights.resize(trackCount);
   outputs.resize(frameCount);
