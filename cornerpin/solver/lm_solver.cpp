@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "cornerpin/foundation/elementwise.h"
 #include "cornerpin/foundation/exception.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/shared_buffer.h"
@@ -50,9 +51,9 @@ void multiply(const MGenMatrix<float>& a, const MGenVector<float>& x, MGenVector
 // The Euclidean distance over y's length. `room` is replaced when it is too short.
 float distance(const MGenVector<float>& y, const MGenVector<float>& goal, MGenVector<float>& room) {
   if (room.length < y.length) room = MGenVector<float>(y.length);
-  for (std::ptrdiff_t k = 0; k < y.length; ++k) {
-    room.data[k] = y.data[k * y.stride] - goal.data[k * goal.stride];
-  }
+  static const auto op = [](float a, float b) { return a - b; };
+  MGenVector<float> difference = room.view(0, y.length);
+  cornerpin::internal::forEachElement(difference, y, goal, op);
   return std::sqrt(_vector_norm2(room.data, y.length));
 }
 
@@ -112,9 +113,10 @@ bool MLMSolver::formSystemOfEight() {
   const bool inRange = jacobian.rows >= goalSize && jacobian.cols == n &&
                        goal.length >= goalSize && values.length >= goalSize;
   if (stateSize != n || !contiguous || !inRange) return false;
+  const cornerpin::kernels::FrameKernels& kernels = cornerpin::kernels::frameKernels();
+  const auto form = rowsAreDifferences_ ? kernels.normalSystemOfDifferences : kernels.normalSystem;
   double triangle[n * n];
-  cornerpin::kernels::frameKernels().normalSystem(jacobian.data, goal.data, values.data, goalSize,
-                                                  triangle, scratch_.gradient.data);
+  form(jacobian.data, goal.data, values.data, goalSize, triangle, scratch_.gradient.data);
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j <= i; ++j) {
       // Once a product or a partial sum is infinite or NaN, so is the sum.

@@ -16,6 +16,7 @@ struct MMatchmove::FrameFit {
   explicit FrameFit(MMatchmove* scene)
       : problem(scene), goal(2 * scene->trackCount), start(8), y(2 * scene->trackCount) {
     solver.setProblem(&problem);
+    solver.rowsAreDifferences_ = true;
     solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
     solver.scratch_.jacobian = Matrix(2 * scene->trackCount, 8, Matrix::RowMajor);
   }

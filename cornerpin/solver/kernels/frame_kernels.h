@@ -39,6 +39,9 @@ struct FrameKernels {
   Project project;
   Differences differences;
   NormalSystem normalSystem;
+  // The same, up to the sign of a zero in g, for the rows of `differences` alone: there even rows
+  // are zero in columns 1, 4 and 7, odd rows in 0, 3 and 6, and m is even.
+  NormalSystem normalSystemOfDifferences;
 };
 
 extern const FrameKernels scalarFrameKernels;

@@ -114,8 +114,110 @@ void normalSystem(const float* rows, const float* goal, const float* values, int
   _mm_storeu_ps(g + 4, gHigh);
 }
 
+// The nonzero elements of a row: linear p and q, translation r, perspective c and d.
+struct Columns {
+  int p, q, r, c, d;
+};
+constexpr Columns kOfX = {0, 3, 6, 2, 5};
+constexpr Columns kOfY = {1, 4, 7, 2, 5};
+
+// The 15 products of a row's nonzero elements, in four quads: pp pq pr pc, dp dq dr qq, qr qc rr
+// rc, and cc cd dd; and the elements themselves.
+struct RowProducts {
+  RowProducts(const float* row, const Columns& of) {
+    const __m256 v = _mm256_loadu_ps(row);
+    const auto pick = [v](int a0, int a1, int a2, int a3, int b0, int b1, int b2, int b3) {
+      return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(a0, a1, a2, a3, b0, b1, b2, b3));
+    };
+    const __m256 a = pick(of.p, of.p, of.p, of.p, of.d, of.d, of.d, of.q);
+    const __m256 b = pick(of.p, of.q, of.r, of.c, of.p, of.q, of.r, of.q);
+    const __m256 e = pick(of.q, of.q, of.r, of.r, of.c, of.c, of.d, of.d);
+    const __m256 f = pick(of.r, of.c, of.r, of.c, of.c, of.d, of.d, of.d);
+    withP = low(multiplied(a, b));
+    withD = high(multiplied(a, b));
+    withQ = low(multiplied(e, f));
+    perspective = high(multiplied(e, f));
+    own = low(b);
+    shared = high(f);
+  }
+  __m128 withP, withD, withQ, perspective;
+  __m128 own;     // p q r c
+  __m128 shared;  // c d d d
+};
+
+// What the rows of one coordinate sum to by themselves.
+struct CoordinateSums {
+  __m256d withP = _mm256_setzero_pd();
+  __m256d withD = _mm256_setzero_pd();
+  __m256d withQ = _mm256_setzero_pd();
+  __m128 gradient = _mm_setzero_ps();  // p q r; the fourth lane is not used
+
+  void add(const RowProducts& row, double difference) {
+    withP = _mm256_add_pd(withP, widened(row.withP));
+    withD = _mm256_add_pd(withD, widened(row.withD));
+    withQ = _mm256_add_pd(withQ, widened(row.withQ));
+    const __m256d term = _mm256_mul_pd(widened(row.own), _mm256_set1_pd(difference));
+    gradient = _mm256_cvtpd_ps(_mm256_add_pd(widened(gradient), term));
+  }
+  void store(const Columns& of, double* a, float* g) const {
+    double s[12];
+    _mm256_storeu_pd(s, withP);
+    _mm256_storeu_pd(s + 4, withD);
+    _mm256_storeu_pd(s + 8, withQ);
+    const int pairs[12][2] = {{of.p, of.p}, {of.q, of.p}, {of.r, of.p}, {of.p, of.c},
+                              {of.d, of.p}, {of.d, of.q}, {of.d, of.r}, {of.q, of.q},
+                              {of.r, of.q}, {of.q, of.c}, {of.r, of.r}, {of.r, of.c}};
+    for (int e = 0; e < 12; ++e) {
+      const int i = pairs[e][0] > pairs[e][1] ? pairs[e][0] : pairs[e][1];
+      const int j = pairs[e][0] > pairs[e][1] ? pairs[e][1] : pairs[e][0];
+      a[i * kParameters + j] = s[e];
+    }
+    float pqr[4];
+    _mm_storeu_ps(pqr, gradient);
+    g[of.p] = pqr[0];
+    g[of.q] = pqr[1];
+    g[of.r] = pqr[2];
+  }
+};
+
+// Products with an element that is zero add nothing, so each coordinate has sums of its own; the
+// perspective elements meet in both, x before y.
+void normalSystemOfDifferences(const float* rows, const float* goal, const float* values, int m,
+                               double* a, float* g) {
+  CoordinateSums ofX, ofY;
+  __m256d perspective = _mm256_setzero_pd();  // cc cd dd
+  __m128 gradient = _mm_setzero_ps();         // c d
+  for (std::ptrdiff_t k = 0; k < m; k += 2) {
+    const double dx = static_cast<double>(goal[k] - values[k]);
+    const double dy = static_cast<double>(goal[k + 1] - values[k + 1]);
+    const RowProducts x(rows + k * kParameters, kOfX);
+    const RowProducts y(rows + (k + 1) * kParameters, kOfY);
+    ofX.add(x, dx);
+    ofY.add(y, dy);
+    perspective = _mm256_add_pd(perspective, widened(x.perspective));
+    perspective = _mm256_add_pd(perspective, widened(y.perspective));
+    const __m128d termX = _mm_mul_pd(_mm_cvtps_pd(x.shared), _mm_set1_pd(dx));
+    const __m128d termY = _mm_mul_pd(_mm_cvtps_pd(y.shared), _mm_set1_pd(dy));
+    gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termX));
+    gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termY));
+  }
+  for (int e = 0; e < kParameters * kParameters; ++e) a[e] = 0.0;
+  ofX.store(kOfX, a, g);
+  ofY.store(kOfY, a, g);
+  double s[4];
+  _mm256_storeu_pd(s, perspective);
+  a[kOfX.c * kParameters + kOfX.c] = s[0];
+  a[kOfX.d * kParameters + kOfX.c] = s[1];
+  a[kOfX.d * kParameters + kOfX.d] = s[2];
+  float cd[4];
+  _mm_storeu_ps(cd, gradient);
+  g[kOfX.c] = cd[0];
+  g[kOfX.d] = cd[1];
+}
+
 }  // namespace
 
-extern const FrameKernels avx2FrameKernels = {"avx2", project, differences, normalSystem};
+extern const FrameKernels avx2FrameKernels = {"avx2", project, differences,
+                                             normalSystem, normalSystemOfDifferences};
 
 }  // namespace cornerpin::kernels

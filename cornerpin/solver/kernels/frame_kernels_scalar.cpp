@@ -58,6 +58,6 @@ void normalSystem(const float* rows, const float* goal, const float* values, int
 
 }  // namespace
 
-const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem};
+const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem, normalSystem};
 
 }  // namespace cornerpin::kernels
