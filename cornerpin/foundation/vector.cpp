@@ -138,3 +138,4 @@ template class MGenVector<char*>;
 CORNERPIN_INSTANTIATE_SET(float);
 CORNERPIN_INSTANTIATE_SET(double);
 CORNERPIN_INSTANTIATE_SET(int);
+template MGenVector<char*>& MGenVector<char*>::set(const MGenVector<char*>&);

@@ -8,7 +8,7 @@
 #include "cornerpin/foundation/exception.h"
 
 template <class T>
-class MGenMatrix;
+class CORNERPIN_API MGenMatrix;
 
 /// A strided view on a shared, reference-counted element buffer. Built for `float`, `double`,
 /// `int` and `char*`; element i is `data[i * stride]`.

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef TESTS_SUPPORT_CHILD_H
+#define TESTS_SUPPORT_CHILD_H
+
+#include <functional>
+#include <string>
+
+// How a forked child ended and what it wrote to file descriptors 1 and 2, by whatever means.
+struct ChildRun {
+  bool exited = false;  // by itself with code 0, not by a signal
+  std::string out;
+  std::string err;
+};
+
+// Runs `action` in a forked child. The child leaves with code 0 when `action` returns, with
+// another one when it throws.
+ChildRun runInChild(const std::function<void()>& action);
+
+#endif
