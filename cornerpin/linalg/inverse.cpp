@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 
 #include "cornerpin/linalg/invert_in_place.h"
 #include "cornerpin/linalg/lapack.h"
@@ -59,15 +60,12 @@ int workLength(int n) {
 }
 
 // Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block.
-// `work` is replaced when it is too short.
 template <class T>
-void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots,
-                   MGenVector<T>& work) {
-  const int lwork = workLength<T>(n);
-  if (work.length < lwork) work = MGenVector<T>(lwork);
+void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots, T* work,
+                   int lwork) {
   int info = kRefused;
   if (m >= std::max(1, n) && lwork >= std::max(1, n)) {
-    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work.data, &lwork, &info);
+    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work, &lwork, &info);
   }
   report(info, Lapack<T>::invertName);
 }
@@ -92,10 +90,11 @@ MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
   MGenMatrix<T> result = factors.view(0, 0, m, n);
   result.set(a);
   MGenVector<int> pivots(n);
-  MGenVector<T> work;
   factorise(m, n, factors, pivots);
   if (m - n > spare) renumberRowsBeyond(n, pivots);
-  invertFactors(m, n, factors, pivots, work);
+  const int lwork = workLength<T>(n);
+  const std::unique_ptr<T[]> work(new T[static_cast<std::size_t>(std::max(0, lwork))]);
+  invertFactors(m, n, factors, pivots, work.get(), lwork);
   return spare > 0 ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
 }
 
@@ -110,7 +109,9 @@ void cornerpin::internal::invertInPlace(MGenMatrix<float>& a, MGenVector<int>& p
   const int n = a.rows;
   if (pivots.length < n) pivots = MGenVector<int>(n);
   factorise(n, n, a, pivots);
-  invertFactors(n, n, a, pivots, work);
+  const int lwork = workLength<float>(n);
+  if (work.length < lwork) work = MGenVector<float>(lwork);
+  invertFactors(n, n, a, pivots, work.data, lwork);
 }
 
 double determinant(const MGenMatrix<double>& a) {
