@@ -130,9 +130,9 @@ template class MGenVector<double>;
 template class MGenVector<int>;
 template class MGenVector<char*>;
 
-#define CORNERPIN_INSTANTIATE_SET(T)                                        \
-  template MGenVector<T>& MGenVector<T>::set(const MGenVector<float>&);     \
-  template MGenVector<T>& MGenVector<T>::set(const MGenVector<double>&);    \
+#define CORNERPIN_INSTANTIATE_SET(T)                                     \
+  template MGenVector<T>& MGenVector<T>::set(const MGenVector<float>&);  \
+  template MGenVector<T>& MGenVector<T>::set(const MGenVector<double>&); \
   template MGenVector<T>& MGenVector<T>::set(const MGenVector<int>&)
 
 CORNERPIN_INSTANTIATE_SET(float);

@@ -18,6 +18,7 @@
 #include "tests/support/child.h"
 #include "tests/support/element_types.h"
 #include "tests/support/reports.h"
+#include "tests/support/whole_run.h"
 
 namespace {
 

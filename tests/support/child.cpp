@@ -11,6 +11,9 @@
 
 namespace {
 
+// What the child leaves with after a whole run, so that an exit from within is told apart.
+constexpr int kWholeRun = 17;
+
 void flushAll() {
   std::cout.flush();
   std::cerr.flush();
@@ -18,7 +21,7 @@ void flushAll() {
 }
 
 [[noreturn]] void runAndLeave(const std::function<void()>& action) {
-  int code = 0;
+  int code = kWholeRun;
   try {
     action();
   } catch (...) {
@@ -53,7 +56,7 @@ ChildRun runInChild(const std::function<void()>& action) {
   int status = -1;
   waitpid(child, &status, 0);
   ChildRun run;
-  run.exited = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  run.exited = WIFEXITED(status) && WEXITSTATUS(status) == kWholeRun;
   run.out = contents(out);
   run.err = contents(err);
   return run;

@@ -7,13 +7,12 @@
 
 // How a forked child ended and what it wrote to file descriptors 1 and 2, by whatever means.
 struct ChildRun {
-  bool exited = false;  // by itself with code 0, not by a signal
+  bool exited = false;  // the action returned: no signal, no exception, no exit from within
   std::string out;
   std::string err;
 };
 
-// Runs `action` in a forked child. The child leaves with code 0 when `action` returns, with
-// another one when it throws.
+// Runs `action` in a forked child.
 ChildRun runInChild(const std::function<void()>& action);
 
 #endif
