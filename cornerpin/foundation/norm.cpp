@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "cornerpin/foundation/kernels/sum_squares.h"
+
 namespace {
 
 template <class T>
@@ -56,10 +58,7 @@ T sumOfLeadingPower(const T* p, int k) {
 
 template <class T>
 T _vector_norm2_2(const T* p, int n) {
-  if (n <= 8) return sumOfUpToEight(p, n, 1);
-  const int quarter = n / 4;
-  const auto sum = [quarter](const T* from) { return _vector_norm2_2(from, quarter); };
-  return (sum(p) + sum(p + quarter)) + (sum(p + 2 * quarter) + sum(p + 3 * quarter));
+  return cornerpin::kernels::sumSquares()(p, n);
 }
 
 template <class T>

@@ -48,8 +48,9 @@ void release(T*& elements) noexcept {
   elements = nullptr;
 }
 
-inline bool hasOneHolder(void* elements) noexcept {
-  return elements != nullptr && headerOf(elements)->references == 1;
+// Number of vectors, matrices and views on the buffer; 0 for none.
+inline int holderCount(void* elements) noexcept {
+  return elements == nullptr ? 0 : headerOf(elements)->references;
 }
 
 }  // namespace cornerpin::internal

@@ -122,7 +122,7 @@ MGenVector<T> MGenVector<T>::view(int first, int count, int step) const {
 
 template <class T>
 bool MGenVector<T>::ownsBuffer() const noexcept {
-  return cornerpin::internal::hasOneHolder(buffer);
+  return cornerpin::internal::holderCount(buffer) == 1;
 }
 
 template class MGenVector<float>;

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 
+#include "cornerpin/linalg/invert_in_place.h"
 #include "cornerpin/linalg/lapack.h"
 
 namespace {
@@ -45,23 +47,26 @@ void factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
   report(info, Lapack<T>::factoriseName);
 }
 
-int workLength(int n, const char* routine) {
-  const int blockSizeQuery = 1;
-  // No option and no size bears on the answer, yet some providers read them.
-  const int none = -1;
-  const int blockSize = ilaenv_(&blockSizeQuery, routine, " ", &none, &none, &none, &none, 6, 1);
+// The block size depends on the routine alone: asked for once.
+template <class T>
+int workLength(int n) {
+  static const int blockSize = [] {
+    const int blockSizeQuery = 1;
+    // No option and no size bears on the answer, yet some providers read them.
+    const int none = -1;
+    return ilaenv_(&blockSizeQuery, Lapack<T>::invertName, " ", &none, &none, &none, &none, 6, 1);
+  }();
   const std::int64_t length = std::int64_t{blockSize} * n;
   return static_cast<int>(std::min<std::int64_t>(length, std::numeric_limits<int>::max()));
 }
 
 // Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block.
 template <class T>
-void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots) {
-  const int lwork = workLength(n, Lapack<T>::invertName);
-  MGenVector<T> work(lwork);
+void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots, T* work,
+                   int lwork) {
   int info = kRefused;
   if (m >= std::max(1, n) && lwork >= std::max(1, n)) {
-    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work.data, &lwork, &info);
+    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work, &lwork, &info);
   }
   report(info, Lapack<T>::invertName);
 }
@@ -88,7 +93,9 @@ MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
   MGenVector<int> pivots(n);
   factorise(m, n, factors, pivots);
   if (m - n > spare) renumberRowsBeyond(n, pivots);
-  invertFactors(m, n, factors, pivots);
+  const int lwork = workLength<T>(n);
+  const std::unique_ptr<T[]> work(new T[static_cast<std::size_t>(std::max(0, lwork))]);
+  invertFactors(m, n, factors, pivots, work.get(), lwork);
   return spare > 0 ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
 }
 
@@ -97,6 +104,16 @@ MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
 MGenMatrix<float> inverse(const MGenMatrix<float>& a) { return inverseOf(a); }
 
 MGenMatrix<double> inverse(const MGenMatrix<double>& a) { return inverseOf(a); }
+
+void cornerpin::internal::invertInPlace(MGenMatrix<float>& a, MGenVector<int>& pivots,
+                                        MGenVector<float>& work) {
+  const int n = a.rows;
+  if (pivots.length < n) pivots = MGenVector<int>(n);
+  factorise(n, n, a, pivots);
+  const int lwork = workLength<float>(n);
+  if (work.length < lwork) work = MGenVector<float>(lwork);
+  invertFactors(n, n, a, pivots, work.data, lwork);
+}
 
 double determinant(const MGenMatrix<double>& a) {
   const int n = a.cols;

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "cornerpin/solver/lm_solver.h"
 
+#include <algorithm>
 #include <cmath>
 
-#include "cornerpin/foundation/arithmetic.h"
+#include "cornerpin/foundation/elementwise.h"
 #include "cornerpin/foundation/exception.h"
 #include "cornerpin/foundation/norm.h"
-#include "cornerpin/linalg/inverse.h"
+#include "cornerpin/foundation/shared_buffer.h"
+#include "cornerpin/linalg/invert_in_place.h"
+#include "cornerpin/solver/kernels/frame_kernels.h"
+
+using cornerpin::internal::holderCount;
 
 namespace {
 
@@ -14,6 +19,15 @@ constexpr float kInitialDamping = 0.01f;
 
 void throwUnlessFinite(double value) {
   if (!std::isfinite(value)) throw LvException("nan");
+}
+
+// Makes `scratch` a vector of n elements, of any values, on a buffer of its own.
+void reserve(MGenVector<float>& scratch, int n) {
+  if (scratch.length != n || !scratch.ownsBuffer()) scratch = MGenVector<float>(n);
+}
+
+void reserve(MGenMatrix<float>& scratch, int n) {
+  if (scratch.rows != n) scratch = MGenMatrix<float>(n, n, MGenMatrix<float>::ColumnMajor);
 }
 
 // Damping is multiplicative, on the diagonal only.
@@ -24,15 +38,23 @@ void damp(MGenMatrix<float>& a, float damping) {
   }
 }
 
-// Each row's sum runs in float from left to right, starting at 0.
-MGenVector<float> product(const MGenMatrix<float>& a, const MGenVector<float>& x) {
-  MGenVector<float> result(a.rows);
-  for (int i = 0; i < a.rows; ++i) {
+// result = a * x, each row's sum in float from left to right, starting at 0.
+void multiply(const MGenMatrix<float>& a, const MGenVector<float>& x, MGenVector<float>& result) {
+  const int n = a.rows;
+  for (int i = 0; i < n; ++i) {
     float sum = 0.0f;
-    for (int j = 0; j < a.cols; ++j) sum += a(i, j) * x[j];
-    result[i] = sum;
+    for (int j = 0; j < n; ++j) sum += a.data[i + j * n] * x.data[j];
+    result.data[i] = sum;
   }
-  return result;
+}
+
+// The Euclidean distance over y's length. `room` is replaced when it is too short.
+float distance(const MGenVector<float>& y, const MGenVector<float>& goal, MGenVector<float>& room) {
+  if (room.length < y.length) room = MGenVector<float>(y.length);
+  static const auto op = [](float a, float b) { return a - b; };
+  MGenVector<float> difference = room.view(0, y.length);
+  cornerpin::internal::forEachElement(difference, y, goal, op);
+  return std::sqrt(_vector_norm2(room.data, y.length));
 }
 
 }  // namespace
@@ -56,13 +78,60 @@ void MLMSolver::setGoal(const MGenVector<float>& g) {
 void MLMSolver::setTrust(const MGenVector<float>& t) { trust = t; }
 
 float MLMSolver::computeEpsilon(const MGenVector<float>& y) const {
-  const MGenVector<float> difference = y - goal;
-  return std::sqrt(_vector_norm2(difference.data, difference.length));
+  MGenVector<float> room;
+  return distance(y, goal, room);
 }
 
-// The products are formed in float and summed in double.
-MGenMatrix<float> MLMSolver::normalMatrix() const {
-  MGenMatrix<float> a(stateSize, stateSize, MGenMatrix<float>::ColumnMajor);
+// Gives `values` storage that no other vector sees.
+void MLMSolver::detachValues() {
+  if (values.ownsBuffer()) return;
+  const MGenVector<float>& room = scratch_.values;
+  const bool fits = room.length >= values.length && room.ownsBuffer();
+  MGenVector<float> detached =
+      fits ? room.view(0, values.length) : MGenVector<float>(values.length);
+  detached.set(values);
+  values = detached;
+}
+
+bool MLMSolver::jacobianIsShared() const {
+  const bool inScratch = jacobian.buffer == scratch_.jacobian.buffer;
+  return holderCount(jacobian.buffer) != (inScratch ? 2 : 1);
+}
+
+// The normal matrix and the gradient at `state`.
+void MLMSolver::formSystem() {
+  reserve(scratch_.normal, stateSize);
+  reserve(scratch_.gradient, stateSize);
+  if (!formSystemOfEight()) formSystemPlainly();
+}
+
+// Eight parameters and contiguous rows, as a match-move has them. False when it is not so.
+bool MLMSolver::formSystemOfEight() {
+  constexpr int n = cornerpin::kernels::kParameters;
+  const bool contiguous = jacobian.colStride == 1 && jacobian.rowStride == n && goal.stride == 1 &&
+                          values.stride == 1;
+  const bool inRange = jacobian.rows >= goalSize && jacobian.cols == n &&
+                       goal.length >= goalSize && values.length >= goalSize;
+  if (stateSize != n || !contiguous || !inRange) return false;
+  const cornerpin::kernels::FrameKernels& kernels = cornerpin::kernels::frameKernels();
+  const auto form = rowsAreDifferences_ ? kernels.normalSystemOfDifferences : kernels.normalSystem;
+  double triangle[n * n];
+  form(jacobian.data, goal.data, values.data, goalSize, triangle, scratch_.gradient.data);
+  for (int i = 0; i < n; ++i) {
+    for (int j = 0; j <= i; ++j) {
+      // Once a product or a partial sum is infinite or NaN, so is the sum.
+      const double sum = triangle[i * n + j];
+      throwUnlessFinite(sum);
+      scratch_.normal.data[i + j * n] = static_cast<float>(sum);
+      scratch_.normal.data[j + i * n] = static_cast<float>(sum);
+    }
+  }
+  return true;
+}
+
+void MLMSolver::formSystemPlainly() {
+  // The products are formed in float and summed in double.
+  MGenMatrix<float>& a = scratch_.normal;
   for (int i = 0; i < stateSize; ++i) {
     for (int j = 0; j <= i; ++j) {
       double sum = 0.0;
@@ -75,13 +144,10 @@ MGenMatrix<float> MLMSolver::normalMatrix() const {
       a(j, i) = static_cast<float>(sum);
     }
   }
-  return a;
-}
-
-// The differences are formed in float, the products and sums in double; every sum is stored as
-// float before the next value is added.
-MGenVector<float> MLMSolver::gradient() const {
-  MGenVector<float> g(stateSize);
+  // The differences are formed in float, the products and sums in double; every sum is stored as
+  // float before the next value is added.
+  MGenVector<float>& g = scratch_.gradient;
+  std::fill(g.data, g.data + g.length, 0.0f);
   for (int k = 0; k < goalSize; ++k) {
     for (int j = 0; j < stateSize; ++j) {
       const float difference = goal[k] - values[k];
@@ -89,11 +155,12 @@ MGenVector<float> MLMSolver::gradient() const {
       g[j] = static_cast<float>(static_cast<double>(g[j]) + term);
     }
   }
-  return g;
 }
 
 // Turns the system in x into the system in u, x = T u with T the diagonal of `trust`.
-void MLMSolver::scaleByTrust(MGenMatrix<float>& a, MGenVector<float>& g) const {
+void MLMSolver::scaleByTrust() {
+  MGenMatrix<float>& a = scratch_.damped;
+  MGenVector<float>& g = scratch_.scaledGradient;
   for (int i = 0; i < stateSize; ++i) {
     g[i] = g[i] * trust[i];
     for (int j = 0; j < stateSize; ++j) {
@@ -103,19 +170,43 @@ void MLMSolver::scaleByTrust(MGenMatrix<float>& a, MGenVector<float>& g) const {
   }
 }
 
+void MLMSolver::computeStep(float damping) {
+  reserve(scratch_.damped, stateSize);
+  reserve(scratch_.scaledGradient, stateSize);
+  reserve(scratch_.step, stateSize);
+  const std::ptrdiff_t n = stateSize;
+  std::copy(scratch_.normal.data, scratch_.normal.data + n * n, scratch_.damped.data);
+  std::copy(scratch_.gradient.data, scratch_.gradient.data + n, scratch_.scaledGradient.data);
+  if (trust.length != 0) scaleByTrust();
+  damp(scratch_.damped, damping);
+  cornerpin::internal::invertInPlace(scratch_.damped, scratch_.pivots, scratch_.work);
+  multiply(scratch_.damped, scratch_.scaledGradient, scratch_.step);
+  if (trust.length != 0) limitByTrust();
+}
+
 // Cuts the step in u to unit length and turns it into a step in x.
-void MLMSolver::limitByTrust(MGenVector<float>& d) const {
+void MLMSolver::limitByTrust() {
+  MGenVector<float>& d = scratch_.step;
   const float squaredLength = _vector_norm2(d.data, d.length);
   if (squaredLength > 1.0f) d /= std::sqrt(squaredLength);
   d *= trust;
+}
+
+// A vector as long as `state` that the problem does not hold: it may keep the last candidate.
+MGenVector<float>& MLMSolver::freeCandidate() {
+  MGenVector<float>* const candidates = scratch_.candidates;
+  MGenVector<float>& candidate =
+      holderCount(candidates[0].buffer) > 1 ? candidates[1] : candidates[0];
+  reserve(candidate, state.length);
+  return candidate;
 }
 
 void MLMSolver::solve() {
   if (problem == nullptr) throw LvIllegalArgumentException("MLMSolver::solve");
   problem->setX(state);
   problem->evalY(values);
-  if (!values.ownsBuffer()) values = values.copy();
-  float epsilon = computeEpsilon(values);
+  detachValues();
+  float epsilon = distance(values, goal, scratch_.difference);
   float damping = kInitialDamping;
   int stalls = 0;
   bool jacobianValid = false;
@@ -123,22 +214,22 @@ void MLMSolver::solve() {
   for (int pass = 1; pass < maxIterations; ++pass) {
     // Only the first pass and those after an accepted step come here without a Jacobian: the
     // problem holds `state` then.
+    const bool systemValid = jacobianValid && !jacobianIsShared();
     if (!jacobianValid) {
       problem->evalDy(jacobian);
       jacobianValid = true;
     }
-    MGenMatrix<float> a = normalMatrix();
-    MGenVector<float> g = gradient();
-    if (trust.length != 0) scaleByTrust(a, g);
-    damp(a, damping);
-    MGenVector<float> step = product(inverse(a), g);
-    if (trust.length != 0) limitByTrust(step);
+    if (!systemValid) formSystem();
+    computeStep(damping);
 
-    const MGenVector<float> candidate = state + step;
+    MGenVector<float>& candidate = freeCandidate();
+    for (std::ptrdiff_t i = 0; i < state.length; ++i) {
+      candidate.data[i] = scratch_.step.data[i] + state.data[i * state.stride];
+    }
     MGenVector<float> candidateValues;
     problem->setX(candidate);
     problem->evalY(candidateValues);
-    const float candidateEpsilon = computeEpsilon(candidateValues);
+    const float candidateEpsilon = distance(candidateValues, goal, scratch_.difference);
 
     const float difference = epsilon - candidateEpsilon;
     const double improvement =

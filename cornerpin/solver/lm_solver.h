@@ -96,10 +96,40 @@ class CORNERPIN_API MLMSolver {
                                      ///< are) resets the count of stalls
 
  private:
-  MGenMatrix<float> normalMatrix() const;
-  MGenVector<float> gradient() const;
-  void scaleByTrust(MGenMatrix<float>& a, MGenVector<float>& g) const;
-  void limitByTrust(MGenVector<float>& d) const;
+  friend class MMatchmove;
+
+  // What a pass needs beside the members above, kept from pass to pass and from solve to solve so
+  // that little is allocated again. A copied solver starts with its own.
+  struct Scratch {
+    Scratch() = default;
+    Scratch(const Scratch&) {}
+    Scratch& operator=(const Scratch&) { return *this; }
+    MGenMatrix<float> normal;  // the normal matrix, undamped and unscaled
+    MGenVector<float> gradient;
+    MGenMatrix<float> damped;  // the damped system, then its inverse
+    MGenVector<float> scaledGradient;
+    MGenVector<float> step;
+    MGenVector<float> candidates[2];
+    MGenVector<float> difference;
+    MGenVector<float> values;    // room for `values`, where the match-move driver gives some
+    MGenMatrix<float> jacobian;  // room for `jacobian`, likewise
+    MGenVector<int> pivots;
+    MGenVector<float> work;
+  };
+
+  void detachValues();
+  bool jacobianIsShared() const;
+  void formSystem();
+  bool formSystemOfEight();
+  void formSystemPlainly();
+  void scaleByTrust();
+  void computeStep(float damping);
+  void limitByTrust();
+  MGenVector<float>& freeCandidate();
+
+  Scratch scratch_;
+  // True where the match-move driver solves: the rows come from forward differences of a projection.
+  bool rowsAreDifferences_ = false;
 };
 
 #endif

@@ -10,16 +10,43 @@ template class MArray<MGenMatrix<float>>;
 
 using Matrix = MGenMatrix<float>;
 
+// The problem and solver of one frame after another, with room for all active tracks, so that a
+// frame allocates nothing but its output.
+struct MMatchmove::FrameFit {
+  explicit FrameFit(MMatchmove* scene)
+      : problem(scene), goal(2 * scene->trackCount), start(8), y(2 * scene->trackCount) {
+    solver.setProblem(&problem);
+    solver.rowsAreDifferences_ = true;
+    solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
+    solver.scratch_.jacobian = Matrix(2 * scene->trackCount, 8, Matrix::RowMajor);
+  }
+
+  // Sizes everything for the frame's active tracks, in the storage that is there.
+  void select(int frame) {
+    problem.select(frame);
+    const int valueCount = 2 * problem.activeCount;
+    problem.y = y.view(0, valueCount);
+    solver.jacobian = solver.scratch_.jacobian.view(0, 0, valueCount, 8);
+  }
+
+  MMatchmoveProblem problem;
+  MLMSolver solver;
+  MGenVector<float> goal;
+  MGenVector<float> start;
+  MGenVector<float> y;
+};
+
 void MMatchmove::solve() {
   setupOutputs();
   solveBaseFrame();
+  FrameFit fit(this);
   for (int f = baseFrame + 1; f < frameCount; ++f) {
     outputs[f] = outputs[f - 1].copy(Matrix::ColumnMajor);
-    solveFrame(f);
+    solveFrame(f, fit);
   }
   for (int f = baseFrame - 1; f >= 0; --f) {
     outputs[f] = outputs[f + 1].copy(Matrix::ColumnMajor);
-    solveFrame(f);
+    solveFrame(f, fit);
   }
 }
 
@@ -44,18 +71,23 @@ void MMatchmove::solveBaseFrame() {
 }
 
 void MMatchmove::solveFrame(int frame) {
-  MMatchmoveProblem problem(this, frame);
+  FrameFit fit(this);
+  solveFrame(frame, fit);
+}
+
+void MMatchmove::solveFrame(int frame, FrameFit& fit) {
+  fit.select(frame);
+  MMatchmoveProblem& problem = fit.problem;
   if (problem.activeCount == 0) return;
-  MGenVector<float> start;
-  problem.xToVector(outputs[frame], start);
-  MLMSolver solver;
-  solver.setProblem(&problem);
-  solver.setGoal(problem.getGoal());
-  solver.setState(start);
-  solver.solve();
+  MGenVector<float> goal = fit.goal.view(0, 2 * problem.activeCount);
+  problem.packGoal(goal);
+  problem.xToVector(outputs[frame], fit.start);
+  fit.solver.setGoal(goal);
+  fit.solver.setState(fit.start);
+  fit.solver.solve();
   Matrix& output = outputs[frame];
   if (!output.ownsBuffer()) output = output.copy(Matrix::ColumnMajor);
-  problem.xToMatrix(solver.getState(), output);
+  problem.xToMatrix(fit.solver.getState(), output);
 }
 
 void MMatchmove::project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const {

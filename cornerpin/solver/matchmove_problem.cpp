@@ -2,76 +2,130 @@
 #include "cornerpin/solver/matchmove_problem.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 
-#include "cornerpin/foundation/arithmetic.h"
 #include "cornerpin/foundation/exception.h"
+#include "cornerpin/solver/kernels/frame_kernels.h"
 #include "cornerpin/solver/same_layout.h"
 
 namespace {
 
-constexpr int kParameterCount = 8;
+using cornerpin::kernels::ActiveTracks;
+using cornerpin::kernels::frameKernels;
+
+constexpr int kParameterCount = cornerpin::kernels::kParameters;
 constexpr float kDifferenceStep = 0.0001f;
+
+// The three runs of equal length that `gather` filled.
+ActiveTracks activeTracksIn(const MGenVector<float>& gathered, int count) {
+  const int run = gathered.length / 3;
+  return {gathered.data, gathered.data + run, gathered.data + 2 * run, count};
+}
+
+// The 3 x 3 elements in column-major order, read row by row; nothing is read when no track needs
+// them.
+std::array<float, 9> elementsOf(const MGenMatrix<float>& h, int activeCount) {
+  std::array<float, 9> elements{};
+  if (activeCount == 0) return elements;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) elements[static_cast<std::size_t>(i + 3 * j)] = h(i, j);
+  }
+  return elements;
+}
 
 }  // namespace
 
-MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene, int frame) : scene(scene), frame(frame) {
-  activeTracks.resize(scene->trackCount);
-  for (int i = 0; i < scene->trackCount; ++i) {
-    if (scene->baseWeights[i] > 0.0f && scene->tracks[i].weights[frame] > 0.0f) {
-      activeTracks[activeCount++] = i;
-    }
-  }
-  activeTracks.resize(activeCount);
-}
+MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene, int frame) : scene(scene) { select(frame); }
+
+MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene) : scene(scene) {}
 
 MMatchmoveProblem::~MMatchmoveProblem() = default;
 
+// Starts over for a frame of the same scene, in the storage that is there.
+void MMatchmoveProblem::select(int newFrame) {
+  frame = newFrame;
+  isGathered_ = false;
+  activeCount = 0;
+  selected_.resize(scene->trackCount);
+  for (int i = 0; i < scene->trackCount; ++i) {
+    if (scene->baseWeights[i] > 0.0f && scene->tracks[i].weights[frame] > 0.0f) {
+      selected_[activeCount++] = i;
+    }
+  }
+  activeTracks = selected_.view(0, activeCount);
+}
+
 MGenVector<float> MMatchmoveProblem::getGoal() const {
   MGenVector<float> goal(2 * activeCount);
+  packGoal(goal);
+  return goal;
+}
+
+void MMatchmoveProblem::packGoal(MGenVector<float>& goal) const {
   for (int i = 0; i < activeCount; ++i) {
     const MMatchmoveTrack& track = activeTrack(i);
     const float w = track.weights[frame];
     goal[2 * i] = w * track.positions(frame, 0);
     goal[2 * i + 1] = w * track.positions(frame, 1);
   }
-  return goal;
 }
 
 void MMatchmoveProblem::setX(const MGenVector<float>& parameters) {
   x = parameters;
   xToMatrix(x, transform);
-  project(transform, y);
+  gatherOnce();
+  projectGathered(transform, gathered_, y);
 }
 
 void MMatchmoveProblem::evalY(MGenVector<float>& out) { out = y; }
 
-void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
-  cornerpin::internal::resizeKeepingLayout(dy, y.length, x.length);
-  MGenMatrix<float> h = transform.copy(MGenMatrix<float>::ColumnMajor);
-  MGenVector<float> moved;
-  for (int p = 0; p < kParameterCount; ++p) {
-    const float saved = h.data[p];
-    h.data[p] += kDifferenceStep;
-    project(h, moved);
-    dy.column(p).set((moved - y) / kDifferenceStep);
-    h.data[p] = saved;
+// Copies what a projection reads of the active tracks into contiguous runs.
+void MMatchmoveProblem::gather(MGenVector<float>& tracks) const {
+  const int run = scene->trackCount;
+  tracks.resize(3 * run);
+  for (int i = 0; i < activeCount; ++i) {
+    const int t = activeTracks[i];
+    tracks.data[2 * run + i] = weight(i);
+    tracks.data[i] = scene->basePositions(t, 0);
+    tracks.data[run + i] = scene->basePositions(t, 1);
   }
 }
 
+void MMatchmoveProblem::gatherOnce() {
+  if (!isGathered_) gather(gathered_);
+  isGathered_ = true;
+}
+
+void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
+  cornerpin::internal::resizeKeepingLayout(dy, y.length, x.length);
+  const int valueCount = 2 * activeCount;
+  const bool direct = dy.rows == valueCount && dy.cols == kParameterCount && dy.colStride == 1 &&
+                      dy.rowStride == kParameterCount;
+  const MGenMatrix<float> rows =
+      direct ? dy : MGenMatrix<float>(valueCount, kParameterCount, MGenMatrix<float>::RowMajor);
+  const MGenVector<float> values = y.stride == 1 ? y : y.copy();
+  gatherOnce();
+  frameKernels().differences(elementsOf(transform, activeCount).data(),
+                             activeTracksIn(gathered_, activeCount), values.data, kDifferenceStep,
+                             rows.data);
+  for (int p = 0; !direct && p < kParameterCount; ++p) dy.column(p).set(rows.column(p));
+}
+
 void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& out) const {
+  MGenVector<float> tracks;
+  gather(tracks);
+  projectGathered(h, tracks, out);
+}
+
+void MMatchmoveProblem::projectGathered(const MGenMatrix<float>& h,
+                                        const MGenVector<float>& tracks,
+                                        MGenVector<float>& out) const {
   out.resize(2 * activeCount);
-  for (int i = 0; i < activeCount; ++i) {
-    const int t = activeTracks[i];
-    const float w = weight(i);
-    const float bx = scene->basePositions(t, 0);
-    const float by = scene->basePositions(t, 1);
-    const auto row = [&](int r) { return (bx * h(r, 0) + by * h(r, 1)) + h(r, 2); };
-    const float u = row(0);
-    const float v = row(1);
-    const float s = row(2);
-    out[2 * i] = (w * u) / s;
-    out[2 * i + 1] = (w * v) / s;
-  }
+  MGenVector<float> values = out.stride == 1 ? out : MGenVector<float>(out.length);
+  frameKernels().project(elementsOf(h, activeCount).data(), activeTracksIn(tracks, activeCount),
+                         values.data);
+  if (out.stride != 1) out.set(values);
 }
 
 void MMatchmoveProblem::xToVector(const MGenMatrix<float>& h, MGenVector<float>& parameters) const {

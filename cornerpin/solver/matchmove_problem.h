@@ -64,8 +64,21 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   int frame = 0;
 
  private:
+  friend class MMatchmove;
+
+  explicit MMatchmoveProblem(MMatchmove* scene);  // no frame selected yet
   const MMatchmoveTrack& activeTrack(int i) const { return scene->tracks[activeTracks[i]]; }
   float weight(int i) const { return activeTrack(i).weights[frame]; }
+  void select(int newFrame);
+  void packGoal(MGenVector<float>& goal) const;
+  void gather(MGenVector<float>& tracks) const;
+  void gatherOnce();
+  void projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& tracks,
+                       MGenVector<float>& out) const;
+
+  MGenVector<int> selected_;    // room for `activeTracks`
+  MGenVector<float> gathered_;  // x, y and weight of the active tracks, each trackCount long
+  bool isGathered_ = false;
 };
 
 #endif

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "cornerpin/foundation/kernels/sum_squares.h"
+
+#include "cornerpin/internal/cpu.h"
+
+namespace cornerpin::kernels {
+
+float sumSquaresScalar(const float* p, int n) {
+  if (n == 4) return (p[0] * p[0] + p[1] * p[1]) + (p[2] * p[2] + p[3] * p[3]);
+  return sumSquaresScalar(p, n / 2) + sumSquaresScalar(p + n / 2, n / 2);
+}
+
+int sumSquaresVariants(SumSquaresVariant variants[2]) {
+  int count = 0;
+  variants[count++] = {"scalar", sumSquaresScalar};
+#ifdef CORNERPIN_HAVE_AVX2
+  if (internal::hasAvx2()) variants[count++] = {"avx2", sumSquaresAvx2};
+#endif
+  return count;
+}
+
+SumSquares sumSquares() {
+  static const SumSquares best = [] {
+    SumSquaresVariant variants[2];
+    return variants[sumSquaresVariants(variants) - 1].run;
+  }();
+  return best;
+}
+
+}  // namespace cornerpin::kernels

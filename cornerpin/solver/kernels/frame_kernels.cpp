@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "cornerpin/solver/kernels/frame_kernels.h"
+
+#include "cornerpin/internal/cpu.h"
+
+namespace cornerpin::kernels {
+
+#ifdef CORNERPIN_HAVE_AVX2
+extern const FrameKernels avx2FrameKernels;
+#endif
+
+const FrameKernelsList& frameKernelVariants() {
+  static const FrameKernelsList list = [] {
+    FrameKernelsList available{};
+    available.variants[available.count++] = &scalarFrameKernels;
+#ifdef CORNERPIN_HAVE_AVX2
+    if (internal::hasAvx2()) available.variants[available.count++] = &avx2FrameKernels;
+#endif
+    return available;
+  }();
+  return list;
+}
+
+namespace {
+const FrameKernels* chosen = nullptr;
+}
+
+const FrameKernels& frameKernels() {
+  static const FrameKernels* const best =
+      frameKernelVariants().variants[frameKernelVariants().count - 1];
+  return chosen != nullptr ? *chosen : *best;
+}
+
+void useFrameKernels(const FrameKernels* kernels) { chosen = kernels; }
+
+}  // namespace cornerpin::kernels

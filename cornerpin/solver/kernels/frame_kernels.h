@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef CORNERPIN_SOLVER_KERNELS_FRAME_KERNELS_H
+#define CORNERPIN_SOLVER_KERNELS_FRAME_KERNELS_H
+
+#include "cornerpin/export.h"
+
+// Private: the loops of a frame's fit. `scalar` is the definition of each; every other variant
+// returns the same bits.
+namespace cornerpin::kernels {
+
+constexpr int kParameters = 8;
+
+// The tracks that take part in a frame.
+struct ActiveTracks {
+  const float* x;  // base positions
+  const float* y;
+  const float* weight;  // in the frame
+  int count;
+};
+
+// h is a 3 x 3 transform, column-major. Values 2i and 2i + 1 are the weighted projection of track
+// i: (w * u) / s and (w * v) / s, with u, v and s summed from left to right.
+using Project = void (*)(const float* h, const ActiveTracks& tracks, float* values);
+
+// Forward differences: rows[8k + p] = (value k with `step` added to element p of h, minus
+// values[k]) / step, where `values` is the projection through h.
+using Differences = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
+                             float step, float* rows);
+
+// From m contiguous rows of 8: a[8i + j], j <= i, is the sum over k of row k's element j times its
+// element i, the products in float and the sums in double; g[j] is the sum over k of element j
+// times (goal[k] - values[k]), the difference in float, product and sum in double, every sum
+// rounded to float before the next k.
+using NormalSystem = void (*)(const float* rows, const float* goal, const float* values, int m,
+                              double* a, float* g);
+
+struct FrameKernels {
+  const char* name;
+  Project project;
+  Differences differences;
+  NormalSystem normalSystem;
+  // The same for the rows of `differences` alone, where m is even, even rows are zero in columns 1,
+  // 4 and 7, and odd rows in 0, 3 and 6. Zeros in g may differ in sign; a sum in `a` is not finite
+  // exactly when one of the definition's is, but which ones may differ.
+  NormalSystem normalSystemOfDifferences;
+};
+
+CORNERPIN_API extern const FrameKernels scalarFrameKernels;
+
+// Every variant that this build has and this processor runs, the definition first and the best
+// one last.
+struct FrameKernelsList {
+  const FrameKernels* variants[4];
+  int count;
+};
+CORNERPIN_API const FrameKernelsList& frameKernelVariants();
+
+// The variant in use: the best one, unless a test has chosen another.
+const FrameKernels& frameKernels();
+
+// For tests: the variant to use from now on; null goes back to the best one.
+CORNERPIN_API void useFrameKernels(const FrameKernels* kernels);
+
+}  // namespace cornerpin::kernels
+
+#endif

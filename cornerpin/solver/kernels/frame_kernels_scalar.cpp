@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <algorithm>
+#include <cstddef>
+
+#include "cornerpin/solver/kernels/frame_kernels.h"
+
+namespace cornerpin::kernels {
+namespace {
+
+void project(const float* h, const ActiveTracks& tracks, float* values) {
+  for (int i = 0; i < tracks.count; ++i) {
+    const float x = tracks.x[i];
+    const float y = tracks.y[i];
+    const float w = tracks.weight[i];
+    const float u = (x * h[0] + y * h[3]) + h[6];
+    const float v = (x * h[1] + y * h[4]) + h[7];
+    const float s = (x * h[2] + y * h[5]) + h[8];
+    values[2 * i] = (w * u) / s;
+    values[2 * i + 1] = (w * v) / s;
+  }
+}
+
+void differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
+                 float* rows) {
+  for (int p = 0; p < kParameters; ++p) {
+    float shifted[9];
+    std::copy(h, h + 9, shifted);
+    shifted[p] += step;
+    for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
+      const ActiveTracks track = {tracks.x + i, tracks.y + i, tracks.weight + i, 1};
+      float moved[2];
+      project(shifted, track, moved);
+      rows[(2 * i) * kParameters + p] = (moved[0] - values[2 * i]) / step;
+      rows[(2 * i + 1) * kParameters + p] = (moved[1] - values[2 * i + 1]) / step;
+    }
+  }
+}
+
+// Column j of row k meets all eight columns at once, the upper triangle included.
+void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
+                  float* g) {
+  std::fill(a, a + kParameters * kParameters, 0.0);
+  std::fill(g, g + kParameters, 0.0f);
+  for (std::ptrdiff_t k = 0; k < m; ++k) {
+    const float* row = rows + k * kParameters;
+    for (int i = 0; i < kParameters; ++i) {
+      for (int j = 0; j < kParameters; ++j) {
+        a[i * kParameters + j] += static_cast<double>(row[j] * row[i]);
+      }
+    }
+    const float difference = goal[k] - values[k];
+    for (int j = 0; j < kParameters; ++j) {
+      const double term = static_cast<double>(row[j]) * static_cast<double>(difference);
+      g[j] = static_cast<float>(static_cast<double>(g[j]) + term);
+    }
+  }
+}
+
+}  // namespace
+
+const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem, normalSystem};
+
+}  // namespace cornerpin::kernels
