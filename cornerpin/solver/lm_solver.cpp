@@ -108,10 +108,10 @@ void MLMSolver::formSystem() {
 // Eight parameters and contiguous rows, as a match-move has them. False when it is not so.
 bool MLMSolver::formSystemOfEight() {
   constexpr int n = cornerpin::kernels::kParameters;
-  const bool contiguous = jacobian.colStride == 1 && jacobian.rowStride == n && goal.stride == 1 &&
-                          values.stride == 1;
-  const bool inRange = jacobian.rows >= goalSize && jacobian.cols == n &&
-                       goal.length >= goalSize && values.length >= goalSize;
+  const bool contiguous =
+      jacobian.colStride == 1 && jacobian.rowStride == n && goal.stride == 1 && values.stride == 1;
+  const bool inRange = jacobian.rows >= goalSize && jacobian.cols == n && goal.length >= goalSize &&
+                       values.length >= goalSize;
   if (stateSize != n || !contiguous || !inRange) return false;
   const cornerpin::kernels::FrameKernels& kernels = cornerpin::kernels::frameKernels();
   const auto form = rowsAreDifferences_ ? kernels.normalSystemOfDifferences : kernels.normalSystem;

@@ -128,7 +128,8 @@ class CORNERPIN_API MLMSolver {
   MGenVector<float>& freeCandidate();
 
   Scratch scratch_;
-  // True where the match-move driver solves: the rows come from forward differences of a projection.
+  // True where the match-move driver solves: the rows come from forward differences of a
+  // projection.
   bool rowsAreDifferences_ = false;
 };
 

@@ -118,8 +118,7 @@ void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& o
   projectGathered(h, tracks, out);
 }
 
-void MMatchmoveProblem::projectGathered(const MGenMatrix<float>& h,
-                                        const MGenVector<float>& tracks,
+void MMatchmoveProblem::projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& tracks,
                                         MGenVector<float>& out) const {
   out.resize(2 * activeCount);
   MGenVector<float> values = out.stride == 1 ? out : MGenVector<float>(out.length);

@@ -217,7 +217,7 @@ void normalSystemOfDifferences(const float* rows, const float* goal, const float
 
 }  // namespace
 
-extern const FrameKernels avx2FrameKernels = {"avx2", project, differences,
-                                             normalSystem, normalSystemOfDifferences};
+extern const FrameKernels avx2FrameKernels = {"avx2", project, differences, normalSystem,
+                                              normalSystemOfDifferences};
 
 }  // namespace cornerpin::kernels

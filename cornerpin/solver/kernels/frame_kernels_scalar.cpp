@@ -58,6 +58,7 @@ void normalSystem(const float* rows, const float* goal, const float* values, int
 
 }  // namespace
 
-const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem, normalSystem};
+const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem,
+                                         normalSystem};
 
 }  // namespace cornerpin::kernels

@@ -5,8 +5,8 @@
 
 #include "tests/support/awkward.h"
 
-using cornerpin::kernels::sumSquaresVariants;
 using cornerpin::kernels::SumSquaresVariant;
+using cornerpin::kernels::sumSquaresVariants;
 
 TEST(SumSquares, EveryVariantGivesTheDefinitionsBits) {
   SumSquaresVariant variants[2];
