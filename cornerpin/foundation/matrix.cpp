@@ -19,6 +19,37 @@ int firstOutside(int first, int count, int size) {
   return size;
 }
 
+// Elements as lines: `step` from one element of a line to the next, `line` from line to line.
+template <class T>
+struct Lines {
+  T* data;
+  std::ptrdiff_t step;
+  std::ptrdiff_t line;
+};
+
+// Copies `count` lines of `length` elements, in tiles: where the two sides run crosswise, the
+// lines that a tile touches stay in the cache.
+template <class T, class U>
+void copyLines(const Lines<T>& to, const Lines<const U>& from, std::ptrdiff_t length,
+               std::ptrdiff_t count) {
+  const bool alongBoth = to.step == 1 && from.step == 1;
+  const std::ptrdiff_t tile = alongBoth ? std::max(length, std::ptrdiff_t{1}) : 16;
+  for (std::ptrdiff_t first = 0; first < length; first += tile) {
+    const std::ptrdiff_t end = std::min(first + tile, length);
+    for (std::ptrdiff_t j = 0; j < count; ++j) {
+      T* const target = to.data + j * to.line;
+      const U* const source = from.data + j * from.line;
+      if (alongBoth) {
+        for (std::ptrdiff_t i = first; i < end; ++i) target[i] = static_cast<T>(source[i]);
+      } else {
+        for (std::ptrdiff_t i = first; i < end; ++i) {
+          target[i * to.step] = static_cast<T>(source[i * from.step]);
+        }
+      }
+    }
+  }
+}
+
 }  // namespace
 
 template <class T>
@@ -86,13 +117,14 @@ MGenMatrix<T>& MGenMatrix<T>::set(const MGenMatrix<U>& source) {
   const void* const sourceBuffer = source.buffer;
   const bool overlap = buffer != nullptr && buffer == sourceBuffer;
   const MGenMatrix<U> from = overlap ? source.copy(MGenMatrix<U>::ColumnMajor) : source;
-  const std::ptrdiff_t rowsToCopy = std::min(rows, from.rows);
-  const std::ptrdiff_t colsToCopy = std::min(cols, from.cols);
-  for (std::ptrdiff_t i = 0; i < rowsToCopy; ++i) {
-    for (std::ptrdiff_t j = 0; j < colsToCopy; ++j) {
-      data[i * rowStride + j * colStride] =
-          static_cast<T>(from.data[i * from.rowStride + j * from.colStride]);
-    }
+  const int rowsToCopy = std::min(rows, from.rows);
+  const int colsToCopy = std::min(cols, from.cols);
+  if (rowStride <= colStride) {
+    copyLines<T, U>({data, rowStride, colStride}, {from.data, from.rowStride, from.colStride},
+                    rowsToCopy, colsToCopy);
+  } else {
+    copyLines<T, U>({data, colStride, rowStride}, {from.data, from.colStride, from.rowStride},
+                    colsToCopy, rowsToCopy);
   }
   return *this;
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
 
 #include "cornerpin/linalg/invert_in_place.h"
 #include "cornerpin/linalg/lapack.h"
@@ -59,33 +60,42 @@ int workLength(int n) {
 }
 
 // Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block.
-// `work` is replaced when it is too short.
 template <class T>
-void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots,
-                   MGenVector<T>& work) {
-  const int lwork = workLength<T>(n);
-  if (work.length < lwork) work = MGenVector<T>(lwork);
+void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots, T* work,
+                   int lwork) {
   int info = kRefused;
   if (m >= std::max(1, n) && lwork >= std::max(1, n)) {
-    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work.data, &lwork, &info);
+    Lapack<T>::invert(&n, lu.data, &m, pivots.data, work, &lwork, &info);
   }
   report(info, Lapack<T>::invertName);
+}
+
+// Gives the pivot rows beyond n, of which there may be any number, the numbers n + 1 ... 2n.
+void renumberRowsBeyond(int n, MGenVector<int>& pivots) {
+  int* const p = pivots.data;
+  for (int i = n - 1; i >= 0; --i) {
+    if (p[i] > n) p[i] = n + 1 + static_cast<int>(std::find(p, p + i, p[i]) - p);
+  }
 }
 
 template <class T>
 MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
   const int m = a.rows;
   const int n = a.cols;
-  // The inversion interchanges columns by pivot row, which in a tall matrix may lie beyond n: the
-  // factors get a column for every row.
-  MGenMatrix<T> factors(m, std::max(m, n), MGenMatrix<T>::ColumnMajor);
+  // The inversion interchanges columns by pivot row, which in a tall matrix may lie beyond n. The
+  // factors get spare columns of zeros for these: one for every row beyond, but no more than the
+  // n pivots can name.
+  const int spare = std::clamp(m - n, 0, n);
+  MGenMatrix<T> factors(m, n + spare, MGenMatrix<T>::ColumnMajor);
   MGenMatrix<T> result = factors.view(0, 0, m, n);
   result.set(a);
   MGenVector<int> pivots(n);
-  MGenVector<T> work;
   factorise(m, n, factors, pivots);
-  invertFactors(m, n, factors, pivots, work);
-  return m > n ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
+  if (m - n > spare) renumberRowsBeyond(n, pivots);
+  const int lwork = workLength<T>(n);
+  const std::unique_ptr<T[]> work(new T[static_cast<std::size_t>(std::max(0, lwork))]);
+  invertFactors(m, n, factors, pivots, work.get(), lwork);
+  return spare > 0 ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
 }
 
 }  // namespace
@@ -99,7 +109,9 @@ void cornerpin::internal::invertInPlace(MGenMatrix<float>& a, MGenVector<int>& p
   const int n = a.rows;
   if (pivots.length < n) pivots = MGenVector<int>(n);
   factorise(n, n, a, pivots);
-  invertFactors(n, n, a, pivots, work);
+  const int lwork = workLength<float>(n);
+  if (work.length < lwork) work = MGenVector<float>(lwork);
+  invertFactors(n, n, a, pivots, work.data, lwork);
 }
 
 double determinant(const MGenMatrix<double>& a) {
@@ -112,7 +124,11 @@ double determinant(const MGenMatrix<double>& a) {
   for (int i = 0; i < n; ++i) {
     // LAPACK counts rows from 1, so no entry equals its position: the sign flips at every step.
     if (pivots[i] != i) product = -product;
-    product *= factors(i, i);
+    if (i < a.rows) {
+      product *= factors(i, i);
+    } else {  // reported as the access would, which has no element to go on with
+      MMatrixError::err("MMatrix row %d out of range 0..%d", i, a.rows - 1);
+    }
   }
   return product;
 }

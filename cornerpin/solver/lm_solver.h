@@ -44,6 +44,8 @@ class CORNERPIN_API MLMProblem {
 /// shorter than the state ends in "MVector index %d out of range %d", a solve without parameters
 /// in "sgetrf", and one without a problem throws `LvIllegalArgumentException` "MLMSolver::solve".
 ///
+/// A copy of a solver shares its vectors, so solving either one moves both states.
+///
 /// One solver and its problem belong to one thread at a time. Each pass costs one inversion of an
 /// n x n matrix and one evaluation; the Jacobian is evaluated after accepted steps only.
 ///

@@ -337,6 +337,26 @@ TEST(MMatchmoveEquality, AShotReplacedByAnotherIsTheReferences) {
   }
 }
 
+TEST(MMatchmoveEquality, ProjectedPointsAreTheReferences) {
+  for (std::uint32_t seed = 4001; seed <= 4100; ++seed) {
+    reference::Scene shot = scenes::randomShot(seed);
+    MMatchmove scene;
+    scenes::fill(scene, shot, seed);
+    scenes::solve(shot);
+    scenes::solve(scene);
+    Random random(seed);
+    for (int f = 0; f < scene.outputs.size(); ++f) {
+      if (scene.outputs[f].rows == 0) continue;
+      const Floats p = {random.real(-3, 3), random.real(-3, 3)};
+      Floats expected;
+      MGenVector<float> found;
+      shot.project(f, p, expected);
+      scene.project(f, scenes::randomlyStored(p, random), found);
+      ASSERT_TRUE(scenes::sameBits(scenes::floatsOf(found), expected)) << "seed " << seed;
+    }
+  }
+}
+
 TEST(MMatchmoveEquality, TheHashOfAllResultsIsTheReferences) {
   std::uint64_t expected = 14695981039346656037u;
   std::uint64_t found = expected;

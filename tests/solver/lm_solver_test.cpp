@@ -322,6 +322,26 @@ TEST(MLMSolverStalls, AnImprovementOfTheToleranceIsAStall) {
   }
 }
 
+TEST(MLMSolverStalls, TheImprovementIsDividedInDouble) {
+  Script problem({9, 2, 2});  // (9 - 2) / (9 + 1) is above the float next to 0.7
+  MLMSolver solver;
+  prepare(solver, problem, {0}, {0});
+  solver.tolerance = 0.7f;
+  solver.maxStalls = 1;
+  solver.solve();
+  EXPECT_EQ(problem.candidates(), 2);
+}
+
+TEST(MLMSolverStalls, TheImprovementIsSubtractedInFloat) {
+  Script problem({1, 4e-8f, 4e-8f});  // 1 - 4e-8 becomes the float below 1
+  MLMSolver solver;
+  prepare(solver, problem, {0}, {0});
+  solver.tolerance = std::nextafter(1.0f, 0.0f) / 2;
+  solver.maxStalls = 1;
+  solver.solve();
+  EXPECT_EQ(problem.candidates(), 1);
+}
+
 TEST(MLMSolverStalls, AreCountedAnewByEverySolve) {
   Identity problem;
   MLMSolver solver;

@@ -266,31 +266,28 @@ void Solver::solve() {
 
 namespace {
 
-Track& trackAt(std::vector<Track>& tracks, int i) {
-  if (i < 0 || size(i) >= tracks.size()) throw Failure("MArray::operator[]");
-  return tracks[size(i)];
-}
-
-Transform& outputAt(std::vector<Transform>& outputs, int i) {
-  if (i < 0 || size(i) >= outputs.size()) throw Failure("MArray::operator[]");
-  return outputs[size(i)];
+// An element of a std::vector, const or not.
+template <class Array>
+auto& elementAt(Array& array, int i) {
+  if (i < 0 || size(i) >= array.size()) throw Failure("MArray::operator[]");
+  return array[size(i)];
 }
 
 }  // namespace
 
 void Scene::setupOutputs() {
   trackCount = static_cast<int>(tracks.size());
-  frameCount = length(trackAt(tracks, 0).weights);
+  frameCount = length(elementAt(tracks, 0).weights);
   basePositions.resize(trackCount, 2);
   baseWeights.resize(size(trackCount));
   outputs.resize(size(frameCount));
 }
 
 void Scene::solveBaseFrame() {
-  outputAt(outputs, baseFrame) = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  elementAt(outputs, baseFrame) = {1, 0, 0, 0, 1, 0, 0, 0, 1};
   std::fill(baseWeights.begin(), baseWeights.end(), 0.0f);
   for (int i = 0; i < trackCount; ++i) {
-    const Track& track = trackAt(tracks, i);
+    const Track& track = elementAt(tracks, i);
     at(baseWeights, i) = at(track.weights, baseFrame);
     basePositions(i, 0) = track.positions(baseFrame, 0);
     basePositions(i, 1) = track.positions(baseFrame, 1);
@@ -303,9 +300,9 @@ void Scene::solveFrame(int frame) {
   Solver solver;
   solver.problem = &problem;
   solver.setGoal(problem.goal());
-  solver.setState(xToVector(outputAt(outputs, frame)));
+  solver.setState(xToVector(elementAt(outputs, frame)));
   solver.solve();
-  xToMatrix(solver.state, outputAt(outputs, frame));
+  xToMatrix(solver.state, elementAt(outputs, frame));
 }
 
 void Scene::solve() {
@@ -331,7 +328,7 @@ float carried(const Transform& h, int r, float x, float y) {
 }  // namespace
 
 void Scene::project(int frame, const Floats& p, Floats& out) const {
-  const Transform& h = outputs.at(size(frame));
+  const Transform& h = elementAt(outputs, frame);
   const float x = at(p, 0);
   const float y = at(p, 1);
   const float w = carried(h, 2, x, y);

@@ -53,7 +53,7 @@ int randomBaseFrame(Random& random, int frames) {
 }
 
 float randomWeight(Random& random, int palette) {
-  constexpr float mixed[] = {1.0f, 0.0f, -1.0f, 0.25f, 0.5f, 3.5f, 1e-3f, 1e-12f, 100.0f};
+  constexpr float mixed[] = {1, 0, -1, 0.25f, 3.5f, 1e-3f, 1e-20f, 1e-38f, 100, 1e15f};
   switch (palette) {
     case 0:
       return 1.0f;
@@ -62,7 +62,7 @@ float randomWeight(Random& random, int palette) {
     case 2:
       return random.real(0.05f, 2.0f);
     default:
-      return mixed[random.below(9)];
+      return mixed[random.below(10)];
   }
 }
 
@@ -127,7 +127,9 @@ void addTracks(Scene& shot, Random& random, Trouble trouble, int frames) {
       double v = 0;
       motions[size(f)].apply(point.x, point.y, u, v);
       const double off = f == shot.baseFrame ? 0.0 : noise;
-      place(track, f, u + off * random.real(-1, 1), v + off * random.real(-1, 1), units);
+      u += off * random.real(-1, 1);
+      v += off * random.real(-1, 1);
+      place(track, f, u, v, units);
       track.weights[size(f)] = randomWeight(random, palette);
     }
     shot.tracks.push_back(track);
@@ -146,9 +148,10 @@ void addTrouble(Scene& shot, Random& random, Trouble trouble) {
   Track& track = shot.tracks[size(random.below(tracks))];
   switch (trouble) {
     case Trouble::NotFinite: {
-      const float values[] = {nan, infinity, -infinity, 3e38f};
-      track.positions(frame, random.below(2)) = values[random.below(4)];
-      track.weights[size(frame)] = 1.0f;
+      const float values[] = {nan, infinity, -infinity, 3e38f, 1e25f, -1e19f};
+      const int where = random.oneIn(2) ? shot.baseFrame : frame;
+      track.weights[size(where)] = random.oneIn(3) ? values[random.below(6)] : 1.0f;
+      track.positions(where, random.below(2)) = values[random.below(6)];
       break;
     }
     case Trouble::Horizon:  // both coordinates far out, as a point near the horizon lands

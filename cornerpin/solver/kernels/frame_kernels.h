@@ -39,12 +39,13 @@ struct FrameKernels {
   Project project;
   Differences differences;
   NormalSystem normalSystem;
-  // The same, up to the sign of a zero in g, for the rows of `differences` alone: there even rows
-  // are zero in columns 1, 4 and 7, odd rows in 0, 3 and 6, and m is even.
+  // The same for the rows of `differences` alone, where m is even, even rows are zero in columns 1,
+  // 4 and 7, and odd rows in 0, 3 and 6. Zeros in g may differ in sign; a sum in `a` is not finite
+  // exactly when one of the definition's is, but which ones may differ.
   NormalSystem normalSystemOfDifferences;
 };
 
-extern const FrameKernels scalarFrameKernels;
+CORNERPIN_API extern const FrameKernels scalarFrameKernels;
 
 // Every variant that this build has and this processor runs, the definition first and the best
 // one last.
