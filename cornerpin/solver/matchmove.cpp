@@ -18,6 +18,7 @@ struct MMatchmove::FrameFit {
     solver.setProblem(&problem);
     solver.rowsAreDifferences_ = true;
     solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
+    solver.scratch_.difference = MGenVector<float>(2 * scene->trackCount);
     solver.scratch_.jacobian = Matrix(2 * scene->trackCount, 8, Matrix::RowMajor);
   }
 

@@ -1,0 +1,47 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# Sourced by the scripts that measure, from the top folder: installs what is missing on Debian and
+# configures build/bench.
+
+bench_needs="libbenchmark-dev libceres-dev libcli11-dev libcminpack-dev libeigen3-dev libgsl-dev
+  libgtest-dev libopencv-dev nlohmann-json3-dev pkg-config valgrind"
+
+install_missing() {
+  command -v dpkg-query >/dev/null || return 0
+  local missing=() package as_root=
+  for package in $bench_needs; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  echo "installing ${missing[*]}"
+  [ "$(id -u)" = 0 ] || as_root=sudo
+  { $as_root apt-get update -qq && $as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null; } ||
+    echo "not installed: ${missing[*]}" >&2
+}
+
+# Ceres brings a LAPACK that becomes the system's choice; the reference one is named by its folder.
+configure() {
+  local options=() library folder log=build/bench-configure.log
+  for library in /usr/lib/*/lapack/liblapack.so; do
+    folder=${library%/lapack/liblapack.so}
+    [ ! -e "$folder/blas/libblas.so" ] ||
+      options=("-DCMAKE_LIBRARY_PATH=$folder/lapack;$folder/blas" -DBLA_VENDOR=Generic
+        -DCMAKE_SHARED_LINKER_FLAGS=-Wl,--no-as-needed)
+  done
+  mkdir -p build
+  cmake --preset release -B build/bench -DCORNERPIN_BENCH=ON "${options[@]}" >"$log" 2>&1 || {
+    cat "$log" >&2
+    return 1
+  }
+  grep '^-- bench:' "$log"
+}
+
+# build TARGET...
+build() {
+  cmake --build build/bench -j "${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}" --target "$@" \
+    >build/bench-build.log 2>&1 || {
+    cat build/bench-build.log >&2
+    return 1
+  }
+}

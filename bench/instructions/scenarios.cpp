@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
+// cornerpin_instructions SCENARIO does one fixed piece of work inside the function
+// cornerpin_measured, whose instructions a simulator counts. Without an argument it lists the
+// scenarios; --environment tells what counts depend on. The match-move kernels are those for AVX2
+// whatever else the processor could run.
+#include <gnu/libc-version.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "bench/support/machine.h"
+#include "bench/support/shot.h"
+#include "cornerpin/foundation/norm.h"
+#include "cornerpin/solver/kernels/frame_kernels.h"
+
+namespace {
+
+constexpr const char* kVariant = "avx2";
+
+bool useFixedKernels() {
+  const auto& list = cornerpin::kernels::frameKernelVariants();
+  for (int v = 0; v < list.count; ++v) {
+    if (std::strcmp(list.variants[v]->name, kVariant) != 0) continue;
+    cornerpin::kernels::useFrameKernels(list.variants[v]);
+    return true;
+  }
+  return false;
+}
+
+std::function<void()> solveOf(int tracks) {
+  auto scene = std::make_shared<MMatchmove>();
+  bench::fill(*scene, bench::syntheticShot(tracks, 20));
+  return [scene] { scene->solve(); };
+}
+
+volatile float sink;
+
+std::function<void()> norms() {
+  const std::vector<float> v(1000, 0.5f);
+  return [v] {
+    float sum = 0;
+    for (int n = 0; n <= 1000; ++n) sum += _vector_norm2(v.data(), n);
+    sink = sum;
+  };
+}
+
+struct Scenario {
+  const char* name;
+  std::function<void()> (*prepare)();
+};
+
+const Scenario scenarios[] = {
+    {"solve-8-tracks", [] { return solveOf(8); }},
+    {"solve-32-tracks", [] { return solveOf(32); }},
+    {"solve-100-tracks", [] { return solveOf(100); }},
+    {"solve-300-tracks", [] { return solveOf(300); }},
+    {"norms-0-to-1000", norms},
+};
+
+void printEnvironment() {
+  const bench::Machine machine = bench::thisMachine();
+  std::printf("%s, glibc %s, %s, kernels %s\n", machine.compiler.c_str(), gnu_get_libc_version(),
+              std::filesystem::canonical(machine.lapack).filename().c_str(), kVariant);
+}
+
+}  // namespace
+
+extern "C" __attribute__((noinline, visibility("default"))) void cornerpin_measured(
+    const std::function<void()>& work) {
+  work();
+}
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    for (const Scenario& s : scenarios) std::puts(s.name);
+    return 0;
+  }
+  if (std::strcmp(argv[1], "--environment") == 0) {
+    printEnvironment();
+    return 0;
+  }
+  if (!useFixedKernels()) {
+    std::fprintf(stderr, "cornerpin_instructions: this processor does not run the %s kernels\n",
+                 kVariant);
+    return 1;
+  }
+  const auto* end = std::end(scenarios);
+  const auto* wanted = std::find_if(
+      scenarios, end, [argv](const Scenario& s) { return std::strcmp(s.name, argv[1]) == 0; });
+  if (wanted == end) {
+    std::fprintf(stderr, "cornerpin_instructions: no scenario %s\n", argv[1]);
+    return 2;
+  }
+  const std::function<void()> work = wanted->prepare();
+  work();  // initialises statics and resolves symbols
+  cornerpin_measured(work);
+  return 0;
+}
