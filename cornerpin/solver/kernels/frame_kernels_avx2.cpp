@@ -48,11 +48,11 @@ void project(const float* h, const ActiveTracks& tracks, float* values) {
 // One track at a time through all eight shifted transforms: lane p has element p shifted.
 void differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
                  float* rows) {
+  const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
   __m256 shifted[9];
   for (int e = 0; e < 9; ++e) {
-    alignas(32) float lanes[kParameters];
-    for (int p = 0; p < kParameters; ++p) lanes[p] = p == e ? h[e] + step : h[e];
-    shifted[e] = _mm256_load_ps(lanes);
+    const __m256 isElement = _mm256_castsi256_ps(_mm256_cmpeq_epi32(lane, _mm256_set1_epi32(e)));
+    shifted[e] = _mm256_blendv_ps(_mm256_set1_ps(h[e]), _mm256_set1_ps(h[e] + step), isElement);
   }
   const __m256 steps = _mm256_set1_ps(step);
   for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
