@@ -10,6 +10,7 @@
 #include "cornerpin/foundation/array.h"
 #include "cornerpin/foundation/exception.h"
 #include "cornerpin/foundation/lv_string.h"
+#include "cornerpin/foundation/lv_vector.h"
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
