@@ -5,6 +5,7 @@
 /// \file
 /// Every public header of the library.
 
+#include "cornerpin/deriv/deriv.h"
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/arithmetic.h"
 #include "cornerpin/foundation/array.h"
