@@ -6,10 +6,13 @@
 /// Every public header of the library.
 
 #include "cornerpin/deriv/deriv.h"
+#include "cornerpin/deriv/fixed_size.h"
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/arithmetic.h"
 #include "cornerpin/foundation/array.h"
 #include "cornerpin/foundation/exception.h"
+#include "cornerpin/foundation/lv_matrix44.h"
+#include "cornerpin/foundation/lv_quat.h"
 #include "cornerpin/foundation/lv_string.h"
 #include "cornerpin/foundation/lv_vector.h"
 #include "cornerpin/foundation/matrix.h"
