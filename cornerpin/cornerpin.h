@@ -7,6 +7,7 @@
 
 #include "cornerpin/deriv/deriv.h"
 #include "cornerpin/deriv/fixed_size.h"
+#include "cornerpin/deriv/projection_jacobian.h"
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/arithmetic.h"
 #include "cornerpin/foundation/array.h"

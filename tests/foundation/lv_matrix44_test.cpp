@@ -5,17 +5,15 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 #include "tests/support/allocations.h"
+#include "tests/support/matrices.h"
 #include "tests/support/same_bits.h"
 
 namespace {
 
-using Matrix = LvMatrix44Tmpl<double>;
+using Matrix = Matrix44;
 using Quat = LvQuat<double>;
-using Vector2 = LvVector2<double>;
-using Vector3 = LvVector3<double>;
 using Vector4 = LvVector4<double>;
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
@@ -23,49 +21,12 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 constexpr double kPi = 3.14159265358979323846;
 
-Matrix matrix(const double (&v)[16]) {
-  Matrix m;
-  for (int i = 0; i < 16; ++i) m(i / 4, i % 4) = v[i];
-  return m;
-}
-
-Matrix filledWith(double value) {
-  Matrix m;
-  for (int i = 0; i < 16; ++i) m(i / 4, i % 4) = value;
-  return m;
-}
-
 Matrix translation(double x, double y, double z) {
-  return matrix({1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1});
+  return matrix44({1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1});
 }
 
-const Matrix kIdentity = matrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
-const Matrix kPinhole = matrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0});
-
-::testing::AssertionResult same(const Matrix& a, const Matrix& b) {
-  for (int r = 0; r < 4; ++r) {
-    for (int c = 0; c < 4; ++c) {
-      if (!sameBits(a(r, c), b(r, c))) {
-        return sameBits(a(r, c), b(r, c)) << " at (" << r << ", " << c << ")";
-      }
-    }
-  }
-  return ::testing::AssertionSuccess();
-}
-
-class Random {
- public:
-  explicit Random(unsigned seed) : random_(seed) {}
-  double value() { return std::uniform_real_distribution<>(-2, 2)(random_); }
-  Matrix matrix() {
-    Matrix m;
-    for (int i = 0; i < 16; ++i) m(i / 4, i % 4) = value();
-    return m;
-  }
-
- private:
-  std::mt19937 random_;
-};
+const Matrix kIdentity = matrix44({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+const Matrix kPinhole = matrix44({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0});
 
 // a0 * b0 + a1 * b1 + a2 * b2 + a3 * b3 from left to right
 double sumOfProducts(double a0, double b0, double a1, double b1, double a2, double b2, double a3,
@@ -97,7 +58,7 @@ TEST(LvMatrix44, CopiesAreIndependent) {
 }
 
 TEST(LvMatrix44RightMult, ByTheIdentityChangesNothing) {
-  Random random(1);
+  RandomValues random(1);
   const Matrix a = random.matrix();
   Matrix b = a;
   EXPECT_EQ(&b.rightMult(Matrix()), &b);
@@ -107,13 +68,13 @@ TEST(LvMatrix44RightMult, ByTheIdentityChangesNothing) {
 }
 
 TEST(LvMatrix44RightMult, MultipliesRowsByColumns) {
-  Matrix a = matrix({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
-  a.rightMult(matrix({1, 0, 2, 0, 0, 1, 0, 3, 1, 1, 0, 0, 0, 0, 1, 1}));
-  EXPECT_TRUE(same(a, matrix({4, 5, 6, 10, 12, 13, 18, 26, 20, 21, 30, 42, 28, 29, 42, 58})));
+  Matrix a = matrix44({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+  a.rightMult(matrix44({1, 0, 2, 0, 0, 1, 0, 3, 1, 1, 0, 0, 0, 0, 1, 1}));
+  EXPECT_TRUE(same(a, matrix44({4, 5, 6, 10, 12, 13, 18, 26, 20, 21, 30, 42, 28, 29, 42, 58})));
 }
 
 TEST(LvMatrix44RightMult, LetsTheArgumentActFirst) {
-  Matrix a = matrix({2, 0, 0, 1, 0, 3, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1});
+  Matrix a = matrix44({2, 0, 0, 1, 0, 3, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1});
   a.rightMult(translation(10, 20, 30));
   Vector3 p(1, 2, 3);
   a.transform(p, p);
@@ -124,7 +85,7 @@ TEST(LvMatrix44RightMult, LetsTheArgumentActFirst) {
 
 TEST(LvMatrix44RightMult, SumsFromLeftToRightToTheBit) {
   const unsigned seed = 21;
-  Random random(seed);
+  RandomValues random(seed);
   for (int trial = 0; trial < 500; ++trial) {
     const Matrix a = random.matrix();
     const Matrix b = random.matrix();
@@ -142,13 +103,13 @@ TEST(LvMatrix44RightMult, SumsFromLeftToRightToTheBit) {
 
 TEST(LvMatrix44RightMult, ByItselfIsNotTheSquare) {
   // Row 0 becomes (7, 10); row 1 is then (3 * 7 + 4 * 3, 3 * 10 + 4 * 4), not (15, 22).
-  Matrix a = matrix({1, 2, 0, 0, 3, 4, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+  Matrix a = matrix44({1, 2, 0, 0, 3, 4, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
   a.rightMult(a);
-  EXPECT_TRUE(same(a, matrix({7, 10, 0, 0, 33, 46, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1})));
+  EXPECT_TRUE(same(a, matrix44({7, 10, 0, 0, 33, 46, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1})));
 }
 
 TEST(LvMatrix44RightMult, ByItselfUsesTheRowsAlreadyReplaced) {
-  Random random(22);
+  RandomValues random(22);
   const Matrix a = random.matrix();
   Matrix expected = a;
   for (int r = 0; r < 4; ++r) {
@@ -173,7 +134,7 @@ TEST(LvMatrix44Transform, OfAPointDividesByW) {
 
 TEST(LvMatrix44Transform, OfAPointSumsFromLeftToRightToTheBit) {
   const unsigned seed = 23;
-  Random random(seed);
+  RandomValues random(seed);
   for (int trial = 0; trial < 1000; ++trial) {
     const Matrix m = random.matrix();
     const double x = random.value(), y = random.value(), z = random.value();
@@ -189,7 +150,7 @@ TEST(LvMatrix44Transform, OfAPointSumsFromLeftToRightToTheBit) {
 }
 
 TEST(LvMatrix44Transform, OfAPointMayOverwriteIt) {
-  Random random(24);
+  RandomValues random(24);
   const Matrix m = random.matrix();
   const Vector3 p(0.3, -0.7, 1.9);
   Vector3 q;
@@ -212,7 +173,7 @@ TEST(LvMatrix44Transform, OnThePlaneAtInfinityIsNotFinite) {
 }
 
 TEST(LvMatrix44Transform, OfAPlanePointIgnoresTheThirdColumnAndRow) {
-  Random random(25);
+  RandomValues random(25);
   Matrix m = random.matrix();
   Vector2 expected;
   m.transform(Vector2(0.5, -1.5), expected);
@@ -226,7 +187,7 @@ TEST(LvMatrix44Transform, OfAPlanePointIgnoresTheThirdColumnAndRow) {
 
 TEST(LvMatrix44Transform, OfAPlanePointSumsFromLeftToRightToTheBit) {
   const unsigned seed = 26;
-  Random random(seed);
+  RandomValues random(seed);
   for (int trial = 0; trial < 1000; ++trial) {
     const Matrix m = random.matrix();
     const double x = random.value(), y = random.value();
@@ -242,7 +203,7 @@ TEST(LvMatrix44Transform, OfAPlanePointSumsFromLeftToRightToTheBit) {
 }
 
 TEST(LvMatrix44Transform, OfAHomogeneousPointDoesNotDivide) {
-  const Matrix m = matrix({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+  const Matrix m = matrix44({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
   Vector4 q;
   m.transform(Vector4(1, 10, 100, 1000), q);
   EXPECT_EQ(q._x, 4321.0);
@@ -253,7 +214,7 @@ TEST(LvMatrix44Transform, OfAHomogeneousPointDoesNotDivide) {
 
 TEST(LvMatrix44Transform, OfAHomogeneousPointSumsFromLeftToRightInPlace) {
   const unsigned seed = 27;
-  Random random(seed);
+  RandomValues random(seed);
   for (int trial = 0; trial < 1000; ++trial) {
     const Matrix m = random.matrix();
     const double x = random.value(), y = random.value(), z = random.value(), w = random.value();
@@ -295,7 +256,7 @@ TEST(LvMatrix44Rotation, TurnsXIntoYByAQuarterAboutZ) {
 
 TEST(LvMatrix44Rotation, AgreesWithRodrigues) {
   const unsigned seed = 28;
-  Random random(seed);
+  RandomValues random(seed);
   for (int trial = 0; trial < 500; ++trial) {
     const Vector3 axis(random.value(), random.value(), random.value());
     const double angle = 2 * random.value();
@@ -319,7 +280,7 @@ TEST(LvMatrix44Rotation, AgreesWithRodrigues) {
 
 TEST(LvMatrix44Rotation, HasOneFormToTheBit) {
   const unsigned seed = 29;
-  Random random(seed);
+  RandomValues random(seed);
   for (int trial = 0; trial < 1000; ++trial) {
     const double w = random.value(), x = random.value(), y = random.value(), z = random.value();
     const double s = 2 / sumOfProducts(w, w, x, x, y, y, z, z);
@@ -327,7 +288,7 @@ TEST(LvMatrix44Rotation, HasOneFormToTheBit) {
       const double scaled = b * s;
       return a * scaled;
     };
-    const Matrix expected = matrix({1 - (p(y, y) + p(z, z)), p(x, y) - p(w, z), p(x, z) + p(w, y),
+    const Matrix expected = matrix44({1 - (p(y, y) + p(z, z)), p(x, y) - p(w, z), p(x, z) + p(w, y),
                                     0, p(x, y) + p(w, z), 1 - (p(x, x) + p(z, z)),
                                     p(y, z) - p(w, x), 0, p(x, z) - p(w, y), p(y, z) + p(w, x),
                                     1 - (p(x, x) + p(y, y)), 0, 0, 0, 0, 1});
@@ -359,7 +320,7 @@ TEST(LvMatrix44LeftRotate, RotatesAfterTheTransform) {
 }
 
 TEST(LvMatrix44LeftRotate, IsTheRotationTimesTheMatrixToTheBit) {
-  Random random(30);
+  RandomValues random(30);
   const Quat q(random.value(), random.value(), random.value(), random.value());
   Matrix m = random.matrix();
   Matrix expected;
