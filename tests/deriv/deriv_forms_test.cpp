@@ -81,8 +81,8 @@ class Source {
  public:
   explicit Source(unsigned seed) : random_(seed) {}
   double value() {
-    static const double awkward[] = {0.0,  -0.0, 1.0, kTiny, -1e-310, 1e308,
-                                     -1e308, kInf, -kInf, kNan};
+    static const double awkward[] = {0.0,   -0.0,   1.0,  kTiny, -1e-310,
+                                     1e308, -1e308, kInf, -kInf, kNan};
     if (random_() % 4 == 0) return awkward[random_() % std::size(awkward)];
     return std::ldexp(std::uniform_real_distribution<>(-1, 1)(random_),
                       static_cast<int>(random_() % 20) - 10);
@@ -266,8 +266,7 @@ TEST(MDerivOracle, AgreesWithAnotherLibrary) {
   using Dual = Eigen::AutoDiffScalar<Eigen::Vector3d>;
   for (int trial = 0; trial < 500; ++trial) {
     const double p[] = {uniform(random), uniform(random), uniform(random)};
-    const Number ours =
-        formula(number(p[0], {1}), number(p[1], {0, 1}), number(p[2], {0, 0, 1}));
+    const Number ours = formula(number(p[0], {1}), number(p[1], {0, 1}), number(p[2], {0, 0, 1}));
     const Dual theirs = formula(Dual(p[0], 3, 0), Dual(p[1], 3, 1), Dual(p[2], 3, 2));
     const double scale = 1 + theirs.derivatives().norm();
     ASSERT_EQ(ours.nd(), 3);
@@ -285,16 +284,15 @@ TEST(MDerivOracle, AgreesWithCentralDifferences) {
   const double h = std::cbrt(kEps);
   for (int trial = 0; trial < 500; ++trial) {
     const double p[] = {uniform(random), uniform(random), uniform(random)};
-    const Number ours =
-        formula(number(p[0], {1}), number(p[1], {0, 1}), number(p[2], {0, 0, 1}));
+    const Number ours = formula(number(p[0], {1}), number(p[1], {0, 1}), number(p[2], {0, 0, 1}));
     for (int i = 0; i < 3; ++i) {
       double above[] = {p[0], p[1], p[2]};
       double below[] = {p[0], p[1], p[2]};
       above[i] += h;
       below[i] -= h;
-      const double slope = (formula(above[0], above[1], above[2]) -
-                            formula(below[0], below[1], below[2])) /
-                           (above[i] - below[i]);
+      const double slope =
+          (formula(above[0], above[1], above[2]) - formula(below[0], below[1], below[2])) /
+          (above[i] - below[i]);
       EXPECT_NEAR(ours.d(i), slope, 200 * h * h * (1 + std::abs(slope))) << "seed " << seed;
     }
   }

@@ -118,14 +118,14 @@ TEST(MDeriv, StaysAsItWasWhenAnAssignmentRunsOutOfMemory) {
 
 TEST(MDeriv, LeaksNothingWhenAnyAllocationFails) {
   EXPECT_GT(allocations::expectNoLeakOnAnyFailure([] {
-    double d[] = {1, 2};
-    Number a(3, d, 2, true);
-    const Number b(4, d, 1, true);
-    a = sqrt(a * b) / (b + 2);
-    a -= b;
-    Number c = b;
-    c /= a;
-  }),
+              double d[] = {1, 2};
+              Number a(3, d, 2, true);
+              const Number b(4, d, 1, true);
+              a = sqrt(a * b) / (b + 2);
+              a -= b;
+              Number c = b;
+              c /= a;
+            }),
             5u);
 }
 
@@ -187,9 +187,7 @@ TEST(MDerivPrint, WritesNumbersThatAreNotFinite) {
 const Number three = number(3, {1});
 const Number five = number(5, {0, 1});
 
-TEST(MDerivArithmetic, MultipliesSeededNumbers) {
-  EXPECT_TRUE(same(three * five, 15, {5, 3}));
-}
+TEST(MDerivArithmetic, MultipliesSeededNumbers) { EXPECT_TRUE(same(three * five, 15, {5, 3})); }
 
 TEST(MDerivArithmetic, DividesSeededNumbers) {
   const Number q = three / five;
@@ -199,9 +197,7 @@ TEST(MDerivArithmetic, DividesSeededNumbers) {
   EXPECT_NEAR(q.d(1), -0.12, 0.12 * kEps);
 }
 
-TEST(MDerivArithmetic, SubtractsSeededNumbers) {
-  EXPECT_TRUE(same(three - five, -2, {1, -1}));
-}
+TEST(MDerivArithmetic, SubtractsSeededNumbers) { EXPECT_TRUE(same(three - five, -2, {1, -1})); }
 
 TEST(MDerivArithmetic, AddingAConstantKeepsTheDerivatives) {
   EXPECT_TRUE(same(five + 2, 7, {0, 1}));
@@ -233,9 +229,7 @@ TEST(MDerivArithmetic, DividingByZeroIsNotReported) {
   EXPECT_EQ(q.d(0), -kInf);
 }
 
-TEST(MDerivFunctions, RootOfFourIsTwo) {
-  EXPECT_TRUE(same(sqrt(number(4, {1})), 2, {0.25}));
-}
+TEST(MDerivFunctions, RootOfFourIsTwo) { EXPECT_TRUE(same(sqrt(number(4, {1})), 2, {0.25})); }
 
 TEST(MDerivFunctions, RootOfZeroHasInfiniteDerivatives) {
   EXPECT_TRUE(same(sqrt(number(0, {1, -1, 0})), 0, {kInf, -kInf, kNan}));

@@ -118,8 +118,7 @@ TEST(LvMatrix44OfDoubles, ScalesTheDerivativesOfAHomogeneousPoint) {
   const Number* out[] = {&v._x, &v._y, &v._z, &v._w};
   for (int r = 0; r < 4; ++r) {
     const double p0 = m(r, 0) * 1.5, p1 = m(r, 1) * -2.0, p2 = m(r, 2) * 0.3;
-    EXPECT_TRUE(
-        same(*out[r], ((p0 + p1) + p2) + m(r, 3), {m(r, 0), m(r, 1), m(r, 2)}));
+    EXPECT_TRUE(same(*out[r], ((p0 + p1) + p2) + m(r, 3), {m(r, 0), m(r, 1), m(r, 2)}));
   }
 }
 
@@ -133,8 +132,8 @@ TEST(LvMatrix44OfDoubles, TransformsPointsOfDerivativesInPlace) {
   EXPECT_TRUE(same(p._y, (m(1, 0) * x + m(1, 1) * y + m(1, 2) * z + m(1, 3)) / w));
   NumberVector2 q(x, y);
   m.transform(q, q);
-  EXPECT_TRUE(same(q._y, (m(1, 0) * x + m(1, 1) * y + m(1, 3)) /
-                             (m(3, 0) * x + m(3, 1) * y + m(3, 3))));
+  EXPECT_TRUE(
+      same(q._y, (m(1, 0) * x + m(1, 1) * y + m(1, 3)) / (m(3, 0) * x + m(3, 1) * y + m(3, 3))));
 }
 
 TEST(LvVector4OfDerivatives, ReducesByTheReciprocalOfTheWeight) {
@@ -221,9 +220,9 @@ TEST(LvQuatOfDerivatives, ValuesEqualThoseOfPlainNumbers) {
 
 TEST(FixedSizeOfDerivatives, LeakNothingWhenAnyAllocationFails) {
   EXPECT_GT(allocations::expectNoLeakOnAnyFailure([] {
-    double one = 1;
-    turned(Number(0.3, &one, 1, true), Number(0.2), Number(0.1));
-  }),
+              double one = 1;
+              turned(Number(0.3, &one, 1, true), Number(0.2), Number(0.1));
+            }),
             20u);
 }
 

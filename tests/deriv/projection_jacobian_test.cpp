@@ -103,9 +103,7 @@ TEST(ProjectionJacobian, AgreesWithAnotherLibrary) {
     const Matrix44 m = random.mildProjection();
     const Vector3 p = random.vector3();
     const Dual x(p._x, 3, 0), y(p._y, 3, 1), z(p._z, 3, 2);
-    const auto row = [&](int r) {
-      return Dual(m(r, 0) * x + m(r, 1) * y + m(r, 2) * z + m(r, 3));
-    };
+    const auto row = [&](int r) { return Dual(m(r, 0) * x + m(r, 1) * y + m(r, 2) * z + m(r, 3)); };
     const Matrix44 j = jacobianAt(p, m);
     for (int r = 0; r < 3; ++r) {
       const Dual projected = row(r) / row(3);
@@ -150,9 +148,9 @@ TEST(ProjectionJacobian, OnThePlaneAtInfinityIsNotFinite) {
 TEST(ProjectionJacobian, ReleasesAllItsDerivatives) {
   const Matrix44 m = kPinhole;
   EXPECT_GT(allocations::expectNoLeakOnAnyFailure([&] {
-    Matrix44 j;
-    projectionJacobian(Vector3(1, 2, 3), m, j);
-  }),
+              Matrix44 j;
+              projectionJacobian(Vector3(1, 2, 3), m, j);
+            }),
             3u);
 }
 

@@ -92,8 +92,8 @@ TEST(LvMatrix44RightMult, SumsFromLeftToRightToTheBit) {
     Matrix expected;
     for (int r = 0; r < 4; ++r) {
       for (int c = 0; c < 4; ++c) {
-        expected(r, c) = sumOfProducts(a(r, 0), b(0, c), a(r, 1), b(1, c), a(r, 2), b(2, c),
-                                       a(r, 3), b(3, c));
+        expected(r, c) =
+            sumOfProducts(a(r, 0), b(0, c), a(r, 1), b(1, c), a(r, 2), b(2, c), a(r, 3), b(3, c));
       }
     }
     Matrix product = a;
@@ -288,10 +288,10 @@ TEST(LvMatrix44Rotation, HasOneFormToTheBit) {
       const double scaled = b * s;
       return a * scaled;
     };
-    const Matrix expected = matrix44({1 - (p(y, y) + p(z, z)), p(x, y) - p(w, z), p(x, z) + p(w, y),
-                                    0, p(x, y) + p(w, z), 1 - (p(x, x) + p(z, z)),
-                                    p(y, z) - p(w, x), 0, p(x, z) - p(w, y), p(y, z) + p(w, x),
-                                    1 - (p(x, x) + p(y, y)), 0, 0, 0, 0, 1});
+    const Matrix expected =
+        matrix44({1 - (p(y, y) + p(z, z)), p(x, y) - p(w, z), p(x, z) + p(w, y), 0,
+                  p(x, y) + p(w, z), 1 - (p(x, x) + p(z, z)), p(y, z) - p(w, x), 0,
+                  p(x, z) - p(w, y), p(y, z) + p(w, x), 1 - (p(x, x) + p(y, y)), 0, 0, 0, 0, 1});
     Matrix m = filledWith(kNan);
     m.setRotationFromQuaternion(Quat(w, x, y, z));
     ASSERT_TRUE(same(m, expected)) << "seed " << seed;
