@@ -19,6 +19,7 @@
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
+#include "cornerpin/geometry/MGeometry.h"
 #include "cornerpin/linalg/inverse.h"
 #include "cornerpin/solver/lm_solver.h"
 #include "cornerpin/solver/matchmove.h"

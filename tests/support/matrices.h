@@ -38,6 +38,16 @@ inline ::testing::AssertionResult same(const Matrix44& a, const Matrix44& b) {
   return ::testing::AssertionSuccess();
 }
 
+// Equal as numbers: either zero will do.
+inline ::testing::AssertionResult equal(const Matrix44& a, const Matrix44& b) {
+  for (int r = 0; r < 4; ++r) {
+    for (int c = 0; c < 4; ++c) {
+      if (a(r, c) != b(r, c)) return sameBits(a(r, c), b(r, c)) << " at (" << r << ", " << c << ")";
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
 inline ::testing::AssertionResult same(const Vector2& a, const Vector2& b) {
   if (!sameBits(a._x, b._x)) return sameBits(a._x, b._x) << " as x";
   return sameBits(a._y, b._y) << " as y";
