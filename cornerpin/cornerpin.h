@@ -20,6 +20,7 @@
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
 #include "cornerpin/geometry/MGeometry.h"
+#include "cornerpin/geometry/matrix_interpolator.h"
 #include "cornerpin/linalg/inverse.h"
 #include "cornerpin/solver/lm_solver.h"
 #include "cornerpin/solver/matchmove.h"
