@@ -22,6 +22,7 @@
 #include "cornerpin/geometry/MGeometry.h"
 #include "cornerpin/geometry/matrix_interpolator.h"
 #include "cornerpin/linalg/inverse.h"
+#include "cornerpin/linalg/svd.h"
 #include "cornerpin/solver/lm_solver.h"
 #include "cornerpin/solver/matchmove.h"
 #include "cornerpin/solver/matchmove_problem.h"
