@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cornerpin/linalg/svd.h"
+#include "tests/support/element_types.h"
 
 // This program has LAPACK routines of its own, which record the call and answer what the test
 // wants: that shows what the library passes, and what it does when the iteration fails.
@@ -82,7 +83,7 @@ class SvdCall : public ::testing::Test {
   MGenMatrix<T> a{3, 2, MGenMatrix<T>::RowMajor};
 };
 using Elements = ::testing::Types<float, double>;
-TYPED_TEST_SUITE(SvdCall, Elements);
+TYPED_TEST_SUITE(SvdCall, Elements, ElementTypeName);
 
 TYPED_TEST(SvdCall, PassesTheShapeAndTheJobs) {
   EXPECT_TRUE(_svdCall(this->svd, this->a));
