@@ -236,9 +236,16 @@ TEST(GetScaleTranslate, MayOverwriteItsInputs) {
   Vector3 p = random.vector3();
   Vector3 weights = random.vector3();
   const ScaleTranslate expected = scaleTranslateOf(m, p, weights);
+  const Vector3 point = p;
+  const Vector3 weightsGiven = weights;
   getScaleTranslate(m, p, weights, &weights, &p);
   EXPECT_TRUE(same(weights, expected.scale));
   EXPECT_TRUE(same(p, expected.translate));
+  p = point;
+  weights = weightsGiven;
+  getScaleTranslate(m, p, weights, &p, &weights);
+  EXPECT_TRUE(same(p, expected.scale));
+  EXPECT_TRUE(same(weights, expected.translate));
 }
 
 TEST(GetScaleTranslate, OnThePlaneAtInfinityIsNotFinite) {
