@@ -33,10 +33,10 @@ class CORNERPIN_API MMatchmove {
   /// then backward from it to frame 0, each frame starting from its neighbour's transform. A frame
   /// without active tracks takes its neighbour's transform.
   ///
-  /// Throws `LvBadIndexException` "MArray::operator[]" for a scene without tracks (before
-  /// anything changes) and for a base frame outside the shot (after `setupOutputs`). What a frame's
-  /// fit throws ends the solve: frames solved so far keep their results, the failing frame holds
-  /// its neighbour's transform, and frames not reached hold what `outputs` held before.
+  /// Throws `LvBadIndexException` "MArray::operator[]" for a scene without tracks (before anything
+  /// but `trackCount` changes) and for a base frame outside the shot (after `setupOutputs`). What a
+  /// frame's fit throws ends the solve: frames solved so far keep their results, the failing frame
+  /// holds its neighbour's transform, and frames not reached hold what `outputs` held before.
   void solve();
 
   /// Sets the counts and resizes `basePositions`, `baseWeights` and `outputs`, keeping what they
@@ -57,10 +57,10 @@ class CORNERPIN_API MMatchmove {
   void project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const;
 
   MArray<MMatchmoveTrack> tracks;
-  int spare = 0;       ///< read and written by nothing
-  int baseFrame = 0;   ///< the frame whose transform is the identity, from 0
-  int trackCount = 0;  ///< number of tracks, from `setupOutputs`
-  int frameCount = 0;  ///< length of the first track's weights, from `setupOutputs`
+  int spare = 0;                      ///< read and written by nothing
+  int baseFrame = 0;                  ///< the frame whose transform is the identity, from 0
+  int trackCount = 0;                 ///< number of tracks, from `setupOutputs`
+  int frameCount = 0;                 ///< length of the first track's weights, from `setupOutputs`
   MGenMatrix<float> basePositions;    ///< trackCount x 2: positions in the base frame
   MGenVector<float> baseWeights;      ///< a track not above 0 here takes part in no frame
   MArray<MGenMatrix<float>> outputs;  ///< per frame 3 x 3, ColumnMajor, element (2, 2) = 1

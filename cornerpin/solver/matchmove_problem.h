@@ -19,7 +19,8 @@
 /// translations included, divided by the step itself: it wants coordinates near 1.
 ///
 /// The scene is not owned and must not change meanwhile. Nothing guards against fewer than four
-/// active tracks or a perspective denominator of 0; values are infinite or NaN there.
+/// active tracks or a perspective denominator of 0; values are infinite or NaN there. A copy
+/// shares `x`, `y` and `transform`: `setX` on either one changes both.
 class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
  public:
   /// Selects the active tracks: weight above 0 both in the base frame (`baseWeights`) and in the
@@ -54,9 +55,9 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   /// Unpacks weighted values into activeCount x 2 positions; m keeps its layout.
   void yToMatrix(const MGenVector<float>& packed, MGenMatrix<float>& m) const;
 
-  MGenVector<float> x;           ///< current parameters; empty before the first `setX`
-  MGenVector<float> y;           ///< weighted projected positions at `x`
-  MGenMatrix<float> transform;   ///< `x` as a 3 x 3 matrix
+  MGenVector<float> x;          ///< current parameters; empty before the first `setX`
+  MGenVector<float> y;          ///< weighted projected positions at `x`
+  MGenMatrix<float> transform;  ///< `x` as a 3 x 3 matrix
   MMatchmove* scene = nullptr;
   int activeCount = 0;           ///< number of tracks taking part
   MGenVector<int> activeTracks;  ///< their indices in the scene, increasing
