@@ -12,6 +12,7 @@
 #include "cornerpin/foundation/lv_string.h"
 #include "cornerpin/foundation/lv_vector.h"
 #include "cornerpin/foundation/matrix.h"
+#include "cornerpin/foundation/matrix_output.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
 #include "cornerpin/linalg/inverse.h"
