@@ -15,6 +15,7 @@
 #include "cornerpin/foundation/matrix_output.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
+#include "cornerpin/geometry/MMod.h"
 #include "cornerpin/linalg/inverse.h"
 #include "cornerpin/solver/lm_solver.h"
 #include "cornerpin/solver/matchmove.h"
