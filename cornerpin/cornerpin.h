@@ -16,6 +16,7 @@
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
 #include "cornerpin/geometry/MMod.h"
+#include "cornerpin/geometry/planar_affine.h"
 #include "cornerpin/linalg/inverse.h"
 #include "cornerpin/solver/lm_solver.h"
 #include "cornerpin/solver/matchmove.h"
