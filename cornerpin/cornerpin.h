@@ -17,6 +17,7 @@
 #include "cornerpin/foundation/vector.h"
 #include "cornerpin/geometry/MMod.h"
 #include "cornerpin/geometry/planar_affine.h"
+#include "cornerpin/geometry/roots.h"
 #include "cornerpin/linalg/inverse.h"
 #include "cornerpin/solver/lm_solver.h"
 #include "cornerpin/solver/matchmove.h"
