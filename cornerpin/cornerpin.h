@@ -15,6 +15,7 @@
 #include "cornerpin/foundation/matrix_output.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/foundation/vector.h"
+#include "cornerpin/geometry/MGeometry.h"
 #include "cornerpin/geometry/MMod.h"
 #include "cornerpin/geometry/planar_affine.h"
 #include "cornerpin/geometry/roots.h"
