@@ -50,8 +50,8 @@ CORNERPIN_API void normalPointsOnEllipse(const LvVector2<float>& c, const LvVect
 ///
 /// Points are drawn from the square of half-width 2 |A| about the centre, 20000 each
 /// (closed_form_survey). Wrong is an error of more than 0.001 |A|; the largest seen is 1.5 |A|.
-/// The centre itself gives an end of the shorter axis up to rounding, but throws for two in five
-/// axis ratios, 1/2 among them.
+/// The centre itself gives an end of the shorter axis up to rounding, or throws, as |A| has it: for
+/// 37 % of random lengths and for every power of two.
 /// `cornerpin::closestPointOnEllipse` has none of these failures.
 CORNERPIN_API LvVector2<float> closestPointOnEllipse(const LvVector2<float>& c,
                                                      const LvVector2<float>& A,
