@@ -56,8 +56,7 @@ class CORNERPIN_API MMatrixError : public LvException {
   /// exception - ", the text and a line end go to standard error first.
   static void err(const char* format, ...) CORNERPIN_PRINTF(1, 2);
 
- private:
-  static Handler sHandler;
+  static Handler sHandler;  ///< the installed handler; null at first
 };
 
 /// An argument that a function cannot work with.

@@ -130,11 +130,12 @@ template class MGenVector<double>;
 template class MGenVector<int>;
 template class MGenVector<char*>;
 
-#define CORNERPIN_INSTANTIATE_SET(T)                                        \
-  template MGenVector<T>& MGenVector<T>::set(const MGenVector<float>&);     \
-  template MGenVector<T>& MGenVector<T>::set(const MGenVector<double>&);    \
+#define CORNERPIN_INSTANTIATE_SET(T)                                     \
+  template MGenVector<T>& MGenVector<T>::set(const MGenVector<float>&);  \
+  template MGenVector<T>& MGenVector<T>::set(const MGenVector<double>&); \
   template MGenVector<T>& MGenVector<T>::set(const MGenVector<int>&)
 
 CORNERPIN_INSTANTIATE_SET(float);
 CORNERPIN_INSTANTIATE_SET(double);
 CORNERPIN_INSTANTIATE_SET(int);
+template MGenVector<char*>& MGenVector<char*>::set(const MGenVector<char*>&);

@@ -8,7 +8,7 @@
 #include "cornerpin/foundation/exception.h"
 
 template <class T>
-class MGenMatrix;
+class CORNERPIN_API MGenMatrix;
 
 /// A strided view on a shared, reference-counted element buffer. Built for `float`, `double`,
 /// `int` and `char*`; element i is `data[i * stride]`.
@@ -57,7 +57,8 @@ class CORNERPIN_API MGenVector {
   /// True when there is a buffer and this vector is its only holder.
   bool ownsBuffer() const noexcept;
 
-  /// For `float`: multiplies element i by w[i]. Lengths are not compared: w must be at least as long.
+  /// For `float`: multiplies element i by w[i]. Lengths are not compared: w must be at least as
+  /// long.
   MGenVector& operator*=(const MGenVector& w);
   /// For `float`: divides every element by s: a true division each, not a multiplication by 1 / s.
   MGenVector& operator/=(T s);

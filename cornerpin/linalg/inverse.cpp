@@ -65,19 +65,30 @@ void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivot
   report(info, Lapack<T>::invertName);
 }
 
+// Gives the pivot rows beyond n, of which there may be any number, the numbers n + 1 ... 2n.
+void renumberRowsBeyond(int n, MGenVector<int>& pivots) {
+  int* const p = pivots.data;
+  for (int i = n - 1; i >= 0; --i) {
+    if (p[i] > n) p[i] = n + 1 + static_cast<int>(std::find(p, p + i, p[i]) - p);
+  }
+}
+
 template <class T>
 MGenMatrix<T> inverseOf(const MGenMatrix<T>& a) {
   const int m = a.rows;
   const int n = a.cols;
-  // The inversion interchanges columns by pivot row, which in a tall matrix may lie beyond n: the
-  // factors get a column for every row.
-  MGenMatrix<T> factors(m, std::max(m, n), MGenMatrix<T>::ColumnMajor);
+  // The inversion interchanges columns by pivot row, which in a tall matrix may lie beyond n. The
+  // factors get spare columns of zeros for these: one for every row beyond, but no more than the
+  // n pivots can name.
+  const int spare = std::clamp(m - n, 0, n);
+  MGenMatrix<T> factors(m, n + spare, MGenMatrix<T>::ColumnMajor);
   MGenMatrix<T> result = factors.view(0, 0, m, n);
   result.set(a);
   MGenVector<int> pivots(n);
   factorise(m, n, factors, pivots);
+  if (m - n > spare) renumberRowsBeyond(n, pivots);
   invertFactors(m, n, factors, pivots);
-  return m > n ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
+  return spare > 0 ? result.copy(MGenMatrix<T>::ColumnMajor) : factors;
 }
 
 }  // namespace
@@ -96,7 +107,11 @@ double determinant(const MGenMatrix<double>& a) {
   for (int i = 0; i < n; ++i) {
     // LAPACK counts rows from 1, so no entry equals its position: the sign flips at every step.
     if (pivots[i] != i) product = -product;
-    product *= factors(i, i);
+    if (i < a.rows) {
+      product *= factors(i, i);
+    } else {  // reported as the access would, which has no element to go on with
+      MMatrixError::err("MMatrix row %d out of range 0..%d", i, a.rows - 1);
+    }
   }
   return product;
 }

@@ -55,7 +55,7 @@ void MLMSolver::setGoal(const MGenVector<float>& g) {
 
 void MLMSolver::setTrust(const MGenVector<float>& t) { trust = t; }
 
-float MLMSolver::computeEpsilon(const MGenVector<float>& y) {
+float MLMSolver::computeEpsilon(const MGenVector<float>& y) const {
   const MGenVector<float> difference = y - goal;
   return std::sqrt(_vector_norm2(difference.data, difference.length));
 }
@@ -111,6 +111,7 @@ void MLMSolver::limitByTrust(MGenVector<float>& d) const {
 }
 
 void MLMSolver::solve() {
+  if (problem == nullptr) throw LvIllegalArgumentException("MLMSolver::solve");
   problem->setX(state);
   problem->evalY(values);
   if (!values.ownsBuffer()) values = values.copy();

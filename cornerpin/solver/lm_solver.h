@@ -41,7 +41,10 @@ class CORNERPIN_API MLMProblem {
 /// `solve` throws `LvException` "nan" when a product of Jacobian entries or the damped diagonal is
 /// infinite or NaN, lets "inverse: singular matrix" of `inverse` and whatever the problem throws
 /// pass through, and then leaves in `state` and `values` the last accepted point. A trust vector
-/// shorter than the state ends in "MVector index %d out of range %d".
+/// shorter than the state ends in "MVector index %d out of range %d", a solve without parameters
+/// in "sgetrf", and one without a problem throws `LvIllegalArgumentException` "MLMSolver::solve".
+///
+/// A copy of a solver shares its vectors, so solving either one moves both states.
 ///
 /// One solver and its problem belong to one thread at a time. Each pass costs one inversion of an
 /// n x n matrix and one evaluation; the Jacobian is evaluated after accepted steps only.
@@ -71,7 +74,7 @@ class CORNERPIN_API MLMSolver {
   const MGenVector<float>& getState() const { return state; }
 
   /// The Euclidean distance of y from the goal. The goal must be as long as y: not checked.
-  float computeEpsilon(const MGenVector<float>& y);
+  float computeEpsilon(const MGenVector<float>& y) const;
 
   /// Runs the iteration. Can be called again: it starts anew from `state`.
   void solve();

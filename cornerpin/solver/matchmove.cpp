@@ -24,9 +24,8 @@ void MMatchmove::solve() {
 }
 
 void MMatchmove::setupOutputs() {
-  const int frames = tracks[0].weights.length;  // fails without tracks, before anything changes
   trackCount = tracks.size();
-  frameCount = frames;
+  frameCount = tracks[0].weights.length;  // fails without tracks, before any output changes
   cornerpin::internal::resizeKeepingLayout(basePositions, trackCount, 2);
   baseWeights.resize(trackCount);
   outputs.resize(frameCount);

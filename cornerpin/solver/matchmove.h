@@ -33,10 +33,10 @@ class CORNERPIN_API MMatchmove {
   /// then backward from it to frame 0, each frame starting from its neighbour's transform. A frame
   /// without active tracks takes its neighbour's transform.
   ///
-  /// Throws `LvBadIndexException` "MArray::operator[]" for a scene without tracks (before
-  /// anything changes) and for a base frame outside the shot (after `setupOutputs`). What a frame's
-  /// fit throws ends the solve: frames solved so far keep their results, the failing frame holds
-  /// its neighbour's transform, and frames not reached hold what `outputs` held before.
+  /// Throws `LvBadIndexException` "MArray::operator[]" for a scene without tracks (before anything
+  /// but `trackCount` changes) and for a base frame outside the shot (after `setupOutputs`). What a
+  /// frame's fit throws ends the solve: frames solved so far keep their results, the failing frame
+  /// holds its neighbour's transform, and frames not reached hold what `outputs` held before.
   void solve();
 
   /// Sets the counts and resizes `basePositions`, `baseWeights` and `outputs`, keeping what they

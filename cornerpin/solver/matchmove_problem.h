@@ -19,7 +19,8 @@
 /// translations included, divided by the step itself: it wants coordinates near 1.
 ///
 /// The scene is not owned and must not change meanwhile. Nothing guards against fewer than four
-/// active tracks or a perspective denominator of 0; values are infinite or NaN there.
+/// active tracks or a perspective denominator of 0; values are infinite or NaN there. A copy
+/// shares `x`, `y` and `transform`: `setX` on either one changes both.
 class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
  public:
   /// Selects the active tracks: weight above 0 both in the base frame (`baseWeights`) and in the

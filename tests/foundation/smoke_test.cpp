@@ -1,3 +1,0 @@
-#include <gtest/gtest.h>
-#include "cornerpin/cornerpin.h"
-TEST(Smoke, Solve) { MMatchmove m; m.tracks.resize(5); for (int t=0;t<5;++t){ m.tracks[t].positions.resize(3,2,MGenMatrix<float>::RowMajor); m.tracks[t].weights.resize(3); for(int f=0;f<3;++f){ m.tracks[t].weights[f]=1; m.tracks[t].positions(f,0)=float((t*7)%5)/5.f+0.1f*float(f); m.tracks[t].positions(f,1)=float((t*3+t*t)%5)/5.f*(1+0.05f*float(f)); } } m.solve(); for(int i=0;i<3;++i) printf("%g %g %g\n", double(m.outputs[2](i,0)),double(m.outputs[2](i,1)),double(m.outputs[2](i,2))); MGenMatrix<double> a(2,3,MGenMatrix<double>::ColumnMajor); EXPECT_THROW(inverse(a), MMatrixError);}
