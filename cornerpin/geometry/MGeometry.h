@@ -73,10 +73,10 @@ namespace cornerpin {
 ///
 /// Throws `LvIllegalArgumentException` "NaN" or "infinite number" for such input, nothing else.
 ///
-/// Accuracy: both coordinates to one unit in the last place, as tested for axis ratios down to
-/// 0.001, skewed axes, and points from 0.001 to 1000 |A| away. Should p lie on a cusp of the
-/// evolute of a turned ellipse to all its digits, to 1e-10 |A|. Cost: no allocation; about 2
-/// microseconds.
+/// Accuracy: both coordinates to one unit in the last place or 1e-30 of the largest of |c|, |A| and
+/// |B|, as tested for axis ratios down to 0.001, skewed axes, and points from 0.001 to 1000 |A|
+/// away. Should p lie on a cusp of the evolute of a turned ellipse to all its digits, to 1e-10 |A|.
+/// Cost: no allocation; about 2 microseconds.
 ///
 /// Method: after D. Eberly, "Distance from a point to an ellipse, an ellipsoid, or a
 /// hyperellipsoid", 2013, in a form without cancellation and in double-double arithmetic.

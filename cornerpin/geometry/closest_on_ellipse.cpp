@@ -141,8 +141,8 @@ struct Foot {
   DoubleDouble v;
 };
 
-constexpr double kFar = 0x1p200;        // seen from here the ellipse is a circle to 60 digits
-constexpr double kOnAxis = 0x1p-300;    // M below this is 0 to 30 digits of the result
+constexpr double kFar = 0x1p200;      // seen from here the ellipse is a circle to 60 digits
+constexpr double kOnAxis = 0x1p-300;  // M below this is 0 to 30 digits of the result
 
 // For P, M >= 0, not both infinite.
 Foot footInFirstQuadrant(const DoubleDouble& P, const DoubleDouble& M, const DoubleDouble& w) {

@@ -64,8 +64,8 @@ double misalignment(double alpha, double beta, const Point& local, double x, dou
 float footY(const Frame& f, double alpha, double beta, const Point& local, float x, int k) {
   const float ratio = x / f.a;
   const float upper = f.b * std::sqrt(1 - ratio * ratio);
-  const double difference = misalignment(alpha, beta, local, x, upper) -
-                            misalignment(alpha, beta, local, x, -upper);
+  const double difference =
+      misalignment(alpha, beta, local, x, upper) - misalignment(alpha, beta, local, x, -upper);
   if (difference > 0) return -upper;
   if (difference == 0) return k % 2 == 0 ? -upper : upper;
   return upper;  // a NaN difference included

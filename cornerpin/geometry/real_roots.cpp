@@ -79,9 +79,7 @@ int signOf(double x) { return (x > 0) - (x < 0); }
 
 int signOf(const Value& value) { return signOf(value.sum.high); }
 
-bool vanishes(const Value& value) {
-  return std::fabs(value.sum.high) <= kVanishing * value.size;
-}
+bool vanishes(const Value& value) { return std::fabs(value.sum.high) <= kVanishing * value.size; }
 
 // Numbers the doubles in ascending order, -0 and 0 alike; and back.
 std::int64_t rankOf(double x) {

@@ -17,8 +17,8 @@ constexpr double kFourPi = 12.566370614359172;
 struct ReducedCubic {
   long double Q;
   long double R;
-  double D;       // the only one of the three that is rounded
-  double shift;   // A / 3
+  double D;      // the only one of the three that is rounded
+  double shift;  // A / 3
 };
 
 ReducedCubic reduced(double a, double b, double c, double d) {

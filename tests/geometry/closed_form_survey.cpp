@@ -39,9 +39,10 @@ struct Tally {
     const auto at = [&](double part) {
       return errors.empty() ? 0.0 : errors[std::size_t(part * double(errors.size() - 1))];
     };
-    std::printf("%-46s count wrong %6.2f %%  NaN %5.2f %%  error median %.1e  99 %% %.1e  "
-                "max %.1e\n", what, 100.0 * wrongCount / total, 100.0 * notANumber / total, at(0.5), at(0.99),
-                at(1));
+    std::printf(
+        "%-46s count wrong %6.2f %%  NaN %5.2f %%  error median %.1e  99 %% %.1e  "
+        "max %.1e\n",
+        what, 100.0 * wrongCount / total, 100.0 * notANumber / total, at(0.5), at(0.99), at(1));
   }
 };
 
@@ -174,8 +175,8 @@ struct EllipseTally {
   int total = 0;
   int thrown = 0;
   int notANumber = 0;
-  int wrong = 0;        // farther than the nearest point by more than a thousandth of |A|
-  double excess = 0;    // the most that was, over |A|
+  int wrong = 0;      // farther than the nearest point by more than a thousandth of |A|
+  double excess = 0;  // the most that was, over |A|
 };
 
 void compare(EllipseTally& tally, const PointF& c, const PointF& A, const PointF& B,
@@ -210,11 +211,11 @@ void survey(const char* what, double ratio, const std::function<PointF()>& sampl
     const PointF B(float(-ratio * std::sin(angle)), float(ratio * std::cos(angle)));
     compare(tally, PointF(0, 0), A, B, sample());
   }
-  std::printf("%-34s axis ratio %-8g throws %6.2f %%  NaN %5.2f %%  wrong %6.2f %%  "
-              "by up to %.1e\n",
-              what, ratio, 100.0 * tally.thrown / tally.total,
-              100.0 * tally.notANumber / tally.total, 100.0 * tally.wrong / tally.total,
-              tally.excess);
+  std::printf(
+      "%-34s axis ratio %-8g throws %6.2f %%  NaN %5.2f %%  wrong %6.2f %%  "
+      "by up to %.1e\n",
+      what, ratio, 100.0 * tally.thrown / tally.total, 100.0 * tally.notANumber / tally.total,
+      100.0 * tally.wrong / tally.total, tally.excess);
 }
 
 void surveyCentres() {

@@ -67,8 +67,8 @@ std::vector<Point> secondNormalPoints(const Point& c, const Point& A, const Poin
   const float a = std::sqrt(A._x * A._x + A._y * A._y);
   const float b = std::sqrt(B._x * B._x + B._y * B._y);
   if (b == 0.0f || double(b / a) < 1e-8) {
-    return {nearestPointOnSegment(Point(c._x + A._x, c._y + A._y), Point(c._x - A._x, c._y - A._y),
-                                  p)};
+    return {
+        nearestPointOnSegment(Point(c._x + A._x, c._y + A._y), Point(c._x - A._x, c._y - A._y), p)};
   }
   const float ux = A._x / a, uy = A._y / a, vx = B._x / b, vy = B._y / b;
   float m[2][3] = {{ux, vx, c._x}, {uy, vy, c._y}};
@@ -146,8 +146,7 @@ ExactPoint bruteForce(const Wide& c, const Wide& A, const Wide& B, const Wide& p
   for (int i = 0; i < kSteps; ++i) {
     const auto at = [&](int k) { return distance[std::size_t((k + kSteps) % kSteps)]; };
     if (at(i) > at(i - 1) || at(i) > at(i + 1)) continue;
-    const ExactPoint found =
-        refined(A, B, dx, dy, Exact((i - 1) * step), Exact((i + 1) * step));
+    const ExactPoint found = refined(A, B, dx, dy, Exact((i - 1) * step), Exact((i + 1) * step));
     if (best.squaredDistance < 0 || found.squaredDistance < best.squaredDistance) best = found;
   }
   return {best.x + c._x, best.y + c._y, best.squaredDistance};
@@ -196,8 +195,7 @@ TEST(NormalPointsOnEllipse, RunsTheFlatSegmentFromTheEndOfA) {
   const Point c(0.1f, 0), A(0.3f, 0), p(0.3f, 1);
   Points out;
   normalPointsOnEllipse(c, A, {0, 0}, p, out);
-  const Point expected =
-      nearestPointOnSegment({c._x + A._x, 0}, {c._x - A._x, 0}, p);
+  const Point expected = nearestPointOnSegment({c._x + A._x, 0}, {c._x - A._x, 0}, p);
   expectPoint(out[0], expected._x, expected._y);
 }
 
@@ -301,8 +299,8 @@ TEST(ClosestPointOnEllipse, TurnsWithTheEllipse) {
   const float c = std::cos(0.7f), s = std::sin(0.7f);
   const auto turned = [=](float x, float y) { return Point(c * x - s * y, s * x + c * y); };
   const Point upright = closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {1.5f, 1.25f});
-  const Point found = closestPointOnEllipse({0, 0}, turned(2, 0), turned(0, 1),
-                                            turned(1.5f, 1.25f));
+  const Point found =
+      closestPointOnEllipse({0, 0}, turned(2, 0), turned(0, 1), turned(1.5f, 1.25f));
   const Point expected = turned(upright._x, upright._y);
   EXPECT_NEAR(found._x, expected._x, 30 * kEps);
   EXPECT_NEAR(found._y, expected._y, 30 * kEps);
@@ -352,8 +350,9 @@ TEST(ClosestPointOnEllipse, ReleasesItsPointsOnEveryPath) {
   EXPECT_EQ(messageOf({0, 0}, {2, 0}, {0, 1}, {kNaN, 0}), "malformed ellipse");
   closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {1, 1});
   EXPECT_EQ(allocations::live(), live);
-  allocations::expectNoLeakOnAnyFailure(
-      [] { closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {1, 1}); });
+  allocations::expectNoLeakOnAnyFailure([] {
+    closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {1, 1});
+  });
 }
 
 using cornerpin::closestPointOnEllipse;
@@ -385,8 +384,8 @@ TEST(GuardedClosestPoint, OfFlatEllipsesIsThatOfTheSegment) {
   expectPoint(closestPointOnEllipse(Wide(1, 1), Wide(0, 0), Wide(2, 0), Wide(9, 7)), 3, 1);
   // The sum of cos t (2, 0) and sin t (1, 0) reaches as far as sqrt(5).
   expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2, 0), Wide(1, 0), Wide(1.5, 7)), 1.5, 0);
-  expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2, 0), Wide(1, 0), Wide(5, 7)),
-              std::sqrt(5.0), 0);
+  expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2, 0), Wide(1, 0), Wide(5, 7)), std::sqrt(5.0),
+              0);
   expectPoint(closestPointOnEllipse(Wide(3, 4), Wide(0, 0), Wide(0, 0), Wide(1.5, 7)), 3, 4);
 }
 
@@ -400,8 +399,7 @@ TEST(GuardedClosestPoint, SurvivesNumbersOfAnySize) {
               0);
   expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2, 0), Wide(0, tiny), Wide(0.5, 1)), 0.5,
               tiny);
-  const Wide beyond =
-      closestPointOnEllipse(Wide(big, 0), Wide(big, 0), Wide(0, big), Wide(big, 0));
+  const Wide beyond = closestPointOnEllipse(Wide(big, 0), Wide(big, 0), Wide(0, big), Wide(big, 0));
   EXPECT_EQ(beyond._x, HUGE_VAL);
 }
 

@@ -18,9 +18,9 @@
 
 namespace {
 
+using boost::multiprecision::cpp_rational;
 using cornerpin::RealRoots;
 using cornerpin::realRoots;
-using boost::multiprecision::cpp_rational;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -97,12 +97,12 @@ Solution cubic(double a, double b, double c, double d) {
     const double m = -2.0 * std::sqrt(double(Q));
     s.count = 3;
     s.roots[0] = double(Wide(m) * Wide(std::cos(double(Wide(theta) / 3.0L))) - Wide(third));
-    s.roots[1] = double(
-        Wide(m) * Wide(std::cos(double((Wide(theta) + Wide(6.283185307179586)) / 3.0L))) -
-        Wide(third));
-    s.roots[2] = double(
-        Wide(m) * Wide(std::cos(double((Wide(theta) + Wide(12.566370614359172)) / 3.0L))) -
-        Wide(third));
+    s.roots[1] =
+        double(Wide(m) * Wide(std::cos(double((Wide(theta) + Wide(6.283185307179586)) / 3.0L))) -
+               Wide(third));
+    s.roots[2] =
+        double(Wide(m) * Wide(std::cos(double((Wide(theta) + Wide(12.566370614359172)) / 3.0L))) -
+               Wide(third));
     return s;
   }
   const Wide absoluteR = R < 0 ? -R : R;
@@ -490,8 +490,8 @@ TEST(RealRoots, SurviveCoefficientsOfAnySize) {
 TEST(RealRoots, ScaleWithTheVariableAndTheCoefficients) {
   for (int e : {-200, -60, 60, 200}) {
     const double z = std::ldexp(1, e);
-    const RealRoots found = realRoots(0x1p-100, -6 * z * 0x1p-100, 11 * z * z * 0x1p-100,
-                                      -6 * z * z * z * 0x1p-100);
+    const RealRoots found =
+        realRoots(0x1p-100, -6 * z * 0x1p-100, 11 * z * z * 0x1p-100, -6 * z * z * z * 0x1p-100);
     expectRoots(found, {{z, 1}, {2 * z, 1}, {3 * z, 1}});
   }
 }
@@ -502,8 +502,8 @@ TEST(RealRoots, OfRandomPolynomialsAreNextToExactRootsAndComplete) {
   std::uniform_real_distribution<double> unit(-1, 1);
   for (int n = 0; n < 1500; ++n) {
     Coefficients k(3 + std::size_t(n % 3));
-    for (double& c : k) c = n % 2 == 0 ? unit(generator) : std::ldexp(unit(generator),
-                                                                      int(generator() % 80) - 40);
+    for (double& c : k)
+      c = n % 2 == 0 ? unit(generator) : std::ldexp(unit(generator), int(generator() % 80) - 40);
     const RealRoots found = guarded(k);
     ASSERT_EQ(found.count, distinctRoots(k)) << text(k) << "seed " << kSeed;
     for (int i = 0; i < found.count; ++i) {
