@@ -4,8 +4,10 @@
 # and sums are never contracted into fused operations.
 function(cornerpin_target target)
   target_compile_features(${target} PUBLIC cxx_std_17)
-  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
-                                             VISIBILITY_INLINES_HIDDEN ON)
+  # Naming the standard here leaves compilers no dialect of their own.
+  set_target_properties(
+    ${target} PROPERTIES CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
+                         CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     target_compile_options(
       ${target} PRIVATE -ffp-contract=off -Wall -Wextra -Wpedantic -Wconversion

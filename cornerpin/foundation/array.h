@@ -23,7 +23,7 @@ class CORNERPIN_API MArray {
     if (this != &other) assign(other.count_, other.elements_.get(), other.count_);
     return *this;
   }
-  virtual ~MArray() = default;
+  virtual ~MArray();
 
   /// Throws `LvBadIndexException` "MArray::operator[]" for an index outside 0 .. size() - 1.
   T& operator[](int i) { return elements_[checked(i)]; }
@@ -59,5 +59,9 @@ class CORNERPIN_API MArray {
   int count_ = 0;
   std::unique_ptr<T[]> elements_;
 };
+
+// Defined out of the class, every compiler exports it with the rest.
+template <class T>
+MArray<T>::~MArray() = default;
 
 #endif

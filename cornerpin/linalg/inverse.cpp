@@ -47,8 +47,8 @@ void factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
 
 int workLength(int n, const char* routine) {
   const int blockSizeQuery = 1;
-  const int blockSize = ilaenv_(&blockSizeQuery, routine, nullptr, nullptr, nullptr, nullptr,
-                                nullptr, 6, 0);
+  const int blockSize =
+      ilaenv_(&blockSizeQuery, routine, nullptr, nullptr, nullptr, nullptr, nullptr, 6, 0);
   const std::int64_t length = std::int64_t{blockSize} * n;
   return static_cast<int>(std::min<std::int64_t>(length, std::numeric_limits<int>::max()));
 }

@@ -57,10 +57,10 @@ class CORNERPIN_API MMatchmove {
   void project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const;
 
   MArray<MMatchmoveTrack> tracks;
-  int spare = 0;       ///< read and written by nothing
-  int baseFrame = 0;   ///< the frame whose transform is the identity, from 0
-  int trackCount = 0;  ///< number of tracks, from `setupOutputs`
-  int frameCount = 0;  ///< length of the first track's weights, from `setupOutputs`
+  int spare = 0;                      ///< read and written by nothing
+  int baseFrame = 0;                  ///< the frame whose transform is the identity, from 0
+  int trackCount = 0;                 ///< number of tracks, from `setupOutputs`
+  int frameCount = 0;                 ///< length of the first track's weights, from `setupOutputs`
   MGenMatrix<float> basePositions;    ///< trackCount x 2: positions in the base frame
   MGenVector<float> baseWeights;      ///< a track not above 0 here takes part in no frame
   MArray<MGenMatrix<float>> outputs;  ///< per frame 3 x 3, ColumnMajor, element (2, 2) = 1

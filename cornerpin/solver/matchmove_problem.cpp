@@ -74,8 +74,7 @@ void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& o
   }
 }
 
-void MMatchmoveProblem::xToVector(const MGenMatrix<float>& h,
-                                  MGenVector<float>& parameters) const {
+void MMatchmoveProblem::xToVector(const MGenMatrix<float>& h, MGenVector<float>& parameters) const {
   parameters.resize(kParameterCount);
   const int count = std::min(kParameterCount, h.rows * h.cols);
   if (count != kParameterCount) {
@@ -84,8 +83,7 @@ void MMatchmoveProblem::xToVector(const MGenMatrix<float>& h,
   for (int i = 0; i < count; ++i) parameters[i] = h.data[i];
 }
 
-void MMatchmoveProblem::xToMatrix(const MGenVector<float>& parameters,
-                                  MGenMatrix<float>& h) const {
+void MMatchmoveProblem::xToMatrix(const MGenVector<float>& parameters, MGenMatrix<float>& h) const {
   h.resize(3, 3, MGenMatrix<float>::ColumnMajor);
   if (parameters.length != kParameterCount) {
     MMatrixError::err("MVector length mismatch %d != %d", kParameterCount, parameters.length);

@@ -55,9 +55,9 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   /// Unpacks weighted values into activeCount x 2 positions; m keeps its layout.
   void yToMatrix(const MGenVector<float>& packed, MGenMatrix<float>& m) const;
 
-  MGenVector<float> x;           ///< current parameters; empty before the first `setX`
-  MGenVector<float> y;           ///< weighted projected positions at `x`
-  MGenMatrix<float> transform;   ///< `x` as a 3 x 3 matrix
+  MGenVector<float> x;          ///< current parameters; empty before the first `setX`
+  MGenVector<float> y;          ///< weighted projected positions at `x`
+  MGenMatrix<float> transform;  ///< `x` as a 3 x 3 matrix
   MMatchmove* scene = nullptr;
   int activeCount = 0;           ///< number of tracks taking part
   MGenVector<int> activeTracks;  ///< their indices in the scene, increasing

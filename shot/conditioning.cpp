@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/conditioning.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace cornerpin {
+
+double denominator(const Homography& h, Point p) { return h[2][0] * p.x + h[2][1] * p.y + h[2][2]; }
+
+Point map(const Homography& h, Point p) {
+  const double s = denominator(h, p);
+  return {(h[0][0] * p.x + h[0][1] * p.y + h[0][2]) / s,
+          (h[1][0] * p.x + h[1][1] * p.y + h[1][2]) / s};
+}
+
+bool isFinite(const Homography& h) {
+  for (const auto& row : h) {
+    for (double element : row) {
+      if (!std::isfinite(element)) return false;
+    }
+  }
+  return true;
+}
+
+Conditioning Conditioning::fitting(const std::vector<Point>& points) {
+  Point smallest = points.front();
+  Point largest = smallest;
+  for (const Point& p : points) {
+    smallest = {std::min(smallest.x, p.x), std::min(smallest.y, p.y)};
+    largest = {std::max(largest.x, p.x), std::max(largest.y, p.y)};
+  }
+  // Halves first: the box may be as wide as numbers go.
+  const double half = std::max(largest.x / 2 - smallest.x / 2, largest.y / 2 - smallest.y / 2);
+  const double scale = 1.0 / half;
+  return {{smallest.x / 2 + largest.x / 2, smallest.y / 2 + largest.y / 2},
+          std::isfinite(scale) ? scale : 1.0};
+}
+
+Homography unconditioned(const Homography& h, const Conditioning& from, const Conditioning& to) {
+  Homography right = h;  // h * from
+  for (auto& row : right) {
+    row[2] -= from.scale * (row[0] * from.centre.x + row[1] * from.centre.y);
+    row[0] *= from.scale;
+    row[1] *= from.scale;
+  }
+  Homography result = right;  // inv(to) * h * from
+  for (std::size_t j = 0; j < 3; ++j) {
+    result[0][j] = right[0][j] / to.scale + to.centre.x * right[2][j];
+    result[1][j] = right[1][j] / to.scale + to.centre.y * right[2][j];
+  }
+  const double last = result[2][2];
+  for (auto& row : result) {
+    for (double& element : row) element /= last;
+  }
+  return result;
+}
+
+}  // namespace cornerpin

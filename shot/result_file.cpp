@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/result_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <system_error>
+
+namespace cornerpin {
+
+namespace {
+
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
+
+// Where a corner lies in the frame; NaN on or behind the horizon. The base frame's tracks are in
+// front of it.
+Point carried(const ShotResult& result, const FrameResult& frame, Point corner) {
+  const double front = denominator(frame.h, result.baseCentre);
+  const double here = denominator(frame.h, corner);
+  const Point p = map(frame.h, corner);
+  const bool visible = front * here > 0.0 && std::isfinite(p.x) && std::isfinite(p.y);
+  return visible ? p : Point{kNoValue, kNoValue};
+}
+
+std::string number(double value, const char* none) {
+  return std::isfinite(value) ? fmt::format("{}", value) : none;
+}
+
+std::string jsonNumber(double value) { return number(value, "null"); }
+std::string csvNumber(double value) { return number(value, ""); }
+
+std::string jsonText(const std::string& text) {
+  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+std::string jsonQuad(const ShotResult& result, const FrameResult& frame, const Quad& quad) {
+  std::string text;
+  for (const Point& corner : quad) {
+    const Point p = carried(result, frame, corner);
+    text += fmt::format("{}[{},{}]", text.empty() ? "" : ",", jsonNumber(p.x), jsonNumber(p.y));
+  }
+  return text;
+}
+
+std::string jsonFrame(const ShotResult& result, const FrameResult& frame,
+                      const std::optional<Quad>& quad) {
+  const Homography& h = frame.h;
+  std::string text = fmt::format(
+      R"({{"frame":{},"status":"{}","tracks":{},"rms":{},"h":[[{},{},{}],[{},{},{}],[{},{},{}]])",
+      frame.frame, nameOf(frame.status), frame.tracks, jsonNumber(frame.rms), h[0][0], h[0][1],
+      h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]);
+  if (frame.status == Status::Held) text += fmt::format(R"(,"reason":{})", jsonText(frame.reason));
+  if (quad) text += fmt::format(R"(,"quad":[{}])", jsonQuad(result, frame, *quad));
+  return text + "}";
+}
+
+void writeJson(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
+  out.write(
+      fmt::format("{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
+                  "\"left_out\":{},\n\"units\":\"{}\",\n\"frames\":[",
+                  result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units)));
+  const char* separator = "\n";
+  for (const FrameResult& frame : result.frames) {
+    out.write(separator + jsonFrame(result, frame, quad));
+    separator = ",\n";
+  }
+  out.write("\n]}\n");
+}
+
+std::string csvFrame(const ShotResult& result, const FrameResult& frame,
+                     const std::optional<Quad>& quad) {
+  std::string text = fmt::format("{}", frame.frame);
+  for (const auto& row : frame.h) {
+    for (double element : row) text += fmt::format(",{}", element);
+  }
+  text += fmt::format(",{},{},{}", csvNumber(frame.rms), frame.tracks, nameOf(frame.status));
+  if (!quad) return text + "\n";
+  for (const Point& corner : *quad) {
+    const Point p = carried(result, frame, corner);
+    text += fmt::format(",{},{}", csvNumber(p.x), csvNumber(p.y));
+  }
+  return text + "\n";
+}
+
+void writeCsv(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
+  out.write("frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status");
+  out.write(quad ? ",qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n" : "\n");
+  for (const FrameResult& frame : result.frames) out.write(csvFrame(result, frame, quad));
+}
+
+}  // namespace
+
+Quad parseQuad(const std::string& text) {
+  std::array<double, 8> numbers{};
+  const char* at = text.data();
+  const char* end = at + text.size();
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (i > 0 && (at == end || *at++ != ',')) at = end;
+    const auto [stop, error] = std::from_chars(at, end, numbers[i]);
+    if (error != std::errc() || !std::isfinite(numbers[i])) {
+      throw std::invalid_argument("a quad is eight numbers, x0,y0,x1,y1,x2,y2,x3,y3, not \"" +
+                                  text + "\"");
+    }
+    at = stop;
+  }
+  if (at != end)
+    throw std::invalid_argument("a quad has eight numbers, not more: \"" + text + "\"");
+  Quad quad;
+  for (std::size_t i = 0; i < quad.size(); ++i) quad[i] = {numbers[2 * i], numbers[2 * i + 1]};
+  return quad;
+}
+
+std::optional<Format> formatOf(const std::string& path) {
+  std::string extension = std::filesystem::path(path).extension().string();
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  if (extension == ".json") return Format::Json;
+  if (extension == ".csv") return Format::Csv;
+  return std::nullopt;
+}
+
+void writeResult(const ShotResult& result, Format format, const std::optional<Quad>& quad,
+                 OutputFile& out) {
+  format == Format::Json ? writeJson(result, quad, out) : writeCsv(result, quad, out);
+}
+
+}  // namespace cornerpin

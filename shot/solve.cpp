@@ -1,0 +1,328 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <stdexcept>
+
+#include "cornerpin/cornerpin.h"
+#include "shot/general_position.h"
+#include "shot/linear_fit.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kFewestTracks = 4;
+constexpr int kBaseRow = 0;  // of the two frames in the scene
+constexpr int kFrameRow = 1;
+
+Point place(const Observation& o) { return {o.x, o.y}; }
+
+// The active tracks of a frame, in the file's units.
+struct Active {
+  std::vector<Point> base;
+  std::vector<Point> here;
+  std::vector<double> weights;
+
+  std::size_t size() const { return base.size(); }
+};
+
+double squaredDistance(const Homography& h, const Active& active, std::size_t i) {
+  const Point p = map(h, active.base[i]);
+  const double dx = p.x - active.here[i].x;
+  const double dy = p.y - active.here[i].y;
+  return dx * dx + dy * dy;
+}
+
+double rmsOf(const Homography& h, const Active& active) {
+  double squares = 0.0;
+  for (std::size_t i = 0; i < active.size(); ++i) squares += squaredDistance(h, active, i);
+  const double rms = std::sqrt(squares / static_cast<double>(active.size()));
+  return std::isfinite(rms) ? rms : std::numeric_limits<double>::quiet_NaN();
+}
+
+// What the solver minimises.
+double costOf(const Homography& h, const Active& active) {
+  double cost = 0.0;
+  for (std::size_t i = 0; i < active.size(); ++i) {
+    const double w = active.weights[i];
+    cost += w * w * squaredDistance(h, active, i);
+  }
+  return cost;
+}
+
+// Whether all the points lie strictly on one side of the horizon.
+bool onOneSide(const Homography& h, const std::vector<Point>& points) {
+  const bool front = denominator(h, points.front()) > 0.0;
+  return std::all_of(points.begin(), points.end(), [&](Point p) {
+    const double s = denominator(h, p);
+    return front ? s > 0.0 : s < 0.0;
+  });
+}
+
+Homography toDouble(const MGenMatrix<float>& m) {
+  Homography h;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      h[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = static_cast<double>(m(i, j));
+    }
+  }
+  return h;
+}
+
+MGenMatrix<float> toFloat(const Homography& h) {
+  MGenMatrix<float> m(3, 3, MGenMatrix<float>::ColumnMajor);
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      m(i, j) = static_cast<float>(h[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]);
+    }
+  }
+  return m;
+}
+
+// How a frame came out.
+struct Fit {
+  MGenMatrix<float> transform;  // the solver's own
+  Homography h{};               // in the file's units
+  double cost = 0.0;
+  std::string reason;  // why it does not count; empty when it does
+};
+
+class ShotSolver {
+ public:
+  ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
+      : tracks_(tracks), progress_(progress) {
+    result_.units = options.units;
+    result_.baseFrame = options.base ? *options.base : chooseBaseFrame(tracks);
+    collectBaseTracks();
+    setUpScene();
+  }
+
+  ShotResult solve() {
+    result_.frames.resize(static_cast<std::size_t>(tracks_.frameCount()));
+    addBaseFrame();
+    const MGenMatrix<float> identity = scene_.outputs[kBaseRow];
+    sweep(+1, tracks_.lastFrame(), identity);
+    sweep(-1, tracks_.firstFrame(), identity);
+    return std::move(result_);
+  }
+
+ private:
+  void collectBaseTracks() {
+    const int base = result_.baseFrame;
+    if (base < tracks_.firstFrame() || base > tracks_.lastFrame()) {
+      throw std::invalid_argument(fmt::format("base frame {} lies outside the shot's frames {}..{}",
+                                              base, tracks_.firstFrame(), tracks_.lastFrame()));
+    }
+    sceneIndex_.assign(tracks_.names.size(), -1);
+    for (const Observation& o : tracks_.inFrame(base)) {
+      if (!(o.weight > 0.0f)) continue;
+      sceneIndex_[static_cast<std::size_t>(o.track)] = static_cast<int>(base_.size());
+      base_.push_back(o);
+    }
+    if (base_.empty()) {
+      throw std::invalid_argument(fmt::format("base frame {} has no track", base));
+    }
+    result_.baseTracks = static_cast<int>(base_.size());
+    result_.leftOut = static_cast<int>(tracks_.names.size() - base_.size());
+  }
+
+  void setUpScene() {
+    std::vector<Point> points;
+    for (const Observation& o : base_) points.push_back(place(o));
+    const Conditioning fitting = Conditioning::fitting(points);
+    result_.baseCentre = fitting.centre;
+    if (result_.units == Units::Fit) conditioning_ = fitting;
+    scene_.tracks.resize(result_.baseTracks);
+    for (int i = 0; i < result_.baseTracks; ++i) {
+      scene_.tracks[i].positions = MGenMatrix<float>(2, 2, MGenMatrix<float>::ColumnMajor);
+      scene_.tracks[i].weights = MGenVector<float>(2);
+      set(i, kBaseRow, base_[static_cast<std::size_t>(i)]);
+    }
+    scene_.setupOutputs();
+    scene_.solveBaseFrame();
+  }
+
+  void set(int index, int row, const Observation& o) {
+    const Point p = conditioning_.apply(place(o));
+    MMatchmoveTrack& track = scene_.tracks[index];
+    track.positions(row, 0) = static_cast<float>(p.x);
+    track.positions(row, 1) = static_cast<float>(p.y);
+    track.weights[row] = o.weight;
+  }
+
+  FrameResult& resultOf(int frame) {
+    return result_.frames[static_cast<std::size_t>(frame - tracks_.firstFrame())];
+  }
+
+  void addBaseFrame() {
+    FrameResult& result = resultOf(result_.baseFrame);
+    result.frame = result_.baseFrame;
+    result.status = Status::Base;
+    result.tracks = result_.baseTracks;
+    result.h = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
+    report();
+  }
+
+  void sweep(int step, int last, MGenMatrix<float> neighbour) {
+    chainBroken_ = false;
+    for (int frame = result_.baseFrame; frame != last;) {
+      const Homography held = resultOf(frame).h;
+      frame += step;
+      FrameResult& result = resultOf(frame);
+      result.frame = frame;
+      const Fit fit = solveFrame(frame, neighbour);
+      if (fit.reason.empty()) neighbour = fit.transform;
+      result.status = fit.reason.empty() ? Status::Solved : Status::Held;
+      result.reason = fit.reason;
+      result.h = fit.reason.empty() ? fit.h : held;
+      result.tracks = static_cast<int>(active_.size());
+      result.rms = rmsOf(result.h, active_);
+      report();
+    }
+  }
+
+  // Leaves the tracks in the scene only while the frame is being solved.
+  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour) {
+    const Tracks::Range observations = tracks_.inFrame(frame);
+    active_ = {};
+    bool inRange = true;
+    for (const Observation& o : observations) {
+      const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
+      if (index < 0 || !(o.weight > 0.0f)) continue;
+      set(index, kFrameRow, o);
+      inRange = inRange && isFiniteInScene(index);
+      active_.base.push_back(place(base_[static_cast<std::size_t>(index)]));
+      active_.here.push_back(place(o));
+      active_.weights.push_back(static_cast<double>(o.weight));
+    }
+    Fit fit;
+    fit.reason = inRange ? whyUnfit() : "a position is too large for single precision";
+    if (fit.reason.empty()) fit = bestFit(neighbour);
+    if (!fit.reason.empty()) chainBroken_ = true;
+    for (const Observation& o : observations) {
+      const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
+      if (index >= 0) scene_.tracks[index].weights[kFrameRow] = 0.0f;
+    }
+    return fit;
+  }
+
+  bool isFiniteInScene(int index) {
+    const MGenMatrix<float>& p = scene_.tracks[index].positions;
+    return std::isfinite(p(kBaseRow, 0)) && std::isfinite(p(kBaseRow, 1)) &&
+           std::isfinite(p(kFrameRow, 0)) && std::isfinite(p(kFrameRow, 1));
+  }
+
+  // Empty when the active tracks fix a transform.
+  std::string whyUnfit() const {
+    if (active_.size() == 0) return "no tracks";
+    if (active_.size() < kFewestTracks) {
+      return fmt::format("{} of the {} tracks needed", active_.size(), kFewestTracks);
+    }
+    if (!inGeneralPosition(active_.base)) {
+      return "all its tracks but one, or all of them, lie on one line in the base frame";
+    }
+    if (!inGeneralPosition(active_.here)) {
+      return "all its tracks but one, or all of them, lie on one line";
+    }
+    return {};
+  }
+
+  // From the neighbour's transform. Once that chain has been broken the neighbour may be far away:
+  // then the linear solution is a second start, and the better fit counts.
+  Fit bestFit(const MGenMatrix<float>& neighbour) {
+    Fit fit = fitFrom(neighbour);
+    if (!fit.reason.empty()) chainBroken_ = true;
+    if (!chainBroken_) return fit;
+    const Fit other = fitFrom(linearStart());
+    const bool better = !fit.reason.empty() || other.cost < fit.cost;
+    return other.reason.empty() && better ? other : fit;
+  }
+
+  MGenMatrix<float> linearStart() const {
+    std::vector<Point> from;
+    std::vector<Point> to;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      from.push_back(conditioning_.apply(active_.base[i]));
+      to.push_back(conditioning_.apply(active_.here[i]));
+    }
+    return toFloat(linearFit(from, to));
+  }
+
+  Fit fitFrom(const MGenMatrix<float>& start) {
+    Fit fit;
+    scene_.outputs[kFrameRow] = start.copy(MGenMatrix<float>::ColumnMajor);
+    try {
+      scene_.solveFrame(kFrameRow);
+    } catch (const LvException& error) {
+      fit.reason = fmt::format("the fit failed: {}", error.message.c_str());
+      return fit;
+    }
+    fit.transform = scene_.outputs[kFrameRow];
+    fit.h = unconditioned(toDouble(fit.transform), conditioning_, conditioning_);
+    fit.cost = costOf(fit.h, active_);
+    if (!isFinite(fit.h) || !std::isfinite(fit.cost) || std::isnan(rmsOf(fit.h, active_))) {
+      fit.reason = "the fit is not finite";
+    } else if (!onOneSide(fit.h, active_.base)) {
+      fit.reason = "the fit puts tracks on both sides of the horizon";
+    }
+    return fit;
+  }
+
+  void report() {
+    ++done_;
+    if (progress_) progress_(done_, result_.frames.size());
+  }
+
+  const Tracks& tracks_;
+  const Progress& progress_;
+  ShotResult result_;
+  Conditioning conditioning_;
+  std::vector<int> sceneIndex_;    // per track; -1 when absent from the base frame
+  std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
+  MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
+  Active active_;
+  bool chainBroken_ = false;  // some frame of the sweep was not fitted from its neighbour
+  std::size_t done_ = 0;
+};
+
+}  // namespace
+
+const char* nameOf(Units units) { return units == Units::Fit ? "fit" : "raw"; }
+
+const char* nameOf(Status status) {
+  if (status == Status::Base) return "base";
+  return status == Status::Solved ? "solved" : "held";
+}
+
+int chooseBaseFrame(const Tracks& tracks) {
+  std::vector<std::int64_t> lengths(tracks.names.size());
+  for (const Observation& o : tracks.observations) {
+    if (o.weight > 0.0f) ++lengths[static_cast<std::size_t>(o.track)];
+  }
+  std::int64_t best = -1;
+  std::int64_t sum = 0;
+  int bestFrame = tracks.firstFrame();
+  const auto& rows = tracks.observations;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (rows[i].weight > 0.0f) sum += lengths[static_cast<std::size_t>(rows[i].track)];
+    if (i + 1 < rows.size() && rows[i + 1].frame == rows[i].frame) continue;
+    if (sum > best) {
+      best = sum;
+      bestFrame = rows[i].frame;
+    }
+    sum = 0;
+  }
+  return bestFrame;
+}
+
+ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Progress& progress) {
+  return ShotSolver(tracks, options, progress).solve();
+}
+
+}  // namespace cornerpin

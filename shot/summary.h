@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_SUMMARY_H
+#define SHOT_SUMMARY_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "shot/solve.h"
+
+namespace cornerpin {
+
+/// The figures of a solve at a glance. The RMS figures are over the solved frames: NaN without any.
+struct Summary {
+  std::size_t solved = 0;
+  std::size_t held = 0;
+  double medianRms = 0.0;  ///< the upper of the two middle ones
+  double worstRms = 0.0;
+  std::vector<const FrameResult*> worst;      ///< solved frames, largest RMS first, at most 5
+  std::vector<const FrameResult*> firstHeld;  ///< held frames in order, at most 5
+};
+
+/// The result must outlive the summary.
+Summary summarise(const ShotResult& result);
+
+/// The summary as a short table for people, several lines.
+std::string summaryTable(const ShotResult& result);
+
+}  // namespace cornerpin
+
+#endif

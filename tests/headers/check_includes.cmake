@@ -1,0 +1,77 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# cmake -DSOURCE=folder -DPUBLIC_HEADERS=list -P check_includes.cmake
+#
+# Fails when a public header includes a private one, a subsystem includes one above it, a source
+# does not start with its own header, or the umbrella misses a public header.
+cmake_minimum_required(VERSION 3.20)
+
+# What each subsystem may include beside itself.
+set(below_internal "")
+set(below_foundation internal)
+set(below_linalg internal foundation)
+set(below_solver internal foundation linalg)
+set(below_deriv internal foundation)
+set(below_geometry internal foundation deriv)
+
+set(problems "")
+
+# Paths below cornerpin/ that a file includes, in order.
+function(includes_of file result)
+  file(STRINGS "${SOURCE}/${file}" lines REGEX "^ *# *include *[\"<](cornerpin|shot|tools|tests)/")
+  set(found "")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^ *# *include *[\"<]([^\">]+)[\">].*" "\\1" path "${line}")
+    string(REGEX REPLACE "^cornerpin/" "" path "${path}")
+    list(APPEND found "${path}")
+  endforeach()
+  set(${result} ${found} PARENT_SCOPE)
+endfunction()
+
+function(subsystem_of file result)
+  string(REGEX REPLACE "/.*" "" subsystem "${file}")
+  set(${result} ${subsystem} PARENT_SCOPE)
+endfunction()
+
+file(GLOB_RECURSE files RELATIVE "${SOURCE}" "${SOURCE}/*.h" "${SOURCE}/*.cpp")
+foreach(file IN LISTS files)
+  includes_of("${file}" includes)
+  subsystem_of("${file}" from)
+  foreach(include IN LISTS includes)
+    subsystem_of("${include}" to)
+    if(file IN_LIST PUBLIC_HEADERS AND NOT include IN_LIST PUBLIC_HEADERS)
+      list(APPEND problems "public ${file} includes private ${include}")
+    endif()
+    if(file STREQUAL "cornerpin.h" OR include STREQUAL "export.h")
+      continue()
+    endif()
+    if(NOT to STREQUAL from AND NOT to IN_LIST below_${from})
+      list(APPEND problems "${file} includes ${include}, which is not below it")
+    endif()
+  endforeach()
+  string(REGEX REPLACE "\\.cpp$" ".h" own "${file}")
+  if(NOT own STREQUAL file AND EXISTS "${SOURCE}/${own}")
+    list(GET includes 0 first)
+    if(NOT first STREQUAL own)
+      list(APPEND problems "${file} includes ${first} before its own header")
+    endif()
+  endif()
+endforeach()
+
+includes_of(cornerpin.h umbrella)
+foreach(header IN LISTS PUBLIC_HEADERS)
+  if(NOT EXISTS "${SOURCE}/${header}")
+    list(APPEND problems "public ${header} does not exist")
+  elseif(NOT header STREQUAL "cornerpin.h" AND NOT header IN_LIST umbrella)
+    list(APPEND problems "cornerpin.h misses ${header}")
+  endif()
+endforeach()
+
+list(LENGTH files count)
+if(count LESS 10)
+  list(APPEND problems "only ${count} files below ${SOURCE}")
+endif()
+if(problems)
+  list(JOIN problems "\n  " text)
+  message(FATAL_ERROR "\n  ${text}")
+endif()
+message(STATUS "${count} files checked")

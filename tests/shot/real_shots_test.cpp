@@ -1,0 +1,293 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <gtest/gtest.h>
+
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <unsupported/Eigen/NonLinearOptimization>
+#include <utility>
+#include <vector>
+
+#include "shot/solve.h"
+
+using namespace cornerpin;
+
+namespace {
+
+struct Pair {
+  Eigen::Vector2d base;
+  Eigen::Vector2d here;
+  double weight;
+};
+
+// frame -> track -> (x, y, weight), read plainly.
+using Shot = std::map<int, std::map<std::string, Eigen::Vector3d>>;
+
+std::vector<std::string> split(const std::string& line) {
+  std::vector<std::string> fields;
+  std::istringstream stream(line);
+  for (std::string field; std::getline(stream, field, ',');) fields.push_back(field);
+  return fields;
+}
+
+std::string dataFile(const std::string& name) { return std::string(CORNERPIN_DATA "/") + name; }
+
+Shot readShot(const std::string& name) {
+  Shot shot;
+  std::ifstream file(dataFile(name + ".csv"));
+  std::string line;
+  std::getline(file, line);
+  while (std::getline(file, line)) {
+    const auto f = split(line);
+    // The solver's weights are single precision: so are those of the optimum.
+    shot[std::stoi(f[1])][f[0]] = {std::stod(f[2]), std::stod(f[3]),
+                                   static_cast<double>(std::stof(f[4]))};
+  }
+  return shot;
+}
+
+std::vector<Pair> pairsOf(const Shot& shot, int base, int frame) {
+  std::vector<Pair> pairs;
+  const auto found = shot.find(frame);
+  if (found == shot.end()) return pairs;
+  for (const auto& [track, here] : found->second) {
+    const auto at = shot.at(base).find(track);
+    if (at == shot.at(base).end() || !(at->second.z() > 0) || !(here.z() > 0)) continue;
+    pairs.push_back({at->second.head<2>(), here.head<2>(), here.z()});
+  }
+  return pairs;
+}
+
+Eigen::Matrix3d toEigen(const Homography& h) {
+  Eigen::Matrix3d m;
+  for (int i = 0; i < 9; ++i) {
+    m(i / 3, i % 3) = h[static_cast<std::size_t>(i / 3)][static_cast<std::size_t>(i % 3)];
+  }
+  return m;
+}
+
+double rms(const Eigen::Matrix3d& h, const std::vector<Pair>& pairs, bool weighted) {
+  double sum = 0;
+  for (const Pair& p : pairs) {
+    sum += ((h * p.base.homogeneous()).hnormalized() - p.here).squaredNorm() *
+           (weighted ? p.weight * p.weight : 1.0);
+  }
+  return std::sqrt(sum / static_cast<double>(pairs.size()));
+}
+
+// Centroid to 0, mean distance to sqrt(2).
+Eigen::Matrix3d normaliser(const std::vector<Pair>& pairs, Eigen::Vector2d Pair::*side) {
+  Eigen::Vector2d mean(0, 0);
+  for (const Pair& p : pairs) mean += p.*side / static_cast<double>(pairs.size());
+  double distance = 0;
+  for (const Pair& p : pairs)
+    distance += (p.*side - mean).norm() / static_cast<double>(pairs.size());
+  const double s = std::sqrt(2.0) / distance;
+  Eigen::Matrix3d n;
+  n << s, 0, -s * mean.x(), 0, s, -s * mean.y(), 0, 0, 1;
+  return n;
+}
+
+struct Residuals {
+  using Scalar = double;
+  using InputType = Eigen::VectorXd;
+  using ValueType = Eigen::VectorXd;
+  using JacobianType = Eigen::MatrixXd;
+  const std::vector<Pair>& pairs;
+
+  int inputs() const { return 8; }
+  int values() const { return static_cast<int>(2 * pairs.size()); }
+
+  static Eigen::Matrix3d matrix(const Eigen::VectorXd& x) {
+    Eigen::Matrix3d h;
+    h << x[0], x[1], x[2], x[3], x[4], x[5], x[6], x[7], 1;
+    return h;
+  }
+  int operator()(const Eigen::VectorXd& x, Eigen::VectorXd& f) const {
+    const Eigen::Matrix3d h = matrix(x);
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+      f.segment<2>(static_cast<Eigen::Index>(2 * i)) =
+          pairs[i].weight * ((h * pairs[i].base.homogeneous()).hnormalized() - pairs[i].here);
+    }
+    return 0;
+  }
+  int df(const Eigen::VectorXd& x, Eigen::MatrixXd& j) const {
+    const Eigen::Matrix3d h = matrix(x);
+    j.setZero();
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+      const Eigen::Vector3d b = pairs[i].base.homogeneous();
+      const Eigen::Vector3d q = h * b;
+      const Eigen::Vector3d g = pairs[i].weight / q.z() * b;
+      const auto r = static_cast<Eigen::Index>(2 * i);
+      j.block<1, 3>(r, 0) = g.transpose();
+      j.block<1, 3>(r + 1, 3) = g.transpose();
+      j.block<1, 2>(r, 6) = -q.x() / q.z() * g.head<2>().transpose();
+      j.block<1, 2>(r + 1, 6) = -q.y() / q.z() * g.head<2>().transpose();
+    }
+    return 0;
+  }
+};
+
+Eigen::Matrix3d linearSolution(const std::vector<Pair>& pairs) {
+  Eigen::MatrixXd a(2 * pairs.size(), 9);
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    const Eigen::RowVector3d b = pairs[i].base.homogeneous().transpose() * pairs[i].weight;
+    const Eigen::RowVector3d zero(0, 0, 0);
+    const auto r = static_cast<Eigen::Index>(2 * i);
+    a.row(r) << b, zero, -pairs[i].here.x() * b;
+    a.row(r + 1) << zero, b, -pairs[i].here.y() * b;
+  }
+  const Eigen::VectorXd v =
+      Eigen::JacobiSVD<Eigen::MatrixXd>(a, Eigen::ComputeFullV).matrixV().col(8);
+  return Residuals::matrix(v / v[8]);
+}
+
+// Double precision Levenberg-Marquardt to tight tolerances from one start.
+Eigen::Matrix3d refined(const std::vector<Pair>& pairs, const Eigen::Matrix3d& start) {
+  Residuals residuals{pairs};
+  Eigen::LevenbergMarquardt<Residuals> lm(residuals);
+  lm.parameters.ftol = lm.parameters.xtol = lm.parameters.gtol = 1e-14;
+  lm.parameters.maxfev = 2000;
+  const Eigen::Matrix3d h = start / start(2, 2);
+  Eigen::VectorXd x(8);
+  x << h(0, 0), h(0, 1), h(0, 2), h(1, 0), h(1, 1), h(1, 2), h(2, 0), h(2, 1);
+  lm.minimize(x);
+  return Residuals::matrix(x);
+}
+
+// The weighted least-squares optimum: the best of several starts, one of them the result on trial,
+// so that the optimum is never above it.
+Eigen::Matrix3d optimum(const std::vector<Pair>& pairs, const Eigen::Matrix3d& onTrial) {
+  const Eigen::Matrix3d nb = normaliser(pairs, &Pair::base);
+  const Eigen::Matrix3d nh = normaliser(pairs, &Pair::here);
+  std::vector<Pair> scaled = pairs;
+  for (Pair& p : scaled) {
+    p.base = (nb * p.base.homogeneous()).hnormalized();
+    p.here = (nh * p.here.homogeneous()).hnormalized();
+  }
+  Eigen::Matrix3d best = onTrial;
+  const Eigen::Matrix3d identity = Eigen::Matrix3d::Identity();
+  for (const Eigen::Matrix3d& start :
+       {linearSolution(scaled), Eigen::Matrix3d(nh * onTrial * nb.inverse()), identity}) {
+    const Eigen::Matrix3d h = nh.inverse() * refined(scaled, start) * nb;
+    if (rms(h, pairs, true) < rms(best, pairs, true)) best = h;
+  }
+  return best;
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+double largest(const std::vector<double>& values) {
+  return *std::max_element(values.begin(), values.end());
+}
+
+struct Case {
+  const char* shot;
+  int base;  // that of the shot's description
+  int held;
+};
+
+// Pixels allowed above the optimum. On one frame the screen's corners are nearly in line: one of
+// them comes so close to the horizon that a single-precision transform, even the exact one rounded,
+// is off by 5e-5 to 2e-4 px, depending on the base frame.
+double slackOf(const std::string& shot, int frame) {
+  return shot == "screen4" && frame == 96 ? 5e-4 : 1e-4;
+}
+
+class RealShot : public testing::TestWithParam<Case> {};
+
+void expectTheOptimum(const std::string& name, std::optional<int> base, int held) {
+  SolveOptions options;
+  options.base = base;
+  const ShotResult result = solveShot(readTracks(dataFile(name + ".csv")), options);
+  const Shot shot = readShot(name);
+  std::vector<double> ours, best, plain;
+  double worstRatio = 1;
+  int heldFrames = 0;
+  for (const FrameResult& frame : result.frames) {
+    if (frame.status == Status::Held) ++heldFrames;
+    if (frame.status != Status::Solved) continue;
+    const std::vector<Pair> pairs = pairsOf(shot, result.baseFrame, frame.frame);
+    ASSERT_EQ(static_cast<int>(pairs.size()), frame.tracks);
+    const Eigen::Matrix3d h = toEigen(frame.h);
+    EXPECT_NEAR(frame.rms, rms(h, pairs, false), 1e-9 * (1 + frame.rms));
+    ours.push_back(rms(h, pairs, true));
+    best.push_back(rms(optimum(pairs, h), pairs, true));
+    plain.push_back(frame.rms);
+    if (best.back() > 0.01) worstRatio = std::max(worstRatio, ours.back() / best.back());
+    EXPECT_LE(ours.back(), 1.001 * best.back() + slackOf(name, frame.frame))
+        << name << " frame " << frame.frame;
+  }
+  EXPECT_EQ(heldFrames, held);
+  std::printf(
+      "%-8s base %3d | weighted RMS median %.5f worst %.5f | optimum %.5f %.5f | worst excess "
+      "%.5f %% | unweighted %.4f %.4f | held %d\n",
+      name.c_str(), result.baseFrame, median(ours), largest(ours), median(best), largest(best),
+      100 * (worstRatio - 1), median(plain), largest(plain), heldFrames);
+}
+
+}  // namespace
+
+TEST_P(RealShot, IsSolvedToTheLeastSquaresOptimumFromTheBaseThatIsChosen) {
+  expectTheOptimum(GetParam().shot, std::nullopt, GetParam().held);
+}
+
+TEST_P(RealShot, IsSolvedToTheLeastSquaresOptimumFromItsOwnBase) {
+  expectTheOptimum(GetParam().shot, GetParam().base, GetParam().held);
+}
+
+// On the screen, nine frames have fewer than four tracks; on a tenth the four corners are no longer
+// a convex quadrilateral.
+INSTANTIATE_TEST_SUITE_P(Data, RealShot,
+                         testing::Values(Case{"planks", 50, 0}, Case{"board", 60, 0},
+                                         Case{"facade", 0, 0}, Case{"box", 0, 0},
+                                         Case{"highway", 0, 0}, Case{"screen4", 8, 10}),
+                         [](const auto& info) { return std::string(info.param.shot); });
+
+// The distance between the fit and the truth, at the tracks that lie within 10 px of it.
+TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
+  SolveOptions options;
+  options.base = 60;
+  const ShotResult result = solveShot(readTracks(dataFile("board.csv")), options);
+  const Shot shot = readShot("board");
+  std::ifstream file(dataFile("board.truth.csv"));
+  std::string line;
+  std::getline(file, line);
+  std::vector<double> fits, tracks;
+  while (std::getline(file, line)) {
+    const auto fields = split(line);
+    Eigen::Matrix3d truth;
+    for (int i = 0; i < 9; ++i)
+      truth(i / 3, i % 3) = std::stod(fields[static_cast<std::size_t>(i + 1)]);
+    const int frame = std::stoi(fields[0]);
+    const Eigen::Matrix3d h =
+        toEigen(result.frames[static_cast<std::size_t>(frame - result.frames[0].frame)].h);
+    double fit = 0, track = 0;
+    int count = 0;
+    for (const Pair& p : pairsOf(shot, 60, frame)) {
+      const Eigen::Vector2d there = (truth * p.base.homogeneous()).hnormalized();
+      if ((there - p.here).norm() > 10) continue;
+      fit += ((h * p.base.homogeneous()).hnormalized() - there).squaredNorm();
+      track += (p.here - there).squaredNorm();
+      ++count;
+    }
+    ASSERT_GT(count, 0);
+    fits.push_back(std::sqrt(fit / count));
+    tracks.push_back(std::sqrt(track / count));
+  }
+  EXPECT_EQ(fits.size(), 121u);
+  std::printf(
+      "board against truth: fit median %.3f worst %.3f px, tracks median %.3f worst %.3f px\n",
+      median(fits), largest(fits), median(tracks), largest(tracks));
+  EXPECT_LT(median(fits), median(tracks));
+  EXPECT_LT(largest(fits), largest(tracks));
+}

@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <stdexcept>
+
+#include "cornerpin/cornerpin.h"
+
+using namespace cornerpin;
+
+namespace {
+
+const Homography kIdentity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+
+// A transform that moves with the frame.
+Homography motion(int frame) {
+  const double f = frame;
+  return {{{1 + 0.004 * f, 0.01 * f, 3 * f},
+           {-0.008 * f, 1 + 0.002 * f, -2 * f},
+           {1e-6 * f, -2e-6 * f, 1}}};
+}
+
+const std::vector<Point> kCorners = {{100, 100}, {500, 120}, {480, 420}, {90, 400}, {300, 250}};
+
+// Adds one observation of track t (at its corner) in a frame.
+void see(Tracks& tracks, int t, int frame, Point p, float weight = 1.0f) {
+  while (static_cast<int>(tracks.names.size()) <= t) {
+    tracks.names.push_back("t" + std::to_string(tracks.names.size()));
+  }
+  Observation o;
+  o.x = p.x;
+  o.y = p.y;
+  o.weight = weight;
+  o.track = t;
+  o.frame = frame;
+  tracks.observations.push_back(o);
+}
+
+void seeAll(Tracks& tracks, int frame, int count = 5) {
+  for (int t = 0; t < count; ++t) {
+    see(tracks, t, frame, map(motion(frame), kCorners[static_cast<std::size_t>(t)]));
+  }
+}
+
+Tracks movingShot(int frames) {
+  Tracks tracks;
+  for (int f = 0; f < frames; ++f) seeAll(tracks, f);
+  return tracks;
+}
+
+SolveOptions based(int frame, Units units = Units::Fit) {
+  SolveOptions options;
+  options.base = frame;
+  options.units = units;
+  return options;
+}
+
+double errorAtCorners(const FrameResult& frame) {
+  double worst = 0.0;
+  for (Point p : kCorners) {
+    const Point a = map(frame.h, p);
+    const Point b = map(motion(frame.frame), p);
+    worst = std::max(worst, std::hypot(a.x - b.x, a.y - b.y));
+  }
+  return worst;
+}
+
+// The whole shot at once, tracks times frames, as a caller of the library would write it.
+MMatchmove denseScene(const Tracks& tracks, int base, const Conditioning& conditioning) {
+  MMatchmove scene;
+  scene.tracks.resize(static_cast<int>(tracks.names.size()));
+  for (int t = 0; t < scene.tracks.size(); ++t) {
+    scene.tracks[t].positions =
+        MGenMatrix<float>(tracks.frameCount(), 2, MGenMatrix<float>::ColumnMajor);
+    scene.tracks[t].weights = MGenVector<float>(tracks.frameCount());
+  }
+  for (const Observation& o : tracks.observations) {
+    const int f = o.frame - tracks.firstFrame();
+    const Point p = conditioning.apply({o.x, o.y});
+    scene.tracks[o.track].positions(f, 0) = static_cast<float>(p.x);
+    scene.tracks[o.track].positions(f, 1) = static_cast<float>(p.y);
+    scene.tracks[o.track].weights[f] = o.weight;
+  }
+  scene.baseFrame = base - tracks.firstFrame();
+  return scene;
+}
+
+Conditioning conditioningOf(const Tracks& tracks, int base) {
+  std::vector<Point> points;
+  for (const Observation& o : tracks.inFrame(base)) {
+    if (o.weight > 0.0f) points.push_back({o.x, o.y});
+  }
+  return Conditioning::fitting(points);
+}
+
+void expectTheBitsOfADenseSolve(const Tracks& tracks, int base, Units units) {
+  Conditioning conditioning;
+  if (units == Units::Fit) conditioning = conditioningOf(tracks, base);
+  MMatchmove scene = denseScene(tracks, base, conditioning);
+  scene.solve();
+  const ShotResult result = solveShot(tracks, based(base, units));
+  for (int f = 0; f < tracks.frameCount(); ++f) {
+    const FrameResult& frame = result.frames[static_cast<std::size_t>(f)];
+    ASSERT_NE(frame.status, Status::Held) << "frame " << frame.frame << ": " << frame.reason;
+    Homography dense;
+    for (int i = 0; i < 9; ++i) {
+      dense[static_cast<std::size_t>(i / 3)][static_cast<std::size_t>(i % 3)] =
+          static_cast<double>(scene.outputs[f](i / 3, i % 3));
+    }
+    if (frame.status == Status::Solved) dense = unconditioned(dense, conditioning, conditioning);
+    ASSERT_EQ(std::memcmp(&dense, &frame.h, sizeof dense), 0)
+        << "base " << base << " frame " << frame.frame;
+  }
+}
+
+class DenseSolve : public testing::TestWithParam<const char*> {};
+
+}  // namespace
+
+TEST_P(DenseSolve, HasTheSameBits) {
+  const Tracks tracks = readTracks(std::string(CORNERPIN_DATA "/") + GetParam() + ".csv");
+  const int first = tracks.firstFrame();
+  const int last = tracks.lastFrame();
+  for (int base : {first, (first + last) / 2, last}) {
+    expectTheBitsOfADenseSolve(tracks, base, Units::Fit);
+  }
+}
+INSTANTIATE_TEST_SUITE_P(RealShots, DenseSolve,
+                         testing::Values("planks", "board", "facade", "box", "highway"),
+                         [](const auto& info) { return std::string(info.param); });
+
+// Up to the first frame that the screen's corners cannot fix.
+TEST(DenseSolve, HasTheSameBitsOnFourTracks) {
+  Tracks tracks = readTracks(CORNERPIN_DATA "/screen4.csv");
+  const auto isLater = [](const Observation& o) { return o.frame > 86; };
+  auto& rows = tracks.observations;
+  rows.erase(std::remove_if(rows.begin(), rows.end(), isLater), rows.end());
+  for (int base : {0, 8, 43, 86}) expectTheBitsOfADenseSolve(tracks, base, Units::Fit);
+}
+
+TEST(DenseSolve, HasTheSameBitsInRawUnits) {
+  std::mt19937 random(20240607);
+  std::uniform_real_distribution<double> noise(-0.01, 0.01);
+  Tracks tracks;
+  for (int f = 3; f < 20; ++f) {
+    for (int t = 0; t < 5; ++t) {
+      const Point p = kCorners[static_cast<std::size_t>(t)];
+      const Point q = map(motion(f - 3), p);
+      see(tracks, t, f, {(q.x - 300) / 300 + noise(random), (q.y - 250) / 300 + noise(random)},
+          t == f % 5 ? 0.5f : 1.0f);
+    }
+  }
+  expectTheBitsOfADenseSolve(tracks, 10, Units::Raw);
+}
+
+TEST(SolveShot, FindsTheMotionInBothDirections) {
+  const ShotResult result = solveShot(movingShot(21), based(10));
+  ASSERT_EQ(result.frames.size(), 21u);
+  for (const FrameResult& frame : result.frames) {
+    EXPECT_EQ(frame.status, frame.frame == 10 ? Status::Base : Status::Solved);
+    EXPECT_EQ(frame.tracks, 5);
+    EXPECT_LT(frame.rms, 1e-3);  // single precision of some 500 px
+  }
+  EXPECT_EQ(result.frames[10].h, kIdentity);
+  EXPECT_EQ(result.frames[10].rms, 0.0);
+}
+
+TEST(SolveShot, ListsGapsBetweenFramesAsHeld) {
+  Tracks tracks;
+  seeAll(tracks, -2);
+  seeAll(tracks, 1);
+  const ShotResult result = solveShot(tracks, based(-2));
+  ASSERT_EQ(result.frames.size(), 4u);
+  EXPECT_EQ(result.frames[0].frame, -2);
+  for (std::size_t i : {1u, 2u}) {
+    EXPECT_EQ(result.frames[i].status, Status::Held);
+    EXPECT_EQ(result.frames[i].reason, "no tracks");
+    EXPECT_EQ(result.frames[i].tracks, 0);
+    EXPECT_TRUE(std::isnan(result.frames[i].rms));
+    EXPECT_EQ(result.frames[i].h, kIdentity);
+  }
+  EXPECT_EQ(result.frames[3].status, Status::Solved);
+}
+
+TEST(SolveShot, HoldsAFrameWithThreeTracksAndGoesOn) {
+  Tracks tracks;
+  for (int f : {0, 1}) seeAll(tracks, f);
+  seeAll(tracks, 2, 3);
+  seeAll(tracks, 3);
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.frames[2].status, Status::Held);
+  EXPECT_EQ(result.frames[2].reason, "3 of the 4 tracks needed");
+  EXPECT_EQ(result.frames[2].tracks, 3);
+  EXPECT_EQ(result.frames[2].h, result.frames[1].h);
+  EXPECT_GT(result.frames[2].rms, 0.1);
+  EXPECT_EQ(result.frames[3].status, Status::Solved);
+  EXPECT_LT(result.frames[3].rms, 1e-3);
+}
+
+TEST(SolveShot, HoldsTheNeighbourNearerToTheBaseInTheBackwardSweep) {
+  Tracks tracks;
+  seeAll(tracks, 0);
+  seeAll(tracks, 1, 2);
+  for (int f : {2, 3}) seeAll(tracks, f);
+  const ShotResult result = solveShot(tracks, based(3));
+  EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].h, result.frames[2].h);
+  EXPECT_EQ(result.frames[0].status, Status::Solved);
+}
+
+TEST(SolveShot, HoldsTracksOnALine) {
+  Tracks tracks;
+  seeAll(tracks, 0);
+  for (int t = 0; t < 5; ++t) see(tracks, t, 1, {100.0 + 31 * t, 200.0 + 17 * t});
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].reason, "all its tracks but one, or all of them, lie on one line");
+}
+
+TEST(SolveShot, HoldsTracksThatLieOnALineInTheBaseFrame) {
+  Tracks tracks;
+  for (int t = 0; t < 5; ++t) see(tracks, t, 0, {100.0 + 31 * t, 200.0 + 17 * t});
+  seeAll(tracks, 1);
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.frames[1].reason,
+            "all its tracks but one, or all of them, lie on one line in the base frame");
+}
+
+TEST(SolveShot, HoldsTracksInOnePlace) {
+  Tracks tracks;
+  seeAll(tracks, 0);
+  for (int t = 0; t < 5; ++t) see(tracks, t, 1, {100, 200});
+  EXPECT_EQ(solveShot(tracks, based(0)).frames[1].status, Status::Held);
+}
+
+TEST(SolveShot, HoldsAPositionBeyondSinglePrecision) {
+  Tracks tracks;
+  seeAll(tracks, 0);
+  for (int t = 0; t < 5; ++t) see(tracks, t, 1, {t == 2 ? 1e300 : 10.0 * t, 3.0 * t * t});
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].reason, "a position is too large for single precision");
+}
+
+// One corner crosses over to the far side of its neighbours: no camera sees that.
+TEST(SolveShot, HoldsAFitThatPutsTracksOnBothSidesOfTheHorizon) {
+  Tracks tracks;
+  const std::vector<Point> base = {{0, 0}, {100, 0}, {100, 100}, {0, 100}};
+  const std::vector<Point> here = {{0, 0}, {100, 0}, {30, 30}, {0, 100}};
+  for (int t = 0; t < 4; ++t) see(tracks, t, 0, base[static_cast<std::size_t>(t)]);
+  for (int t = 0; t < 4; ++t) see(tracks, t, 1, here[static_cast<std::size_t>(t)]);
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].reason, "the fit puts tracks on both sides of the horizon");
+  EXPECT_EQ(result.frames[1].h, kIdentity);
+}
+
+TEST(SolveShot, HoldsAFitThatThrows) {
+  Tracks tracks;
+  for (int f : {0, 1}) seeAll(tracks, f);
+  for (Observation& o : tracks.observations) o.weight = 3e38f;  // its products overflow
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].reason, "the fit failed: nan");
+}
+
+TEST(SolveShot, StartsAgainFromTheLinearSolutionBehindAHeldFrame) {
+  // Turned upside down during the gap: too far for a start at the neighbour's transform.
+  Tracks tracks;
+  const Homography turn = {{{-1, 0.1, 900}, {-0.1, -1, 800}, {1e-3, -8e-4, 1}}};
+  seeAll(tracks, 0);
+  for (int t = 0; t < 5; ++t) see(tracks, t, 2, map(turn, kCorners[static_cast<std::size_t>(t)]));
+  const FrameResult frame = solveShot(tracks, based(0)).frames[2];
+  EXPECT_EQ(frame.status, Status::Solved);
+  EXPECT_LT(frame.rms, 1e-3);
+}
+
+TEST(SolveShot, LeavesOutTracksAbsentFromTheBase) {
+  Tracks tracks;
+  for (int t = 0; t < 5; ++t) see(tracks, t, 0, kCorners[static_cast<std::size_t>(t)]);
+  see(tracks, 5, 0, {1, 1}, 0.0f);
+  for (int t = 0; t < 5; ++t) see(tracks, t, 1, kCorners[static_cast<std::size_t>(t)]);
+  see(tracks, 5, 1, {7777, 7777});
+  see(tracks, 6, 1, {8888, 8888});
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.baseTracks, 5);
+  EXPECT_EQ(result.leftOut, 2);
+  EXPECT_EQ(result.frames[1].tracks, 5);
+  EXPECT_LT(result.frames[1].rms, 1e-4);
+}
+
+TEST(SolveShot, TreatsWeightZeroAsAbsent) {
+  Tracks tracks = movingShot(2);
+  see(tracks, 5, 0, {300, 300});
+  std::swap(tracks.observations.back(), tracks.observations[5]);
+  std::rotate(tracks.observations.begin() + 6, tracks.observations.end() - 1,
+              tracks.observations.end());
+  see(tracks, 5, 1, {9999, 9999}, 0.0f);
+  const ShotResult result = solveShot(tracks, based(0));
+  EXPECT_EQ(result.baseTracks, 6);
+  EXPECT_EQ(result.frames[1].tracks, 5);
+  EXPECT_LT(errorAtCorners(result.frames[1]), 1e-2);
+}
+
+TEST(SolveShot, MultipliesResidualsByTheWeight) {
+  // One track doubled with two readings 10 px apart: the optimum puts it at w^2 means.
+  Tracks tracks;
+  std::vector<Point> points = kCorners;
+  points.push_back(kCorners.back());
+  for (int t = 0; t < 6; ++t) see(tracks, t, 0, points[static_cast<std::size_t>(t)]);
+  points[5].x += 10;
+  for (int t = 0; t < 6; ++t) {
+    see(tracks, t, 1, points[static_cast<std::size_t>(t)], t == 5 ? 0.5f : t == 4 ? 1.0f : 1000.0f);
+  }
+  // The four corners pin the transform, so the middle cannot move: what is left is its residuals.
+  const FrameResult frame = solveShot(tracks, based(0)).frames[1];
+  EXPECT_NEAR(frame.rms, std::sqrt(100.0 / 6), 1e-3);
+}
+
+TEST(SolveShot, RefusesABaseOutsideTheShotOrWithoutTracks) {
+  Tracks tracks = movingShot(3);
+  see(tracks, 0, 5, {1, 1}, 0.0f);
+  EXPECT_THROW(solveShot(tracks, based(-1)), std::invalid_argument);
+  EXPECT_THROW(solveShot(tracks, based(6)), std::invalid_argument);
+  EXPECT_THROW(solveShot(tracks, based(4)), std::invalid_argument);
+  EXPECT_THROW(solveShot(tracks, based(5)), std::invalid_argument);
+}
+
+TEST(SolveShot, ReportsEveryFrame) {
+  std::vector<std::size_t> calls;
+  solveShot(movingShot(5), based(2), [&](std::size_t done, std::size_t total) {
+    EXPECT_EQ(total, 5u);
+    calls.push_back(done);
+  });
+  EXPECT_EQ(calls, (std::vector<std::size_t>{1, 2, 3, 4, 5}));
+}
+
+TEST(ChooseBaseFrame, TakesTheFrameWhoseTracksAreSeenMost) {
+  Tracks tracks;
+  see(tracks, 0, 0, {});
+  see(tracks, 0, 1, {});
+  see(tracks, 1, 1, {});
+  see(tracks, 1, 2, {}, 0.0f);  // not seen
+  see(tracks, 2, 2, {});
+  see(tracks, 2, 3, {});
+  see(tracks, 2, 4, {});
+  EXPECT_EQ(chooseBaseFrame(tracks), 1);  // 2 + 1 observations; frames 2, 3 and 4 have 3 as well
+}
+
+TEST(ChooseBaseFrame, TakesTheSmallestOfSeveral) { EXPECT_EQ(chooseBaseFrame(movingShot(4)), 0); }

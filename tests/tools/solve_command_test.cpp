@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/files.h"
+#include "tests/support/process.h"
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+namespace {
+
+const std::string kFacade = CORNERPIN_DATA "/facade.csv";
+const std::string kScreen = CORNERPIN_DATA "/screen4.csv";
+
+Outcome cornerpin(std::vector<std::string> arguments, const ChildOptions& options = {}) {
+  arguments.insert(arguments.begin(), CORNERPIN_PROGRAM);
+  return runProgram(arguments, options);
+}
+
+bool contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// A shot that stands still: tracks times frames rows.
+std::string stillShot(int tracks, int frames) {
+  std::string text = "track,frame,x,y\n";
+  for (int t = 0; t < tracks; ++t) {
+    for (int f = 0; f < frames; ++f) {
+      text += "t" + std::to_string(t) + "," + std::to_string(f) + "," +
+              std::to_string(t * 37 % 1000) + "." + std::to_string(f % 10) + "," +
+              std::to_string(t * t * 13 % 700) + "\n";
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
+  const TemporaryFolder folder;
+  const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "out.json"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_TRUE(
+      contains(run.out, "base frame    0  (60 tracks, none left out)\nsolved        71 of 71"));
+  const json j = json::parse(readFile(folder / "out.json"));
+  EXPECT_EQ(j["cornerpin"], 1);
+  EXPECT_EQ(j["frames"].size(), 71u);
+  EXPECT_EQ(j["frames"][70]["status"], "solved");
+  EXPECT_EQ(folder.entryCount(), 1u);
+}
+
+TEST(SolveCommand, WritesCsvByExtension) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(cornerpin({"solve", kFacade, "-o", folder / "out.csv"}).code, 0);
+  const std::string text = readFile(folder / "out.csv");
+  EXPECT_EQ(text.substr(0, 20), "frame,h00,h01,h02,h1");
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 72);
+}
+
+TEST(SolveCommand, WritesTheNamedFormatWhateverTheExtension) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(cornerpin({"solve", kFacade, "-o", folder / "out.dat", "--format", "csv"}).code, 0);
+  EXPECT_EQ(readFile(folder / "out.dat").substr(0, 6), "frame,");
+}
+
+TEST(SolveCommand, PrintsTheSameJsonInPlaceOfTheTable) {
+  const TemporaryFolder folder;
+  const Outcome run = cornerpin({"solve", kFacade, "--json", "-o", folder / "out.json"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out, readFile(folder / "out.json"));
+}
+
+TEST(SolveCommand, WritesTheFileOnStandardOutputWithoutATable) {
+  for (const char* name : {"-", "/dev/stdout"}) {
+    const Outcome run = cornerpin({"solve", kFacade, "-o", name, "--format", "csv"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 72) << name;
+  }
+}
+
+TEST(SolveCommand, ReadsStandardInput) {
+  ChildOptions options;
+  options.in = kFacade;
+  EXPECT_EQ(cornerpin({"solve", "-", "--json"}, options).out,
+            cornerpin({"solve", kFacade, "--json"}).out);
+}
+
+TEST(SolveCommand, CarriesAQuad) {
+  const Outcome run =
+      cornerpin({"solve", kFacade, "--json", "--quads", "-10,20,100,20,100,80,-10,80"});
+  const json j = json::parse(run.out);
+  EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[-10,20],[100,20],[100,80],[-10,80]]"));
+  EXPECT_EQ(j["frames"][70]["quad"].size(), 4u);
+}
+
+TEST(SolveCommand, TakesABaseFrame) {
+  EXPECT_EQ(json::parse(cornerpin({"solve", kFacade, "--json", "--base", "33"}).out)["base_frame"],
+            33);
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,-4,1,1\nb,-4,2,1\nc,-4,2,2\nd,-4,1,2\n");
+  EXPECT_EQ(
+      json::parse(
+          cornerpin({"solve", folder / "in.csv", "--json", "--base", "-4"}).out)["base_frame"],
+      -4);
+}
+
+TEST(SolveCommand, HandsRawUnitsOver) {
+  const Outcome run = cornerpin({"solve", kFacade, "--json", "--units", "raw"});
+  const json j = json::parse(run.out);
+  EXPECT_EQ(j["units"], "raw");
+  EXPECT_NE(j["frames"][70]["h"],
+            json::parse(cornerpin({"solve", kFacade, "--json"}).out)["frames"][70]["h"]);
+}
+
+TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreHeld) {
+  const TemporaryFolder folder;
+  const Outcome run = cornerpin({"solve", kScreen, "-o", folder / "out.json"});
+  EXPECT_EQ(run.code, 4);
+  EXPECT_TRUE(contains(run.out, "held          10\n"));
+  const json j = json::parse(readFile(folder / "out.json"));
+  EXPECT_EQ(j["frames"][87]["status"], "held");
+  EXPECT_EQ(j["frames"][87]["reason"], "3 of the 4 tracks needed");
+  EXPECT_EQ(j["frames"][87]["h"], j["frames"][86]["h"]);
+}
+
+TEST(SolveCommand, EndsInTwoOnWrongUsage) {
+  const TemporaryFolder folder;
+  const std::vector<std::vector<std::string>> wrong = {
+      {},
+      {"dance"},
+      {"solve"},
+      {"solve", kFacade, "more"},
+      {"solve", kFacade, "--unknown"},
+      {"solve", kFacade, "--base"},
+      {"solve", kFacade, "--base", "first"},
+      {"solve", kFacade, "--base", "1.5"},
+      {"solve", kFacade, "--base", "71"},
+      {"solve", kFacade, "--base", "-1"},
+      {"solve", kFacade, "--units", "pixels"},
+      {"solve", kFacade, "--quads", "1,2,3"},
+      {"solve", kFacade, "--format", "json"},
+      {"solve", kFacade, "--format", "xml", "-o", folder / "a"},
+      {"solve", kFacade, "-o", folder / "a.txt"},
+      {"solve", kFacade, "-o", folder / "a"},
+      {"solve", kFacade, "--json", "-o", "-", "--format", "csv"},
+  };
+  for (const auto& arguments : wrong) {
+    const Outcome run = cornerpin(arguments);
+    EXPECT_EQ(run.code, 2) << (arguments.empty() ? "" : arguments.back());
+    EXPECT_EQ(run.out, "");
+    EXPECT_NE(run.err, "");
+  }
+  EXPECT_EQ(folder.entryCount(), 0u);
+}
+
+TEST(SolveCommand, PrintsItsHelpWithoutACommand) {
+  EXPECT_TRUE(contains(cornerpin({}).err, "Example: cornerpin solve"));
+}
+
+TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,0,1,1\na,1,nan,1\n");
+  const Outcome run = cornerpin({"solve", folder / "in.csv", "-o", folder / "out.json"});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, folder / "in.csv" + ":3: x must be finite, not \"nan\"\n");
+  EXPECT_FALSE(fs::exists(folder / "out.json"));
+}
+
+TEST(SolveCommand, EndsInThreeWithoutTheFile) {
+  const Outcome run = cornerpin({"solve", "/nowhere/in.csv"});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.err, "/nowhere/in.csv: No such file or directory\n");
+}
+
+TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
+  ChildOptions options;
+  options.in = "";
+  const Outcome closed = cornerpin({"solve", "-"}, options);
+  EXPECT_EQ(closed.code, 3);
+  EXPECT_EQ(closed.err, "<stdin>: standard input is closed\n");
+  options.in = "/dev/null";
+  EXPECT_EQ(cornerpin({"solve", "-"}, options).err, "<stdin>: the file is empty\n");
+}
+
+TEST(SolveCommand, EndsInThreeWhenNoTrackCounts) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y,weight\na,0,1,1,0\n");
+  const Outcome run = cornerpin({"solve", folder / "in.csv"});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.err, folder / "in.csv" + ": no track has a weight above 0\n");
+}
+
+TEST(SolveCommand, EndsInOneWhenTheDiskIsFull) {
+  const Outcome run = cornerpin({"solve", kFacade, "-o", "/dev/full", "--format", "json"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "cornerpin: /dev/full: No space left on device\n");
+  ChildOptions options;
+  options.out = "/dev/full";
+  EXPECT_EQ(cornerpin({"solve", kFacade}, options).code, 1);
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--json"}, options).err,
+            "cornerpin: standard output: No space left on device\n");
+}
+
+TEST(SolveCommand, EndsInOneWhenTheFolderCannotBeWritten) {
+  const TemporaryFolder folder;
+  writeFile(folder / "file", "");
+  const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "file/out.json"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "cornerpin: " + folder / "file/out.json" + ": Not a directory\n");
+  EXPECT_EQ(cornerpin({"solve", kFacade, "-o", "/proc/out.json"}).code, 1);
+}
+
+TEST(SolveCommand, EndsInOneWhenStandardOutputIsClosed) {
+  const TemporaryFolder folder;
+  ChildOptions options;
+  options.out = "";
+  const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "out.json"}, options);
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "cornerpin: standard output: Bad file descriptor\n");
+  // No line of the table has strayed into the file.
+  EXPECT_TRUE(json::accept(readFile(folder / "out.json")));
+}
+
+TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
+  const TemporaryFolder folder;
+  const std::string in = folder / "in.csv";
+  const std::string out = folder / "out.csv";
+  // Held frames cost next to nothing: most of the run is the writing of 300000 lines.
+  writeFile(in, "track,frame,x,y\na,0,1,1\na,300000,1,1\n");
+  ASSERT_EQ(cornerpin({"solve", in, "-o", out}).code, 4);
+  const std::string whole = readFile(out);
+  int killed = 0;
+  int writing = 0;
+  for (int i = 0; i < 12; ++i) {
+    writeFile(out, "old");
+    const pid_t pid = startChild({CORNERPIN_PROGRAM, "solve", in, "-o", out}, {});
+    if (i % 2 == 0) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(15 * i));
+    } else {  // in the middle of the writing
+      for (int wait = 0; wait < 5000 && folder.entryCount() < 3; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+    }
+    ::kill(pid, SIGKILL);
+    const ChildResult result = waitForChild(pid);
+    if (result.signal != SIGKILL) continue;
+    ++killed;
+    const std::string left = readFile(out);
+    EXPECT_TRUE(left == "old" || left == whole) << left.size() << " bytes";
+    for (const auto& entry : fs::directory_iterator(folder.path())) {
+      if (entry.path().extension() != ".tmp") continue;
+      ++writing;
+      EXPECT_EQ(left, "old");
+      fs::remove(entry.path());
+    }
+  }
+  EXPECT_GT(killed, 5);
+  EXPECT_GT(writing, 0) << "no run was caught while it wrote";
+}
+
+TEST(SolveCommand, DrawsABarOnlyOnATerminalAndClearsIt) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", stillShot(150, 1500));
+  EXPECT_EQ(cornerpin({"solve", folder / "in.csv"}).err, "");
+
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(::grantpt(terminal), 0);
+  ASSERT_EQ(::unlockpt(terminal), 0);
+  ChildOptions options;
+  options.err = ::ptsname(terminal);
+  const int held = ::open(options.err.c_str(), O_RDWR | O_NOCTTY);  // keeps what was written
+  const pid_t pid = startChild({CORNERPIN_PROGRAM, "solve", folder / "in.csv"}, options);
+  EXPECT_EQ(waitForChild(pid).code, 0);
+  ASSERT_EQ(::fcntl(terminal, F_SETFL, O_NONBLOCK), 0);
+  std::string text(1 << 16, '\0');
+  const ssize_t count = ::read(terminal, text.data(), text.size());
+  ASSERT_GT(count, 0);
+  text.resize(static_cast<std::size_t>(count));
+  EXPECT_TRUE(contains(text, "solving ["));
+  EXPECT_TRUE(contains(text, "/1500"));
+  EXPECT_EQ(text.substr(text.size() - 4), "\r\033[K");
+  ::close(held);
+  ::close(terminal);
+}
+
+TEST(SolveCommand, StartsItsHelpWithAnExample) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"--help"}, {"solve", "--help"}}) {
+    const Outcome run = cornerpin(arguments);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
+  }
+  const std::string help = cornerpin({"solve", "--help"}).out;
+  for (const char* option :
+       {"--output", "--format", "--json", "--base", "--quads", "--units", "Exit codes"}) {
+    EXPECT_TRUE(contains(help, option)) << option;
+  }
+}
+
+TEST(SolveCommand, NamesItsVersionAndTheLapackInUse) {
+  const Outcome run = cornerpin({"--version"});
+  EXPECT_EQ(run.code, 0);
+  int major = 0, minor = 0, patch = 0;
+  EXPECT_EQ(std::sscanf(run.out.c_str(), "cornerpin %*d.%*d.%*d\nLAPACK %d.%d.%d", &major, &minor,
+                        &patch),
+            3)
+      << run.out;
+}

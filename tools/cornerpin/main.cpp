@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "shot/error.h"
+#include "shot/lapack_info.h"
+#include "shot/output_file.h"
+#include "shot/result_file.h"
+#include "shot/solve.h"
+#include "shot/summary.h"
+#include "shot/tracks.h"
+
+namespace {
+
+using cornerpin::Format;
+using cornerpin::OutputFile;
+
+enum ExitCode { kSolved = 0, kFailure = 1, kUsage = 2, kUnreadable = 3, kDegraded = 4 };
+
+constexpr const char* kExample =
+    "Example: cornerpin solve shot.csv -o shot.json\n\n"
+    "Finds how a flat surface moves through a shot: one 3x3 transform for every frame,\n"
+    "from tracked features.\n";
+
+constexpr const char* kSolveHelp =
+    "Example: cornerpin solve shot.csv -o shot.json\n\n"
+    "Reads tracks, finds for every frame the 3x3 transform that carries the tracks' places in\n"
+    "the base frame to their places there, and says how well it fits.\n\n"
+    "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
+    "row for each track and frame where the track is seen. A track's distance from the fit is\n"
+    "multiplied by its weight, so weight 0.5 counts a quarter of weight 1 in the squares; weight "
+    "0\n"
+    "is the same as no row. Only tracks seen in the base frame take part.\n";
+
+constexpr const char* kExitCodes =
+    "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
+    "4 written, but some frames could not be solved and hold their neighbour's transform.";
+
+struct Arguments {
+  std::string input;
+  std::string output;
+  std::string format;
+  std::string base = "auto";
+  std::string units = "fit";
+  std::string quad;
+  bool json = false;
+};
+
+// A closed standard stream becomes one that fails: no file opened later takes its place.
+void guardStandardStreams() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (::fcntl(fd, F_GETFD) != -1) continue;
+    const int opened = ::open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (opened >= 0 && opened != fd) ::close(opened);
+  }
+}
+
+// A bar on the terminal once a solve has taken half a second; it clears itself away.
+class ProgressBar {
+ public:
+  ProgressBar() : shown_(::isatty(STDERR_FILENO) != 0) {}
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar() {
+    if (drawn_) std::fputs("\r\033[K", stderr);
+  }
+
+  void update(std::size_t done, std::size_t total) {
+    if (!shown_) return;
+    const auto now = Clock::now();
+    if (now < next_) return;
+    next_ = now + std::chrono::milliseconds(100);
+    const int filled = static_cast<int>(done * kWidth / total);
+    std::fprintf(stderr, "\rsolving [%.*s%.*s] %zu/%zu", filled, kFull, kWidth - filled, kEmpty,
+                 done, total);
+    std::fflush(stderr);
+    drawn_ = true;
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  static constexpr int kWidth = 30;
+  static constexpr const char* kFull = "##############################";
+  static constexpr const char* kEmpty = "..............................";
+  bool shown_;
+  bool drawn_ = false;
+  Clock::time_point next_ = Clock::now() + std::chrono::milliseconds(500);
+};
+
+std::optional<int> parseBase(const std::string& text) {
+  if (text == "auto") return std::nullopt;
+  int frame = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, frame);
+  if (error != std::errc() || stop != end) {
+    throw std::invalid_argument("--base takes a frame number or auto, not \"" + text + "\"");
+  }
+  return frame;
+}
+
+bool isStandardOutput(const std::string& path) { return path == "-" || path == "/dev/stdout"; }
+
+Format chooseFormat(const Arguments& arguments) {
+  if (arguments.format == "json") return Format::Json;
+  if (arguments.format == "csv") return Format::Csv;
+  if (arguments.output.empty()) return Format::Json;
+  const std::optional<Format> format = cornerpin::formatOf(arguments.output);
+  if (!format) {
+    throw std::invalid_argument("\"" + arguments.output +
+                                "\" ends neither in .json nor in .csv: add --format");
+  }
+  return *format;
+}
+
+void print(const std::string& text) {
+  OutputFile out("-");
+  out.write(text);
+  out.commit();
+}
+
+int solve(const Arguments& arguments) {
+  cornerpin::SolveOptions options;
+  options.base = parseBase(arguments.base);
+  options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
+  std::optional<cornerpin::Quad> quad;
+  if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
+  const Format format = chooseFormat(arguments);
+  const bool fileIsStandardOutput = isStandardOutput(arguments.output);
+  if (fileIsStandardOutput && arguments.json) {
+    throw std::invalid_argument("--json and -o both want standard output");
+  }
+
+  const cornerpin::Tracks tracks = cornerpin::readTracks(arguments.input);
+  cornerpin::ShotResult result;
+  {
+    ProgressBar bar;
+    result = cornerpin::solveShot(
+        tracks, options, [&](std::size_t done, std::size_t total) { bar.update(done, total); });
+  }
+  if (!arguments.output.empty()) {
+    OutputFile out(fileIsStandardOutput ? "-" : arguments.output);
+    cornerpin::writeResult(result, format, quad, out);
+    out.commit();
+  }
+  if (arguments.json) {
+    OutputFile out("-");
+    cornerpin::writeResult(result, Format::Json, quad, out);
+    out.commit();
+  } else if (!fileIsStandardOutput) {
+    print(cornerpin::summaryTable(result));
+  }
+  return cornerpin::summarise(result).held > 0 ? kDegraded : kSolved;
+}
+
+void addSolve(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand("solve", "Find the transform of every frame");
+  // The list of commands has the short text, the command's own help the long one.
+  command.preparse_callback([&command](std::size_t) { command.description(kSolveHelp); });
+  command.footer(kExitCodes);
+  command
+      .add_option("tracks", arguments.input, "The CSV file with the tracks; - is standard input")
+      ->required();
+  CLI::Option* output = command.add_option("-o,--output", arguments.output,
+                                           "Write the transforms here; .json or .csv says how");
+  command.add_option("--format", arguments.format, "Write json or csv whatever the file's name")
+      ->check(CLI::IsMember({"json", "csv"}))
+      ->needs(output);
+  command.add_flag("--json", arguments.json, "Print the JSON instead of the table");
+  command
+      .add_option("--base", arguments.base,
+                  "Frame all others are measured from; auto uses most of the tracks")
+      ->capture_default_str();
+  command.add_option("--quads", arguments.quad,
+                     "Carry four corners of the base frame along: x0,y0,x1,y1,x2,y2,x3,y3");
+  command
+      .add_option("--units", arguments.units,
+                  "fit scales the tracks for the solver, raw hands your numbers over as they are")
+      ->check(CLI::IsMember({"fit", "raw"}))
+      ->capture_default_str();
+}
+
+int run(int argc, char** argv) {
+  CLI::App app(kExample, "cornerpin");
+  app.set_version_flag("--version", [] {
+    return "cornerpin " CORNERPIN_VERSION "\nLAPACK " + cornerpin::lapackInfo();
+  });
+  Arguments arguments;
+  addSolve(app, arguments);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kSolved : kUsage;
+  }
+  if (app.get_subcommands().empty()) {
+    std::cerr << app.help();
+    return kUsage;
+  }
+  return solve(arguments);
+}
+
+int fail(const std::string& text, ExitCode code) {
+  std::cerr << text << '\n';
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  guardStandardStreams();
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failed write
+  try {
+    return run(argc, argv);
+  } catch (const cornerpin::InputError& error) {
+    return fail(error.what(), kUnreadable);
+  } catch (const std::invalid_argument& error) {
+    return fail(std::string("cornerpin: ") + error.what(), kUsage);
+  } catch (const std::bad_alloc&) {
+    return fail("cornerpin: out of memory", kFailure);
+  } catch (const std::exception& error) {
+    return fail(std::string("cornerpin: ") + error.what(), kFailure);
+  }
+}
