@@ -20,17 +20,10 @@ install_missing() {
     echo "not installed: ${missing[*]}" >&2
 }
 
-# Ceres brings a LAPACK that becomes the system's choice; the reference one is named by its folder.
 configure() {
-  local options=() library folder log=build/bench-configure.log
-  for library in /usr/lib/*/lapack/liblapack.so; do
-    folder=${library%/lapack/liblapack.so}
-    [ ! -e "$folder/blas/libblas.so" ] ||
-      options=("-DCMAKE_LIBRARY_PATH=$folder/lapack;$folder/blas" -DBLA_VENDOR=Generic
-        -DCMAKE_SHARED_LINKER_FLAGS=-Wl,--no-as-needed)
-  done
+  local log=build/bench-configure.log
   mkdir -p build
-  cmake --preset release -B build/bench -DCORNERPIN_BENCH=ON "${options[@]}" >"$log" 2>&1 || {
+  cmake --preset release -B build/bench -DCORNERPIN_BENCH=ON >"$log" 2>&1 || {
     cat "$log" >&2
     return 1
   }
