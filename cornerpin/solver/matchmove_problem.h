@@ -18,8 +18,8 @@
 /// The Jacobian comes from forward differences with a step of 0.0001 in every parameter,
 /// translations included, divided by the step itself: it wants coordinates near 1.
 ///
-/// The scene is not owned. Building a problem settles which tracks are active; every call that needs
-/// their weights and positions reads them anew.
+/// The scene is not owned. Building a problem settles which tracks are active; every call that
+/// needs their weights and positions reads them anew.
 ///
 /// Nothing guards against fewer than four active tracks or a perspective denominator of 0; values
 /// are infinite or NaN there. A copy shares `x`, `y` and `transform`: `setX` on either one changes
