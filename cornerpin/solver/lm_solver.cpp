@@ -93,11 +93,6 @@ void MLMSolver::detachValues() {
   values = detached;
 }
 
-bool MLMSolver::jacobianIsShared() const {
-  const bool inScratch = jacobian.buffer == scratch_.jacobian.buffer;
-  return holderCount(jacobian.buffer) != (inScratch ? 2 : 1);
-}
-
 // The normal matrix and the gradient at `state`.
 void MLMSolver::formSystem() {
   reserve(scratch_.normal, stateSize);
@@ -114,7 +109,7 @@ bool MLMSolver::formSystemOfEight() {
                        values.length >= goalSize;
   if (stateSize != n || !contiguous || !inRange) return false;
   const cornerpin::kernels::FrameKernels& kernels = cornerpin::kernels::frameKernels();
-  const auto form = rowsAreDifferences_ ? kernels.normalSystemOfDifferences : kernels.normalSystem;
+  const auto form = drivenByMatchmove_ ? kernels.normalSystemOfDifferences : kernels.normalSystem;
   double triangle[n * n];
   form(jacobian.data, goal.data, values.data, goalSize, triangle, scratch_.gradient.data);
   for (int i = 0; i < n; ++i) {
@@ -214,11 +209,9 @@ void MLMSolver::solve() {
   for (int pass = 1; pass < maxIterations; ++pass) {
     // Only the first pass and those after an accepted step come here without a Jacobian: the
     // problem holds `state` then.
-    const bool systemValid = jacobianValid && !jacobianIsShared();
-    if (!jacobianValid) {
-      problem->evalDy(jacobian);
-      jacobianValid = true;
-    }
+    const bool systemValid = jacobianValid && drivenByMatchmove_;
+    if (!jacobianValid) problem->evalDy(jacobian);
+    jacobianValid = true;
     if (!systemValid) formSystem();
     computeStep(damping);
 

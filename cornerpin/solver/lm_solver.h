@@ -111,14 +111,12 @@ class CORNERPIN_API MLMSolver {
     MGenVector<float> step;
     MGenVector<float> candidates[2];
     MGenVector<float> difference;
-    MGenVector<float> values;    // room for `values`, where the match-move driver gives some
-    MGenMatrix<float> jacobian;  // room for `jacobian`, likewise
+    MGenVector<float> values;  // room for `values`, where the match-move driver gives some
     MGenVector<int> pivots;
     MGenVector<float> work;
   };
 
   void detachValues();
-  bool jacobianIsShared() const;
   void formSystem();
   bool formSystemOfEight();
   void formSystemPlainly();
@@ -128,9 +126,10 @@ class CORNERPIN_API MLMSolver {
   MGenVector<float>& freeCandidate();
 
   Scratch scratch_;
-  // True where the match-move driver solves: the rows come from forward differences of a
-  // projection.
-  bool rowsAreDifferences_ = false;
+  // True where the match-move driver solves: the Jacobian's rows come from forward differences of
+  // a projection, and until a step is accepted nothing changes what the system is formed from.
+  // Any other problem may, through storage that it shares.
+  bool drivenByMatchmove_ = false;
 };
 
 #endif

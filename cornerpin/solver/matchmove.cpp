@@ -14,12 +14,15 @@ using Matrix = MGenMatrix<float>;
 // frame allocates nothing but its output.
 struct MMatchmove::FrameFit {
   explicit FrameFit(MMatchmove* scene)
-      : problem(scene), goal(2 * scene->trackCount), start(8), y(2 * scene->trackCount) {
+      : problem(scene),
+        goal(2 * scene->trackCount),
+        start(8),
+        y(2 * scene->trackCount),
+        jacobian(2 * scene->trackCount, 8, Matrix::RowMajor) {
     solver.setProblem(&problem);
-    solver.rowsAreDifferences_ = true;
+    solver.drivenByMatchmove_ = true;
     solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
     solver.scratch_.difference = MGenVector<float>(2 * scene->trackCount);
-    solver.scratch_.jacobian = Matrix(2 * scene->trackCount, 8, Matrix::RowMajor);
   }
 
   // Sizes everything for the frame's active tracks, in the storage that is there.
@@ -27,7 +30,7 @@ struct MMatchmove::FrameFit {
     problem.select(frame);
     const int valueCount = 2 * problem.activeCount;
     problem.y = y.view(0, valueCount);
-    solver.jacobian = solver.scratch_.jacobian.view(0, 0, valueCount, 8);
+    solver.jacobian = jacobian.view(0, 0, valueCount, 8);
   }
 
   MMatchmoveProblem problem;
@@ -35,6 +38,7 @@ struct MMatchmove::FrameFit {
   MGenVector<float> goal;
   MGenVector<float> start;
   MGenVector<float> y;
+  Matrix jacobian;
 };
 
 void MMatchmove::solve() {

@@ -38,7 +38,7 @@ std::array<float, 9> elementsOf(const MGenMatrix<float>& h, int activeCount) {
 
 MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene, int frame) : scene(scene) { select(frame); }
 
-MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene) : scene(scene) {}
+MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene) : scene(scene), gathersOnce_(true) {}
 
 MMatchmoveProblem::~MMatchmoveProblem() = default;
 
@@ -74,8 +74,7 @@ void MMatchmoveProblem::packGoal(MGenVector<float>& goal) const {
 void MMatchmoveProblem::setX(const MGenVector<float>& parameters) {
   x = parameters;
   xToMatrix(x, transform);
-  gatherOnce();
-  projectGathered(transform, gathered_, y);
+  projectGathered(transform, gathered(), y);
 }
 
 void MMatchmoveProblem::evalY(MGenVector<float>& out) { out = y; }
@@ -92,9 +91,10 @@ void MMatchmoveProblem::gather(MGenVector<float>& tracks) const {
   }
 }
 
-void MMatchmoveProblem::gatherOnce() {
+const MGenVector<float>& MMatchmoveProblem::gathered() {
   if (!isGathered_) gather(gathered_);
-  isGathered_ = true;
+  isGathered_ = gathersOnce_;
+  return gathered_;
 }
 
 void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
@@ -105,10 +105,9 @@ void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
   const MGenMatrix<float> rows =
       direct ? dy : MGenMatrix<float>(valueCount, kParameterCount, MGenMatrix<float>::RowMajor);
   const MGenVector<float> values = y.stride == 1 ? y : y.copy();
-  gatherOnce();
-  frameKernels().differences(elementsOf(transform, activeCount).data(),
-                             activeTracksIn(gathered_, activeCount), values.data, kDifferenceStep,
-                             rows.data);
+  const ActiveTracks tracks = activeTracksIn(gathered(), activeCount);
+  frameKernels().differences(elementsOf(transform, activeCount).data(), tracks, values.data,
+                             kDifferenceStep, rows.data);
   for (int p = 0; !direct && p < kParameterCount; ++p) dy.column(p).set(rows.column(p));
 }
 

@@ -18,9 +18,12 @@
 /// The Jacobian comes from forward differences with a step of 0.0001 in every parameter,
 /// translations included, divided by the step itself: it wants coordinates near 1.
 ///
-/// The scene is not owned and must not change meanwhile. Nothing guards against fewer than four
-/// active tracks or a perspective denominator of 0; values are infinite or NaN there. A copy
-/// shares `x`, `y` and `transform`: `setX` on either one changes both.
+/// The scene is not owned. Building a problem settles which tracks are active; every call that
+/// needs their weights and positions reads them anew.
+///
+/// Nothing guards against fewer than four active tracks or a perspective denominator of 0; values
+/// are infinite or NaN there. A copy shares `x`, `y` and `transform`: `setX` on either one changes
+/// both.
 class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
  public:
   /// Selects the active tracks: weight above 0 both in the base frame (`baseWeights`) and in the
@@ -66,19 +69,21 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
  private:
   friend class MMatchmove;
 
-  explicit MMatchmoveProblem(MMatchmove* scene);  // no frame selected yet
+  // The driver's problem, which has no frame selected yet.
+  explicit MMatchmoveProblem(MMatchmove* scene);
   const MMatchmoveTrack& activeTrack(int i) const { return scene->tracks[activeTracks[i]]; }
   float weight(int i) const { return activeTrack(i).weights[frame]; }
   void select(int newFrame);
   void packGoal(MGenVector<float>& goal) const;
   void gather(MGenVector<float>& tracks) const;
-  void gatherOnce();
+  const MGenVector<float>& gathered();
   void projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& tracks,
                        MGenVector<float>& out) const;
 
   MGenVector<int> selected_;    // room for `activeTracks`
   MGenVector<float> gathered_;  // x, y and weight of the active tracks, each trackCount long
   bool isGathered_ = false;
+  bool gathersOnce_ = false;  // per frame, as the driver's scene stands still
 };
 
 #endif

@@ -450,6 +450,37 @@ TEST(MLMSolverValues, TheProblemMayHoldTheDroppedCandidate) {
   EXPECT_NE(problem.x, floatsOf(solver.getState()));
 }
 
+// Between passes
+
+TEST(MLMSolverPass, ReadsAGoalThatHasMovedSinceTheLast) {
+  Script problem({1, 100});
+  MGenVector<float> goal(1);
+  goal[0] = 2;
+  MLMSolver solver;
+  prepare(solver, problem, {0}, {});
+  solver.setGoal(goal);
+  solver.maxIterations = 3;
+  problem.beforeCall = [&] { goal[0] = problem.candidates() == 1 ? 4.0f : 2.0f; };
+  solver.solve();
+  ASSERT_EQ(problem.candidates(), 2);
+  EXPECT_NEAR(problem.xs[1][0], 1 / 1.01, 4 * epsilon);
+  EXPECT_NEAR(problem.xs[2][0], 3 / 1.001, 12 * epsilon);
+}
+
+TEST(MLMSolverPass, ReadsAJacobianThatHasMovedSinceTheLast) {
+  Script problem({1, 100});
+  MLMSolver solver;
+  prepare(solver, problem, {0}, {2});
+  solver.maxIterations = 3;
+  problem.beforeCall = [&] {
+    if (problem.candidates() == 1) solver.jacobian(0, 0) = 0.5f;
+  };
+  solver.solve();
+  ASSERT_EQ(problem.candidates(), 2);
+  EXPECT_NEAR(problem.xs[1][0], 1 / 1.01, 4 * epsilon);
+  EXPECT_NEAR(problem.xs[2][0], 2 / 1.001, 8 * epsilon);
+}
+
 // Trust
 
 TEST(MLMSolverTrust, WithoutItAStepHasAnyLength) {

@@ -227,6 +227,17 @@ TEST(MMatchmoveProblemSetX, WritesTransformAndValuesInPlace) {
   EXPECT_EQ(problem.transform.data, elements);
 }
 
+TEST(MMatchmoveProblemSetX, ReadsTheSceneAnew) {
+  MMatchmove scene = preparedShot();
+  MMatchmoveProblem problem(&scene, 2);
+  problem.setX(vectorOf(identityParameters));
+  scene.basePositions(0, 0) = 0.25f;
+  scene.tracks[0].weights[2] = 2;
+  problem.setX(vectorOf(identityParameters));
+  EXPECT_EQ(problem.y[0], 0.5f);
+  EXPECT_EQ(problem.y[1], 2 * scene.basePositions(0, 1));
+}
+
 TEST(MMatchmoveProblemSetX, AnyOtherLengthThanEightIsReported) {
   MMatchmove scene = preparedShot();
   for (const int length : {0, 7, 9}) {
