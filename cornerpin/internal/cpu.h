@@ -13,6 +13,16 @@ inline bool hasAvx2() {
 #endif
 }
 
+// The foundation with vector lengths of 256 bits and double-word operations, and fused arithmetic.
+inline bool hasAvx512() {
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+  return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512vl") &&
+         __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("fma") && hasAvx2();
+#else
+  return false;
+#endif
+}
+
 }  // namespace cornerpin::internal
 
 #endif

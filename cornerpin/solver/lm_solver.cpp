@@ -10,6 +10,7 @@
 #include "cornerpin/foundation/shared_buffer.h"
 #include "cornerpin/linalg/invert_in_place.h"
 #include "cornerpin/solver/kernels/frame_kernels.h"
+#include "cornerpin/solver/matchmove_problem.h"
 
 using cornerpin::internal::holderCount;
 
@@ -17,8 +18,10 @@ namespace {
 
 constexpr float kInitialDamping = 0.01f;
 
-void throwUnlessFinite(double value) {
-  if (!std::isfinite(value)) throw LvException("nan");
+[[noreturn]] void throwNan() { throw LvException("nan"); }
+
+inline void throwUnlessFinite(double value) {
+  if (!std::isfinite(value)) throwNan();
 }
 
 // Makes `scratch` a vector of n elements, of any values, on a buffer of its own.
@@ -32,19 +35,20 @@ void reserve(MGenMatrix<float>& scratch, int n) {
 
 // Damping is multiplicative, on the diagonal only.
 void damp(MGenMatrix<float>& a, float damping) {
-  for (int i = 0; i < a.rows; ++i) {
-    a(i, i) = static_cast<float>(a(i, i) * (static_cast<double>(damping) + 1.0));
-    throwUnlessFinite(static_cast<double>(a(i, i)));
+  const double factor = static_cast<double>(damping) + 1.0;
+  for (std::ptrdiff_t i = 0; i < a.rows; ++i) {
+    float& diagonal = a.data[i * (a.rows + 1)];
+    diagonal = static_cast<float>(static_cast<double>(diagonal) * factor);
+    throwUnlessFinite(static_cast<double>(diagonal));
   }
 }
 
-// result = a * x, each row's sum in float from left to right, starting at 0.
+// result = a * x, each row's sum in float from left to right, starting at 0; all rows at once.
 void multiply(const MGenMatrix<float>& a, const MGenVector<float>& x, MGenVector<float>& result) {
-  const int n = a.rows;
-  for (int i = 0; i < n; ++i) {
-    float sum = 0.0f;
-    for (int j = 0; j < n; ++j) sum += a.data[i + j * n] * x.data[j];
-    result.data[i] = sum;
+  const std::ptrdiff_t n = a.rows;
+  std::fill(result.data, result.data + n, 0.0f);
+  for (std::ptrdiff_t j = 0; j < n; ++j) {
+    for (std::ptrdiff_t i = 0; i < n; ++i) result.data[i] += a.data[i + j * n] * x.data[j];
   }
 }
 
@@ -93,7 +97,22 @@ void MLMSolver::detachValues() {
   values = detached;
 }
 
-// The normal matrix and the gradient at `state`.
+// Makes the normal matrix and the gradient those at `state`.
+void MLMSolver::updateSystem(bool jacobianValid) {
+  if (driven_ == nullptr) {
+    if (!jacobianValid) problem->evalDy(jacobian);
+    // Anew in every pass: a client may share the storage of the Jacobian or the goal and change it.
+    formSystem();
+  } else if (!jacobianValid) {
+    constexpr int n = cornerpin::kernels::kParameters;
+    reserve(scratch_.normal, n);
+    reserve(scratch_.gradient, n);
+    double triangle[n * n];
+    driven_->formSystem(goal, triangle, scratch_.gradient.data);
+    storeSystemOfEight(triangle);
+  }
+}
+
 void MLMSolver::formSystem() {
   reserve(scratch_.normal, stateSize);
   reserve(scratch_.gradient, stateSize);
@@ -108,20 +127,25 @@ bool MLMSolver::formSystemOfEight() {
   const bool inRange = jacobian.rows >= goalSize && jacobian.cols == n && goal.length >= goalSize &&
                        values.length >= goalSize;
   if (stateSize != n || !contiguous || !inRange) return false;
-  const cornerpin::kernels::FrameKernels& kernels = cornerpin::kernels::frameKernels();
-  const auto form = drivenByMatchmove_ ? kernels.normalSystemOfDifferences : kernels.normalSystem;
   double triangle[n * n];
-  form(jacobian.data, goal.data, values.data, goalSize, triangle, scratch_.gradient.data);
+  cornerpin::kernels::frameKernels().normalSystem(jacobian.data, goal.data, values.data, goalSize,
+                                                  triangle, scratch_.gradient.data);
+  storeSystemOfEight(triangle);
+  return true;
+}
+
+void MLMSolver::storeSystemOfEight(const double* triangle) {
+  constexpr int n = cornerpin::kernels::kParameters;
+  float* const a = scratch_.normal.data;
   for (int i = 0; i < n; ++i) {
     for (int j = 0; j <= i; ++j) {
       // Once a product or a partial sum is infinite or NaN, so is the sum.
       const double sum = triangle[i * n + j];
       throwUnlessFinite(sum);
-      scratch_.normal.data[i + j * n] = static_cast<float>(sum);
-      scratch_.normal.data[j + i * n] = static_cast<float>(sum);
+      a[i + j * n] = static_cast<float>(sum);
+      a[j + i * n] = static_cast<float>(sum);
     }
   }
-  return true;
 }
 
 void MLMSolver::formSystemPlainly() {
@@ -209,10 +233,8 @@ void MLMSolver::solve() {
   for (int pass = 1; pass < maxIterations; ++pass) {
     // Only the first pass and those after an accepted step come here without a Jacobian: the
     // problem holds `state` then.
-    const bool systemValid = jacobianValid && drivenByMatchmove_;
-    if (!jacobianValid) problem->evalDy(jacobian);
+    updateSystem(jacobianValid);
     jacobianValid = true;
-    if (!systemValid) formSystem();
     computeStep(damping);
 
     MGenVector<float>& candidate = freeCandidate();

@@ -6,6 +6,8 @@
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"
 
+class MMatchmoveProblem;
+
 /// What `MLMSolver` fits: values y(x) of a parameter vector x, and their Jacobian.
 class CORNERPIN_API MLMProblem {
  public:
@@ -117,19 +119,19 @@ class CORNERPIN_API MLMSolver {
   };
 
   void detachValues();
+  void updateSystem(bool jacobianValid);
   void formSystem();
   bool formSystemOfEight();
   void formSystemPlainly();
+  void storeSystemOfEight(const double* triangle);
   void scaleByTrust();
   void computeStep(float damping);
   void limitByTrust();
   MGenVector<float>& freeCandidate();
 
   Scratch scratch_;
-  // True where the match-move driver solves: the Jacobian's rows come from forward differences of
-  // a projection, and until a step is accepted nothing changes what the system is formed from.
-  // Any other problem may, through storage that it shares.
-  bool drivenByMatchmove_ = false;
+  // Set where the match-move driver solves: `problem`, which forms its system without a Jacobian.
+  MMatchmoveProblem* driven_ = nullptr;
 };
 
 #endif

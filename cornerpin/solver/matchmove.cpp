@@ -14,13 +14,9 @@ using Matrix = MGenMatrix<float>;
 // frame allocates nothing but its output.
 struct MMatchmove::FrameFit {
   explicit FrameFit(MMatchmove* scene)
-      : problem(scene),
-        goal(2 * scene->trackCount),
-        start(8),
-        y(2 * scene->trackCount),
-        jacobian(2 * scene->trackCount, 8, Matrix::RowMajor) {
+      : problem(scene), goal(2 * scene->trackCount), start(8), y(2 * scene->trackCount) {
     solver.setProblem(&problem);
-    solver.drivenByMatchmove_ = true;
+    solver.driven_ = &problem;
     solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
     solver.scratch_.difference = MGenVector<float>(2 * scene->trackCount);
   }
@@ -28,9 +24,7 @@ struct MMatchmove::FrameFit {
   // Sizes everything for the frame's active tracks, in the storage that is there.
   void select(int frame) {
     problem.select(frame);
-    const int valueCount = 2 * problem.activeCount;
-    problem.y = y.view(0, valueCount);
-    solver.jacobian = jacobian.view(0, 0, valueCount, 8);
+    problem.y = y.view(0, 2 * problem.activeCount);
   }
 
   MMatchmoveProblem problem;
@@ -38,7 +32,6 @@ struct MMatchmove::FrameFit {
   MGenVector<float> goal;
   MGenVector<float> start;
   MGenVector<float> y;
-  Matrix jacobian;
 };
 
 void MMatchmove::solve() {

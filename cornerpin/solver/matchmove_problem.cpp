@@ -111,6 +111,15 @@ void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
   for (int p = 0; !direct && p < kParameterCount; ++p) dy.column(p).set(rows.column(p));
 }
 
+// The normal system of the differences, at the parameters of the last `setX`. The goal and `y` are
+// contiguous, as the match-move driver keeps them.
+void MMatchmoveProblem::formSystem(const MGenVector<float>& goal, double* triangle,
+                                   float* gradient) {
+  const ActiveTracks tracks = activeTracksIn(gathered(), activeCount);
+  frameKernels().frameSystem(transform.data, tracks, y.data, goal.data, kDifferenceStep, triangle,
+                             gradient);
+}
+
 void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& out) const {
   MGenVector<float> tracks;
   gather(tracks);

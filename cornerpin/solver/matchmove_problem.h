@@ -67,6 +67,7 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   int frame = 0;
 
  private:
+  friend class MLMSolver;
   friend class MMatchmove;
 
   // The driver's problem, which has no frame selected yet.
@@ -75,6 +76,7 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   float weight(int i) const { return activeTrack(i).weights[frame]; }
   void select(int newFrame);
   void packGoal(MGenVector<float>& goal) const;
+  void formSystem(const MGenVector<float>& goal, double* triangle, float* gradient);
   void gather(MGenVector<float>& tracks) const;
   const MGenVector<float>& gathered();
   void projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& tracks,

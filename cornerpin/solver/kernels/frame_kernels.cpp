@@ -8,6 +8,9 @@ namespace cornerpin::kernels {
 #ifdef CORNERPIN_HAVE_AVX2
 extern const FrameKernels avx2FrameKernels;
 #endif
+#ifdef CORNERPIN_HAVE_AVX512
+extern const FrameKernels avx512FrameKernels;
+#endif
 
 const FrameKernelsList& frameKernelVariants() {
   static const FrameKernelsList list = [] {
@@ -15,6 +18,9 @@ const FrameKernelsList& frameKernelVariants() {
     available.variants[available.count++] = &scalarFrameKernels;
 #ifdef CORNERPIN_HAVE_AVX2
     if (internal::hasAvx2()) available.variants[available.count++] = &avx2FrameKernels;
+#endif
+#ifdef CORNERPIN_HAVE_AVX512
+    if (internal::hasAvx512()) available.variants[available.count++] = &avx512FrameKernels;
 #endif
     return available;
   }();

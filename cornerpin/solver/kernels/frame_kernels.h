@@ -18,6 +18,17 @@ struct ActiveTracks {
   int count;
 };
 
+// Variants that form a frame's system from rows keep this many tracks' rows at a time.
+constexpr int kTracksPerBlock = 128;
+
+// Tracks first .. first + kTracksPerBlock - 1, or as many as there are. Each variant has its own
+// copy, in its own instructions.
+static inline ActiveTracks blockOf(const ActiveTracks& tracks, int first) {
+  const int rest = tracks.count - first;
+  return {tracks.x + first, tracks.y + first, tracks.weight + first,
+          rest < kTracksPerBlock ? rest : kTracksPerBlock};
+}
+
 // h is a 3 x 3 transform, column-major. Values 2i and 2i + 1 are the weighted projection of track
 // i: (w * u) / s and (w * v) / s, with u, v and s summed from left to right.
 using Project = void (*)(const float* h, const ActiveTracks& tracks, float* values);
@@ -34,15 +45,18 @@ using Differences = void (*)(const float* h, const ActiveTracks& tracks, const f
 using NormalSystem = void (*)(const float* rows, const float* goal, const float* values, int m,
                               double* a, float* g);
 
+// The normal system of a frame's own differences, without storing them: what `normalSystem` makes
+// of the rows of `differences`, with two values per track. Zeros in g may differ in sign; a sum in
+// `a` is not finite exactly when one of the definition's is, but which ones may differ.
+using FrameSystem = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
+                             const float* goal, float step, double* a, float* g);
+
 struct FrameKernels {
   const char* name;
   Project project;
   Differences differences;
   NormalSystem normalSystem;
-  // The same for the rows of `differences` alone, where m is even, even rows are zero in columns 1,
-  // 4 and 7, and odd rows in 0, 3 and 6. Zeros in g may differ in sign; a sum in `a` is not finite
-  // exactly when one of the definition's is, but which ones may differ.
-  NormalSystem normalSystemOfDifferences;
+  FrameSystem frameSystem;
 };
 
 CORNERPIN_API extern const FrameKernels scalarFrameKernels;
@@ -50,7 +64,7 @@ CORNERPIN_API extern const FrameKernels scalarFrameKernels;
 // Every variant that this build has and this processor runs, the definition first and the best
 // one last.
 struct FrameKernelsList {
-  const FrameKernels* variants[4];
+  const FrameKernels* variants[3];
   int count;
 };
 CORNERPIN_API const FrameKernelsList& frameKernelVariants();

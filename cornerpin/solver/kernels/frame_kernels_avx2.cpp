@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "cornerpin/solver/kernels/frame_kernels.h"
+#include "cornerpin/solver/kernels/frame_kernels_avx2.h"
 
 // Every lane does what the definition does for one track, one parameter or one entry of the normal
 // matrix, in the definition's order.
@@ -21,8 +21,10 @@ __m256 affine(__m256 x, __m256 y, __m256 a, __m256 b, __m256 c) {
   return added(added(multiplied(x, a), multiplied(y, b)), c);
 }
 
+}  // namespace
+
 // Eight tracks at a time.
-void project(const float* h, const ActiveTracks& tracks, float* values) {
+void avx2::project(const float* h, const ActiveTracks& tracks, float* values) {
   __m256 element[9];
   for (int e = 0; e < 9; ++e) element[e] = _mm256_set1_ps(h[e]);
   std::ptrdiff_t i = 0;
@@ -46,8 +48,8 @@ void project(const float* h, const ActiveTracks& tracks, float* values) {
 }
 
 // One track at a time through all eight shifted transforms: lane p has element p shifted.
-void differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
-                 float* rows) {
+void avx2::differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
+                       float* rows) {
   const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
   __m256 shifted[9];
   for (int e = 0; e < 9; ++e) {
@@ -74,8 +76,8 @@ void differences(const float* h, const ActiveTracks& tracks, const float* values
 
 // One lane per entry of the lower triangle: its first four rows need columns 0 to 3 only. The
 // accumulators are separate variables, because compilers keep arrays of them in memory.
-void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
-                  float* g) {
+void avx2::normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
+                        float* g) {
   const __m256d zero = _mm256_setzero_pd();
   __m256d l0 = zero, l1 = zero, l2 = zero, l3 = zero;  // row i, columns 0 to 3
   __m256d l4 = zero, l5 = zero, l6 = zero, l7 = zero;
@@ -114,6 +116,8 @@ void normalSystem(const float* rows, const float* goal, const float* values, int
   _mm_storeu_ps(g + 4, gHigh);
 }
 
+namespace {
+
 // The nonzero elements of a row: linear p and q, translation r, perspective c and d.
 struct Columns {
   int p, q, r, c, d;
@@ -124,8 +128,7 @@ constexpr Columns kOfY = {1, 4, 7, 2, 5};
 // The 15 products of a row's nonzero elements, in four quads: pp pq pr pc, dp dq dr qq, qr qc rr
 // rc, and cc cd dd; and the elements themselves.
 struct RowProducts {
-  RowProducts(const float* row, const Columns& of) {
-    const __m256 v = _mm256_loadu_ps(row);
+  RowProducts(__m256 v, const Columns& of) {
     const auto pick = [v](int a0, int a1, int a2, int a3, int b0, int b1, int b2, int b3) {
       return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(a0, a1, a2, a3, b0, b1, b2, b3));
     };
@@ -180,26 +183,35 @@ struct CoordinateSums {
   }
 };
 
+}  // namespace
+
 // Products with an element that is zero add nothing, so each coordinate has sums of its own; the
 // perspective elements meet in both, x before y.
-void normalSystemOfDifferences(const float* rows, const float* goal, const float* values, int m,
-                               double* a, float* g) {
+void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* values,
+                       const float* goal, float step, double* a, float* g) {
+  alignas(32) float rows[2 * kTracksPerBlock * kParameters];
   CoordinateSums ofX, ofY;
   __m256d perspective = _mm256_setzero_pd();  // cc cd dd
   __m128 gradient = _mm_setzero_ps();         // c d
-  for (std::ptrdiff_t k = 0; k < m; k += 2) {
-    const double dx = static_cast<double>(goal[k] - values[k]);
-    const double dy = static_cast<double>(goal[k + 1] - values[k + 1]);
-    const RowProducts x(rows + k * kParameters, kOfX);
-    const RowProducts y(rows + (k + 1) * kParameters, kOfY);
-    ofX.add(x, dx);
-    ofY.add(y, dy);
-    perspective = _mm256_add_pd(perspective, widened(x.perspective));
-    perspective = _mm256_add_pd(perspective, widened(y.perspective));
-    const __m128d termX = _mm_mul_pd(_mm_cvtps_pd(x.shared), _mm_set1_pd(dx));
-    const __m128d termY = _mm_mul_pd(_mm_cvtps_pd(y.shared), _mm_set1_pd(dy));
-    gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termX));
-    gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termY));
+  for (int first = 0; first < tracks.count; first += kTracksPerBlock) {
+    const ActiveTracks block = blockOf(tracks, first);
+    const float* blockValues = values + 2 * first;
+    const float* blockGoal = goal + 2 * first;
+    differences(h, block, blockValues, step, rows);
+    for (std::ptrdiff_t k = 0; k < 2 * block.count; k += 2) {
+      const double dx = static_cast<double>(blockGoal[k] - blockValues[k]);
+      const double dy = static_cast<double>(blockGoal[k + 1] - blockValues[k + 1]);
+      const RowProducts x(_mm256_load_ps(rows + k * kParameters), kOfX);
+      const RowProducts y(_mm256_load_ps(rows + (k + 1) * kParameters), kOfY);
+      ofX.add(x, dx);
+      ofY.add(y, dy);
+      perspective = _mm256_add_pd(perspective, widened(x.perspective));
+      perspective = _mm256_add_pd(perspective, widened(y.perspective));
+      const __m128d termX = _mm_mul_pd(_mm_cvtps_pd(x.shared), _mm_set1_pd(dx));
+      const __m128d termY = _mm_mul_pd(_mm_cvtps_pd(y.shared), _mm_set1_pd(dy));
+      gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termX));
+      gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termY));
+    }
   }
   for (int e = 0; e < kParameters * kParameters; ++e) a[e] = 0.0;
   ofX.store(kOfX, a, g);
@@ -215,9 +227,7 @@ void normalSystemOfDifferences(const float* rows, const float* goal, const float
   g[kOfX.d] = cd[1];
 }
 
-}  // namespace
-
-extern const FrameKernels avx2FrameKernels = {"avx2", project, differences, normalSystem,
-                                              normalSystemOfDifferences};
+extern const FrameKernels avx2FrameKernels = {"avx2", avx2::project, avx2::differences,
+                                              avx2::normalSystem, avx2::frameSystem};
 
 }  // namespace cornerpin::kernels

@@ -36,29 +36,47 @@ void differences(const float* h, const ActiveTracks& tracks, const float* values
   }
 }
 
-// Column j of row k meets all eight columns at once, the upper triangle included.
-void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
-                  float* g) {
+// Adds a row to the sums. Its column j meets all eight columns at once, the upper triangle
+// included.
+void addRow(const float* row, float difference, double* a, float* g) {
+  for (int i = 0; i < kParameters; ++i) {
+    for (int j = 0; j < kParameters; ++j) {
+      a[i * kParameters + j] += static_cast<double>(row[j] * row[i]);
+    }
+  }
+  for (int j = 0; j < kParameters; ++j) {
+    const double term = static_cast<double>(row[j]) * static_cast<double>(difference);
+    g[j] = static_cast<float>(static_cast<double>(g[j]) + term);
+  }
+}
+
+void clear(double* a, float* g) {
   std::fill(a, a + kParameters * kParameters, 0.0);
   std::fill(g, g + kParameters, 0.0f);
+}
+
+void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
+                  float* g) {
+  clear(a, g);
   for (std::ptrdiff_t k = 0; k < m; ++k) {
-    const float* row = rows + k * kParameters;
-    for (int i = 0; i < kParameters; ++i) {
-      for (int j = 0; j < kParameters; ++j) {
-        a[i * kParameters + j] += static_cast<double>(row[j] * row[i]);
-      }
-    }
-    const float difference = goal[k] - values[k];
-    for (int j = 0; j < kParameters; ++j) {
-      const double term = static_cast<double>(row[j]) * static_cast<double>(difference);
-      g[j] = static_cast<float>(static_cast<double>(g[j]) + term);
-    }
+    addRow(rows + k * kParameters, goal[k] - values[k], a, g);
+  }
+}
+
+void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
+                 float step, double* a, float* g) {
+  clear(a, g);
+  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
+    const ActiveTracks track = {tracks.x + i, tracks.y + i, tracks.weight + i, 1};
+    float rows[2 * kParameters];
+    differences(h, track, values + 2 * i, step, rows);
+    addRow(rows, goal[2 * i] - values[2 * i], a, g);
+    addRow(rows + kParameters, goal[2 * i + 1] - values[2 * i + 1], a, g);
   }
 }
 
 }  // namespace
 
-const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem,
-                                         normalSystem};
+const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem, frameSystem};
 
 }  // namespace cornerpin::kernels

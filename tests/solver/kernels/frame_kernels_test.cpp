@@ -63,9 +63,12 @@ struct Projection {
 };
 
 struct System {
-  System(cornerpin::kernels::NormalSystem form, const float* rows, const float* goal,
-         const float* values, int m) {
-    form(rows, goal, values, m, a, g);
+  System(const FrameKernels& kernels, const float* rows, const float* goal, const float* values,
+         int m) {
+    kernels.normalSystem(rows, goal, values, m, a, g);
+  }
+  System(const FrameKernels& kernels, const Projection& p, const float* goal) {
+    kernels.frameSystem(p.h.data(), p.tracks, p.values(*variants()[0]).data(), goal, kStep, a, g);
   }
   bool isFinite() const {
     for (int i = 0; i < kParameters; ++i) {
@@ -117,9 +120,9 @@ TEST(FrameKernels, EveryVariantFormsTheDefinitionsNormalSystem) {
     const auto rows = floats.block(m * kParameters, offset, kind);
     const auto goal = floats.block(m, offset, kind);
     const auto values = floats.block(m, offset, kind);
-    const System expected(variants()[0]->normalSystem, rows.data(), goal.data(), values.data(), m);
+    const System expected(*variants()[0], rows.data(), goal.data(), values.data(), m);
     for (const FrameKernels* kernels : variants()) {
-      const System system(kernels->normalSystem, rows.data(), goal.data(), values.data(), m);
+      const System system(*kernels, rows.data(), goal.data(), values.data(), m);
       ASSERT_TRUE(system.sameTriangle(expected)) << kernels->name << " m=" << m;
       ASSERT_TRUE(awkward::sameBits(system.g, expected.g, kParameters))
           << kernels->name << " m=" << m;
@@ -127,7 +130,7 @@ TEST(FrameKernels, EveryVariantFormsTheDefinitionsNormalSystem) {
   });
 }
 
-TEST(FrameKernels, EveryVariantFormsTheDefinitionsSystemOfDifferences) {
+TEST(FrameKernels, EveryVariantFormsTheSystemOfTheDifferences) {
   int finiteSystems = 0;
   int otherSystems = 0;
   forEachLength([&](int n, int offset, awkward::Kind kind) {
@@ -137,12 +140,10 @@ TEST(FrameKernels, EveryVariantFormsTheDefinitionsSystemOfDifferences) {
     const std::vector<float> rows = projection.rows(*variants()[0]);
     const std::vector<float> values = projection.values(*variants()[0]);
     const auto goal = projection.floats.block(2 * n, offset, awkward::Kind::Plain);
-    const System expected(variants()[0]->normalSystem, rows.data(), goal.data(), values.data(),
-                          2 * n);
+    const System expected(*variants()[0], rows.data(), goal.data(), values.data(), 2 * n);
     ++(expected.isFinite() ? finiteSystems : otherSystems);
     for (const FrameKernels* kernels : variants()) {
-      const System system(kernels->normalSystemOfDifferences, rows.data(), goal.data(),
-                          values.data(), 2 * n);
+      const System system(*kernels, projection, goal.data());
       ASSERT_EQ(system.isFinite(), expected.isFinite()) << kernels->name << " n=" << n;
       if (!expected.isFinite()) continue;
       ASSERT_TRUE(system.sameTriangle(expected)) << kernels->name << " n=" << n;
@@ -152,6 +153,25 @@ TEST(FrameKernels, EveryVariantFormsTheDefinitionsSystemOfDifferences) {
   });
   EXPECT_GT(finiteSystems, 100);
   EXPECT_GT(otherSystems, 100);
+}
+
+TEST(FrameKernels, EveryVariantRoundsGradientsByWayOfDouble) {
+  // At the origin, with a step of 1, the row of x is the weight in element 6. The first track makes
+  // the gradient 1 + e, e the distance to the next float, and the second adds (e / 2) (1 - e^2).
+  // The exact sum lies below the middle between 1 + e and 1 + 2 e; as a double it is the middle,
+  // which goes to the even neighbour.
+  const float e = std::ldexp(1.0f, -23);
+  const float h[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  const float origin[2] = {0, 0};
+  const float weights[2] = {1.0f, 1.0f + e};
+  const float values[4] = {0, 0, 0, 0};
+  const float goal[4] = {1.0f + e, 0, (e / 2) * (1.0f - e), 0};
+  for (const FrameKernels* kernels : variants()) {
+    double a[kParameters * kParameters];
+    float g[kParameters];
+    kernels->frameSystem(h, {origin, origin, weights, 2}, values, goal, 1.0f, a, g);
+    EXPECT_EQ(g[6], 1.0f + 2 * e) << kernels->name;
+  }
 }
 
 TEST(FrameKernels, EveryVariantSolvesShotsToTheSameBits) {
