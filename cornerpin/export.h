@@ -6,6 +6,7 @@
 /// Marks the names that the library exports. Define `CORNERPIN_STATIC` when linking the static
 /// library by hand; the CMake target and the pkg-config file define it by themselves.
 
+/// Marks a declaration as exported.
 #if defined(CORNERPIN_STATIC)
 #define CORNERPIN_API
 #elif defined(_WIN32) && defined(CORNERPIN_BUILDING)

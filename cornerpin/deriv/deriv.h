@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_DERIV_DERIV_H
 #define CORNERPIN_DERIV_DERIV_H
 
+/// \file
+/// Derivative numbers and the functions of them.
+
 #include <iosfwd>
 
 #include "cornerpin/export.h"
@@ -38,6 +41,7 @@ class CORNERPIN_API MDeriv {
   /// for nd = 0 whatever `copy` says, the number takes d over and releases it with `delete[]`: d
   /// is then null or comes from `new T[]`.
   MDeriv(const T& x, T* d, int nd, bool copy);
+  /// Allocates when the other number has derivatives.
   MDeriv(const MDeriv& other);
   /// Leaves a constant behind.
   MDeriv(MDeriv&& other) noexcept;
@@ -51,6 +55,7 @@ class CORNERPIN_API MDeriv {
   /// The number of stored derivatives.
   int nd() const noexcept { return nd_; }
 
+  /// \{
   /// The derivative with respect to variable i.
   ///
   /// From nd() on that is one zero which every number shares: never write to it, because the
@@ -58,16 +63,19 @@ class CORNERPIN_API MDeriv {
   /// negative i.
   T& d(int i);
   const T& d(int i) const;
+  /// \}
 
   /// Writes the value, then, when there are derivatives, "{", the derivatives separated by "," and
   /// "}", all without blanks and with the stream's formatting: 3{1,0}, and a constant as 3.
   std::ostream& print(std::ostream& os) const;
 
+  /// \{
   /// a = a + b, a = a - b and a = a * b: the operation allocates its result's array, and so does
   /// the assignment when b has more derivatives. An operand may be the number itself.
   MDeriv& operator+=(const MDeriv& b) { return *this = sum(*this, b); }
   MDeriv& operator-=(const MDeriv& b) { return *this = difference(*this, b); }
   MDeriv& operator*=(const MDeriv& b) { return *this = product(*this, b); }
+  /// \}
   /// The same result as a / b, in place: allocates only when b has more derivatives.
   MDeriv& operator/=(const MDeriv& b);
 
@@ -83,7 +91,7 @@ class CORNERPIN_API MDeriv {
   /// has it -a * b' / (b * b).
   friend MDeriv operator/(const MDeriv& a, const MDeriv& b) { return quotient(a, b); }
 
-  T _x{};
+  T _x{};  ///< the value; writing it leaves the derivatives alone
 
  private:
   // The operators forward to these, which are compiled inside the library: the flags of the

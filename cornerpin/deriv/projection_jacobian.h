@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_DERIV_PROJECTION_JACOBIAN_H
 #define CORNERPIN_DERIV_PROJECTION_JACOBIAN_H
 
+/// \file
+/// The Jacobian of a projective transform of space.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/lv_matrix44.h"
 #include "cornerpin/foundation/lv_vector.h"

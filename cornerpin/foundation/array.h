@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_ARRAY_H
 #define CORNERPIN_FOUNDATION_ARRAY_H
 
+/// \file
+/// The owning array of objects.
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -15,19 +18,26 @@
 template <class T>
 class CORNERPIN_API MArray {
  public:
+  /// No elements.
   MArray() noexcept = default;
   /// n default-constructed elements. Throws as `resize` does.
   explicit MArray(int n) { resize(n); }
+  /// \{
+  /// Assigns every element to a default-constructed one. When an allocation or assignment throws,
+  /// the array that is assigned to stays as it was.
   MArray(const MArray& other) { *this = other; }
   MArray& operator=(const MArray& other) {
     if (this != &other) assign(other.count_, other.elements_.get(), other.count_);
     return *this;
   }
+  /// \}
   virtual ~MArray();
 
+  /// \{
   /// Throws `LvBadIndexException` "MArray::operator[]" for an index outside 0 .. size() - 1.
   T& operator[](int i) { return elements_[checked(i)]; }
   const T& operator[](int i) const { return elements_[checked(i)]; }
+  /// \}
 
   /// Moves to a new array of n elements: the first ones assigned from the old elements, the rest
   /// default-constructed. Throws `LvIllegalArgumentException` "MArray::resize" for a negative n.
@@ -37,6 +47,7 @@ class CORNERPIN_API MArray {
     assign(n, elements_.get(), std::min(n, count_));
   }
 
+  /// Number of elements.
   int size() const noexcept { return count_; }
 
  private:

@@ -2,19 +2,25 @@
 #ifndef CORNERPIN_FOUNDATION_EXCEPTION_H
 #define CORNERPIN_FOUNDATION_EXCEPTION_H
 
+/// \file
+/// The exceptions of the library and how matrices and vectors report errors.
+
 #include <exception>
 
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/lv_string.h"
 
-/// Base of every exception that the library throws by itself.
+/// Base of every exception that the library throws by itself, `std::bad_alloc` aside.
 ///
 /// The description is the class name, then ": " and the message when there is one, then
 /// " (file:line)" when the line is not 0. A file without a line is never shown.
 class CORNERPIN_API LvException : public std::exception {
  public:
+  /// \{
+  /// Without a file and a line the description ends with the message.
   explicit LvException(const LvString& message);
   LvException(const LvString& message, const LvString& file, int line);
+  /// \}
   LvException(const LvException&) = default;
   LvException& operator=(const LvException&) = default;
   ~LvException() override;
@@ -23,22 +29,25 @@ class CORNERPIN_API LvException : public std::exception {
   /// Null when memory has run out.
   const char* what() const noexcept override;
 
+  /// The name that opens the description.
   virtual LvString className() const;
 
   /// Writes the description and a line end to standard error.
   virtual void report() const;
 
-  LvString message;
-  LvString file;  ///< source file; empty for every matrix, vector, array and decomposition error
-  int line = 0;   ///< source line; 0 means that there is no location
+  LvString message;  ///< what went wrong, without class and location
+  LvString file;     ///< source file; empty for every matrix, vector, array and decomposition error
+  int line = 0;      ///< source line; 0 means that there is no location
 };
 
 /// A matrix or vector error: a bad shape or index, or a LAPACK failure. Names itself
 /// "LvException" in its description.
 class CORNERPIN_API MMatrixError : public LvException {
  public:
+  /// Called with the formatted text, which is gone when it returns.
   using Handler = void (*)(const char* message);
 
+  /// Without a location.
   explicit MMatrixError(const LvString& message);
   MMatrixError(const MMatrixError&) = default;
   MMatrixError& operator=(const MMatrixError&) = default;
@@ -62,8 +71,11 @@ class CORNERPIN_API MMatrixError : public LvException {
 /// An argument that a function cannot work with.
 class CORNERPIN_API LvIllegalArgumentException : public LvException {
  public:
+  /// \{
+  /// As the base class.
   explicit LvIllegalArgumentException(const LvString& message);
   LvIllegalArgumentException(const LvString& message, const LvString& file, int line);
+  /// \}
   LvIllegalArgumentException(const LvIllegalArgumentException&) = default;
   LvIllegalArgumentException& operator=(const LvIllegalArgumentException&) = default;
   ~LvIllegalArgumentException() override;
@@ -74,8 +86,11 @@ class CORNERPIN_API LvIllegalArgumentException : public LvException {
 /// An array index outside its range.
 class CORNERPIN_API LvBadIndexException : public LvIllegalArgumentException {
  public:
+  /// \{
+  /// As the base class.
   explicit LvBadIndexException(const LvString& message);
   LvBadIndexException(const LvString& message, const LvString& file, int line);
+  /// \}
   LvBadIndexException(const LvBadIndexException&) = default;
   LvBadIndexException& operator=(const LvBadIndexException&) = default;
   ~LvBadIndexException() override;

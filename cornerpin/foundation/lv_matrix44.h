@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_LV_MATRIX44_H
 #define CORNERPIN_FOUNDATION_LV_MATRIX44_H
 
+/// \file
+/// 4 x 4 matrices for points of space.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/lv_quat.h"
 #include "cornerpin/foundation/lv_vector.h"
@@ -17,9 +20,11 @@ class CORNERPIN_API LvMatrix44Tmpl {
   /// The identity.
   LvMatrix44Tmpl();
 
+  /// \{
   /// Element (row, col), each 0 .. 3, which is not checked.
   T& operator()(int row, int col) { return elements_[4 * row + col]; }
   const T& operator()(int row, int col) const { return elements_[4 * row + col]; }
+  /// \}
 
   /// Replaces this matrix A by A * b: a point then goes through b first.
   ///
@@ -45,6 +50,8 @@ class CORNERPIN_API LvMatrix44Tmpl {
 
   /// Becomes the rotation by q, right-handed. The length of q is divided out; a zero q is not
   /// checked and gives NaNs.
+  ///
+  /// Method: K. Shoemake, "Animating rotation with quaternion curves", SIGGRAPH 1985.
   void setRotationFromQuaternion(const LvQuat<T>& q);
 
   /// Replaces this matrix A by R * A with R the rotation by q: a point is rotated last.

@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_LV_QUAT_H
 #define CORNERPIN_FOUNDATION_LV_QUAT_H
 
+/// \file
+/// Quaternions for rotations of space.
+
 #include <iosfwd>
 
 #include "cornerpin/export.h"
@@ -17,15 +20,22 @@ class CORNERPIN_API LvQuat {
  public:
   /// The rotation by nothing: (1, 0, 0, 0).
   LvQuat() : scalar_(1.0) {}
+  /// \{
+  /// As given: the length is not made 1.
   LvQuat(const T& w, const T& x, const T& y, const T& z) : scalar_(w), vector_(x, y, z) {}
   LvQuat(const T& w, const LvVector3<T>& vector) : scalar_(w), vector_(vector) {}
+  /// \}
 
-  /// The stored scalar part.
+  /// \{
+  /// The stored scalar part, w.
   T& scalar() { return scalar_; }
   const T& scalar() const { return scalar_; }
-  /// The stored vector part.
+  /// \}
+  /// \{
+  /// The stored vector part, (x, y, z).
   LvVector3<T>& vector() { return vector_; }
   const LvVector3<T>& vector() const { return vector_; }
+  /// \}
 
   /// Replaces this quaternion p by the Hamilton product p * o, the rotation by o followed by that
   /// by p.
@@ -47,6 +57,7 @@ extern template class LvQuat<double>;
 /// Writes "(w x y z)" with the stream's formatting: the identity rotation is (1 0 0 0).
 CORNERPIN_API std::ostream& operator<<(std::ostream& os, const LvQuat<double>& q);
 
+/// Comparison of rotations.
 namespace LvMath {
 
 /// True when a and b, or a and -b, are the same rotation: all four differences, or all four sums,

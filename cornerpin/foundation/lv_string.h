@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_LV_STRING_H
 #define CORNERPIN_FOUNDATION_LV_STRING_H
 
+/// \file
+/// The text of messages.
+
 #include <cstddef>
 #include <string>
 
@@ -20,19 +23,26 @@ class CORNERPIN_API LvString {
   /// Replaces the text by the formatted one; arguments may point into the old text.
   void sprintf(const char* format, ...) CORNERPIN_PRINTF(2, 3);
 
+  /// \{
+  /// A null pointer appends nothing. The text itself may be its argument.
   void append(const char* text);
   void append(const LvString& text);
+  /// \}
 
   /// Number of characters, the terminating NUL not counted.
   std::size_t size() const noexcept { return text_.size(); }
+  /// NUL-terminated; valid until the text changes.
   const char* c_str() const noexcept { return text_.c_str(); }
 
   /// A NUL-terminated copy from `malloc`: the caller releases it with `free`. Null when memory
   /// has run out.
   char* createCStr() const noexcept;
 
+  /// \{
+  /// Byte by byte.
   bool operator==(const LvString& other) const noexcept { return text_ == other.text_; }
   bool operator!=(const LvString& other) const noexcept { return text_ != other.text_; }
+  /// \}
 
  private:
   std::string text_;

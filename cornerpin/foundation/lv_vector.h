@@ -12,28 +12,40 @@
 /// A point or direction in the plane.
 template <class T>
 struct CORNERPIN_API LvVector2 {
+  /// The origin.
   LvVector2() = default;
+  /// By coordinates.
   LvVector2(const T& x, const T& y) : _x(x), _y(y) {}
 
+  /// \{
+  /// Coordinate, in the caller's unit of length.
   T _x{};
   T _y{};
+  /// \}
 };
 
 /// A point or direction in space.
 template <class T>
 struct CORNERPIN_API LvVector3 {
+  /// The origin.
   LvVector3() = default;
+  /// By coordinates.
   LvVector3(const T& x, const T& y, const T& z) : _x(x), _y(y), _z(z) {}
 
+  /// \{
+  /// Coordinate, in the caller's unit of length.
   T _x{};
   T _y{};
   T _z{};
+  /// \}
 };
 
 /// A point in homogeneous coordinates.
 template <class T>
 struct CORNERPIN_API LvVector4 {
+  /// Four zeros, which is no point: its weight is 0.
   LvVector4() = default;
+  /// By coordinates; (x, y, z, 1) is the point (x, y, z), (x, y, z, 0) a direction.
   LvVector4(const T& x, const T& y, const T& z, const T& w) : _x(x), _y(y), _z(z), _w(w) {}
 
   /// The point in space: x, y and z, each times the reciprocal r = 1 / w. That is two roundings,
@@ -42,9 +54,12 @@ struct CORNERPIN_API LvVector4 {
   /// w is not checked: 0 gives infinities or NaNs.
   LvVector3<T> reduce() const;
 
+  /// \{
+  /// Coordinate times the weight.
   T _x{};
   T _y{};
   T _z{};
+  /// \}
   T _w{};  ///< homogeneous weight
 };
 

@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_MATRIX_H
 #define CORNERPIN_FOUNDATION_MATRIX_H
 
+/// \file
+/// The matrix that shares its storage.
+
 #include <cstddef>
 
 #include "cornerpin/export.h"
@@ -34,8 +37,11 @@ class CORNERPIN_API MGenMatrix {
   /// Zeros; no buffer when there are no elements. Reports "MVector length %d must be nonnegative"
   /// for a negative size.
   MGenMatrix(int rows, int cols, Layout layout);
+  /// \{
+  /// Shares the other matrix's buffer, its shape and its strides.
   MGenMatrix(const MGenMatrix& other) noexcept;
   MGenMatrix& operator=(const MGenMatrix& other) noexcept;
+  /// \}
   ~MGenMatrix();
 
   /// A duplicate in a buffer of its own.
@@ -49,33 +55,39 @@ class CORNERPIN_API MGenMatrix {
 
   /// Moves to a new buffer of the given shape and layout that keeps the common top-left block and
   /// is zero elsewhere. Does nothing, and so keeps sharing, when shape and layout are there
-  /// already.
+  /// already. Reports a negative size as the constructor does.
   void resize(int rows, int cols, Layout layout);
 
-  /// Reports "MMatrix col %d out of range 0..%d" before "MMatrix row %d out of range 0..%d".
+  /// \{
+  /// Element of row i and column j, from 0. Reports "MMatrix col %d out of range 0..%d" before
+  /// "MMatrix row %d out of range 0..%d", each with the index and the last valid index.
   T& operator()(int i, int j) { return data[offset(i, j)]; }
   const T& operator()(int i, int j) const { return data[offset(i, j)]; }
+  /// \}
 
+  /// \{
+  /// The same as the member of that name.
   int rowCount() const noexcept { return rows; }
   int colCount() const noexcept { return cols; }
+  /// \}
 
   /// The block of `rowsInView` x `colsInView` elements from (row, col) on, on the same buffer.
   /// Reports the column, then the row error for the first index that lies outside.
   MGenMatrix view(int row, int col, int rowsInView, int colsInView) const;
-  /// Row i, on the same buffer.
+  /// Row i, on the same buffer. Reports the row error.
   MGenVector<T> row(int i) const;
-  /// Column j, on the same buffer.
+  /// Column j, on the same buffer. Reports the column error.
   MGenVector<T> column(int j) const;
 
   /// True when there is a buffer and this matrix is its only holder.
   bool ownsBuffer() const noexcept;
 
   T* buffer = nullptr;  ///< first element of the shared buffer, null when there are none
-  int rows = 0;
-  int cols = 0;
-  int rowStride = 1;  ///< distance from row i to row i + 1, in elements
-  int colStride = 1;  ///< distance from column j to column j + 1, in elements
-  T* data = nullptr;  ///< element (0, 0)
+  int rows = 0;         ///< number of rows
+  int cols = 0;         ///< number of columns
+  int rowStride = 1;    ///< distance from row i to row i + 1, in elements
+  int colStride = 1;    ///< distance from column j to column j + 1, in elements
+  T* data = nullptr;    ///< element (0, 0)
 
  private:
   bool checkColumn(int j) const {

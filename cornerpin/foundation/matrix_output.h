@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_MATRIX_OUTPUT_H
 #define CORNERPIN_FOUNDATION_MATRIX_OUTPUT_H
 
+/// \file
+/// Text form of matrices.
+
 #include <iosfwd>
 
 #include "cornerpin/export.h"

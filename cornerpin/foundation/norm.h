@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_NORM_H
 #define CORNERPIN_FOUNDATION_NORM_H
 
+/// \file
+/// Sums of squares with a fixed order of additions, and a test for infinities and NaNs.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"
@@ -11,6 +14,9 @@
 ///
 /// Summed in pairs: the largest power of two of leading elements as a balanced tree, then the
 /// tail likewise. Error: about log2(n) roundings rather than n.
+///
+/// Method: pairwise summation (N. J. Higham, "The accuracy of floating point summation", SIAM J.
+/// Sci. Comput. 14, 1993).
 template <class T>
 T _vector_norm2(const T* p, int n);
 

@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_FOUNDATION_VECTOR_H
 #define CORNERPIN_FOUNDATION_VECTOR_H
 
+/// \file
+/// The vector that shares its storage.
+
 #include <cstddef>
 
 #include "cornerpin/export.h"
@@ -29,8 +32,11 @@ class CORNERPIN_API MGenVector {
   MGenVector() noexcept = default;
   /// n zeros. Reports "MVector length %d must be nonnegative" for a negative n.
   explicit MGenVector(int n);
+  /// \{
+  /// Shares the other vector's buffer, its length and its stride.
   MGenVector(const MGenVector& other) noexcept;
   MGenVector& operator=(const MGenVector& other) noexcept;
+  /// \}
   ~MGenVector();
 
   /// A duplicate in a buffer of its own, stride 1.
@@ -43,12 +49,16 @@ class CORNERPIN_API MGenVector {
   MGenVector& set(const MGenVector<U>& source);
 
   /// Moves to a new buffer of n elements with stride 1 that keeps the first elements and is zero
-  /// behind them. Does nothing when the length is n already, whatever the stride.
+  /// behind them. Does nothing when the length is n already, whatever the stride. Reports a
+  /// negative n as the constructor does.
   void resize(int n);
 
-  /// Reports "MVector index %d out of range %d" with the index and the last valid index.
+  /// \{
+  /// Element i, from 0. Reports "MVector index %d out of range %d" with the index and the last
+  /// valid index.
   T& operator[](int i) { return data[offset(i)]; }
   const T& operator[](int i) const { return data[offset(i)]; }
+  /// \}
 
   /// The elements first, first + step, ... (count of them), on the same buffer; the step may be
   /// negative or 0. Reports the index error for the first index that lies outside.
@@ -82,10 +92,12 @@ class CORNERPIN_API MGenVector {
   }
 };
 
+/// \cond
 template <>
 CORNERPIN_API MGenVector<float>& MGenVector<float>::operator*=(const MGenVector<float>& w);
 template <>
 CORNERPIN_API MGenVector<float>& MGenVector<float>::operator/=(float s);
+/// \endcond
 
 extern template class MGenVector<float>;
 extern template class MGenVector<double>;

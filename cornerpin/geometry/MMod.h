@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_GEOMETRY_MMOD_H
 #define CORNERPIN_GEOMETRY_MMOD_H
 
+/// \file
+/// Remainders and walks round a ring.
+
 #include "cornerpin/export.h"
 
 /// Reports a misuse of the helpers below: throws `LvIllegalArgumentException` with the message,
@@ -23,17 +26,25 @@ inline int mod(int a, int n) {
   return r < 0 ? r + n : r;
 }
 
-enum Direction : int { Forward = 1, Backward = -1 };
+/// Which way a walk goes round the ring.
+enum Direction : int {
+  Forward = 1,    ///< ascending, n - 1 is followed by 0
+  Backward = -1,  ///< descending, 0 is followed by n - 1
+};
 
 /// A walk once round a ring; made by `MMod::loop`.
 class Loop {
  public:
+  /// One step of the walk. For `for`; two of them compare by how far the walk has come.
   class Iterator {
    public:
+    /// At `position` after `visited` steps.
     Iterator(int n, int position, Direction direction, int visited)
         : n_(n), position_(position), direction_(direction), visited_(visited) {}
 
+    /// The position, 0 .. n - 1.
     int operator*() const { return position_; }
+    /// On to the next position.
     Iterator& operator++() {
       if (direction_ == Forward) {
         position_ = position_ == n_ - 1 ? 0 : position_ + 1;
@@ -43,8 +54,11 @@ class Loop {
       ++visited_;
       return *this;
     }
+    /// \{
+    /// Steps taken, not positions: the end of a walk lies where it began.
     bool operator==(const Iterator& other) const { return visited_ == other.visited_; }
     bool operator!=(const Iterator& other) const { return visited_ != other.visited_; }
+    /// \}
 
    private:
     int n_;
@@ -53,10 +67,15 @@ class Loop {
     int visited_;
   };
 
+  /// Use `MMod::loop`, which checks n and reduces the start to a position `first`.
   Loop(int n, int first, Direction direction) : n_(n), first_(first), direction_(direction) {}
 
+  /// \{
+  /// The start of the walk, and the start again after all n positions.
   Iterator begin() const { return Iterator(n_, first_, direction_, 0); }
   Iterator end() const { return Iterator(n_, first_, direction_, n_); }
+  /// \}
+  /// n, the number of positions.
   int size() const { return n_; }
 
  private:

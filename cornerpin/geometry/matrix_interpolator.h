@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_GEOMETRY_MATRIX_INTERPOLATOR_H
 #define CORNERPIN_GEOMETRY_MATRIX_INTERPOLATOR_H
 
+/// \file
+/// A blend of two 4 x 4 transforms.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/lv_matrix44.h"
 
@@ -11,17 +14,23 @@
 /// quarter turns to either side it flattens the plane to a line. Holds no state besides A and B.
 class CORNERPIN_API MMatrixInterpolator {
  public:
+  /// Copies both.
   MMatrixInterpolator(const LvMatrix44Tmpl<double>& a, const LvMatrix44Tmpl<double>& b);
   MMatrixInterpolator(const MMatrixInterpolator&) = default;
+  /// Copies both matrices.
   MMatrixInterpolator& operator=(const MMatrixInterpolator& other);
   ~MMatrixInterpolator() = default;
 
+  /// \{
+  /// The matrix held here, not a copy.
   const LvMatrix44Tmpl<double>& getA() const { return A; }
   const LvMatrix44Tmpl<double>& getB() const { return B; }
+  /// \}
+  /// \{
   /// Takes effect at the next blend.
   void setA(const LvMatrix44Tmpl<double>& a);
-  /// Takes effect at the next blend.
   void setB(const LvMatrix44Tmpl<double>& b);
+  /// \}
 
   /// (1 - u) * A + u * B with u the parameter t cut to 0 .. 1; a NaN counts as 1 and gives B.
   ///

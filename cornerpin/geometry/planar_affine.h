@@ -33,29 +33,37 @@
 
 /// A point or direction.
 struct CORNERPIN_API vec2 {
+  /// Zeros.
   vec2() = default;
+  /// By components.
   vec2(double x, double y) : x(x), y(y) {}
 
-  /// The components in order.
+  /// \{
+  /// The components as an array, x first.
   double* operator()() { return &x; }
   const double* operator()() const { return &x; }
+  /// \}
 
-  double x = 0;
-  double y = 0;
+  double x = 0;  ///< in any unit
+  double y = 0;  ///< in the unit of x
 };
 
 /// A homogeneous point.
 struct CORNERPIN_API vec3 {
+  /// Zeros.
   vec3() = default;
+  /// By components.
   vec3(double x, double y, double z) : x(x), y(y), z(z) {}
 
-  /// The components in order.
+  /// \{
+  /// The components as an array, x first.
   double* operator()() { return &x; }
   const double* operator()() const { return &x; }
+  /// \}
 
-  double x = 0;
-  double y = 0;
-  double z = 0;
+  double x = 0;  ///< coordinate times weight
+  double y = 0;  ///< coordinate times weight
+  double z = 0;  ///< weight: (x / z, y / z) is the point
 };
 
 /// A linear map. m0 .. m3 below are the stored elements; element (row r, column c) is m(2c + r).
@@ -63,31 +71,41 @@ class CORNERPIN_API mat2 {
  public:
   /// Zeros.
   mat2() = default;
+  /// Columns: the images of the unit vectors.
   mat2(const vec2& column0, const vec2& column1);
   /// Every one of the four elements is `d`: not a diagonal matrix.
   explicit mat2(double d);
 
-  /// The elements, by columns.
+  /// \{
+  /// The elements as an array, by columns.
   double* operator()() { return column_[0](); }
   const double* operator()() const { return column_[0](); }
+  /// \}
 
+  /// \{
   /// Column i. An index below 0 or above 2 writes "mat2 [] operator: illegal access; index = ",
   /// the index and a line end to standard error, and the reference that comes back lies outside
   /// the matrix: it must not be used. Index 2 gives such a reference without any message.
   vec2& operator[](int i);
   const vec2& operator[](int i) const;
+  /// \}
 
   /// m0 m3 - m2 m1.
   double determinant() const;
+  /// Rows and columns exchanged.
   mat2 transpose() const;
   /// The adjugate, each element divided by the determinant m3 m0 - m2 m1, which is not checked.
   mat2 inverse() const;
 
+  /// Element by element.
   mat2& operator*=(double d);
   /// Multiplies by the reciprocal 1 / d: two roundings, so the last bit may differ from a division.
   mat2& operator/=(double d);
+  /// \{
+  /// Element by element.
   mat2& operator+=(const mat2& m);
   mat2& operator-=(const mat2& m);
+  /// \}
   /// Replaces every element e by f(e), in storage order.
   mat2& apply(double (*f)(double));
 
@@ -100,31 +118,41 @@ class CORNERPIN_API mat3 {
  public:
   /// Zeros.
   mat3() = default;
+  /// Columns: the images of the unit vectors, the last one that of the origin.
   mat3(const vec3& column0, const vec3& column1, const vec3& column2);
   /// Every one of the nine elements is `d`: not a diagonal matrix.
   explicit mat3(double d);
 
-  /// The elements, by columns.
+  /// \{
+  /// The elements as an array, by columns.
   double* operator()() { return column_[0](); }
   const double* operator()() const { return column_[0](); }
+  /// \}
 
+  /// \{
   /// Column i. An index outside 0 .. 2 writes "mat3 [] operator: illegal access; index = ", the
   /// index and a line end to standard error, and the reference that comes back lies outside the
   /// matrix: it must not be used.
   vec3& operator[](int i);
   const vec3& operator[](int i) const;
+  /// \}
 
   /// By cofactors of the first row.
   double determinant() const;
+  /// Rows and columns exchanged.
   mat3 transpose() const;
   /// All zeros, for every matrix: there is no 3 x 3 inverse here.
   mat3 inverse() const;
 
+  /// Element by element.
   mat3& operator*=(double d);
   /// Multiplies by the reciprocal 1 / d: two roundings, so the last bit may differ from a division.
   mat3& operator/=(double d);
+  /// \{
+  /// Element by element.
   mat3& operator+=(const mat3& m);
   mat3& operator-=(const mat3& m);
+  /// \}
   /// Replaces every element e by f(e), in storage order.
   mat3& apply(double (*f)(double));
 
@@ -140,11 +168,14 @@ class CORNERPIN_API mat3 {
   vec3 column_[3];
 };
 
+/// \{
+/// Element by element.
 CORNERPIN_API mat2 operator-(const mat2& m);
 CORNERPIN_API mat2 operator+(const mat2& a, const mat2& b);
 CORNERPIN_API mat2 operator-(const mat2& a, const mat2& b);
 CORNERPIN_API mat2 operator*(const mat2& m, double d);
 CORNERPIN_API mat2 operator*(double d, const mat2& m);
+/// \}
 /// Multiplies by the reciprocal 1 / d.
 CORNERPIN_API mat2 operator/(const mat2& m, double d);
 /// The matrix product: b acts first.
@@ -154,11 +185,14 @@ CORNERPIN_API bool operator==(const mat2& a, const mat2& b);
 /// True with a NaN anywhere.
 CORNERPIN_API bool operator!=(const mat2& a, const mat2& b);
 
+/// \{
+/// Element by element.
 CORNERPIN_API mat3 operator-(const mat3& m);
 CORNERPIN_API mat3 operator+(const mat3& a, const mat3& b);
 CORNERPIN_API mat3 operator-(const mat3& a, const mat3& b);
 CORNERPIN_API mat3 operator*(const mat3& m, double d);
 CORNERPIN_API mat3 operator*(double d, const mat3& m);
+/// \}
 /// Multiplies by the reciprocal 1 / d.
 CORNERPIN_API mat3 operator/(const mat3& m, double d);
 /// The matrix product: b acts first.
@@ -168,9 +202,12 @@ CORNERPIN_API bool operator==(const mat3& a, const mat3& b);
 /// True with a NaN anywhere.
 CORNERPIN_API bool operator!=(const mat3& a, const mat3& b);
 
+/// Ones on the diagonal: every point stays.
 CORNERPIN_API mat3 identity2D();
+/// Moves every point by t, in its unit.
 CORNERPIN_API mat3 translation2D(const vec2& t);
-/// Counter-clockwise about `centre`.
+/// About `centre`, from the x axis towards the y axis: counter-clockwise where y points up,
+/// clockwise where it points down.
 CORNERPIN_API mat3 rotation2D(const vec2& centre, double degrees);
 /// About the origin, by s.x and s.y.
 CORNERPIN_API mat3 scaling2D(const vec2& s);
@@ -179,13 +216,20 @@ CORNERPIN_API mat3 scaling2D(const vec2& s);
 /// and the difference rounded to float. A NaN or an infinity equals everything.
 CORNERPIN_API bool eq(double a, double b);
 
+/// \{
+/// As described at the top of this page.
 CORNERPIN_API std::ostream& operator<<(std::ostream& os, const vec2& v);
 CORNERPIN_API std::ostream& operator<<(std::ostream& os, const vec3& v);
 CORNERPIN_API std::ostream& operator<<(std::ostream& os, const mat2& m);
 CORNERPIN_API std::ostream& operator<<(std::ostream& os, const mat3& m);
+/// \}
+
+/// \{
+/// As described at the top of this page, with what surprises.
 CORNERPIN_API std::istream& operator>>(std::istream& is, vec2& v);
 CORNERPIN_API std::istream& operator>>(std::istream& is, vec3& v);
 CORNERPIN_API std::istream& operator>>(std::istream& is, mat2& m);
 CORNERPIN_API std::istream& operator>>(std::istream& is, mat3& m);
+/// \}
 
 #endif

@@ -41,7 +41,8 @@ CORNERPIN_API void solveQuadratic(double a, double b, double c, int* count, doub
 ///   right to 1e-13.
 ///
 /// Intermediate values are `long double`, so the last bits depend on what that type is.
-/// Method: Viete's trigonometric and Cardano's formula.
+/// Method: G. Cardano's formula ("Ars Magna", 1545) for one real root, F. Viete's trigonometric
+/// form for three.
 CORNERPIN_API void solveCubic(double a, double b, double c, double d, int* count, double* roots);
 
 /// The roots of a x^4 + b x^3 + c x^2 + d x + e: none, two or four; those of the cubic
@@ -59,16 +60,17 @@ CORNERPIN_API void solveCubic(double a, double b, double c, double d, int* count
 /// - Four roots over [-1, 1]: 3e-16 in the median, 5e-10 at worst; two of them 1e-4 apart: 4e-13
 ///   and 2e-5; 1e-6 apart: 4e-11 and 3e-6, with a wrong count in 0.1 %.
 ///
-/// Method: L. Ferrari's, through a resolvent cubic.
+/// Method: L. Ferrari's, through a resolvent cubic (in "Ars Magna", 1545).
 CORNERPIN_API void solveQuartic(double a, double b, double c, double d, double e, int* count,
                                 double* roots);
 
+/// What stands beside the closed forms: right for every finite input.
 namespace cornerpin {
 
 /// A real root of a polynomial.
 struct RealRoot {
-  double value = 0;
-  int multiplicity = 0;
+  double value = 0;      ///< the root itself, always finite
+  int multiplicity = 0;  ///< 1 for a simple root, up to the degree
 };
 
 /// Up to four roots, ascending; a range for `for`.
@@ -76,8 +78,12 @@ struct RealRoots {
   RealRoot root[4];  ///< the first `count` are valid
   int count = 0;     ///< of distinct roots
 
+  /// \{
+  /// The valid roots as a range.
   const RealRoot* begin() const { return root; }
   const RealRoot* end() const { return root + count; }
+  /// \}
+  /// Root i, 0 .. count - 1, which is not checked.
   const RealRoot& operator[](int i) const { return root[i]; }
 };
 

@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_LINALG_INVERSE_H
 #define CORNERPIN_LINALG_INVERSE_H
 
+/// \file
+/// Inverse and determinant by LU factorisation.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/matrix.h"
 

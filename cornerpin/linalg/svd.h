@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_LINALG_SVD_H
 #define CORNERPIN_LINALG_SVD_H
 
+/// \file
+/// Singular value decomposition and least squares through it.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"

@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_SOLVER_LM_SOLVER_H
 #define CORNERPIN_SOLVER_LM_SOLVER_H
 
+/// \file
+/// The damped least-squares solver and what it asks of a problem.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"
@@ -67,13 +70,16 @@ class CORNERPIN_API MLMSolver {
   void setState(const MGenVector<float>& x);
   /// The target values, sharing storage with g; also fixes the number of values.
   void setGoal(const MGenVector<float>& g);
-  /// Step scales, one per parameter (more are ignored), sharing storage with t; empty for none.
-  /// With scales, a step whose scaled length exceeds 1 is cut to 1.
+  /// Step scales, one per parameter (more are ignored), in that parameter's unit, sharing storage
+  /// with t; empty for none. A step, each component divided by its scale, is cut to length 1, so no
+  /// parameter moves by more than its scale at once.
   void setTrust(const MGenVector<float>& t);
 
+  /// \{
   /// The starting point before `solve`, the best point found after it.
   MGenVector<float>& getState() { return state; }
   const MGenVector<float>& getState() const { return state; }
+  /// \}
 
   /// The Euclidean distance of y from the goal. The goal must be as long as y: not checked.
   float computeEpsilon(const MGenVector<float>& y) const;
@@ -81,15 +87,15 @@ class CORNERPIN_API MLMSolver {
   /// Runs the iteration. Can be called again: it starts anew from `state`.
   void solve();
 
-  MLMProblem* problem = nullptr;
-  MGenVector<float> state;     ///< the parameters x
-  MGenVector<float> goal;      ///< the target values
-  MGenVector<float> values;    ///< y at `state`
-  MGenVector<float> trust;     ///< step scales; empty means no scaling and no step limit
-  MGenMatrix<float> jacobian;  ///< the last one obtained from the problem
-  int stateSize = 0;           ///< number of parameters, from `setState`
-  int goalSize = 0;            ///< number of values, from `setGoal`
-  int maxStalls = 6;           ///< consecutive passes of too little improvement that end a solve
+  MLMProblem* problem = nullptr;  ///< not owned
+  MGenVector<float> state;        ///< the parameters x
+  MGenVector<float> goal;         ///< the target values
+  MGenVector<float> values;       ///< y at `state`
+  MGenVector<float> trust;        ///< step scales; empty means no scaling and no step limit
+  MGenMatrix<float> jacobian;     ///< the last one obtained from the problem
+  int stateSize = 0;              ///< number of parameters, from `setState`
+  int goalSize = 0;               ///< number of values, from `setGoal`
+  int maxStalls = 6;              ///< consecutive passes of too little improvement that end a solve
   /// Counted before each pass, so at most maxIterations - 1 of them evaluate a step.
   int maxIterations = 75;
   float spareTolerance = 0.001f;     ///< read by nothing

@@ -2,12 +2,15 @@
 #ifndef CORNERPIN_SOLVER_MATCHMOVE_H
 #define CORNERPIN_SOLVER_MATCHMOVE_H
 
+/// \file
+/// The match-move: a scene of tracks, and a transform for every frame.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/array.h"
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"
 
-/// One feature track over all frames of a shot.
+/// One feature track over all frames of a shot: a point on the surface that is followed.
 struct CORNERPIN_API MMatchmoveTrack {
   MGenMatrix<float> positions;  ///< frames x 2; row f is (x, y) in frame f, caller's units
   MGenVector<float> weights;    ///< one per frame; > 0 present, otherwise absent
@@ -23,6 +26,11 @@ struct CORNERPIN_API MMatchmoveTrack {
 /// base frame's tracks lie in -1 .. 1 and carry the transforms back: raw pixels end visibly short
 /// of the optimum. A residual is multiplied by the track's weight w in that frame, so its cost is
 /// w^2 r^2. Every track must have as many frames as the first one.
+///
+/// Positions and weights are not checked. A position that is NaN or infinite in a frame other than
+/// the base frame goes unnoticed: every candidate of that frame's fit is rejected, and the frame
+/// keeps its neighbour's transform. A base position of an active track that is not finite, and an
+/// infinite weight outside the base frame, throw `LvException` "nan". A NaN weight means absent.
 ///
 /// A frame whose active tracks (present in it and in the base frame) are fewer than four, or lie
 /// so that they fix no transform, is fitted like any other: it may come out useless, and it ends
@@ -47,7 +55,8 @@ class CORNERPIN_API MMatchmove {
   /// of `solve`.
   void solveBaseFrame();
 
-  /// Fits one frame, starting from the transform in `outputs[frame]`. Part of `solve`.
+  /// Fits one frame, starting from the transform in `outputs[frame]`, and leaves it alone where no
+  /// track is active or the fit throws. Part of `solve`, after the two above.
   void solveFrame(int frame);
 
   /// Maps the base-frame point p (2 elements) into a frame; `out` is resized to 2. A point on the
@@ -56,7 +65,7 @@ class CORNERPIN_API MMatchmove {
   /// reports the index.
   void project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const;
 
-  MArray<MMatchmoveTrack> tracks;
+  MArray<MMatchmoveTrack> tracks;     ///< the input; `solve` only reads them
   int spare = 0;                      ///< read and written by nothing
   int baseFrame = 0;                  ///< the frame whose transform is the identity, from 0
   int trackCount = 0;                 ///< number of tracks, from `setupOutputs`

@@ -2,6 +2,9 @@
 #ifndef CORNERPIN_SOLVER_MATCHMOVE_PROBLEM_H
 #define CORNERPIN_SOLVER_MATCHMOVE_PROBLEM_H
 
+/// \file
+/// The least-squares problem behind one frame of a match-move.
+
 #include "cornerpin/export.h"
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"
@@ -53,18 +56,20 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   /// Unpacks 8 parameters; other holders of h's storage see the change when h is 3 x 3 and
   /// ColumnMajor already. Reports "MVector length mismatch %d != %d".
   void xToMatrix(const MGenVector<float>& parameters, MGenMatrix<float>& h) const;
-  /// Packs activeCount x 2 positions into weighted values.
+  /// Packs activeCount x 2 positions into weighted values. Fewer rows or columns are reported as
+  /// indices out of range.
   void yToVector(const MGenMatrix<float>& m, MGenVector<float>& packed) const;
-  /// Unpacks weighted values into activeCount x 2 positions; m keeps its layout.
+  /// Unpacks weighted values, divided by the weights, into activeCount x 2 positions; m keeps its
+  /// layout. Too few values are reported as an index out of range.
   void yToMatrix(const MGenVector<float>& packed, MGenMatrix<float>& m) const;
 
-  MGenVector<float> x;          ///< current parameters; empty before the first `setX`
-  MGenVector<float> y;          ///< weighted projected positions at `x`
-  MGenMatrix<float> transform;  ///< `x` as a 3 x 3 matrix
-  MMatchmove* scene = nullptr;
+  MGenVector<float> x;           ///< current parameters; empty before the first `setX`
+  MGenVector<float> y;           ///< weighted projected positions at `x`
+  MGenMatrix<float> transform;   ///< `x` as a 3 x 3 matrix
+  MMatchmove* scene = nullptr;   ///< not owned
   int activeCount = 0;           ///< number of tracks taking part
   MGenVector<int> activeTracks;  ///< their indices in the scene, increasing
-  int frame = 0;
+  int frame = 0;                 ///< the frame that is fitted, from 0
 
  private:
   friend class MLMSolver;

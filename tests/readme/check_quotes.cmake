@@ -1,0 +1,51 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# cmake -DREADME=file -DEXAMPLES=folder -P check_quotes.cmake
+#
+# Fails when C++ in the README differs from the example that is named last above it, or when an
+# example is not quoted at all. A block with a main function is no quote: it is run by itself.
+cmake_minimum_required(VERSION 3.20)
+
+set(problems "")
+set(quoted "")
+set(example "")
+file(READ "${README}" rest)
+while(TRUE)
+  string(FIND "${rest}" "\n```cpp\n" begin)
+  if(begin EQUAL -1)
+    break()
+  endif()
+  string(SUBSTRING "${rest}" 0 ${begin} above)
+  math(EXPR begin "${begin} + 8")
+  string(SUBSTRING "${rest}" ${begin} -1 rest)
+  string(FIND "${rest}" "\n```\n" end)
+  string(SUBSTRING "${rest}" 0 ${end} block)
+  string(SUBSTRING "${rest}" ${end} -1 rest)
+  if(block MATCHES "int main")
+    continue()
+  endif()
+
+  if(above MATCHES ".*examples/([a-z_]+)[.]cpp")
+    set(example "${CMAKE_MATCH_1}")
+  elseif(NOT example)
+    string(APPEND problems "no example is named above:\n${block}\n")
+    continue()
+  endif()
+  list(APPEND quoted ${example})
+  file(READ "${EXAMPLES}/${example}.cpp" source)
+  string(FIND "${source}" "\n${block}\n" found)
+  if(found EQUAL -1)
+    string(APPEND problems "examples/${example}.cpp does not say:\n${block}\n")
+  endif()
+endwhile()
+
+file(GLOB examples RELATIVE "${EXAMPLES}" "${EXAMPLES}/*.cpp")
+foreach(example IN LISTS examples)
+  string(REPLACE ".cpp" "" example "${example}")
+  if(NOT example IN_LIST quoted)
+    string(APPEND problems "examples/${example}.cpp is not quoted\n")
+  endif()
+endforeach()
+
+if(problems)
+  message(FATAL_ERROR "${README}:\n${problems}")
+endif()
