@@ -403,6 +403,17 @@ TEST(GuardedClosestPoint, SurvivesNumbersOfAnySize) {
   EXPECT_EQ(beyond._x, HUGE_VAL);
 }
 
+// The coordinates of the offset are 1e330 and more apart here.
+TEST(GuardedClosestPoint, KeepsASmallCoordinateBesideAHugeOne) {
+  expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2e-30, 0), Wide(0, 0), Wide(1e-30, 1e300)),
+              1e-30, 0);
+  expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2e-30, 0), Wide(0, 0), Wide(-1e-30, -1e300)),
+              -1e-30, 0);
+  const Wide q = closestPointOnEllipse(Wide(0, 0), Wide(0x1p857, 0), Wide(0, 0x1p925),
+                                       Wide(-0x1p-934, 0x1p319));
+  EXPECT_LT(q._x, 0);  // inside the evolute, on the side of p
+}
+
 TEST(GuardedClosestPoint, ScalesExactly) {
   const Wide q = closestPointOnEllipse(Wide(0.1, 0.2), Wide(2, 0.3), Wide(-0.1, 1), Wide(0.7, 1.9));
   for (int e : {-900, -300, 300, 900}) {
