@@ -233,6 +233,39 @@ TEST(NormalPointsOnEllipse, OfTheCentreAreTheEndsOfBothAxes) {
   }
 }
 
+TEST(NormalPointsOnEllipse, OfADoubleRootAreTheLowerPointThenTheUpperOne) {
+  // The four roots for the centre are 3, 0, 0, -3: an even place takes the lower point.
+  Points out;
+  normalPointsOnEllipse({0, 0}, {3, 0}, {0, 2}, {0, 0}, out);
+  ASSERT_EQ(out.size(), 4);
+  int seen = 0;
+  for (int k = 0; k < 4; ++k) {
+    if (std::fabs(out[k]._x) > 1) continue;
+    EXPECT_EQ(out[k]._y, k % 2 == 0 ? -2 : 2) << k;
+    ++seen;
+  }
+  EXPECT_EQ(seen, 2);
+}
+
+TEST(NormalPointsOnEllipse, OfParallelAxesTakeTheFrameForItsInverse) {
+  // u = v = (1, 0): the frame sends (1, 1) to (2, 0), whose normal points on the unit circle are
+  // x = -1 and x = 1. Taken as local itself, (1, 1) would give x = -0.7 and 0.7.
+  Points out;
+  normalPointsOnEllipse({0, 0}, {1, 0}, {1, 0}, {1, 1}, out);
+  ASSERT_EQ(out.size(), 2);
+  expectPoint(out[0], -1, 0);
+  expectPoint(out[1], 1, 0);
+  expectPoint(closestPointOnEllipse({0, 0}, {1, 0}, {1, 0}, {1, 1}), 1, 0);
+}
+
+TEST(NormalPointsOnEllipse, AllocateTheirOutputOnly) {
+  Points out;
+  const std::size_t before = allocations::made();
+  normalPointsOnEllipse({0, 0}, {3, 0}, {0, 2}, {0.25f, 0.5f}, out);
+  EXPECT_EQ(allocations::made(), before + 1);
+  EXPECT_GT(out.size(), 0);
+}
+
 TEST(NormalPointsOnEllipse, HaveTheBitsOfTheirFormulas) {
   std::mt19937_64 generator(kSeed);
   std::uniform_real_distribution<float> unit(-1, 1);
@@ -275,6 +308,13 @@ TEST(NormalPointsOnEllipse, MayOverwriteTheirArguments) {
 }
 
 TEST(ClosestPointOnEllipse, OfAPointBeyondTheLongAxisIsItsEnd) {
+  expectPoint(closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {3, 0}), 2, 0);
+}
+
+TEST(ClosestPointOnEllipse, ANaNThatComesFirstYieldsToAnyNumber) {
+  Points points;
+  normalPointsOnEllipse({0, 0}, {2, 0}, {0, 1}, {3, 0}, points);
+  ASSERT_TRUE(std::isnan(points[0]._y));
   expectPoint(closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {3, 0}), 2, 0);
 }
 

@@ -302,6 +302,20 @@ TEST(PlanarAffineEq, IsStrictAndKeepsTheToleranceInDouble) {
   EXPECT_TRUE(eq(std::nextafter(0.001f, 0.0f), 0));
 }
 
+TEST(PlanarAffineEq, AddsTheSizesInSinglePrecision) {
+  // 3e38 + 1e38 is beyond the range of float, so the tolerance is infinite.
+  EXPECT_TRUE(eq(3e38, 1e38));
+  EXPECT_FALSE(eq(3e38, -3e38));  // here the difference is infinite as well
+}
+
+TEST(PlanarAffineEq, SubtractsInDouble) {
+  // The floats next to a and b differ by more than 0.001, a and b by less.
+  const double a = (13421772 - 0.4) * 0x1p-25, b = (13421772 - 33555 + 0.4) * 0x1p-25;
+  ASSERT_GT(static_cast<float>(a) - static_cast<float>(b), 0.001);
+  ASSERT_LT(a - b, 0.001);
+  EXPECT_TRUE(eq(a, b));
+}
+
 TEST(PlanarAffineEq, NonFiniteEqualsEverything) {
   EXPECT_TRUE(eq(kInfinity, 3));
   EXPECT_TRUE(eq(3, -kInfinity));
@@ -389,6 +403,36 @@ TEST(PlanarAffineText, ReadingFromAFailedStreamDoesNotReturn) {
     vec2 v;
     is >> v;
   }));
+}
+
+TEST(PlanarAffineText, ReadingAMatrixWithABadColumnBeforeTheLastDoesNotReturn) {
+  EXPECT_TRUE(readingDoesNotReturn<mat2>("| 1 x | | 3 4 |"));
+}
+
+TEST(PlanarAffineText, ABarAsTheLastCharacterLeavesTheStreamGood) {
+  std::istringstream is("| 1 2 |");
+  vec2 v;
+  is >> v;
+  EXPECT_TRUE(is.good());
+  EXPECT_EQ(elements(v), (Elements{1, 2}));
+}
+
+TEST(PlanarAffineText, ABadStreamLeavesTheTargetAlone) {
+  // Hands out its text, then fails as a broken device does.
+  struct Broken : std::stringbuf {
+    using std::stringbuf::stringbuf;
+    int_type underflow() override {
+      const int_type next = std::stringbuf::underflow();
+      if (next == traits_type::eof()) throw 1;
+      return next;
+    }
+  };
+  Broken buffer("| 1 2", std::ios::in);
+  std::istream is(&buffer);
+  vec2 v(8, 9);
+  is >> v;
+  EXPECT_TRUE(is.bad());
+  EXPECT_EQ(elements(v), (Elements{8, 9}));
 }
 
 TEST(PlanarAffineText, AStreamThatThrowsEndsTheSearchForTheFirstCharacter) {
