@@ -281,10 +281,13 @@ TEST(PlanarAffineBuilders, RotationIsCounterClockwiseAboutItsCentre) {
 }
 
 TEST(PlanarAffineBuilders, RotationHasTheBitsOfItsFormula) {
-  const double angle = 3.141592653589793 * 33.3 / 180;
-  const double c = std::cos(angle), s = std::sin(angle);
-  EXPECT_EQ(elements(rotation2D({0.1, 0.7}, 33.3)),
-            (Elements{c, s, 0, -s, c, 0, (1 - c) * 0.1 + s * 0.7, (1 - c) * 0.7 - s * 0.1, 1}));
+  for (double degrees = -400; degrees < 400; degrees += 7.3) {
+    const double angle = 3.141592653589793 * degrees / 180;
+    const double c = std::cos(angle), s = std::sin(angle);
+    EXPECT_EQ(elements(rotation2D({0.1, 0.7}, degrees)),
+              (Elements{c, s, 0, -s, c, 0, (1 - c) * 0.1 + s * 0.7, (1 - c) * 0.7 - s * 0.1, 1}))
+        << degrees;
+  }
 }
 
 TEST(PlanarAffineEq, ComparesToAThousandth) {
@@ -296,10 +299,24 @@ TEST(PlanarAffineEq, ComparesToAThousandth) {
   EXPECT_FALSE(eq(1e6, -1e6));
 }
 
-TEST(PlanarAffineEq, IsStrictAndKeepsTheToleranceInDouble) {
+TEST(PlanarAffineEq, OfSmallNumbersAllowsLessThanAThousandth) {
   // (float)0.001 is above the double 0.001, so a difference of that size is too large.
   EXPECT_FALSE(eq(0.001, 0));
   EXPECT_TRUE(eq(std::nextafter(0.001f, 0.0f), 0));
+}
+
+TEST(PlanarAffineEq, KeepsTheToleranceInDouble) {
+  int told = 0;
+  for (float s = 1.5f; s < 1.51f; s = std::nextafter(s, 2.0f)) {
+    float difference = float(s * 0.001);
+    if (difference < s * 0.001) difference = std::nextafter(difference, 1.0f);
+    const double a = (double(s) + difference) / 2, b = (double(s) - difference) / 2;
+    // A tolerance in float would let this difference pass.
+    if (!(s * 0.001f > difference) || float(a) + float(b) != s) continue;
+    EXPECT_FALSE(eq(a, b)) << s;
+    ++told;
+  }
+  EXPECT_GT(told, 10);
 }
 
 TEST(PlanarAffineEq, AddsTheSizesInSinglePrecision) {

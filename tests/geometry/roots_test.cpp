@@ -390,6 +390,13 @@ TEST(SolveQuartic, LosesTheRealRootsOfXToTheFourthMinusOne) {
   EXPECT_EQ(closedForm({1, 0, 0, 0, -1}).count, 0);
 }
 
+TEST(SolveQuartic, SearchesTheResolventRootFromMinus1e99Upwards) {
+  // The resolvent's root comes out as minus infinity, so y = -1e99 stands: W = 1e102 - 2e99.
+  const Solution s = closedForm({1, 0, -1e102, 0, -1e204});
+  EXPECT_EQ(s.count, 4);
+  EXPECT_NEAR(s.roots[0], 1e51, 1e48);
+}
+
 TEST(SolveQuartic, SlotsPastTheCountHoldTheRealPartsShifted) {
   // (x - 1)(x - 5)(x^2 + 2x + 10): the complex pair is -1 +- 3i.
   const Solution two = closedForm({1, -4, 3, -50, 50});
@@ -488,6 +495,14 @@ TEST(RealRoots, OfEveryIntegerDoubleRootAreFound) {
 
 TEST(RealRoots, ThatRoundToTheSameDoubleAreOneEntry) {
   expectRoots(realRoots(-0x1p900, 0x1p-900, 0), {{0, 2}});  // 0 and 2^-1800
+}
+
+TEST(RealRoots, CountAsOneUpToEightEpsOfTheTerms) {
+  // At 1 the terms add up to 4, so the limit is 32 eps.
+  expectRoots(realRoots(1, -2, 1 - 31 * kEps), {{1, 2}});
+  expectRoots(realRoots(1, -2, 1 + 31 * kEps), {{1, 2}});
+  EXPECT_EQ(realRoots(1, -2, 1 - 33 * kEps).count, 2);
+  EXPECT_EQ(realRoots(1, -2, 1 + 33 * kEps).count, 0);
 }
 
 TEST(RealRoots, TellARoundedDoubleRootFromTwoCloseOnes) {
