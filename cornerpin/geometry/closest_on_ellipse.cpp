@@ -202,6 +202,10 @@ int unitsOf(const LvVector2<double>& A, const LvVector2<double>& B) {
   return std::abs(exponent) <= 400 ? 0 : exponent;
 }
 
+// Offsets are brought to about 2^kHeadroom: products with the axes stay finite, and a coordinate
+// far below the other one keeps its digits.
+constexpr int kHeadroom = 500;
+
 Vector offset(const LvVector2<double>& p, const LvVector2<double>& c, int* exponent) {
   *exponent = std::max(largest(p), largest(c)) > kLarge ? kUnits : 0;
   const Vector to = vectorOf(p, -*exponent);
@@ -225,7 +229,7 @@ LvVector2<double> closestPointOnEllipse(const LvVector2<double>& c, const LvVect
   const int size = unitsOf(A, B);  // the axes are handled in units of 2^size
   int units = 0;
   const Vector d = offset(p, c, &units);
-  const int reach = exponentOf(d);
+  const int reach = exponentOf(d) - kHeadroom;
   const Axes axes = axesOf(vectorOf(A, -size), vectorOf(B, -size));
   const Foot foot = footOf(axes, scaled(d, -reach), reach + units - size);
   const DoubleDouble x = axes.major.x * foot.u + axes.minor.x * foot.v;

@@ -24,8 +24,9 @@
 ///   transposed.
 /// - Reading from a stream that has nothing but white space left never returns, nor does reading
 ///   from a stream that has failed already: the search for the first character does not look at
-///   the state of the stream. A stream that throws on failure (`exceptions(std::ios::failbit)`)
-///   ends it. Check `(in >> std::ws).eof()` beforehand.
+///   the state of the stream. A matrix with a malformed column before its last one ends up there
+///   too. A stream that throws on failure (`exceptions(std::ios::failbit)`) ends it. Check
+///   `(in >> std::ws).eof()` beforehand.
 /// - Behind numbers with an opening bar, the next character other than white space is consumed,
 ///   whatever it is; where there is none the read fails.
 /// - A matrix stays unassigned when its last number is also the end of the stream, which only

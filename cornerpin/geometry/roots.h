@@ -90,7 +90,8 @@ struct RealRoots {
 /// Every real root of a x^2 + b x + c, sorted, with multiplicities.
 ///
 /// Leading zeros lower the degree, down to a constant, which has no roots. Roots beyond the range
-/// of `double` are left out. Coefficients may be of any size: nothing overflows on the way.
+/// of `double` are left out, and roots that round to the same `double`, such as 0 and 1e-400, are
+/// one entry. Coefficients may be of any size: nothing overflows on the way.
 ///
 /// A root is multiple when the coefficients cannot tell it from one: at a root x of the derivative
 /// the polynomial is no larger than 8 eps (eps = 2^-52) times the sum of its absolute terms, so

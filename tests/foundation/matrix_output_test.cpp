@@ -63,6 +63,12 @@ TEST(MatrixOutput, KeepsThePointWhenAllDecimalsGo) {
   EXPECT_EQ(text(100.0), "[[ 100. ]]\n");
 }
 
+TEST(MatrixOutput, WidthsFollowTheTrimmedTexts) {
+  // 100.000000 is the longest before the zeros go, 0.123456 afterwards.
+  EXPECT_EQ(text(matrix<double>(3, 1, {0.123456, 100, -2})),
+            "[[ 0.123456 ]\n [     100. ]\n [      -2. ]]\n");
+}
+
 TEST(MatrixOutput, HasSixDecimals) {
   EXPECT_EQ(text(1.0 / 3), "[[ 0.333333 ]]\n");
   EXPECT_EQ(text(1e-7), "[[ 0. ]]\n");
@@ -77,7 +83,9 @@ TEST(MatrixOutput, WritesNonFiniteNumbers) {
 }
 
 TEST(MatrixOutput, WritesTheLargestNumbersInFull) {
-  EXPECT_EQ(text(-std::numeric_limits<double>::max()).size(), 4 + 1 + 309 + 1 + 3u);
+  const double lowest = -std::numeric_limits<double>::max();
+  EXPECT_EQ(text(lowest).size(), 4 + 1 + 309 + 1 + 3u);
+  EXPECT_EQ(std::stod(text(lowest).substr(3)), lowest);
   EXPECT_EQ(text(std::numeric_limits<double>::denorm_min()), "[[ 0. ]]\n");
   EXPECT_EQ(text(matrix<int>(1, 1, {std::numeric_limits<int>::min()})), "[[ -2147483648 ]]\n");
 }

@@ -233,6 +233,39 @@ TEST(NormalPointsOnEllipse, OfTheCentreAreTheEndsOfBothAxes) {
   }
 }
 
+TEST(NormalPointsOnEllipse, OfADoubleRootAreTheLowerPointThenTheUpperOne) {
+  // The four roots for the centre are 3, 0, 0, -3: an even place takes the lower point.
+  Points out;
+  normalPointsOnEllipse({0, 0}, {3, 0}, {0, 2}, {0, 0}, out);
+  ASSERT_EQ(out.size(), 4);
+  int seen = 0;
+  for (int k = 0; k < 4; ++k) {
+    if (std::fabs(out[k]._x) > 1) continue;
+    EXPECT_EQ(out[k]._y, k % 2 == 0 ? -2 : 2) << k;
+    ++seen;
+  }
+  EXPECT_EQ(seen, 2);
+}
+
+TEST(NormalPointsOnEllipse, OfParallelAxesTakeTheFrameForItsInverse) {
+  // u = v = (1, 0): the frame sends (1, 1) to (2, 0), whose normal points on the unit circle are
+  // x = -1 and x = 1. Taken as local itself, (1, 1) would give x = -0.7 and 0.7.
+  Points out;
+  normalPointsOnEllipse({0, 0}, {1, 0}, {1, 0}, {1, 1}, out);
+  ASSERT_EQ(out.size(), 2);
+  expectPoint(out[0], -1, 0);
+  expectPoint(out[1], 1, 0);
+  expectPoint(closestPointOnEllipse({0, 0}, {1, 0}, {1, 0}, {1, 1}), 1, 0);
+}
+
+TEST(NormalPointsOnEllipse, AllocateTheirOutputOnly) {
+  Points out;
+  const std::size_t before = allocations::made();
+  normalPointsOnEllipse({0, 0}, {3, 0}, {0, 2}, {0.25f, 0.5f}, out);
+  EXPECT_EQ(allocations::made(), before + 1);
+  EXPECT_GT(out.size(), 0);
+}
+
 TEST(NormalPointsOnEllipse, HaveTheBitsOfTheirFormulas) {
   std::mt19937_64 generator(kSeed);
   std::uniform_real_distribution<float> unit(-1, 1);
@@ -246,6 +279,11 @@ TEST(NormalPointsOnEllipse, HaveTheBitsOfTheirFormulas) {
     if (n % 50 == 0) q[generator() % 4]._x = n % 100 == 0 ? kInfinity : kNaN;
     if (n % 50 == 1) q[2] = q[1];  // a singular frame
     if (n % 50 == 2) q[1] = q[2] = {0.5f, 0};
+    if (n % 5 == 3) {  // next to the first axis, where the sides nearly tie
+      q[0] = {0, 0};
+      const float y = 1e-7f * unit(generator);
+      q[3] = {q[1]._x + y * q[2]._x, q[1]._y + y * q[2]._y};
+    }
     Points found;
     normalPointsOnEllipse(q[0], q[1], q[2], q[3], found);
     const std::vector<Point> expected = secondNormalPoints(q[0], q[1], q[2], q[3]);
@@ -275,6 +313,13 @@ TEST(NormalPointsOnEllipse, MayOverwriteTheirArguments) {
 }
 
 TEST(ClosestPointOnEllipse, OfAPointBeyondTheLongAxisIsItsEnd) {
+  expectPoint(closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {3, 0}), 2, 0);
+}
+
+TEST(ClosestPointOnEllipse, ANaNThatComesFirstYieldsToAnyNumber) {
+  Points points;
+  normalPointsOnEllipse({0, 0}, {2, 0}, {0, 1}, {3, 0}, points);
+  ASSERT_TRUE(std::isnan(points[0]._y));
   expectPoint(closestPointOnEllipse({0, 0}, {2, 0}, {0, 1}, {3, 0}), 2, 0);
 }
 
@@ -401,6 +446,17 @@ TEST(GuardedClosestPoint, SurvivesNumbersOfAnySize) {
               tiny);
   const Wide beyond = closestPointOnEllipse(Wide(big, 0), Wide(big, 0), Wide(0, big), Wide(big, 0));
   EXPECT_EQ(beyond._x, HUGE_VAL);
+}
+
+// The coordinates of the offset are 1e330 and more apart here.
+TEST(GuardedClosestPoint, KeepsASmallCoordinateBesideAHugeOne) {
+  expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2e-30, 0), Wide(0, 0), Wide(1e-30, 1e300)),
+              1e-30, 0);
+  expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2e-30, 0), Wide(0, 0), Wide(-1e-30, -1e300)),
+              -1e-30, 0);
+  const Wide q = closestPointOnEllipse(Wide(0, 0), Wide(0x1p857, 0), Wide(0, 0x1p925),
+                                       Wide(-0x1p-934, 0x1p319));
+  EXPECT_LT(q._x, 0);  // inside the evolute, on the side of p
 }
 
 TEST(GuardedClosestPoint, ScalesExactly) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cornerpin/foundation/exception.h"
+#include "tests/support/allocations.h"
 
 namespace {
 
@@ -55,6 +56,15 @@ TEST(MModError, ThrowsWithMessageFileAndLine) {
   EXPECT_STREQ(e.message.c_str(), "x");
   EXPECT_STREQ(e.file.c_str(), "MMod");
   EXPECT_EQ(e.line, 7);
+}
+
+TEST(MModError, ReleasesItsTexts) {
+  allocations::expectNoLeakOnAnyFailure([] {
+    try {
+      _MMod_error("a message long enough to need memory of its own", "MMod", 7);
+    } catch (const LvIllegalArgumentException&) {
+    }
+  });
 }
 
 TEST(MModError, TakesNullForAnEmptyText) {

@@ -281,10 +281,13 @@ TEST(PlanarAffineBuilders, RotationIsCounterClockwiseAboutItsCentre) {
 }
 
 TEST(PlanarAffineBuilders, RotationHasTheBitsOfItsFormula) {
-  const double angle = 3.141592653589793 * 33.3 / 180;
-  const double c = std::cos(angle), s = std::sin(angle);
-  EXPECT_EQ(elements(rotation2D({0.1, 0.7}, 33.3)),
-            (Elements{c, s, 0, -s, c, 0, (1 - c) * 0.1 + s * 0.7, (1 - c) * 0.7 - s * 0.1, 1}));
+  for (double degrees = -400; degrees < 400; degrees += 7.3) {
+    const double angle = 3.141592653589793 * degrees / 180;
+    const double c = std::cos(angle), s = std::sin(angle);
+    EXPECT_EQ(elements(rotation2D({0.1, 0.7}, degrees)),
+              (Elements{c, s, 0, -s, c, 0, (1 - c) * 0.1 + s * 0.7, (1 - c) * 0.7 - s * 0.1, 1}))
+        << degrees;
+  }
 }
 
 TEST(PlanarAffineEq, ComparesToAThousandth) {
@@ -296,10 +299,38 @@ TEST(PlanarAffineEq, ComparesToAThousandth) {
   EXPECT_FALSE(eq(1e6, -1e6));
 }
 
-TEST(PlanarAffineEq, IsStrictAndKeepsTheToleranceInDouble) {
+TEST(PlanarAffineEq, OfSmallNumbersAllowsLessThanAThousandth) {
   // (float)0.001 is above the double 0.001, so a difference of that size is too large.
   EXPECT_FALSE(eq(0.001, 0));
   EXPECT_TRUE(eq(std::nextafter(0.001f, 0.0f), 0));
+}
+
+TEST(PlanarAffineEq, KeepsTheToleranceInDouble) {
+  int told = 0;
+  for (float s = 1.5f; s < 1.51f; s = std::nextafter(s, 2.0f)) {
+    float difference = float(s * 0.001);
+    if (difference < s * 0.001) difference = std::nextafter(difference, 1.0f);
+    const double a = (double(s) + difference) / 2, b = (double(s) - difference) / 2;
+    // A tolerance in float would let this difference pass.
+    if (!(s * 0.001f > difference) || float(a) + float(b) != s) continue;
+    EXPECT_FALSE(eq(a, b)) << s;
+    ++told;
+  }
+  EXPECT_GT(told, 10);
+}
+
+TEST(PlanarAffineEq, AddsTheSizesInSinglePrecision) {
+  // 3e38 + 1e38 is beyond the range of float, so the tolerance is infinite.
+  EXPECT_TRUE(eq(3e38, 1e38));
+  EXPECT_FALSE(eq(3e38, -3e38));  // here the difference is infinite as well
+}
+
+TEST(PlanarAffineEq, SubtractsInDouble) {
+  // The floats next to a and b differ by more than 0.001, a and b by less.
+  const double a = (13421772 - 0.4) * 0x1p-25, b = (13421772 - 33555 + 0.4) * 0x1p-25;
+  ASSERT_GT(static_cast<float>(a) - static_cast<float>(b), 0.001);
+  ASSERT_LT(a - b, 0.001);
+  EXPECT_TRUE(eq(a, b));
 }
 
 TEST(PlanarAffineEq, NonFiniteEqualsEverything) {
@@ -389,6 +420,36 @@ TEST(PlanarAffineText, ReadingFromAFailedStreamDoesNotReturn) {
     vec2 v;
     is >> v;
   }));
+}
+
+TEST(PlanarAffineText, ReadingAMatrixWithABadColumnBeforeTheLastDoesNotReturn) {
+  EXPECT_TRUE(readingDoesNotReturn<mat2>("| 1 x | | 3 4 |"));
+}
+
+TEST(PlanarAffineText, ABarAsTheLastCharacterLeavesTheStreamGood) {
+  std::istringstream is("| 1 2 |");
+  vec2 v;
+  is >> v;
+  EXPECT_TRUE(is.good());
+  EXPECT_EQ(elements(v), (Elements{1, 2}));
+}
+
+TEST(PlanarAffineText, ABadStreamLeavesTheTargetAlone) {
+  // Hands out its text, then fails as a broken device does.
+  struct Broken : std::stringbuf {
+    using std::stringbuf::stringbuf;
+    int_type underflow() override {
+      const int_type next = std::stringbuf::underflow();
+      if (next == traits_type::eof()) throw 1;
+      return next;
+    }
+  };
+  Broken buffer("| 1 2", std::ios::in);
+  std::istream is(&buffer);
+  vec2 v(8, 9);
+  is >> v;
+  EXPECT_TRUE(is.bad());
+  EXPECT_EQ(elements(v), (Elements{8, 9}));
 }
 
 TEST(PlanarAffineText, AStreamThatThrowsEndsTheSearchForTheFirstCharacter) {

@@ -309,6 +309,35 @@ TEST(SolveCubic, OneRootHasSinglePrecisionOnly) {
   EXPECT_GT(error, 1000 * kEps);
 }
 
+// The sum under the cube root lies just above the middle of two floats, closer than a double can
+// tell from the middle itself. So it goes up, where a rounding to double first would send it to
+// the even neighbour below.
+TEST(SolveCubic, RoundsTheSumUnderTheCubeRootToFloatAtOnce) {
+  int told = 0;
+  for (int n = 0; n < 400; ++n) {
+    const float below = 1 + float(2 * n) * 0x1p-23f;  // an even last bit
+    const float above = std::nextafter(below, 2.0f);
+    const double middle = (double(below) + double(above)) / 2;
+    const double a = 3.1 + n * 0.0137;
+    const double d = middle * a;
+    const long double excess = static_cast<long double>(d) / a - middle;
+    const float byExcess = powf(above, 0.33333334f);
+    if (!(excess > 0x1p-62L) || powf(below, 0.33333334f) == byExcess) continue;
+    const Solution s = closedForm({a, 0, 0, d});
+    ASSERT_EQ(s.count, 1);
+    ASSERT_EQ(s.roots[0], -double(byExcess)) << n;
+    ++told;
+  }
+  EXPECT_GT(told, 10);
+}
+
+TEST(SolveCubic, RKeepsItsSignAtZero) {
+  // x^3 + 3x: Q = -1, R = 0, so S = 1, T = -1 and the root is -(S + T).
+  EXPECT_EQ(closedForm({1, 0, 3, 0}).count, 1);
+  EXPECT_EQ(closedForm({1, 0, 3, 0}).roots[0], 0);
+  EXPECT_TRUE(std::signbit(closedForm({1, 0, 3, 0}).roots[0]));
+}
+
 TEST(SolveCubic, ADoubleRootWithZeroDiscriminantComesTwice) {
   const Solution s = closedForm({1, 0, -3, 2});  // 1, 1, -2
   EXPECT_EQ(s.count, 3);
@@ -349,6 +378,7 @@ TEST(SolveQuartic, ANegligibleLeadingCoefficientIsDropped) {
   EXPECT_EQ(closedForm({1e-6, 1, -6, 11, -6}).count, 3);
   EXPECT_EQ(closedForm({-1e-6, -1, 6, -11, 6}).count, 3);
   EXPECT_EQ(closedForm({1.1e-5, 1, -6, 11, -6}).count, 4);
+  EXPECT_EQ(closedForm({1e-5, 1, -6, 11, -6}).count, 4);  // the limit itself is not below it
 }
 
 TEST(SolveQuartic, ASmallLeadingCoefficientBesideNoCubicTermIsNot) {
@@ -360,12 +390,26 @@ TEST(SolveQuartic, LosesTheRealRootsOfXToTheFourthMinusOne) {
   EXPECT_EQ(closedForm({1, 0, 0, 0, -1}).count, 0);
 }
 
+TEST(SolveQuartic, SearchesTheResolventRootFromMinus1e99Upwards) {
+  // The resolvent's root comes out as minus infinity, so y = -1e99 stands: W = 1e102 - 2e99.
+  const Solution s = closedForm({1, 0, -1e102, 0, -1e204});
+  EXPECT_EQ(s.count, 4);
+  EXPECT_NEAR(s.roots[0], 1e51, 1e48);
+}
+
 TEST(SolveQuartic, SlotsPastTheCountHoldTheRealPartsShifted) {
   // (x - 1)(x - 5)(x^2 + 2x + 10): the complex pair is -1 +- 3i.
   const Solution two = closedForm({1, -4, 3, -50, 50});
   ASSERT_EQ(two.count, 2);
   EXPECT_NEAR(two.roots[2], -1, 1e-6);
   EXPECT_EQ(two.roots[3], two.roots[2]);
+  // Mirrored, the real roots come from the other factor; the larger one stays first.
+  const Solution mirrored = closedForm({1, 4, 3, 50, 50});
+  ASSERT_EQ(mirrored.count, 2);
+  EXPECT_NEAR(mirrored.roots[0], -1, 1e-6);
+  EXPECT_NEAR(mirrored.roots[1], -5, 1e-6);
+  EXPECT_NEAR(mirrored.roots[2], 1, 1e-6);
+  EXPECT_EQ(mirrored.roots[3], mirrored.roots[2]);
   // (x^2 - 2x + 2)(x^2 + 4x + 20): the pairs are 1 +- i and -2 +- 4i.
   const Solution none = closedForm({1, 2, 14, -32, 40});
   ASSERT_EQ(none.count, 0);
@@ -447,6 +491,18 @@ TEST(RealRoots, OfEveryIntegerDoubleRootAreFound) {
       expectRoots(found, r < s ? Expected{twice, once} : Expected{once, twice});
     }
   }
+}
+
+TEST(RealRoots, ThatRoundToTheSameDoubleAreOneEntry) {
+  expectRoots(realRoots(-0x1p900, 0x1p-900, 0), {{0, 2}});  // 0 and 2^-1800
+}
+
+TEST(RealRoots, CountAsOneUpToEightEpsOfTheTerms) {
+  // At 1 the terms add up to 4, so the limit is 32 eps.
+  expectRoots(realRoots(1, -2, 1 - 31 * kEps), {{1, 2}});
+  expectRoots(realRoots(1, -2, 1 + 31 * kEps), {{1, 2}});
+  EXPECT_EQ(realRoots(1, -2, 1 - 33 * kEps).count, 2);
+  EXPECT_EQ(realRoots(1, -2, 1 + 33 * kEps).count, 0);
 }
 
 TEST(RealRoots, TellARoundedDoubleRootFromTwoCloseOnes) {
