@@ -91,6 +91,16 @@ TEST(MDeriv, AssignmentOfAnotherCountAllocatesOnce) {
   EXPECT_TRUE(same(a, 4, {5, 6, 7}));
 }
 
+TEST(MDeriv, AssignmentOfFewerDerivativesAllocatesAnArrayOfThatSize) {
+  Number a = number(3, {1, 2, 3});
+  const Number b = number(4, {5});
+  const std::size_t live = allocations::live();
+  EXPECT_EQ(allocationsOf([&] { a = b; }), 1u);
+  EXPECT_EQ(allocations::live(), live);
+  EXPECT_TRUE(same(a, 4, {5}));
+  EXPECT_EQ(a.d(1), 0.0);
+}
+
 TEST(MDeriv, AssignmentOfAConstantReleasesTheArray) {
   Number a = number(3, {1, 2});
   const std::size_t live = allocations::live();
@@ -327,6 +337,16 @@ TEST(MDerivAllocations, OtherCompoundsAllocateTheirResult) {
   EXPECT_EQ(allocationsOf([&] { a += b; }), 1u);
   EXPECT_EQ(allocationsOf([&] { a -= b; }), 1u);
   EXPECT_EQ(allocationsOf([&] { a *= b; }), 1u);
+}
+
+TEST(MDerivAllocations, OtherCompoundsWithMoreDerivativesAllocateTheResultAndTheCopy) {
+  const Number b = number(5, {0, 1});
+  Number sum = number(3, {1}), difference = sum, product = sum;
+  const std::size_t live = allocations::live();
+  EXPECT_EQ(allocationsOf([&] { sum += b; }), 2u);
+  EXPECT_EQ(allocationsOf([&] { difference -= b; }), 2u);
+  EXPECT_EQ(allocationsOf([&] { product *= b; }), 2u);
+  EXPECT_EQ(allocations::live(), live);
 }
 
 }  // namespace

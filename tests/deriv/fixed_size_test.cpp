@@ -109,6 +109,49 @@ TEST(LvMatrix44OfDerivatives, TransformsInPlaceToTheBit) {
   EXPECT_TRUE(same(q._y, (m(1, 0) * x + m(1, 1) * y + m(1, 3)) / planeW));
 }
 
+TEST(LvMatrix44OfDerivatives, TransformsHomogeneousPointsInPlaceToTheBit) {
+  Random random(47);
+  const NumberMatrix m = random.numberMatrix();
+  const Number x = random.number(), y = random.number(), z = random.number(), w = random.number();
+  NumberVector4 p(x, y, z, w);
+  m.transform(p, p);
+  const Number* const out[] = {&p._x, &p._y, &p._z, &p._w};
+  for (int r = 0; r < 4; ++r) {
+    EXPECT_TRUE(same(*out[r], m(r, 0) * x + m(r, 1) * y + m(r, 2) * z + m(r, 3) * w)) << r;
+  }
+}
+
+TEST(LvMatrix44OfDerivatives, RotationHasOneFormToTheBit) {
+  Random random(48);
+  const Number w = random.number(), x = random.number(), y = random.number(), z = random.number();
+  const Number s = 2.0 / (w * w + x * x + y * y + z * z);
+  const Number xs = x * s, ys = y * s, zs = z * s;
+  const Number wx = w * xs, wy = w * ys, wz = w * zs, xx = x * xs, xy = x * ys, xz = x * zs;
+  const Number yy = y * ys, yz = y * zs, zz = z * zs;
+  const Number expected[3][3] = {{1.0 - (yy + zz), xy - wz, xz + wy},
+                                 {xy + wz, 1.0 - (xx + zz), yz - wx},
+                                 {xz - wy, yz + wx, 1.0 - (xx + yy)}};
+  NumberMatrix m = random.numberMatrix();
+  m.setRotationFromQuaternion(NumberQuat(w, x, y, z));
+  for (int r = 0; r < 3; ++r) {
+    for (int c = 0; c < 3; ++c) EXPECT_TRUE(same(m(r, c), expected[r][c])) << r << ", " << c;
+    EXPECT_TRUE(same(m(r, 3), 0, {}));
+    EXPECT_TRUE(same(m(3, r), 0, {}));
+  }
+  EXPECT_TRUE(same(m(3, 3), 1, {}));
+}
+
+TEST(LvMatrix44OfDerivatives, LeftRotateIsTheRotationTimesTheMatrixToTheBit) {
+  Random random(49);
+  NumberMatrix m = random.numberMatrix();
+  const NumberQuat q(random.number(), random.number(), random.number(), random.number());
+  NumberMatrix expected;
+  expected.setRotationFromQuaternion(q);
+  expected.rightMult(m);
+  m.leftRotate(q);
+  for (int i = 0; i < 16; ++i) EXPECT_TRUE(same(m(i / 4, i % 4), expected(i / 4, i % 4))) << i;
+}
+
 TEST(LvMatrix44OfDoubles, ScalesTheDerivativesOfAHomogeneousPoint) {
   Random random(43);
   const Matrix m = random.matrix();
@@ -129,11 +172,14 @@ TEST(LvMatrix44OfDoubles, TransformsPointsOfDerivativesInPlace) {
   const Number w = m(3, 0) * x + m(3, 1) * y + m(3, 2) * z + m(3, 3);
   NumberVector3 p(x, y, z);
   m.transform(p, p);
+  EXPECT_TRUE(same(p._x, (m(0, 0) * x + m(0, 1) * y + m(0, 2) * z + m(0, 3)) / w));
   EXPECT_TRUE(same(p._y, (m(1, 0) * x + m(1, 1) * y + m(1, 2) * z + m(1, 3)) / w));
+  EXPECT_TRUE(same(p._z, (m(2, 0) * x + m(2, 1) * y + m(2, 2) * z + m(2, 3)) / w));
+  const Number planeW = m(3, 0) * x + m(3, 1) * y + m(3, 3);
   NumberVector2 q(x, y);
   m.transform(q, q);
-  EXPECT_TRUE(
-      same(q._y, (m(1, 0) * x + m(1, 1) * y + m(1, 3)) / (m(3, 0) * x + m(3, 1) * y + m(3, 3))));
+  EXPECT_TRUE(same(q._x, (m(0, 0) * x + m(0, 1) * y + m(0, 3)) / planeW));
+  EXPECT_TRUE(same(q._y, (m(1, 0) * x + m(1, 1) * y + m(1, 3)) / planeW));
 }
 
 TEST(LvVector4OfDerivatives, ReducesByTheReciprocalOfTheWeight) {
@@ -159,6 +205,37 @@ TEST(LvQuatOfDerivatives, ProductWithItselfChangesNothing) {
   q *= itself;
   EXPECT_TRUE(same(q.scalar(), 1, {1}));
   EXPECT_TRUE(same(q.vector()._y, 3, {0, 1}));
+}
+
+TEST(LvQuatOfDerivatives, ProductSumsInOneOrderToTheBit) {
+  Random random(50);
+  for (int trial = 0; trial < 100; ++trial) {
+    const Number pw = random.number(), px = random.number(), py = random.number();
+    const Number pz = random.number(), ow = random.number(), ox = random.number();
+    const Number oy = random.number(), oz = random.number();
+    NumberQuat p(pw, px, py, pz);
+    p *= NumberQuat(ow, ox, oy, oz);
+    ASSERT_TRUE(same(p.scalar(), pw * ow - (px * ox + py * oy + pz * oz)));
+    ASSERT_TRUE(same(p.vector()._x, (pw * ox + ow * px) + (py * oz - pz * oy)));
+    ASSERT_TRUE(same(p.vector()._y, (pw * oy + ow * py) + (pz * ox - px * oz)));
+    ASSERT_TRUE(same(p.vector()._z, (pw * oz + ow * pz) + (px * oy - py * ox)));
+  }
+}
+
+TEST(LvQuatOfDerivatives, AxisAngleHasOneFormToTheBit) {
+  Random random(51);
+  for (int trial = 0; trial < 100; ++trial) {
+    const Number x = random.number(), y = random.number(), z = random.number();
+    const Number angle = random.number();
+    const Number h = angle / 2.0;
+    const Number length = sqrt(x * x + y * y + z * z);
+    NumberQuat q;
+    q.setAxisAngle(NumberVector3(x, y, z), angle);
+    ASSERT_TRUE(same(q.scalar(), cos(h)));
+    ASSERT_TRUE(same(q.vector()._x, (x / length) * sin(h)));
+    ASSERT_TRUE(same(q.vector()._y, (y / length) * sin(h)));
+    ASSERT_TRUE(same(q.vector()._z, (z / length) * sin(h)));
+  }
 }
 
 TEST(LvQuatOfDerivatives, AxisAngleHalvesTheDerivativesOfTheAngle) {

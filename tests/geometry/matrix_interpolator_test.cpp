@@ -38,6 +38,11 @@ TEST_F(MatrixInterpolator, CutsTheParameter) {
 
 TEST_F(MatrixInterpolator, TakesNanForOne) { EXPECT_TRUE(same(blend(kNan), b)); }
 
+TEST_F(MatrixInterpolator, TakesMinusZeroForZero) {
+  // -0 as the weight would leave the -0 of A; 0 times B makes it 0.
+  EXPECT_TRUE(same(MMatrixInterpolator(filledWith(-0.0), filledWith(1))(-0.0), filledWith(0)));
+}
+
 TEST_F(MatrixInterpolator, WeightsEveryElementToTheBit) {
   for (const double t : {0.1, 1.0 / 3, 0.5, 0.75, std::nextafter(1.0, 0.0), 1e-310}) {
     const Matrix44 m = blend(t);

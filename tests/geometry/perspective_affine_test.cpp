@@ -152,6 +152,23 @@ TEST(PerspectiveToAffine, KeepsAnInfiniteDerivativeOutOfTheTranslationWhereThePo
   EXPECT_EQ(affineOf(m, Vector3(1, 0, 1e-300))(0, 3), -kInf);
 }
 
+TEST(PerspectiveToAffine, KeepsTheSignOfAZeroDerivativeOnlyWhereTheImageIsZero) {
+  // Translating by the image adds a multiple of the bottom row's zeros, unless it is zero itself.
+  Matrix44 m;
+  m(0, 1) = -0.0;
+  m(0, 2) = -1;  // its products with zero are -0 too
+  EXPECT_TRUE(sameBits(affineOf(m, Vector3(0, 0, 0))(0, 1), -0.0));
+  m(0, 3) = 5;
+  EXPECT_TRUE(sameBits(affineOf(m, Vector3(0, 0, 0))(0, 1), 0.0));
+}
+
+TEST(PerspectiveToAffine, AtAnInfinitePointHasANanInTheCorner) {
+  // The translation by -p enters the bottom row as well: infinity times its zero.
+  const Matrix44 aff = affineOf(Matrix44(), Vector3(0, kInf, 0));
+  EXPECT_TRUE(std::isnan(aff(3, 3)));
+  EXPECT_EQ(aff(3, 0), 0.0);
+}
+
 TEST(PerspectiveToAffine, MayOverwriteItsMatrix) {
   RandomValues random(86);
   Matrix44 m = random.mildProjection();

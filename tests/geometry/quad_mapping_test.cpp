@@ -149,6 +149,31 @@ TEST(SquareToQuad, IsNotAffineWhenOnlyOneSumIsZero) {
   EXPECT_LE(distance(through(m, Vector2(0, 1)), p[3]), 10 * kEps);
 }
 
+TEST(SquareToQuad, TakesNoTinyKeystoneForAParallelogram) {
+  // Scaled by a power of two: the bottom row does not depend on the size of the quad.
+  Quad p = kKeystone;
+  for (Vector2& c : p) c = Vector2(std::ldexp(c._x, -90), std::ldexp(c._y, -90));
+  const Matrix44 m = squareToQuad(p);
+  EXPECT_EQ(m(3, 0), 0.0);
+  EXPECT_EQ(m(3, 1), 1.0);
+}
+
+TEST(SquareToQuad, TakesTheSecondEdgeOfAParallelogramFromItsSecondAndThirdCorner) {
+  RandomValues random(72);
+  int differing = 0;
+  for (int trial = 0; trial < 500; ++trial) {
+    Quad p = randomQuad(random);
+    p[3] = Vector2((p[0]._x - p[1]._x) + p[2]._x, (p[0]._y - p[1]._y) + p[2]._y);
+    const double bx = p[2]._x - p[1]._x, by = p[2]._y - p[1]._y;
+    const Matrix44 m = squareToQuad(p);
+    ASSERT_TRUE(same(m, matrix44({p[1]._x - p[0]._x, bx, 0, p[0]._x, p[1]._y - p[0]._y, by, 0,
+                                  p[0]._y, 0, 0, 1, 0, 0, 0, 0, 1})))
+        << random.seed;
+    differing += bx != p[3]._x - p[0]._x || by != p[3]._y - p[0]._y;
+  }
+  EXPECT_GT(differing, 0);  // the opposite edge would round otherwise
+}
+
 TEST(SquareToQuad, HasOneFormToTheBit) {
   RandomValues random(62);
   for (int trial = 0; trial < 500; ++trial) {
@@ -405,6 +430,12 @@ TEST(QuadToQuad, WithANanCornerIsNan) {
   const Matrix44 m = quadToQuad(s, kUnitSquare);
   EXPECT_TRUE(std::isnan(m(3, 3)));
   EXPECT_TRUE(std::isnan(m(0, 0)));
+}
+
+TEST(QuadToQuad, SpreadsANanOfItsBottomRowByTheScaling) {
+  Quad t = kKeystone;
+  t[2]._x = kNan;
+  EXPECT_TRUE(same(quadToQuad(kUnitSquare, t), filledWith(kNan)));
 }
 
 TEST(QuadMappings, AllocateNothing) {

@@ -469,6 +469,18 @@ TYPED_TEST(Svd, DropsASingularValueEqualToTheThreshold) {
   EXPECT_EQ(this->svd.x[1], 1);
 }
 
+TYPED_TEST(Svd, RoundsTheThresholdToTheElementType) {
+  // 3 * 0.1 rounds up, in both types: the singular value lies above the unrounded product.
+  using T = TypeParam;
+  this->svd.tolerance = static_cast<T>(0.1);
+  const T second = T(3) * this->svd.tolerance;
+  EXPECT_GT(second, 3.0L * this->svd.tolerance);
+  EXPECT_TRUE(_svdCall(this->svd, matrixOf<T>(2, 2, {3, 0, 0, second}), vectorOf<T>({3, 1})));
+  EXPECT_EQ(this->svd.S[0], 3);
+  EXPECT_EQ(this->svd.S[1], second);
+  EXPECT_EQ(this->svd.x[1], 0);
+}
+
 TYPED_TEST(Svd, DropsEverythingWithANanTolerance) {
   using T = TypeParam;
   this->svd.tolerance = this->kNan;
