@@ -45,17 +45,17 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
     fd_ = STDOUT_FILENO;
     return;
   }
+  struct stat info;
+  const bool exists = ::stat(path.c_str(), &info) == 0;
+  if (exists && !S_ISREG(info.st_mode)) {  // a pipe's link, as in /dev/fd, names nothing to follow
+    fd_ = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd_ < 0) fail();
+    return;
+  }
   try {
     target_ = behindLinks(path).string();
   } catch (const fs::filesystem_error& error) {
     throw std::system_error(error.code(), name_);
-  }
-  struct stat info;
-  const bool exists = ::stat(target_.c_str(), &info) == 0;
-  if (exists && !S_ISREG(info.st_mode)) {
-    fd_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC);
-    if (fd_ < 0) fail();
-    return;
   }
   if (exists && ::access(target_.c_str(), W_OK) != 0) fail();
   openTemporary();

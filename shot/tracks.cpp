@@ -22,9 +22,18 @@ namespace {
 
 constexpr std::size_t kShownLength = 60;
 
+// How much of the text is shown: never a part of a UTF-8 character.
+std::size_t shownLength(std::string_view text) {
+  if (text.size() <= kShownLength) return text.size();
+  const auto continues = [&](std::size_t i) { return (text[i] & 0xc0) == 0x80; };
+  std::size_t length = kShownLength;
+  while (length > kShownLength - 3 && continues(length)) --length;
+  return length;
+}
+
 // A value as messages show it: in quotes, on one line, not too long.
 std::string shown(std::string_view value) {
-  std::string text(value.substr(0, kShownLength));
+  std::string text(value.substr(0, shownLength(value)));
   for (char& c : text) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
   }
@@ -87,9 +96,18 @@ class TrackReader {
     for (std::size_t i = 0; i < fieldCount_; ++i) addColumn(i);
     for (std::size_t column = 0; column < kWeight; ++column) {
       if (columns_[column] == kNoColumn) {
-        refuse(fmt::format("the header has no column {}", shown(kColumnNames[column])));
+        refuse(fmt::format("the header {} has no column {}", shown(headerText()),
+                           shown(kColumnNames[column])));
       }
     }
+  }
+
+  std::string headerText() const {
+    std::string text;
+    for (std::size_t i = 0; i < fieldCount_ && text.size() <= kShownLength; ++i) {
+      text += (i > 0 ? "," : "") + std::string(csv_.field(i));
+    }
+    return text;
   }
 
   void addColumn(std::size_t field) {

@@ -114,6 +114,17 @@ TEST(OutputFile, WritesDevicesDirectly) {
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
 
+// As a shell's -o >(command) hands it over.
+TEST(OutputFile, WritesAPipeThatHasNoNameButItsDescriptor) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  put("/dev/fd/" + std::to_string(ends[1]), "text");
+  ::close(ends[1]);
+  char block[16];
+  EXPECT_EQ(std::string(block, static_cast<std::size_t>(::read(ends[0], block, 16))), "text");
+  ::close(ends[0]);
+}
+
 // A file size limit fails in the middle of writing, as a full disk does.
 TEST(OutputFile, LeavesTheOldFileWhenTheDiskIsFull) {
   const TemporaryFolder folder;

@@ -134,8 +134,12 @@ TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
 }
 
 TEST(ReadTracksRefuses, AMissingColumn) {
-  EXPECT_EQ(refusal("track,frame,x,weight\na,0,1,1\n"), "1: the header has no column \"y\"");
-  EXPECT_EQ(refusal("\n\nTrack,frame,x,y\n"), "3: the header has no column \"track\"");
+  EXPECT_EQ(refusal("track,frame,x,weight\na,0,1,1\n"),
+            "1: the header \"track,frame,x,weight\" has no column \"y\"");
+  EXPECT_EQ(refusal("\n\nTrack,frame,x,y\n"),
+            "3: the header \"Track,frame,x,y\" has no column \"track\"");
+  EXPECT_EQ(refusal("track;frame;x;y\n"),
+            "1: the header \"track;frame;x;y\" has no column \"track\"");
 }
 
 TEST(ReadTracksRefuses, ARepeatedColumn) {
@@ -221,6 +225,15 @@ TEST(ReadTracksRefuses, AMissingFileAndAFolder) {
   } catch (const InputError& error) {
     EXPECT_EQ(error.what(), folder.path().string() + ": Is a directory");
   }
+}
+
+TEST(ReadTracksRefuses, AndCutsALongValueBetweenCharacters) {
+  std::string umlauts;
+  for (int i = 0; i < 50; ++i) umlauts += "\u00fc";
+  EXPECT_EQ(refusal(kHeader + "a,0," + umlauts + ",2,1\n"),
+            "2: x must be a number, not \"" + umlauts.substr(0, 60) + "...\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,x" + umlauts + ",2,1\n"),
+            "2: x must be a number, not \"x" + umlauts.substr(0, 58) + "...\"");
 }
 
 TEST(ReadTracksRefuses, AndShowsAwkwardValuesOnOneShortLine) {

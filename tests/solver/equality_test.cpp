@@ -58,7 +58,8 @@ enum class Fault {
 struct Client : reference::Problem {
   Client(std::uint32_t seed, Trace& log) : trace(log), random(seed) {
     model = static_cast<Model>(random.below(3));
-    n = model == Model::Linear ? random.between(1, 12) : 2;
+    const int linear = random.oneIn(3) ? 8 : random.between(1, 12);  // 8 have kernels of their own
+    n = model == Model::Linear ? linear : 2;
     m = model == Model::Valley ? 2 : random.between(random.oneIn(5) ? 1 : n, 40);
     for (int i = 0; i < m * n; ++i) table.push_back(random.real(-2, 2));
     for (int k = 0; k < m; ++k) goal.push_back(model == Model::Valley ? 0 : random.real(-5, 5));

@@ -184,6 +184,9 @@ TEST(SolveCommand, EndsInTwoOnWrongUsage) {
       {"solve", kFacade, "-o", folder / "a.txt"},
       {"solve", kFacade, "-o", folder / "a"},
       {"solve", kFacade, "--json", "-o", "-", "--format", "csv"},
+      {"solve", ""},
+      {"solve", kFacade, "-o", ""},
+      {"solve", kFacade, "--quads", ""},
   };
   for (const auto& arguments : wrong) {
     const Outcome run = cornerpin(arguments);
@@ -192,6 +195,22 @@ TEST(SolveCommand, EndsInTwoOnWrongUsage) {
     EXPECT_NE(run.err, "");
   }
   EXPECT_EQ(folder.entryCount(), 0u);
+}
+
+TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
+  const TemporaryFolder folder;
+  const std::string in = folder / "in.csv";
+  fs::copy_file(kFacade, in);
+  fs::create_symlink("in.csv", folder / "link.csv");
+  ChildOptions fromFile;
+  fromFile.in = in;
+  for (const std::string& out : {in, folder / "link.csv", folder / "./in.csv"}) {
+    const Outcome run = cornerpin({"solve", in, "-o", out});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file with the tracks: not replaced\n");
+    EXPECT_EQ(cornerpin({"solve", "-", "-o", out}, fromFile).code, 2);
+  }
+  EXPECT_EQ(readFile(in), readFile(kFacade));
 }
 
 TEST(SolveCommand, PrintsItsHelpWithoutACommand) {

@@ -7,11 +7,13 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "shot/error.h"
 #include "shot/lapack_info.h"
@@ -123,6 +125,15 @@ Format chooseFormat(const Arguments& arguments) {
   return *format;
 }
 
+// Whether the output would replace the very file that is read.
+bool isInput(const Arguments& arguments) {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  return fs::is_regular_file(arguments.output, ignored) &&
+         fs::equivalent(arguments.input == "-" ? "/dev/stdin" : arguments.input, arguments.output,
+                        ignored);
+}
+
 void print(const std::string& text) {
   OutputFile out("-");
   out.write(text);
@@ -139,6 +150,10 @@ int solve(const Arguments& arguments) {
   const bool fileIsStandardOutput = isStandardOutput(arguments.output);
   if (fileIsStandardOutput && arguments.json) {
     throw std::invalid_argument("--json and -o both want standard output");
+  }
+  if (!fileIsStandardOutput && isInput(arguments)) {
+    throw std::invalid_argument("\"" + arguments.output +
+                                "\" is the file with the tracks: not replaced");
   }
 
   const cornerpin::Tracks tracks = cornerpin::readTracks(arguments.input);
@@ -163,6 +178,9 @@ int solve(const Arguments& arguments) {
   return cornerpin::summarise(result).held > 0 ? kDegraded : kSolved;
 }
 
+// A script's variable that is not set, more often than not.
+std::string refuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
+
 void addSolve(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand("solve", "Find the transform of every frame");
   // The list of commands has the short text, the command's own help the long one.
@@ -170,9 +188,12 @@ void addSolve(CLI::App& app, Arguments& arguments) {
   command.footer(kExitCodes);
   command
       .add_option("tracks", arguments.input, "The CSV file with the tracks; - is standard input")
-      ->required();
-  CLI::Option* output = command.add_option("-o,--output", arguments.output,
-                                           "Write the transforms here; .json or .csv says how");
+      ->required()
+      ->check(refuseEmpty);
+  CLI::Option* output = command
+                            .add_option("-o,--output", arguments.output,
+                                        "Write the transforms here; .json or .csv says how")
+                            ->check(refuseEmpty);
   command.add_option("--format", arguments.format, "Write json or csv whatever the file's name")
       ->check(CLI::IsMember({"json", "csv"}))
       ->needs(output);
@@ -181,8 +202,10 @@ void addSolve(CLI::App& app, Arguments& arguments) {
       .add_option("--base", arguments.base,
                   "Frame all others are measured from; auto uses most of the tracks")
       ->capture_default_str();
-  command.add_option("--quads", arguments.quad,
-                     "Carry four corners of the base frame along: x0,y0,x1,y1,x2,y2,x3,y3");
+  command
+      .add_option("--quads", arguments.quad,
+                  "Carry four corners of the base frame along: x0,y0,x1,y1,x2,y2,x3,y3")
+      ->check(refuseEmpty);
   command
       .add_option("--units", arguments.units,
                   "fit scales the tracks for the solver, raw hands your numbers over as they are")
