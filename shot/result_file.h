@@ -2,7 +2,6 @@
 #ifndef SHOT_RESULT_FILE_H
 #define SHOT_RESULT_FILE_H
 
-#include <array>
 #include <optional>
 #include <string>
 
@@ -11,9 +10,6 @@
 #include "shot/solve.h"
 
 namespace cornerpin {
-
-/// Four corners in the base frame.
-using Quad = std::array<Point, 4>;
 
 /// Reads "x0,y0,x1,y1,x2,y2,x3,y3". Throws `std::invalid_argument`.
 Quad parseQuad(const std::string& text);

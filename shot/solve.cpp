@@ -56,15 +56,6 @@ double costOf(const Homography& h, const Active& active) {
   return cost;
 }
 
-// Whether all the points lie strictly on one side of the horizon.
-bool onOneSide(const Homography& h, const std::vector<Point>& points) {
-  const bool front = denominator(h, points.front()) > 0.0;
-  return std::all_of(points.begin(), points.end(), [&](Point p) {
-    const double s = denominator(h, p);
-    return front ? s > 0.0 : s < 0.0;
-  });
-}
-
 Homography toDouble(const MGenMatrix<float>& m) {
   Homography h;
   for (int i = 0; i < 3; ++i) {
