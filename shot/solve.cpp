@@ -11,7 +11,9 @@
 
 #include "cornerpin/cornerpin.h"
 #include "shot/general_position.h"
+#include "shot/ladder.h"
 #include "shot/linear_fit.h"
+#include "shot/match.h"
 
 namespace cornerpin {
 
@@ -81,7 +83,8 @@ struct Fit {
   MGenMatrix<float> transform;  // the solver's own
   Homography h{};               // in the file's units
   double cost = 0.0;
-  std::string reason;  // why it does not count; empty when it does
+  std::string reason;     // why it does not count; empty when it does
+  bool supported = true;  // the tracks fix a projective transform
 };
 
 class ShotSolver {
@@ -128,6 +131,7 @@ class ShotSolver {
     for (const Observation& o : base_) points.push_back(place(o));
     const Conditioning fitting = Conditioning::fitting(points);
     result_.baseCentre = fitting.centre;
+    surface_ = squareAround(points);
     if (result_.units == Units::Fit) conditioning_ = fitting;
     scene_.tracks.resize(result_.baseTracks);
     for (int i = 0; i < result_.baseTracks; ++i) {
@@ -168,13 +172,40 @@ class ShotSolver {
       FrameResult& result = resultOf(frame);
       result.frame = frame;
       const Fit fit = solveFrame(frame, neighbour);
-      if (fit.reason.empty()) neighbour = fit.transform;
-      result.status = fit.reason.empty() ? Status::Solved : Status::Held;
-      result.reason = fit.reason;
-      result.h = fit.reason.empty() ? fit.h : held;
+      if (fit.reason.empty()) {
+        neighbour = fit.transform;
+        result.status = Status::Solved;
+        result.model = Model::Projective;
+        result.h = fit.h;
+      } else {
+        result.reason = fit.reason;
+        result.h = held;
+        if (!fit.supported) reduce(result);
+      }
       result.tracks = static_cast<int>(active_.size());
       result.rms = rmsOf(result.h, active_);
       report();
+    }
+  }
+
+  // Fits a lower model where the tracks support one; `h` is the neighbour's transform before.
+  void reduce(FrameResult& result) const {
+    const Model inBase = supportedModel(active_.base, surface_, Model::Affine);
+    const Model model = active_.size() > 0
+                            ? supportedModel(active_.here, squareAround(active_.here), inBase)
+                            : Model::Held;
+    std::vector<Match> matches;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      matches.push_back({active_.base[i], active_.here[i], active_.weights[i]});
+    }
+    const LadderFit fit = fitLadder(matches, model, result.h);
+    if (fit.model == Model::Held) return;
+    result.status = Status::Reduced;
+    result.model = fit.model;
+    result.onTop = fit.onTop;
+    result.h = fit.h;
+    if (active_.size() < kFewestTracks && tracksFor(fit.model) < active_.size()) {
+      result.reason += ", too close together or too near one line";
     }
   }
 
@@ -193,8 +224,14 @@ class ShotSolver {
       active_.weights.push_back(static_cast<double>(o.weight));
     }
     Fit fit;
-    fit.reason = inRange ? whyUnfit() : "a position is too large for single precision";
-    if (fit.reason.empty()) fit = bestFit(neighbour);
+    if (!inRange) {
+      fit.reason = "a position is too large for single precision";
+    } else if (const std::string why = whyUnfit(); !why.empty()) {
+      fit.reason = why;
+      fit.supported = false;
+    } else {
+      fit = bestFit(neighbour);
+    }
     if (!fit.reason.empty()) chainBroken_ = true;
     for (const Observation& o : observations) {
       const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
@@ -274,6 +311,7 @@ class ShotSolver {
   const Progress& progress_;
   ShotResult result_;
   Conditioning conditioning_;
+  Quad surface_{};
   std::vector<int> sceneIndex_;    // per track; -1 when absent from the base frame
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
@@ -288,6 +326,7 @@ const char* nameOf(Units units) { return units == Units::Fit ? "fit" : "raw"; }
 
 const char* nameOf(Status status) {
   if (status == Status::Base) return "base";
+  if (status == Status::Reduced) return "reduced";
   return status == Status::Solved ? "solved" : "held";
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "shot/conditioning.h"
+#include "shot/model.h"
 #include "shot/tracks.h"
 
 namespace cornerpin {
@@ -22,12 +23,13 @@ enum class Units {
 const char* nameOf(Units units);
 
 enum class Status {
-  Base,    ///< the identity
-  Solved,  ///< fitted to its tracks
-  Held,    ///< its neighbour's transform, the one nearer to the base frame
+  Base,     ///< the identity
+  Solved,   ///< fitted to its tracks with all eight parameters
+  Reduced,  ///< fitted to its tracks with fewer: they do not support more
+  Held,     ///< its neighbour's transform, the one nearer to the base frame
 };
 
-/// "base", "solved", "held".
+/// "base", "solved", "reduced", "held".
 const char* nameOf(Status status);
 
 struct SolveOptions {
@@ -43,8 +45,10 @@ struct FrameResult {
   /// positions, unweighted, in the file's units; NaN without active tracks, and where a held
   /// transform carries one nowhere.
   double rms = 0.0;
-  Homography h{};      ///< base frame to this frame, in the file's units; the last element is 1
-  std::string reason;  ///< why the frame is held
+  Homography h{};  ///< base frame to this frame, in the file's units; the last element is 1
+  Model model = Model::Held;  ///< projective where solved; means nothing in the base frame
+  bool onTop = false;  ///< reduced, and the model moves the neighbour's transform, which it keeps
+  std::string reason;  ///< why the frame is held or reduced
 };
 
 struct ShotResult {
@@ -68,12 +72,14 @@ int chooseBaseFrame(const Tracks& tracks);
 /// its neighbour. Where every frame can be fitted the transforms are those of `MMatchmove::solve`
 /// on the conditioned shot, to the bit.
 ///
-/// A frame that cannot be fitted is held and the sweep goes on: fewer than four active tracks;
-/// tracks that fix no transform here or in the base frame (`inGeneralPosition`); positions beyond
-/// single precision; a fit that throws, is not finite, or puts an active track on the horizon or
-/// two of them on its two sides. Such a frame breaks the chain of neighbours: from there to the end
-/// of the sweep each frame is fitted from the linear solution (`linearFit`) too, and the fit with
-/// the lower weighted cost counts.
+/// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
+/// frame (`inGeneralPosition`), is reduced: fitted with the highest model below the projective one
+/// that its tracks support in both frames (`supportedModel`), best on top of its neighbour's
+/// transform (`fitLadder`). It is held without active tracks; with positions beyond single
+/// precision; and when its fit throws, is not finite, or puts an active track on the horizon or
+/// two of them on its two sides. Both break the chain of neighbours: from there to the end of the
+/// sweep each frame is fitted from the linear solution (`linearFit`) too, and the fit with the
+/// lower weighted cost counts.
 ///
 /// Throws `std::invalid_argument` for a base frame outside the shot or without tracks.
 ///

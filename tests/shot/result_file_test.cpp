@@ -41,7 +41,13 @@ ShotResult twoFrames() {
 std::string written(const ShotResult& result, Format format, std::optional<Quad> quad = {}) {
   const TemporaryFolder folder;
   OutputFile out(folder / "r");
-  writeResult(result, format, quad, out);
+  ShotTrust trust;
+  trust.corners = {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}};
+  trust.frames.resize(result.frames.size());
+  trust.frames.front().noise = kNaN;
+  trust.frames.back() = {0.25, {0.5, kNaN, 0.125, 1e-300}};
+  trust.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3}}};
+  writeResult(result, trust, format, quad, out);
   out.commit();
   return readFile(folder / "r");
 }
@@ -93,6 +99,31 @@ TEST(ResultQuad, IsCarriedToEveryFrame) {
   const std::string csv = written(result, Format::Csv, quad);
   EXPECT_NE(csv.find(",status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"), std::string::npos);
   EXPECT_NE(csv.find(",held,10,20,12,20,13,22,6,22\n"), std::string::npos);
+}
+
+TEST(ResultJson, SaysHowFarToTrustAFrame) {
+  ShotResult result = twoFrames();
+  result.frames[1].status = Status::Reduced;
+  result.frames[1].model = Model::Affine;
+  result.frames[1].onTop = true;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["corners"], json::parse("[[1,2],[3,2],[3,4.5],[1,4.5]]"));
+  EXPECT_EQ(j["worst_tracks"],
+            json::parse(R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3}])"));
+  EXPECT_FALSE(j["frames"][0].contains("model"));
+  EXPECT_TRUE(j["frames"][0]["noise"].is_null());
+  EXPECT_EQ(j["frames"][0]["deviation"], json::parse("[0,0,0,0]"));
+  EXPECT_EQ(j["frames"][1]["status"], "reduced");
+  EXPECT_EQ(j["frames"][1]["model"], "affine");
+  EXPECT_EQ(j["frames"][1]["on_top"], true);
+  EXPECT_EQ(j["frames"][1]["noise"], 0.25);
+  EXPECT_EQ(j["frames"][1]["deviation"], json::parse("[0.5,null,0.125,1e-300]"));
+}
+
+TEST(ExplanationRow, QuotesNamesAndLeavesOutWhatHasNoValue) {
+  EXPECT_EQ(explanationRow("t1", -3, {0.5, 1, 0.25, kNaN}), "t1,-3,0.5,1,0.25,\n");
+  EXPECT_EQ(explanationRow("a,\"b\"", 0, {kNaN, 0, 0, 2}), "\"a,\"\"b\"\"\",0,,0,0,2\n");
+  EXPECT_EQ(explanationRow(" a", 0, {}), "\" a\",0,0,0,0,0\n");
 }
 
 TEST(ResultQuad, HasNoPlaceOnOrBehindTheHorizon) {

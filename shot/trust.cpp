@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/trust.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "shot/uncertainty.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kListed = 5;
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+// The base frame's tracks by index; none where absent.
+using BasePlaces = std::vector<std::optional<Point>>;
+
+BasePlaces basePlaces(const Tracks& tracks, int baseFrame) {
+  BasePlaces places(tracks.names.size());
+  for (const Observation& o : tracks.inFrame(baseFrame)) {
+    if (o.weight > 0.0f) places[static_cast<std::size_t>(o.track)] = Point{o.x, o.y};
+  }
+  return places;
+}
+
+Quad boxAround(const BasePlaces& places) {
+  std::optional<Point> low, high;
+  for (const auto& place : places) {
+    if (!place) continue;
+    low = low ? Point{std::min(low->x, place->x), std::min(low->y, place->y)} : *place;
+    high = high ? Point{std::max(high->x, place->x), std::max(high->y, place->y)} : *place;
+  }
+  if (!low) return {};
+  return {*low, {high->x, low->y}, *high, {low->x, high->y}};
+}
+
+// The frame whose transform a lower model was fitted on top of.
+std::size_t neighbourOf(const ShotResult& result, std::size_t frame) {
+  return result.frames[frame].frame > result.baseFrame ? frame - 1 : frame + 1;
+}
+
+FittedFrame fittedFrame(const Tracks& tracks, const BasePlaces& places, const ShotResult& result,
+                        std::size_t frame, std::vector<int>& ids) {
+  const FrameResult& solved = result.frames[frame];
+  FittedFrame fitted;
+  fitted.model = solved.model;
+  fitted.h = solved.h;
+  if (solved.onTop) fitted.kept = result.frames[neighbourOf(result, frame)].h;
+  ids.clear();
+  for (const Observation& o : tracks.inFrame(solved.frame)) {
+    const auto& place = places[static_cast<std::size_t>(o.track)];
+    if (!place || !(o.weight > 0.0f)) continue;
+    ids.push_back(o.track);
+    fitted.matches.push_back({*place, {o.x, o.y}, static_cast<double>(o.weight)});
+  }
+  return fitted;
+}
+
+bool isInFront(const ShotResult& result, const FrameResult& frame, Point corner) {
+  return denominator(frame.h, corner) * denominator(frame.h, result.baseCentre) > 0.0;
+}
+
+FrameTrust trustOf(const ShotResult& result, const FrameResult& frame, const FittedFrame& fitted,
+                   const Quad& corners) {
+  FrameTrust trust;
+  trust.noise = kNone;
+  if (frame.status == Status::Base) return trust;
+  const Uncertainty uncertainty(fitted);
+  trust.noise = uncertainty.noise();
+  for (std::size_t c = 0; c < corners.size(); ++c) {
+    const bool seen = isInFront(result, frame, corners[c]);
+    trust.deviations[c] = seen ? uncertainty.deviationAt(corners[c]) : kNone;
+  }
+  return trust;
+}
+
+}  // namespace
+
+FittedFrame fittedFrame(const Tracks& tracks, const ShotResult& result, std::size_t frame,
+                        std::vector<int>& ids) {
+  return fittedFrame(tracks, basePlaces(tracks, result.baseFrame), result, frame, ids);
+}
+
+ShotTrust assess(const Tracks& tracks, const ShotResult& result, const std::optional<Quad>& corners,
+                 const TrackSink& sink) {
+  const BasePlaces places = basePlaces(tracks, result.baseFrame);
+  ShotTrust trust;
+  trust.corners = corners ? *corners : boxAround(places);
+  trust.frames.reserve(result.frames.size());
+  WorstTracks worst;
+  std::vector<int> ids;
+  for (std::size_t i = 0; i < result.frames.size(); ++i) {
+    const FrameResult& frame = result.frames[i];
+    const FittedFrame fitted = fittedFrame(tracks, places, result, i, ids);
+    trust.frames.push_back(trustOf(result, frame, fitted, trust.corners));
+    if (frame.status == Status::Base) continue;
+    const std::vector<TrackInfluence> influences = influencesOf(fitted, trust.corners);
+    worst.addFrame(frame.frame, ids, influences);
+    if (!sink) continue;
+    for (std::size_t k = 0; k < ids.size(); ++k) sink(ids[k], frame.frame, influences[k]);
+  }
+  for (const TrackStretch& stretch : worst.worst(kListed)) {
+    trust.worst.push_back({tracks.names[static_cast<std::size_t>(stretch.track)], stretch});
+  }
+  return trust;
+}
+
+std::string describe(const WorstTrack& track) {
+  const TrackStretch& s = track.stretch;
+  const std::string frames = s.first == s.last ? fmt::format("frame {}", s.first)
+                                               : fmt::format("frames {}-{}", s.first, s.last);
+  return fmt::format("{}, {}: without it the worst corner moves {:.2g} px", track.name, frames,
+                     s.moves);
+}
+
+}  // namespace cornerpin
