@@ -82,6 +82,19 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
   EXPECT_EQ(folder.entryCount(), 1u);
 }
 
+TEST(SolveCommand, WritesNoFieldThatIsNotDescribed) {
+  const std::string text = readFile(CORNERPIN_DATA "/../docs/json.md");
+  const json j =
+      json::parse(cornerpin({"solve", kScreen, "--json", "--quads", "0,0,1,0,1,1,0,1"}).out);
+  EXPECT_TRUE(contains(text, "now " + j["cornerpin"].dump() + "."));
+  const json facade = json::parse(cornerpin({"solve", kFacade, "--json"}).out);
+  for (const json& object : {j, j["frames"][87], facade["worst_tracks"][0]}) {
+    for (const auto& field : object.items()) {
+      EXPECT_TRUE(contains(text, "`" + field.key() + "`")) << field.key();
+    }
+  }
+}
+
 TEST(SolveCommand, WritesCsvByExtension) {
   const TemporaryFolder folder;
   EXPECT_EQ(cornerpin({"solve", kFacade, "-o", folder / "out.csv"}).code, 0);
