@@ -90,7 +90,7 @@ struct Fit {
 class ShotSolver {
  public:
   ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
-      : tracks_(tracks), progress_(progress) {
+      : tracks_(tracks), progress_(progress), checkSpread_(options.checkSpread) {
     result_.units = options.units;
     result_.baseFrame = options.base ? *options.base : chooseBaseFrame(tracks);
     collectBaseTracks();
@@ -258,6 +258,9 @@ class ShotSolver {
     if (!inGeneralPosition(active_.here)) {
       return "all its tracks but one, or all of them, lie on one line";
     }
+    if (checkSpread_ && !(noiseGain(Model::Projective, active_.base, surface_) <= kLargestGain)) {
+      return "its tracks lie too close together or too near one line in the base frame";
+    }
     return {};
   }
 
@@ -309,6 +312,7 @@ class ShotSolver {
 
   const Tracks& tracks_;
   const Progress& progress_;
+  const bool checkSpread_;
   ShotResult result_;
   Conditioning conditioning_;
   Quad surface_{};

@@ -35,6 +35,9 @@ const char* nameOf(Status status);
 struct SolveOptions {
   std::optional<int> base;  ///< none: `chooseBaseFrame`
   Units units = Units::Fit;
+  /// Reduce frames whose tracks carry too much of their noise to the surface (`noiseGain` above
+  /// `kLargestGain`); else every frame that the solver can fit is fitted in full.
+  bool checkSpread = true;
 };
 
 struct FrameResult {
@@ -69,12 +72,13 @@ int chooseBaseFrame(const Tracks& tracks);
 
 /// Finds for every frame the transform that carries the tracks' base positions to their positions
 /// there, by `MMatchmove`: forward from the base frame, then backward, each frame starting from
-/// its neighbour. Where every frame can be fitted the transforms are those of `MMatchmove::solve`
-/// on the conditioned shot, to the bit.
+/// its neighbour. Where every frame is fitted in full the transforms are those of
+/// `MMatchmove::solve` on the conditioned shot, to the bit.
 ///
 /// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
-/// frame (`inGeneralPosition`), is reduced: fitted with the highest model below the projective one
-/// that its tracks support in both frames (`supportedModel`), best on top of its neighbour's
+/// frame (`inGeneralPosition`), or lie too close together or too near one line in the base frame
+/// (`SolveOptions::checkSpread`), is reduced: fitted with the highest model below the projective
+/// one that its tracks support in both frames (`supportedModel`), best on top of its neighbour's
 /// transform (`fitLadder`). It is held without active tracks; with positions beyond single
 /// precision; and when its fit throws, is not finite, or puts an active track on the horizon or
 /// two of them on its two sides. Both break the chain of neighbours: from there to the end of the
