@@ -113,8 +113,9 @@ std::string describe(const WorstTrack& track) {
   const TrackStretch& s = track.stretch;
   const std::string frames = s.first == s.last ? fmt::format("frame {}", s.first)
                                                : fmt::format("frames {}-{}", s.first, s.last);
-  return fmt::format("{}, {}: without it the worst corner moves {:.2g} px", track.name, frames,
-                     s.moves);
+  return fmt::format(
+      "{}, {}: without it the worst corner moves {} px", track.name, frames,
+      s.moves < 10.0 ? fmt::format("{:.2g}", s.moves) : fmt::format("{:.0f}", s.moves));
 }
 
 }  // namespace cornerpin
