@@ -25,15 +25,18 @@ std::optional<Format> formatOf(const std::string& path);
 
 /// Writes a result. Numbers are the shortest that read back as the same double, in every locale.
 ///
-/// JSON: {"cornerpin": 1, "base_frame", "base_tracks", "left_out", "units", "frames": [...]}, each
-/// frame {"frame", "status", "tracks", "rms", "h": three rows of three} and, where the frame is
-/// held, "reason"; one frame per line. CSV: frame,h00,h01,...,h22,rms,tracks,status.
+/// JSON: {"cornerpin": 1, "base_frame", "base_tracks", "left_out", "units", "loss", "seed",
+/// "frames": [...]}, each frame {"frame", "status", "tracks", "rms", "h": three rows of three}; a
+/// held frame has "reason", a solved one "inliers", "inlier_rms", "scale", "stage" and, unless the
+/// loss is none, "why"; one frame per line.
+/// CSV: frame,h00,h01,...,h22,rms,tracks,status,inliers,inlier_rms,scale,stage.
 ///
 /// With a quad, each frame also has the corners' places: "quad" in JSON, four pairs, and the
 /// columns qx0,qy0,...,qx3,qy3 at the end in CSV.
 ///
 /// What has no value is null in JSON and empty in CSV: the rms of a frame without active tracks,
-/// and a corner on or behind the horizon.
+/// the scale with loss none, what only solved frames have (CSV), and a corner on or behind the
+/// horizon.
 void writeResult(const ShotResult& result, Format format, const std::optional<Quad>& quad,
                  OutputFile& out);
 

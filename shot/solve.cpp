@@ -25,6 +25,7 @@ Point place(const Observation& o) { return {o.x, o.y}; }
 
 // The active tracks of a frame, in the file's units.
 struct Active {
+  std::vector<std::size_t> index;  // in the scene
   std::vector<Point> base;
   std::vector<Point> here;
   std::vector<double> weights;
@@ -85,12 +86,26 @@ MGenMatrix<float> toFloat(const Homography& h) {
   return m;
 }
 
+// h, given in the caller's coordinates, between conditioned ones.
+Homography conditioned(const Homography& h, const Conditioning& c) {
+  const Conditioning inverse{{-c.scale * c.centre.x, -c.scale * c.centre.y}, 1.0 / c.scale};
+  return unconditioned(h, inverse, inverse);
+}
+
+// How often a track kept to the surface in a sweep.
+struct History {
+  int kept = 0;
+  int seen = 0;
+  double trust() const { return (1.0 + kept) / (2.0 + seen); }
+};
+
 // How a frame came out.
 struct Fit {
   MGenMatrix<float> transform;  // the solver's own
   Homography h{};               // in the file's units
   double cost = 0.0;
   std::string reason;  // why it does not count; empty when it does
+  RobustFit robust;    // unused with Loss::None
 };
 
 class ShotSolver {
@@ -98,6 +113,8 @@ class ShotSolver {
   ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
       : tracks_(tracks), progress_(progress) {
     result_.units = options.units;
+    result_.loss = options.loss;
+    result_.seed = options.seed;
     result_.baseFrame = options.base ? *options.base : chooseBaseFrame(tracks);
     collectBaseTracks();
     setUpScene();
@@ -135,9 +152,9 @@ class ShotSolver {
   void setUpScene() {
     std::vector<Point> points;
     for (const Observation& o : base_) points.push_back(place(o));
-    const Conditioning fitting = Conditioning::fitting(points);
-    result_.baseCentre = fitting.centre;
-    if (result_.units == Units::Fit) conditioning_ = fitting;
+    fitting_ = Conditioning::fitting(points);
+    result_.baseCentre = fitting_.centre;
+    if (result_.units == Units::Fit) conditioning_ = fitting_;
     scene_.tracks.resize(result_.baseTracks);
     for (int i = 0; i < result_.baseTracks; ++i) {
       scene_.tracks[i].positions = MGenMatrix<float>(2, 2, MGenMatrix<float>::ColumnMajor);
@@ -171,24 +188,54 @@ class ShotSolver {
 
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
     chainBroken_ = false;
+    history_.assign(base_.size(), {});
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
       FrameResult& result = resultOf(frame);
       result.frame = frame;
-      const Fit fit = solveFrame(frame, neighbour);
+      const Fit fit = solveFrame(frame, neighbour, held);
       if (fit.reason.empty()) neighbour = fit.transform;
       result.status = fit.reason.empty() ? Status::Solved : Status::Held;
       result.reason = fit.reason;
       result.h = fit.reason.empty() ? fit.h : held;
       result.tracks = static_cast<int>(active_.size());
       result.rms = rmsOf(result.h, active_);
+      if (fit.reason.empty()) addFigures(fit.robust, result);
       report();
     }
   }
 
+  void addFigures(const RobustFit& robust, FrameResult& result) {
+    if (result_.loss == Loss::None) {
+      result.inliers = result.tracks;
+      result.inlierRms = result.rms;
+      return;
+    }
+    result.stage = robust.stage;
+    result.why = robust.why;
+    result.scale = robust.scale / fitting_.scale;
+    result.inliers = static_cast<int>(robust.inliers);
+    result.inlierRms = rmsOf(result.h, inliersOf(robust));
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      History& history = history_[active_.index[i]];
+      ++history.seen;
+      if (robust.inlier[i]) ++history.kept;
+    }
+  }
+
+  Active inliersOf(const RobustFit& robust) const {
+    Active inliers;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      if (!robust.inlier[i]) continue;
+      inliers.base.push_back(active_.base[i]);
+      inliers.here.push_back(active_.here[i]);
+    }
+    return inliers;
+  }
+
   // Leaves the tracks in the scene only while the frame is being solved.
-  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour) {
+  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour, const Homography& held) {
     const Tracks::Range observations = tracks_.inFrame(frame);
     active_ = {};
     bool inRange = true;
@@ -197,13 +244,17 @@ class ShotSolver {
       if (index < 0 || !(o.weight > 0.0f)) continue;
       set(index, kFrameRow, o);
       inRange = inRange && isFiniteInScene(index);
+      active_.index.push_back(static_cast<std::size_t>(index));
       active_.base.push_back(place(base_[static_cast<std::size_t>(index)]));
       active_.here.push_back(place(o));
       active_.weights.push_back(static_cast<double>(o.weight));
     }
     Fit fit;
     fit.reason = inRange ? whyUnfit() : "a position is too large for single precision";
-    if (fit.reason.empty()) fit = bestFit(neighbour);
+    if (fit.reason.empty()) {
+      fit = bestFit(neighbour);
+      if (result_.loss != Loss::None) fit = robustFit(fit, held);
+    }
     if (!fit.reason.empty()) chainBroken_ = true;
     for (const Observation& o : observations) {
       const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
@@ -244,6 +295,48 @@ class ShotSolver {
     return other.reason.empty() && better ? other : fit;
   }
 
+  // On from the library's fit, where there is one, and from the neighbour's transform.
+  Fit robustFit(const Fit& library, const Homography& neighbour) {
+    // Without tracks to spare there is nothing to tell a bad one by.
+    if (!library.reason.empty() && active_.size() < kFewestForRobust) return library;
+    Matches matches;
+    std::vector<double> confidence;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      matches.add(
+          {fitting_.apply(active_.base[i]), fitting_.apply(active_.here[i]), active_.weights[i]});
+      confidence.push_back(active_.weights[i] * history_[active_.index[i]].trust());
+    }
+    std::vector<Start> starts;
+    if (library.reason.empty())
+      starts.push_back({Stage::Library, conditioned(library.h, fitting_)});
+    starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
+    Fit fit;
+    fit.robust = fitRobustly(matches, starts, confidence, {result_.loss, result_.seed});
+    fit.reason = whyUnfit(fit.robust);
+    if (!fit.reason.empty()) {
+      if (!library.reason.empty()) fit.reason = library.reason;
+      return fit;
+    }
+    fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
+    fit.transform = toFloat(conditioned(fit.h, conditioning_));
+    if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
+    return fit;
+  }
+
+  // Empty when the good tracks fix the transform.
+  std::string whyUnfit(const RobustFit& robust) const {
+    if (!robust.found) return "no transform fits enough of its tracks";
+    const Active inliers = inliersOf(robust);
+    if (inliers.size() < kFewestTracks) {
+      return fmt::format("{} of its {} tracks agree on a transform", inliers.size(),
+                         active_.size());
+    }
+    if (!inGeneralPosition(inliers.base) || !inGeneralPosition(inliers.here)) {
+      return "all its good tracks but one, or all of them, lie on one line";
+    }
+    return {};
+  }
+
   MGenMatrix<float> linearStart() const {
     std::vector<Point> from;
     std::vector<Point> to;
@@ -282,7 +375,9 @@ class ShotSolver {
   const Tracks& tracks_;
   const Progress& progress_;
   ShotResult result_;
-  Conditioning conditioning_;
+  Conditioning fitting_;           // of the base frame's tracks
+  Conditioning conditioning_;      // of what the library gets
+  std::vector<History> history_;   // per track of the scene, of the sweep
   std::vector<int> sceneIndex_;    // per track; -1 when absent from the base frame
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
@@ -294,6 +389,12 @@ class ShotSolver {
 }  // namespace
 
 const char* nameOf(Units units) { return units == Units::Fit ? "fit" : "raw"; }
+
+const char* nameOf(Loss loss) {
+  if (loss == Loss::None) return "none";
+  if (loss == Loss::Huber) return "huber";
+  return loss == Loss::Cauchy ? "cauchy" : "tukey";
+}
 
 const char* nameOf(Status status) {
   if (status == Status::Base) return "base";

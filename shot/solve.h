@@ -3,12 +3,15 @@
 #define SHOT_SOLVE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "shot/conditioning.h"
+#include "shot/robust_fit.h"
 #include "shot/tracks.h"
 
 namespace cornerpin {
@@ -33,7 +36,13 @@ const char* nameOf(Status status);
 struct SolveOptions {
   std::optional<int> base;  ///< none: `chooseBaseFrame`
   Units units = Units::Fit;
+  /// Loss::None: the library's solve alone, to the bit.
+  Loss loss = Loss::Tukey;
+  std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
 };
+
+/// "none", "huber", "cauchy", "tukey".
+const char* nameOf(Loss loss);
 
 struct FrameResult {
   int frame = 0;
@@ -45,6 +54,15 @@ struct FrameResult {
   double rms = 0.0;
   Homography h{};      ///< base frame to this frame, in the file's units; the last element is 1
   std::string reason;  ///< why the frame is held
+
+  // Of solved frames.
+  Stage stage = Stage::Library;  ///< where the fit started; Loss::None ends with the library's
+  std::string why;               ///< why there; empty with Loss::None
+  int inliers = 0;  ///< tracks within `kInlierScales` scales; with Loss::None all of them
+  double inlierRms = std::numeric_limits<double>::quiet_NaN();  ///< `rms` over these alone
+  /// Standard deviation of one coordinate of a good track, in the file's units; NaN with
+  /// Loss::None.
+  double scale = std::numeric_limits<double>::quiet_NaN();
 };
 
 struct ShotResult {
@@ -52,6 +70,8 @@ struct ShotResult {
   int baseTracks = 0;  ///< tracks that take part
   int leftOut = 0;     ///< tracks absent from the base frame, which take part nowhere
   Units units = Units::Fit;
+  Loss loss = Loss::None;
+  std::uint64_t seed = 1;
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
   std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
 };
@@ -65,8 +85,12 @@ int chooseBaseFrame(const Tracks& tracks);
 
 /// Finds for every frame the transform that carries the tracks' base positions to their positions
 /// there, by `MMatchmove`: forward from the base frame, then backward, each frame starting from
-/// its neighbour. Where every frame can be fitted the transforms are those of `MMatchmove::solve`
-/// on the conditioned shot, to the bit.
+/// its neighbour. With Loss::None, and where every frame can be fitted, the transforms are those of
+/// `MMatchmove::solve` on the conditioned shot, to the bit. With another loss `fitRobustly` goes on
+/// from the library's fit and the neighbour's transform, in double precision, and its transform is
+/// the frame's and the next frame's start; tracks that kept to the surface in the sweep's earlier
+/// frames are sampled first. With at least `kFewestForRobust` tracks the library's fit may fail
+/// then, and the frame is held where the good tracks fix no transform.
 ///
 /// A frame that cannot be fitted is held and the sweep goes on: fewer than four active tracks;
 /// tracks that fix no transform here or in the base frame (`inGeneralPosition`); positions beyond

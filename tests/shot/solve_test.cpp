@@ -58,6 +58,7 @@ SolveOptions based(int frame, Units units = Units::Fit) {
   SolveOptions options;
   options.base = frame;
   options.units = units;
+  options.loss = Loss::None;
   return options;
 }
 

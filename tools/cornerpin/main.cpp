@@ -6,6 +6,7 @@
 #include <charconv>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <new>
@@ -54,6 +55,8 @@ struct Arguments {
   std::string base = "auto";
   std::string units = "fit";
   std::string quad;
+  std::string loss = "tukey";
+  std::uint64_t seed = 1;
   bool json = false;
 };
 
@@ -109,6 +112,12 @@ std::optional<int> parseBase(const std::string& text) {
   return frame;
 }
 
+cornerpin::Loss parseLoss(const std::string& text) {
+  if (text == "none") return cornerpin::Loss::None;
+  if (text == "huber") return cornerpin::Loss::Huber;
+  return text == "cauchy" ? cornerpin::Loss::Cauchy : cornerpin::Loss::Tukey;
+}
+
 bool isStandardOutput(const std::string& path) { return path == "-" || path == "/dev/stdout"; }
 
 Format chooseFormat(const Arguments& arguments) {
@@ -133,6 +142,8 @@ int solve(const Arguments& arguments) {
   cornerpin::SolveOptions options;
   options.base = parseBase(arguments.base);
   options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
+  options.loss = parseLoss(arguments.loss);
+  options.seed = arguments.seed;
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
   const Format format = chooseFormat(arguments);
@@ -187,6 +198,16 @@ void addSolve(CLI::App& app, Arguments& arguments) {
       .add_option("--units", arguments.units,
                   "fit scales the tracks for the solver, raw hands your numbers over as they are")
       ->check(CLI::IsMember({"fit", "raw"}))
+      ->capture_default_str();
+  command
+      .add_option("--loss", arguments.loss,
+                  "How far-off tracks count: tukey ignores them, cauchy and huber count them less, "
+                  "none counts all in full")
+      ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
+      ->capture_default_str();
+  command
+      .add_option("--seed", arguments.seed,
+                  "Another number draws other tracks where many are bad; the same, the same result")
       ->capture_default_str();
 }
 
