@@ -73,6 +73,11 @@ std::string jsonFrame(const ShotResult& result, const FrameResult& frame, const 
   text += fmt::format(R"(,"tracks":{},"rms":{},"h":[[{},{},{}],[{},{},{}],[{},{},{}]],{})",
                       frame.tracks, jsonNumber(frame.rms), h[0][0], h[0][1], h[0][2], h[1][0],
                       h[1][1], h[1][2], h[2][0], h[2][1], h[2][2], jsonTrust(trust));
+  if (frame.status == Status::Solved) {
+    text += fmt::format(R"(,"inliers":{},"inlier_rms":{},"scale":{},"stage":"{}")", frame.inliers,
+                        jsonNumber(frame.inlierRms), jsonNumber(frame.scale), nameOf(frame.stage));
+    if (!frame.why.empty()) text += fmt::format(R"(,"why":{})", jsonText(frame.why));
+  }
   if (!frame.reason.empty()) text += fmt::format(R"(,"reason":{})", jsonText(frame.reason));
   if (quad) {
     Quad places;
@@ -105,11 +110,11 @@ class JsonList {
 
 void writeJson(const ShotResult& result, const ShotTrust& trust, const std::optional<Quad>& quad,
                OutputFile& out) {
-  out.write(
-      fmt::format("{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
-                  "\"left_out\":{},\n\"units\":\"{}\",\n\"corners\":{},\n",
-                  result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units),
-                  jsonQuad(trust.corners)));
+  out.write(fmt::format(
+      "{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
+      "\"left_out\":{},\n\"units\":\"{}\",\n\"loss\":\"{}\",\n\"seed\":{},\n\"corners\":{},\n",
+      result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units),
+      nameOf(result.loss), result.seed, jsonQuad(trust.corners)));
   out.write("\"worst_tracks\":");
   JsonList worst(out);
   for (const WorstTrack& track : trust.worst) worst.add(jsonWorst(track));
@@ -130,6 +135,10 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
     for (double element : row) text += fmt::format(",{}", element);
   }
   text += fmt::format(",{},{},{}", csvNumber(frame.rms), frame.tracks, nameOf(frame.status));
+  const bool solved = frame.status == Status::Solved;
+  text += solved ? fmt::format(",{},{},{},{}", frame.inliers, csvNumber(frame.inlierRms),
+                               csvNumber(frame.scale), nameOf(frame.stage))
+                 : ",,,,";
   if (!quad) return text + "\n";
   for (const Point& corner : *quad) {
     const Point p = carried(result, frame, corner);
@@ -139,7 +148,8 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
 }
 
 void writeCsv(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
-  out.write("frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status");
+  out.write(
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage");
   out.write(quad ? ",qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n" : "\n");
   for (const FrameResult& frame : result.frames) out.write(csvFrame(result, frame, quad));
 }

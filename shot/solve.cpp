@@ -27,6 +27,7 @@ Point place(const Observation& o) { return {o.x, o.y}; }
 
 // The active tracks of a frame, in the file's units.
 struct Active {
+  std::vector<std::size_t> index;  // in the scene
   std::vector<Point> base;
   std::vector<Point> here;
   std::vector<double> weights;
@@ -78,6 +79,19 @@ MGenMatrix<float> toFloat(const Homography& h) {
   return m;
 }
 
+// h, given in the caller's coordinates, between conditioned ones.
+Homography conditioned(const Homography& h, const Conditioning& c) {
+  const Conditioning inverse{{-c.scale * c.centre.x, -c.scale * c.centre.y}, 1.0 / c.scale};
+  return unconditioned(h, inverse, inverse);
+}
+
+// How often a track kept to the surface in a sweep.
+struct History {
+  int kept = 0;
+  int seen = 0;
+  double trust() const { return (1.0 + kept) / (2.0 + seen); }
+};
+
 // How a frame came out.
 struct Fit {
   MGenMatrix<float> transform;  // the solver's own
@@ -85,13 +99,16 @@ struct Fit {
   double cost = 0.0;
   std::string reason;     // why it does not count; empty when it does
   bool supported = true;  // the tracks fix a projective transform
+  RobustFit robust;       // unused with Loss::None
 };
 
 class ShotSolver {
  public:
   ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
-      : tracks_(tracks), progress_(progress), checkSpread_(options.checkSpread) {
+      : tracks_(tracks), progress_(progress) {
     result_.units = options.units;
+    result_.loss = options.loss;
+    result_.seed = options.seed;
     result_.baseFrame = options.base ? *options.base : chooseBaseFrame(tracks);
     collectBaseTracks();
     setUpScene();
@@ -129,10 +146,10 @@ class ShotSolver {
   void setUpScene() {
     std::vector<Point> points;
     for (const Observation& o : base_) points.push_back(place(o));
-    const Conditioning fitting = Conditioning::fitting(points);
-    result_.baseCentre = fitting.centre;
+    fitting_ = Conditioning::fitting(points);
+    result_.baseCentre = fitting_.centre;
+    if (result_.units == Units::Fit) conditioning_ = fitting_;
     surface_ = squareAround(points);
-    if (result_.units == Units::Fit) conditioning_ = fitting;
     scene_.tracks.resize(result_.baseTracks);
     for (int i = 0; i < result_.baseTracks; ++i) {
       scene_.tracks[i].positions = MGenMatrix<float>(2, 2, MGenMatrix<float>::ColumnMajor);
@@ -166,12 +183,13 @@ class ShotSolver {
 
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
     chainBroken_ = false;
+    history_.assign(base_.size(), {});
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
       FrameResult& result = resultOf(frame);
       result.frame = frame;
-      const Fit fit = solveFrame(frame, neighbour);
+      const Fit fit = solveFrame(frame, neighbour, held);
       if (fit.reason.empty()) {
         neighbour = fit.transform;
         result.status = Status::Solved;
@@ -180,23 +198,25 @@ class ShotSolver {
       } else {
         result.reason = fit.reason;
         result.h = held;
-        if (!fit.supported) reduce(result);
+        if (!fit.supported) reduce(fit.robust, result);
       }
       result.tracks = static_cast<int>(active_.size());
       result.rms = rmsOf(result.h, active_);
+      if (fit.reason.empty()) addFigures(fit.robust, result);
       report();
     }
   }
 
-  // Fits a lower model where the tracks support one; `h` is the neighbour's transform before.
-  void reduce(FrameResult& result) const {
-    const Model inBase = supportedModel(active_.base, surface_, Model::Affine);
-    const Model model = active_.size() > 0
-                            ? supportedModel(active_.here, squareAround(active_.here), inBase)
-                            : Model::Held;
+  // Fits a lower model to the good tracks where they support one; `h` is the neighbour's transform
+  // before.
+  void reduce(const RobustFit& robust, FrameResult& result) const {
+    const Active used = robust.found ? inliersOf(robust) : active_;
+    const Model inBase = supportedModel(used.base, surface_, Model::Affine);
+    const Model model =
+        used.size() > 0 ? supportedModel(used.here, squareAround(used.here), inBase) : Model::Held;
     std::vector<Match> matches;
-    for (std::size_t i = 0; i < active_.size(); ++i) {
-      matches.push_back({active_.base[i], active_.here[i], active_.weights[i]});
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      matches.push_back({used.base[i], used.here[i], used.weights[i]});
     }
     const LadderFit fit = fitLadder(matches, model, result.h);
     if (fit.model == Model::Held) return;
@@ -204,13 +224,46 @@ class ShotSolver {
     result.model = fit.model;
     result.onTop = fit.onTop;
     result.h = fit.h;
-    if (active_.size() < kFewestTracks && tracksFor(fit.model) < active_.size()) {
+    if (robust.found) {
+      result.scale = robust.scale / fitting_.scale;
+      result.inliers = static_cast<int>(robust.inliers);
+    }
+    if (used.size() < kFewestTracks && tracksFor(fit.model) < used.size()) {
       result.reason += ", too close together or too near one line";
     }
   }
 
+  void addFigures(const RobustFit& robust, FrameResult& result) {
+    if (result_.loss == Loss::None) {
+      result.inliers = result.tracks;
+      result.inlierRms = result.rms;
+      return;
+    }
+    result.stage = robust.stage;
+    result.why = robust.why;
+    result.scale = robust.scale / fitting_.scale;
+    result.inliers = static_cast<int>(robust.inliers);
+    result.inlierRms = rmsOf(result.h, inliersOf(robust));
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      History& history = history_[active_.index[i]];
+      ++history.seen;
+      if (robust.inlier[i]) ++history.kept;
+    }
+  }
+
+  Active inliersOf(const RobustFit& robust) const {
+    Active inliers;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      if (!robust.inlier[i]) continue;
+      inliers.base.push_back(active_.base[i]);
+      inliers.here.push_back(active_.here[i]);
+      inliers.weights.push_back(active_.weights[i]);
+    }
+    return inliers;
+  }
+
   // Leaves the tracks in the scene only while the frame is being solved.
-  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour) {
+  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour, const Homography& held) {
     const Tracks::Range observations = tracks_.inFrame(frame);
     active_ = {};
     bool inRange = true;
@@ -219,6 +272,7 @@ class ShotSolver {
       if (index < 0 || !(o.weight > 0.0f)) continue;
       set(index, kFrameRow, o);
       inRange = inRange && isFiniteInScene(index);
+      active_.index.push_back(static_cast<std::size_t>(index));
       active_.base.push_back(place(base_[static_cast<std::size_t>(index)]));
       active_.here.push_back(place(o));
       active_.weights.push_back(static_cast<double>(o.weight));
@@ -231,6 +285,7 @@ class ShotSolver {
       fit.supported = false;
     } else {
       fit = bestFit(neighbour);
+      if (result_.loss != Loss::None) fit = robustFit(fit, held);
     }
     if (!fit.reason.empty()) chainBroken_ = true;
     for (const Observation& o : observations) {
@@ -258,7 +313,7 @@ class ShotSolver {
     if (!inGeneralPosition(active_.here)) {
       return "all its tracks but one, or all of them, lie on one line";
     }
-    if (checkSpread_ && !(noiseGain(Model::Projective, active_.base, surface_) <= kLargestGain)) {
+    if (result_.loss != Loss::None && !isSpread(active_.base)) {
       return "its tracks lie too close together or too near one line in the base frame";
     }
     return {};
@@ -273,6 +328,57 @@ class ShotSolver {
     const Fit other = fitFrom(linearStart());
     const bool better = !fit.reason.empty() || other.cost < fit.cost;
     return other.reason.empty() && better ? other : fit;
+  }
+
+  // On from the library's fit, where there is one, and from the neighbour's transform.
+  Fit robustFit(const Fit& library, const Homography& neighbour) {
+    // Without tracks to spare there is nothing to tell a bad one by.
+    if (!library.reason.empty() && active_.size() < kFewestForRobust) return library;
+    Matches matches;
+    std::vector<double> confidence;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      matches.add(
+          {fitting_.apply(active_.base[i]), fitting_.apply(active_.here[i]), active_.weights[i]});
+      confidence.push_back(active_.weights[i] * history_[active_.index[i]].trust());
+    }
+    std::vector<Start> starts;
+    if (library.reason.empty())
+      starts.push_back({Stage::Library, conditioned(library.h, fitting_)});
+    starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
+    Fit fit;
+    fit.robust = fitRobustly(matches, starts, confidence, {result_.loss, result_.seed});
+    fit.reason = whyUnfit(fit.robust);
+    if (!fit.reason.empty()) {
+      fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
+      if (!library.reason.empty()) fit.reason = library.reason;
+      return fit;
+    }
+    fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
+    fit.transform = toFloat(conditioned(fit.h, conditioning_));
+    if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
+    return fit;
+  }
+
+  // Empty when the good tracks fix the transform.
+  std::string whyUnfit(const RobustFit& robust) const {
+    if (!robust.found) return "no transform fits enough of its tracks";
+    const Active inliers = inliersOf(robust);
+    if (inliers.size() < kFewestTracks) {
+      return fmt::format("{} of its {} tracks agree on a transform", inliers.size(),
+                         active_.size());
+    }
+    if (!inGeneralPosition(inliers.base) || !inGeneralPosition(inliers.here)) {
+      return "all its good tracks but one, or all of them, lie on one line";
+    }
+    if (!isSpread(inliers.base)) {
+      return "its good tracks lie too close together or too near one line in the base frame";
+    }
+    return {};
+  }
+
+  // Whether a full fit to these of the base frame's places keeps noise within bounds.
+  bool isSpread(const std::vector<Point>& points) const {
+    return noiseGain(Model::Projective, points, surface_) <= kLargestGain;
   }
 
   MGenMatrix<float> linearStart() const {
@@ -312,10 +418,11 @@ class ShotSolver {
 
   const Tracks& tracks_;
   const Progress& progress_;
-  const bool checkSpread_;
   ShotResult result_;
-  Conditioning conditioning_;
-  Quad surface_{};
+  Conditioning fitting_;           // of the base frame's tracks
+  Quad surface_{};                 // the square around them
+  Conditioning conditioning_;      // of what the library gets
+  std::vector<History> history_;   // per track of the scene, of the sweep
   std::vector<int> sceneIndex_;    // per track; -1 when absent from the base frame
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
@@ -327,6 +434,12 @@ class ShotSolver {
 }  // namespace
 
 const char* nameOf(Units units) { return units == Units::Fit ? "fit" : "raw"; }
+
+const char* nameOf(Loss loss) {
+  if (loss == Loss::None) return "none";
+  if (loss == Loss::Huber) return "huber";
+  return loss == Loss::Cauchy ? "cauchy" : "tukey";
+}
 
 const char* nameOf(Status status) {
   if (status == Status::Base) return "base";

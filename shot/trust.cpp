@@ -60,6 +60,27 @@ FittedFrame fittedFrame(const Tracks& tracks, const BasePlaces& places, const Sh
   return fitted;
 }
 
+// Whether the frame's fit told good tracks from bad ones.
+bool isRobust(const ShotResult& result, const FrameResult& frame) {
+  return result.loss != Loss::None && std::isfinite(frame.scale) &&
+         static_cast<std::size_t>(frame.tracks) >= kFewestForRobust;
+}
+
+// Gives the matches the weights of the last step of the fit, or of only the good tracks, in full.
+FittedFrame weighted(const ShotResult& result, const FrameResult& frame, FittedFrame fitted,
+                     bool goodInFull) {
+  if (!isRobust(result, frame)) return fitted;
+  const bool cut = goodInFull || frame.status != Status::Solved;
+  for (Match& m : fitted.matches) {
+    const Point q = map(frame.h, m.from);
+    const double r = std::hypot(m.to.x - q.x, m.to.y - q.y);
+    if (!(r <= kInlierScales * frame.scale) && cut) m.weight = 0.0;
+    if (!cut) m.weight *= std::sqrt(lossWeight(result.loss, r, frame.scale));
+    if (!(m.weight > 0.0)) m.weight = 0.0;
+  }
+  return fitted;
+}
+
 bool isInFront(const ShotResult& result, const FrameResult& frame, Point corner) {
   return denominator(frame.h, corner) * denominator(frame.h, result.baseCentre) > 0.0;
 }
@@ -69,7 +90,7 @@ FrameTrust trustOf(const ShotResult& result, const FrameResult& frame, const Fit
   FrameTrust trust;
   trust.noise = kNone;
   if (frame.status == Status::Base) return trust;
-  const Uncertainty uncertainty(fitted);
+  const Uncertainty uncertainty(weighted(result, frame, fitted, true));
   trust.noise = uncertainty.noise();
   for (std::size_t c = 0; c < corners.size(); ++c) {
     const bool seen = isInFront(result, frame, corners[c]);
@@ -82,7 +103,9 @@ FrameTrust trustOf(const ShotResult& result, const FrameResult& frame, const Fit
 
 FittedFrame fittedFrame(const Tracks& tracks, const ShotResult& result, std::size_t frame,
                         std::vector<int>& ids) {
-  return fittedFrame(tracks, basePlaces(tracks, result.baseFrame), result, frame, ids);
+  const BasePlaces places = basePlaces(tracks, result.baseFrame);
+  return weighted(result, result.frames[frame], fittedFrame(tracks, places, result, frame, ids),
+                  false);
 }
 
 ShotTrust assess(const Tracks& tracks, const ShotResult& result, const std::optional<Quad>& corners,
@@ -98,7 +121,8 @@ ShotTrust assess(const Tracks& tracks, const ShotResult& result, const std::opti
     const FittedFrame fitted = fittedFrame(tracks, places, result, i, ids);
     trust.frames.push_back(trustOf(result, frame, fitted, trust.corners));
     if (frame.status == Status::Base) continue;
-    const std::vector<TrackInfluence> influences = influencesOf(fitted, trust.corners);
+    const std::vector<TrackInfluence> influences =
+        influencesOf(weighted(result, frame, fitted, false), trust.corners);
     worst.addFrame(frame.frame, ids, influences);
     if (!sink) continue;
     for (std::size_t k = 0; k < ids.size(); ++k) sink(ids[k], frame.frame, influences[k]);

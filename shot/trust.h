@@ -18,7 +18,8 @@ namespace cornerpin {
 
 /// How far one frame can be trusted.
 struct FrameTrust {
-  /// `Uncertainty::noise`: what the residuals say of the tracks' noise; NaN where they say nothing.
+  /// `Uncertainty::noise` of the good tracks, those within `kInlierScales` scales: what the
+  /// residuals say of the tracks' noise; NaN where they say nothing.
   double noise = 0.0;
   /// `Uncertainty::deviationAt` of the four corners; NaN where there is no figure and for a corner
   /// on or behind the horizon, 0 in the base frame.
@@ -40,7 +41,8 @@ struct ShotTrust {
 /// Called for each track of each frame but the base frame, by frame, then by track.
 using TrackSink = std::function<void(int track, int frame, const TrackInfluence& influence)>;
 
-/// A frame's tracks (weight above 0 there and in the base frame) and how they were fitted.
+/// A frame's tracks (weight above 0 there and in the base frame) and how they were fitted, with the
+/// weights that the loss left them.
 /// \param ids  receives the tracks' indices
 FittedFrame fittedFrame(const Tracks& tracks, const ShotResult& result, std::size_t frame,
                         std::vector<int>& ids);

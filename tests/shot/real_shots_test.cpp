@@ -208,6 +208,7 @@ class RealShot : public testing::TestWithParam<Case> {};
 void expectTheOptimum(const std::string& name, std::optional<int> base, int unsolved) {
   SolveOptions options;
   options.base = base;
+  options.loss = Loss::None;
   const ShotResult result = solveShot(readTracks(dataFile(name + ".csv")), options);
   const Shot shot = readShot(name);
   std::vector<double> ours, best, plain;
@@ -257,6 +258,7 @@ INSTANTIATE_TEST_SUITE_P(Data, RealShot,
 TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
   SolveOptions options;
   options.base = 60;
+  options.loss = Loss::None;
   const ShotResult result = solveShot(readTracks(dataFile("board.csv")), options);
   const Shot shot = readShot("board");
   std::ifstream file(dataFile("board.truth.csv"));

@@ -76,6 +76,29 @@ TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
   EXPECT_FALSE(j["frames"][0].contains("quad"));
 }
 
+TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
+  ShotResult result = twoFrames();
+  result.loss = Loss::Cauchy;
+  result.seed = 77;
+  FrameResult& solved = result.frames[1];
+  solved.status = Status::Solved;
+  solved.stage = Stage::Sampled;
+  solved.why = "a why";
+  solved.inliers = 3;
+  solved.inlierRms = 0.25;
+  solved.scale = 0.5;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["loss"], "cauchy");
+  EXPECT_EQ(j["seed"], 77);
+  EXPECT_EQ(j["frames"][1]["stage"], "sampled");
+  EXPECT_EQ(j["frames"][1]["why"], "a why");
+  EXPECT_EQ(j["frames"][1]["inliers"], 3);
+  EXPECT_EQ(j["frames"][1]["inlier_rms"], 0.25);
+  EXPECT_EQ(j["frames"][1]["scale"], 0.5);
+  EXPECT_FALSE(j["frames"][0].contains("stage"));
+  EXPECT_NE(written(result, Format::Csv).find(",0,solved,3,0.25,0.5,sampled\n"), std::string::npos);
+}
+
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
   result.frames[1].reason = "\xff";
@@ -83,10 +106,11 @@ TEST(ResultJson, ReplacesBrokenTextInAReason) {
 }
 
 TEST(ResultCsv, HasOneRowPerFrame) {
-  EXPECT_EQ(written(twoFrames(), Format::Csv),
-            "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status\n"
-            "5,1,0,0,0,1,0,0,0,1,0,4,base\n"
-            "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held\n");
+  EXPECT_EQ(
+      written(twoFrames(), Format::Csv),
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage\n"
+      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,\n"
+      "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held,,,,\n");
 }
 
 TEST(ResultQuad, IsCarriedToEveryFrame) {
@@ -97,8 +121,8 @@ TEST(ResultQuad, IsCarriedToEveryFrame) {
   EXPECT_EQ(j["frames"][1]["quad"], json::parse("[[10,20],[12,20],[13,22],[6,22]]"));
   EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[0,0],[1,0],[1.5,1],[-2,1]]"));
   const std::string csv = written(result, Format::Csv, quad);
-  EXPECT_NE(csv.find(",status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"), std::string::npos);
-  EXPECT_NE(csv.find(",held,10,20,12,20,13,22,6,22\n"), std::string::npos);
+  EXPECT_NE(csv.find(",stage,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"), std::string::npos);
+  EXPECT_NE(csv.find(",held,,,,,10,20,12,20,13,22,6,22\n"), std::string::npos);
 }
 
 TEST(ResultJson, SaysHowFarToTrustAFrame) {

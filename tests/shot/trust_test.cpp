@@ -77,6 +77,50 @@ TEST(Assess, GivesTheSpreadOfTheCornersOverAThousandNoisyCopiesOfAShot) {
   }
 }
 
+// Every sixth track is somewhere else in every frame but the base; the figure is about the rest.
+TEST(Assess, GivesTheSpreadOfTheCornersWithBadTracksAmongTheGood) {
+  constexpr int kCopies = 300;
+  double figure[4] = {};
+  double seen[4] = {};
+  for (unsigned copy = 0; copy < kCopies; ++copy) {
+    Tracks tracks = noisyShot(36, 0.5, copy);
+    for (Observation& o : tracks.observations) {
+      if (o.track % 6 == 5 && o.frame > 0) o.x += 25 + o.track;
+    }
+    const ShotResult result = solveShot(tracks, fromTheFirstFrame());
+    const ShotTrust trust = assess(tracks, result, kCorners);
+    for (std::size_t c = 0; c < 4; ++c) {
+      const Point p = map(result.frames[2].h, kCorners[c]);
+      const Point q = map(motion(2), kCorners[c]);
+      seen[c] += (std::pow(p.x - q.x, 2) + std::pow(p.y - q.y, 2)) / kCopies;
+      figure[c] += std::pow(trust.frames[2].deviations[c], 2) / kCopies;
+    }
+  }
+  for (std::size_t c = 0; c < 4; ++c) {
+    std::printf("corner %zu: figure %.4f px, spread %.4f px\n", c, std::sqrt(figure[c]),
+                std::sqrt(seen[c]));
+    EXPECT_NEAR(std::sqrt(figure[c] / seen[c]), 1.0, 0.15);
+  }
+}
+
+TEST(Assess, GivesBadTracksNoWeightAndNoInfluence) {
+  Tracks tracks = noisyShot(24, 0.5, 1);
+  for (Observation& o : tracks.observations) {
+    if (o.track == 7 && o.frame > 0) o.x += 40;
+  }
+  const ShotResult result = solveShot(tracks, fromTheFirstFrame());
+  int bad = 0;
+  assess(tracks, result, kCorners, [&](int track, int, const TrackInfluence& influence) {
+    EXPECT_EQ(influence.weight == 0.0, track == 7);
+    if (track != 7) return;
+    ++bad;
+    EXPECT_EQ(influence.influence, 0.0);
+    EXPECT_EQ(influence.leverage, 0.0);
+    EXPECT_NEAR(influence.residual, 40.0, 5.0);
+  });
+  EXPECT_EQ(bad, 2);
+}
+
 TEST(Assess, IsAboutTheBoxAroundTheBaseFramesTracksUnlessToldOtherwise) {
   const Tracks tracks = noisyShot(3, 0.0, 1);
   const ShotResult result = solveShot(tracks, fromTheFirstFrame());

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <new>
@@ -61,6 +62,8 @@ struct Arguments {
   std::string explanation;
   std::vector<std::string> keep;
   std::vector<std::string> drop;
+  std::string loss = "tukey";
+  std::uint64_t seed = 1;
   bool json = false;
 };
 
@@ -114,6 +117,12 @@ std::optional<int> parseBase(const std::string& text) {
     throw std::invalid_argument("--base takes a frame number or auto, not \"" + text + "\"");
   }
   return frame;
+}
+
+cornerpin::Loss parseLoss(const std::string& text) {
+  if (text == "none") return cornerpin::Loss::None;
+  if (text == "huber") return cornerpin::Loss::Huber;
+  return text == "cauchy" ? cornerpin::Loss::Cauchy : cornerpin::Loss::Tukey;
 }
 
 bool isStandardOutput(const std::string& path) { return path == "-" || path == "/dev/stdout"; }
@@ -172,6 +181,8 @@ int solve(const Arguments& arguments) {
   cornerpin::SolveOptions options;
   options.base = parseBase(arguments.base);
   options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
+  options.loss = parseLoss(arguments.loss);
+  options.seed = arguments.seed;
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
   const Format format = chooseFormat(arguments);
@@ -244,6 +255,16 @@ void addSolve(CLI::App& app, Arguments& arguments) {
       .add_option("--units", arguments.units,
                   "fit scales the tracks for the solver, raw hands your numbers over as they are")
       ->check(CLI::IsMember({"fit", "raw"}))
+      ->capture_default_str();
+  command
+      .add_option("--loss", arguments.loss,
+                  "How far-off tracks count: tukey ignores them, cauchy and huber count them less, "
+                  "none counts all in full")
+      ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
+      ->capture_default_str();
+  command
+      .add_option("--seed", arguments.seed,
+                  "Another number draws other tracks where many are bad; the same, the same result")
       ->capture_default_str();
 }
 
