@@ -176,10 +176,9 @@ TEST(SolveCommand, LeavesOutWhatIsDroppedAndUsesOnlyWhatIsKept) {
   EXPECT_EQ(kept["base_tracks"], 6);
   EXPECT_EQ(kept["frames"].size(), 71u);
   const std::string one = names.substr(0, names.find(','));
-  const json dropped = json::parse(
-      cornerpin({"solve", kFacade, "--json", "--keep", names, "--drop", one + ":40-45", "--drop",
-                 one + ":50"})
-          .out);
+  const json dropped = json::parse(cornerpin({"solve", kFacade, "--json", "--keep", names, "--drop",
+                                              one + ":40-45", "--drop", one + ":50"})
+                                       .out);
   for (int f : {39, 40, 45, 46, 49, 50, 51}) {
     const bool out = (f >= 40 && f <= 45) || f == 50;
     const auto i = static_cast<std::size_t>(f);
@@ -402,9 +401,8 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
     EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
   }
   const std::string help = cornerpin({"solve", "--help"}).out;
-  for (const char* option :
-       {"--output", "--format", "--json", "--base", "--quads", "--drop", "--keep", "--explain",
-        "--units", "Exit codes"}) {
+  for (const char* option : {"--output", "--format", "--json", "--base", "--quads", "--drop",
+                             "--keep", "--explain", "--units", "Exit codes"}) {
     EXPECT_TRUE(contains(help, option)) << option;
   }
 }
