@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numeric>
 
@@ -32,10 +33,12 @@ double bendOf(Loss loss) {
 
 double squaredResidual(const Matches& matches, const Homography& h, std::size_t i) {
   const Point from = matches.from(i);
-  if (!(denominator(h, from) > kHorizon)) return kInfinity;
-  const Point p = map(h, from);
   const Point to = matches.to(i);
-  return (p.x - to.x) * (p.x - to.x) + (p.y - to.y) * (p.y - to.y);
+  const double s = h[2][0] * from.x + h[2][1] * from.y + h[2][2];
+  const double t = 1.0 / s;
+  const double dx = (h[0][0] * from.x + h[0][1] * from.y + h[0][2]) * t - to.x;
+  const double dy = (h[1][0] * from.x + h[1][1] * from.y + h[1][2]) * t - to.y;
+  return s > kHorizon ? dx * dx + dy * dy : kInfinity;
 }
 
 std::vector<double> squaredResiduals(const Matches& matches, const Homography& h) {
@@ -187,6 +190,35 @@ double lossWeight(Loss loss, double residual, double scale) {
   return loss == Loss::Huber && part > 1.0 ? 1.0 / part : 1.0;
 }
 
+namespace {
+
+// Of the factorials, for the counts that shots have.
+double logFactorial(std::size_t n) {
+  constexpr std::size_t kKnown = 4096;
+  static const std::vector<double> known = [] {
+    std::vector<double> logs(kKnown, 0.0);
+    for (std::size_t i = 2; i < kKnown; ++i)
+      logs[i] = logs[i - 1] + std::log(static_cast<double>(i));
+    return logs;
+  }();
+  if (n < kKnown) return known[n];
+  const double x = static_cast<double>(n);
+  return x * std::log(x) - x + 0.5 * std::log(6.283185307179586 * x) + 1.0 / (12.0 * x);
+}
+
+double logChoose(std::size_t n, std::size_t k) {
+  return logFactorial(n) - logFactorial(k) - logFactorial(n - k);
+}
+
+// The binary exponent of a positive number; far below any bin for 0 and tiny ones.
+int exponentOf(double value) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  return static_cast<int>(bits >> 52) - 1023;
+}
+
+}  // namespace
+
 Judgement judge(const Matches& matches, const Homography& h) {
   // Counts by the squared residual's power of two, from that of three floors up.
   constexpr int kLowest = -22;
@@ -195,19 +227,15 @@ Judgement judge(const Matches& matches, const Homography& h) {
   Point low = matches.to(0);
   Point high = low;
   for (std::size_t i = 0; i < matches.size(); ++i) {
-    const double square = squaredResidual(matches, h, i);
-    const int power =
-        square < kInfinity ? (square > 0.0 ? std::ilogb(square) + 1 : kLowest) : kLowest + kBins;
+    const int power = exponentOf(squaredResidual(matches, h, i)) + 1;
     ++counts[static_cast<std::size_t>(std::clamp(power - kLowest, 0, kBins))];
     const Point p = matches.to(i);
     low = {std::min(low.x, p.x), std::min(low.y, p.y)};
     high = {std::max(high.x, p.x), std::max(high.y, p.y)};
   }
   const double area = std::max((high.x - low.x) * (high.y - low.y), 1e-6);
-  const auto n = static_cast<double>(matches.size());
-  const auto logChoose = [](double a, double b) {
-    return std::lgamma(a + 1) - std::lgamma(b + 1) - std::lgamma(a - b + 1);
-  };
+  const std::size_t n = matches.size();
+  const double choices = std::log(std::max(static_cast<double>(n) - 4.0, 1.0));
   Judgement best{kInfinity, 0.0, 0};
   std::size_t within = 0;
   for (int bin = 0; bin < kBins; ++bin) {
@@ -216,9 +244,8 @@ Judgement judge(const Matches& matches, const Homography& h) {
     if (more == 0 || within < 5) continue;
     const double square = std::ldexp(1.0, bin + kLowest);
     const double chance = std::min(3.14159265358979323846 * square / area, 1.0);
-    const auto k = static_cast<double>(within);
-    const double score = std::log(std::max(n - 4, 1.0)) + logChoose(n, k) + logChoose(k, 4) +
-                         (k - 4) * std::log(chance);
+    const double score = choices + logChoose(n, within) + logChoose(within, 4) +
+                         static_cast<double>(within - 4) * std::log(chance);
     if (score < best.score) best = {score, std::sqrt(square), within};
   }
   if (best.count == 0) best.distance = kInfinity;

@@ -293,3 +293,108 @@ TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
   EXPECT_LT(median(fits), median(tracks));
   EXPECT_LT(largest(fits), largest(tracks));
 }
+
+namespace {
+
+std::vector<double> lengths(const Homography& h, const std::vector<Pair>& pairs) {
+  const Eigen::Matrix3d m = toEigen(h);
+  std::vector<double> all;
+  for (const Pair& p : pairs)
+    all.push_back(((m * p.base.homogeneous()).hnormalized() - p.here).norm());
+  return all;
+}
+
+double rootMeanSquare(const std::vector<double>& values) {
+  double sum = 0;
+  for (double v : values) sum += v * v;
+  return std::sqrt(sum / static_cast<double>(values.size()));
+}
+
+// A shot solved with the default loss: figures over the tracks within 3 px of the fit.
+struct Near {
+  std::vector<double> rms, share;
+};
+
+Near nearTracks(const std::string& name, int base) {
+  SolveOptions options;
+  options.base = base;
+  const ShotResult result = solveShot(readTracks(dataFile(name + ".csv")), options);
+  const Shot shot = readShot(name);
+  Near near;
+  for (const FrameResult& frame : result.frames) {
+    if (frame.status != Status::Solved) continue;
+    std::vector<double> all = lengths(frame.h, pairsOf(shot, base, frame.frame));
+    const auto count = static_cast<double>(all.size());
+    all.erase(std::remove_if(all.begin(), all.end(), [](double r) { return r > 3; }), all.end());
+    near.rms.push_back(rootMeanSquare(all));
+    near.share.push_back(static_cast<double>(all.size()) / count);
+  }
+  std::printf("%s: RMS within 3 px median %.3f worst %.3f px, share of the tracks median %.3f\n",
+              name.c_str(), median(near.rms), largest(near.rms), median(near.share));
+  return near;
+}
+
+class CleanShot : public testing::TestWithParam<const char*> {};
+
+}  // namespace
+
+TEST(Highway, KeepsToTheRoadThoughAThirdOfTheTracksDriveOff) {
+  const Near near = nearTracks("highway", 0);
+  EXPECT_EQ(near.rms.size(), 149u);
+  EXPECT_LE(median(near.rms), 0.50);
+  EXPECT_GE(median(near.share), 0.64);
+}
+
+TEST(Box, KeepsToTheFaceThoughTracksSlideOffIt) {
+  const Near near = nearTracks("box", 0);
+  EXPECT_EQ(near.rms.size(), 199u);
+  EXPECT_LE(median(near.rms), 0.80);
+  EXPECT_GE(median(near.share), 0.95);
+}
+
+TEST_P(CleanShot, StaysWithinOnePercentOfPlainSquares) {
+  const std::string name = GetParam();
+  const Tracks tracks = readTracks(dataFile(name + ".csv"));
+  SolveOptions plain;
+  plain.base = 0;
+  plain.loss = Loss::None;
+  SolveOptions robust = plain;
+  robust.loss = Loss::Tukey;
+  const ShotResult a = solveShot(tracks, plain);
+  const ShotResult b = solveShot(tracks, robust);
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < a.frames.size(); ++i) {
+    if (a.frames[i].status == Status::Solved) ratios.push_back(b.frames[i].rms / a.frames[i].rms);
+  }
+  std::printf("%s: robust over plain RMS median %.4f worst %.4f\n", name.c_str(), median(ratios),
+              largest(ratios));
+  EXPECT_LE(median(ratios), 1.01);
+}
+INSTANTIATE_TEST_SUITE_P(Data, CleanShot, testing::Values("facade", "boardphotos"),
+                         [](const auto& info) { return std::string(info.param); });
+
+TEST(Graf, LiesNearItsTruthThoughAQuarterOfTheMatchesAreWrong) {
+  SolveOptions options;
+  options.base = 0;
+  const ShotResult result = solveShot(readTracks(dataFile("graf13.csv")), options);
+  std::ifstream file(dataFile("graf13.truth.csv"));
+  std::string line;
+  Eigen::Matrix3d truth = Eigen::Matrix3d::Zero();
+  while (std::getline(file, line)) {
+    const auto fields = split(line);
+    if (fields[0] != "1") continue;
+    for (int i = 0; i < 9; ++i)
+      truth(i / 3, i % 3) = std::stod(fields[static_cast<std::size_t>(i + 1)]);
+  }
+  ASSERT_EQ(truth(2, 2), 1.0);
+  std::vector<double> errors;
+  for (const Pair& p : pairsOf(readShot("graf13"), 0, 1)) {
+    const Eigen::Vector2d there = (truth * p.base.homogeneous()).hnormalized();
+    if ((there - p.here).norm() > 10) continue;
+    errors.push_back(
+        ((toEigen(result.frames[1].h) * p.base.homogeneous()).hnormalized() - there).norm());
+  }
+  ASSERT_GT(errors.size(), 100u);
+  std::printf("graf13 against truth: %.3f px\n", rootMeanSquare(errors));
+  EXPECT_LE(rootMeanSquare(errors), 2.5);
+}
