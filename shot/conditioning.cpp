@@ -23,6 +23,24 @@ bool isFinite(const Homography& h) {
   return true;
 }
 
+bool onOneSide(const Homography& h, const std::vector<Point>& points) {
+  const bool front = denominator(h, points.front()) > 0.0;
+  return std::all_of(points.begin(), points.end(), [&](Point p) {
+    const double s = denominator(h, p);
+    return front ? s > 0.0 : s < 0.0;
+  });
+}
+
+Homography product(const Homography& a, const Homography& b) {
+  Homography c{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j) {
+      c[i][j] = a[i][0] * b[0][j] + a[i][1] * b[1][j] + a[i][2] * b[2][j];
+    }
+  }
+  return c;
+}
+
 Conditioning Conditioning::fitting(const std::vector<Point>& points) {
   Point smallest = points.front();
   Point largest = smallest;

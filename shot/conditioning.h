@@ -12,6 +12,9 @@ struct Point {
   double y = 0.0;
 };
 
+/// Four corners, in order around.
+using Quad = std::array<Point, 4>;
+
 /// A 3 x 3 projective transform by rows; points are columns (x, y, 1).
 using Homography = std::array<std::array<double, 3>, 3>;
 
@@ -22,6 +25,14 @@ double denominator(const Homography& h, Point p);
 
 bool isFinite(const Homography& h);
 
+/// Whether all the points (at least one) lie strictly on one side of the horizon.
+bool onOneSide(const Homography& h, const std::vector<Point>& points);
+
+/// The transform b, then a.
+Homography product(const Homography& a, const Homography& b);
+
+constexpr Homography kIdentityTransform = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
+
 /// The similarity p -> scale * (p - centre) between the caller's coordinates and those in which
 /// the solver works best. One scale for both axes: a least-squares optimum stays one.
 struct Conditioning {
@@ -30,6 +41,9 @@ struct Conditioning {
   static Conditioning fitting(const std::vector<Point>& points);
 
   Point apply(Point p) const { return {scale * (p.x - centre.x), scale * (p.y - centre.y)}; }
+
+  /// The way back.
+  Conditioning inverse() const { return {{-scale * centre.x, -scale * centre.y}, 1.0 / scale}; }
 
   Point centre;
   double scale = 1.0;

@@ -36,42 +36,96 @@ std::string number(double value, const char* none) {
 std::string jsonNumber(double value) { return number(value, "null"); }
 std::string csvNumber(double value) { return number(value, ""); }
 
+std::string csvText(const std::string& text) {
+  const bool blank =
+      text.front() == ' ' || text.front() == '\t' || text.back() == ' ' || text.back() == '\t';
+  if (!blank && text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return quoted + "\"";
+}
+
 std::string jsonText(const std::string& text) {
   return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-std::string jsonQuad(const ShotResult& result, const FrameResult& frame, const Quad& quad) {
-  std::string text;
-  for (const Point& corner : quad) {
-    const Point p = carried(result, frame, corner);
-    text += fmt::format("{}[{},{}]", text.empty() ? "" : ",", jsonNumber(p.x), jsonNumber(p.y));
-  }
-  return text;
+std::string jsonPoint(Point p) { return fmt::format("[{},{}]", jsonNumber(p.x), jsonNumber(p.y)); }
+
+std::string jsonQuad(const Quad& quad) {
+  return fmt::format("[{},{},{},{}]", jsonPoint(quad[0]), jsonPoint(quad[1]), jsonPoint(quad[2]),
+                     jsonPoint(quad[3]));
 }
 
-std::string jsonFrame(const ShotResult& result, const FrameResult& frame,
+std::string jsonTrust(const FrameTrust& trust) {
+  const auto& d = trust.deviations;
+  return fmt::format(R"("noise":{},"deviation":[{},{},{},{}])", jsonNumber(trust.noise),
+                     jsonNumber(d[0]), jsonNumber(d[1]), jsonNumber(d[2]), jsonNumber(d[3]));
+}
+
+std::string jsonFrame(const ShotResult& result, const FrameResult& frame, const FrameTrust& trust,
                       const std::optional<Quad>& quad) {
   const Homography& h = frame.h;
-  std::string text = fmt::format(
-      R"({{"frame":{},"status":"{}","tracks":{},"rms":{},"h":[[{},{},{}],[{},{},{}],[{},{},{}]])",
-      frame.frame, nameOf(frame.status), frame.tracks, jsonNumber(frame.rms), h[0][0], h[0][1],
-      h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]);
-  if (frame.status == Status::Held) text += fmt::format(R"(,"reason":{})", jsonText(frame.reason));
-  if (quad) text += fmt::format(R"(,"quad":[{}])", jsonQuad(result, frame, *quad));
+  std::string text =
+      fmt::format(R"({{"frame":{},"status":"{}")", frame.frame, nameOf(frame.status));
+  if (frame.status != Status::Base) {
+    text += fmt::format(R"(,"model":"{}","on_top":{})", nameOf(frame.model), frame.onTop);
+  }
+  text += fmt::format(R"(,"tracks":{},"rms":{},"h":[[{},{},{}],[{},{},{}],[{},{},{}]],{})",
+                      frame.tracks, jsonNumber(frame.rms), h[0][0], h[0][1], h[0][2], h[1][0],
+                      h[1][1], h[1][2], h[2][0], h[2][1], h[2][2], jsonTrust(trust));
+  if (frame.status == Status::Solved) {
+    text += fmt::format(R"(,"inliers":{},"inlier_rms":{},"scale":{},"stage":"{}")", frame.inliers,
+                        jsonNumber(frame.inlierRms), jsonNumber(frame.scale), nameOf(frame.stage));
+    if (!frame.why.empty()) text += fmt::format(R"(,"why":{})", jsonText(frame.why));
+  }
+  if (!frame.reason.empty()) text += fmt::format(R"(,"reason":{})", jsonText(frame.reason));
+  if (quad) {
+    Quad places;
+    for (std::size_t i = 0; i < quad->size(); ++i) places[i] = carried(result, frame, (*quad)[i]);
+    text += fmt::format(R"(,"quad":{})", jsonQuad(places));
+  }
   return text + "}";
 }
 
-void writeJson(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
-  out.write(
-      fmt::format("{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
-                  "\"left_out\":{},\n\"units\":\"{}\",\n\"frames\":[",
-                  result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units)));
-  const char* separator = "\n";
-  for (const FrameResult& frame : result.frames) {
-    out.write(separator + jsonFrame(result, frame, quad));
-    separator = ",\n";
+std::string jsonWorst(const WorstTrack& track) {
+  const TrackStretch& s = track.stretch;
+  return fmt::format(R"({{"track":{},"first":{},"last":{},"peak":{},"moves":{}}})",
+                     jsonText(track.name), s.first, s.last, s.peak, jsonNumber(s.moves));
+}
+
+// The items one per line.
+class JsonList {
+ public:
+  explicit JsonList(OutputFile& out) : out_(out) { out_.write("["); }
+  void add(const std::string& item) {
+    out_.write(separator_ + item);
+    separator_ = ",\n";
   }
-  out.write("\n]}\n");
+  void close() { out_.write("\n]"); }
+
+ private:
+  OutputFile& out_;
+  const char* separator_ = "\n";
+};
+
+void writeJson(const ShotResult& result, const ShotTrust& trust, const std::optional<Quad>& quad,
+               OutputFile& out) {
+  out.write(fmt::format(
+      "{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
+      "\"left_out\":{},\n\"units\":\"{}\",\n\"loss\":\"{}\",\n\"seed\":{},\n\"corners\":{},\n",
+      result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units),
+      nameOf(result.loss), result.seed, jsonQuad(trust.corners)));
+  out.write("\"worst_tracks\":");
+  JsonList worst(out);
+  for (const WorstTrack& track : trust.worst) worst.add(jsonWorst(track));
+  worst.close();
+  out.write(",\n\"frames\":");
+  JsonList frames(out);
+  for (std::size_t i = 0; i < result.frames.size(); ++i) {
+    frames.add(jsonFrame(result, result.frames[i], trust.frames[i], quad));
+  }
+  frames.close();
+  out.write("}\n");
 }
 
 std::string csvFrame(const ShotResult& result, const FrameResult& frame,
@@ -81,6 +135,10 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
     for (double element : row) text += fmt::format(",{}", element);
   }
   text += fmt::format(",{},{},{}", csvNumber(frame.rms), frame.tracks, nameOf(frame.status));
+  const bool solved = frame.status == Status::Solved;
+  text += solved ? fmt::format(",{},{},{},{}", frame.inliers, csvNumber(frame.inlierRms),
+                               csvNumber(frame.scale), nameOf(frame.stage))
+                 : ",,,,";
   if (!quad) return text + "\n";
   for (const Point& corner : *quad) {
     const Point p = carried(result, frame, corner);
@@ -90,7 +148,8 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
 }
 
 void writeCsv(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
-  out.write("frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status");
+  out.write(
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage");
   out.write(quad ? ",qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n" : "\n");
   for (const FrameResult& frame : result.frames) out.write(csvFrame(result, frame, quad));
 }
@@ -127,9 +186,15 @@ std::optional<Format> formatOf(const std::string& path) {
   return std::nullopt;
 }
 
-void writeResult(const ShotResult& result, Format format, const std::optional<Quad>& quad,
-                 OutputFile& out) {
-  format == Format::Json ? writeJson(result, quad, out) : writeCsv(result, quad, out);
+void writeResult(const ShotResult& result, const ShotTrust& trust, Format format,
+                 const std::optional<Quad>& quad, OutputFile& out) {
+  format == Format::Json ? writeJson(result, trust, quad, out) : writeCsv(result, quad, out);
+}
+
+std::string explanationRow(const std::string& track, int frame, const TrackInfluence& influence) {
+  return fmt::format("{},{},{},{},{},{}\n", csvText(track), frame, csvNumber(influence.residual),
+                     csvNumber(influence.weight), csvNumber(influence.leverage),
+                     csvNumber(influence.influence));
 }
 
 }  // namespace cornerpin

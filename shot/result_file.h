@@ -2,18 +2,15 @@
 #ifndef SHOT_RESULT_FILE_H
 #define SHOT_RESULT_FILE_H
 
-#include <array>
 #include <optional>
 #include <string>
 
 #include "shot/conditioning.h"
 #include "shot/output_file.h"
 #include "shot/solve.h"
+#include "shot/trust.h"
 
 namespace cornerpin {
-
-/// Four corners in the base frame.
-using Quad = std::array<Point, 4>;
 
 /// Reads "x0,y0,x1,y1,x2,y2,x3,y3". Throws `std::invalid_argument`.
 Quad parseQuad(const std::string& text);
@@ -25,17 +22,21 @@ std::optional<Format> formatOf(const std::string& path);
 
 /// Writes a result. Numbers are the shortest that read back as the same double, in every locale.
 ///
-/// JSON: {"cornerpin": 1, "base_frame", "base_tracks", "left_out", "units", "frames": [...]}, each
-/// frame {"frame", "status", "tracks", "rms", "h": three rows of three} and, where the frame is
-/// held, "reason"; one frame per line. CSV: frame,h00,h01,...,h22,rms,tracks,status.
-///
-/// With a quad, each frame also has the corners' places: "quad" in JSON, four pairs, and the
-/// columns qx0,qy0,...,qx3,qy3 at the end in CSV.
+/// The JSON is described in docs/json.md. CSV:
+/// frame,h00,h01,...,h22,rms,tracks,status,inliers,inlier_rms,scale,stage; with a quad the corners'
+/// places follow in the columns qx0,qy0,...,qx3,qy3.
 ///
 /// What has no value is null in JSON and empty in CSV: the rms of a frame without active tracks,
-/// and a corner on or behind the horizon.
-void writeResult(const ShotResult& result, Format format, const std::optional<Quad>& quad,
-                 OutputFile& out);
+/// the scale with loss none, what only solved frames have (CSV), and a corner on or behind the
+/// horizon.
+void writeResult(const ShotResult& result, const ShotTrust& trust, Format format,
+                 const std::optional<Quad>& quad, OutputFile& out);
+
+/// The header of the file that explains: a row for each track of each frame but the base frame.
+constexpr const char* kExplanationHeader = "track,frame,residual,weight,leverage,influence\n";
+
+/// A row, with its line end. The name is quoted where it has to be.
+std::string explanationRow(const std::string& track, int frame, const TrackInfluence& influence);
 
 }  // namespace cornerpin
 

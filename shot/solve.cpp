@@ -11,7 +11,9 @@
 
 #include "cornerpin/cornerpin.h"
 #include "shot/general_position.h"
+#include "shot/ladder.h"
 #include "shot/linear_fit.h"
+#include "shot/match.h"
 
 namespace cornerpin {
 
@@ -25,6 +27,7 @@ Point place(const Observation& o) { return {o.x, o.y}; }
 
 // The active tracks of a frame, in the file's units.
 struct Active {
+  std::vector<std::size_t> index;  // in the scene
   std::vector<Point> base;
   std::vector<Point> here;
   std::vector<double> weights;
@@ -56,15 +59,6 @@ double costOf(const Homography& h, const Active& active) {
   return cost;
 }
 
-// Whether all the points lie strictly on one side of the horizon.
-bool onOneSide(const Homography& h, const std::vector<Point>& points) {
-  const bool front = denominator(h, points.front()) > 0.0;
-  return std::all_of(points.begin(), points.end(), [&](Point p) {
-    const double s = denominator(h, p);
-    return front ? s > 0.0 : s < 0.0;
-  });
-}
-
 Homography toDouble(const MGenMatrix<float>& m) {
   Homography h;
   for (int i = 0; i < 3; ++i) {
@@ -85,12 +79,27 @@ MGenMatrix<float> toFloat(const Homography& h) {
   return m;
 }
 
+// h, given in the caller's coordinates, between conditioned ones.
+Homography conditioned(const Homography& h, const Conditioning& c) {
+  const Conditioning inverse{{-c.scale * c.centre.x, -c.scale * c.centre.y}, 1.0 / c.scale};
+  return unconditioned(h, inverse, inverse);
+}
+
+// How often a track kept to the surface in a sweep.
+struct History {
+  int kept = 0;
+  int seen = 0;
+  double trust() const { return (1.0 + kept) / (2.0 + seen); }
+};
+
 // How a frame came out.
 struct Fit {
   MGenMatrix<float> transform;  // the solver's own
   Homography h{};               // in the file's units
   double cost = 0.0;
-  std::string reason;  // why it does not count; empty when it does
+  std::string reason;     // why it does not count; empty when it does
+  bool supported = true;  // the tracks fix a projective transform
+  RobustFit robust;       // unused with Loss::None
 };
 
 class ShotSolver {
@@ -98,6 +107,8 @@ class ShotSolver {
   ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
       : tracks_(tracks), progress_(progress) {
     result_.units = options.units;
+    result_.loss = options.loss;
+    result_.seed = options.seed;
     result_.baseFrame = options.base ? *options.base : chooseBaseFrame(tracks);
     collectBaseTracks();
     setUpScene();
@@ -135,9 +146,10 @@ class ShotSolver {
   void setUpScene() {
     std::vector<Point> points;
     for (const Observation& o : base_) points.push_back(place(o));
-    const Conditioning fitting = Conditioning::fitting(points);
-    result_.baseCentre = fitting.centre;
-    if (result_.units == Units::Fit) conditioning_ = fitting;
+    fitting_ = Conditioning::fitting(points);
+    result_.baseCentre = fitting_.centre;
+    if (result_.units == Units::Fit) conditioning_ = fitting_;
+    surface_ = squareAround(points);
     scene_.tracks.resize(result_.baseTracks);
     for (int i = 0; i < result_.baseTracks; ++i) {
       scene_.tracks[i].positions = MGenMatrix<float>(2, 2, MGenMatrix<float>::ColumnMajor);
@@ -171,24 +183,87 @@ class ShotSolver {
 
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
     chainBroken_ = false;
+    history_.assign(base_.size(), {});
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
       FrameResult& result = resultOf(frame);
       result.frame = frame;
-      const Fit fit = solveFrame(frame, neighbour);
-      if (fit.reason.empty()) neighbour = fit.transform;
-      result.status = fit.reason.empty() ? Status::Solved : Status::Held;
-      result.reason = fit.reason;
-      result.h = fit.reason.empty() ? fit.h : held;
+      const Fit fit = solveFrame(frame, neighbour, held);
+      if (fit.reason.empty()) {
+        neighbour = fit.transform;
+        result.status = Status::Solved;
+        result.model = Model::Projective;
+        result.h = fit.h;
+      } else {
+        result.reason = fit.reason;
+        result.h = held;
+        if (!fit.supported && result_.loss != Loss::None) reduce(fit.robust, result);
+      }
       result.tracks = static_cast<int>(active_.size());
       result.rms = rmsOf(result.h, active_);
+      if (fit.reason.empty()) addFigures(fit.robust, result);
       report();
     }
   }
 
+  // Fits a lower model to the good tracks where they support one; `h` is the neighbour's transform
+  // before.
+  void reduce(const RobustFit& robust, FrameResult& result) const {
+    const Active used = robust.found ? inliersOf(robust) : active_;
+    const Model inBase = supportedModel(used.base, surface_, Model::Affine);
+    const Model model =
+        used.size() > 0 ? supportedModel(used.here, squareAround(used.here), inBase) : Model::Held;
+    std::vector<Match> matches;
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      matches.push_back({used.base[i], used.here[i], used.weights[i]});
+    }
+    const LadderFit fit = fitLadder(matches, model, result.h);
+    if (fit.model == Model::Held) return;
+    result.status = Status::Reduced;
+    result.model = fit.model;
+    result.onTop = fit.onTop;
+    result.h = fit.h;
+    if (robust.found) {
+      result.scale = robust.scale / fitting_.scale;
+      result.inliers = static_cast<int>(robust.inliers);
+    }
+    if (used.size() < kFewestTracks && tracksFor(fit.model) < used.size()) {
+      result.reason += ", too close together or too near one line";
+    }
+  }
+
+  void addFigures(const RobustFit& robust, FrameResult& result) {
+    if (result_.loss == Loss::None) {
+      result.inliers = result.tracks;
+      result.inlierRms = result.rms;
+      return;
+    }
+    result.stage = robust.stage;
+    result.why = robust.why;
+    result.scale = robust.scale / fitting_.scale;
+    result.inliers = static_cast<int>(robust.inliers);
+    result.inlierRms = rmsOf(result.h, inliersOf(robust));
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      History& history = history_[active_.index[i]];
+      ++history.seen;
+      if (robust.inlier[i]) ++history.kept;
+    }
+  }
+
+  Active inliersOf(const RobustFit& robust) const {
+    Active inliers;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      if (!robust.inlier[i]) continue;
+      inliers.base.push_back(active_.base[i]);
+      inliers.here.push_back(active_.here[i]);
+      inliers.weights.push_back(active_.weights[i]);
+    }
+    return inliers;
+  }
+
   // Leaves the tracks in the scene only while the frame is being solved.
-  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour) {
+  Fit solveFrame(int frame, const MGenMatrix<float>& neighbour, const Homography& held) {
     const Tracks::Range observations = tracks_.inFrame(frame);
     active_ = {};
     bool inRange = true;
@@ -197,13 +272,21 @@ class ShotSolver {
       if (index < 0 || !(o.weight > 0.0f)) continue;
       set(index, kFrameRow, o);
       inRange = inRange && isFiniteInScene(index);
+      active_.index.push_back(static_cast<std::size_t>(index));
       active_.base.push_back(place(base_[static_cast<std::size_t>(index)]));
       active_.here.push_back(place(o));
       active_.weights.push_back(static_cast<double>(o.weight));
     }
     Fit fit;
-    fit.reason = inRange ? whyUnfit() : "a position is too large for single precision";
-    if (fit.reason.empty()) fit = bestFit(neighbour);
+    if (!inRange) {
+      fit.reason = "a position is too large for single precision";
+    } else if (const std::string why = whyUnfit(); !why.empty()) {
+      fit.reason = why;
+      fit.supported = false;
+    } else {
+      fit = bestFit(neighbour);
+      if (result_.loss != Loss::None) fit = robustFit(fit, held);
+    }
     if (!fit.reason.empty()) chainBroken_ = true;
     for (const Observation& o : observations) {
       const int index = sceneIndex_[static_cast<std::size_t>(o.track)];
@@ -230,6 +313,9 @@ class ShotSolver {
     if (!inGeneralPosition(active_.here)) {
       return "all its tracks but one, or all of them, lie on one line";
     }
+    if (result_.loss != Loss::None && !isSpread(active_.base)) {
+      return "its tracks lie too close together or too near one line in the base frame";
+    }
     return {};
   }
 
@@ -242,6 +328,57 @@ class ShotSolver {
     const Fit other = fitFrom(linearStart());
     const bool better = !fit.reason.empty() || other.cost < fit.cost;
     return other.reason.empty() && better ? other : fit;
+  }
+
+  // On from the library's fit, where there is one, and from the neighbour's transform.
+  Fit robustFit(const Fit& library, const Homography& neighbour) {
+    // Without tracks to spare there is nothing to tell a bad one by.
+    if (!library.reason.empty() && active_.size() < kFewestForRobust) return library;
+    Matches matches;
+    std::vector<double> confidence;
+    for (std::size_t i = 0; i < active_.size(); ++i) {
+      matches.add(
+          {fitting_.apply(active_.base[i]), fitting_.apply(active_.here[i]), active_.weights[i]});
+      confidence.push_back(active_.weights[i] * history_[active_.index[i]].trust());
+    }
+    std::vector<Start> starts;
+    if (library.reason.empty())
+      starts.push_back({Stage::Library, conditioned(library.h, fitting_)});
+    starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
+    Fit fit;
+    fit.robust = fitRobustly(matches, starts, confidence, {result_.loss, result_.seed});
+    fit.reason = whyUnfit(fit.robust);
+    if (!fit.reason.empty()) {
+      fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
+      if (!library.reason.empty()) fit.reason = library.reason;
+      return fit;
+    }
+    fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
+    fit.transform = toFloat(conditioned(fit.h, conditioning_));
+    if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
+    return fit;
+  }
+
+  // Empty when the good tracks fix the transform.
+  std::string whyUnfit(const RobustFit& robust) const {
+    if (!robust.found) return "no transform fits enough of its tracks";
+    const Active inliers = inliersOf(robust);
+    if (inliers.size() < kFewestTracks) {
+      return fmt::format("{} of its {} tracks agree on a transform", inliers.size(),
+                         active_.size());
+    }
+    if (!inGeneralPosition(inliers.base) || !inGeneralPosition(inliers.here)) {
+      return "all its good tracks but one, or all of them, lie on one line";
+    }
+    if (!isSpread(inliers.base)) {
+      return "its good tracks lie too close together or too near one line in the base frame";
+    }
+    return {};
+  }
+
+  // Whether a full fit to these of the base frame's places keeps noise within bounds.
+  bool isSpread(const std::vector<Point>& points) const {
+    return noiseGain(Model::Projective, points, surface_) <= kLargestGain;
   }
 
   MGenMatrix<float> linearStart() const {
@@ -282,7 +419,10 @@ class ShotSolver {
   const Tracks& tracks_;
   const Progress& progress_;
   ShotResult result_;
-  Conditioning conditioning_;
+  Conditioning fitting_;           // of the base frame's tracks
+  Quad surface_{};                 // the square around them
+  Conditioning conditioning_;      // of what the library gets
+  std::vector<History> history_;   // per track of the scene, of the sweep
   std::vector<int> sceneIndex_;    // per track; -1 when absent from the base frame
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
@@ -295,8 +435,15 @@ class ShotSolver {
 
 const char* nameOf(Units units) { return units == Units::Fit ? "fit" : "raw"; }
 
+const char* nameOf(Loss loss) {
+  if (loss == Loss::None) return "none";
+  if (loss == Loss::Huber) return "huber";
+  return loss == Loss::Cauchy ? "cauchy" : "tukey";
+}
+
 const char* nameOf(Status status) {
   if (status == Status::Base) return "base";
+  if (status == Status::Reduced) return "reduced";
   return status == Status::Solved ? "solved" : "held";
 }
 

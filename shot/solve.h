@@ -3,12 +3,16 @@
 #define SHOT_SOLVE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "shot/conditioning.h"
+#include "shot/model.h"
+#include "shot/robust_fit.h"
 #include "shot/tracks.h"
 
 namespace cornerpin {
@@ -22,18 +26,26 @@ enum class Units {
 const char* nameOf(Units units);
 
 enum class Status {
-  Base,    ///< the identity
-  Solved,  ///< fitted to its tracks
-  Held,    ///< its neighbour's transform, the one nearer to the base frame
+  Base,     ///< the identity
+  Solved,   ///< fitted to its tracks with all eight parameters
+  Reduced,  ///< fitted to its tracks with fewer: they do not support more
+  Held,     ///< its neighbour's transform, the one nearer to the base frame
 };
 
-/// "base", "solved", "held".
+/// "base", "solved", "reduced", "held".
 const char* nameOf(Status status);
 
 struct SolveOptions {
   std::optional<int> base;  ///< none: `chooseBaseFrame`
   Units units = Units::Fit;
+  /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; the spread
+  /// of the tracks (`noiseGain`) is not looked at.
+  Loss loss = Loss::None;
+  std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
 };
+
+/// "none", "huber", "cauchy", "tukey".
+const char* nameOf(Loss loss);
 
 struct FrameResult {
   int frame = 0;
@@ -43,8 +55,19 @@ struct FrameResult {
   /// positions, unweighted, in the file's units; NaN without active tracks, and where a held
   /// transform carries one nowhere.
   double rms = 0.0;
-  Homography h{};      ///< base frame to this frame, in the file's units; the last element is 1
-  std::string reason;  ///< why the frame is held
+  Homography h{};  ///< base frame to this frame, in the file's units; the last element is 1
+  Model model = Model::Held;  ///< projective where solved; means nothing in the base frame
+  bool onTop = false;  ///< reduced, and the model moves the neighbour's transform, which it keeps
+  std::string reason;  ///< why the frame is held or reduced
+
+  // Of solved frames.
+  Stage stage = Stage::Library;  ///< where the fit started; Loss::None ends with the library's
+  std::string why;               ///< why there; empty with Loss::None
+  int inliers = 0;  ///< tracks within `kInlierScales` scales; with Loss::None all of them
+  double inlierRms = std::numeric_limits<double>::quiet_NaN();  ///< `rms` over these alone
+  /// Standard deviation of one coordinate of a good track, in the file's units; NaN with
+  /// Loss::None.
+  double scale = std::numeric_limits<double>::quiet_NaN();
 };
 
 struct ShotResult {
@@ -52,6 +75,8 @@ struct ShotResult {
   int baseTracks = 0;  ///< tracks that take part
   int leftOut = 0;     ///< tracks absent from the base frame, which take part nowhere
   Units units = Units::Fit;
+  Loss loss = Loss::None;
+  std::uint64_t seed = 1;
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
   std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
 };
@@ -65,15 +90,22 @@ int chooseBaseFrame(const Tracks& tracks);
 
 /// Finds for every frame the transform that carries the tracks' base positions to their positions
 /// there, by `MMatchmove`: forward from the base frame, then backward, each frame starting from
-/// its neighbour. Where every frame can be fitted the transforms are those of `MMatchmove::solve`
-/// on the conditioned shot, to the bit.
+/// its neighbour. With Loss::None, and where every frame can be fitted, the transforms are those of
+/// `MMatchmove::solve` on the conditioned shot, to the bit. With another loss `fitRobustly` goes on
+/// from the library's fit and the neighbour's transform, in double precision, and its transform is
+/// the frame's and the next frame's start; tracks that kept to the surface in the sweep's earlier
+/// frames are sampled first. With at least `kFewestForRobust` tracks the library's fit may fail
+/// then.
 ///
-/// A frame that cannot be fitted is held and the sweep goes on: fewer than four active tracks;
-/// tracks that fix no transform here or in the base frame (`inGeneralPosition`); positions beyond
-/// single precision; a fit that throws, is not finite, or puts an active track on the horizon or
-/// two of them on its two sides. Such a frame breaks the chain of neighbours: from there to the end
-/// of the sweep each frame is fitted from the linear solution (`linearFit`) too, and the fit with
-/// the lower weighted cost counts.
+/// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
+/// frame (`inGeneralPosition`), or lie too close together or too near one line in the base frame
+/// (not with Loss::None; with a loss the good tracks count), is reduced: fitted with the highest
+/// model below the projective one that its tracks support in both frames (`supportedModel`), best
+/// on top of its neighbour's transform (`fitLadder`). It is held without active tracks; with
+/// positions beyond single precision; and when its fit throws, is not finite, or puts an active
+/// track on the horizon or two of them on its two sides. Both break the chain of neighbours: from
+/// there to the end of the sweep each frame is fitted from the linear solution (`linearFit`) too,
+/// and the fit with the lower weighted cost counts.
 ///
 /// Throws `std::invalid_argument` for a base frame outside the shot or without tracks.
 ///

@@ -7,24 +7,26 @@
 #include <vector>
 
 #include "shot/solve.h"
+#include "shot/trust.h"
 
 namespace cornerpin {
 
 /// The figures of a solve at a glance. The RMS figures are over the solved frames: NaN without any.
 struct Summary {
   std::size_t solved = 0;
+  std::size_t reduced = 0;
   std::size_t held = 0;
   double medianRms = 0.0;  ///< the upper of the two middle ones
   double worstRms = 0.0;
-  std::vector<const FrameResult*> worst;      ///< solved frames, largest RMS first, at most 5
-  std::vector<const FrameResult*> firstHeld;  ///< held frames in order, at most 5
+  std::vector<const FrameResult*> worst;          ///< solved frames, largest RMS first, at most 5
+  std::vector<const FrameResult*> firstUnsolved;  ///< reduced and held, in order, at most 5
 };
 
 /// The result must outlive the summary.
 Summary summarise(const ShotResult& result);
 
 /// The summary as a short table for people, several lines.
-std::string summaryTable(const ShotResult& result);
+std::string summaryTable(const ShotResult& result, const ShotTrust& trust);
 
 }  // namespace cornerpin
 

@@ -16,7 +16,8 @@ namespace {
 std::string solved(const TemporaryFolder& folder, cornerpin::Format format) {
   const cornerpin::Tracks tracks = cornerpin::readTracks(CORNERPIN_DATA "/facade.csv");
   cornerpin::OutputFile out(folder / "r");
-  cornerpin::writeResult(cornerpin::solveShot(tracks), format, {}, out);
+  const cornerpin::ShotResult result = cornerpin::solveShot(tracks);
+  cornerpin::writeResult(result, cornerpin::assess(tracks, result), format, {}, out);
   out.commit();
   return readFile(folder / "r");
 }

@@ -41,7 +41,13 @@ ShotResult twoFrames() {
 std::string written(const ShotResult& result, Format format, std::optional<Quad> quad = {}) {
   const TemporaryFolder folder;
   OutputFile out(folder / "r");
-  writeResult(result, format, quad, out);
+  ShotTrust trust;
+  trust.corners = {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}};
+  trust.frames.resize(result.frames.size());
+  trust.frames.front().noise = kNaN;
+  trust.frames.back() = {0.25, {0.5, kNaN, 0.125, 1e-300}};
+  trust.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3}}};
+  writeResult(result, trust, format, quad, out);
   out.commit();
   return readFile(folder / "r");
 }
@@ -70,6 +76,29 @@ TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
   EXPECT_FALSE(j["frames"][0].contains("quad"));
 }
 
+TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
+  ShotResult result = twoFrames();
+  result.loss = Loss::Cauchy;
+  result.seed = 77;
+  FrameResult& solved = result.frames[1];
+  solved.status = Status::Solved;
+  solved.stage = Stage::Sampled;
+  solved.why = "a why";
+  solved.inliers = 3;
+  solved.inlierRms = 0.25;
+  solved.scale = 0.5;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["loss"], "cauchy");
+  EXPECT_EQ(j["seed"], 77);
+  EXPECT_EQ(j["frames"][1]["stage"], "sampled");
+  EXPECT_EQ(j["frames"][1]["why"], "a why");
+  EXPECT_EQ(j["frames"][1]["inliers"], 3);
+  EXPECT_EQ(j["frames"][1]["inlier_rms"], 0.25);
+  EXPECT_EQ(j["frames"][1]["scale"], 0.5);
+  EXPECT_FALSE(j["frames"][0].contains("stage"));
+  EXPECT_NE(written(result, Format::Csv).find(",0,solved,3,0.25,0.5,sampled\n"), std::string::npos);
+}
+
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
   result.frames[1].reason = "\xff";
@@ -77,10 +106,11 @@ TEST(ResultJson, ReplacesBrokenTextInAReason) {
 }
 
 TEST(ResultCsv, HasOneRowPerFrame) {
-  EXPECT_EQ(written(twoFrames(), Format::Csv),
-            "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status\n"
-            "5,1,0,0,0,1,0,0,0,1,0,4,base\n"
-            "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held\n");
+  EXPECT_EQ(
+      written(twoFrames(), Format::Csv),
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage\n"
+      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,\n"
+      "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held,,,,\n");
 }
 
 TEST(ResultQuad, IsCarriedToEveryFrame) {
@@ -91,8 +121,33 @@ TEST(ResultQuad, IsCarriedToEveryFrame) {
   EXPECT_EQ(j["frames"][1]["quad"], json::parse("[[10,20],[12,20],[13,22],[6,22]]"));
   EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[0,0],[1,0],[1.5,1],[-2,1]]"));
   const std::string csv = written(result, Format::Csv, quad);
-  EXPECT_NE(csv.find(",status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"), std::string::npos);
-  EXPECT_NE(csv.find(",held,10,20,12,20,13,22,6,22\n"), std::string::npos);
+  EXPECT_NE(csv.find(",stage,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"), std::string::npos);
+  EXPECT_NE(csv.find(",held,,,,,10,20,12,20,13,22,6,22\n"), std::string::npos);
+}
+
+TEST(ResultJson, SaysHowFarToTrustAFrame) {
+  ShotResult result = twoFrames();
+  result.frames[1].status = Status::Reduced;
+  result.frames[1].model = Model::Affine;
+  result.frames[1].onTop = true;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["corners"], json::parse("[[1,2],[3,2],[3,4.5],[1,4.5]]"));
+  EXPECT_EQ(j["worst_tracks"],
+            json::parse(R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3}])"));
+  EXPECT_FALSE(j["frames"][0].contains("model"));
+  EXPECT_TRUE(j["frames"][0]["noise"].is_null());
+  EXPECT_EQ(j["frames"][0]["deviation"], json::parse("[0,0,0,0]"));
+  EXPECT_EQ(j["frames"][1]["status"], "reduced");
+  EXPECT_EQ(j["frames"][1]["model"], "affine");
+  EXPECT_EQ(j["frames"][1]["on_top"], true);
+  EXPECT_EQ(j["frames"][1]["noise"], 0.25);
+  EXPECT_EQ(j["frames"][1]["deviation"], json::parse("[0.5,null,0.125,1e-300]"));
+}
+
+TEST(ExplanationRow, QuotesNamesAndLeavesOutWhatHasNoValue) {
+  EXPECT_EQ(explanationRow("t1", -3, {0.5, 1, 0.25, kNaN}), "t1,-3,0.5,1,0.25,\n");
+  EXPECT_EQ(explanationRow("a,\"b\"", 0, {kNaN, 0, 0, 2}), "\"a,\"\"b\"\"\",0,,0,0,2\n");
+  EXPECT_EQ(explanationRow(" a", 0, {}), "\" a\",0,0,0,0,0\n");
 }
 
 TEST(ResultQuad, HasNoPlaceOnOrBehindTheHorizon) {

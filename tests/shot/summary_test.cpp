@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using namespace cornerpin;
 
 namespace {
@@ -32,7 +34,7 @@ TEST(Summary, TakesItsFiguresFromTheSolvedFrames) {
   ASSERT_EQ(s.worst.size(), 3u);
   EXPECT_EQ(s.worst[0]->frame, 1);
   EXPECT_EQ(s.worst[1]->frame, 5);
-  EXPECT_EQ(s.firstHeld[0]->frame, 4);
+  EXPECT_EQ(s.firstUnsolved[0]->frame, 4);
 }
 
 TEST(Summary, ListsNoMoreThanFiveFramesOfAKind) {
@@ -40,8 +42,8 @@ TEST(Summary, ListsNoMoreThanFiveFramesOfAKind) {
   for (int i = 0; i < 20; ++i) result.frames.push_back(frame(i, Status::Solved, i));
   for (int i = 20; i < 40; ++i) result.frames.push_back(frame(i, Status::Held, i));
   EXPECT_EQ(summarise(result).worst.size(), 5u);
-  EXPECT_EQ(summarise(result).firstHeld.size(), 5u);
-  EXPECT_NE(summaryTable(result).find("and 15 more"), std::string::npos);
+  EXPECT_EQ(summarise(result).firstUnsolved.size(), 5u);
+  EXPECT_NE(summaryTable(result, {}).find("and 15 more"), std::string::npos);
 }
 
 TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
@@ -50,11 +52,41 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
   result.baseTracks = 9;
   result.leftOut = 3;
   result.frames = {frame(12, Status::Base, 0.0), frame(13, Status::Held, 0.0)};
-  EXPECT_EQ(summaryTable(result),
+  EXPECT_EQ(summaryTable(result, {}),
             "base frame    12  (9 tracks, 3 absent there and left out)\n"
             "solved        1 of 2 frames\n"
+            "reduced       0\n"
             "held          1\n"
             "RMS residual  median -, worst -\n"
-            "held frames   frame  reason\n"
-            "                 13  no tracks\n");
+            "not in full   frame  model        reason\n"
+            "                 13  held         no tracks\n");
+}
+
+TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
+  ShotResult result;
+  result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
+                   frame(3, Status::Reduced, 0.25)};
+  result.frames[2].model = Model::Affine;
+  result.frames[2].reason = "3 of the 4 tracks needed";
+  ShotTrust trust;
+  trust.frames.resize(3);
+  trust.frames[1].deviations = {0.125, 0.5, 0.25, 0.125};
+  trust.frames[2].deviations.fill(std::nan(""));
+  trust.worst = {{"t042", {7, 60, 81, 70, 9.3}}, {"b", {1, 5, 5, 5, 0.25}}};
+  EXPECT_EQ(summarise(result).reduced, 1u);
+  const std::string table = summaryTable(result, trust);
+  EXPECT_NE(table.find("solved        2 of 3 frames\n"
+                       "reduced       1\n"
+                       "held          0\n"
+                       "RMS residual  median 0.5000, worst 0.5000\n"
+                       "corner noise  median 0.5000, worst 0.5000 in frame 2\n"),
+            std::string::npos)
+      << table;
+  EXPECT_NE(
+      table.find("worst tracks  t042, frames 60-81: without it the worst corner moves 9.3 px\n"
+                 "              b, frame 5: without it the worst corner moves 0.25 px\n"
+                 "not in full   frame  model        reason\n"
+                 "                  3  affine       3 of the 4 tracks needed\n"),
+      std::string::npos)
+      << table;
 }

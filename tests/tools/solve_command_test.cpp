@@ -11,7 +11,9 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -74,6 +76,21 @@ std::string errorsOnATerminal(const std::vector<std::string>& command) {
   return text;
 }
 
+// The names of the first tracks of a file, as a list.
+std::string firstTracks(const std::string& path, std::size_t count) {
+  std::istringstream rows(readFile(path));
+  std::string line;
+  std::getline(rows, line);
+  std::vector<std::string> names;
+  while (names.size() < count && std::getline(rows, line)) {
+    const std::string name = line.substr(0, line.find(','));
+    if (names.empty() || names.back() != name) names.push_back(name);
+  }
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ",") + name;
+  return list;
+}
+
 }  // namespace
 
 TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
@@ -88,6 +105,19 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
   EXPECT_EQ(j["frames"].size(), 71u);
   EXPECT_EQ(j["frames"][70]["status"], "solved");
   EXPECT_EQ(folder.entryCount(), 1u);
+}
+
+TEST(SolveCommand, WritesNoFieldThatIsNotDescribed) {
+  const std::string text = readFile(CORNERPIN_DATA "/../docs/json.md");
+  const json j =
+      json::parse(cornerpin({"solve", kScreen, "--json", "--quads", "0,0,1,0,1,1,0,1"}).out);
+  EXPECT_TRUE(contains(text, "now " + j["cornerpin"].dump() + "."));
+  const json facade = json::parse(cornerpin({"solve", kFacade, "--json"}).out);
+  for (const json& object : {j, j["frames"][87], facade["worst_tracks"][0]}) {
+    for (const auto& field : object.items()) {
+      EXPECT_TRUE(contains(text, "`" + field.key() + "`")) << field.key();
+    }
+  }
 }
 
 TEST(SolveCommand, WritesCsvByExtension) {
@@ -153,15 +183,73 @@ TEST(SolveCommand, HandsRawUnitsOver) {
             json::parse(cornerpin({"solve", kFacade, "--json"}).out)["frames"][70]["h"]);
 }
 
-TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreHeld) {
+TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   const TemporaryFolder folder;
   const Outcome run = cornerpin({"solve", kScreen, "-o", folder / "out.json"});
   EXPECT_EQ(run.code, 4);
-  EXPECT_TRUE(contains(run.out, "held          10\n"));
+  EXPECT_TRUE(contains(run.out, "reduced       9\nheld          1\n"));
   const json j = json::parse(readFile(folder / "out.json"));
-  EXPECT_EQ(j["frames"][87]["status"], "held");
+  EXPECT_EQ(j["frames"][87]["status"], "reduced");
+  EXPECT_EQ(j["frames"][87]["model"], "affine");
   EXPECT_EQ(j["frames"][87]["reason"], "3 of the 4 tracks needed");
-  EXPECT_EQ(j["frames"][87]["h"], j["frames"][86]["h"]);
+  EXPECT_EQ(j["frames"][87]["h"][2], j["frames"][86]["h"][2]);
+}
+
+TEST(SolveCommand, LeavesOutWhatIsDroppedAndUsesOnlyWhatIsKept) {
+  const std::string names = firstTracks(kFacade, 6);
+  const json kept = json::parse(cornerpin({"solve", kFacade, "--json", "--keep", names}).out);
+  EXPECT_EQ(kept["base_tracks"], 6);
+  EXPECT_EQ(kept["frames"].size(), 71u);
+  const std::string one = names.substr(0, names.find(','));
+  const json dropped = json::parse(cornerpin({"solve", kFacade, "--json", "--keep", names, "--drop",
+                                              one + ":40-45", "--drop", one + ":50"})
+                                       .out);
+  for (int f : {39, 40, 45, 46, 49, 50, 51}) {
+    const bool out = (f >= 40 && f <= 45) || f == 50;
+    const auto i = static_cast<std::size_t>(f);
+    EXPECT_EQ(kept["frames"][i]["tracks"].get<int>() - dropped["frames"][i]["tracks"].get<int>(),
+              out ? 1 : 0)
+        << f;
+  }
+}
+
+TEST(SolveCommand, NamesTheTrackOrStretchItRefuses) {
+  for (const char* option : {"--drop", "--keep"}) {
+    const Outcome unknown = cornerpin({"solve", kFacade, option, "nobody:3-4"});
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_EQ(unknown.err, std::string("cornerpin: ") + option +
+                               ": \"nobody:3-4\" names no track of this shot\n");
+    const std::string item = firstTracks(kFacade, 1) + ":9-3";
+    EXPECT_EQ(cornerpin({"solve", kFacade, option, item}).err,
+              std::string("cornerpin: ") + option + ": \"" + item +
+                  "\" needs frames like 60 or 60-81 behind the colon\n");
+  }
+}
+
+TEST(SolveCommand, ExplainsWhatEachTrackDoes) {
+  const TemporaryFolder folder;
+  const Outcome run = cornerpin({"solve", kFacade, "--explain", folder / "why.csv"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_TRUE(contains(run.out, "\nworst tracks  "));
+  EXPECT_TRUE(contains(run.out, ": without it the worst corner moves "));
+  std::istringstream rows(readFile(folder / "why.csv"));
+  std::string line;
+  std::getline(rows, line);
+  EXPECT_EQ(line, "track,frame,residual,weight,leverage,influence");
+  const json j = json::parse(cornerpin({"solve", kFacade, "--json"}).out);
+  std::map<int, double> leverages;
+  double greatest = 0.0;
+  while (std::getline(rows, line)) {
+    int frame = 0;
+    double leverage = 0, influence = 0;
+    const char* behindName = line.c_str() + line.find(',');
+    ASSERT_EQ(std::sscanf(behindName, ",%d,%*f,%*f,%lf,%lf", &frame, &leverage, &influence), 3);
+    leverages[frame] += leverage;
+    greatest = std::max(greatest, influence);
+  }
+  EXPECT_EQ(leverages.size(), 70u);  // all but the base frame
+  for (const auto& [frame, sum] : leverages) EXPECT_NEAR(sum, 4.0, 1e-6) << frame;
+  EXPECT_EQ(j["worst_tracks"][0]["moves"], greatest);
 }
 
 TEST(SolveCommand, EndsInTwoOnWrongUsage) {
@@ -187,6 +275,10 @@ TEST(SolveCommand, EndsInTwoOnWrongUsage) {
       {"solve", ""},
       {"solve", kFacade, "-o", ""},
       {"solve", kFacade, "--quads", ""},
+      {"solve", kFacade, "--explain", "-"},
+      {"solve", kFacade, "--drop"},
+      {"solve", kFacade, "--drop", ""},
+      {"solve", kFacade, "--keep", ","},
   };
   for (const auto& arguments : wrong) {
     const Outcome run = cornerpin(arguments);
@@ -340,8 +432,8 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
     EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
   }
   const std::string help = cornerpin({"solve", "--help"}).out;
-  for (const char* option :
-       {"--output", "--format", "--json", "--base", "--quads", "--units", "Exit codes"}) {
+  for (const char* option : {"--output", "--format", "--json", "--base", "--quads", "--drop",
+                             "--keep", "--explain", "--units", "Exit codes"}) {
     EXPECT_TRUE(contains(help, option)) << option;
   }
 }

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -14,14 +15,17 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "shot/error.h"
 #include "shot/lapack_info.h"
 #include "shot/output_file.h"
 #include "shot/result_file.h"
+#include "shot/selection.h"
 #include "shot/solve.h"
 #include "shot/summary.h"
 #include "shot/tracks.h"
+#include "shot/trust.h"
 
 namespace {
 
@@ -47,7 +51,8 @@ constexpr const char* kSolveHelp =
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
-    "4 written, but some frames could not be solved and hold their neighbour's transform.";
+    "4 written, but some frames were not solved in full: their tracks allow only a simpler\n"
+    "transform, or none, and the neighbour's is held.";
 
 struct Arguments {
   std::string input;
@@ -56,6 +61,11 @@ struct Arguments {
   std::string base = "auto";
   std::string units = "fit";
   std::string quad;
+  std::string explanation;
+  std::vector<std::string> keep;
+  std::vector<std::string> drop;
+  std::string loss = "none";
+  std::uint64_t seed = 1;
   bool json = false;
 };
 
@@ -111,6 +121,12 @@ std::optional<int> parseBase(const std::string& text) {
   return frame;
 }
 
+cornerpin::Loss parseLoss(const std::string& text) {
+  if (text == "none") return cornerpin::Loss::None;
+  if (text == "huber") return cornerpin::Loss::Huber;
+  return text == "cauchy" ? cornerpin::Loss::Cauchy : cornerpin::Loss::Tukey;
+}
+
 bool isStandardOutput(const std::string& path) { return path == "-" || path == "/dev/stdout"; }
 
 Format chooseFormat(const Arguments& arguments) {
@@ -140,10 +156,44 @@ void print(const std::string& text) {
   out.commit();
 }
 
+std::vector<cornerpin::Selected> selectionOf(const char* option,
+                                             const std::vector<std::string>& lists,
+                                             const cornerpin::Tracks& tracks) {
+  std::vector<cornerpin::Selected> selection;
+  for (const std::string& list : lists) {
+    try {
+      for (const cornerpin::Selected& s : cornerpin::parseSelection(list, tracks)) {
+        selection.push_back(s);
+      }
+    } catch (const std::invalid_argument& error) {
+      throw std::invalid_argument(std::string(option) + ": " + error.what());
+    }
+  }
+  return selection;
+}
+
+// Writes the explanation on the way, if one is wanted.
+cornerpin::ShotTrust assess(const Arguments& arguments, const cornerpin::Tracks& tracks,
+                            const cornerpin::ShotResult& result,
+                            const std::optional<cornerpin::Quad>& quad) {
+  if (arguments.explanation.empty()) return cornerpin::assess(tracks, result, quad);
+  OutputFile out(arguments.explanation);
+  out.write(cornerpin::kExplanationHeader);
+  cornerpin::ShotTrust trust = cornerpin::assess(
+      tracks, result, quad, [&](int track, int frame, const cornerpin::TrackInfluence& influence) {
+        const std::string& name = tracks.names[static_cast<std::size_t>(track)];
+        out.write(cornerpin::explanationRow(name, frame, influence));
+      });
+  out.commit();
+  return trust;
+}
+
 int solve(const Arguments& arguments) {
   cornerpin::SolveOptions options;
   options.base = parseBase(arguments.base);
   options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
+  options.loss = parseLoss(arguments.loss);
+  options.seed = arguments.seed;
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
   const Format format = chooseFormat(arguments);
@@ -156,26 +206,34 @@ int solve(const Arguments& arguments) {
                                 "\" is the file with the tracks: not replaced");
   }
 
-  const cornerpin::Tracks tracks = cornerpin::readTracks(arguments.input);
+  if (isStandardOutput(arguments.explanation)) {
+    throw std::invalid_argument("--explain wants a file");
+  }
+
+  cornerpin::Tracks tracks = cornerpin::readTracks(arguments.input);
+  cornerpin::select(tracks, selectionOf("--keep", arguments.keep, tracks),
+                    selectionOf("--drop", arguments.drop, tracks));
   cornerpin::ShotResult result;
   {
     ProgressBar bar;
     result = cornerpin::solveShot(
         tracks, options, [&](std::size_t done, std::size_t total) { bar.update(done, total); });
   }
+  const cornerpin::ShotTrust trust = assess(arguments, tracks, result, quad);
   if (!arguments.output.empty()) {
     OutputFile out(fileIsStandardOutput ? "-" : arguments.output);
-    cornerpin::writeResult(result, format, quad, out);
+    cornerpin::writeResult(result, trust, format, quad, out);
     out.commit();
   }
   if (arguments.json) {
     OutputFile out("-");
-    cornerpin::writeResult(result, Format::Json, quad, out);
+    cornerpin::writeResult(result, trust, Format::Json, quad, out);
     out.commit();
   } else if (!fileIsStandardOutput) {
-    print(cornerpin::summaryTable(result));
+    print(cornerpin::summaryTable(result, trust));
   }
-  return cornerpin::summarise(result).held > 0 ? kDegraded : kSolved;
+  const cornerpin::Summary summary = cornerpin::summarise(result);
+  return summary.held + summary.reduced > 0 ? kDegraded : kSolved;
 }
 
 // A script's variable that is not set, more often than not.
@@ -207,9 +265,29 @@ void addSolve(CLI::App& app, Arguments& arguments) {
                   "Carry four corners of the base frame along: x0,y0,x1,y1,x2,y2,x3,y3")
       ->check(refuseEmpty);
   command
+      .add_option("--drop", arguments.drop,
+                  "Leave tracks out, everywhere or in some frames: t042 or t042:60-81,t007")
+      ->allow_extra_args(false);
+  command
+      .add_option("--keep", arguments.keep,
+                  "Use only these tracks, everywhere or in some frames: t001,t002:1-50")
+      ->allow_extra_args(false);
+  command.add_option("--explain", arguments.explanation,
+                     "Write here, as CSV, how much each track pulls on each frame");
+  command
       .add_option("--units", arguments.units,
                   "fit scales the tracks for the solver, raw hands your numbers over as they are")
       ->check(CLI::IsMember({"fit", "raw"}))
+      ->capture_default_str();
+  command
+      .add_option("--loss", arguments.loss,
+                  "How far-off tracks count: tukey ignores them, cauchy and huber count them less, "
+                  "none counts all in full")
+      ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
+      ->capture_default_str();
+  command
+      .add_option("--seed", arguments.seed,
+                  "Another number draws other tracks where many are bad; the same, the same result")
       ->capture_default_str();
 }
 

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/influence.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <tuple>
+
+namespace cornerpin {
+
+namespace {
+
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
+// Below this determinant of I - hat the other tracks do not fix the model.
+constexpr double kNoneLeft = 1e-9;
+
+Point residualOf(const FittedFrame& frame, const Match& m) {
+  const Point q = map(frame.h, m.from);
+  return {m.to.x - q.x, m.to.y - q.y};
+}
+
+// What the parameters change by when the track leaves; false when the others do not fix them.
+bool stepWithout(const LinearisedFit& fit, const Match& m, Point r, Parameters& step) {
+  const Slopes s = fit.slopesAt(m.from);
+  const Symmetric2 g = fit.responseAt(m.from);
+  const double w2 = m.weight * m.weight;
+  const double a = 1.0 - w2 * g.xx;
+  const double b = -w2 * g.xy;
+  const double d = 1.0 - w2 * g.yy;
+  const double det = a * d - b * b;
+  if (!(det > kNoneLeft)) return false;
+  const double k = -w2 * fit.scale() / det;
+  const double x = k * (d * r.x - b * r.y);
+  const double y = k * (a * r.y - b * r.x);
+  for (std::size_t i = 0; i < step.size(); ++i) step[i] = s.x[i] * x + s.y[i] * y;
+  step = fit.solve(step);
+  return true;
+}
+
+double worstMove(const LinearisedFit& fit, const Parameters& step, const Quad& corners) {
+  double worst = 0.0;
+  for (const Point& corner : corners) {
+    const Point d = fit.displacement(corner, step);
+    const double distance = std::hypot(d.x, d.y);
+    if (!std::isfinite(distance)) return kNone;
+    worst = std::max(worst, distance);
+  }
+  return worst;
+}
+
+}  // namespace
+
+std::vector<TrackInfluence> influencesOf(const FittedFrame& frame, const Quad& corners) {
+  std::vector<TrackInfluence> result(frame.matches.size());
+  const auto counts = [](const Match& m) { return m.weight > 0.0; };
+  const bool fitted =
+      frame.model != Model::Held && std::any_of(frame.matches.begin(), frame.matches.end(), counts);
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const Point r = residualOf(frame, frame.matches[i]);
+    result[i].residual = std::hypot(r.x, r.y);
+  }
+  if (!fitted) return result;
+  const LinearisedFit fit(frame);
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const Match& m = frame.matches[i];
+    if (!counts(m)) continue;
+    result[i].weight = m.weight;
+    result[i].leverage =
+        fit.isDetermined() ? m.weight * m.weight * fit.responseAt(m.from).trace() / 2.0 : kNone;
+    Parameters step{};
+    const bool fixed = fit.isDetermined() && stepWithout(fit, m, residualOf(frame, m), step);
+    result[i].influence = fixed ? worstMove(fit, step, corners) : kNone;
+  }
+  return result;
+}
+
+void WorstTracks::addFrame(int frame, const std::vector<int>& tracks,
+                           const std::vector<TrackInfluence>& influences) {
+  std::vector<Entry> entries;
+  for (std::size_t i = 0; i < tracks.size(); ++i) {
+    if (influences[i].influence > 0.0)
+      entries.push_back({tracks[i], frame, influences[i].influence});
+  }
+  const auto greater = [](const Entry& a, const Entry& b) {
+    return std::tie(b.moves, a.track) < std::tie(a.moves, b.track);
+  };
+  const std::size_t kept = std::min(entries.size(), kPerFrame);
+  std::partial_sort(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(kept),
+                    entries.end(), greater);
+  entries_.insert(entries_.end(), entries.begin(),
+                  entries.begin() + static_cast<std::ptrdiff_t>(kept));
+}
+
+std::vector<TrackStretch> WorstTracks::worst(std::size_t count) const {
+  std::vector<Entry> entries = entries_;  // by track and frame; moves 0 once in a stretch
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return std::tie(a.track, a.frame) < std::tie(b.track, b.frame);
+  });
+  std::vector<TrackStretch> result;
+  const auto less = [](const Entry& a, const Entry& b) { return a.moves < b.moves; };
+  while (result.size() < count && !entries.empty()) {
+    const auto peak = std::max_element(entries.begin(), entries.end(), less);
+    if (!(peak->moves > 0.0)) break;
+    const auto joins = [&](const Entry& a, const Entry& b) {
+      return b.track == a.track && std::abs(b.frame - a.frame) == 1 && b.moves >= peak->moves / 2;
+    };
+    auto first = peak;
+    while (first != entries.begin() && joins(*first, first[-1])) --first;
+    auto last = peak;
+    while (last + 1 != entries.end() && joins(*last, last[1])) ++last;
+    result.push_back({peak->track, first->frame, last->frame, peak->frame, peak->moves});
+    std::for_each(first, last + 1, [](Entry& e) { e.moves = 0.0; });
+  }
+  return result;
+}
+
+}  // namespace cornerpin
