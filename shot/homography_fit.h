@@ -13,7 +13,7 @@ struct FitOptions {
   double width = 0.0;  ///< the residual at which the loss bends; unused without one
   /// The fit ends when the next step would lower the cost by less than this share of it.
   double tolerance = 1e-14;
-  int maxIterations = 50;
+  int maxIterations = 1000;  ///< a narrow loss may take hundreds, plain squares a handful
 };
 
 struct HomographyFit {

@@ -23,6 +23,8 @@ constexpr double kEnoughInliers = 0.75;
 constexpr double kLargeScale = 0.01;
 constexpr int kScaleRounds = 10;
 constexpr double kSameScale = 0.02;
+constexpr double kLoose = 1e-6;
+constexpr double kTight = 1e-12;
 constexpr std::size_t kRefinedSamples = 4;
 
 // In scales: where the loss bends.
@@ -31,36 +33,42 @@ double bendOf(Loss loss) {
   return loss == Loss::Cauchy ? 3.0 : 1.7;
 }
 
-double squaredResidual(const Matches& matches, const Homography& h, std::size_t i) {
-  const Point from = matches.from(i);
-  const Point to = matches.to(i);
-  const double s = h[2][0] * from.x + h[2][1] * from.y + h[2][2];
-  const double t = 1.0 / s;
-  const double dx = (h[0][0] * from.x + h[0][1] * from.y + h[0][2]) * t - to.x;
-  const double dy = (h[1][0] * from.x + h[1][1] * from.y + h[1][2]) * t - to.y;
-  return s > kHorizon ? dx * dx + dy * dy : kInfinity;
-}
-
+// Infinite on and behind the horizon.
 std::vector<double> squaredResiduals(const Matches& matches, const Homography& h) {
   std::vector<double> squares(matches.size());
-  for (std::size_t i = 0; i < squares.size(); ++i) squares[i] = squaredResidual(matches, h, i);
+  const double* x = matches.x();
+  const double* y = matches.y();
+  const double* u = matches.u();
+  const double* v = matches.v();
+  for (std::size_t i = 0; i < squares.size(); ++i) {
+    const double s = h[2][0] * x[i] + h[2][1] * y[i] + h[2][2];
+    const double t = 1.0 / s;
+    const double dx = (h[0][0] * x[i] + h[0][1] * y[i] + h[0][2]) * t - u[i];
+    const double dy = (h[1][0] * x[i] + h[1][1] * y[i] + h[1][2]) * t - v[i];
+    const double square = dx * dx + dy * dy;
+    squares[i] = s > kHorizon ? square : kInfinity;
+  }
   return squares;
 }
 
 struct Refined {
   Homography h{};
   double scale = 0.0;
+  std::vector<bool> inlier;
   std::size_t inliers = 0;
   bool found = false;
 };
 
-std::size_t inliersOf(const Matches& matches, const Homography& h, double scale) {
+std::vector<bool> inliersOf(const Matches& matches, const Homography& h, double scale) {
   const double bound = kInlierScales * kInlierScales * scale * scale;
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    if (squaredResidual(matches, h, i) <= bound) ++count;
-  }
-  return count;
+  const std::vector<double> squares = squaredResiduals(matches, h);
+  std::vector<bool> inlier(squares.size());
+  for (std::size_t i = 0; i < squares.size(); ++i) inlier[i] = squares[i] <= bound;
+  return inlier;
+}
+
+std::size_t countOf(const std::vector<bool>& flags) {
+  return static_cast<std::size_t>(std::count(flags.begin(), flags.end(), true));
 }
 
 // With `judged` the matches that count for the scale are those that `judge` finds; else all.
@@ -72,11 +80,12 @@ Refined refine(const Matches& matches, const Homography& start, Loss loss, bool 
     return scaleOf(matches, refined.h, limit);
   };
   refined.scale = scaleHere();
+  bool settled = false;  // the scale is, so the fit is worth its last digits
   for (int round = 0; round < kScaleRounds; ++round) {
     FitOptions options;
     options.loss = loss;
     options.width = bendOf(loss) * refined.scale;
-    options.tolerance = 1e-12;
+    options.tolerance = settled ? kTight : kLoose;
     const HomographyFit fit = fitHomography(matches, refined.h, options);
     if (!std::isfinite(fit.cost) || !isFinite(fit.h)) return refined;
     refined.h = fit.h;
@@ -84,9 +93,11 @@ Refined refine(const Matches& matches, const Homography& start, Loss loss, bool 
     const double scale = scaleHere();
     const bool same = std::fabs(scale - refined.scale) <= kSameScale * refined.scale;
     refined.scale = scale;
-    if (same) break;
+    if (same && settled) break;
+    settled = same || round > 0;
   }
-  refined.inliers = inliersOf(matches, refined.h, refined.scale);
+  refined.inlier = inliersOf(matches, refined.h, refined.scale);
+  refined.inliers = countOf(refined.inlier);
   return refined;
 }
 
@@ -141,18 +152,15 @@ std::string share(std::size_t part, std::size_t whole) {
   return fmt::format("{} of {} tracks", part, whole);
 }
 
-RobustFit finished(const Matches& matches, Stage stage, const Refined& refined, std::string why) {
+RobustFit finished(Stage stage, const Refined& refined, std::string why) {
   RobustFit fit;
   fit.found = refined.found;
   fit.stage = stage;
   fit.h = refined.h;
   fit.scale = refined.scale;
   fit.why = std::move(why);
-  const double bound = kInlierScales * kInlierScales * refined.scale * refined.scale;
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    fit.inlier.push_back(squaredResidual(matches, refined.h, i) <= bound);
-  }
-  fit.inliers = static_cast<std::size_t>(std::count(fit.inlier.begin(), fit.inlier.end(), true));
+  fit.inlier = refined.inlier;
+  fit.inliers = refined.inliers;
   return fit;
 }
 
@@ -170,7 +178,7 @@ RobustFit fitPlainly(const Matches& matches, const std::vector<Start>& starts) {
   refined.found = std::isfinite(best.cost);
   refined.h = best.h;
   if (refined.found) refined.scale = std::max(scaleOf(matches, best.h, kInfinity), kScaleFloor);
-  RobustFit fit = finished(matches, stage, refined, "too few tracks to tell a bad one");
+  RobustFit fit = finished(stage, refined, "too few tracks to tell a bad one");
   fit.inlier.assign(matches.size(), true);
   fit.inliers = matches.size();
   return fit;
@@ -223,11 +231,12 @@ Judgement judge(const Matches& matches, const Homography& h) {
   // Counts by the squared residual's power of two, from that of three floors up.
   constexpr int kLowest = -22;
   constexpr int kBins = 28;
+  const std::vector<double> squares = squaredResiduals(matches, h);
   std::array<std::size_t, kBins + 1> counts{};
   Point low = matches.to(0);
   Point high = low;
   for (std::size_t i = 0; i < matches.size(); ++i) {
-    const int power = exponentOf(squaredResidual(matches, h, i)) + 1;
+    const int power = exponentOf(squares[i]) + 1;
     ++counts[static_cast<std::size_t>(std::clamp(power - kLowest, 0, kBins))];
     const Point p = matches.to(i);
     low = {std::min(low.x, p.x), std::min(low.y, p.y)};
@@ -292,7 +301,7 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
         fmt::format("the {} fits {}",
                     best->stage == Stage::Library ? "library's solve" : "neighbour's transform",
                     share(refined.inliers, count));
-    if (explainsEnough(refined, count)) return finished(matches, best->stage, refined, explained);
+    if (explainsEnough(refined, count)) return finished(best->stage, refined, explained);
     failed = explained;
   }
   std::vector<Start> all = starts;
@@ -302,7 +311,7 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
     const Candidate candidate = tried(matches, start, options.loss);
     if (candidate.score < winner.score) winner = candidate;
   }
-  return finished(matches, winner.stage, winner.refined,
+  return finished(winner.stage, winner.refined,
                   fmt::format("{}, this one {}", failed, share(winner.refined.inliers, count)));
 }
 

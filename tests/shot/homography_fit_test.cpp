@@ -171,6 +171,7 @@ struct Residuals {
   using InputType = Eigen::VectorXd;
   using ValueType = Eigen::VectorXd;
   using JacobianType = Eigen::MatrixXd;
+  enum { InputsAtCompileTime = Eigen::Dynamic, ValuesAtCompileTime = Eigen::Dynamic };
   const Matches& m;
   Loss loss;
   double width;
