@@ -192,7 +192,7 @@ double largest(const std::vector<double>& values) {
 
 struct Case {
   const char* shot;
-  int base;  // that of the shot's description
+  int base;      // that of the shot's description
   int unsolved;  // held or reduced
 };
 

@@ -48,7 +48,7 @@ Spreads simulate(const std::vector<Match>& exact, const Homography& truth, Model
   for (int copy = 0; copy < kCopies; ++copy) {
     FittedFrame frame;
     frame.model = model;
-    frame.matches = exact;
+    frame.matches = std::vector<Match>(exact);
     for (Match& m : frame.matches) {
       m.from.x += baseNoise * normal(random);
       m.from.y += baseNoise * normal(random);
