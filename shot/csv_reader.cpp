@@ -16,7 +16,7 @@ namespace cornerpin {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 256 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 constexpr std::size_t kFieldBlock = 4096;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 

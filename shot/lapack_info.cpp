@@ -19,7 +19,7 @@ std::string lapackInfo() {
   int minor = 0;
   int patch = 0;
   ilaver_(&major, &minor, &patch);
-  const std::string version = fmt::format("{}.{}.{}", major, minor, patch);
+  std::string version = fmt::format("{}.{}.{}", major, minor, patch);
   Dl_info info{};
   if (::dladdr(reinterpret_cast<const void*>(&sgetrf_), &info) == 0 || !info.dli_fname) {
     return version;

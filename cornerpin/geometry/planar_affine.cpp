@@ -99,7 +99,7 @@ template <class Column>
 Column& columnAt(Column* first, int i) {
   const auto address = reinterpret_cast<std::uintptr_t>(first);
   const auto offset = static_cast<std::uintptr_t>(static_cast<std::intptr_t>(i)) * sizeof(Column);
-  return *reinterpret_cast<Column*>(address + offset);
+  return *reinterpret_cast<Column*>(address + offset);  // NOLINT(performance-no-int-to-ptr)
 }
 
 bool isColumnOfMat3(int i) {

@@ -19,7 +19,7 @@ constexpr float kDifferenceStep = 0.0001f;
 
 // The three runs of equal length that `gather` filled.
 ActiveTracks activeTracksIn(const MGenVector<float>& gathered, int count) {
-  const int run = gathered.length / 3;
+  const std::ptrdiff_t run = gathered.length / 3;
   return {gathered.data, gathered.data + run, gathered.data + 2 * run, count};
 }
 
@@ -29,7 +29,9 @@ std::array<float, 9> elementsOf(const MGenMatrix<float>& h, int activeCount) {
   std::array<float, 9> elements{};
   if (activeCount == 0) return elements;
   for (int i = 0; i < 3; ++i) {
-    for (int j = 0; j < 3; ++j) elements[static_cast<std::size_t>(i + 3 * j)] = h(i, j);
+    for (int j = 0; j < 3; ++j) {
+      elements[static_cast<std::size_t>(i) + 3 * static_cast<std::size_t>(j)] = h(i, j);
+    }
   }
   return elements;
 }

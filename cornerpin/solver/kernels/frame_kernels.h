@@ -2,6 +2,8 @@
 #ifndef CORNERPIN_SOLVER_KERNELS_FRAME_KERNELS_H
 #define CORNERPIN_SOLVER_KERNELS_FRAME_KERNELS_H
 
+#include <cstddef>
+
 #include "cornerpin/export.h"
 
 // Private: the loops of a frame's fit. `scalar` is the definition of each; every other variant
@@ -23,10 +25,10 @@ constexpr int kTracksPerBlock = 128;
 
 // Tracks first .. first + kTracksPerBlock - 1, or as many as there are. Each variant has its own
 // copy, in its own instructions.
-static inline ActiveTracks blockOf(const ActiveTracks& tracks, int first) {
-  const int rest = tracks.count - first;
+static inline ActiveTracks blockOf(const ActiveTracks& tracks, std::ptrdiff_t first) {
+  const std::ptrdiff_t rest = tracks.count - first;
   return {tracks.x + first, tracks.y + first, tracks.weight + first,
-          rest < kTracksPerBlock ? rest : kTracksPerBlock};
+          rest < kTracksPerBlock ? static_cast<int>(rest) : kTracksPerBlock};
 }
 
 // h is a 3 x 3 transform, column-major. Values 2i and 2i + 1 are the weighted projection of track

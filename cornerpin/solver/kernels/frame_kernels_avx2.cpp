@@ -111,7 +111,7 @@ void avx2::normalSystem(const float* rows, const float* goal, const float* value
   }
   const __m256d triangle[] = {l0, zero, l1, zero, l2, zero, l3, zero,
                               l4, r4,   l5, r5,   l6, r6,   l7, r7};
-  for (int q = 0; q < 16; ++q) _mm256_storeu_pd(a + 4 * q, triangle[q]);
+  for (std::ptrdiff_t q = 0; q < 16; ++q) _mm256_storeu_pd(a + 4 * q, triangle[q]);
   _mm_storeu_ps(g, gLow);
   _mm_storeu_ps(g + 4, gHigh);
 }
@@ -193,12 +193,12 @@ void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* 
   CoordinateSums ofX, ofY;
   __m256d perspective = _mm256_setzero_pd();  // cc cd dd
   __m128 gradient = _mm_setzero_ps();         // c d
-  for (int first = 0; first < tracks.count; first += kTracksPerBlock) {
+  for (std::ptrdiff_t first = 0; first < tracks.count; first += kTracksPerBlock) {
     const ActiveTracks block = blockOf(tracks, first);
     const float* blockValues = values + 2 * first;
     const float* blockGoal = goal + 2 * first;
     differences(h, block, blockValues, step, rows);
-    for (std::ptrdiff_t k = 0; k < 2 * block.count; k += 2) {
+    for (std::ptrdiff_t k = 0; k < 2 * std::ptrdiff_t{block.count}; k += 2) {
       const double dx = static_cast<double>(blockGoal[k] - blockValues[k]);
       const double dy = static_cast<double>(blockGoal[k + 1] - blockValues[k + 1]);
       const RowProducts x(_mm256_load_ps(rows + k * kParameters), kOfX);

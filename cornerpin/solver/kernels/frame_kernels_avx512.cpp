@@ -80,12 +80,12 @@ void frameSystem(const float* h, const ActiveTracks& tracks, const float* values
   alignas(64) float rows[2 * kTracksPerBlock * kParameters];
   Sums sums;
   Gradient gradient;
-  for (int first = 0; first < tracks.count; first += kTracksPerBlock) {
+  for (std::ptrdiff_t first = 0; first < tracks.count; first += kTracksPerBlock) {
     const ActiveTracks block = blockOf(tracks, first);
     const float* blockValues = values + 2 * first;
     const float* blockGoal = goal + 2 * first;
     avx2::differences(h, block, blockValues, step, rows);
-    for (std::ptrdiff_t k = 0; k < 2 * block.count; k += 2) {
+    for (std::ptrdiff_t k = 0; k < 2 * std::ptrdiff_t{block.count}; k += 2) {
       const __m256 x = _mm256_load_ps(rows + k * kParameters);
       const __m256 y = _mm256_load_ps(rows + (k + 1) * kParameters);
       sums.add(x, y);

@@ -8,7 +8,7 @@ namespace cornerpin::kernels {
 namespace {
 
 void project(const float* h, const ActiveTracks& tracks, float* values) {
-  for (int i = 0; i < tracks.count; ++i) {
+  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
     const float x = tracks.x[i];
     const float y = tracks.y[i];
     const float w = tracks.weight[i];
@@ -39,8 +39,8 @@ void differences(const float* h, const ActiveTracks& tracks, const float* values
 // Adds a row to the sums. Its column j meets all eight columns at once, the upper triangle
 // included.
 void addRow(const float* row, float difference, double* a, float* g) {
-  for (int i = 0; i < kParameters; ++i) {
-    for (int j = 0; j < kParameters; ++j) {
+  for (std::ptrdiff_t i = 0; i < kParameters; ++i) {
+    for (std::ptrdiff_t j = 0; j < kParameters; ++j) {
       a[i * kParameters + j] += static_cast<double>(row[j] * row[i]);
     }
   }
@@ -51,8 +51,8 @@ void addRow(const float* row, float difference, double* a, float* g) {
 }
 
 void clear(double* a, float* g) {
-  std::fill(a, a + kParameters * kParameters, 0.0);
-  std::fill(g, g + kParameters, 0.0f);
+  std::fill_n(a, kParameters * kParameters, 0.0);
+  std::fill_n(g, kParameters, 0.0f);
 }
 
 void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
