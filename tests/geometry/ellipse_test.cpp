@@ -276,7 +276,8 @@ TEST(NormalPointsOnEllipse, HaveTheBitsOfTheirFormulas) {
       const float ratio = unit(generator);
       q[2] = {-ratio * q[1]._y, ratio * q[1]._x};
     }
-    if (n % 50 == 0) q[generator() % 4]._x = n % 100 == 0 ? kInfinity : kNaN;
+    if (n % 100 == 0) q[generator() % 4]._x = kInfinity;
+    if (n % 100 == 50) q[generator() % 4]._x = kNaN;
     if (n % 50 == 1) q[2] = q[1];  // a singular frame
     if (n % 50 == 2) q[1] = q[2] = {0.5f, 0};
     if (n % 5 == 3) {  // next to the first axis, where the sides nearly tie
