@@ -105,7 +105,7 @@ struct Fit {
 class ShotSolver {
  public:
   ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
-      : tracks_(tracks), progress_(progress) {
+      : tracks_(tracks), progress_(progress), reduces_(options.reduce) {
     result_.units = options.units;
     result_.loss = options.loss;
     result_.seed = options.seed;
@@ -198,7 +198,7 @@ class ShotSolver {
       } else {
         result.reason = fit.reason;
         result.h = held;
-        if (!fit.supported && result_.loss != Loss::None) reduce(fit.robust, result);
+        if (!fit.supported && reduces_) reduce(fit.robust, result);
       }
       result.tracks = static_cast<int>(active_.size());
       result.rms = rmsOf(result.h, active_);
@@ -418,6 +418,7 @@ class ShotSolver {
 
   const Tracks& tracks_;
   const Progress& progress_;
+  const bool reduces_;
   ShotResult result_;
   Conditioning fitting_;           // of the base frame's tracks
   Quad surface_{};                 // the square around them

@@ -41,6 +41,9 @@ struct SolveOptions {
   /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; the spread
   /// of the tracks (`noiseGain`) is not looked at.
   Loss loss = Loss::None;
+  /// Fits frames whose tracks do not support the full transform with a lower model instead of
+  /// holding them.
+  bool reduce = false;
   std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
 };
 
@@ -99,13 +102,13 @@ int chooseBaseFrame(const Tracks& tracks);
 ///
 /// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
 /// frame (`inGeneralPosition`), or lie too close together or too near one line in the base frame
-/// (not with Loss::None; with a loss the good tracks count), is reduced: fitted with the highest
-/// model below the projective one that its tracks support in both frames (`supportedModel`), best
-/// on top of its neighbour's transform (`fitLadder`). It is held without active tracks; with
-/// positions beyond single precision; and when its fit throws, is not finite, or puts an active
-/// track on the horizon or two of them on its two sides. Both break the chain of neighbours: from
-/// there to the end of the sweep each frame is fitted from the linear solution (`linearFit`) too,
-/// and the fit with the lower weighted cost counts.
+/// (not with Loss::None; with a loss the good tracks count), is reduced where the options say so:
+/// fitted with the highest model below the projective one that its tracks support in both frames
+/// (`supportedModel`), best on top of its neighbour's transform (`fitLadder`). It is held without
+/// active tracks; with positions beyond single precision; and when its fit throws, is not finite,
+/// or puts an active track on the horizon or two of them on its two sides. Both break the chain of
+/// neighbours: from there to the end of the sweep each frame is fitted from the linear solution
+/// (`linearFit`) too, and the fit with the lower weighted cost counts.
 ///
 /// Throws `std::invalid_argument` for a base frame outside the shot or without tracks.
 ///

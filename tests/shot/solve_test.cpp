@@ -59,6 +59,7 @@ SolveOptions based(int frame, Units units = Units::Fit) {
   options.base = frame;
   options.units = units;
   options.loss = Loss::None;
+  options.reduce = true;
   return options;
 }
 

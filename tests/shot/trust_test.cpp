@@ -46,6 +46,8 @@ Tracks noisyShot(int count, double noise, unsigned seed) {
 SolveOptions fromTheFirstFrame() {
   SolveOptions options;
   options.base = 0;
+  options.loss = Loss::Tukey;
+  options.reduce = true;
   return options;
 }
 

@@ -185,7 +185,7 @@ TEST(SolveCommand, HandsRawUnitsOver) {
 
 TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   const TemporaryFolder folder;
-  const Outcome run = cornerpin({"solve", kScreen, "-o", folder / "out.json"});
+  const Outcome run = cornerpin({"solve", kScreen, "--reduce", "-o", folder / "out.json"});
   EXPECT_EQ(run.code, 4);
   EXPECT_TRUE(contains(run.out, "reduced       9\nheld          1\n"));
   const json j = json::parse(readFile(folder / "out.json"));
@@ -193,6 +193,15 @@ TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   EXPECT_EQ(j["frames"][87]["model"], "affine");
   EXPECT_EQ(j["frames"][87]["reason"], "3 of the 4 tracks needed");
   EXPECT_EQ(j["frames"][87]["h"][2], j["frames"][86]["h"][2]);
+}
+
+TEST(SolveCommand, HoldsFramesWithTooFewTracksAndEndsInFour) {
+  const Outcome run = cornerpin({"solve", kScreen, "--json"});
+  EXPECT_EQ(run.code, 4);
+  const json j = json::parse(run.out);
+  EXPECT_EQ(j["frames"][87]["status"], "held");
+  EXPECT_EQ(j["frames"][87]["reason"], "3 of the 4 tracks needed");
+  EXPECT_EQ(j["frames"][87]["h"], j["frames"][86]["h"]);
 }
 
 TEST(SolveCommand, LeavesOutWhatIsDroppedAndUsesOnlyWhatIsKept) {

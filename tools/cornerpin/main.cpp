@@ -65,6 +65,7 @@ struct Arguments {
   std::vector<std::string> keep;
   std::vector<std::string> drop;
   std::string loss = "none";
+  bool reduce = false;
   std::uint64_t seed = 1;
   bool json = false;
 };
@@ -193,6 +194,7 @@ int solve(const Arguments& arguments) {
   options.base = parseBase(arguments.base);
   options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
   options.loss = parseLoss(arguments.loss);
+  options.reduce = arguments.reduce;
   options.seed = arguments.seed;
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
@@ -285,6 +287,9 @@ void addSolve(CLI::App& app, Arguments& arguments) {
                   "none counts all in full")
       ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
       ->capture_default_str();
+  command.add_flag(
+      "--reduce", arguments.reduce,
+      "Fit frames with few or badly placed tracks with a simpler model, not hold them");
   command
       .add_option("--seed", arguments.seed,
                   "Another number draws other tracks where many are bad; the same, the same result")
