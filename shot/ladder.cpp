@@ -87,6 +87,7 @@ std::vector<Match> carriedBy(const Homography& kept, std::vector<Match> matches)
 
 std::vector<Point> basePoints(const std::vector<Match>& matches) {
   std::vector<Point> points;
+  points.reserve(matches.size());
   for (const Match& m : matches) points.push_back(m.from);
   return points;
 }

@@ -46,7 +46,8 @@ std::vector<double> squaredResiduals(const Matches& matches, const Homography& h
     const double dx = (h[0][0] * x[i] + h[0][1] * y[i] + h[0][2]) * t - u[i];
     const double dy = (h[1][0] * x[i] + h[1][1] * y[i] + h[1][2]) * t - v[i];
     const double square = dx * dx + dy * dy;
-    squares[i] = s > kHorizon ? square : kInfinity;
+    squares[i] = kInfinity;
+    if (s > kHorizon) squares[i] = square;
   }
   return squares;
 }
@@ -144,6 +145,7 @@ std::vector<Start> bestSamples(const Matches& matches, const std::vector<double>
     best.resize(std::min(best.size(), kRefinedSamples));
   }
   std::vector<Start> starts;
+  starts.reserve(best.size());
   for (const Scored& scored : best) starts.push_back({Stage::Sampled, scored.h});
   return starts;
 }
@@ -279,7 +281,8 @@ double scaleOf(const Matches& matches, const Homography& h, double limit) {
     scale = std::max(scale, kScaleFloor);
     bound = kTrimScales * kTrimScales * scale * scale;
   }
-  return std::isfinite(scale) ? std::max(scale, kScaleFloor) : kInfinity;
+  if (!std::isfinite(scale)) return kInfinity;
+  return std::max(scale, kScaleFloor);
 }
 
 RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
