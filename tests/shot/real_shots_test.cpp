@@ -317,6 +317,7 @@ struct Near {
 
 Near nearTracks(const std::string& name, int base) {
   SolveOptions options;
+  options.loss = Loss::Tukey;
   options.base = base;
   const ShotResult result = solveShot(readTracks(dataFile(name + ".csv")), options);
   const Shot shot = readShot(name);
@@ -375,6 +376,7 @@ INSTANTIATE_TEST_SUITE_P(Data, CleanShot, testing::Values("facade", "boardphotos
 
 TEST(Graf, LiesNearItsTruthThoughAQuarterOfTheMatchesAreWrong) {
   SolveOptions options;
+  options.loss = Loss::Tukey;
   options.base = 0;
   const ShotResult result = solveShot(readTracks(dataFile("graf13.csv")), options);
   std::ifstream file(dataFile("graf13.truth.csv"));
