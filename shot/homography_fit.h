@@ -40,6 +40,10 @@ struct HomographyFit {
 HomographyFit fitHomography(const Matches& matches, const Homography& start,
                             const FitOptions& options = {});
 
+/// One undamped Gauss-Newton step of the plain weighted squares from h, whose last element is 1.
+/// False where the matches do not fix the transform.
+bool gaussNewtonStep(const Matches& matches, const Homography& h, Homography& next);
+
 }  // namespace cornerpin
 
 #endif

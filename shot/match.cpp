@@ -16,4 +16,8 @@ void Matches::add(const Match& match) {
   ++size_;
 }
 
+void Matches::reweight(const std::vector<double>& factors) {
+  for (std::size_t i = 0; i < size_; ++i) w2_[i] = w_[i] * w_[i] * factors[i];
+}
+
 }  // namespace cornerpin

@@ -24,6 +24,9 @@ class Matches {
   void clear() { *this = {}; }
   void add(const Match& match);
 
+  /// Multiplies the squared weights by one factor per match; earlier factors no longer count.
+  void reweight(const std::vector<double>& factors);
+
   std::size_t size() const { return size_; }
   Match operator[](std::size_t i) const { return {{x_[i], y_[i]}, {u_[i], v_[i]}, w_[i]}; }
   Point from(std::size_t i) const { return {x_[i], y_[i]}; }

@@ -31,6 +31,7 @@ struct Start {
 struct RobustOptions {
   Loss loss = Loss::Tukey;
   std::uint64_t seed = 1;
+  double expected = 0.0;  ///< the scale of a neighbouring frame; 0 where none is known
 };
 
 struct RobustFit {
@@ -40,37 +41,19 @@ struct RobustFit {
   double scale = 0.0;            ///< standard deviation of one coordinate of a good match
   std::vector<bool> inlier;      ///< per match: within `kInlierScales` scales of its place
   std::size_t inliers = 0;
-  std::string why;  ///< why this start, for people
+  Loss loss = Loss::None;  ///< that the fit ended with
+  double width = 0.0;      ///< where that loss bends
+  bool searched = false;   ///< the scale was searched for
+  std::string why;         ///< why this start, for people
 };
 
 /// A good match with normal errors lies within this many scales in 998 cases of 1,000.
 constexpr double kInlierScales = 3.5;
 /// Fewer matches do not tell a bad one: they are fitted by plain squares.
 constexpr std::size_t kFewestForRobust = 6;
-/// The least scale, for matches conditioned to -1 .. 1: half a pixel over tracks 1,000 wide.
-constexpr double kScaleFloor = 1e-3;
-/// Matches farther away than this many scales have no say in the scale.
-constexpr double kTrimScales = 5.0;
-
 /// What `fitRobustly` multiplies the squared weight of a match by in the last step of its fit: 1
 /// near 0. Residual and scale in the same units.
-double lossWeight(Loss loss, double residual, double scale);
-
-/// How unlikely it is that matches placed at random in the box around `to` follow h so well: the
-/// logarithm of the expected number of such transforms, minimised over the distance within which a
-/// match counts as following. The lower the better; no distance needs to be known.
-struct Judgement {
-  double score = 0.0;
-  double distance = 0.0;
-  std::size_t count = 0;  ///< matches within it
-};
-Judgement judge(const Matches& matches, const Homography& h);
-
-/// Scale of the residuals under h from their median, which is 1.1774 standard deviations for normal
-/// errors. It is taken over the matches within `limit`, then again over those within
-/// `kTrimScales` scales until nothing changes, widened for the eight parameters spent, and at
-/// least `kScaleFloor`. With the limit infinite that needs more good matches than bad ones.
-double scaleOf(const Matches& matches, const Homography& h, double limit);
+double lossWeight(Loss loss, double residual, double width);
 
 /// The transform that most of the matches agree on. Matches are conditioned; `confidence` has one
 /// number per match, larger is better, and says in which order samples are drawn.

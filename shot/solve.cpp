@@ -184,6 +184,7 @@ class ShotSolver {
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
     chainBroken_ = false;
     history_.assign(base_.size(), {});
+    expectedScale_ = 0.0;
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
@@ -241,6 +242,8 @@ class ShotSolver {
     }
     result.stage = robust.stage;
     result.why = robust.why;
+    result.loss = robust.loss;
+    result.width = robust.width / fitting_.scale;
     result.scale = robust.scale / fitting_.scale;
     result.inliers = static_cast<int>(robust.inliers);
     result.inlierRms = rmsOf(result.h, inliersOf(robust));
@@ -346,7 +349,9 @@ class ShotSolver {
       starts.push_back({Stage::Library, conditioned(library.h, fitting_)});
     starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
     Fit fit;
-    fit.robust = fitRobustly(matches, starts, confidence, {result_.loss, result_.seed});
+    fit.robust =
+        fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale_});
+    if (fit.robust.found && fit.robust.searched) expectedScale_ = fit.robust.scale;
     fit.reason = whyUnfit(fit.robust);
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
@@ -428,7 +433,8 @@ class ShotSolver {
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
   Active active_;
-  bool chainBroken_ = false;  // some frame of the sweep was not fitted from its neighbour
+  double expectedScale_ = 0.0;  // the last one searched for in the sweep
+  bool chainBroken_ = false;    // some frame of the sweep was not fitted from its neighbour
   std::size_t done_ = 0;
 };
 

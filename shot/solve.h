@@ -65,6 +65,8 @@ struct FrameResult {
 
   // Of solved frames.
   Stage stage = Stage::Library;  ///< where the fit started; Loss::None ends with the library's
+  Loss loss = Loss::None;        ///< None too where a frame shows no sign of a bad track
+  double width = 0.0;            ///< residual at which that loss bends, in the file's units
   std::string why;               ///< why there; empty with Loss::None
   int inliers = 0;  ///< tracks within `kInlierScales` scales; with Loss::None all of them
   double inlierRms = std::numeric_limits<double>::quiet_NaN();  ///< `rms` over these alone

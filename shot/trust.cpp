@@ -75,7 +75,7 @@ FittedFrame weighted(const ShotResult& result, const FrameResult& frame, FittedF
     const Point q = map(frame.h, m.from);
     const double r = std::hypot(m.to.x - q.x, m.to.y - q.y);
     if (!(r <= kInlierScales * frame.scale) && cut) m.weight = 0.0;
-    if (!cut) m.weight *= std::sqrt(lossWeight(result.loss, r, frame.scale));
+    if (!cut) m.weight *= std::sqrt(lossWeight(frame.loss, r, frame.width));
     if (!(m.weight > 0.0)) m.weight = 0.0;
   }
   return fitted;

@@ -21,8 +21,6 @@ using namespace cornerpin;
 namespace {
 
 constexpr int kFrames = 60;
-constexpr int kTracks = 60;
-constexpr double kNoise = 0.5;  // standard deviation in pixels
 constexpr double kWidth = 1000.0;
 constexpr double kHeight = 600.0;
 
@@ -73,20 +71,30 @@ struct Scenario {
   Homography (*motion)(int);
   // Changes the true position of track t in frame f; false when it is not seen.
   std::function<bool(int t, int f, Point& p, Random&)> fault;
+  int tracks = 60;
+  double noise = 0.5;  // standard deviation in pixels
 };
+
+bool sound(int, int, Point&, Random&) { return true; }
 
 Point anywhere(Random& random) { return {random.uniform(0, kWidth), random.uniform(0, kHeight)}; }
 
-Scenario outliers(int percent) {
+Scenario outliers(int percent, int tracks = 60, double noise = 0.5) {
   return {std::to_string(percent) + " % outliers", steady,
-          [percent](int t, int, Point& p, Random& r) {
-            if (t * 100 < percent * kTracks) p = anywhere(r);
+          [=](int t, int, Point& p, Random& r) {
+            if (t * 100 < percent * tracks) p = anywhere(r);
             return true;
-          }};
+          },
+          tracks, noise};
+}
+
+Scenario renamed(Scenario scenario, const char* name) {
+  scenario.name = name;
+  return scenario;
 }
 
 std::vector<Scenario> scenarios() {
-  std::vector<Scenario> all = {{"clean", steady, [](int, int, Point&, Random&) { return true; }}};
+  std::vector<Scenario> all = {{"clean", steady, sound}};
   for (int percent : {10, 20, 40, 60, 80}) all.push_back(outliers(percent));
   all.push_back({"30 % slide 1 px a frame", steady, [](int t, int f, Point& p, Random&) {
                    if (t % 10 < 3) p.x += f, p.y += 0.3 * f;
@@ -96,21 +104,57 @@ std::vector<Scenario> scenarios() {
                    if (t % 5 < 2) p.x += 6 * f;
                    return true;
                  }});
-  all.push_back({"tracks die, 8 are left", steady, [](int t, int f, Point&, Random&) {
-                   return t < 8 || f < (t * kFrames) / kTracks;
-                 }});
+  all.push_back({"tracks die, 8 are left", steady,
+                 [](int t, int f, Point&, Random&) { return t < 8 || f < (t * kFrames) / 60; }});
   all.push_back({"half hidden, 20 % outliers", steady, [](int t, int f, Point& p, Random& r) {
-                   if (t < kTracks / 5) p = anywhere(r);
+                   if (t < 12) p = anywhere(r);
                    return f < 20 || f > 40 || t % 2 == 0;
                  }});
   all.push_back({"jump, 30 % outliers", jumping, [](int t, int, Point& p, Random& r) {
-                   if (t * 10 < 3 * kTracks) p = anywhere(r);
+                   if (t < 18) p = anywhere(r);
                    return true;
                  }});
   all.push_back({"near the horizon, 20 % outliers", grazing, [](int t, int, Point& p, Random& r) {
-                   if (t * 5 < kTracks) p = anywhere(r);
+                   if (t < 12) p = anywhere(r);
                    return true;
                  }});
+  all.push_back({"noise of 3 px", steady, sound, 60, 3.0});
+  all.push_back(renamed(outliers(20, 60, 3.0), "noise of 3 px, 20 % outliers"));
+  all.push_back(renamed(outliers(20, 60, 0.1), "noise of 0.1 px, 20 % outliers"));
+  all.push_back({"half creep 0.05 px a frame", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (t % 2 == 0) p.x += (t % 4 ? 0.05 : -0.05) * f, p.y += 0.02 * f;
+                   return true;
+                 },
+                 60, 0.1});
+  all.push_back({"heavy tails", steady,
+                 [](int, int, Point& p, Random& r) {
+                   const double length = 0.5 / std::sqrt(r.uniform(1e-4, 1.0));
+                   const double angle = r.uniform(0.0, 6.283185307179586);
+                   p.x += length * std::cos(angle), p.y += length * std::sin(angle);
+                   return true;
+                 },
+                 60, 0.1});
+  all.push_back({"12 tracks, one 20 px off", steady,
+                 [](int t, int, Point& p, Random&) {
+                   if (t == 0) p.x += 20.0;
+                   return true;
+                 },
+                 12, 0.5});
+  all.push_back({"12 tracks, 4 wander off", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (t < 4) p.x += 0.3 * t * f, p.y += 0.3 * f;
+                   return true;
+                 },
+                 12, 0.5});
+  all.push_back({"8 tracks", steady, sound, 8, 0.5});
+  all.push_back(renamed(outliers(40, 300, 0.5), "300 tracks, 40 % outliers"));
+  all.push_back({"a tenth close on another surface", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (t % 10 == 0) p.x += 3 + 0.1 * f + 0.01 * p.y;
+                   return true;
+                 },
+                 60, 1.0});
   return all;
 }
 
@@ -119,17 +163,17 @@ Tracks madeShot(const Scenario& scenario, unsigned seed) {
   Random random(seed);
   Tracks tracks;
   std::vector<Point> base;
-  for (int t = 0; t < kTracks; ++t) {
+  for (int t = 0; t < scenario.tracks; ++t) {
     tracks.names.push_back("t" + std::to_string(t));
     base.push_back(anywhere(random));
   }
   for (int f = 0; f < kFrames; ++f) {
-    for (int t = 0; t < kTracks; ++t) {
+    for (int t = 0; t < scenario.tracks; ++t) {
       Point p = map(scenario.motion(f), base[static_cast<std::size_t>(t)]);
       if (f > 0 && !scenario.fault(t, f, p, random)) continue;
       Observation o;
-      o.x = p.x + (f > 0 ? kNoise * random.normal() : 0.0);
-      o.y = p.y + (f > 0 ? kNoise * random.normal() : 0.0);
+      o.x = p.x + (f > 0 ? scenario.noise * random.normal() : 0.0);
+      o.y = p.y + (f > 0 ? scenario.noise * random.normal() : 0.0);
       o.track = t;
       o.frame = f;
       tracks.observations.push_back(o);

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_CORE_FIT_H
+#define SHOT_CORE_FIT_H
+
+#include <limits>
+#include <vector>
+
+#include "shot/conditioning.h"
+#include "shot/match.h"
+
+namespace cornerpin {
+
+/// The least scale, for matches conditioned to -1 .. 1: an eighth of a pixel over tracks 1,000
+/// wide.
+constexpr double kScaleFloor = 2.5e-4;
+
+/// How the errors of a frame's tracks are distributed: a bivariate t distribution, whose core is
+/// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
+/// strays that lie anywhere in the frame.
+struct ErrorModel {
+  int freedom = 16;    ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
+  double sigma = 0.0;  ///< the t distribution's parameter, at least `kScaleFloor`
+  double strays = 0.1;
+
+  /// What the median error says of the standard deviation of one coordinate: the median over
+  /// 1.1774, as if errors were normal.
+  double scale() const;
+};
+
+/// A transform and the error model under which the matches are most likely, both at once.
+struct CoreFit {
+  bool found = false;
+  Homography h{};
+  ErrorModel errors;
+  /// Minus the logarithm of the likelihood, less what the transform's eight parameters explain by
+  /// themselves (restricted likelihood): transforms and models compare by it, the lower the better.
+  double score = std::numeric_limits<double>::infinity();
+};
+
+/// Fits both by expectation maximisation from `start` and `errors`, whose freedom stays: each round
+/// weighs the matches by how likely they are no strays and by how far out in the tails they lie,
+/// takes one Gauss-Newton step and sets sigma and the share of strays anew.
+///
+/// A weight w counts a match's logarithmic likelihood w^2 times, relative to the mean.
+///
+/// K. L. Lange, R. J. A. Little, J. M. G. Taylor, "Robust statistical modeling using the t
+/// distribution", Journal of the American Statistical Association 84 (1989).
+CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors);
+
+/// The squared distances between the matches' images under h and their places; infinite on and
+/// behind the horizon.
+void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares);
+
+}  // namespace cornerpin
+
+#endif
