@@ -29,7 +29,7 @@ constexpr double kMostGrowth = 1.2;   // of the scale, from the frame searched l
 constexpr double kLargeScale = 0.01;  // explains too much
 
 // What speaks against a core beforehand, in units of the score.
-constexpr double kForHeavyTails = 1.0;
+constexpr double kForHeavyTails = 2.0;
 constexpr double kUsualGrowth = 0.3;  // of the scale's logarithm between frames
 
 constexpr double kLikelyScale = 1e-3;  // of good tracks, where no frame before tells

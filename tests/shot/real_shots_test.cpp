@@ -254,44 +254,74 @@ INSTANTIATE_TEST_SUITE_P(Data, RealShot,
                                          Case{"highway", 0, 0}, Case{"screen4", 8, 10}),
                          [](const auto& info) { return std::string(info.param.shot); });
 
-// The distance between the fit and the truth, at the tracks that lie within 10 px of it.
-TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
-  SolveOptions options;
-  options.base = 60;
-  options.loss = Loss::None;
-  const ShotResult result = solveShot(readTracks(dataFile("board.csv")), options);
-  const Shot shot = readShot("board");
-  std::ifstream file(dataFile("board.truth.csv"));
+namespace {
+
+std::map<int, Eigen::Matrix3d> readTruth(const std::string& name) {
+  std::ifstream file(dataFile(name + ".truth.csv"));
   std::string line;
   std::getline(file, line);
-  std::vector<double> fits, tracks;
+  std::map<int, Eigen::Matrix3d> all;
   while (std::getline(file, line)) {
     const auto fields = split(line);
-    Eigen::Matrix3d truth;
+    Eigen::Matrix3d& truth = all[std::stoi(fields[0])];
     for (int i = 0; i < 9; ++i)
       truth(i / 3, i % 3) = std::stod(fields[static_cast<std::size_t>(i + 1)]);
-    const int frame = std::stoi(fields[0]);
+  }
+  return all;
+}
+
+// RMS distances from the truth of a frame, at the tracks that lie within 10 px of it.
+struct Distances {
+  std::vector<double> ofFits, ofTracks;
+};
+
+Distances fromTruth(const std::string& name, int base, Loss loss) {
+  SolveOptions options;
+  options.base = base;
+  options.loss = loss;
+  const ShotResult result = solveShot(readTracks(dataFile(name + ".csv")), options);
+  const Shot shot = readShot(name);
+  Distances distances;
+  for (const auto& [frame, truth] : readTruth(name)) {
+    if (frame == base) continue;
     const Eigen::Matrix3d h =
         toEigen(result.frames[static_cast<std::size_t>(frame - result.frames[0].frame)].h);
     double fit = 0, track = 0;
     int count = 0;
-    for (const Pair& p : pairsOf(shot, 60, frame)) {
+    for (const Pair& p : pairsOf(shot, base, frame)) {
       const Eigen::Vector2d there = (truth * p.base.homogeneous()).hnormalized();
       if ((there - p.here).norm() > 10) continue;
       fit += ((h * p.base.homogeneous()).hnormalized() - there).squaredNorm();
       track += (p.here - there).squaredNorm();
       ++count;
     }
-    ASSERT_GT(count, 0);
-    fits.push_back(std::sqrt(fit / count));
-    tracks.push_back(std::sqrt(track / count));
+    distances.ofFits.push_back(std::sqrt(fit / count));
+    distances.ofTracks.push_back(std::sqrt(track / count));
   }
-  EXPECT_EQ(fits.size(), 121u);
-  std::printf(
-      "board against truth: fit median %.3f worst %.3f px, tracks median %.3f worst %.3f px\n",
-      median(fits), largest(fits), median(tracks), largest(tracks));
-  EXPECT_LT(median(fits), median(tracks));
-  EXPECT_LT(largest(fits), largest(tracks));
+  std::printf("%s against truth: fit median %.3f worst %.3f px, tracks median %.3f worst %.3f px\n",
+              name.c_str(), median(distances.ofFits), largest(distances.ofFits),
+              median(distances.ofTracks), largest(distances.ofTracks));
+  return distances;
+}
+
+}  // namespace
+
+TEST(Board, LiesWithinTheTracksOwnErrorOfTheTruth) {
+  const Distances distances = fromTruth("board", 60, Loss::None);
+  EXPECT_EQ(distances.ofFits.size(), 120u);
+  EXPECT_LT(median(distances.ofFits), median(distances.ofTracks));
+  EXPECT_LT(largest(distances.ofFits), largest(distances.ofTracks));
+}
+
+// Half its tracks creep off by some pixels; the others agree within a tenth of one.
+TEST(Board, FollowsTheTracksThatKeepToTheirPlace) {
+  const Distances distances = fromTruth("board", 60, Loss::Tukey);
+  EXPECT_LE(median(distances.ofFits), 0.25);
+  EXPECT_LE(largest(distances.ofFits), 1.5);
+}
+
+TEST(Graf, LiesNearItsTruthThoughAQuarterOfTheMatchesAreWrong) {
+  EXPECT_LE(median(fromTruth("graf13", 0, Loss::Tukey).ofFits), 2.5);
 }
 
 namespace {
@@ -343,13 +373,16 @@ TEST(Highway, KeepsToTheRoadThoughAThirdOfTheTracksDriveOff) {
   const Near near = nearTracks("highway", 0);
   EXPECT_EQ(near.rms.size(), 149u);
   EXPECT_LE(median(near.rms), 0.50);
-  EXPECT_GE(median(near.share), 0.64);
+  // Thirteen cars have moved by 1 to 3 px in frame 2, which the figure counts.
+  EXPECT_LE(largest(near.rms), 0.75);
+  EXPECT_GE(median(near.share), 0.645);
 }
 
 TEST(Box, KeepsToTheFaceThoughTracksSlideOffIt) {
   const Near near = nearTracks("box", 0);
   EXPECT_EQ(near.rms.size(), 199u);
-  EXPECT_LE(median(near.rms), 0.80);
+  EXPECT_LE(median(near.rms), 0.785);
+  EXPECT_LE(largest(near.rms), 1.65);
   EXPECT_GE(median(near.share), 0.95);
 }
 
@@ -373,30 +406,3 @@ TEST_P(CleanShot, StaysWithinOnePercentOfPlainSquares) {
 }
 INSTANTIATE_TEST_SUITE_P(Data, CleanShot, testing::Values("facade", "boardphotos"),
                          [](const auto& info) { return std::string(info.param); });
-
-TEST(Graf, LiesNearItsTruthThoughAQuarterOfTheMatchesAreWrong) {
-  SolveOptions options;
-  options.loss = Loss::Tukey;
-  options.base = 0;
-  const ShotResult result = solveShot(readTracks(dataFile("graf13.csv")), options);
-  std::ifstream file(dataFile("graf13.truth.csv"));
-  std::string line;
-  Eigen::Matrix3d truth = Eigen::Matrix3d::Zero();
-  while (std::getline(file, line)) {
-    const auto fields = split(line);
-    if (fields[0] != "1") continue;
-    for (int i = 0; i < 9; ++i)
-      truth(i / 3, i % 3) = std::stod(fields[static_cast<std::size_t>(i + 1)]);
-  }
-  ASSERT_EQ(truth(2, 2), 1.0);
-  std::vector<double> errors;
-  for (const Pair& p : pairsOf(readShot("graf13"), 0, 1)) {
-    const Eigen::Vector2d there = (truth * p.base.homogeneous()).hnormalized();
-    if ((there - p.here).norm() > 10) continue;
-    errors.push_back(
-        ((toEigen(result.frames[1].h) * p.base.homogeneous()).hnormalized() - there).norm());
-  }
-  ASSERT_GT(errors.size(), 100u);
-  std::printf("graf13 against truth: %.3f px\n", rootMeanSquare(errors));
-  EXPECT_LE(rootMeanSquare(errors), 2.5);
-}
