@@ -21,18 +21,15 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kParameters = 8.0;
 
 // Of a frame without a sign of a bad track.
-constexpr double kChance = 0.01;  // that normal errors alone look like a bad track
+constexpr double kChance = 0.01;     // that one of its normal errors lies as far as none may
+constexpr double kMostSpread = 1.5;  // of the scale, in standard errors or so
 
-// Of a fit that needs no samples.
-constexpr double kEnoughInliers = 0.75;
-constexpr double kMostGrowth = 1.2;   // of the scale, from the frame searched last
-constexpr double kLargeScale = 0.01;  // explains too much
-
-// What speaks against a core beforehand, in units of the score.
-constexpr double kForHeavyTails = 2.0;
-constexpr double kUsualGrowth = 0.3;  // of the scale's logarithm between frames
+// What speaks against a core beforehand.
+constexpr double kForHeavyTails = 2.0;  // in units of the score
+constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm since the frame searched last
 
 constexpr double kLikelyScale = 1e-3;  // of good tracks, where no frame before tells
+constexpr double kLargeScale = 0.01;   // explains too much to end the drawing of samples
 constexpr double kFarthest = 4.0;      // square of the distance from where on all are as bad
 constexpr double kSameCore = 0.05;     // in sigmas
 constexpr std::size_t kRefinedSamples = 4;
@@ -126,14 +123,6 @@ class Search {
   const CoreFit& core() const { return best_; }
   std::size_t inliers() const { return inliersOf(best_); }
 
-  // Otherwise a closer fit may be far from the starts.
-  bool explainsEnough() const {
-    const double scale = best_.errors.scale();
-    return best_.found && options_.expected > 0.0 && scale <= kMostGrowth * options_.expected &&
-           scale <= kLargeScale &&
-           static_cast<double>(inliers()) >= kEnoughInliers * static_cast<double>(matches_.size());
-  }
-
  private:
   struct Sample {
     double score = 0.0;
@@ -221,7 +210,7 @@ RobustFit finished(const Matches& matches, const Search& search, Loss loss) {
   return fit;
 }
 
-// The best of the plain fits from the starts.
+// The best of the plain fits from the starts. Its cost gives the scale of normal errors.
 RobustFit plainFit(const Matches& matches, const std::vector<Start>& starts) {
   RobustFit best;
   double cost = kInfinity;
@@ -233,31 +222,26 @@ RobustFit plainFit(const Matches& matches, const std::vector<Start>& starts) {
     best.stage = start.stage;
     best.found = true;
   }
+  best.why = "no sign of a bad track";
   best.inlier.assign(matches.size(), true);
   best.inliers = matches.size();
+  const double count = static_cast<double>(matches.size());
+  const double left = std::max(2.0 * count - kParameters, 0.5 * count);
+  double weights = 0.0;
+  for (std::size_t i = 0; i < matches.size(); ++i) weights += matches.w2()[i];
+  if (best.found) best.scale = std::max(std::sqrt(cost / weights * count / left), kScaleFloor);
   return best;
 }
 
-// The scale of normal errors: from the mean square.
-double normalScale(const Matches& matches, const std::vector<double>& squares) {
-  double sum = 0.0;
-  double weights = 0.0;
-  for (std::size_t i = 0; i < squares.size(); ++i) {
-    sum += matches.w2()[i] * squares[i];
-    weights += matches.w2()[i];
-  }
-  const double count = static_cast<double>(squares.size());
-  const double left = std::max(2.0 * count - kParameters, 0.5 * count);
-  return std::max(std::sqrt(sum / weights * count / left), kScaleFloor);
-}
-
-// Whether a plain fit shows no sign of a bad match. Two estimates of one scale differ.
-bool isClean(const Matches& matches, const std::vector<double>& squares, double scale,
-             double expected) {
-  const double left = 2.0 * static_cast<double>(matches.size()) - kParameters;
-  const double farthest = -2.0 * std::log(kChance / static_cast<double>(matches.size()));
-  return scale <= (1.0 + 1.5 / std::sqrt(left)) * expected &&
-         *std::max_element(squares.begin(), squares.end()) <= farthest * scale * scale;
+// Whether a plain fit shows no sign of a bad match.
+bool isClean(const RobustFit& fit, const Matches& matches, double expected) {
+  if (!fit.found) return false;
+  const double count = static_cast<double>(matches.size());
+  const double farthest = -2.0 * std::log(kChance / count) * fit.scale * fit.scale;
+  std::vector<double> squares;
+  squaredResiduals(matches, fit.h, squares);
+  return fit.scale <= (1.0 + kMostSpread / std::sqrt(2.0 * count - kParameters)) * expected &&
+         *std::max_element(squares.begin(), squares.end()) <= farthest;
 }
 
 }  // namespace
@@ -274,21 +258,17 @@ double lossWeight(Loss loss, double residual, double width) {
   return loss == Loss::Huber && part > 1.0 ? 1.0 / part : 1.0;
 }
 
-RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
+namespace {
+
+// Nothing tells a bad one among so few.
+RobustFit fewFit(const Matches& matches, const std::vector<Start>& starts) {
+  RobustFit fit = plainFit(matches, starts);
+  fit.why = "too few tracks to tell a bad one";
+  return fit;
+}
+
+RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts,
                       const std::vector<double>& confidence, const RobustOptions& options) {
-  const bool few = matches.size() < kFewestForRobust;
-  if (few || (options.expected > 0.0 && !starts.empty())) {
-    RobustFit plain =
-        plainFit(matches, few ? starts : std::vector<Start>(starts.begin(), starts.begin() + 1));
-    if (plain.found) {
-      std::vector<double> squares;
-      squaredResiduals(matches, plain.h, squares);
-      plain.scale = normalScale(matches, squares);
-      plain.why = few ? "too few tracks to tell a bad one" : "no sign of a bad track";
-      if (few || isClean(matches, squares, plain.scale, options.expected)) return plain;
-    }
-    if (few) return plain;
-  }
   Search search(matches, options);
   for (const Start& start : starts) search.from(start);
   std::string why = "nothing to start from";
@@ -304,6 +284,18 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
     why += fmt::format(", this one {}", share(fit.inliers, matches.size()));
   fit.why = why;
   return fit;
+}
+
+}  // namespace
+
+RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
+                      const std::vector<double>& confidence, const RobustOptions& options) {
+  if (matches.size() < kFewestForRobust) return fewFit(matches, starts);
+  if (options.expected > 0.0 && !starts.empty()) {
+    const RobustFit plain = plainFit(matches, {starts.front()});
+    if (isClean(plain, matches, options.expected)) return plain;
+  }
+  return searchedFit(matches, starts, confidence, options);
 }
 
 }  // namespace cornerpin

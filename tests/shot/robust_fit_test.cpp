@@ -157,14 +157,15 @@ TEST(RobustFit, SearchesWhereTheScaleGrowsOrATrackStandsOut) {
   EXPECT_TRUE(searched(normalShot(60, 1, 1e-3)));
 }
 
-// Half the tracks crept off alike; the other half agree far more closely.
+// Half the tracks crept off by 40 times the noise of the others, some one way, some another.
 TEST(RobustFit, FollowsTheHalfThatAgreesMoreClosely) {
   for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
     const Shot all = normalShot(48, 0, 5e-4, seed);
     Shot shot;
     for (std::size_t i = 0; i < all.matches.size(); ++i) {
       Match m = all.matches[i];
-      if (i % 2 == 0) m.to = {m.to.x + (i % 4 ? 8e-3 : -8e-3), m.to.y + 5e-3};
+      const double angle = 0.7 * static_cast<double>(i);
+      if (i % 2 == 0) m.to = {m.to.x + 20e-3 * std::cos(angle), m.to.y + 20e-3 * std::sin(angle)};
       shot.matches.add(m);
       shot.confidence.push_back(1.0);
     }
@@ -173,7 +174,7 @@ TEST(RobustFit, FollowsTheHalfThatAgreesMoreClosely) {
     const RobustFit fit =
         fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
     ASSERT_TRUE(fit.found) << seed;
-    EXPECT_LT(cornerError(fit.h), 1.5e-3) << seed;
+    EXPECT_LT(cornerError(fit.h), 3e-3) << seed;
     EXPECT_NEAR(static_cast<double>(fit.inliers), 24.0, 1.0) << seed;
   }
 }
