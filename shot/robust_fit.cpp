@@ -21,8 +21,8 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kParameters = 8.0;
 
 // Of a frame without a sign of a bad track.
-constexpr double kChance = 0.01;     // that one of its normal errors lies as far as none may
-constexpr double kMostSpread = 1.5;  // of the scale, in standard errors or so
+constexpr double kChance = 1e-3;     // that one of its normal errors lies as far as none may
+constexpr double kMostSpread = 2.0;  // of the scale, in standard errors or so
 
 // What speaks against a core beforehand.
 constexpr double kForHeavyTails = 2.0;  // in units of the score

@@ -60,8 +60,8 @@ double lossWeight(Loss loss, double residual, double width);
 /// number per match, larger is better, and says in which order samples are drawn.
 ///
 /// 1. Where a scale is expected, plain squares from the first start. They are the answer when
-///    nothing speaks of a bad match: a scale no more than 1.5 standard errors or so above the one
-///    expected, and no error so far out that one frame in 100 would have one by chance.
+///    nothing speaks of a bad match: a scale no more than two standard errors or so above the one
+///    expected, and no error so far out that one frame in 1,000 would have one by chance.
 /// 2. Else the core of the errors is searched for (`fitCore`): from each start, through all degrees
 ///    of freedom up and down, and from the best four of the transforms that are exact for four
 ///    matches (`QuadSamples`). Samples compare by the sum of the logarithms of their errors, which
