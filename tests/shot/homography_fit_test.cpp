@@ -262,7 +262,8 @@ TEST_P(EveryLoss, ReachesTheOptimumOfAnIndependentSolver) {
     const Matches matches = noisyMatches(40, 0.05, seed);
     FitOptions options;
     options.loss = GetParam();
-    options.width = 0.04;
+    // Tukey's has several optima where it is narrower than the noise.
+    options.width = GetParam() == Loss::Tukey ? 0.12 : 0.04;
     const HomographyFit plain = fitHomography(matches, kView);
     const HomographyFit fit = fitHomography(matches, plain.h, options);
     EXPECT_TRUE(fit.converged);
@@ -271,13 +272,13 @@ TEST_P(EveryLoss, ReachesTheOptimumOfAnIndependentSolver) {
     Eigen::LevenbergMarquardt<decltype(differences)> lm(differences);
     lm.parameters.ftol = lm.parameters.xtol = 1e-14;
     lm.parameters.maxfev = 10000;
-    Eigen::VectorXd x(8);
-    for (int i = 0; i < 8; ++i) {
-      x[i] = fit.h[static_cast<std::size_t>(i / 3)][static_cast<std::size_t>(i % 3)];
+    // From the engine's start, then from its end: neither solver goes below the other.
+    for (const Homography& start : {plain.h, fit.h}) {
+      auto p = parameters<double>(start);
+      Eigen::VectorXd x = Eigen::Map<Eigen::VectorXd>(p.data(), 8);
+      lm.minimize(x);
+      EXPECT_NEAR(fit.cost, lm.fvec.squaredNorm(), 1e-9 * fit.cost) << "seed " << seed;
     }
-    lm.minimize(x);
-    const double independent = lm.fvec.squaredNorm();
-    EXPECT_LE(fit.cost, independent * (1 + 1e-9)) << "seed " << seed;
     EXPECT_NEAR(fit.cost, costOf(matches, parameters<double>(fit.h), GetParam(), options.width),
                 1e-10 * fit.cost);
   }
