@@ -182,7 +182,7 @@ TEST_P(EveryLoss, HasTheDerivativesOfItsCost) {
   for (unsigned seed = kSeed; seed < kSeed + 200; ++seed) {
     const View view = randomView(seed, seed % 2 == 0);
     NormalSums sums;
-    normalSumsBase(view.matches, view.h, GetParam(), kWidth, sums);
+    normalSumsBase(passInput(view.matches, view.h, GetParam(), kWidth), sums);
     const Derivatives expected = derivativesOf(view, GetParam(), kWidth);
     EXPECT_NEAR(sums.cost, costOf(view.matches, parameters<double>(view.h), GetParam(), kWidth),
                 kRounding * expected.costSize);
@@ -209,8 +209,8 @@ TEST_P(EveryLoss, HasTheSameBitsInEveryVariant) {
       const Homography h = {{{1, 0.1, 0}, {0, 1, 0.1}, {tilt, -0.2, 1}}};
       NormalSums base;
       NormalSums fast;
-      normalSumsBase(matches, h, GetParam(), 0.2, base);
-      normalSumsAvx2(matches, h, GetParam(), 0.2, fast);
+      normalSumsBase(passInput(matches, h, GetParam(), 0.2), base);
+      normalSumsAvx2(passInput(matches, h, GetParam(), 0.2), fast);
       EXPECT_EQ(std::memcmp(&base, &fast, sizeof base), 0) << count << " matches, tilt " << tilt;
     }
   }
