@@ -90,8 +90,10 @@ std::string jsonFrame(const ShotResult& result, const FrameResult& frame, const 
 
 std::string jsonWorst(const WorstTrack& track) {
   const TrackStretch& s = track.stretch;
-  return fmt::format(R"({{"track":{},"first":{},"last":{},"peak":{},"moves":{}}})",
-                     jsonText(track.name), s.first, s.last, s.peak, jsonNumber(s.moves));
+  return fmt::format(
+      R"({{"track":{},"first":{},"last":{},"peak":{},"moves":{},"off":{},"stands_out":{}}})",
+      jsonText(track.name), s.first, s.last, s.peak, jsonNumber(s.moves), jsonNumber(s.off),
+      s.standsOut);
 }
 
 // The items one per line.

@@ -46,7 +46,7 @@ std::string written(const ShotResult& result, Format format, std::optional<Quad>
   trust.frames.resize(result.frames.size());
   trust.frames.front().noise = kNaN;
   trust.frames.back() = {0.25, {0.5, kNaN, 0.125, 1e-300}};
-  trust.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3}}};
+  trust.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3, 0.5, true}}};
   writeResult(result, trust, format, quad, out);
   out.commit();
   return readFile(folder / "r");
@@ -139,8 +139,10 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
   result.frames[1].onTop = true;
   const json j = json::parse(written(result, Format::Json));
   EXPECT_EQ(j["corners"], json::parse("[[1,2],[3,2],[3,4.5],[1,4.5]]"));
-  EXPECT_EQ(j["worst_tracks"],
-            json::parse(R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3}])"));
+  EXPECT_EQ(
+      j["worst_tracks"],
+      json::parse(
+          R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3,"off":0.5,"stands_out":true}])"));
   EXPECT_FALSE(j["frames"][0].contains("model"));
   EXPECT_TRUE(j["frames"][0]["noise"].is_null());
   EXPECT_EQ(j["frames"][0]["deviation"], json::parse("[0,0,0,0]"));
