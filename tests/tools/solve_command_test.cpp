@@ -164,6 +164,22 @@ TEST(SolveCommand, CarriesAQuad) {
   EXPECT_EQ(j["frames"][70]["quad"].size(), 4u);
 }
 
+TEST(SolveCommand, RefusesAQuadThatWouldGoNowhere) {
+  const Outcome run = cornerpin({"solve", kFacade, "--quads", "0,0,9,0,9,9,0,9"});
+  EXPECT_EQ(run.code, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "cornerpin: --quads: the table has no corners: add -o FILE or --json\n");
+}
+
+TEST(SolveCommand, ExplainsWhatTracksDoToAQuad) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(
+      cornerpin({"solve", kFacade, "--quads", "0,0,9,0,9,9,0,9", "--explain", folder / "a"}).code,
+      0);
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--explain", folder / "b"}).code, 0);
+  EXPECT_NE(readFile(folder / "a"), readFile(folder / "b"));
+}
+
 TEST(SolveCommand, TakesABaseFrame) {
   EXPECT_EQ(json::parse(cornerpin({"solve", kFacade, "--json", "--base", "33"}).out)["base_frame"],
             33);
