@@ -14,6 +14,12 @@ Point map(const Homography& h, Point p) {
           (h[1][0] * p.x + h[1][1] * p.y + h[1][2]) / s};
 }
 
+double squaredDistance(Point a, Point b) {
+  const double x = a.x - b.x;
+  const double y = a.y - b.y;
+  return x * x + y * y;
+}
+
 bool isFinite(const Homography& h) {
   for (const auto& row : h) {
     for (double element : row) {

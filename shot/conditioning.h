@@ -23,6 +23,8 @@ using Homography = std::array<std::array<double, 3>, 3>;
 Point map(const Homography& h, Point p);
 double denominator(const Homography& h, Point p);
 
+double squaredDistance(Point a, Point b);
+
 bool isFinite(const Homography& h);
 
 /// Whether all the points (at least one) lie strictly on one side of the horizon.

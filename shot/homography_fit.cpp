@@ -22,7 +22,7 @@ struct Factors {
   double l10, l20, l21, r0, r1, r2;  // the r are 1 / D
   bool positive;
 
-  Factors(const std::array<double, 6>& m, double damping) {
+  Factors(const double (&m)[6], double damping) {
     const double grown = 1.0 + damping;
     const double a = m[0] * grown, c = m[2] * grown, f = m[5] * grown;
     r0 = 1.0 / a;
@@ -46,6 +46,8 @@ struct Factors {
   }
 };
 
+Three three(const double (&v)[3]) { return {v[0], v[1], v[2]}; }
+
 double dot(const Three& a, const Three& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
 // The step to take away from the parameters, and by how much it lowers the quadratic model.
@@ -65,7 +67,8 @@ Step solve(const NormalSums& n, double damping) {
   const Three by0 = {-n.ymm[0], -n.ymm[1], -n.ymm[3]}, by1 = {-n.ymm[1], -n.ymm[2], -n.ymm[4]};
   const Three cx0 = factors.solve(bx0), cx1 = factors.solve(bx1);
   const Three cy0 = factors.solve(by0), cy1 = factors.solve(by1);
-  const Three ax = factors.solve(n.gx), ay = factors.solve(n.gy);
+  const Three gx = three(n.gx), gy = three(n.gy);
+  const Three ax = factors.solve(gx), ay = factors.solve(gy);
   const double z00 = n.zmm[0] * (1.0 + damping), z11 = n.zmm[2] * (1.0 + damping);
   const double s00 = z00 - dot(bx0, cx0) - dot(by0, cy0);
   const double s01 = n.zmm[1] - dot(bx0, cx1) - dot(by0, cy1);
@@ -79,7 +82,7 @@ Step solve(const NormalSums& n, double damping) {
     step.x[i] = ax[i] - cx0[i] * step.z[0] - cx1[i] * step.z[1];
     step.y[i] = ay[i] - cy0[i] * step.z[0] - cy1[i] * step.z[1];
   }
-  step.decrease = dot(step.x, n.gx) + dot(step.y, n.gy) + step.z[0] * n.gz[0] + step.z[1] * n.gz[1];
+  step.decrease = dot(step.x, gx) + dot(step.y, gy) + step.z[0] * n.gz[0] + step.z[1] * n.gz[1];
   step.found = std::isfinite(step.decrease);
   return step;
 }
@@ -102,13 +105,16 @@ Homography normalised(Homography h) {
 
 HomographyFit fitHomography(const Matches& matches, const Homography& start,
                             const FitOptions& options) {
-  const NormalPass pass = normalSums();
+  const NormalPass variant = normalSums();
+  const auto pass = [&](const Homography& h, NormalSums& sums) {
+    variant(passInput(matches, h, options.loss, options.width), sums);
+  };
   HomographyFit fit;
   fit.h = normalised(start);
   NormalSums sums[2];
   NormalSums* here = &sums[0];
   NormalSums* there = &sums[1];
-  pass(matches, fit.h, options.loss, options.width, *here);
+  pass(fit.h, *here);
   fit.iterations = 1;
   fit.cost = here->cost;
   if (!std::isfinite(fit.cost)) return fit;
@@ -124,7 +130,7 @@ HomographyFit fitHomography(const Matches& matches, const Homography& start,
         fit.cost -= std::fmax(step.decrease, 0.0);
         return fit;
       }
-      pass(matches, next, options.loss, options.width, *there);
+      pass(next, *there);
       ++fit.iterations;
       if (there->cost < fit.cost) {
         fit.h = next;

@@ -16,6 +16,8 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 // Below this determinant of I - hat the other tracks do not fix the model.
 constexpr double kNoneLeft = 1e-9;
 
+constexpr double kMedianOfLengths = 1.1774100225154747;  // sqrt(2 ln 2)
+
 Point residualOf(const FittedFrame& frame, const Match& m) {
   const Point q = map(frame.h, m.from);
   return {m.to.x - q.x, m.to.y - q.y};
@@ -50,6 +52,17 @@ double worstMove(const LinearisedFit& fit, const Parameters& step, const Quad& c
   return worst;
 }
 
+// The lower one of two middle ones; NaN for none.
+double medianOf(std::vector<double> values) {
+  if (values.empty()) return kNone;
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>((values.size() - 1) / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// The residual, had the fit not come towards the track.
+double unfitted(const TrackInfluence& t) { return t.residual / std::sqrt(1.0 - t.leverage); }
+
 }  // namespace
 
 std::vector<TrackInfluence> influencesOf(const FittedFrame& frame, const Quad& corners) {
@@ -78,10 +91,20 @@ std::vector<TrackInfluence> influencesOf(const FittedFrame& frame, const Quad& c
 
 void WorstTracks::addFrame(int frame, const std::vector<int>& tracks,
                            const std::vector<TrackInfluence>& influences) {
+  std::vector<double> residuals;
+  for (const TrackInfluence& t : influences) {
+    if (t.weight > 0.0 && std::isfinite(unfitted(t))) residuals.push_back(unfitted(t));
+  }
+  double deviation = kNone;
+  if (residuals.size() >= kFewest) {
+    deviation = medianOf(std::move(residuals)) / kMedianOfLengths;
+    deviations_.push_back(deviation);
+  }
   std::vector<Entry> entries;
   for (std::size_t i = 0; i < tracks.size(); ++i) {
-    if (influences[i].influence > 0.0)
-      entries.push_back({tracks[i], frame, influences[i].influence});
+    const TrackInfluence& t = influences[i];
+    if (t.influence > 0.0)
+      entries.push_back({tracks[i], frame, t.influence, unfitted(t), deviation});
   }
   const auto greater = [](const Entry& a, const Entry& b) {
     return std::tie(b.moves, a.track) < std::tie(a.moves, b.track);
@@ -93,13 +116,24 @@ void WorstTracks::addFrame(int frame, const std::vector<int>& tracks,
                   entries.begin() + static_cast<std::ptrdiff_t>(kept));
 }
 
+TrackStretch WorstTracks::judged(const Entry& entry, double usual) const {
+  const double deviation = entry.deviation < usual ? usual : entry.deviation;  // NaN stays
+  const double off = entry.residual / deviation;
+  const bool standsOut = off > kUnlikely && entry.moves > visible_;
+  return {entry.track, entry.frame, entry.frame, entry.frame, entry.moves, off, standsOut};
+}
+
 std::vector<TrackStretch> WorstTracks::worst(std::size_t count) const {
+  const double usual = medianOf(deviations_);
   std::vector<Entry> entries = entries_;  // by track and frame; moves 0 once in a stretch
   std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return std::tie(a.track, a.frame) < std::tie(b.track, b.frame);
   });
   std::vector<TrackStretch> result;
-  const auto less = [](const Entry& a, const Entry& b) { return a.moves < b.moves; };
+  const auto less = [&](const Entry& a, const Entry& b) {
+    return std::make_tuple(judged(a, usual).standsOut, a.moves) <
+           std::make_tuple(judged(b, usual).standsOut, b.moves);
+  };
   while (result.size() < count && !entries.empty()) {
     const auto peak = std::max_element(entries.begin(), entries.end(), less);
     if (!(peak->moves > 0.0)) break;
@@ -110,7 +144,9 @@ std::vector<TrackStretch> WorstTracks::worst(std::size_t count) const {
     while (first != entries.begin() && joins(*first, first[-1])) --first;
     auto last = peak;
     while (last + 1 != entries.end() && joins(*last, last[1])) ++last;
-    result.push_back({peak->track, first->frame, last->frame, peak->frame, peak->moves});
+    result.push_back(judged(*peak, usual));
+    result.back().first = first->frame;
+    result.back().last = last->frame;
     std::for_each(first, last + 1, [](Entry& e) { e.moves = 0.0; });
   }
   return result;

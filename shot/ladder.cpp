@@ -106,11 +106,10 @@ Candidate fitOnTop(const std::vector<Match>& matches, Model model, const Homogra
   result.cost = 0.0;
   for (const Match& match : carried) {
     const double w = match.weight / largest;
-    const Point p = map(m, match.from);
-    result.cost += w * w * (std::pow(p.x - match.to.x, 2) + std::pow(p.y - match.to.y, 2));
+    result.cost += w * w * squaredDistance(map(m, match.from), match.to);
   }
-  const double reach = moments.spreadTo + moments.weight * (std::pow(moments.meanTo.x, 2) +
-                                                            std::pow(moments.meanTo.y, 2));
+  const double reach =
+      moments.spreadTo + moments.weight * squaredDistance(moments.meanTo, {0.0, 0.0});
   result.exact = result.cost <= kExact * kExact * reach;
   return result;
 }

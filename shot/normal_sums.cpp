@@ -3,10 +3,19 @@
 
 namespace cornerpin {
 
-void normalSumsBase(const Matches& matches, const Homography& h, Loss loss, double width,
-                    NormalSums& out) {
-  anyPass(matches, h, loss, width, out);
+PassInput passInput(const Matches& matches, const Homography& h, Loss loss, double width) {
+  return {matches.x(),
+          matches.y(),
+          matches.u(),
+          matches.v(),
+          matches.w2(),
+          matches.paddedSize(),
+          {h[0][0], h[0][1], h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]},
+          loss,
+          width};
 }
+
+void normalSumsBase(const PassInput& in, NormalSums& out) { anyPass(in, out); }
 
 NormalPass normalSums() {
 #if defined(__x86_64__)

@@ -3,9 +3,6 @@
 
 namespace cornerpin {
 
-void normalSumsAvx2(const Matches& matches, const Homography& h, Loss loss, double width,
-                    NormalSums& out) {
-  anyPass(matches, h, loss, width, out);
-}
+void normalSumsAvx2(const PassInput& in, NormalSums& out) { anyPass(in, out); }
 
 }  // namespace cornerpin

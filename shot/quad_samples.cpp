@@ -87,7 +87,7 @@ bool QuadSamples::draw(Homography& h) {
 
 std::size_t QuadSamples::needed(std::size_t good, std::size_t count) {
   const double share = static_cast<double>(good) / static_cast<double>(count);
-  const double all = std::pow(share, 4.0);
+  const double all = share * share * share * share;
   if (all > 0.99) return kFewest;
   const double samples = std::log(1e-3) / std::log1p(-all);
   return std::clamp(static_cast<std::size_t>(std::min(samples, 1e9)), kFewest, kMost);

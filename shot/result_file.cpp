@@ -37,6 +37,7 @@ std::string jsonNumber(double value) { return number(value, "null"); }
 std::string csvNumber(double value) { return number(value, ""); }
 
 std::string csvText(const std::string& text) {
+  if (text.empty()) return text;
   const bool blank =
       text.front() == ' ' || text.front() == '\t' || text.back() == ' ' || text.back() == '\t';
   if (!blank && text.find_first_of(",\"\r\n") == std::string::npos) return text;
@@ -89,8 +90,10 @@ std::string jsonFrame(const ShotResult& result, const FrameResult& frame, const 
 
 std::string jsonWorst(const WorstTrack& track) {
   const TrackStretch& s = track.stretch;
-  return fmt::format(R"({{"track":{},"first":{},"last":{},"peak":{},"moves":{}}})",
-                     jsonText(track.name), s.first, s.last, s.peak, jsonNumber(s.moves));
+  return fmt::format(
+      R"({{"track":{},"first":{},"last":{},"peak":{},"moves":{},"off":{},"stands_out":{}}})",
+      jsonText(track.name), s.first, s.last, s.peak, jsonNumber(s.moves), jsonNumber(s.off),
+      s.standsOut);
 }
 
 // The items one per line.
@@ -128,7 +131,15 @@ void writeJson(const ShotResult& result, const ShotTrust& trust, const std::opti
   out.write("}\n");
 }
 
-std::string csvFrame(const ShotResult& result, const FrameResult& frame,
+std::string csvTrust(const FrameResult& frame, const FrameTrust& trust) {
+  std::string text = ",,";
+  if (frame.status != Status::Base) text = fmt::format(",{},{}", nameOf(frame.model), frame.onTop);
+  text += "," + csvNumber(trust.noise);
+  for (double deviation : trust.deviations) text += "," + csvNumber(deviation);
+  return text;
+}
+
+std::string csvFrame(const ShotResult& result, const FrameResult& frame, const FrameTrust& trust,
                      const std::optional<Quad>& quad) {
   std::string text = fmt::format("{}", frame.frame);
   for (const auto& row : frame.h) {
@@ -139,19 +150,25 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
   text += solved ? fmt::format(",{},{},{},{}", frame.inliers, csvNumber(frame.inlierRms),
                                csvNumber(frame.scale), nameOf(frame.stage))
                  : ",,,,";
-  if (!quad) return text + "\n";
-  for (const Point& corner : *quad) {
-    const Point p = carried(result, frame, corner);
-    text += fmt::format(",{},{}", csvNumber(p.x), csvNumber(p.y));
+  if (quad) {
+    for (const Point& corner : *quad) {
+      const Point p = carried(result, frame, corner);
+      text += fmt::format(",{},{}", csvNumber(p.x), csvNumber(p.y));
+    }
   }
-  return text + "\n";
+  text += csvTrust(frame, trust);
+  return text + fmt::format(",{},{}\n", csvText(frame.why), csvText(frame.reason));
 }
 
-void writeCsv(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
+void writeCsv(const ShotResult& result, const ShotTrust& trust, const std::optional<Quad>& quad,
+              OutputFile& out) {
   out.write(
       "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage");
-  out.write(quad ? ",qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n" : "\n");
-  for (const FrameResult& frame : result.frames) out.write(csvFrame(result, frame, quad));
+  if (quad) out.write(",qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3");
+  out.write(",model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason\n");
+  for (std::size_t i = 0; i < result.frames.size(); ++i) {
+    out.write(csvFrame(result, result.frames[i], trust.frames[i], quad));
+  }
 }
 
 }  // namespace
@@ -188,7 +205,7 @@ std::optional<Format> formatOf(const std::string& path) {
 
 void writeResult(const ShotResult& result, const ShotTrust& trust, Format format,
                  const std::optional<Quad>& quad, OutputFile& out) {
-  format == Format::Json ? writeJson(result, trust, quad, out) : writeCsv(result, quad, out);
+  format == Format::Json ? writeJson(result, trust, quad, out) : writeCsv(result, trust, quad, out);
 }
 
 std::string explanationRow(const std::string& track, int frame, const TrackInfluence& influence) {

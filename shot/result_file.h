@@ -22,12 +22,12 @@ std::optional<Format> formatOf(const std::string& path);
 
 /// Writes a result. Numbers are the shortest that read back as the same double, in every locale.
 ///
-/// The JSON is described in docs/json.md. CSV:
-/// frame,h00,h01,...,h22,rms,tracks,status,inliers,inlier_rms,scale,stage; with a quad the corners'
-/// places follow in the columns qx0,qy0,...,qx3,qy3.
+/// Both formats are described in docs/json.md. CSV:
+/// frame,h00,h01,...,h22,rms,tracks,status,inliers,inlier_rms,scale,stage, with a quad the corners'
+/// places qx0,qy0,...,qx3,qy3, then model,on_top,noise,deviation0,...,deviation3,why,reason.
 ///
 /// What has no value is null in JSON and empty in CSV: the rms of a frame without active tracks,
-/// the scale with loss none, what only solved frames have (CSV), and a corner on or behind the
+/// the scale with loss none, what only some frames have (CSV), and a corner on or behind the
 /// horizon.
 void writeResult(const ShotResult& result, const ShotTrust& trust, Format format,
                  const std::optional<Quad>& quad, OutputFile& out);

@@ -47,6 +47,7 @@ std::string deviations(const ShotResult& result, const ShotTrust& trust) {
 std::string worstTracks(const ShotTrust& trust) {
   std::string text;
   for (const WorstTrack& track : trust.worst) {
+    if (!track.stretch.standsOut) continue;
     text += fmt::format("{:<14}{}\n", text.empty() ? "worst tracks" : "", describe(track));
   }
   return text;

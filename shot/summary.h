@@ -25,7 +25,8 @@ struct Summary {
 /// The result must outlive the summary.
 Summary summarise(const ShotResult& result);
 
-/// The summary as a short table for people, several lines.
+/// The summary as a short table for people, several lines. Of the worst tracks it names those that
+/// stand out (`TrackStretch::standsOut`).
 std::string summaryTable(const ShotResult& result, const ShotTrust& trust);
 
 }  // namespace cornerpin

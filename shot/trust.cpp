@@ -14,6 +14,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kListed = 5;
+constexpr double kVisible = 1e-3;  // of the tracks' extent: a pixel of 1,000
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
 // The base frame's tracks by index; none where absent.
@@ -112,9 +113,10 @@ ShotTrust assess(const Tracks& tracks, const ShotResult& result, const std::opti
                  const TrackSink& sink) {
   const BasePlaces places = basePlaces(tracks, result.baseFrame);
   ShotTrust trust;
-  trust.corners = corners ? *corners : boxAround(places);
+  const Quad box = boxAround(places);
+  trust.corners = corners ? *corners : box;
   trust.frames.reserve(result.frames.size());
-  WorstTracks worst;
+  WorstTracks worst(kVisible * std::max(box[2].x - box[0].x, box[2].y - box[0].y));
   std::vector<int> ids;
   for (std::size_t i = 0; i < result.frames.size(); ++i) {
     const FrameResult& frame = result.frames[i];

@@ -35,7 +35,9 @@ struct WorstTrack {
 struct ShotTrust {
   Quad corners{};                  ///< what all figures are about, in the base frame
   std::vector<FrameTrust> frames;  ///< as many as the result's
-  std::vector<WorstTrack> worst;   ///< greatest influence first, at most 5
+  /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
+  /// than a thousandth of the extent of the base frame's tracks does not stand out.
+  std::vector<WorstTrack> worst;
 };
 
 /// Called for each track of each frame but the base frame, by frame, then by track.

@@ -53,8 +53,7 @@ Uncertainty::Uncertainty(const FittedFrame& frame)
     ++count;
     const double w2 = m.weight * m.weight;
     const Symmetric2 v = residualCovariance(frame.h, m.from);
-    const Point q = map(frame.h, m.from);
-    squares += w2 * (std::pow(m.to.x - q.x, 2) + std::pow(m.to.y - q.y, 2));
+    squares += w2 * squaredDistance(m.to, map(frame.h, m.from));
     total += w2 * v.trace();
     addProduct(spread_, fit_.slopesAt(m.from), v, w2 * w2);
   }

@@ -46,7 +46,7 @@ std::string written(const ShotResult& result, Format format, std::optional<Quad>
   trust.frames.resize(result.frames.size());
   trust.frames.front().noise = kNaN;
   trust.frames.back() = {0.25, {0.5, kNaN, 0.125, 1e-300}};
-  trust.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3}}};
+  trust.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3, 0.5, true}}};
   writeResult(result, trust, format, quad, out);
   out.commit();
   return readFile(folder / "r");
@@ -96,7 +96,12 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   EXPECT_EQ(j["frames"][1]["inlier_rms"], 0.25);
   EXPECT_EQ(j["frames"][1]["scale"], 0.5);
   EXPECT_FALSE(j["frames"][0].contains("stage"));
-  EXPECT_NE(written(result, Format::Csv).find(",0,solved,3,0.25,0.5,sampled\n"), std::string::npos);
+  solved.reason.clear();
+  solved.model = Model::Projective;
+  EXPECT_NE(
+      written(result, Format::Csv)
+          .find(",0,solved,3,0.25,0.5,sampled,projective,false,0.25,0.5,,0.125,1e-300,a why,\n"),
+      std::string::npos);
 }
 
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
@@ -108,9 +113,11 @@ TEST(ResultJson, ReplacesBrokenTextInAReason) {
 TEST(ResultCsv, HasOneRowPerFrame) {
   EXPECT_EQ(
       written(twoFrames(), Format::Csv),
-      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage\n"
-      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,\n"
-      "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held,,,,\n");
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage,"
+      "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason\n"
+      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,,,,0,0,0,0,,\n"
+      "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held,,,,,held,false,0.25,0.5,,"
+      "0.125,1e-300,,\"a \"\"quoted\"\"\nreason\"\n");
 }
 
 TEST(ResultQuad, IsCarriedToEveryFrame) {
@@ -121,8 +128,8 @@ TEST(ResultQuad, IsCarriedToEveryFrame) {
   EXPECT_EQ(j["frames"][1]["quad"], json::parse("[[10,20],[12,20],[13,22],[6,22]]"));
   EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[0,0],[1,0],[1.5,1],[-2,1]]"));
   const std::string csv = written(result, Format::Csv, quad);
-  EXPECT_NE(csv.find(",stage,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"), std::string::npos);
-  EXPECT_NE(csv.find(",held,,,,,10,20,12,20,13,22,6,22\n"), std::string::npos);
+  EXPECT_NE(csv.find(",stage,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,model,"), std::string::npos);
+  EXPECT_NE(csv.find(",held,,,,,10,20,12,20,13,22,6,22,held,"), std::string::npos);
 }
 
 TEST(ResultJson, SaysHowFarToTrustAFrame) {
@@ -132,8 +139,10 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
   result.frames[1].onTop = true;
   const json j = json::parse(written(result, Format::Json));
   EXPECT_EQ(j["corners"], json::parse("[[1,2],[3,2],[3,4.5],[1,4.5]]"));
-  EXPECT_EQ(j["worst_tracks"],
-            json::parse(R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3}])"));
+  EXPECT_EQ(
+      j["worst_tracks"],
+      json::parse(
+          R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3,"off":0.5,"stands_out":true}])"));
   EXPECT_FALSE(j["frames"][0].contains("model"));
   EXPECT_TRUE(j["frames"][0]["noise"].is_null());
   EXPECT_EQ(j["frames"][0]["deviation"], json::parse("[0,0,0,0]"));
@@ -160,7 +169,7 @@ TEST(ResultQuad, HasNoPlaceOnOrBehindTheHorizon) {
   EXPECT_FALSE(q[1][0].is_null());
   EXPECT_EQ(q[2], json::parse("[null,null]"));
   EXPECT_EQ(q[3], json::parse("[null,null]"));
-  EXPECT_NE(written(result, Format::Csv, quad).find(",,,,\n"), std::string::npos);
+  EXPECT_NE(written(result, Format::Csv, quad).find(",,,,held,"), std::string::npos);
 }
 
 TEST(ParseQuad, ReadsEightNumbers) {

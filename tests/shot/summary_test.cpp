@@ -72,7 +72,9 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   trust.frames.resize(3);
   trust.frames[1].deviations = {0.125, 0.5, 0.25, 0.125};
   trust.frames[2].deviations.fill(std::nan(""));
-  trust.worst = {{"t042", {7, 60, 81, 70, 9.3}}, {"b", {1, 5, 5, 5, 0.25}}};
+  trust.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
+                 {"b", {1, 5, 5, 5, 0.25, 7.0, true}},
+                 {"ordinary", {2, 6, 7, 6, 99.0, 2.0, false}}};
   EXPECT_EQ(summarise(result).reduced, 1u);
   const std::string table = summaryTable(result, trust);
   EXPECT_NE(table.find("solved        2 of 3 frames\n"

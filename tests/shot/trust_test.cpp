@@ -181,6 +181,23 @@ TEST(Assess, JudgesAReducedFrameBehindTheNeighbourThatItKeeps) {
   EXPECT_EQ(fitted.h, result.frames[2].h);
 }
 
+TEST(Assess, NamesABadTrackAndNoGoodOne) {
+  SolveOptions plain = fromTheFirstFrame();
+  plain.loss = Loss::None;
+  for (unsigned seed = 1; seed < 101; ++seed) {
+    Tracks tracks = noisyShot(24, 0.5, seed);
+    for (const WorstTrack& track : assess(tracks, solveShot(tracks, plain), kCorners).worst) {
+      EXPECT_FALSE(track.stretch.standsOut) << track.name << " seed " << seed;
+    }
+    for (Observation& o : tracks.observations) {
+      if (o.track == 7 && o.frame > 0) o.x += 40;
+    }
+    const ShotTrust trust = assess(tracks, solveShot(tracks, plain), kCorners);
+    EXPECT_EQ(trust.worst[0].name, "t7") << "seed " << seed;
+    EXPECT_TRUE(trust.worst[0].stretch.standsOut) << "seed " << seed;
+  }
+}
+
 TEST(Describe, SpeaksOfOneFrameOrOfSeveral) {
   EXPECT_EQ(describe({"t042", {0, 60, 81, 70, 9.31}}),
             "t042, frames 60-81: without it the worst corner moves 9.3 px");

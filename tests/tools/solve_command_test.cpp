@@ -164,6 +164,22 @@ TEST(SolveCommand, CarriesAQuad) {
   EXPECT_EQ(j["frames"][70]["quad"].size(), 4u);
 }
 
+TEST(SolveCommand, RefusesAQuadThatWouldGoNowhere) {
+  const Outcome run = cornerpin({"solve", kFacade, "--quads", "0,0,9,0,9,9,0,9"});
+  EXPECT_EQ(run.code, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "cornerpin: --quads: the table has no corners: add -o FILE or --json\n");
+}
+
+TEST(SolveCommand, ExplainsWhatTracksDoToAQuad) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(
+      cornerpin({"solve", kFacade, "--quads", "0,0,9,0,9,9,0,9", "--explain", folder / "a"}).code,
+      0);
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--explain", folder / "b"}).code, 0);
+  EXPECT_NE(readFile(folder / "a"), readFile(folder / "b"));
+}
+
 TEST(SolveCommand, TakesABaseFrame) {
   EXPECT_EQ(json::parse(cornerpin({"solve", kFacade, "--json", "--base", "33"}).out)["base_frame"],
             33);
@@ -239,8 +255,6 @@ TEST(SolveCommand, ExplainsWhatEachTrackDoes) {
   const TemporaryFolder folder;
   const Outcome run = cornerpin({"solve", kFacade, "--explain", folder / "why.csv"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_TRUE(contains(run.out, "\nworst tracks  "));
-  EXPECT_TRUE(contains(run.out, ": without it the worst corner moves "));
   std::istringstream rows(readFile(folder / "why.csv"));
   std::string line;
   std::getline(rows, line);
@@ -259,6 +273,32 @@ TEST(SolveCommand, ExplainsWhatEachTrackDoes) {
   EXPECT_EQ(leverages.size(), 70u);  // all but the base frame
   for (const auto& [frame, sum] : leverages) EXPECT_NEAR(sum, 4.0, 1e-6) << frame;
   EXPECT_EQ(j["worst_tracks"][0]["moves"], greatest);
+}
+
+TEST(SolveCommand, NamesTheWorstTracksOnlyWhereTheyStandOut) {
+  EXPECT_FALSE(contains(cornerpin({"solve", kFacade}).out, "worst tracks"));
+  const json clean = json::parse(cornerpin({"solve", kFacade, "--json"}).out)["worst_tracks"];
+  EXPECT_EQ(clean.size(), 5u);
+  for (const json& track : clean) EXPECT_EQ(track["stands_out"], false);
+
+  const TemporaryFolder folder;
+  std::istringstream rows(readFile(kFacade));
+  std::string line, text;
+  while (std::getline(rows, line)) {
+    char name[16] = "";
+    int frame = 0;
+    double x = 0, y = 0;
+    const bool data = std::sscanf(line.c_str(), "%15[^,],%d,%lf,%lf", name, &frame, &x, &y) == 4;
+    if (data && std::string(name) == "t038" && frame >= 40 && frame < 60)
+      line = "t038," + std::to_string(frame) + "," + std::to_string(x + 15) + "," +
+             std::to_string(y) + ",1";
+    text += line + "\n";
+  }
+  writeFile(folder / "in.csv", text);
+  const std::string out = cornerpin({"solve", folder / "in.csv"}).out;
+  EXPECT_TRUE(
+      contains(out, "\nworst tracks  t038, frames 40-59: without it the worst corner moves "))
+      << out;
 }
 
 TEST(SolveCommand, EndsInTwoOnWrongUsage) {

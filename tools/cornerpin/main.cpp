@@ -198,6 +198,9 @@ int solve(const Arguments& arguments) {
   options.seed = arguments.seed;
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
+  if (quad && arguments.output.empty() && arguments.explanation.empty() && !arguments.json) {
+    throw std::invalid_argument("--quads: the table has no corners: add -o FILE or --json");
+  }
   const Format format = chooseFormat(arguments);
   const bool fileIsStandardOutput = isStandardOutput(arguments.output);
   if (fileIsStandardOutput && arguments.json) {

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tests/shot/made_shots.h"
+
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "shot/trust.h"
+
+using namespace cornerpin;
+
+namespace made {
+
+namespace {
+
+constexpr int kFrames = 8;
+
+class Random {
+ public:
+  explicit Random(std::uint32_t seed) : engine_(seed) {}
+  double real(double low, double high) {
+    return low + (high - low) * (static_cast<double>(engine_()) / 4294967296.0);
+  }
+  bool chance(double share) { return real(0.0, 1.0) < share; }
+  // Nearly normal, by additions alone.
+  double noise(double deviation) {
+    double sum = 0.0;
+    for (int i = 0; i < 12; ++i) sum += real(-0.5, 0.5);
+    return deviation * sum;
+  }
+
+ private:
+  std::mt19937 engine_;
+};
+
+Homography motion(Random& random, int frame) {
+  const double f = frame;
+  return {{{1.0 + f * random.real(-0.02, 0.02), f * random.real(-0.02, 0.02),
+            f * random.real(-9.0, 9.0)},
+           {f * random.real(-0.02, 0.02), 1.0 + f * random.real(-0.02, 0.02),
+            f * random.real(-9.0, 9.0)},
+           {f * random.real(-3e-5, 3e-5), f * random.real(-3e-5, 3e-5), 1.0}}};
+}
+
+void append(Bits& bits, double value) {
+  if (value != value) value = std::numeric_limits<double>::quiet_NaN();
+  std::uint64_t pattern = 0;
+  std::memcpy(&pattern, &value, sizeof pattern);
+  bits.push_back(pattern);
+}
+
+void append(Bits& bits, const FrameResult& frame, const FrameTrust& trust) {
+  for (int value :
+       {frame.frame, static_cast<int>(frame.status), frame.tracks, static_cast<int>(frame.model),
+        static_cast<int>(frame.onTop), static_cast<int>(frame.stage), frame.inliers}) {
+    bits.push_back(static_cast<std::uint64_t>(value));
+  }
+  for (const auto& row : frame.h) {
+    for (double element : row) append(bits, element);
+  }
+  for (double value : {frame.rms, frame.inlierRms, frame.scale, trust.noise}) append(bits, value);
+  for (double deviation : trust.deviations) append(bits, deviation);
+}
+
+}  // namespace
+
+Tracks shot(std::uint32_t seed) {
+  Random random(seed);
+  Tracks tracks;
+  const int count = static_cast<int>(random.real(6.0, 60.0));
+  const double bad = random.real(0.0, 0.6);
+  const double noise = random.real(0.0, 1.0);
+  std::vector<Point> places;
+  std::vector<bool> off;
+  for (int t = 0; t < count; ++t) {
+    tracks.names.push_back("t" + std::to_string(t));
+    places.push_back({random.real(0.0, 1000.0), random.real(0.0, 600.0)});
+    off.push_back(random.chance(bad));
+  }
+  for (int f = 0; f < kFrames; ++f) {
+    const Homography h = motion(random, f);
+    const int seen = f > 0 && random.chance(0.2) ? static_cast<int>(random.real(1.0, 6.0)) : count;
+    for (int t = 0; t < seen; ++t) {
+      const auto i = static_cast<std::size_t>(t);
+      Observation o;
+      const Point p = map(h, places[i]);
+      const bool away = f > 0 && (off[i] || random.chance(0.05));
+      o.x = away ? random.real(0.0, 1000.0) : p.x + random.noise(noise);
+      o.y = away ? random.real(0.0, 600.0) : p.y + random.noise(noise);
+      o.weight = random.chance(0.3) ? static_cast<float>(random.real(0.1, 2.0)) : 1.0f;
+      o.track = t;
+      o.frame = f;
+      tracks.observations.push_back(o);
+    }
+  }
+  return tracks;
+}
+
+SolveOptions options(std::uint32_t seed) {
+  constexpr Loss kLosses[] = {Loss::Tukey, Loss::Cauchy, Loss::Huber, Loss::None};
+  SolveOptions options;
+  options.loss = kLosses[seed % 4];
+  options.reduce = seed / 4 % 2 == 0;
+  options.seed = seed;
+  return options;
+}
+
+Bits solved(std::uint32_t first, std::uint32_t last) {
+  Bits bits;
+  for (std::uint32_t seed = first; seed < last; ++seed) {
+    const Tracks tracks = shot(seed);
+    const ShotResult result = solveShot(tracks, options(seed));
+    const ShotTrust trust =
+        assess(tracks, result, {}, [&](int track, int frame, const TrackInfluence& influence) {
+          bits.push_back(static_cast<std::uint64_t>(track));
+          bits.push_back(static_cast<std::uint64_t>(frame));
+          append(bits, influence.weight);
+          append(bits, influence.leverage);
+          append(bits, influence.influence);
+        });
+    for (std::size_t i = 0; i < result.frames.size(); ++i) {
+      append(bits, result.frames[i], trust.frames[i]);
+    }
+  }
+  return bits;
+}
+
+}  // namespace made

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef TESTS_SHOT_MADE_SHOTS_H
+#define TESTS_SHOT_MADE_SHOTS_H
+
+#include <cstdint>
+#include <vector>
+
+#include "shot/solve.h"
+#include "shot/tracks.h"
+
+// Shots that depend on the seed alone, for comparing results to the bit.
+namespace made {
+
+// A moving surface with noise and weights, up to 60 % of the tracks off it, some of them in single
+// frames, and frames with one to five tracks.
+cornerpin::Tracks shot(std::uint32_t seed);
+
+// Each loss in turn, with and without lower models.
+cornerpin::SolveOptions options(std::uint32_t seed);
+
+// The results of shots first .. last - 1 and their figures of trust as bit patterns, with one
+// pattern for every NaN.
+using Bits = std::vector<std::uint64_t>;
+Bits solved(std::uint32_t first, std::uint32_t last);
+
+}  // namespace made
+
+#endif
