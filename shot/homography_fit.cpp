@@ -149,7 +149,7 @@ HomographyFit fitHomography(const Matches& matches, const Homography& start,
 
 bool gaussNewtonStep(const Matches& matches, const Homography& h, Homography& next) {
   NormalSums sums;
-  normalSums()(matches, h, Loss::None, 0.0, sums);
+  normalSums()(passInput(matches, h, Loss::None, 0.0), sums);
   const Step step = solve(sums, 0.0);
   if (!step.found) return false;
   next = moved(h, step);

@@ -40,10 +40,10 @@ struct SolveOptions {
   Units units = Units::Fit;
   /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; the spread
   /// of the tracks (`noiseGain`) is not looked at.
-  Loss loss = Loss::None;
+  Loss loss = Loss::Tukey;
   /// Fits frames whose tracks do not support the full transform with a lower model instead of
   /// holding them.
-  bool reduce = false;
+  bool reduce = true;
   std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
 };
 

@@ -201,7 +201,7 @@ TEST(SolveCommand, HandsRawUnitsOver) {
 
 TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   const TemporaryFolder folder;
-  const Outcome run = cornerpin({"solve", kScreen, "--reduce", "-o", folder / "out.json"});
+  const Outcome run = cornerpin({"solve", kScreen, "-o", folder / "out.json"});
   EXPECT_EQ(run.code, 4);
   EXPECT_TRUE(contains(run.out, "reduced       9\nheld          1\n"));
   const json j = json::parse(readFile(folder / "out.json"));
@@ -211,8 +211,8 @@ TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   EXPECT_EQ(j["frames"][87]["h"][2], j["frames"][86]["h"][2]);
 }
 
-TEST(SolveCommand, HoldsFramesWithTooFewTracksAndEndsInFour) {
-  const Outcome run = cornerpin({"solve", kScreen, "--json"});
+TEST(SolveCommand, HoldsFramesWithTooFewTracksWhereAsked) {
+  const Outcome run = cornerpin({"solve", kScreen, "--hold", "--json"});
   EXPECT_EQ(run.code, 4);
   const json j = json::parse(run.out);
   EXPECT_EQ(j["frames"][87]["status"], "held");
@@ -295,10 +295,12 @@ TEST(SolveCommand, NamesTheWorstTracksOnlyWhereTheyStandOut) {
     text += line + "\n";
   }
   writeFile(folder / "in.csv", text);
-  const std::string out = cornerpin({"solve", folder / "in.csv"}).out;
+  const std::string out = cornerpin({"solve", folder / "in.csv", "--loss", "none"}).out;
   EXPECT_TRUE(
       contains(out, "\nworst tracks  t038, frames 40-59: without it the worst corner moves "))
       << out;
+  // It pulls on nothing where it is ignored.
+  EXPECT_FALSE(contains(cornerpin({"solve", folder / "in.csv"}).out, "t038"));
 }
 
 TEST(SolveCommand, EndsInTwoOnWrongUsage) {

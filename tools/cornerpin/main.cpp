@@ -64,8 +64,8 @@ struct Arguments {
   std::string explanation;
   std::vector<std::string> keep;
   std::vector<std::string> drop;
-  std::string loss = "none";
-  bool reduce = false;
+  std::string loss = "tukey";
+  bool hold = false;
   std::uint64_t seed = 1;
   bool json = false;
 };
@@ -194,7 +194,7 @@ int solve(const Arguments& arguments) {
   options.base = parseBase(arguments.base);
   options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
   options.loss = parseLoss(arguments.loss);
-  options.reduce = arguments.reduce;
+  options.reduce = !arguments.hold;
   options.seed = arguments.seed;
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
@@ -290,9 +290,8 @@ void addSolve(CLI::App& app, Arguments& arguments) {
                   "none counts all in full")
       ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
       ->capture_default_str();
-  command.add_flag(
-      "--reduce", arguments.reduce,
-      "Fit frames with few or badly placed tracks with a simpler model, not hold them");
+  command.add_flag("--hold", arguments.hold,
+                   "Hold frames with few or badly placed tracks, not fit them with a simpler model");
   command
       .add_option("--seed", arguments.seed,
                   "Another number draws other tracks where many are bad; the same, the same result")
