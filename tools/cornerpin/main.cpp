@@ -318,6 +318,23 @@ int run(int argc, char** argv) {
   return solve(arguments);
 }
 
+extern "C" void removeAndEnd(int signal) {
+  cornerpin::removeTemporaryFiles();
+  ::raise(signal);  // the handler is gone by now: it ends the process
+}
+
+// What ends the run takes the unfinished files along, unless the caller has it ignored.
+void guardUnfinishedFiles() {
+  for (int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) continue;
+    action.sa_handler = removeAndEnd;
+    action.sa_flags = SA_RESETHAND;
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
 int fail(const std::string& text, ExitCode code) {
   std::cerr << text << '\n';
   return code;
@@ -327,6 +344,7 @@ int fail(const std::string& text, ExitCode code) {
 
 int main(int argc, char** argv) {
   guardStandardStreams();
+  guardUnfinishedFiles();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failed write
   try {
     return run(argc, argv);
