@@ -527,6 +527,24 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
   }
 }
 
+TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
+  std::istringstream help(cornerpin({"solve", "--help"}).out);
+  std::string line;
+  while (std::getline(help, line) && line != "Options:") {
+  }
+  int options = 0;
+  while (std::getline(help, line) && !line.empty()) {
+    EXPECT_EQ(line.substr(0, 3), "  -") << line;
+    EXPECT_LE(line.size(), 82u) << line;
+    ++options;
+  }
+  EXPECT_EQ(options, 13);
+}
+
+TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {
+  EXPECT_TRUE(contains(cornerpin({"solve", "--help"}).out, "the cost is w^2 r^2"));
+}
+
 TEST(SolveCommand, NamesItsVersionAndTheLapackInUse) {
   const Outcome run = cornerpin({"--version"});
   EXPECT_EQ(run.code, 0);
