@@ -6,9 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace cornerpin {
 
@@ -37,7 +41,47 @@ fs::path folderOf(const std::string& path) {
   return folder.empty() ? fs::path(".") : folder;
 }
 
+// Names of the temporary files that are there, null where there is none.
+std::array<std::atomic<const char*>, kMostUnfinished> unfinished{};
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+void addUnfinished(const char* name) {
+  for (std::atomic<const char*>& place : unfinished) {
+    const char* none = nullptr;
+    if (place.compare_exchange_strong(none, name)) return;
+  }
+}
+
+void dropUnfinished(const char* name) {
+  for (std::atomic<const char*>& place : unfinished) {
+    const char* held = name;
+    if (place.compare_exchange_strong(held, nullptr)) return;
+  }
+}
+
+// Holds signals back: a handler finds a file and its name, or neither.
+class SignalsHeld {
+ public:
+  SignalsHeld() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, &before_);
+  }
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+  ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
+
 }  // namespace
+
+void removeTemporaryFiles() noexcept {
+  for (std::atomic<const char*>& place : unfinished) {
+    if (const char* name = place.exchange(nullptr)) ::unlink(name);
+  }
+}
 
 OutputFile::OutputFile(const std::string& path) : name_(path) {
   if (path == "-") {
@@ -61,7 +105,7 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
   openTemporary();
   if (exists && ::fchmod(fd_, info.st_mode & 07777) != 0) {
     const int code = errno;
-    ::unlink(temporary_.c_str());
+    removeTemporary();
     ::close(fd_);
     errno = code;
     fail();
@@ -69,22 +113,31 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
 }
 
 OutputFile::~OutputFile() {
-  if (!temporary_.empty()) ::unlink(temporary_.c_str());
+  removeTemporary();
   if (fd_ >= 0 && fd_ != STDOUT_FILENO) ::close(fd_);
 }
 
 void OutputFile::openTemporary() {
+  const SignalsHeld held;
   for (int i = 0; i < kMostNames; ++i) {
-    const std::string name =
+    std::string name =
         (folderOf(target_) / fmt::format(".cornerpin-{}-{}.tmp", ::getpid(), i)).string();
     fd_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd_ >= 0) {
-      temporary_ = name;
+      temporary_ = std::move(name);
+      addUnfinished(temporary_.c_str());
       return;
     }
     if (errno != EEXIST) break;
   }
   fail();
+}
+
+void OutputFile::removeTemporary() {
+  if (temporary_.empty()) return;
+  ::unlink(temporary_.c_str());
+  dropUnfinished(temporary_.c_str());
+  temporary_.clear();
 }
 
 void OutputFile::write(std::string_view text) {
@@ -111,6 +164,7 @@ void OutputFile::commit() {
   fd_ = -1;
   if (::close(fd) != 0) fail();
   if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail();
+  dropUnfinished(temporary_.c_str());
   temporary_.clear();
   // The new name reaches the disk too, where folders can be flushed.
   const int folder = ::open(folderOf(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -2,6 +2,7 @@
 #ifndef SHOT_OUTPUT_FILE_H
 #define SHOT_OUTPUT_FILE_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -11,7 +12,8 @@ namespace cornerpin {
 ///
 /// Writes go to a hidden temporary file in the same folder; `commit` flushes it to the disk and
 /// renames it over the target. Without `commit` the temporary file is removed and the target keeps
-/// what it held. A process killed while writing may leave a file ".cornerpin-*.tmp" behind.
+/// what it held. A process that ends while writing leaves a file ".cornerpin-*.tmp" behind, unless
+/// it has `removeTemporaryFiles` called first.
 ///
 /// A replaced file's permissions stay; a new one gets the usual ones. A symbolic link is followed.
 /// "-" is standard output; it, pipes and devices are written directly.
@@ -29,6 +31,7 @@ class OutputFile {
 
  private:
   void openTemporary();
+  void removeTemporary();
   void flush();
   [[noreturn]] void fail() const;
 
@@ -38,6 +41,11 @@ class OutputFile {
   std::string pending_;
   int fd_ = -1;
 };
+
+/// Removes the temporary files of all files that are being written, at most `kMostUnfinished`. For
+/// a process that is about to end: safe in a signal handler.
+void removeTemporaryFiles() noexcept;
+constexpr std::size_t kMostUnfinished = 16;
 
 }  // namespace cornerpin
 

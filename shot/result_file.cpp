@@ -75,8 +75,10 @@ std::string jsonFrame(const ShotResult& result, const FrameResult& frame, const 
                       frame.tracks, jsonNumber(frame.rms), h[0][0], h[0][1], h[0][2], h[1][0],
                       h[1][1], h[1][2], h[2][0], h[2][1], h[2][2], jsonTrust(trust));
   if (frame.status == Status::Solved) {
-    text += fmt::format(R"(,"inliers":{},"inlier_rms":{},"scale":{},"stage":"{}")", frame.inliers,
-                        jsonNumber(frame.inlierRms), jsonNumber(frame.scale), nameOf(frame.stage));
+    text += fmt::format(
+        R"(,"inliers":{},"inlier_rms":{},"scale":{},"loss":"{}","width":{},"stage":"{}")",
+        frame.inliers, jsonNumber(frame.inlierRms), jsonNumber(frame.scale), nameOf(frame.loss),
+        jsonNumber(frame.width), nameOf(frame.stage));
     if (!frame.why.empty()) text += fmt::format(R"(,"why":{})", jsonText(frame.why));
   }
   if (!frame.reason.empty()) text += fmt::format(R"(,"reason":{})", jsonText(frame.reason));

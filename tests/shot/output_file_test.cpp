@@ -61,6 +61,17 @@ TEST(OutputFile, LeavesTheOldFileAndNothingElseWithoutCommit) {
   EXPECT_EQ(folder.entryCount(), 1u);
 }
 
+TEST(OutputFile, HasItsTemporaryFileRemovedWhereTheProcessEnds) {
+  const TemporaryFolder folder;
+  OutputFile first(folder / "a");
+  OutputFile second(folder / "b");
+  put(folder / "c", "text");
+  EXPECT_EQ(folder.entryCount(), 3u);
+  cornerpin::removeTemporaryFiles();
+  EXPECT_EQ(folder.entryCount(), 1u);
+  EXPECT_EQ(readFile(folder / "c"), "text");
+}
+
 TEST(OutputFile, KeepsTheModeOfTheOldFile) {
   const TemporaryFolder folder;
   writeFile(folder / "a", "old");

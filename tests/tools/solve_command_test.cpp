@@ -462,6 +462,46 @@ TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
   EXPECT_GT(writing, 0) << "no run was caught while it wrote";
 }
 
+namespace {
+
+// Sends a signal to a run that is writing `out`, and waits for its end.
+ChildResult interruptWhileWriting(int signal, const TemporaryFolder& folder,
+                                  const std::string& out) {
+  const std::string in = folder / "in.csv";
+  writeFile(in, "track,frame,x,y\na,0,1,1\na,300000,1,1\n");
+  writeFile(out, "old");
+  const pid_t pid = startChild({CORNERPIN_PROGRAM, "solve", in, "-o", out}, {});
+  for (int wait = 0; wait < 20000 && folder.entryCount() < 3; ++wait) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_EQ(folder.entryCount(), 3u) << "the run was not caught while it wrote";
+  ::kill(pid, signal);
+  return waitForChild(pid);
+}
+
+}  // namespace
+
+TEST(SolveCommand, LeavesTheOldFileAndNothingElseWhenItIsInterrupted) {
+  for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    const TemporaryFolder folder;
+    const std::string out = folder / "out.csv";
+    EXPECT_EQ(interruptWhileWriting(signal, folder, out).signal, signal);
+    EXPECT_EQ(readFile(out), "old");
+    EXPECT_EQ(folder.entryCount(), 2u) << "signal " << signal;
+  }
+}
+
+// As under nohup, and in the background of a shell's script.
+TEST(SolveCommand, GoesOnWhereItsCallerIgnoresTheSignal) {
+  const TemporaryFolder folder;
+  const std::string out = folder / "out.csv";
+  const auto before = ::signal(SIGHUP, SIG_IGN);
+  const ChildResult result = interruptWhileWriting(SIGHUP, folder, out);
+  ::signal(SIGHUP, before);
+  EXPECT_EQ(result.code, 4);
+  EXPECT_GT(readFile(out).size(), 300000u);
+}
+
 TEST(SolveCommand, DrawsABarOnlyOnATerminalAndClearsIt) {
   const TemporaryFolder folder;
   std::string text;
@@ -487,6 +527,24 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
                              "--keep", "--explain", "--units", "Exit codes"}) {
     EXPECT_TRUE(contains(help, option)) << option;
   }
+}
+
+TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
+  std::istringstream help(cornerpin({"solve", "--help"}).out);
+  std::string line;
+  while (std::getline(help, line) && line != "Options:") {
+  }
+  int options = 0;
+  while (std::getline(help, line) && !line.empty()) {
+    EXPECT_EQ(line.substr(0, 3), "  -") << line;
+    EXPECT_LE(line.size(), 82u) << line;
+    ++options;
+  }
+  EXPECT_EQ(options, 13);
+}
+
+TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {
+  EXPECT_TRUE(contains(cornerpin({"solve", "--help"}).out, "the cost is w^2 r^2"));
 }
 
 TEST(SolveCommand, NamesItsVersionAndTheLapackInUse) {

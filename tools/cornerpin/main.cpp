@@ -44,10 +44,10 @@ constexpr const char* kSolveHelp =
     "Reads tracks, finds for every frame the 3x3 transform that carries the tracks' places in\n"
     "the base frame to their places there, and says how well it fits.\n\n"
     "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
-    "row for each track and frame where the track is seen. A track's distance from the fit is\n"
-    "multiplied by its weight, so weight 0.5 counts a quarter of weight 1 in the squares; weight "
-    "0\n"
-    "is the same as no row. Only tracks seen in the base frame take part.\n";
+    "row for each track and frame where the track is seen. The weight w multiplies a track's\n"
+    "distance r from the fit, so its square multiplies the square: the cost is w^2 r^2, and\n"
+    "weight 0.5 counts a quarter of weight 1. Weight 0 is the same as no row. Only tracks seen in\n"
+    "the base frame take part.\n";
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
@@ -249,53 +249,57 @@ void addSolve(CLI::App& app, Arguments& arguments) {
   // The list of commands has the short text, the command's own help the long one.
   command.preparse_callback([&command](std::size_t) { command.description(kSolveHelp); });
   command.footer(kExitCodes);
-  command
-      .add_option("tracks", arguments.input, "The CSV file with the tracks; - is standard input")
+  command.get_formatter()->column_width(21);
+  command.add_option("tracks", arguments.input, "CSV file with the tracks; - is standard input")
       ->required()
-      ->check(refuseEmpty);
+      ->check(refuseEmpty)
+      ->option_text(" ");
   CLI::Option* output = command
                             .add_option("-o,--output", arguments.output,
                                         "Write the transforms here; .json or .csv says how")
-                            ->check(refuseEmpty);
+                            ->check(refuseEmpty)
+                            ->option_text("FILE");
   command.add_option("--format", arguments.format, "Write json or csv whatever the file's name")
       ->check(CLI::IsMember({"json", "csv"}))
-      ->needs(output);
+      ->needs(output)
+      ->option_text("NAME");
   command.add_flag("--json", arguments.json, "Print the JSON instead of the table");
   command
-      .add_option("--base", arguments.base,
-                  "Frame all others are measured from; auto uses most of the tracks")
-      ->capture_default_str();
+      .add_option("--base", arguments.base, "Frame all others are measured from; auto: most tracks")
+      ->option_text("FRAME=auto");
   command
       .add_option("--quads", arguments.quad,
-                  "Carry four corners of the base frame along: x0,y0,x1,y1,x2,y2,x3,y3")
-      ->check(refuseEmpty);
+                  "Carry the base frame's corners x0,y0,x1,y1,x2,y2,x3,y3")
+      ->check(refuseEmpty)
+      ->option_text("CORNERS");
   command
       .add_option("--drop", arguments.drop,
-                  "Leave tracks out, everywhere or in some frames: t042 or t042:60-81,t007")
-      ->allow_extra_args(false);
+                  "Leave tracks out, maybe in some frames: t042:60-81,t007")
+      ->allow_extra_args(false)
+      ->option_text("TRACKS");
   command
-      .add_option("--keep", arguments.keep,
-                  "Use only these tracks, everywhere or in some frames: t001,t002:1-50")
-      ->allow_extra_args(false);
-  command.add_option("--explain", arguments.explanation,
-                     "Write here, as CSV, how much each track pulls on each frame");
+      .add_option("--keep", arguments.keep, "Use only these, maybe in some frames: t001,t002:1-50")
+      ->allow_extra_args(false)
+      ->option_text("TRACKS");
   command
-      .add_option("--units", arguments.units,
-                  "fit scales the tracks for the solver, raw hands your numbers over as they are")
+      .add_option("--explain", arguments.explanation,
+                  "Write as CSV how much each track pulls on each frame")
+      ->check(refuseEmpty)
+      ->option_text("FILE");
+  command
+      .add_option("--units", arguments.units, "fit scales the tracks for the solver, raw does not")
       ->check(CLI::IsMember({"fit", "raw"}))
-      ->capture_default_str();
+      ->option_text("NAME=fit");
   command
       .add_option("--loss", arguments.loss,
-                  "How far-off tracks count: tukey ignores them, cauchy and huber count them less, "
-                  "none counts all in full")
+                  "tukey ignores far-off tracks, cauchy and huber weaken them")
       ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
-      ->capture_default_str();
-  command.add_flag("--hold", arguments.hold,
-                   "Hold frames with few or badly placed tracks, not fit them with a simpler model");
+          command.add_flag("--hold", arguments.hold,
+                           "Hold frames with too few tracks, not give them a simpler move");
   command
       .add_option("--seed", arguments.seed,
-                  "Another number draws other tracks where many are bad; the same, the same result")
-      ->capture_default_str();
+                  "Start of the random samples of --loss; same seed, same result")
+      ->option_text("NUMBER=1");
 }
 
 int run(int argc, char** argv) {
@@ -317,6 +321,23 @@ int run(int argc, char** argv) {
   return solve(arguments);
 }
 
+extern "C" void removeAndEnd(int signal) {
+  cornerpin::removeTemporaryFiles();
+  ::raise(signal);  // the handler is gone by now: it ends the process
+}
+
+// What ends the run takes the unfinished files along, unless the caller has it ignored.
+void guardUnfinishedFiles() {
+  for (int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) continue;
+    action.sa_handler = removeAndEnd;
+    action.sa_flags = SA_RESETHAND;
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
 int fail(const std::string& text, ExitCode code) {
   std::cerr << text << '\n';
   return code;
@@ -326,6 +347,7 @@ int fail(const std::string& text, ExitCode code) {
 
 int main(int argc, char** argv) {
   guardStandardStreams();
+  guardUnfinishedFiles();
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failed write
   try {
     return run(argc, argv);
