@@ -294,8 +294,9 @@ void addSolve(CLI::App& app, Arguments& arguments) {
       .add_option("--loss", arguments.loss,
                   "tukey ignores far-off tracks, cauchy and huber weaken them")
       ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
-          command.add_flag("--hold", arguments.hold,
-                           "Hold frames with too few tracks, not give them a simpler move");
+      ->option_text("NAME=tukey");
+  command.add_flag("--hold", arguments.hold,
+                   "Hold frames with too few tracks, not give them a simpler move");
   command
       .add_option("--seed", arguments.seed,
                   "Start of the random samples of --loss; same seed, same result")
