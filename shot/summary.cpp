@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -13,7 +14,12 @@ namespace {
 
 constexpr std::size_t kListed = 5;
 
-std::string decimals(double value) { return value == value ? fmt::format("{:.4f}", value) : "-"; }
+// Four decimals, or three digits of what these would hide or stretch.
+std::string decimals(double value) {
+  if (!std::isfinite(value)) return "-";
+  const bool plain = value == 0.0 || (value >= 1e-3 && value < 1e5);
+  return plain ? fmt::format("{:.4f}", value) : fmt::format("{:.3g}", value);
+}
 
 std::string unsolvedFrames(const Summary& s) {
   if (s.firstUnsolved.empty()) return {};
@@ -32,7 +38,7 @@ std::string deviations(const ShotResult& result, const ShotTrust& trust) {
   for (std::size_t i = 0; i < trust.frames.size(); ++i) {
     const auto& d = trust.frames[i].deviations;
     const double largest = *std::max_element(d.begin(), d.end());
-    const bool none = std::any_of(d.begin(), d.end(), [](double x) { return x != x; });
+    const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
     if (result.frames[i].status != Status::Base && !none) {
       figures.push_back({largest, result.frames[i].frame});
     }
@@ -66,8 +72,9 @@ Summary summarise(const ShotResult& result) {
     if (unsolved && summary.firstUnsolved.size() < kListed) summary.firstUnsolved.push_back(&frame);
   }
   summary.solved = solved.size();
+  const auto size = [](const FrameResult* f) { return std::isnan(f->rms) ? HUGE_VAL : f->rms; };
   std::stable_sort(solved.begin(), solved.end(),
-                   [](const auto* a, const auto* b) { return a->rms > b->rms; });
+                   [&](const auto* a, const auto* b) { return size(a) > size(b); });
   const double none = std::numeric_limits<double>::quiet_NaN();
   summary.worstRms = solved.empty() ? none : solved.front()->rms;
   summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->rms;

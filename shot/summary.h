@@ -18,7 +18,7 @@ struct Summary {
   std::size_t held = 0;
   double medianRms = 0.0;  ///< the upper of the two middle ones
   double worstRms = 0.0;
-  std::vector<const FrameResult*> worst;          ///< solved frames, largest RMS first, at most 5
+  std::vector<const FrameResult*> worst;  ///< solved frames, largest RMS (or none) first, at most 5
   std::vector<const FrameResult*> firstUnsolved;  ///< reduced and held, in order, at most 5
 };
 

@@ -46,6 +46,19 @@ TEST(Summary, ListsNoMoreThanFiveFramesOfAKind) {
   EXPECT_NE(summaryTable(result, {}).find("and 15 more"), std::string::npos);
 }
 
+TEST(Summary, TakesAnRmsBeyondNumbersForTheWorst) {
+  ShotResult result;
+  for (int i = 0; i < 9; ++i) {
+    result.frames.push_back(frame(i, Status::Solved, i % 3 == 1 ? std::nan("") : 9.0 - i));
+  }
+  const Summary s = summarise(result);
+  EXPECT_EQ(s.worst[0]->frame, 1);
+  EXPECT_EQ(s.worst[2]->frame, 7);
+  EXPECT_EQ(s.worst[3]->frame, 0);
+  EXPECT_EQ(s.worst[4]->frame, 2);
+  EXPECT_EQ(s.medianRms, 7.0);
+}
+
 TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
   ShotResult result;
   result.baseFrame = 12;
@@ -60,6 +73,25 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
             "RMS residual  median -, worst -\n"
             "not in full   frame  model        reason\n"
             "                 13  held         no tracks\n");
+}
+
+TEST(Summary, WritesNumbersOfAnySize) {
+  ShotResult result;
+  result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),
+                   frame(3, Status::Solved, 0.000123456), frame(4, Status::Solved, 12345.67891),
+                   frame(5, Status::Solved, 0.0),         frame(6, Status::Solved, std::nan(""))};
+  ShotTrust trust;
+  trust.frames.resize(6);
+  trust.frames[1].deviations.fill(HUGE_VAL);
+  trust.frames[2].deviations.fill(2.5e-7);
+  const std::string table = summaryTable(result, trust);
+  EXPECT_NE(table.find("  2    3e+30       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  3 0.000123       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  4 12345.6789       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  5   0.0000       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  6        -       9\n"), std::string::npos) << table;
+  EXPECT_EQ(table.find("inf"), std::string::npos) << table;
+  EXPECT_NE(table.find("worst 2.5e-07 in frame 3\n"), std::string::npos) << table;
 }
 
 TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {

@@ -191,6 +191,12 @@ TEST(SolveCommand, TakesABaseFrame) {
       -4);
 }
 
+TEST(SolveCommand, TakesEverySeedOf64Bits) {
+  const json j =
+      json::parse(cornerpin({"solve", kFacade, "--json", "--seed", "18446744073709551615"}).out);
+  EXPECT_EQ(j["seed"], 18446744073709551615u);
+}
+
 TEST(SolveCommand, HandsRawUnitsOver) {
   const Outcome run = cornerpin({"solve", kFacade, "--json", "--units", "raw"});
   const json j = json::parse(run.out);
@@ -327,6 +333,12 @@ TEST(SolveCommand, EndsInTwoOnWrongUsage) {
       {"solve", kFacade, "-o", ""},
       {"solve", kFacade, "--quads", ""},
       {"solve", kFacade, "--explain", "-"},
+      {"solve", kFacade, "--explain", ""},
+      {"solve", kFacade, "--explain", folder / "a.csv", "-o", folder / "./a.csv"},
+      {"solve", kFacade, "--seed", "-1"},
+      {"solve", kFacade, "--seed", "1.5"},
+      {"solve", kFacade, "--seed", ""},
+      {"solve", kFacade, "--seed", "18446744073709551616"},
       {"solve", kFacade, "--drop"},
       {"solve", kFacade, "--drop", ""},
       {"solve", kFacade, "--keep", ","},
@@ -352,6 +364,7 @@ TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
     EXPECT_EQ(run.code, 2);
     EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file with the tracks: not replaced\n");
     EXPECT_EQ(cornerpin({"solve", "-", "-o", out}, fromFile).code, 2);
+    EXPECT_EQ(cornerpin({"solve", in, "--explain", out}).err, run.err);
   }
   EXPECT_EQ(readFile(in), readFile(kFacade));
 }

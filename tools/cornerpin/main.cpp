@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
+#include <limits>
 #include <new>
 #include <optional>
 #include <stdexcept>
@@ -66,7 +67,7 @@ struct Arguments {
   std::vector<std::string> drop;
   std::string loss = "tukey";
   bool hold = false;
-  std::uint64_t seed = 1;
+  std::string seed = "1";
   bool json = false;
 };
 
@@ -122,6 +123,18 @@ std::optional<int> parseBase(const std::string& text) {
   return frame;
 }
 
+std::uint64_t parseSeed(const std::string& text) {
+  std::uint64_t seed = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, seed);
+  if (error != std::errc() || stop != end) {
+    throw std::invalid_argument("--seed takes a whole number from 0 to " +
+                                std::to_string(std::numeric_limits<std::uint64_t>::max()) +
+                                ", not \"" + text + "\"");
+  }
+  return seed;
+}
+
 cornerpin::Loss parseLoss(const std::string& text) {
   if (text == "none") return cornerpin::Loss::None;
   if (text == "huber") return cornerpin::Loss::Huber;
@@ -142,13 +155,25 @@ Format chooseFormat(const Arguments& arguments) {
   return *format;
 }
 
-// Whether the output would replace the very file that is read.
-bool isInput(const Arguments& arguments) {
+// Refuses an output that would replace the very file that is read.
+void refuseInput(const Arguments& arguments, const std::string& output) {
   namespace fs = std::filesystem;
   std::error_code ignored;
-  return fs::is_regular_file(arguments.output, ignored) &&
-         fs::equivalent(arguments.input == "-" ? "/dev/stdin" : arguments.input, arguments.output,
-                        ignored);
+  if (fs::is_regular_file(output, ignored) &&
+      fs::equivalent(arguments.input == "-" ? "/dev/stdin" : arguments.input, output, ignored)) {
+    throw std::invalid_argument("\"" + output + "\" is the file with the tracks: not replaced");
+  }
+}
+
+// Refuses two outputs of which the second would replace the first.
+void refuseSame(const std::string& a, const std::string& b) {
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  if (a.empty() || b.empty() || (fs::exists(a, ignored) && !fs::is_regular_file(a, ignored)))
+    return;
+  if (fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored)) {
+    throw std::invalid_argument("-o and --explain both want \"" + b + "\"");
+  }
 }
 
 void print(const std::string& text) {
@@ -195,7 +220,7 @@ int solve(const Arguments& arguments) {
   options.units = arguments.units == "raw" ? cornerpin::Units::Raw : cornerpin::Units::Fit;
   options.loss = parseLoss(arguments.loss);
   options.reduce = !arguments.hold;
-  options.seed = arguments.seed;
+  options.seed = parseSeed(arguments.seed);
   std::optional<cornerpin::Quad> quad;
   if (!arguments.quad.empty()) quad = cornerpin::parseQuad(arguments.quad);
   if (quad && arguments.output.empty() && arguments.explanation.empty() && !arguments.json) {
@@ -206,11 +231,9 @@ int solve(const Arguments& arguments) {
   if (fileIsStandardOutput && arguments.json) {
     throw std::invalid_argument("--json and -o both want standard output");
   }
-  if (!fileIsStandardOutput && isInput(arguments)) {
-    throw std::invalid_argument("\"" + arguments.output +
-                                "\" is the file with the tracks: not replaced");
-  }
-
+  if (!fileIsStandardOutput) refuseInput(arguments, arguments.output);
+  refuseInput(arguments, arguments.explanation);
+  refuseSame(arguments.output, arguments.explanation);
   if (isStandardOutput(arguments.explanation)) {
     throw std::invalid_argument("--explain wants a file");
   }
