@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -50,6 +51,23 @@ std::string deviations(const ShotResult& result, const ShotTrust& trust) {
                      decimals(figures.back().first), figures.back().second);
 }
 
+// How many tracks the fits go by, and what led to them: of the solved frames.
+std::string goodTracks(const ShotResult& result) {
+  std::vector<std::pair<double, int>> shares;
+  std::array<std::size_t, 3> stages{};
+  for (const FrameResult& f : result.frames) {
+    if (f.status != Status::Solved) continue;
+    shares.push_back({100.0 * f.inliers / f.tracks, f.frame});
+    ++stages[static_cast<std::size_t>(f.stage)];
+  }
+  if (shares.empty()) return {};
+  std::sort(shares.begin(), shares.end());
+  return fmt::format("good tracks   median {:.0f} %, fewest {:.0f} % in frame {}\n",
+                     shares[shares.size() / 2].first, shares.front().first, shares.front().second) +
+         fmt::format("started from  the library's fit {}, the neighbour {}, samples {} (seed {})\n",
+                     stages[0], stages[1], stages[2], result.seed);
+}
+
 std::string worstTracks(const ShotTrust& trust) {
   std::string text;
   for (const WorstTrack& track : trust.worst) {
@@ -72,12 +90,14 @@ Summary summarise(const ShotResult& result) {
     if (unsolved && summary.firstUnsolved.size() < kListed) summary.firstUnsolved.push_back(&frame);
   }
   summary.solved = solved.size();
-  const auto size = [](const FrameResult* f) { return std::isnan(f->rms) ? HUGE_VAL : f->rms; };
+  const auto size = [](const FrameResult* f) {
+    return std::isnan(f->inlierRms) ? HUGE_VAL : f->inlierRms;
+  };
   std::stable_sort(solved.begin(), solved.end(),
                    [&](const auto* a, const auto* b) { return size(a) > size(b); });
   const double none = std::numeric_limits<double>::quiet_NaN();
-  summary.worstRms = solved.empty() ? none : solved.front()->rms;
-  summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->rms;
+  summary.worstRms = solved.empty() ? none : solved.front()->inlierRms;
+  summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->inlierRms;
   solved.resize(std::min(solved.size(), kListed));
   summary.worst = solved;
   return summary;
@@ -92,12 +112,14 @@ std::string summaryTable(const ShotResult& result, const ShotTrust& trust) {
   text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());
   text += fmt::format("reduced       {}\n", s.reduced);
   text += fmt::format("held          {}\n", s.held);
-  text += fmt::format("RMS residual  median {}, worst {}\n", decimals(s.medianRms),
-                      decimals(s.worstRms));
+  if (result.loss != Loss::None) text += goodTracks(result);
+  text += fmt::format("RMS residual  median {}, worst {}{}\n", decimals(s.medianRms),
+                      decimals(s.worstRms), result.loss == Loss::None ? "" : " of the good tracks");
   text += deviations(result, trust);
   if (!s.worst.empty()) text += "worst frames  frame      RMS  tracks\n";
   for (const FrameResult* f : s.worst) {
-    text += fmt::format("{:>19} {:>8} {:>7}\n", f->frame, decimals(f->rms), f->tracks);
+    text += fmt::format("{:>19} {:>8} {:>7}", f->frame, decimals(f->inlierRms), f->tracks);
+    text += f->inliers < f->tracks ? fmt::format(", {} of them good\n", f->inliers) : "\n";
   }
   return text + worstTracks(trust) + unsolvedFrames(s);
 }

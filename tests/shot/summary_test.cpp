@@ -13,8 +13,10 @@ FrameResult frame(int number, Status status, double rms) {
   FrameResult f;
   f.frame = number;
   f.status = status;
-  f.rms = rms;
+  f.rms = 2.0 * rms;
+  f.inlierRms = rms;
   f.tracks = 9;
+  f.inliers = 9;
   if (status == Status::Held) f.reason = "no tracks";
   return f;
 }
@@ -123,4 +125,28 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
                  "                  3  affine       3 of the 4 tracks needed\n"),
       std::string::npos)
       << table;
+}
+
+TEST(Summary, SpeaksOfTheGoodTracksOfARobustSolve) {
+  ShotResult result;
+  result.loss = Loss::Tukey;
+  result.seed = 7;
+  result.frames.push_back(frame(0, Status::Base, 0.0));
+  for (int f : {1, 2, 3}) result.frames.push_back(frame(f, Status::Solved, 0.25));
+  result.frames[2].inliers = 6;
+  result.frames[2].inlierRms = 0.5;
+  result.frames[2].stage = Stage::Sampled;
+  result.frames[3].stage = Stage::Neighbour;
+  EXPECT_EQ(summaryTable(result, {}),
+            "base frame    0  (0 tracks, none left out)\n"
+            "solved        4 of 4 frames\n"
+            "reduced       0\n"
+            "held          0\n"
+            "good tracks   median 100 %, fewest 67 % in frame 2\n"
+            "started from  the library's fit 1, the neighbour 1, samples 1 (seed 7)\n"
+            "RMS residual  median 0.2500, worst 0.5000 of the good tracks\n"
+            "worst frames  frame      RMS  tracks\n"
+            "                  2   0.5000       9, 6 of them good\n"
+            "                  1   0.2500       9\n"
+            "                  3   0.2500       9\n");
 }
