@@ -351,7 +351,6 @@ class ShotSolver {
     Fit fit;
     fit.robust =
         fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale_});
-    if (fit.robust.found && fit.robust.searched) expectedScale_ = fit.robust.scale;
     fit.reason = whyUnfit(fit.robust);
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
@@ -361,6 +360,7 @@ class ShotSolver {
     fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
     fit.transform = toFloat(conditioned(fit.h, conditioning_));
     if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
+    if (fit.robust.searched) expectedScale_ = fit.robust.scale;
     return fit;
   }
 
