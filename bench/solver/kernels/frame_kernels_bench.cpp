@@ -61,8 +61,20 @@ void normalSystem(benchmark::State& state, const FrameKernels* kernels) {
   double triangle[64];
   float gradient[8];
   for (auto _ : state) {
-    kernels->normalSystemOfDifferences(tracks.rows.data(), tracks.goal.data(), tracks.values.data(),
-                                       static_cast<int>(2 * tracks.count), triangle, gradient);
+    kernels->normalSystem(tracks.rows.data(), tracks.goal.data(), tracks.values.data(),
+                          static_cast<int>(2 * tracks.count), triangle, gradient);
+    benchmark::ClobberMemory();
+  }
+}
+
+void frameSystem(benchmark::State& state, const FrameKernels* kernels) {
+  Tracks tracks(state.range(0));
+  kernels->project(transform, tracks.active(), tracks.values.data());
+  double triangle[64];
+  float gradient[8];
+  for (auto _ : state) {
+    kernels->frameSystem(transform, tracks.active(), tracks.values.data(), tracks.goal.data(),
+                         1e-4f, triangle, gradient);
     benchmark::ClobberMemory();
   }
 }
@@ -81,6 +93,7 @@ const int registered = [] {
     add("project", project);
     add("differences", differences);
     add("normalSystem", normalSystem);
+    add("frameSystem", frameSystem);
   }
   return list.count;
 }();
