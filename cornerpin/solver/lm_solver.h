@@ -9,8 +9,6 @@
 #include "cornerpin/foundation/matrix.h"
 #include "cornerpin/foundation/vector.h"
 
-class MMatchmoveProblem;
-
 /// What `MLMSolver` fits: values y(x) of a parameter vector x, and their Jacobian.
 class CORNERPIN_API MLMProblem {
  public:
@@ -102,42 +100,6 @@ class CORNERPIN_API MLMSolver {
   float tolerance = 0.01f;           ///< relative improvement at or below which a pass is a stall
   bool resetStallsOnReject = false;  ///< a rejected step whose new damping is below 0.05 (all
                                      ///< are) resets the count of stalls
-
- private:
-  friend class MMatchmove;
-
-  // What a pass needs beside the members above, kept from pass to pass and from solve to solve so
-  // that little is allocated again. A copied solver starts with its own.
-  struct Scratch {
-    Scratch() = default;
-    Scratch(const Scratch&) {}
-    Scratch& operator=(const Scratch&) { return *this; }
-    MGenMatrix<float> normal;  // the normal matrix, undamped and unscaled
-    MGenVector<float> gradient;
-    MGenMatrix<float> damped;  // the damped system, then its inverse
-    MGenVector<float> scaledGradient;
-    MGenVector<float> step;
-    MGenVector<float> candidates[2];
-    MGenVector<float> difference;
-    MGenVector<float> values;  // room for `values`, where the match-move driver gives some
-    MGenVector<int> pivots;
-    MGenVector<float> work;
-  };
-
-  void detachValues();
-  void updateSystem(bool jacobianValid);
-  void formSystem();
-  bool formSystemOfEight();
-  void formSystemPlainly();
-  void storeSystemOfEight(const double* triangle);
-  void scaleByTrust();
-  void computeStep(float damping);
-  void limitByTrust();
-  MGenVector<float>& freeCandidate();
-
-  Scratch scratch_;
-  // Set where the match-move driver solves: `problem`, which forms its system without a Jacobian.
-  MMatchmoveProblem* driven_ = nullptr;
 };
 
 #endif

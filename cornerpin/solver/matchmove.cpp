@@ -1,8 +1,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "cornerpin/solver/matchmove.h"
 
-#include "cornerpin/solver/lm_solver.h"
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "cornerpin/foundation/norm.h"
+#include "cornerpin/solver/kernels/frame_kernels.h"
+#include "cornerpin/solver/lm_iteration.h"
 #include "cornerpin/solver/matchmove_problem.h"
+#include "cornerpin/solver/normal_system.h"
 #include "cornerpin/solver/same_layout.h"
 
 template class MArray<MMatchmoveTrack>;
@@ -10,41 +18,160 @@ template class MArray<MGenMatrix<float>>;
 
 using Matrix = MGenMatrix<float>;
 
-// The problem and solver of one frame after another, with room for all active tracks, so that a
-// frame allocates nothing but its output.
-struct MMatchmove::FrameFit {
-  explicit FrameFit(MMatchmove* scene)
-      : problem(scene), goal(2 * scene->trackCount), start(8), y(2 * scene->trackCount) {
-    solver.setProblem(&problem);
-    solver.driven_ = &problem;
-    solver.scratch_.values = MGenVector<float>(2 * scene->trackCount);
-    solver.scratch_.difference = MGenVector<float>(2 * scene->trackCount);
-  }
+namespace {
 
-  // Sizes everything for the frame's active tracks, in the storage that is there.
-  void select(int frame) {
-    problem.select(frame);
-    problem.y = y.view(0, 2 * problem.activeCount);
-  }
+using cornerpin::kernels::ActiveTracks;
+using cornerpin::kernels::frameKernels;
+using cornerpin::kernels::kDifferenceStep;
+using cornerpin::kernels::kParameters;
 
-  MMatchmoveProblem problem;
-  MLMSolver solver;
-  MGenVector<float> goal;
-  MGenVector<float> start;
-  MGenVector<float> y;
+// The fits of one frame after another: what `MLMSolver` with its defaults makes of a
+// `MMatchmoveProblem`, with room for all tracks, so that a frame allocates nothing.
+class FrameFit {
+ public:
+  explicit FrameFit(const MMatchmove& scene);
+
+  // Chooses a frame and the tracks that are active in it. False when none is.
+  bool select(int frame);
+  // Fits the frame, starting from `transform`, which it replaces.
+  void solve(Matrix& transform);
+
+  // For the iteration.
+  float start();
+  void formSystem(bool moved);
+  float tryStep(float damping);
+  void accept() { std::swap(held_, candidate_); }
+
+ private:
+  // A transform and the weighted projection of the active tracks through it.
+  struct Point {
+    float transform[9];
+    float* values;
+  };
+
+  void gatherGoal();
+  void gatherBase();
+  float evaluate(Point& point);
+
+  const MMatchmove& scene_;
+  const MLMSolver settings_;
+  cornerpin::internal::NormalSystem system_;
+  const MGenVector<float> noTrust_;
+  MGenVector<int> active_;   // the active tracks
+  std::vector<float> room_;  // what the pointers below share
+  ActiveTracks tracks_;
+  float *x_, *y_, *weight_;  // what `tracks_` reads
+  float *goal_, *difference_;
+  Point held_, candidate_;
+  int frame_ = 0;
 };
+
+constexpr std::size_t kFloatsPerTrack = 11;
+
+FrameFit::FrameFit(const MMatchmove& scene)
+    : scene_(scene),
+      active_(scene.trackCount),
+      room_(kFloatsPerTrack * static_cast<std::size_t>(active_.length)) {
+  const std::ptrdiff_t n = active_.length;
+  float* next = room_.data();
+  const auto take = [&next](std::ptrdiff_t count) { return std::exchange(next, next + count); };
+  x_ = take(n);
+  y_ = take(n);
+  weight_ = take(n);
+  goal_ = take(2 * n);
+  difference_ = take(2 * n);
+  held_.values = take(2 * n);
+  candidate_.values = take(2 * n);
+  tracks_ = {x_, y_, weight_, 0};
+  system_.resize(kParameters);
+}
+
+bool FrameFit::select(int frame) {
+  frame_ = frame;
+  tracks_.count = 0;
+  for (int i = 0; i < scene_.trackCount; ++i) {
+    if (!(scene_.baseWeights[i] > 0.0f)) continue;
+    const float weight = scene_.tracks[i].weights[frame];
+    if (!(weight > 0.0f)) continue;
+    active_.data[tracks_.count] = i;
+    weight_[tracks_.count++] = weight;
+  }
+  return tracks_.count > 0;
+}
+
+void FrameFit::gatherGoal() {
+  for (std::ptrdiff_t i = 0; i < tracks_.count; ++i) {
+    const Matrix& positions = scene_.tracks[active_.data[i]].positions;
+    goal_[2 * i] = weight_[i] * positions(frame_, 0);
+    goal_[2 * i + 1] = weight_[i] * positions(frame_, 1);
+  }
+}
+
+void FrameFit::gatherBase() {
+  for (std::ptrdiff_t i = 0; i < tracks_.count; ++i) {
+    const int t = active_.data[i];
+    x_[i] = scene_.basePositions(t, 0);
+    y_[i] = scene_.basePositions(t, 1);
+  }
+}
+
+void FrameFit::solve(Matrix& transform) {
+  gatherGoal();
+  const int count = std::min(kParameters, transform.rows * transform.cols);
+  if (count != kParameters) {
+    MMatrixError::err("MVector length mismatch %d != %d", kParameters, count);
+  }
+  std::copy(transform.data, transform.data + count, held_.transform);
+  std::fill(held_.transform + count, held_.transform + kParameters, 0.0f);
+  held_.transform[kParameters] = candidate_.transform[kParameters] = 1.0f;
+  gatherBase();
+  cornerpin::internal::iterate(settings_, *this);
+  if (!transform.ownsBuffer()) transform = transform.copy(Matrix::ColumnMajor);
+  transform.resize(3, 3, Matrix::ColumnMajor);
+  std::copy(held_.transform, held_.transform + 9, transform.data);
+}
+
+// The Euclidean distance of the point's values from the goal.
+float FrameFit::evaluate(Point& point) {
+  frameKernels().project(point.transform, tracks_, point.values);
+  const std::ptrdiff_t n = 2 * std::ptrdiff_t{tracks_.count};
+  for (std::ptrdiff_t k = 0; k < n; ++k) difference_[k] = point.values[k] - goal_[k];
+  return std::sqrt(_vector_norm2(difference_, static_cast<int>(n)));
+}
+
+float FrameFit::start() { return evaluate(held_); }
+
+void FrameFit::formSystem(bool moved) {
+  if (!moved) return;
+  double triangle[kParameters * kParameters];
+  frameKernels().frameSystem(held_.transform, tracks_, held_.values, goal_, kDifferenceStep,
+                             triangle, system_.gradient());
+  system_.setTriangle(triangle);
+}
+
+float FrameFit::tryStep(float damping) {
+  const float* const step = system_.step(damping, noTrust_).data;
+  for (int p = 0; p < kParameters; ++p) candidate_.transform[p] = step[p] + held_.transform[p];
+  return evaluate(candidate_);
+}
+
+void solveFrame(MMatchmove& scene, int frame, FrameFit& fit) {
+  if (fit.select(frame)) fit.solve(scene.outputs[frame]);
+}
+
+}  // namespace
 
 void MMatchmove::solve() {
   setupOutputs();
   solveBaseFrame();
-  FrameFit fit(this);
+  FrameFit fit(*this);
   for (int f = baseFrame + 1; f < frameCount; ++f) {
     outputs[f] = outputs[f - 1].copy(Matrix::ColumnMajor);
-    solveFrame(f, fit);
+    ::solveFrame(*this, f, fit);
   }
   for (int f = baseFrame - 1; f >= 0; --f) {
     outputs[f] = outputs[f + 1].copy(Matrix::ColumnMajor);
-    solveFrame(f, fit);
+    ::solveFrame(*this, f, fit);
   }
 }
 
@@ -69,23 +196,8 @@ void MMatchmove::solveBaseFrame() {
 }
 
 void MMatchmove::solveFrame(int frame) {
-  FrameFit fit(this);
-  solveFrame(frame, fit);
-}
-
-void MMatchmove::solveFrame(int frame, FrameFit& fit) {
-  fit.select(frame);
-  MMatchmoveProblem& problem = fit.problem;
-  if (problem.activeCount == 0) return;
-  MGenVector<float> goal = fit.goal.view(0, 2 * problem.activeCount);
-  problem.packGoal(goal);
-  problem.xToVector(outputs[frame], fit.start);
-  fit.solver.setGoal(goal);
-  fit.solver.setState(fit.start);
-  fit.solver.solve();
-  Matrix& output = outputs[frame];
-  if (!output.ownsBuffer()) output = output.copy(Matrix::ColumnMajor);
-  problem.xToMatrix(fit.solver.getState(), output);
+  FrameFit fit(*this);
+  ::solveFrame(*this, frame, fit);
 }
 
 void MMatchmove::project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const {

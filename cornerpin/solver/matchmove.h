@@ -73,10 +73,6 @@ class CORNERPIN_API MMatchmove {
   MGenMatrix<float> basePositions;    ///< trackCount x 2: positions in the base frame
   MGenVector<float> baseWeights;      ///< a track not above 0 here takes part in no frame
   MArray<MGenMatrix<float>> outputs;  ///< per frame 3 x 3, ColumnMajor, element (2, 2) = 1
-
- private:
-  struct FrameFit;
-  void solveFrame(int frame, FrameFit& fit);
 };
 
 extern template class MArray<MMatchmoveTrack>;

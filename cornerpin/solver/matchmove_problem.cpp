@@ -13,14 +13,13 @@ namespace {
 
 using cornerpin::kernels::ActiveTracks;
 using cornerpin::kernels::frameKernels;
+using cornerpin::kernels::kDifferenceStep;
 
 constexpr int kParameterCount = cornerpin::kernels::kParameters;
-constexpr float kDifferenceStep = 0.0001f;
 
-// The three runs of equal length that `gather` filled.
-ActiveTracks activeTracksIn(const MGenVector<float>& gathered, int count) {
-  const std::ptrdiff_t run = gathered.length / 3;
-  return {gathered.data, gathered.data + run, gathered.data + 2 * run, count};
+// The three runs that `gather` filled.
+ActiveTracks activeTracksIn(const MGenVector<float>& gathered, std::ptrdiff_t count) {
+  return {gathered.data, gathered.data + count, gathered.data + 2 * count, static_cast<int>(count)};
 }
 
 // The 3 x 3 elements in column-major order, read row by row; nothing is read when no track needs
@@ -38,65 +37,47 @@ std::array<float, 9> elementsOf(const MGenMatrix<float>& h, int activeCount) {
 
 }  // namespace
 
-MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene, int frame) : scene(scene) { select(frame); }
-
-MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene) : scene(scene), gathersOnce_(true) {}
+MMatchmoveProblem::MMatchmoveProblem(MMatchmove* scene, int frame)
+    : scene(scene), activeTracks(scene->trackCount), frame(frame) {
+  for (int i = 0; i < scene->trackCount; ++i) {
+    if (scene->baseWeights[i] > 0.0f && scene->tracks[i].weights[frame] > 0.0f) {
+      activeTracks[activeCount++] = i;
+    }
+  }
+  activeTracks.resize(activeCount);
+}
 
 MMatchmoveProblem::~MMatchmoveProblem() = default;
 
-// Starts over for a frame of the same scene, in the storage that is there.
-void MMatchmoveProblem::select(int newFrame) {
-  frame = newFrame;
-  isGathered_ = false;
-  activeCount = 0;
-  selected_.resize(scene->trackCount);
-  for (int i = 0; i < scene->trackCount; ++i) {
-    if (scene->baseWeights[i] > 0.0f && scene->tracks[i].weights[frame] > 0.0f) {
-      selected_[activeCount++] = i;
-    }
-  }
-  activeTracks = selected_.view(0, activeCount);
-}
-
 MGenVector<float> MMatchmoveProblem::getGoal() const {
   MGenVector<float> goal(2 * activeCount);
-  packGoal(goal);
-  return goal;
-}
-
-void MMatchmoveProblem::packGoal(MGenVector<float>& goal) const {
   for (int i = 0; i < activeCount; ++i) {
     const MMatchmoveTrack& track = activeTrack(i);
     const float w = track.weights[frame];
     goal[2 * i] = w * track.positions(frame, 0);
     goal[2 * i + 1] = w * track.positions(frame, 1);
   }
+  return goal;
 }
 
 void MMatchmoveProblem::setX(const MGenVector<float>& parameters) {
   x = parameters;
   xToMatrix(x, transform);
-  projectGathered(transform, gathered(), y);
+  gather(gathered_);
+  projectGathered(transform, gathered_, y);
 }
 
 void MMatchmoveProblem::evalY(MGenVector<float>& out) { out = y; }
 
 // Copies what a projection reads of the active tracks into contiguous runs.
-void MMatchmoveProblem::gather(MGenVector<float>& tracks) const {
-  const int run = scene->trackCount;
-  tracks.resize(3 * run);
+void MMatchmoveProblem::gather(MGenVector<float>& gathered) const {
+  gathered.resize(3 * activeCount);
   for (int i = 0; i < activeCount; ++i) {
     const int t = activeTracks[i];
-    tracks.data[2 * run + i] = weight(i);
-    tracks.data[i] = scene->basePositions(t, 0);
-    tracks.data[run + i] = scene->basePositions(t, 1);
+    gathered.data[2 * activeCount + i] = weight(i);
+    gathered.data[i] = scene->basePositions(t, 0);
+    gathered.data[activeCount + i] = scene->basePositions(t, 1);
   }
-}
-
-const MGenVector<float>& MMatchmoveProblem::gathered() {
-  if (!isGathered_) gather(gathered_);
-  isGathered_ = gathersOnce_;
-  return gathered_;
 }
 
 void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
@@ -107,32 +88,25 @@ void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
   const MGenMatrix<float> rows =
       direct ? dy : MGenMatrix<float>(valueCount, kParameterCount, MGenMatrix<float>::RowMajor);
   const MGenVector<float> values = y.stride == 1 ? y : y.copy();
-  const ActiveTracks tracks = activeTracksIn(gathered(), activeCount);
-  frameKernels().differences(elementsOf(transform, activeCount).data(), tracks, values.data,
-                             kDifferenceStep, rows.data);
+  gather(gathered_);
+  frameKernels().differences(elementsOf(transform, activeCount).data(),
+                             activeTracksIn(gathered_, activeCount), values.data, kDifferenceStep,
+                             rows.data);
   for (int p = 0; !direct && p < kParameterCount; ++p) dy.column(p).set(rows.column(p));
 }
 
-// The normal system of the differences, at the parameters of the last `setX`. The goal and `y` are
-// contiguous, as the match-move driver keeps them.
-void MMatchmoveProblem::formSystem(const MGenVector<float>& goal, double* triangle,
-                                   float* gradient) {
-  const ActiveTracks tracks = activeTracksIn(gathered(), activeCount);
-  frameKernels().frameSystem(transform.data, tracks, y.data, goal.data, kDifferenceStep, triangle,
-                             gradient);
-}
-
 void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& out) const {
-  MGenVector<float> tracks;
-  gather(tracks);
-  projectGathered(h, tracks, out);
+  MGenVector<float> gathered;
+  gather(gathered);
+  projectGathered(h, gathered, out);
 }
 
-void MMatchmoveProblem::projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& tracks,
+void MMatchmoveProblem::projectGathered(const MGenMatrix<float>& h,
+                                        const MGenVector<float>& gathered,
                                         MGenVector<float>& out) const {
   out.resize(2 * activeCount);
   MGenVector<float> values = out.stride == 1 ? out : MGenVector<float>(out.length);
-  frameKernels().project(elementsOf(h, activeCount).data(), activeTracksIn(tracks, activeCount),
+  frameKernels().project(elementsOf(h, activeCount).data(), activeTracksIn(gathered, activeCount),
                          values.data);
   if (out.stride != 1) out.set(values);
 }

@@ -72,25 +72,13 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   int frame = 0;                 ///< the frame that is fitted, from 0
 
  private:
-  friend class MLMSolver;
-  friend class MMatchmove;
-
-  // The driver's problem, which has no frame selected yet.
-  explicit MMatchmoveProblem(MMatchmove* scene);
   const MMatchmoveTrack& activeTrack(int i) const { return scene->tracks[activeTracks[i]]; }
   float weight(int i) const { return activeTrack(i).weights[frame]; }
-  void select(int newFrame);
-  void packGoal(MGenVector<float>& goal) const;
-  void formSystem(const MGenVector<float>& goal, double* triangle, float* gradient);
-  void gather(MGenVector<float>& tracks) const;
-  const MGenVector<float>& gathered();
-  void projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& tracks,
+  void gather(MGenVector<float>& gathered) const;
+  void projectGathered(const MGenMatrix<float>& h, const MGenVector<float>& gathered,
                        MGenVector<float>& out) const;
 
-  MGenVector<int> selected_;    // room for `activeTracks`
-  MGenVector<float> gathered_;  // x, y and weight of the active tracks, each trackCount long
-  bool isGathered_ = false;
-  bool gathersOnce_ = false;  // per frame, as the driver's scene stands still
+  MGenVector<float> gathered_;  // room for what a projection reads
 };
 
 #endif

@@ -478,7 +478,7 @@ TEST(MMatchmoveFailure, NoAllocationFailureLeaks) {
     for (int t = 0; t < 6; ++t) scene.tracks[t].weights[0] = 0;
     scene.solve();
   });
-  EXPECT_GT(failures, 30u);
+  EXPECT_GT(failures, 20u);
 }
 
 TEST(MMatchmoveFailure, NoThrownFailureLeaks) {

@@ -11,6 +11,7 @@
 namespace cornerpin::kernels {
 
 constexpr int kParameters = 8;
+constexpr float kDifferenceStep = 0.0001f;
 
 // The tracks that take part in a frame.
 struct ActiveTracks {
