@@ -87,28 +87,33 @@ FrameFit::FrameFit(const MMatchmove& scene)
 }
 
 bool FrameFit::select(int frame) {
-  frame_ = frame;
-  tracks_.count = 0;
+  int count = 0;
   for (int i = 0; i < scene_.trackCount; ++i) {
     if (!(scene_.baseWeights[i] > 0.0f)) continue;
     const float weight = scene_.tracks[i].weights[frame];
     if (!(weight > 0.0f)) continue;
-    active_.data[tracks_.count] = i;
-    weight_[tracks_.count++] = weight;
+    active_.data[count] = i;
+    weight_[count++] = weight;
   }
-  return tracks_.count > 0;
+  frame_ = frame;
+  tracks_.count = count;
+  return count > 0;
 }
 
 void FrameFit::gatherGoal() {
-  for (std::ptrdiff_t i = 0; i < tracks_.count; ++i) {
+  const int frame = frame_;
+  const std::ptrdiff_t count = tracks_.count;
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
     const Matrix& positions = scene_.tracks[active_.data[i]].positions;
-    goal_[2 * i] = weight_[i] * positions(frame_, 0);
-    goal_[2 * i + 1] = weight_[i] * positions(frame_, 1);
+    const float weight = weight_[i];
+    goal_[2 * i] = weight * positions(frame, 0);
+    goal_[2 * i + 1] = weight * positions(frame, 1);
   }
 }
 
 void FrameFit::gatherBase() {
-  for (std::ptrdiff_t i = 0; i < tracks_.count; ++i) {
+  const std::ptrdiff_t count = tracks_.count;
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
     const int t = active_.data[i];
     x_[i] = scene_.basePositions(t, 0);
     y_[i] = scene_.basePositions(t, 1);
