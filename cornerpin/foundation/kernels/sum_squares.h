@@ -19,11 +19,15 @@ struct SumSquaresVariant {
 float sumSquaresScalar(const float* p, int n);
 float sumSquaresAvx2(const float* p, int n);
 
-// The variant in use: the best one that this processor runs.
+// Every variant that this processor runs, the definition first and the best one last; returns how
+// many.
+CORNERPIN_API int sumSquaresVariants(SumSquaresVariant variants[2]);
+
+// The variant in use: the best one, unless a test has chosen another.
 SumSquares sumSquares();
 
-// Every variant that this processor runs, the definition first; returns how many.
-CORNERPIN_API int sumSquaresVariants(SumSquaresVariant variants[2]);
+// For tests: the variant to use from now on; null goes back to the best one.
+CORNERPIN_API void useSumSquares(SumSquares variant);
 
 }  // namespace cornerpin::kernels
 

@@ -21,17 +21,6 @@ struct ActiveTracks {
   int count;
 };
 
-// Variants that form a frame's system from rows keep this many tracks' rows at a time.
-constexpr int kTracksPerBlock = 128;
-
-// Tracks first .. first + kTracksPerBlock - 1, or as many as there are. Each variant has its own
-// copy, in its own instructions.
-static inline ActiveTracks blockOf(const ActiveTracks& tracks, std::ptrdiff_t first) {
-  const std::ptrdiff_t rest = tracks.count - first;
-  return {tracks.x + first, tracks.y + first, tracks.weight + first,
-          rest < kTracksPerBlock ? static_cast<int>(rest) : kTracksPerBlock};
-}
-
 // h is a 3 x 3 transform, column-major. Values 2i and 2i + 1 are the weighted projection of track
 // i: (w * u) / s and (w * v) / s, with u, v and s summed from left to right.
 using Project = void (*)(const float* h, const ActiveTracks& tracks, float* values);

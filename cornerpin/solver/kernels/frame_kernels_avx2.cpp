@@ -118,6 +118,16 @@ void avx2::normalSystem(const float* rows, const float* goal, const float* value
 
 namespace {
 
+// The frame's system is formed from the rows of so many tracks at a time.
+constexpr int kTracksPerBlock = 128;
+
+// Tracks first .. first + kTracksPerBlock - 1, or as many as there are.
+ActiveTracks blockOf(const ActiveTracks& tracks, std::ptrdiff_t first) {
+  const std::ptrdiff_t rest = tracks.count - first;
+  return {tracks.x + first, tracks.y + first, tracks.weight + first,
+          rest < kTracksPerBlock ? static_cast<int>(rest) : kTracksPerBlock};
+}
+
 // The nonzero elements of a row: linear p and q, translation r, perspective c and d.
 struct Columns {
   int p, q, r, c, d;

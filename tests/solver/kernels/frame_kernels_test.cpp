@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
 #include <vector>
 
 #include "tests/support/awkward.h"
@@ -22,18 +24,20 @@ std::vector<const FrameKernels*> variants() {
   return {list.variants, list.variants + list.count};
 }
 
-// Every length to 600, then every 13th to 4096 and that one, at every alignment and with every kind
-// of number.
+constexpr int kLongest = 4096;
+
+// Every kind of number at every alignment: all short lengths, and some around powers of two.
 template <class Check>
-void forEachLength(const Check& check) {
-  for (int n = 0; n <= 4096;
-       n = n < 600 || n == 4095 ? n + 1 : std::min(n + 13, n < 4095 ? 4095 : 4097)) {
-    check(n, n % 16, awkward::kKinds[n / 16 % 4]);
-  }
-  for (int n = 0; n <= 20; ++n) {
+void forEveryKind(const Check& check) {
+  for (const awkward::Kind kind : awkward::kKinds) {
     for (int offset = 0; offset < 16; ++offset) {
-      for (const awkward::Kind kind : awkward::kKinds) check(n, offset, kind);
+      for (int n = 0; n <= 20; ++n) check(n, offset, kind);
     }
+    for (const int n : {31, 32, 33, 63, 64, 65, 100, 127, 128, 129, 255, 256, 257, 300, 511, 513}) {
+      check(n, n % 16, kind);
+    }
+    check(kLongest - 1, 1, kind);
+    check(kLongest, 0, kind);
   }
 }
 
@@ -47,6 +51,11 @@ struct Projection {
         weight(floats.block(n, offset, kind)),
         tracks{x.data(), y.data(), weight.data(), n} {}
 
+  // With a transform of this size most systems are finite.
+  void makeTransformModest() {
+    for (int e = 0; e < 9; ++e) h.data()[e] = e % 4 == 0 ? 1.0f : 0.01f;
+  }
+  ActiveTracks first(int n) const { return {x.data(), y.data(), weight.data(), n}; }
   std::vector<float> values(const FrameKernels& kernels) const {
     std::vector<float> result(static_cast<std::size_t>(2 * tracks.count));
     kernels.project(h.data(), tracks, result.data());
@@ -69,8 +78,9 @@ struct System {
          int m) {
     kernels.normalSystem(rows, goal, values, m, a, g);
   }
-  System(const FrameKernels& kernels, const Projection& p, const float* goal) {
-    kernels.frameSystem(p.h.data(), p.tracks, p.values(*variants()[0]).data(), goal, kStep, a, g);
+  System(const FrameKernels& kernels, const float* h, const ActiveTracks& tracks,
+         const float* values, const float* goal) {
+    kernels.frameSystem(h, tracks, values, goal, kStep, a, g);
   }
   bool isFinite() const {
     for (int i = 0; i < kParameters; ++i) {
@@ -90,10 +100,32 @@ struct System {
   float g[kParameters];
 };
 
+// Holds a kernel to its definition's output for every number of tracks to the longest, `perTrack`
+// floats each: the first tracks' output does not depend on those behind them, and nothing is
+// written behind it. `run(count, output)` is the variant.
+template <class Run>
+void expectPrefixes(const std::vector<float>& expected, int perTrack, const char* name,
+                    const Run& run) {
+  constexpr float untouched = 12345.0f;
+  std::vector<float> found(expected.size() + 64);
+  for (int n = 0; n <= kLongest; ++n) {
+    const int length = n * perTrack;
+    std::fill(found.begin() + length, found.begin() + length + 64, untouched);
+    run(n, found.data());
+    ASSERT_EQ(std::memcmp(found.data(), expected.data(),
+                          static_cast<std::size_t>(length) * sizeof(float)),
+              0)
+        << name << " n=" << n;
+    for (int i = length; i < length + 64; ++i) {
+      ASSERT_EQ(found[static_cast<std::size_t>(i)], untouched) << name << " n=" << n;
+    }
+  }
+}
+
 }  // namespace
 
 TEST(FrameKernels, EveryVariantProjectsToTheDefinitionsBits) {
-  forEachLength([](int n, int offset, awkward::Kind kind) {
+  forEveryKind([](int n, int offset, awkward::Kind kind) {
     const Projection projection(n, offset, kind);
     const std::vector<float> expected = projection.values(*variants()[0]);
     for (const FrameKernels* kernels : variants()) {
@@ -104,8 +136,19 @@ TEST(FrameKernels, EveryVariantProjectsToTheDefinitionsBits) {
   });
 }
 
+TEST(FrameKernels, EveryVariantProjectsAnyNumberOfTracks) {
+  Projection projection(kLongest, 1, awkward::Kind::Plain);
+  projection.makeTransformModest();
+  const std::vector<float> expected = projection.values(*variants()[0]);
+  for (const FrameKernels* kernels : variants()) {
+    expectPrefixes(expected, 2, kernels->name, [&](int n, float* values) {
+      kernels->project(projection.h.data(), projection.first(n), values);
+    });
+  }
+}
+
 TEST(FrameKernels, EveryVariantFormsTheDefinitionsDifferences) {
-  forEachLength([](int n, int offset, awkward::Kind kind) {
+  forEveryKind([](int n, int offset, awkward::Kind kind) {
     const Projection projection(n, offset, kind);
     const std::vector<float> expected = projection.rows(*variants()[0]);
     for (const FrameKernels* kernels : variants()) {
@@ -116,8 +159,21 @@ TEST(FrameKernels, EveryVariantFormsTheDefinitionsDifferences) {
   });
 }
 
+TEST(FrameKernels, EveryVariantFormsTheDifferencesOfAnyNumberOfTracks) {
+  Projection projection(kLongest, 3, awkward::Kind::Plain);
+  projection.makeTransformModest();
+  const std::vector<float> values = projection.values(*variants()[0]);
+  const std::vector<float> expected = projection.rows(*variants()[0]);
+  for (const FrameKernels* kernels : variants()) {
+    if (kernels == variants()[0]) continue;  // the definition, which `expected` is from
+    expectPrefixes(expected, 2 * kParameters, kernels->name, [&](int n, float* rows) {
+      kernels->differences(projection.h.data(), projection.first(n), values.data(), kStep, rows);
+    });
+  }
+}
+
 TEST(FrameKernels, EveryVariantFormsTheDefinitionsNormalSystem) {
-  forEachLength([](int m, int offset, awkward::Kind kind) {
+  const auto check = [](int m, int offset, awkward::Kind kind) {
     awkward::Floats floats(static_cast<std::uint32_t>(m * 16 + offset));
     const auto rows = floats.block(m * kParameters, offset, kind);
     const auto goal = floats.block(m, offset, kind);
@@ -129,23 +185,41 @@ TEST(FrameKernels, EveryVariantFormsTheDefinitionsNormalSystem) {
       ASSERT_TRUE(awkward::sameBits(system.g, expected.g, kParameters))
           << kernels->name << " m=" << m;
     }
-  });
+  };
+  forEveryKind(check);
+}
+
+TEST(FrameKernels, EveryVariantFormsTheNormalSystemOfAnyNumberOfRows) {
+  awkward::Floats floats(5);
+  const auto rows = floats.block(kLongest * kParameters, 5, awkward::Kind::Plain);
+  const auto goal = floats.block(kLongest, 5, awkward::Kind::Plain);
+  const auto values = floats.block(kLongest, 5, awkward::Kind::Plain);
+  for (int m = 0; m <= kLongest; ++m) {
+    const System expected(*variants()[0], rows.data(), goal.data(), values.data(), m);
+    for (const FrameKernels* kernels : variants()) {
+      if (kernels == variants()[0]) continue;
+      const System system(*kernels, rows.data(), goal.data(), values.data(), m);
+      ASSERT_TRUE(system.sameTriangle(expected)) << kernels->name << " m=" << m;
+      ASSERT_TRUE(awkward::sameBits(system.g, expected.g, kParameters))
+          << kernels->name << " m=" << m;
+    }
+  }
 }
 
 TEST(FrameKernels, EveryVariantFormsTheSystemOfTheDifferences) {
   int finiteSystems = 0;
   int otherSystems = 0;
-  forEachLength([&](int n, int offset, awkward::Kind kind) {
+  forEveryKind([&](int n, int offset, awkward::Kind kind) {
     Projection projection(n, offset, kind);
-    // With a transform of this size most systems are finite.
-    for (int e = 0; e < 9; ++e) projection.h.data()[e] = e % 4 == 0 ? 1.0f : 0.01f;
+    projection.makeTransformModest();
     const std::vector<float> rows = projection.rows(*variants()[0]);
     const std::vector<float> values = projection.values(*variants()[0]);
     const auto goal = projection.floats.block(2 * n, offset, awkward::Kind::Plain);
     const System expected(*variants()[0], rows.data(), goal.data(), values.data(), 2 * n);
     ++(expected.isFinite() ? finiteSystems : otherSystems);
     for (const FrameKernels* kernels : variants()) {
-      const System system(*kernels, projection, goal.data());
+      const System system(*kernels, projection.h.data(), projection.tracks, values.data(),
+                          goal.data());
       ASSERT_EQ(system.isFinite(), expected.isFinite()) << kernels->name << " n=" << n;
       if (!expected.isFinite()) continue;
       ASSERT_TRUE(system.sameTriangle(expected)) << kernels->name << " n=" << n;
@@ -155,6 +229,26 @@ TEST(FrameKernels, EveryVariantFormsTheSystemOfTheDifferences) {
   });
   EXPECT_GT(finiteSystems, 100);
   EXPECT_GT(otherSystems, 100);
+}
+
+TEST(FrameKernels, EveryVariantFormsTheSystemOfAnyNumberOfTracks) {
+  Projection projection(kLongest, 7, awkward::Kind::Plain);
+  projection.makeTransformModest();
+  const std::vector<float> values = projection.values(*variants()[0]);
+  const std::vector<float> rows = projection.rows(*variants()[0]);
+  const auto goal = projection.floats.block(2 * kLongest, 7, awkward::Kind::Plain);
+  for (int n = 0; n <= kLongest; ++n) {
+    const System expected(*variants()[0], rows.data(), goal.data(), values.data(), 2 * n);
+    ASSERT_TRUE(expected.isFinite()) << " n=" << n;
+    for (const FrameKernels* kernels : variants()) {
+      if (kernels == variants()[0]) continue;
+      const System system(*kernels, projection.h.data(), projection.first(n), values.data(),
+                          goal.data());
+      ASSERT_TRUE(system.sameTriangle(expected)) << kernels->name << " n=" << n;
+      ASSERT_TRUE(std::equal(system.g, system.g + kParameters, expected.g))
+          << kernels->name << " n=" << n;
+    }
+  }
 }
 
 TEST(FrameKernels, EveryVariantRoundsGradientsByWayOfDouble) {
