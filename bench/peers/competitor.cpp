@@ -51,6 +51,9 @@ std::vector<Competitor> competitors() {
   std::vector<Competitor> all;
   all.push_back({"plain", "the definition in plain loops", true, preparePlain});
   all.push_back({"library", "MMatchmove::solve", true, prepareLibrary});
+#ifdef CORNERPIN_BENCH_ENGINE
+  addEngine(all);
+#endif
 #ifdef CORNERPIN_BENCH_CERES
   addCeres(all);
 #endif
@@ -71,6 +74,9 @@ std::vector<Competitor> competitors() {
 
 std::vector<std::string> absentPeers() {
   return {
+#ifndef CORNERPIN_BENCH_ENGINE
+      "shot engine",
+#endif
 #ifndef CORNERPIN_BENCH_CERES
       "Ceres",
 #endif

@@ -28,7 +28,7 @@ struct Competitor {
 using Fit = Parameters (*)(const Frame&);
 Competitor framewise(const std::string& name, const std::string& settings, Fit fit);
 
-// The plain implementation, the library, then the peers of this build.
+// The plain implementation, the library, the shot layer's engine, then the peers of this build.
 std::vector<Competitor> competitors();
 
 // The peers that were not there when this was built.
@@ -38,6 +38,7 @@ std::vector<std::string> absentPeers();
 void addCeres(std::vector<Competitor>& all);
 void addCminpack(std::vector<Competitor>& all);
 void addEigen(std::vector<Competitor>& all);
+void addEngine(std::vector<Competitor>& all);
 void addGsl(std::vector<Competitor>& all);
 void addOpencv(std::vector<Competitor>& all);
 
