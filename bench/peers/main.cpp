@@ -58,6 +58,13 @@ double leastRms(const std::vector<bench::Figure>& figures) {
   return least;
 }
 
+const bench::Figure* named(const std::string& name, const std::vector<bench::Figure>& figures) {
+  for (const bench::Figure& f : figures) {
+    if (f.name == name) return &f;
+  }
+  return nullptr;
+}
+
 void print(const bench::Shot& shot, double tracks, const std::vector<bench::Figure>& figures) {
   const double plain = figures[0].microseconds.median;
   const double library = figures[1].microseconds.median;
@@ -71,6 +78,11 @@ void print(const bench::Shot& shot, double tracks, const std::vector<bench::Figu
                 q.lower, q.upper, q.median / plain, q.median / library, 100 * (f.rms / least - 1),
                 f.usesWeights ? "" : " (fits without weights)");
   }
+  const bench::Figure* engine = named("shot engine", figures);
+  const bench::Figure* tiny = named("Ceres TinySolver", figures);
+  if (engine == nullptr || tiny == nullptr) return;
+  std::printf("  %s / %s: %.2f\n", engine->name.c_str(), tiny->name.c_str(),
+              engine->microseconds.median / tiny->microseconds.median);
 }
 
 json toJson(const bench::Shot& shot, double tracks, const std::vector<bench::Figure>& figures) {
