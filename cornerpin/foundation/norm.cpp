@@ -47,14 +47,6 @@ int largestPowerOfTwoNotAbove(int n) {
   return static_cast<int>(bits & ~(bits >> 1));
 }
 
-// The k leading squares of a longer vector; k is a power of two, at least 8.
-template <class T>
-T sumOfLeadingPower(const T* p, int k) {
-  if (k == 8) return sumOfUpToEight(p, k, 1);
-  const int half = k / 2;
-  return _vector_norm2_2(p, half) + _vector_norm2_2(p + half, half);
-}
-
 // Adding one to the exponent carries into the sign bit where it is that of infinity and NaN.
 std::uint64_t exponentCarry(const double& element) {
   constexpr std::uint64_t exponent = 0x7ff0000000000000;
@@ -86,7 +78,7 @@ template <class T>
 T _vector_norm2(const T* p, int n) {
   if (n <= 8) return sumOfUpToEight(p, n, 1);
   const int k = largestPowerOfTwoNotAbove(n);
-  const T leading = sumOfLeadingPower(p, k);
+  const T leading = _vector_norm2_2(p, k);
   return k < n ? leading + _vector_norm2(p + k, n - k) : leading;
 }
 
@@ -95,7 +87,7 @@ T _vector_norm2(const T* p, int n, int stride) {
   if (n <= 8) return sumOfUpToEight(p, n, stride);
   const int k = largestPowerOfTwoNotAbove(n);
   // Contiguous whatever the stride; only the tail steps by it.
-  const T leading = sumOfLeadingPower(p, k);
+  const T leading = _vector_norm2_2(p, k);
   if (k == n) return leading;
   return leading + _vector_norm2(p + static_cast<std::ptrdiff_t>(k) * stride, n - k, stride);
 }

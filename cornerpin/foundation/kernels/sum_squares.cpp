@@ -20,17 +20,21 @@ int sumSquaresVariants(SumSquaresVariant variants[2]) {
 }
 
 namespace {
-SumSquares chosen = nullptr;
+
+SumSquares best() {
+  SumSquaresVariant variants[2];
+  return variants[sumSquaresVariants(variants) - 1].run;
 }
 
-SumSquares sumSquares() {
-  static const SumSquares best = [] {
-    SumSquaresVariant variants[2];
-    return variants[sumSquaresVariants(variants) - 1].run;
-  }();
-  return chosen != nullptr ? chosen : best;
+SumSquares& chosen() {
+  static SumSquares variant = best();
+  return variant;
 }
 
-void useSumSquares(SumSquares variant) { chosen = variant; }
+}  // namespace
+
+SumSquares sumSquares() { return chosen(); }
+
+void useSumSquares(SumSquares variant) { chosen() = variant != nullptr ? variant : best(); }
 
 }  // namespace cornerpin::kernels

@@ -28,15 +28,22 @@ const FrameKernelsList& frameKernelVariants() {
 }
 
 namespace {
-const FrameKernels* chosen = nullptr;
+
+const FrameKernels* best() {
+  return frameKernelVariants().variants[frameKernelVariants().count - 1];
 }
 
-const FrameKernels& frameKernels() {
-  static const FrameKernels* const best =
-      frameKernelVariants().variants[frameKernelVariants().count - 1];
-  return chosen != nullptr ? *chosen : *best;
+const FrameKernels*& chosen() {
+  static const FrameKernels* variant = best();
+  return variant;
 }
 
-void useFrameKernels(const FrameKernels* kernels) { chosen = kernels; }
+}  // namespace
+
+const FrameKernels& frameKernels() { return *chosen(); }
+
+void useFrameKernels(const FrameKernels* kernels) {
+  chosen() = kernels != nullptr ? kernels : best();
+}
 
 }  // namespace cornerpin::kernels
