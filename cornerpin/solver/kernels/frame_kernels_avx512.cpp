@@ -118,7 +118,7 @@ struct Sums {
     _mm512_storeu_pd(lanes + 8, y);
     _mm512_storeu_pd(lanes + 16, rest);
     _mm256_storeu_pd(lanes + 24, shared);
-    for (int i = 0; i < kParameters; ++i) {
+    for (std::ptrdiff_t i = 0; i < kParameters; ++i) {
       _mm512_storeu_pd(to + i * kParameters, _mm512_setzero_pd());
     }
     for (int e = 0; e < 27; ++e) to[kRow[e] * kParameters + kColumn[e]] = lanes[e];
