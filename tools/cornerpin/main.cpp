@@ -357,7 +357,7 @@ void guardUnfinishedFiles() {
     ::sigaction(signal, nullptr, &action);
     if (action.sa_handler == SIG_IGN) continue;
     action.sa_handler = removeAndEnd;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     ::sigaction(signal, &action, nullptr);
   }
 }
