@@ -136,7 +136,7 @@ class Fitter {
 }  // namespace
 
 double ErrorModel::scale() const {
-  const double median = freedom * (std::pow(2.0, 2.0 / freedom) - 1.0);
+  const double median = freedom * (std::exp2(2.0 / freedom) - 1.0);
   return sigma * std::sqrt(median / 1.3862943611198906);
 }
 

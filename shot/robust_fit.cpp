@@ -253,7 +253,8 @@ const char* nameOf(Stage stage) {
 
 double lossWeight(Loss loss, double residual, double width) {
   const double part = residual / width;
-  if (loss == Loss::Tukey) return part < 1.0 ? std::pow(1.0 - part * part, 2) : 0.0;
+  const double rest = 1.0 - part * part;
+  if (loss == Loss::Tukey) return part < 1.0 ? rest * rest : 0.0;
   if (loss == Loss::Cauchy) return 1.0 / (1.0 + part * part);
   return loss == Loss::Huber && part > 1.0 ? 1.0 / part : 1.0;
 }
