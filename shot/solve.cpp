@@ -22,6 +22,7 @@ namespace {
 constexpr std::size_t kFewestTracks = 4;
 constexpr int kBaseRow = 0;  // of the two frames in the scene
 constexpr int kFrameRow = 1;
+constexpr const char* kOnOneLine = "all its tracks but one, or all of them, lie on one line";
 
 Point place(const Observation& o) { return {o.x, o.y}; }
 
@@ -313,9 +314,10 @@ class ShotSolver {
     if (!inGeneralPosition(active_.base)) {
       return "all its tracks but one, or all of them, lie on one line in the base frame";
     }
-    if (!inGeneralPosition(active_.here)) {
-      return "all its tracks but one, or all of them, lie on one line";
-    }
+    // Far-off tracks may make the others look like one place: where bad ones can be told, the good
+    // ones are looked at instead.
+    const bool tellsBad = result_.loss != Loss::None && active_.size() >= kFewestForRobust;
+    if (!tellsBad && !inGeneralPosition(active_.here)) return kOnOneLine;
     if (result_.loss != Loss::None && !isSpread(active_.base)) {
       return "its tracks lie too close together or too near one line in the base frame";
     }
@@ -355,6 +357,10 @@ class ShotSolver {
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
       if (!library.reason.empty()) fit.reason = library.reason;
+      if (!fit.robust.found && !inGeneralPosition(active_.here)) {
+        fit.supported = false;
+        fit.reason = kOnOneLine;
+      }
       return fit;
     }
     fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
