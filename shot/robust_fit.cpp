@@ -82,7 +82,7 @@ bool alike(const CoreFit& a, const CoreFit& b) {
 class Search {
  public:
   Search(const Matches& matches, const RobustOptions& options)
-      : matches_(matches), options_(options) {}
+      : matches_(matches), options_(options), votes_(votesOf(matches)) {}
 
   // A start near the answer may still have all matches off by the motion of a frame.
   void from(const Start& start) {
@@ -165,7 +165,7 @@ class Search {
     const double least = likelyScale() * likelyScale();
     double sum = 0.0;
     for (std::size_t i = 0; i < squares_.size(); ++i)
-      sum += matches_.w2()[i] * roughLog2(std::min(squares_[i], kFarthest) + least);
+      sum += votes_[i] * roughLog2(std::min(squares_[i], kFarthest) + least);
     return sum;
   }
 
@@ -179,6 +179,7 @@ class Search {
 
   const Matches& matches_;
   const RobustOptions& options_;
+  std::vector<double> votes_;
   std::vector<CoreFit> seen_;
   CoreFit best_;
   double bestScore_ = kInfinity;

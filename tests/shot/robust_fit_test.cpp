@@ -199,6 +199,35 @@ TEST(RobustFit, BendsEveryLossAtTheScaleOfTheGoodTracks) {
   }
 }
 
+// Three matches that a transform meets whatever they are say nothing of the others' errors.
+TEST(RobustFit, TakesTheScaleFromAllMatchesWhereAFewWeighMost) {
+  const Point corners[] = {{-0.9, -0.8}, {0.9, -0.9}, {0.1, 0.9}};
+  for (double heavy : {10.0, 1e3, 1e6}) {
+    for (unsigned seed = kSeed; seed < kSeed + 10; ++seed) {
+      const Shot all = normalShot(48, 12, 1e-3, seed);
+      Shot shot;
+      for (std::size_t i = 0; i < all.matches.size(); ++i) {
+        Match m = all.matches[i];
+        if (i < 3) {
+          const Point on = map(kView, m.from);
+          m.from = corners[i];
+          const Point moved = map(kView, m.from);
+          m.to = {m.to.x + moved.x - on.x, m.to.y + moved.y - on.y};
+          m.weight = heavy;
+        }
+        shot.matches.add(m);
+        shot.confidence.push_back(m.weight);
+      }
+      const RobustFit fit = fitOf(shot);
+      ASSERT_TRUE(fit.found) << heavy << " seed " << seed;
+      // What the heavy ones are off by adds to the others.
+      EXPECT_GT(fit.scale, 0.7e-3) << heavy << " seed " << seed;
+      EXPECT_LT(fit.scale, 2e-3) << heavy << " seed " << seed;
+      EXPECT_NEAR(static_cast<double>(fit.inliers), 48.0, 3.0) << heavy << " seed " << seed;
+    }
+  }
+}
+
 TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
   EXPECT_EQ(lossWeight(Loss::None, 5.0, 1.0), 1.0);
   EXPECT_EQ(lossWeight(Loss::Tukey, 0.5, 1.0), 0.5625);
