@@ -228,6 +228,46 @@ TEST(RobustFit, TakesTheScaleFromAllMatchesWhereAFewWeighMost) {
   }
 }
 
+// As a tracker leaves those that it lost; any place is met by all of them at once.
+TEST(RobustFit, IsNotDrawnToMatchesThatStandAtOnePlace) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(60, 0, 1e-3, seed);
+    const Homography toOnePlace = {{{0, 0, 0.9}, {0, 0, 0.8}, {0, 0, 1}}};
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      const Point on = map(kView, m.from);
+      if (i < 36) m.to = {0.9 + m.to.x - on.x, 0.8 + m.to.y - on.y};
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Library, toOnePlace}, {Stage::Neighbour, kIdentity}},
+                    shot.confidence, {});
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
+  }
+}
+
+TEST(RobustFit, IsNotDrawnToMatchesThatStandOnOneLine) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(60, 0, 1e-3, seed);
+    const Homography toOneLine = {{{0, 0, -1}, {0, 1, 0}, {0, 0, 1}}};
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      if (i < 36) m.to.x += -1.0 - map(kView, m.from).x;
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Library, toOneLine}, {Stage::Neighbour, kIdentity}},
+                    shot.confidence, {});
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
+  }
+}
+
 TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
   EXPECT_EQ(lossWeight(Loss::None, 5.0, 1.0), 1.0);
   EXPECT_EQ(lossWeight(Loss::Tukey, 0.5, 1.0), 0.5625);
