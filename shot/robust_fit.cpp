@@ -26,7 +26,7 @@ constexpr double kMostSpread = 2.0;  // of the scale, in standard errors or so
 
 // What speaks against a core beforehand.
 constexpr double kForHeavyTails = 2.0;  // in units of the score
-constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm since the frame searched last
+constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm over the expected one's
 
 constexpr double kLikelyScale = 1e-3;  // of good tracks, where no frame before tells
 constexpr double kLargeScale = 0.01;   // explains too much to end the drawing of samples

@@ -20,6 +20,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kFewestTracks = 4;
+constexpr std::size_t kScalesExpectedFrom = 5;
 constexpr int kBaseRow = 0;  // of the two frames in the scene
 constexpr int kFrameRow = 1;
 constexpr const char* kOnOneLine = "all its tracks but one, or all of them, lie on one line";
@@ -185,7 +186,7 @@ class ShotSolver {
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
     chainBroken_ = false;
     history_.assign(base_.size(), {});
-    expectedScale_ = 0.0;
+    searchedScales_.clear();
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
@@ -352,7 +353,7 @@ class ShotSolver {
     starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
     Fit fit;
     fit.robust =
-        fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale_});
+        fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale()});
     fit.reason = whyUnfit(fit.robust);
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
@@ -366,8 +367,20 @@ class ShotSolver {
     fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
     fit.transform = toFloat(conditioned(fit.h, conditioning_));
     if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
-    if (fit.robust.searched) expectedScale_ = fit.robust.scale;
+    if (fit.robust.searched) searchedScales_.push_back(fit.robust.scale);
     return fit;
+  }
+
+  // The median of the last ones, so that one frame that went wrong does not excuse the next; 0 at
+  // first.
+  double expectedScale() const {
+    const std::size_t count = std::min(searchedScales_.size(), kScalesExpectedFrom);
+    if (count == 0) return 0.0;
+    std::vector<double> last(searchedScales_.end() - static_cast<std::ptrdiff_t>(count),
+                             searchedScales_.end());
+    const auto middle = last.begin() + static_cast<std::ptrdiff_t>((count - 1) / 2);
+    std::nth_element(last.begin(), middle, last.end());
+    return *middle;
   }
 
   // Empty when the good tracks fix the transform.
@@ -439,8 +452,8 @@ class ShotSolver {
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
   Active active_;
-  double expectedScale_ = 0.0;  // the last one searched for in the sweep
-  bool chainBroken_ = false;    // some frame of the sweep was not fitted from its neighbour
+  std::vector<double> searchedScales_;  // of the sweep's frames in which the core was searched
+  bool chainBroken_ = false;            // some frame of the sweep was not fitted from its neighbour
   std::size_t done_ = 0;
 };
 
