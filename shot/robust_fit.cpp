@@ -214,7 +214,16 @@ std::string share(std::size_t part, std::size_t whole) {
   return fmt::format("{} of {} tracks", part, whole);
 }
 
-// The engine's fit with the loss at the core's scale.
+Matches inFront(const Matches& matches, const Homography& h) {
+  Matches result;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    if (denominator(h, matches.from(i)) > kHorizon) result.add(matches[i]);
+  }
+  return result;
+}
+
+// The engine's fit with the loss at the core's scale. A match behind the core's horizon is a bad
+// one, for which only Tukey's loss has a finite cost.
 RobustFit finished(const Matches& matches, const Search& search, Loss loss) {
   RobustFit fit;
   fit.searched = true;
@@ -226,7 +235,8 @@ RobustFit finished(const Matches& matches, const Search& search, Loss loss) {
   FitOptions options;
   options.loss = loss;
   options.width = fit.width;
-  const HomographyFit engine = fitHomography(matches, search.core().h, options);
+  const HomographyFit engine =
+      fitHomography(inFront(matches, search.core().h), search.core().h, options);
   fit.found = std::isfinite(engine.cost) && isFinite(engine.h);
   fit.h = engine.h;
   fit.inlier = inliersOf(matches, fit.h, fit.scale);

@@ -268,6 +268,23 @@ TEST(RobustFit, IsNotDrawnToMatchesThatStandOnOneLine) {
   }
 }
 
+TEST(RobustFit, HoldsWithABadMatchBehindTheHorizonWhateverTheLoss) {
+  Shot shot = normalShot(60, 10, 1e-3);
+  shot.matches.add({{-20.0, 0.0}, {0.1, 0.2}, 1.0});
+  shot.confidence.push_back(1.0);
+  ASSERT_LT(denominator(kView, {-20.0, 0.0}), 0.0);
+  for (Loss loss : {Loss::Tukey, Loss::Cauchy, Loss::Huber}) {
+    RobustOptions options;
+    options.loss = loss;
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+    ASSERT_TRUE(fit.found) << static_cast<int>(loss);
+    EXPECT_LT(cornerError(fit.h), 4e-3) << static_cast<int>(loss);
+    EXPECT_EQ(fit.inliers, 60u);
+    EXPECT_FALSE(fit.inlier.back());
+  }
+}
+
 TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
   EXPECT_EQ(lossWeight(Loss::None, 5.0, 1.0), 1.0);
   EXPECT_EQ(lossWeight(Loss::Tukey, 0.5, 1.0), 0.5625);
