@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "shot/homography_fit.h"
 
@@ -18,6 +19,7 @@ constexpr double kSame = 3e-3;  // relative change of sigma, and change of h in 
 constexpr double kLikelySigma = 1e-3;
 constexpr double kMostStrays = 0.95;
 constexpr double kLeastArea = 1e-6;
+constexpr std::size_t kFewestFullVotes = 8;
 
 // Of the box around the matches' places.
 double areaOf(const Matches& matches) {
@@ -43,10 +45,10 @@ double tail(double q, int freedom) {
 class Fitter {
  public:
   Fitter(const Matches& matches, const Homography& start, const ErrorModel& errors)
-      : matches_(matches), weighted_(matches), strayDensity_(1.0 / areaOf(matches)) {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < matches.size(); ++i) sum += matches.w2()[i];
-    perWeight_ = static_cast<double>(matches.size()) / sum;
+      : matches_(matches),
+        weighted_(matches),
+        votes_(votesOf(matches)),
+        strayDensity_(1.0 / areaOf(matches)) {
     fit_.h = start;
     fit_.errors = errors;
     factors_.resize(matches.size());
@@ -97,10 +99,9 @@ class Fitter {
       const double near = density * tail(q, errors.freedom);
       const double share = near / (near + strays);
       factors_[i] = share * (freedom + 2.0) / (freedom * (1.0 + q));
-      const double weight = matches_.w2()[i] * perWeight_;
-      good += weight * share;
-      sum += weight * factors_[i];
-      spread += weight * factors_[i] * squares_[i];
+      good += votes_[i] * share;
+      sum += votes_[i] * factors_[i];
+      spread += votes_[i] * factors_[i] * squares_[i];
     }
     const double count = static_cast<double>(squares_.size());
     const double left = std::max(2.0 * good - kParameters, 0.5 * good);
@@ -118,7 +119,7 @@ class Fitter {
     double score = -kParameters * std::log(std::min(errors.sigma, kLikelySigma));
     for (std::size_t i = 0; i < squares_.size(); ++i) {
       const double near = density * tail(squares_[i] * perSquare, errors.freedom);
-      score -= matches_.w2()[i] * perWeight_ * std::log(near + errors.strays * strayDensity_);
+      score -= votes_[i] * std::log(near + errors.strays * strayDensity_);
     }
     fit_.found = std::isfinite(score) && isFinite(fit_.h);
     if (fit_.found) fit_.score = score;
@@ -126,8 +127,8 @@ class Fitter {
 
   const Matches& matches_;
   Matches weighted_;
+  std::vector<double> votes_;
   double strayDensity_;
-  double perWeight_ = 1.0;
   CoreFit fit_;
   std::vector<double> squares_;
   std::vector<double> factors_;
@@ -142,6 +143,19 @@ double ErrorModel::scale() const {
 
 CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors) {
   return Fitter(matches, start, errors).run();
+}
+
+std::vector<double> votesOf(const Matches& matches) {
+  std::vector<double> votes(matches.w2(), matches.w2() + matches.size());
+  const std::size_t full = std::min(std::max(votes.size() / 4, kFewestFullVotes), votes.size());
+  std::vector<double> sorted = votes;
+  const auto place = sorted.begin() + static_cast<std::ptrdiff_t>(full - 1);
+  std::nth_element(sorted.begin(), place, sorted.end(), std::greater<>());
+  double sum = 0.0;
+  for (double& vote : votes) sum += vote = std::min(vote, *place);
+  const double perVote = static_cast<double>(votes.size()) / sum;
+  for (double& vote : votes) vote *= perVote;
+  return votes;
 }
 
 void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares) {

@@ -41,11 +41,17 @@ struct CoreFit {
 /// weighs the matches by how likely they are no strays and by how far out in the tails they lie,
 /// takes one Gauss-Newton step and sets sigma and the share of strays anew.
 ///
-/// A weight w counts a match's logarithmic likelihood w^2 times, relative to the mean.
+/// The steps take the weights in full, the likelihood takes them as `votesOf` has them.
 ///
 /// K. L. Lange, R. J. A. Little, J. M. G. Taylor, "Robust statistical modeling using the t
 /// distribution", Journal of the American Statistical Association 84 (1989).
 CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors);
+
+/// How often each match's logarithmic likelihood counts: as its squared weight, relative to the
+/// mean. None counts more than the eighth heaviest or, of more than 32, the upper quartile's:
+/// weights say how much a match pulls, and a few heavy ones, which a transform meets whatever they
+/// are, tell nothing of the errors.
+std::vector<double> votesOf(const Matches& matches);
 
 /// The squared distances between the matches' images under h and their places; infinite on and
 /// behind the horizon.

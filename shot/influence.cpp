@@ -80,8 +80,8 @@ std::vector<TrackInfluence> influencesOf(const FittedFrame& frame, const Quad& c
     const Match& m = frame.matches[i];
     if (!counts(m)) continue;
     result[i].weight = m.weight;
-    result[i].leverage =
-        fit.isDetermined() ? m.weight * m.weight * fit.responseAt(m.from).trace() / 2.0 : kNone;
+    const double leverage = m.weight * m.weight * fit.responseAt(m.from).trace() / 2.0;
+    result[i].leverage = fit.isDetermined() ? std::clamp(leverage, 0.0, 1.0) : kNone;
     Parameters step{};
     const bool fixed = fit.isDetermined() && stepWithout(fit, m, residualOf(frame, m), step);
     result[i].influence = fixed ? worstMove(fit, step, corners) : kNone;

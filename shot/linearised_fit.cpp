@@ -14,6 +14,10 @@ namespace {
 
 constexpr std::size_t kSize = 8;
 
+// By how much more than alone a parameter may vary beside the others: from there on, no more than
+// three digits of the inverse are left.
+constexpr double kMostInflation = 1e12;
+
 Homography conditioned(const Homography& h, const Conditioning& from, const Conditioning& to) {
   return unconditioned(h, from.inverse(), to.inverse());
 }
@@ -81,12 +85,17 @@ void LinearisedFit::invert(const std::vector<Match>& matches) {
       }
     }
   }
+  Parameters diagonal{};
+  for (std::size_t i = 0; i < kSize; ++i) diagonal[i] = inverse_[i * kSize + i];
   const int n = static_cast<int>(kSize);
   int info = 0;
   dpotrf_("U", &n, inverse_.data(), &n, &info, 1);
   if (info != 0) return;
   dpotri_("U", &n, inverse_.data(), &n, &info, 1);
   determined_ = info == 0;
+  for (std::size_t i = 0; i < kSize; ++i) {
+    determined_ = determined_ && inverse_[i * kSize + i] * diagonal[i] < kMostInflation;
+  }
   for (std::size_t j = 0; j < kSize; ++j) {
     for (std::size_t i = 0; i <= j; ++i) {
       inverse_[j * kSize + i] /= largest * largest;

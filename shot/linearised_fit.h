@@ -46,8 +46,9 @@ class LinearisedFit {
  public:
   explicit LinearisedFit(const FittedFrame& frame);
 
-  /// False when the tracks of a weight above 0 do not fix the parameters; the rest then means
-  /// nothing.
+  /// False when the tracks of a weight above 0 do not fix the parameters, or so weakly (also by
+  /// weights a million times smaller than others) that A has no inverse in double precision; the
+  /// rest then means nothing.
   bool isDetermined() const { return determined_; }
 
   /// One pixel of the frame in the coordinates of the slopes.

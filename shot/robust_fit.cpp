@@ -26,13 +26,14 @@ constexpr double kMostSpread = 2.0;  // of the scale, in standard errors or so
 
 // What speaks against a core beforehand.
 constexpr double kForHeavyTails = 2.0;  // in units of the score
-constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm since the frame searched last
+constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm over the expected one's
 
 constexpr double kLikelyScale = 1e-3;  // of good tracks, where no frame before tells
 constexpr double kLargeScale = 0.01;   // explains too much to end the drawing of samples
 constexpr double kFarthest = 4.0;      // square of the distance from where on all are as bad
+constexpr double kLeastWidth = 2.0;    // of half the surface, in sigmas
 constexpr double kSameCore = 0.05;     // in sigmas
-constexpr std::size_t kRefinedSamples = 4;
+constexpr std::ptrdiff_t kRefinedSamples = 4;
 
 // In sigmas of the core: where the loss bends.
 double bendOf(Loss loss) {
@@ -78,11 +79,33 @@ bool alike(const CoreFit& a, const CoreFit& b) {
   return a.errors.freedom == b.errors.freedom && std::fabs(a.errors.sigma - b.errors.sigma) <= most;
 }
 
+// The least length that a small step of length 1 at p becomes, or down to 0.7 of it.
+double leastGrowth(const Homography& h, Point p) {
+  const Point q = map(h, p);
+  const double ux = h[0][0] - q.x * h[2][0], uy = h[0][1] - q.x * h[2][1];
+  const double vx = h[1][0] - q.y * h[2][0], vy = h[1][1] - q.y * h[2][1];
+  return std::fabs(ux * vy - uy * vx) / std::sqrt(ux * ux + uy * uy + vx * vx + vy * vy) /
+         denominator(h, p);
+}
+
+// Whether the core flattens the surface around most of its good matches to hardly more than their
+// errors. Matches that stand at one place or on one line, as stuck tracks do, are met so whatever
+// they show.
+bool isFlattened(const Matches& matches, const CoreFit& core) {
+  const double least = kLeastWidth * core.errors.sigma;
+  const std::vector<bool> inlier = inliersOf(matches, core.h, core.errors.scale());
+  std::size_t flat = 0;
+  for (std::size_t i = 0; i < inlier.size(); ++i) {
+    if (inlier[i] && !(leastGrowth(core.h, matches.from(i)) > least)) ++flat;
+  }
+  return 2 * flat > countOf(inlier);
+}
+
 // Looks from each start for the core that explains the matches best.
 class Search {
  public:
   Search(const Matches& matches, const RobustOptions& options)
-      : matches_(matches), options_(options) {}
+      : matches_(matches), options_(options), votes_(votesOf(matches)) {}
 
   // A start near the answer may still have all matches off by the motion of a frame.
   void from(const Start& start) {
@@ -105,14 +128,14 @@ class Search {
       const auto place =
           std::upper_bound(best.begin(), best.end(), sample.score,
                            [](double score, const Sample& other) { return score < other.score; });
-      if (place == best.begin()) {
-        const CoreFit core = fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1});
-        // A coarse fit of many does not end the search for a close one of few.
-        if (core.found && core.errors.scale() <= kLargeScale)
-          needed = QuadSamples::needed(inliersOf(core), matches_.size());
-      }
+      if (place - best.begin() == kRefinedSamples) continue;
+      const CoreFit core = fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1});
+      if (!core.found || isFlattened(matches_, core)) continue;
+      // A coarse fit of many does not end the search for a close one of few.
+      if (place == best.begin() && core.errors.scale() <= kLargeScale)
+        needed = QuadSamples::needed(inliersOf(core), matches_.size());
       best.insert(place, sample);
-      best.resize(std::min(best.size(), kRefinedSamples));
+      if (best.end() - best.begin() > kRefinedSamples) best.pop_back();
     }
     for (const Sample& one : best)
       walk({Stage::Sampled, one.h}, {1, 2, 4, 16}, 2.0 * likelyScale());
@@ -153,7 +176,7 @@ class Search {
       const double growth = std::log(core.errors.scale() / options_.expected) / kUsualGrowth;
       if (growth > 0.0) score += 0.5 * growth * growth;
     }
-    if (score >= bestScore_) return;
+    if (score >= bestScore_ || isFlattened(matches_, core)) return;
     bestScore_ = score;
     best_ = core;
     stage_ = stage;
@@ -165,7 +188,7 @@ class Search {
     const double least = likelyScale() * likelyScale();
     double sum = 0.0;
     for (std::size_t i = 0; i < squares_.size(); ++i)
-      sum += matches_.w2()[i] * roughLog2(std::min(squares_[i], kFarthest) + least);
+      sum += votes_[i] * roughLog2(std::min(squares_[i], kFarthest) + least);
     return sum;
   }
 
@@ -179,6 +202,7 @@ class Search {
 
   const Matches& matches_;
   const RobustOptions& options_;
+  std::vector<double> votes_;
   std::vector<CoreFit> seen_;
   CoreFit best_;
   double bestScore_ = kInfinity;
@@ -190,7 +214,16 @@ std::string share(std::size_t part, std::size_t whole) {
   return fmt::format("{} of {} tracks", part, whole);
 }
 
-// The engine's fit with the loss at the core's scale.
+Matches inFront(const Matches& matches, const Homography& h) {
+  Matches result;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    if (denominator(h, matches.from(i)) > kHorizon) result.add(matches[i]);
+  }
+  return result;
+}
+
+// The engine's fit with the loss at the core's scale. A match behind the core's horizon is a bad
+// one, for which only Tukey's loss has a finite cost.
 RobustFit finished(const Matches& matches, const Search& search, Loss loss) {
   RobustFit fit;
   fit.searched = true;
@@ -202,7 +235,8 @@ RobustFit finished(const Matches& matches, const Search& search, Loss loss) {
   FitOptions options;
   options.loss = loss;
   options.width = fit.width;
-  const HomographyFit engine = fitHomography(matches, search.core().h, options);
+  const HomographyFit engine =
+      fitHomography(inFront(matches, search.core().h), search.core().h, options);
   fit.found = std::isfinite(engine.cost) && isFinite(engine.h);
   fit.h = engine.h;
   fit.inlier = inliersOf(matches, fit.h, fit.scale);

@@ -20,8 +20,10 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kFewestTracks = 4;
+constexpr std::size_t kScalesExpectedFrom = 5;
 constexpr int kBaseRow = 0;  // of the two frames in the scene
 constexpr int kFrameRow = 1;
+constexpr const char* kOnOneLine = "all its tracks but one, or all of them, lie on one line";
 
 Point place(const Observation& o) { return {o.x, o.y}; }
 
@@ -184,7 +186,7 @@ class ShotSolver {
   void sweep(int step, int last, MGenMatrix<float> neighbour) {
     chainBroken_ = false;
     history_.assign(base_.size(), {});
-    expectedScale_ = 0.0;
+    searchedScales_.clear();
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
@@ -313,9 +315,10 @@ class ShotSolver {
     if (!inGeneralPosition(active_.base)) {
       return "all its tracks but one, or all of them, lie on one line in the base frame";
     }
-    if (!inGeneralPosition(active_.here)) {
-      return "all its tracks but one, or all of them, lie on one line";
-    }
+    // Far-off tracks may make the others look like one place: where bad ones can be told, the good
+    // ones are looked at instead.
+    const bool tellsBad = result_.loss != Loss::None && active_.size() >= kFewestForRobust;
+    if (!tellsBad && !inGeneralPosition(active_.here)) return kOnOneLine;
     if (result_.loss != Loss::None && !isSpread(active_.base)) {
       return "its tracks lie too close together or too near one line in the base frame";
     }
@@ -350,18 +353,34 @@ class ShotSolver {
     starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
     Fit fit;
     fit.robust =
-        fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale_});
+        fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale()});
     fit.reason = whyUnfit(fit.robust);
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
       if (!library.reason.empty()) fit.reason = library.reason;
+      if (!fit.robust.found && !inGeneralPosition(active_.here)) {
+        fit.supported = false;
+        fit.reason = kOnOneLine;
+      }
       return fit;
     }
     fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
     fit.transform = toFloat(conditioned(fit.h, conditioning_));
     if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
-    if (fit.robust.searched) expectedScale_ = fit.robust.scale;
+    if (fit.robust.searched) searchedScales_.push_back(fit.robust.scale);
     return fit;
+  }
+
+  // The median of the last ones, so that one frame that went wrong does not excuse the next; 0 at
+  // first.
+  double expectedScale() const {
+    const std::size_t count = std::min(searchedScales_.size(), kScalesExpectedFrom);
+    if (count == 0) return 0.0;
+    std::vector<double> last(searchedScales_.end() - static_cast<std::ptrdiff_t>(count),
+                             searchedScales_.end());
+    const auto middle = last.begin() + static_cast<std::ptrdiff_t>((count - 1) / 2);
+    std::nth_element(last.begin(), middle, last.end());
+    return *middle;
   }
 
   // Empty when the good tracks fix the transform.
@@ -433,8 +452,8 @@ class ShotSolver {
   std::vector<Observation> base_;  // per track of the scene, its observation in the base frame
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
   Active active_;
-  double expectedScale_ = 0.0;  // the last one searched for in the sweep
-  bool chainBroken_ = false;    // some frame of the sweep was not fitted from its neighbour
+  std::vector<double> searchedScales_;  // of the sweep's frames in which the core was searched
+  bool chainBroken_ = false;            // some frame of the sweep was not fitted from its neighbour
   std::size_t done_ = 0;
 };
 

@@ -199,6 +199,92 @@ TEST(RobustFit, BendsEveryLossAtTheScaleOfTheGoodTracks) {
   }
 }
 
+// Three matches that a transform meets whatever they are say nothing of the others' errors.
+TEST(RobustFit, TakesTheScaleFromAllMatchesWhereAFewWeighMost) {
+  const Point corners[] = {{-0.9, -0.8}, {0.9, -0.9}, {0.1, 0.9}};
+  for (double heavy : {10.0, 1e3, 1e6}) {
+    for (unsigned seed = kSeed; seed < kSeed + 10; ++seed) {
+      const Shot all = normalShot(48, 12, 1e-3, seed);
+      Shot shot;
+      for (std::size_t i = 0; i < all.matches.size(); ++i) {
+        Match m = all.matches[i];
+        if (i < 3) {
+          const Point on = map(kView, m.from);
+          m.from = corners[i];
+          const Point moved = map(kView, m.from);
+          m.to = {m.to.x + moved.x - on.x, m.to.y + moved.y - on.y};
+          m.weight = heavy;
+        }
+        shot.matches.add(m);
+        shot.confidence.push_back(m.weight);
+      }
+      const RobustFit fit = fitOf(shot);
+      ASSERT_TRUE(fit.found) << heavy << " seed " << seed;
+      // What the heavy ones are off by adds to the others.
+      EXPECT_GT(fit.scale, 0.7e-3) << heavy << " seed " << seed;
+      EXPECT_LT(fit.scale, 2e-3) << heavy << " seed " << seed;
+      EXPECT_NEAR(static_cast<double>(fit.inliers), 48.0, 3.0) << heavy << " seed " << seed;
+    }
+  }
+}
+
+// As a tracker leaves those that it lost; any place is met by all of them at once.
+TEST(RobustFit, IsNotDrawnToMatchesThatStandAtOnePlace) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(60, 0, 1e-3, seed);
+    const Homography toOnePlace = {{{0, 0, 0.9}, {0, 0, 0.8}, {0, 0, 1}}};
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      const Point on = map(kView, m.from);
+      if (i < 36) m.to = {0.9 + m.to.x - on.x, 0.8 + m.to.y - on.y};
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Library, toOnePlace}, {Stage::Neighbour, kIdentity}},
+                    shot.confidence, {});
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
+  }
+}
+
+TEST(RobustFit, IsNotDrawnToMatchesThatStandOnOneLine) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(60, 0, 1e-3, seed);
+    const Homography toOneLine = {{{0, 0, -1}, {0, 1, 0}, {0, 0, 1}}};
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      if (i < 36) m.to.x += -1.0 - map(kView, m.from).x;
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Library, toOneLine}, {Stage::Neighbour, kIdentity}},
+                    shot.confidence, {});
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
+  }
+}
+
+TEST(RobustFit, HoldsWithABadMatchBehindTheHorizonWhateverTheLoss) {
+  Shot shot = normalShot(60, 10, 1e-3);
+  shot.matches.add({{-20.0, 0.0}, {0.1, 0.2}, 1.0});
+  shot.confidence.push_back(1.0);
+  ASSERT_LT(denominator(kView, {-20.0, 0.0}), 0.0);
+  for (Loss loss : {Loss::Tukey, Loss::Cauchy, Loss::Huber}) {
+    RobustOptions options;
+    options.loss = loss;
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+    ASSERT_TRUE(fit.found) << static_cast<int>(loss);
+    EXPECT_LT(cornerError(fit.h), 4e-3) << static_cast<int>(loss);
+    EXPECT_EQ(fit.inliers, 60u);
+    EXPECT_FALSE(fit.inlier.back());
+  }
+}
+
 TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
   EXPECT_EQ(lossWeight(Loss::None, 5.0, 1.0), 1.0);
   EXPECT_EQ(lossWeight(Loss::Tukey, 0.5, 1.0), 0.5625);

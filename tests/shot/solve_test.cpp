@@ -305,6 +305,57 @@ TEST(SolveShot, HoldsTheNeighbourNearerToTheBaseInTheBackwardSweep) {
   EXPECT_EQ(result.frames[0].status, Status::Solved);
 }
 
+// Beside it the others look like one place.
+TEST(SolveShot, SolvesBesideATrackThatIsFlungFarAway) {
+  Tracks tracks;
+  for (int f : {0, 1}) {
+    seeAll(tracks, f);
+    for (int t = 5; t < 9; ++t) see(tracks, t, f, map(motion(f), {70.0 * t, 30.0 * (t % 4) + 150}));
+    see(tracks, 9, f, f == 0 ? Point{200, 200} : Point{1e7, -1e7});
+  }
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const FrameResult frame = solveShot(tracks, options).frames[1];
+  EXPECT_EQ(frame.status, Status::Solved);
+  EXPECT_EQ(frame.inliers, 9);
+  EXPECT_LT(errorAtCorners(frame), 1e-3);
+}
+
+// Frame 6 is blurred; in the others one track of eight is 15 px off.
+TEST(SolveShot, TellsABadTrackBehindAFrameThatIsBlurred) {
+  std::mt19937 random(7);
+  const auto noise = [&] { return static_cast<double>(random()) / 2147483648.0 - 1.0; };
+  Tracks tracks;
+  for (int f = 0; f < 8; ++f) {
+    for (int t = 0; t < 8; ++t) {
+      const Point p = map(motion(f), {60.0 + 140 * (t % 4), 80.0 + 300 * (t / 4) + 25 * (t % 3)});
+      const double size = f == 0 ? 0.0 : f == 6 ? 30.0 : 0.5;
+      see(tracks, t, f, {p.x + size * noise() + (f > 0 && t == 3 ? 15 : 0), p.y + size * noise()});
+    }
+  }
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const FrameResult frame = solveShot(tracks, options).frames[7];
+  EXPECT_EQ(frame.inliers, 7);
+  EXPECT_LT(errorAtCorners(frame), 3.0);
+}
+
+TEST(SolveShot, GivesManyTracksOnALineASimilarity) {
+  Tracks tracks;
+  for (int f : {0, 1}) {
+    for (int t = 0; t < 9; ++t) {
+      const Point p = {70.0 * t, f == 0 ? 90.0 * (t % 4) : 20.0 * t};
+      see(tracks, t, f, p);
+    }
+  }
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const FrameResult frame = solveShot(tracks, options).frames[1];
+  EXPECT_EQ(frame.status, Status::Reduced);
+  EXPECT_EQ(frame.model, Model::Similarity);
+  EXPECT_EQ(frame.reason, "all its tracks but one, or all of them, lie on one line");
+}
+
 TEST(SolveShot, GivesTracksOnALineASimilarity) {
   Tracks tracks;
   seeAll(tracks, 0);

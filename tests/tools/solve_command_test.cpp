@@ -438,6 +438,18 @@ TEST(SolveCommand, EndsInOneWhenStandardOutputIsClosed) {
   EXPECT_TRUE(json::accept(readFile(folder / "out.json")));
 }
 
+TEST(SolveCommand, KeepsTheOldFileWhereTheNewOneMayNotGrow) {
+  const TemporaryFolder folder;
+  const std::string out = folder / "out.json";
+  writeFile(out, "old");
+  const Outcome run = runProgram({"/bin/sh", "-c", "ulimit -f 1 && exec \"$@\"", "sh",
+                                  CORNERPIN_PROGRAM, "solve", kFacade, "-o", out});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_TRUE(contains(run.err, out)) << run.err;
+  EXPECT_EQ(readFile(out), "old");
+  EXPECT_EQ(folder.entryCount(), 1u);
+}
+
 TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
   const TemporaryFolder folder;
   const std::string in = folder / "in.csv";

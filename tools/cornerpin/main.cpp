@@ -372,7 +372,9 @@ int fail(const std::string& text, ExitCode code) {
 int main(int argc, char** argv) {
   guardStandardStreams();
   guardUnfinishedFiles();
-  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failed write
+  // A reader that goes away and a file too large are failed writes.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     return run(argc, argv);
   } catch (const cornerpin::InputError& error) {
