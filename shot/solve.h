@@ -98,9 +98,9 @@ int chooseBaseFrame(const Tracks& tracks);
 /// its neighbour. With Loss::None, and where every frame can be fitted, the transforms are those of
 /// `MMatchmove::solve` on the conditioned shot, to the bit. With another loss `fitRobustly` goes on
 /// from the library's fit and the neighbour's transform, in double precision, and its transform is
-/// the frame's and the next frame's start, its scale what later frames are expected to have; tracks
-/// that kept to the surface in the sweep's earlier frames are sampled first. With at least
-/// `kFewestForRobust` tracks the library's fit may fail then.
+/// the frame's and the next frame's start. Expected of a frame is the median scale of the last five
+/// frames of the sweep that were searched; tracks that kept to the surface in its earlier frames
+/// are sampled first. With at least `kFewestForRobust` tracks the library's fit may fail then.
 ///
 /// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
 /// frame (`inGeneralPosition`), or lie too close together or too near one line in the base frame

@@ -11,7 +11,8 @@
 
 namespace cornerpin {
 
-/// The figures of a solve at a glance. The RMS figures are over the good tracks of the solved frames
+/// The figures of a solve at a glance. The RMS figures are over the good tracks of the solved
+/// frames
 /// (`FrameResult::inlierRms`): NaN without any.
 struct Summary {
   std::size_t solved = 0;
