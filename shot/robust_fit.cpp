@@ -129,11 +129,13 @@ class Search {
           std::upper_bound(best.begin(), best.end(), sample.score,
                            [](double score, const Sample& other) { return score < other.score; });
       if (place - best.begin() == kRefinedSamples) continue;
-      const CoreFit core = fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1});
-      if (!core.found || isFlattened(matches_, core)) continue;
-      // A coarse fit of many does not end the search for a close one of few.
-      if (place == best.begin() && core.errors.scale() <= kLargeScale)
-        needed = QuadSamples::needed(inliersOf(core), matches_.size());
+      if (place == best.begin()) {
+        const CoreFit core = fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1});
+        if (!core.found || isFlattened(matches_, core)) continue;
+        // A coarse fit of many does not end the search for a close one of few.
+        if (core.errors.scale() <= kLargeScale)
+          needed = QuadSamples::needed(inliersOf(core), matches_.size());
+      }
       best.insert(place, sample);
       if (best.end() - best.begin() > kRefinedSamples) best.pop_back();
     }
