@@ -32,8 +32,9 @@ struct CoreFit {
   bool found = false;
   Homography h{};
   ErrorModel errors;
-  /// Minus the logarithm of the likelihood, less what the transform's eight parameters explain by
-  /// themselves (restricted likelihood): transforms and models compare by it, the lower the better.
+  /// Minus the logarithm of the likelihood, and what the transform's eight parameters explain by
+  /// themselves (restricted likelihood: 8 log sigma, which stays that of 1e-3 above it, as large
+  /// errors have to be earned). Transforms and models compare by it, the lower the better.
   double score = std::numeric_limits<double>::infinity();
 };
 
