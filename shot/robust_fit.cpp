@@ -329,7 +329,7 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts,
                       const std::vector<double>& confidence, const RobustOptions& options) {
   if (matches.size() < kFewestForRobust) return fewFit(matches, starts);
   if (options.expected > 0.0 && !starts.empty()) {
-    const RobustFit plain = plainFit(matches, {starts.front()});
+    RobustFit plain = plainFit(matches, {starts.front()});
     if (isClean(plain, matches, options.expected)) return plain;
   }
   return searchedFit(matches, starts, confidence, options);
