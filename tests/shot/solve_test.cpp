@@ -328,7 +328,8 @@ TEST(SolveShot, TellsABadTrackBehindAFrameThatIsBlurred) {
   Tracks tracks;
   for (int f = 0; f < 8; ++f) {
     for (int t = 0; t < 8; ++t) {
-      const Point p = map(motion(f), {60.0 + 140 * (t % 4), 80.0 + 300 * (t / 4) + 25 * (t % 3)});
+      const int row = t / 4;
+      const Point p = map(motion(f), {60.0 + 140 * (t % 4), 80.0 + 300 * row + 25 * (t % 3)});
       const double size = f == 0 ? 0.0 : f == 6 ? 30.0 : 0.5;
       see(tracks, t, f, {p.x + size * noise() + (f > 0 && t == 3 ? 15 : 0), p.y + size * noise()});
     }
