@@ -13,6 +13,8 @@ namespace cornerpin {
 /// The least scale, for matches conditioned to -1 .. 1: an eighth of a pixel over tracks 1,000
 /// wide.
 constexpr double kScaleFloor = 2.5e-4;
+/// What good tracks are likely to have: half a pixel over tracks 1,000 wide.
+constexpr double kLikelyScale = 1e-3;
 
 /// How the errors of a frame's tracks are distributed: a bivariate t distribution, whose core is
 /// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
@@ -33,8 +35,8 @@ struct CoreFit {
   Homography h{};
   ErrorModel errors;
   /// Minus the logarithm of the likelihood, and what the transform's eight parameters explain by
-  /// themselves (restricted likelihood: 8 log sigma, which stays that of 1e-3 above it, as large
-  /// errors have to be earned). Transforms and models compare by it, the lower the better.
+  /// themselves (restricted likelihood: 8 log sigma, which stays that of `kLikelyScale` above it,
+  /// as large errors have to be earned). Transforms and models compare by it, the lower the better.
   double score = std::numeric_limits<double>::infinity();
 };
 

@@ -28,11 +28,10 @@ constexpr double kMostSpread = 2.0;  // of the scale, in standard errors or so
 constexpr double kForHeavyTails = 2.0;  // in units of the score
 constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm over the expected one's
 
-constexpr double kLikelyScale = 1e-3;  // of good tracks, where no frame before tells
-constexpr double kLargeScale = 0.01;   // explains too much to end the drawing of samples
-constexpr double kFarthest = 4.0;      // square of the distance from where on all are as bad
-constexpr double kLeastWidth = 2.0;    // of half the surface, in sigmas
-constexpr double kSameCore = 0.05;     // in sigmas
+constexpr double kLargeScale = 0.01;  // explains too much to end the drawing of samples
+constexpr double kFarthest = 4.0;     // square of the distance from where on all are as bad
+constexpr double kLeastWidth = 2.0;   // of half the surface, in sigmas
+constexpr double kSameCore = 0.05;    // in sigmas
 constexpr std::ptrdiff_t kRefinedSamples = 4;
 
 // In sigmas of the core: where the loss bends.
