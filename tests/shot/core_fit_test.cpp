@@ -126,6 +126,17 @@ TEST_P(CoreFitOf, EndsWhereTheLikelihoodIsGreatest) {
 
 INSTANTIATE_TEST_SUITE_P(Freedom, CoreFitOf, testing::Values(1, 2, 4, 16));
 
+// The eight parameters explain no more of errors above what is likely.
+TEST(CoreFit, LetsLargeErrorsEarnTheirSigma) {
+  const Matches matches = matchesWith(60, 6, 2, 4e-3);
+  const CoreFit fit = fitCore(matches, kView, guess(2));
+  ASSERT_TRUE(fit.found);
+  ASSERT_GT(fit.errors.sigma, 2.0 * kLikelyScale);
+  EXPECT_NEAR(fit.score,
+              scoreOf(matches, fit.h, fit.errors) + 8.0 * std::log(fit.errors.sigma / kLikelyScale),
+              1e-6);
+}
+
 TEST(CoreFit, DoesNotDependOnTheUnitOfTheWeights) {
   const Matches ones = matchesWith(80, 10, 2, 4e-3);
   const Matches halves = matchesWith(80, 10, 2, 4e-3, 0.5);
