@@ -22,7 +22,6 @@ namespace {
 
 using cornerpin::kernels::ActiveTracks;
 using cornerpin::kernels::frameKernels;
-using cornerpin::kernels::kDifferenceStep;
 using cornerpin::kernels::kParameters;
 
 // The fits of one frame after another: what `MLMSolver` with its defaults makes of a
@@ -149,8 +148,8 @@ float FrameFit::start() { return evaluate(held_); }
 void FrameFit::formSystem(bool moved) {
   if (!moved) return;
   double triangle[kParameters * kParameters];
-  frameKernels().frameSystem(held_.transform, tracks_, held_.values, goal_, kDifferenceStep,
-                             triangle, system_.gradient());
+  frameKernels().frameSystem(held_.transform, tracks_, held_.values, goal_, triangle,
+                             system_.gradient());
   system_.setTriangle(triangle);
 }
 

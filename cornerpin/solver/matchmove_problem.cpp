@@ -13,7 +13,6 @@ namespace {
 
 using cornerpin::kernels::ActiveTracks;
 using cornerpin::kernels::frameKernels;
-using cornerpin::kernels::kDifferenceStep;
 
 constexpr int kParameterCount = cornerpin::kernels::kParameters;
 
@@ -90,8 +89,7 @@ void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
   const MGenVector<float> values = y.stride == 1 ? y : y.copy();
   gather(gathered_);
   frameKernels().differences(elementsOf(transform, activeCount).data(),
-                             activeTracksIn(gathered_, activeCount), values.data, kDifferenceStep,
-                             rows.data);
+                             activeTracksIn(gathered_, activeCount), values.data, rows.data);
   for (int p = 0; !direct && p < kParameterCount; ++p) dy.column(p).set(rows.column(p));
 }
 

@@ -25,10 +25,10 @@ struct ActiveTracks {
 // i: (w * u) / s and (w * v) / s, with u, v and s summed from left to right.
 using Project = void (*)(const float* h, const ActiveTracks& tracks, float* values);
 
-// Forward differences: rows[8k + p] = (value k with `step` added to element p of h, minus
-// values[k]) / step, where `values` is the projection through h.
+// Forward differences: rows[8k + p] = (value k with the step added to element p of h, minus
+// values[k]) / the step, where `values` is the projection through h.
 using Differences = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
-                             float step, float* rows);
+                             float* rows);
 
 // From m contiguous rows of 8: a[8i + j], j <= i, is the sum over k of row k's element j times its
 // element i, the products in float and the sums in double; g[j] is the sum over k of element j
@@ -41,7 +41,7 @@ using NormalSystem = void (*)(const float* rows, const float* goal, const float*
 // of the rows of `differences`, with two values per track. Zeros in g may differ in sign; a sum in
 // `a` is not finite exactly when one of the definition's is, but which ones may differ.
 using FrameSystem = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
-                             const float* goal, float step, double* a, float* g);
+                             const float* goal, double* a, float* g);
 
 struct FrameKernels {
   const char* name;

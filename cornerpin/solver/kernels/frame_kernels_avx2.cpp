@@ -48,15 +48,16 @@ void avx2::project(const float* h, const ActiveTracks& tracks, float* values) {
 }
 
 // One track at a time through all eight shifted transforms: lane p has element p shifted.
-void avx2::differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
+void avx2::differences(const float* h, const ActiveTracks& tracks, const float* values,
                        float* rows) {
   const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
   __m256 shifted[9];
   for (int e = 0; e < 9; ++e) {
     const __m256 isElement = _mm256_castsi256_ps(_mm256_cmpeq_epi32(lane, _mm256_set1_epi32(e)));
-    shifted[e] = _mm256_blendv_ps(_mm256_set1_ps(h[e]), _mm256_set1_ps(h[e] + step), isElement);
+    shifted[e] =
+        _mm256_blendv_ps(_mm256_set1_ps(h[e]), _mm256_set1_ps(h[e] + kDifferenceStep), isElement);
   }
-  const __m256 steps = _mm256_set1_ps(step);
+  const __m256 steps = _mm256_set1_ps(kDifferenceStep);
   for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
     const __m256 x = _mm256_set1_ps(tracks.x[i]);
     const __m256 y = _mm256_set1_ps(tracks.y[i]);
@@ -198,7 +199,7 @@ struct CoordinateSums {
 // Products with an element that is zero add nothing, so each coordinate has sums of its own; the
 // perspective elements meet in both, x before y.
 void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* values,
-                       const float* goal, float step, double* a, float* g) {
+                       const float* goal, double* a, float* g) {
   alignas(32) float rows[2 * kTracksPerBlock * kParameters];
   CoordinateSums ofX, ofY;
   __m256d perspective = _mm256_setzero_pd();  // cc cd dd
@@ -207,7 +208,7 @@ void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* 
     const ActiveTracks block = blockOf(tracks, first);
     const float* blockValues = values + 2 * first;
     const float* blockGoal = goal + 2 * first;
-    differences(h, block, blockValues, step, rows);
+    differences(h, block, blockValues, rows);
     for (std::ptrdiff_t k = 0; k < 2 * std::ptrdiff_t{block.count}; k += 2) {
       const double dx = static_cast<double>(blockGoal[k] - blockValues[k]);
       const double dy = static_cast<double>(blockGoal[k + 1] - blockValues[k + 1]);

@@ -8,12 +8,11 @@
 namespace cornerpin::kernels::avx2 {
 
 void project(const float* h, const ActiveTracks& tracks, float* values);
-void differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
-                 float* rows);
+void differences(const float* h, const ActiveTracks& tracks, const float* values, float* rows);
 void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
                   float* g);
 void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
-                 float step, double* a, float* g);
+                 double* a, float* g);
 
 }  // namespace cornerpin::kernels::avx2
 

@@ -2,155 +2,329 @@
 #include <immintrin.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #include "cornerpin/solver/kernels/frame_kernels_avx2.h"
 
-// The frame's system with both rows of a track in one register; everything else is the AVX2
-// variant's.
+// The frame's system, sixteen tracks at a time; everything else is the AVX2 variant's.
 //
 // The nonzero elements of a row are linear p and q, translation r, perspective c and d: the
-// elements 0, 3, 6, 2 and 5 in the rows of x, 1, 4, 7, 2 and 5 in those of y. A register `rows`
-// holds
-//   xp yp xq yq xr yr xc xd   0 0 0 0 0 0 yc yd
+// elements 0, 3, 6, 2 and 5 in the rows of x, 1, 4, 7, 2 and 5 in those of y. They are formed with
+// one lane per track, then turned so that the sums can have one lane per entry and add one track
+// after the other.
 namespace cornerpin::kernels {
 namespace {
 
-constexpr int kXp = 0, kYp = 1, kXq = 2, kYq = 3, kXr = 4, kYr = 5, kXc = 6, kXd = 7;
-constexpr int kYc = 14, kYd = 15;
+constexpr std::ptrdiff_t kTracks = 16;
 
-// A pair of numbers, of x and of y, in the lanes of that coordinate.
-__m512 spread(const float* pair) {
-  const __m512i coordinate = _mm512_setr_epi32(0, 1, 0, 1, 0, 1, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1);
-  const __m128i both = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pair));
-  return _mm512_permutexvar_ps(coordinate, _mm512_castsi512_ps(_mm512_castsi128_si512(both)));
-}
+__m512 multiplied(__m512 a, __m512 b) { return _mm512_mul_ps(a, b); }
+__m512 added(__m512 a, __m512 b) { return _mm512_add_ps(a, b); }
+__m512 everywhere(float value) { return _mm512_set1_ps(value); }
+__m512d widened(const float* p) { return _mm512_cvtps_pd(_mm256_load_ps(p)); }
 
-// The transforms whose projections the differences take, one per lane: element p, q, r, c or d is
-// shifted, or none.
-struct Shifted {
-  Shifted(const float* h, float step) {
-    const auto shift = [step](__m512 element, int first, int second) {
-      const auto lanes = static_cast<__mmask16>(1 << first | 1 << second);
-      return _mm512_mask_add_ps(element, lanes, element, _mm512_set1_ps(step));
-    };
-    p = shift(spread(h), kXp, kYp);
-    q = shift(spread(h + 3), kXq, kYq);
-    r = shift(spread(h + 6), kXr, kYr);
-    c = shift(_mm512_set1_ps(h[2]), kXc, kYc);
-    d = shift(_mm512_set1_ps(h[5]), kXd, kYd);
-    last = _mm512_set1_ps(h[8]);
+// Numbers of x and of y.
+struct Both {
+  __m512 x, y;
+};
+
+// x y x y ... of sixteen tracks.
+struct Alternating {
+  __m512 low, high;
+
+  static Alternating of(const Both& both) {
+    const __m512i first = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i second =
+        _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    return {_mm512_permutex2var_ps(both.x, first, both.y),
+            _mm512_permutex2var_ps(both.x, second, both.y)};
   }
-  __m512 project(float trackX, float trackY, float weight) const {
-    const __m512 x = _mm512_set1_ps(trackX);
-    const __m512 y = _mm512_set1_ps(trackY);
-    const __m512 u = affine(x, p, y, q, r);
-    const __m512 s = affine(x, c, y, d, last);
-    return _mm512_div_ps(_mm512_mul_ps(_mm512_set1_ps(weight), u), s);
+  Both separated() const {
+    const __m512i x = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    const __m512i y = _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+    return {_mm512_permutex2var_ps(low, x, high), _mm512_permutex2var_ps(low, y, high)};
+  }
+  void store(float* to) const {
+    _mm512_store_ps(to, low);
+    _mm512_store_ps(to + kTracks, high);
+  }
+};
+
+// What a block of tracks adds to the system, one track after the other.
+struct Rows {
+  // Track t's xc xd xp yp xq yq xr yr.
+  const float* row(std::ptrdiff_t t) const { return rows + 8 * (4 * (t % 4) + t / 4); }
+
+  std::ptrdiff_t count;
+  alignas(64) float rows[8 * kTracks];
+  alignas(64) float perspectiveOfY[2 * kTracks];  // yc yd
+  alignas(64) float differences[2 * kTracks];     // goal minus value, of x and of y
+};
+
+// The nonzero elements of one coordinate's rows.
+struct Columns {
+  __m512 p, q, r, c, d;
+};
+
+// Up to sixteen tracks, from `first` on. Lanes without a track repeat the first one.
+class Block {
+ public:
+  Block(const ActiveTracks& tracks, std::ptrdiff_t first)
+      : count_(tracks.count - first < kTracks ? tracks.count - first : kTracks),
+        mask_(static_cast<__mmask16>((1u << count_) - 1)),
+        x_(load(tracks.x + first)),
+        y_(load(tracks.y + first)),
+        weight_(load(tracks.weight + first)) {}
+
+  // False where a value is so close to 0 that `divided` does not hold.
+  bool form(const float* h, const float* values, const float* goal, Rows& rows) const {
+    const Alternating valuePairs = loadPairs(values);
+    const Alternating goalPairs = loadPairs(goal);
+    const Alternating differences = {_mm512_sub_ps(goalPairs.low, valuePairs.low),
+                                     _mm512_sub_ps(goalPairs.high, valuePairs.high)};
+    differences.store(rows.differences);
+    const Both value = valuePairs.separated();
+    const Columns x = columns(h, 0, value.x);
+    const Columns y = columns(h, 1, value.y);
+    Alternating::of({y.c, y.d}).store(rows.perspectiveOfY);
+    turn(x, y, rows.rows);
+    rows.count = count_;
+    return !isTiny(value.x) && !isTiny(value.y);
   }
 
  private:
-  // (x * a + y * b) + e
-  static __m512 affine(__m512 x, __m512 a, __m512 y, __m512 b, __m512 e) {
-    return _mm512_add_ps(_mm512_add_ps(_mm512_mul_ps(x, a), _mm512_mul_ps(y, b)), e);
+  __m512 load(const float* numbers) const {
+    return _mm512_mask_loadu_ps(everywhere(numbers[0]), mask_, numbers);
   }
-  __m512 p, q, r, c, d, last;
+  Alternating loadPairs(const float* pairs) const {
+    const std::uint64_t mask = (std::uint64_t{1} << (2 * count_)) - 1;
+    return {_mm512_maskz_loadu_ps(static_cast<__mmask16>(mask), pairs),
+            _mm512_maskz_loadu_ps(static_cast<__mmask16>(mask >> kTracks), pairs + kTracks)};
+  }
+
+  // `row` is 0 for x, 1 for y.
+  Columns columns(const float* h, int row, __m512 value) const {
+    const float p = h[row], q = h[row + 3], r = h[row + 6];
+    const auto difference = [&](__m512 u, __m512 s) {
+      const __m512 projected = _mm512_div_ps(multiplied(weight_, u), s);
+      return divided(_mm512_sub_ps(projected, value));
+    };
+    const __m512 u = affine(p, q, r);
+    const __m512 s = affine(h[2], h[5], h[8]);
+    return {difference(affine(p + kDifferenceStep, q, r), s),
+            difference(affine(p, q + kDifferenceStep, r), s),
+            difference(affine(p, q, r + kDifferenceStep), s),
+            difference(u, affine(h[2] + kDifferenceStep, h[5], h[8])),
+            difference(u, affine(h[2], h[5] + kDifferenceStep, h[8]))};
+  }
+
+  // (x * a + y * b) + c
+  __m512 affine(float a, float b, float c) const {
+    return added(added(multiplied(x_, everywhere(a)), multiplied(y_, everywhere(b))),
+                 everywhere(c));
+  }
+
+  // The correctly rounded quotient by the step, for 0 and everything from 2^-101 on: half the time
+  // of a division. A test takes it through all mantissas. Of two numbers one of which is 2^-77 or
+  // more, the difference is 0 or 2^-101 or more.
+  static __m512 divided(__m512 number) {
+    const __m512 inverse = everywhere(1.0f / kDifferenceStep);
+    const __m512 quotient = multiplied(number, inverse);
+    const __m512 rest = _mm512_fnmadd_ps(quotient, everywhere(kDifferenceStep), number);
+    return _mm512_fmadd_ps(rest, inverse, quotient);
+  }
+  bool isTiny(__m512 value) const {
+    return _mm512_mask_cmp_ps_mask(mask_, _mm512_abs_ps(value), everywhere(0x1p-77f), _CMP_LT_OQ) !=
+           0;
+  }
+
+  // From one register per column to half a register per track.
+  static void turn(const Columns& x, const Columns& y, float* rows) {
+    const auto low = [](__m512 a, __m512 b) { return _mm512_castps_pd(_mm512_unpacklo_ps(a, b)); };
+    const auto high = [](__m512 a, __m512 b) { return _mm512_castps_pd(_mm512_unpackhi_ps(a, b)); };
+    // Quarters of the rows of tracks 0 1 4 5 8 9 12 13, then of the others.
+    const __m512d quarters[2][4] = {
+        {low(x.c, x.d), low(x.p, y.p), low(x.q, y.q), low(x.r, y.r)},
+        {high(x.c, x.d), high(x.p, y.p), high(x.q, y.q), high(x.r, y.r)}};
+    const __m512i first = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
+    const __m512i second = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+    // Of tracks t, t + 4, t + 8 and t + 12, from their halves.
+    const auto store = [first, second](__m512d left, __m512d right, float* to) {
+      _mm512_store_pd(to, _mm512_permutex2var_pd(left, first, right));
+      _mm512_store_pd(to + 16, _mm512_permutex2var_pd(left, second, right));
+    };
+    for (const auto& q : quarters) {
+      store(_mm512_unpacklo_pd(q[0], q[1]), _mm512_unpacklo_pd(q[2], q[3]), rows);
+      store(_mm512_unpackhi_pd(q[0], q[1]), _mm512_unpackhi_pd(q[2], q[3]), rows + 32);
+      rows += 64;
+    }
+  }
+
+  std::ptrdiff_t count_;
+  __mmask16 mask_;
+  __m512 x_, y_, weight_;
 };
 
-// Eight gradients that round to float after every row. A fused multiply-add rounds the exact sum
-// to float at once; the definition rounds it to double and then to float, which is nearly always
-// the same, and in any case known at the end: `defined` is the definition's step from the same g.
-struct Gradient {
-  __m256 g = _mm256_setzero_ps();  // of p p q q r r c d
-  __m256i deviations = _mm256_setzero_si256();
+// Places in a row and, from 16 on, in the perspective of y.
+constexpr int kXc = 0, kXd = 1, kXp = 2, kYp = 3, kXq = 4, kYq = 5, kXr = 6, kYr = 7;
+constexpr int kYc = 16, kYd = 17;
 
-  void add(__m256 row, __m256 difference) {
-    // The product of two floats is exact in double.
-    const __m512d sum =
-        _mm512_fmadd_pd(_mm512_cvtps_pd(row), _mm512_cvtps_pd(difference), _mm512_cvtps_pd(g));
-    const __m256 defined = _mm512_cvtpd_ps(sum);
-    g = _mm256_fmadd_ps(row, difference, g);
-    const __m256i deviation =
-        _mm256_xor_si256(_mm256_castps_si256(defined), _mm256_castps_si256(g));
-    deviations = _mm256_or_si256(deviations, deviation);
+__m256 pair(const float* p) {
+  return _mm256_castpd_ps(_mm256_broadcast_sd(reinterpret_cast<const double*>(p)));
+}
+
+// The products that the triangle sums, 30 a track: pp pq pr pc pd qq qr qc of x, the same of y, qd
+// rr rc rd of x, of y, cc cd dd dd of x, of y.
+void multiply(const Rows& rows, float* products) {
+  const __m512i first1 = _mm512_setr_epi32(kXp, kXp, kXp, kXp, kXp, kXq, kXq, kXq,  //
+                                           kYp, kYp, kYp, kYp, kYp, kYq, kYq, kYq);
+  const __m512i second1 = _mm512_setr_epi32(kXp, kXq, kXr, kXc, kXd, kXq, kXr, kXc,  //
+                                            kYp, kYq, kYr, kYc, kYd, kYq, kYr, kYc);
+  const __m512i first2 = _mm512_setr_epi32(kXq, kXr, kXr, kXr, kYq, kYr, kYr, kYr,  //
+                                           kXc, kXc, kXd, kXd, kYc, kYc, kYd, kYd);
+  const __m512i second2 = _mm512_setr_epi32(kXd, kXr, kXc, kXd, kYd, kYr, kYc, kYd,  //
+                                            kXc, kXd, kXd, kXd, kYc, kYd, kYd, kYd);
+  for (std::ptrdiff_t t = 0; t < rows.count; ++t) {
+    const __m512 ofX = _mm512_castps256_ps512(_mm256_load_ps(rows.row(t)));
+    const __m512 ofY = _mm512_castps256_ps512(pair(rows.perspectiveOfY + 2 * t));
+    _mm512_store_ps(products + 32 * t, multiplied(_mm512_permutex2var_ps(ofX, first1, ofY),
+                                                  _mm512_permutex2var_ps(ofX, second1, ofY)));
+    _mm512_store_ps(products + 32 * t + 16, multiplied(_mm512_permutex2var_ps(ofX, first2, ofY),
+                                                       _mm512_permutex2var_ps(ofX, second2, ofY)));
   }
-  bool isDefined() const { return _mm256_testz_si256(deviations, deviations) != 0; }
-  void store(float* to) const {
-    _mm256_storeu_ps(to, _mm256_permutevar8x32_ps(g, _mm256_setr_epi32(0, 1, 6, 2, 3, 7, 4, 5)));
+}
+
+class System {
+ public:
+  void add(const Rows& rows) {
+    multiply(rows, products_);
+    addUp(rows);
+    check(rows);
   }
-};
 
-struct Sums {
-  __m512d x = _mm512_setzero_pd();       // pp pq pr pc pd qq qr qc of x
-  __m512d y = _mm512_setzero_pd();       // the same of y
-  __m512d rest = _mm512_setzero_pd();    // qd rr rc rd of x, then of y
-  __m256d shared = _mm256_setzero_pd();  // cc cd dd, x before y
+  // Whether every step of the gradient was the definition's.
+  bool isDefined() const { return _mm256_testz_si256(deviations_, deviations_) != 0; }
 
-  void add(__m512 rows) {
-    const __m512 a = products(rows,
-                              _mm512_setr_epi32(kXp, kXp, kXp, kXp, kXp, kXq, kXq, kXq,  //
-                                                kYp, kYp, kYp, kYp, kYp, kYq, kYq, kYq),
-                              _mm512_setr_epi32(kXp, kXq, kXr, kXc, kXd, kXq, kXr, kXc,  //
-                                                kYp, kYq, kYr, kYc, kYd, kYq, kYr, kYc));
-    const __m512 b = products(rows,
-                              _mm512_setr_epi32(kXq, kXr, kXr, kXr, kYq, kYr, kYr, kYr,  //
-                                                kXc, kXc, kXd, kXd, kYc, kYc, kYd, kYd),
-                              _mm512_setr_epi32(kXd, kXr, kXc, kXd, kYd, kYr, kYc, kYd,  //
-                                                kXc, kXd, kXd, kXd, kYc, kYd, kYd, kYd));
-    alignas(64) float product[32];
-    _mm512_store_ps(product, a);
-    _mm512_store_ps(product + 16, b);
-    x = _mm512_add_pd(x, _mm512_cvtps_pd(_mm256_load_ps(product)));
-    y = _mm512_add_pd(y, _mm512_cvtps_pd(_mm256_load_ps(product + 8)));
-    rest = _mm512_add_pd(rest, _mm512_cvtps_pd(_mm256_load_ps(product + 16)));
-    shared = _mm256_add_pd(shared, _mm256_cvtps_pd(_mm_load_ps(product + 24)));
-    shared = _mm256_add_pd(shared, _mm256_cvtps_pd(_mm_load_ps(product + 28)));
+  void store(double* a, float* g) const {
+    storeTriangle(a);
+    _mm256_storeu_ps(g, _mm256_permutevar8x32_ps(g_, _mm256_setr_epi32(2, 3, 0, 4, 5, 1, 6, 7)));
+  }
+
+ private:
+  void addUp(const Rows& rows) {
+    __m512d x = x_, y = y_, rest = rest_;
+    __m256d shared = shared_;
+    __m256 g = g_;
+    _mm256_store_ps(before_, g);
+    for (std::ptrdiff_t t = 0; t < rows.count; ++t) {
+      const float* const product = products_ + 32 * t;
+      x = _mm512_add_pd(x, widened(product));
+      y = _mm512_add_pd(y, widened(product + 8));
+      rest = _mm512_add_pd(rest, widened(product + 16));
+      shared = _mm256_add_pd(shared, _mm256_cvtps_pd(_mm_load_ps(product + 24)));
+      shared = _mm256_add_pd(shared, _mm256_cvtps_pd(_mm_load_ps(product + 28)));
+      const __m256i ofRow = _mm256_setr_epi32(0, 0, 0, 1, 0, 1, 0, 1);
+      const float* const difference = rows.differences + 2 * t;
+      const __m256 spread = _mm256_permutevar8x32_ps(pair(difference), ofRow);
+      _mm256_store_ps(differences_ + 8 * t, spread);
+      g = _mm256_fmadd_ps(_mm256_load_ps(rows.row(t)), spread, g);
+      _mm256_store_ps(between_ + 8 * t, g);
+      storePair(g, sharedBefore_ + 2 * t);
+      g = _mm256_mask3_fmadd_ps(pair(rows.perspectiveOfY + 2 * t), _mm256_set1_ps(difference[1]), g,
+                                3);
+      _mm256_store_ps(before_ + 8 * (t + 1), g);
+      storePair(g, sharedAfter_ + 2 * t);
+    }
+    x_ = x;
+    y_ = y;
+    rest_ = rest;
+    shared_ = shared;
+    g_ = g;
+  }
+
+  static void storePair(__m256 g, float* to) {
+    _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm256_castps256_ps128(g));
+  }
+
+  void check(const Rows& rows) {
+    __m256i deviations = deviations_;
+    for (std::ptrdiff_t t = 0; t < rows.count; ++t) {
+      deviations = _mm256_or_si256(
+          deviations,
+          deviationsOf(rows.row(t), _mm512_cvtps_pd(_mm256_load_ps(differences_ + 8 * t)),
+                       before_ + 8 * t, between_ + 8 * t));
+    }
+    // Of four tracks at a time.
+    for (std::ptrdiff_t t = 0; t < rows.count; t += 4) {
+      const __m256 differenceOfY = _mm256_movehdup_ps(_mm256_load_ps(rows.differences + 2 * t));
+      const std::ptrdiff_t lanes = 2 * (rows.count - t);
+      const auto mask = static_cast<__mmask8>(lanes < 8 ? (1u << lanes) - 1 : 0xffu);
+      deviations = _mm256_mask_or_epi32(
+          deviations, mask, deviations,
+          deviationsOf(rows.perspectiveOfY + 2 * t, _mm512_cvtps_pd(differenceOfY),
+                       sharedBefore_ + 2 * t, sharedAfter_ + 2 * t));
+    }
+    deviations_ = deviations;
+  }
+
+  // The bits in which the definition's step from `before` does not lead to `after`. The product of
+  // two floats is exact in double.
+  static __m256i deviationsOf(const float* row, __m512d difference, const float* before,
+                              const float* after) {
+    const __m512d sum = _mm512_fmadd_pd(widened(row), difference, widened(before));
+    return _mm256_xor_si256(_mm256_castps_si256(_mm512_cvtpd_ps(sum)),
+                            _mm256_load_si256(reinterpret_cast<const __m256i*>(after)));
   }
 
   // Writes the lower triangle.
-  void store(double* to) const {
+  void storeTriangle(double* to) const {
     // Row and column of every lane, in the order of the members.
     constexpr int kRow[27] = {0, 3, 6, 2, 5, 3, 6, 3, 1, 4, 7, 2, 5, 4,
                               7, 4, 5, 6, 6, 6, 5, 7, 7, 7, 2, 5, 5};
     constexpr int kColumn[27] = {0, 0, 0, 0, 0, 3, 3, 2, 1, 1, 1, 1, 1, 4,
                                  4, 2, 3, 6, 2, 5, 4, 7, 2, 5, 2, 2, 5};
     double lanes[28];
-    _mm512_storeu_pd(lanes, x);
-    _mm512_storeu_pd(lanes + 8, y);
-    _mm512_storeu_pd(lanes + 16, rest);
-    _mm256_storeu_pd(lanes + 24, shared);
+    _mm512_storeu_pd(lanes, x_);
+    _mm512_storeu_pd(lanes + 8, y_);
+    _mm512_storeu_pd(lanes + 16, rest_);
+    _mm256_storeu_pd(lanes + 24, shared_);
     for (std::ptrdiff_t i = 0; i < kParameters; ++i) {
       _mm512_storeu_pd(to + i * kParameters, _mm512_setzero_pd());
     }
     for (int e = 0; e < 27; ++e) to[kRow[e] * kParameters + kColumn[e]] = lanes[e];
   }
 
- private:
-  static __m512 products(__m512 rows, __m512i first, __m512i second) {
-    return _mm512_mul_ps(_mm512_permutexvar_ps(first, rows), _mm512_permutexvar_ps(second, rows));
-  }
+  __m512d x_ = _mm512_setzero_pd();
+  __m512d y_ = _mm512_setzero_pd();
+  __m512d rest_ = _mm512_setzero_pd();
+  __m256d shared_ = _mm256_setzero_pd();  // x before y
+  // The gradient rounds to float after every row. A fused multiply-add rounds the exact sum to
+  // float at once; the definition rounds it to double and then to float, which is nearly always the
+  // same, and in any case known in the end.
+  __m256 g_ = _mm256_setzero_ps();  // of c d p p q q r r
+  __m256i deviations_ = _mm256_setzero_si256();
+  // Of the block.
+  alignas(64) float products_[32 * kTracks];
+  alignas(64) float differences_[8 * kTracks];
+  alignas(64) float before_[8 * (kTracks + 1)];
+  alignas(64) float between_[8 * kTracks];
+  alignas(64) float sharedBefore_[2 * kTracks];
+  alignas(64) float sharedAfter_[2 * kTracks];
 };
 
 void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
-                 float step, double* a, float* g) {
-  const Shifted shifted(h, step);
-  const __m512 steps = _mm512_set1_ps(step);
-  Sums sums;
-  Gradient gradient;
-  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
-    const __m512 value = spread(values + 2 * i);
-    const __m512 moved = shifted.project(tracks.x[i], tracks.y[i], tracks.weight[i]);
-    const __m512 rows = _mm512_div_ps(_mm512_sub_ps(moved, value), steps);
-    const __m512 difference = _mm512_sub_ps(spread(goal + 2 * i), value);
-    sums.add(rows);
-    gradient.add(_mm512_castps512_ps256(rows), _mm512_castps512_ps256(difference));
-    gradient.add(_mm512_extractf32x8_ps(rows, 1), _mm512_extractf32x8_ps(difference, 1));
+                 double* a, float* g) {
+  Rows rows;
+  System system;
+  bool isDefined = true;
+  for (std::ptrdiff_t i = 0; i < tracks.count && isDefined; i += kTracks) {
+    isDefined = Block(tracks, i).form(h, values + 2 * i, goal + 2 * i, rows);
+    system.add(rows);
   }
-  if (!gradient.isDefined()) {
-    avx2::frameSystem(h, tracks, values, goal, step, a, g);
-    return;
+  if (isDefined && system.isDefined()) {
+    system.store(a, g);
+  } else {
+    avx2::frameSystem(h, tracks, values, goal, a, g);
   }
-  sums.store(a);
-  gradient.store(g);
 }
 
 }  // namespace

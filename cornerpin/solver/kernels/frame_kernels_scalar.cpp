@@ -20,18 +20,17 @@ void project(const float* h, const ActiveTracks& tracks, float* values) {
   }
 }
 
-void differences(const float* h, const ActiveTracks& tracks, const float* values, float step,
-                 float* rows) {
+void differences(const float* h, const ActiveTracks& tracks, const float* values, float* rows) {
   for (int p = 0; p < kParameters; ++p) {
     float shifted[9];
     std::copy(h, h + 9, shifted);
-    shifted[p] += step;
+    shifted[p] += kDifferenceStep;
     for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
       const ActiveTracks track = {tracks.x + i, tracks.y + i, tracks.weight + i, 1};
       float moved[2];
       project(shifted, track, moved);
-      rows[(2 * i) * kParameters + p] = (moved[0] - values[2 * i]) / step;
-      rows[(2 * i + 1) * kParameters + p] = (moved[1] - values[2 * i + 1]) / step;
+      rows[(2 * i) * kParameters + p] = (moved[0] - values[2 * i]) / kDifferenceStep;
+      rows[(2 * i + 1) * kParameters + p] = (moved[1] - values[2 * i + 1]) / kDifferenceStep;
     }
   }
 }
@@ -64,12 +63,12 @@ void normalSystem(const float* rows, const float* goal, const float* values, int
 }
 
 void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
-                 float step, double* a, float* g) {
+                 double* a, float* g) {
   clear(a, g);
   for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
     const ActiveTracks track = {tracks.x + i, tracks.y + i, tracks.weight + i, 1};
     float rows[2 * kParameters];
-    differences(h, track, values + 2 * i, step, rows);
+    differences(h, track, values + 2 * i, rows);
     addRow(rows, goal[2 * i] - values[2 * i], a, g);
     addRow(rows + kParameters, goal[2 * i + 1] - values[2 * i + 1], a, g);
   }

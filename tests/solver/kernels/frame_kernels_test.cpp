@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <random>
 #include <vector>
 
 #include "tests/support/awkward.h"
@@ -16,8 +17,6 @@ namespace {
 using cornerpin::kernels::ActiveTracks;
 using cornerpin::kernels::FrameKernels;
 using cornerpin::kernels::kParameters;
-
-constexpr float kStep = 0.0001f;
 
 std::vector<const FrameKernels*> variants() {
   const auto& list = cornerpin::kernels::frameKernelVariants();
@@ -64,7 +63,7 @@ struct Projection {
   std::vector<float> rows(const FrameKernels& kernels) const {
     const std::vector<float> at = values(cornerpin::kernels::scalarFrameKernels);
     std::vector<float> result(at.size() * kParameters);
-    kernels.differences(h.data(), tracks, at.data(), kStep, result.data());
+    kernels.differences(h.data(), tracks, at.data(), result.data());
     return result;
   }
 
@@ -80,7 +79,7 @@ struct System {
   }
   System(const FrameKernels& kernels, const float* h, const ActiveTracks& tracks,
          const float* values, const float* goal) {
-    kernels.frameSystem(h, tracks, values, goal, kStep, a, g);
+    kernels.frameSystem(h, tracks, values, goal, a, g);
   }
   bool isFinite() const {
     for (int i = 0; i < kParameters; ++i) {
@@ -98,6 +97,25 @@ struct System {
   }
   double a[kParameters * kParameters];
   float g[kParameters];
+};
+
+// Sixteen tracks.
+struct Batch {
+  void expectSameSystems(const float* h) const {
+    const ActiveTracks tracks = {x, y, weight, 16};
+    float values[32];
+    float goal[32];
+    variants()[0]->project(h, tracks, values);
+    for (int k = 0; k < 32; ++k) goal[k] = 1.5f * values[k];
+    const System expected(*variants()[0], h, tracks, values, goal);
+    for (const FrameKernels* kernels : variants()) {
+      if (kernels == variants()[0]) continue;
+      const System system(*kernels, h, tracks, values, goal);
+      ASSERT_TRUE(system.sameTriangle(expected)) << kernels->name << " " << x[0];
+      ASSERT_TRUE(std::equal(system.g, system.g + kParameters, expected.g)) << kernels->name;
+    }
+  }
+  float x[16], y[16], weight[16];
 };
 
 // Holds a kernel to its definition's output for every number of tracks to the longest, `perTrack`
@@ -167,7 +185,7 @@ TEST(FrameKernels, EveryVariantFormsTheDifferencesOfAnyNumberOfTracks) {
   for (const FrameKernels* kernels : variants()) {
     if (kernels == variants()[0]) continue;  // the definition, which `expected` is from
     expectPrefixes(expected, 2 * kParameters, kernels->name, [&](int n, float* rows) {
-      kernels->differences(projection.h.data(), projection.first(n), values.data(), kStep, rows);
+      kernels->differences(projection.h.data(), projection.first(n), values.data(), rows);
     });
   }
 }
@@ -251,22 +269,93 @@ TEST(FrameKernels, EveryVariantFormsTheSystemOfAnyNumberOfTracks) {
   }
 }
 
-TEST(FrameKernels, EveryVariantRoundsGradientsByWayOfDouble) {
-  // At the origin, with a step of 1, the row of x is the weight in element 6. The first track makes
-  // the gradient 1 + e, e the distance to the next float, and the second adds (e / 2) (1 - e^2).
-  // The exact sum lies below the middle between 1 + e and 1 + 2 e; as a double it is the middle,
-  // which goes to the even neighbour.
-  const float e = std::ldexp(1.0f, -23);
+TEST(FrameKernels, EveryVariantDividesEveryMantissaByTheStep) {
+  // All of the transform is next to nothing: with the step in element 0, x goes to weight x step.
+  const float h[9] = {0, 0, 0, 0, 0, 0, 0x1p-70f, 0x1p-70f, 1};
+  constexpr float step = cornerpin::kernels::kDifferenceStep;
+  constexpr float almostOne = 1.0f - 0x1p-24f;
+  Batch batch{};
+  int filled = 0;
+  int missed = 0;
+  for (float number = 1.0f; number < 2.0f; number += 0x1p-23f) {
+    batch.weight[filled] = 0.0f;
+    for (const float weight : {1.0f, almostOne}) {
+      const float near = number / step;
+      for (const float x : {near, std::nextafter(near, 0.0f), std::nextafter(near, 1e9f)}) {
+        if (weight * (x * step) != number) continue;
+        batch.x[filled] = x;
+        batch.weight[filled] = weight;
+      }
+    }
+    if (batch.weight[filled] == 0.0f) ++missed;
+    if (++filled < 16) continue;
+    filled = 0;
+    ASSERT_NO_FATAL_FAILURE(batch.expectSameSystems(h)) << number;
+  }
+  EXPECT_EQ(missed, 0);
+}
+
+TEST(FrameKernels, EveryVariantDividesEveryExponentByTheStep) {
   const float h[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-  const float origin[2] = {0, 0};
-  const float weights[2] = {1.0f, 1.0f + e};
-  const float values[4] = {0, 0, 0, 0};
-  const float goal[4] = {1.0f + e, 0, (e / 2) * (1.0f - e), 0};
-  for (const FrameKernels* kernels : variants()) {
-    double a[kParameters * kParameters];
-    float g[kParameters];
-    kernels->frameSystem(h, {origin, origin, weights, 2}, values, goal, 1.0f, a, g);
-    EXPECT_EQ(g[6], 1.0f + 2 * e) << kernels->name;
+  std::mt19937 random(1);
+  const auto number = [&random](int exponent) {
+    const float size = std::ldexp(static_cast<float>(random() >> 8), exponent - 24);
+    return random() % 2 == 0 ? size : -size;
+  };
+  Batch batch{};
+  for (int exponent = -149; exponent <= 20; ++exponent) {
+    for (int round = 0; round < 50; ++round) {
+      for (int i = 0; i < 16; ++i) {
+        batch.x[i] = number(exponent);
+        batch.y[i] = number(exponent);
+        batch.weight[i] = std::fabs(number(1));
+      }
+      ASSERT_NO_FATAL_FAILURE(batch.expectSameSystems(h)) << exponent;
+    }
+  }
+}
+
+TEST(FrameKernels, EveryVariantRoundsGradientsByWayOfDouble) {
+  // A row that adds half a unit in the last place, but for less than a double shows next to the
+  // gradient: by way of double that is a tie. One is searched for in each element of the gradient
+  // and each coordinate, in the second of two tracks; the first makes the gradient what it is.
+  const float h[9] = {0.98f, 0.03f, 0.02f, -0.04f, 1.01f, -0.03f, 0.01f, -0.02f, 1};
+  std::mt19937 random(1);
+  const auto number = [&random] { return std::ldexp(static_cast<float>(random() >> 8), -24); };
+  const FrameKernels& definition = *variants()[0];
+  for (int element = 0; element < kParameters; ++element) {
+    for (int coordinate = 0; coordinate < 2; ++coordinate) {
+      const bool isShared = element % 3 == 2;
+      if (!isShared && element % 3 != coordinate) continue;
+      int found = 0;
+      for (int trial = 0; trial < 1000000 && found < 3; ++trial) {
+        const float x[2] = {0.5f, number()}, y[2] = {0.25f, number()}, weight[2] = {1, number()};
+        float values[4], rows[4 * kParameters], goal[4];
+        definition.project(h, {x, y, weight, 2}, values);
+        definition.differences(h, {x, y, weight, 2}, values, rows);
+        goal[0] = values[0] + 1.0f;
+        goal[1] = values[1] + 0.3f;
+        goal[2] = values[2];
+        goal[3] = values[3];
+        const float before = System(definition, rows, goal, values, 4).g[element];
+        const float unit = std::nextafter(std::fabs(before), 1e9f) - std::fabs(before);
+        const float row = rows[(2 + coordinate) * kParameters + element];
+        if (row == 0.0f) continue;
+        goal[2 + coordinate] += std::copysign(unit / 2, before) / row;
+        const float difference = goal[2 + coordinate] - values[2 + coordinate];
+        const double sum = static_cast<double>(before) +
+                           static_cast<double>(row) * static_cast<double>(difference);
+        if (std::fma(row, difference, before) == static_cast<float>(sum)) continue;
+        ++found;
+        const System expected(definition, rows, goal, values, 4);
+        for (const FrameKernels* kernels : variants()) {
+          const System system(*kernels, h, {x, y, weight, 2}, values, goal);
+          EXPECT_TRUE(std::equal(system.g, system.g + kParameters, expected.g))
+              << kernels->name << " element " << element << " coordinate " << coordinate;
+        }
+      }
+      EXPECT_EQ(found, 3) << element << " " << coordinate;
+    }
   }
 }
 
