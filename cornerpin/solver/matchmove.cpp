@@ -30,7 +30,8 @@ class FrameFit {
  public:
   explicit FrameFit(const MMatchmove& scene);
 
-  // Chooses a frame and the tracks that are active in it. False when none is.
+  // Chooses a frame and the tracks that are active in it, and gathers their weighted positions
+  // there. False when none is.
   bool select(int frame);
   // Fits the frame, starting from `transform`, which it replaces.
   void solve(Matrix& transform);
@@ -48,7 +49,7 @@ class FrameFit {
     float* values;
   };
 
-  void gatherGoal();
+  void setGoal(int index, const MMatchmoveTrack& track);
   void gatherBase();
   float evaluate(Point& point);
 
@@ -86,28 +87,30 @@ FrameFit::FrameFit(const MMatchmove& scene)
 }
 
 bool FrameFit::select(int frame) {
+  frame_ = frame;
   int count = 0;
+  bool complete = true;
   for (int i = 0; i < scene_.trackCount; ++i) {
     if (!(scene_.baseWeights[i] > 0.0f)) continue;
-    const float weight = scene_.tracks[i].weights[frame];
+    const MMatchmoveTrack& track = scene_.tracks[i];
+    const float weight = track.weights[frame];
     if (!(weight > 0.0f)) continue;
     active_.data[count] = i;
-    weight_[count++] = weight;
+    weight_[count] = weight;
+    complete = complete && frame >= 0 && frame < track.positions.rows && track.positions.cols >= 2;
+    if (complete) setGoal(count, track);
+    ++count;
   }
-  frame_ = frame;
   tracks_.count = count;
+  // A position that is missing is reported after all weights that are.
+  for (int k = 0; k < count && !complete; ++k) setGoal(k, scene_.tracks[active_.data[k]]);
   return count > 0;
 }
 
-void FrameFit::gatherGoal() {
-  const int frame = frame_;
-  const std::ptrdiff_t count = tracks_.count;
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const Matrix& positions = scene_.tracks[active_.data[i]].positions;
-    const float weight = weight_[i];
-    goal_[2 * i] = weight * positions(frame, 0);
-    goal_[2 * i + 1] = weight * positions(frame, 1);
-  }
+void FrameFit::setGoal(int index, const MMatchmoveTrack& track) {
+  const float weight = weight_[index];
+  goal_[2 * index] = weight * track.positions(frame_, 0);
+  goal_[2 * index + 1] = weight * track.positions(frame_, 1);
 }
 
 void FrameFit::gatherBase() {
@@ -120,7 +123,6 @@ void FrameFit::gatherBase() {
 }
 
 void FrameFit::solve(Matrix& transform) {
-  gatherGoal();
   const int count = std::min(kParameters, transform.rows * transform.cols);
   if (count != kParameters) {
     MMatrixError::err("MVector length mismatch %d != %d", kParameters, count);
