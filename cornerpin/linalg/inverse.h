@@ -24,8 +24,8 @@
 /// interchange with a column beyond n brings in zeros), below it the factorisation's multipliers.
 ///
 /// Accuracy: norm1(I - X*a) <= 30 * n * eps * norm1(X) * norm1(a), as tested.
-/// Cost: one copy of a, n pivots, one work array, about 2n^3 operations. More rows than columns
-/// take two to three copies.
+/// Cost: one copy of a, n pivots, a work array unless n is small, about 2n^3 operations. More rows
+/// than columns take two to three copies.
 CORNERPIN_API MGenMatrix<float> inverse(const MGenMatrix<float>& a);
 
 /// The same in double precision (LAPACK dgetrf, dgetri), with "dgetrf" and "dgetri" as names.

@@ -48,8 +48,7 @@ void differences(benchmark::State& state, const FrameKernels* kernels) {
   Tracks tracks(state.range(0));
   kernels->project(transform, tracks.active(), tracks.values.data());
   for (auto _ : state) {
-    kernels->differences(transform, tracks.active(), tracks.values.data(), 1e-4f,
-                         tracks.rows.data());
+    kernels->differences(transform, tracks.active(), tracks.values.data(), tracks.rows.data());
     benchmark::ClobberMemory();
   }
 }
@@ -57,7 +56,7 @@ void differences(benchmark::State& state, const FrameKernels* kernels) {
 void normalSystem(benchmark::State& state, const FrameKernels* kernels) {
   Tracks tracks(state.range(0));
   kernels->project(transform, tracks.active(), tracks.values.data());
-  kernels->differences(transform, tracks.active(), tracks.values.data(), 1e-4f, tracks.rows.data());
+  kernels->differences(transform, tracks.active(), tracks.values.data(), tracks.rows.data());
   double triangle[64];
   float gradient[8];
   for (auto _ : state) {
@@ -74,7 +73,7 @@ void frameSystem(benchmark::State& state, const FrameKernels* kernels) {
   float gradient[8];
   for (auto _ : state) {
     kernels->frameSystem(transform, tracks.active(), tracks.values.data(), tracks.goal.data(),
-                         1e-4f, triangle, gradient);
+                         triangle, gradient);
     benchmark::ClobberMemory();
   }
 }
