@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "bench/peers/competitor.h"
 
+#include <array>
 #include <memory>
+
+#include "cornerpin/linalg/lapack.h"
 
 namespace bench {
 
@@ -34,7 +37,43 @@ Run prepareLibrary(const Shot& shot, const std::vector<Frame>& frames) {
   return {[scene] { scene->solve(); }, results};
 }
 
+constexpr int kSize = 8;
+
+// Diagonally dominant, as the damped normal matrices are.
+std::array<float, kSize * kSize> normalMatrix() {
+  std::array<float, kSize * kSize> a{};
+  for (std::size_t i = 0; i < kSize; ++i) {
+    for (std::size_t j = 0; j < kSize; ++j) {
+      a[i * kSize + j] = (i == j ? 3.0f : 0.0f) + 1.0f / static_cast<float>(1 + i + j);
+    }
+  }
+  return a;
+}
+
+void invertSevenTimes() {
+  static const std::array<float, kSize* kSize> a = normalMatrix();
+  float work[64 * kSize];
+  const int length = 64 * kSize;
+  int pivots[kSize];
+  int info = 0;
+  for (int pass = 0; pass < 7; ++pass) {
+    std::array<float, kSize* kSize> copy = a;
+    sgetrf_(&kSize, &kSize, copy.data(), &kSize, pivots, &info);
+    sgetri_(&kSize, copy.data(), &kSize, pivots, work, &length, &info);
+  }
+}
+
 }  // namespace
+
+Competitor inversionsAlone() {
+  const auto prepare = [](const Shot&, const std::vector<Frame>& frames) -> Run {
+    return {[&frames] {
+              for (std::size_t f = 0; f < frames.size(); ++f) invertSevenTimes();
+            },
+            {}};
+  };
+  return {"LAPACK alone", "seven inversions of 8 x 8", true, prepare};
+}
 
 Competitor framewise(const std::string& name, const std::string& settings, Fit fit) {
   const auto prepare = [fit](const Shot&, const std::vector<Frame>& frames) -> Run {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "bench/peers/measure.h"
 
+#include <cmath>
+
 namespace bench {
 
 std::vector<Figure> measure(const Shot& shot, const std::vector<Competitor>& competitors,
@@ -25,7 +27,8 @@ std::vector<Figure> measure(const Shot& shot, const std::vector<Competitor>& com
   std::vector<Figure> figures;
   for (std::size_t c = 0; c < count; ++c) {
     figures.push_back({competitors[c].name, competitors[c].settings, competitors[c].usesWeights,
-                       quartiles(samples[c]), rms(frames, runs[c].results())});
+                       quartiles(samples[c]),
+                       runs[c].results ? rms(frames, runs[c].results()) : std::nan("")});
   }
   return figures;
 }

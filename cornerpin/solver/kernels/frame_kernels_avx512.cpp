@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "cornerpin/solver/kernels/frame_kernels_avx2.h"
 
@@ -198,7 +199,27 @@ class System {
   void add(const Rows& rows) {
     multiply(rows, products_);
     addUp(rows);
-    check(rows);
+  }
+
+  void check(const Rows& rows) {
+    __m256i deviations = deviations_;
+    for (std::ptrdiff_t t = 0; t < rows.count; ++t) {
+      deviations = _mm256_or_si256(
+          deviations,
+          deviationsOf(rows.row(t), _mm512_cvtps_pd(_mm256_load_ps(differences_ + 8 * t)),
+                       before_ + 8 * t, between_ + 8 * t));
+    }
+    // Of four tracks at a time.
+    for (std::ptrdiff_t t = 0; t < rows.count; t += 4) {
+      const __m256 differenceOfY = _mm256_movehdup_ps(_mm256_load_ps(rows.differences + 2 * t));
+      const std::ptrdiff_t lanes = 2 * (rows.count - t);
+      const auto mask = static_cast<__mmask8>(lanes < 8 ? (1u << lanes) - 1 : 0xffu);
+      deviations = _mm256_mask_or_epi32(
+          deviations, mask, deviations,
+          deviationsOf(rows.perspectiveOfY + 2 * t, _mm512_cvtps_pd(differenceOfY),
+                       sharedBefore_ + 2 * t, sharedAfter_ + 2 * t));
+    }
+    deviations_ = deviations;
   }
 
   // Whether every step of the gradient was the definition's.
@@ -243,27 +264,6 @@ class System {
 
   static void storePair(__m256 g, float* to) {
     _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm256_castps256_ps128(g));
-  }
-
-  void check(const Rows& rows) {
-    __m256i deviations = deviations_;
-    for (std::ptrdiff_t t = 0; t < rows.count; ++t) {
-      deviations = _mm256_or_si256(
-          deviations,
-          deviationsOf(rows.row(t), _mm512_cvtps_pd(_mm256_load_ps(differences_ + 8 * t)),
-                       before_ + 8 * t, between_ + 8 * t));
-    }
-    // Of four tracks at a time.
-    for (std::ptrdiff_t t = 0; t < rows.count; t += 4) {
-      const __m256 differenceOfY = _mm256_movehdup_ps(_mm256_load_ps(rows.differences + 2 * t));
-      const std::ptrdiff_t lanes = 2 * (rows.count - t);
-      const auto mask = static_cast<__mmask8>(lanes < 8 ? (1u << lanes) - 1 : 0xffu);
-      deviations = _mm256_mask_or_epi32(
-          deviations, mask, deviations,
-          deviationsOf(rows.perspectiveOfY + 2 * t, _mm512_cvtps_pd(differenceOfY),
-                       sharedBefore_ + 2 * t, sharedAfter_ + 2 * t));
-    }
-    deviations_ = deviations;
   }
 
   // The bits in which the definition's step from `before` does not lead to `after`. The product of
@@ -313,13 +313,20 @@ class System {
 
 void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
                  double* a, float* g) {
-  Rows rows;
+  Rows rows[2];
+  Rows* here = &rows[0];
+  Rows* before = &rows[1];
+  before->count = 0;
   System system;
   bool isDefined = true;
   for (std::ptrdiff_t i = 0; i < tracks.count && isDefined; i += kTracks) {
-    isDefined = Block(tracks, i).form(h, values + 2 * i, goal + 2 * i, rows);
-    system.add(rows);
+    isDefined = Block(tracks, i).form(h, values + 2 * i, goal + 2 * i, *here);
+    // While the divisions of one block take their time, the block before is checked.
+    system.check(*before);
+    system.add(*here);
+    std::swap(here, before);
   }
+  system.check(*before);
   if (isDefined && system.isDefined()) {
     system.store(a, g);
   } else {
