@@ -40,7 +40,7 @@ void lapackAlone(benchmark::State& state) {
   const int length = static_cast<int>(work.size());
   int info = 0;
   for (auto _ : state) {
-    std::copy(a.data, a.data + n * n, factors.begin());
+    std::copy_n(a.data, factors.size(), factors.begin());
     sgetrf_(&n, &n, factors.data(), &n, pivots.data(), &info);
     sgetri_(&n, factors.data(), &n, pivots.data(), work.data(), &length, &info);
     benchmark::DoNotOptimize(factors.data());

@@ -39,7 +39,7 @@ void lapackSvdAlone(benchmark::State& state) {
   std::vector<float> work(static_cast<std::size_t>(length));
   int info = 0;
   for (auto _ : state) {
-    std::copy(a.data, a.data + n * n, copy.begin());
+    std::copy_n(a.data, copy.size(), copy.begin());
     sgesvd_("S", "A", &n, &n, copy.data(), &n, s.data(), u.data(), &n, v.data(), &n, work.data(),
             &length, &info, 1, 1);
     benchmark::DoNotOptimize(s.data());

@@ -27,7 +27,7 @@ Parameters fit(const Frame& frame) {
   static std::vector<double> r, jacobian, work;  // kept from frame to frame
   r.resize(values);
   jacobian.resize(8 * values);
-  work.resize(5 * 8 + values);
+  work.resize(40 + values);  // 5 n + m
   int pivots[8];
   const double tolerance = std::sqrt(std::numeric_limits<double>::epsilon());
   lmder1(evaluateFrame, const_cast<Frame*>(&frame), m, 8, p.data(), r.data(), jacobian.data(), m,

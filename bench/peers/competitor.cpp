@@ -38,10 +38,11 @@ Run prepareLibrary(const Shot& shot, const std::vector<Frame>& frames) {
 }
 
 constexpr int kSize = 8;
+using Square = std::array<float, 64>;
 
 // Diagonally dominant, as the damped normal matrices are.
-std::array<float, kSize * kSize> normalMatrix() {
-  std::array<float, kSize * kSize> a{};
+Square normalMatrix() {
+  Square a{};
   for (std::size_t i = 0; i < kSize; ++i) {
     for (std::size_t j = 0; j < kSize; ++j) {
       a[i * kSize + j] = (i == j ? 3.0f : 0.0f) + 1.0f / static_cast<float>(1 + i + j);
@@ -51,13 +52,13 @@ std::array<float, kSize * kSize> normalMatrix() {
 }
 
 void invertSevenTimes() {
-  static const std::array<float, kSize* kSize> a = normalMatrix();
+  static const Square a = normalMatrix();
   float work[64 * kSize];
   const int length = 64 * kSize;
   int pivots[kSize];
   int info = 0;
   for (int pass = 0; pass < 7; ++pass) {
-    std::array<float, kSize* kSize> copy = a;
+    Square copy = a;
     sgetrf_(&kSize, &kSize, copy.data(), &kSize, pivots, &info);
     sgetri_(&kSize, copy.data(), &kSize, pivots, work, &length, &info);
   }

@@ -25,7 +25,7 @@ int derivatives(const gsl_vector* p, void* frame, gsl_matrix* jacobian) {
 }
 
 Parameters fit(const Frame& frame) {
-  const auto m = static_cast<std::size_t>(2 * frame.count());
+  const auto m = 2 * static_cast<std::size_t>(frame.count());
   const gsl_multifit_nlinear_parameters defaults = gsl_multifit_nlinear_default_parameters();
   const std::unique_ptr<gsl_multifit_nlinear_workspace, void (*)(gsl_multifit_nlinear_workspace*)>
       workspace(gsl_multifit_nlinear_alloc(gsl_multifit_nlinear_trust, &defaults, m, 8),

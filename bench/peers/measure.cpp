@@ -9,6 +9,7 @@ std::vector<Figure> measure(const Shot& shot, const std::vector<Competitor>& com
                             int rounds) {
   const std::vector<Frame> frames = framesOf(shot);
   std::vector<Run> runs;
+  runs.reserve(competitors.size());
   for (const Competitor& c : competitors) runs.push_back(c.prepare(shot, frames));
   for (const Run& run : runs) run.solve();
 

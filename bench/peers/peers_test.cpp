@@ -33,7 +33,7 @@ const Competitor& named(const std::vector<Competitor>& all, const std::string& n
 // Gauss-Newton to the end, in double precision, by normal equations and Gaussian elimination.
 Parameters optimumOf(const Frame& frame) {
   Parameters p = frame.start;
-  const auto values = static_cast<std::size_t>(2 * frame.count());
+  const auto values = 2 * static_cast<std::size_t>(frame.count());
   std::vector<double> r(values), rows(8 * values);
   for (int pass = 0; pass < 20; ++pass) {
     bench::evaluate(frame, p.data(), r.data(), rows.data(), 8, 1);
@@ -58,6 +58,7 @@ Parameters optimumOf(const Frame& frame) {
 
 std::vector<Parameters> optimaOf(const std::vector<Frame>& frames) {
   std::vector<Parameters> optima;
+  optima.reserve(frames.size());
   for (const Frame& frame : frames) optima.push_back(optimumOf(frame));
   return optima;
 }

@@ -29,6 +29,7 @@ class Frames {
     std::uniform_real_distribution<double> place(-1, 1);
     std::normal_distribution<double> noise(0, kNoise);
     std::vector<Point> base;
+    base.reserve(static_cast<std::size_t>(tracks));
     for (int t = 0; t < tracks; ++t) base.push_back({place(engine), place(engine)});
     for (int f = 0; f < kFrames; ++f) {
       Matches matches;
