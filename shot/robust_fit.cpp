@@ -24,14 +24,11 @@ constexpr double kParameters = 8.0;
 constexpr double kChance = 1e-3;     // that one of its normal errors lies as far as none may
 constexpr double kMostSpread = 2.0;  // of the scale, in standard errors or so
 
-// What speaks against a core beforehand.
-constexpr double kForHeavyTails = 2.0;  // in units of the score
-constexpr double kUsualGrowth = 0.3;    // of the scale's logarithm over the expected one's
-
-constexpr double kLargeScale = 0.01;  // explains too much to end the drawing of samples
-constexpr double kFarthest = 4.0;     // square of the distance from where on all are as bad
-constexpr double kLeastWidth = 2.0;   // of half the surface, in sigmas
-constexpr double kSameCore = 0.05;    // in sigmas
+constexpr double kForHeavyTails = 2.0;  // that they must be better by, in units of the score
+constexpr double kLargeScale = 0.01;    // explains too much to end the drawing of samples
+constexpr double kFarthest = 4.0;       // square of the distance from where on all are as bad
+constexpr double kLeastWidth = 2.0;     // of half the surface, in sigmas
+constexpr double kSameCore = 0.05;      // in sigmas
 constexpr std::ptrdiff_t kRefinedSamples = 4;
 
 // In sigmas of the core: where the loss bends.
@@ -173,10 +170,6 @@ class Search {
   void consider(const CoreFit& core, Stage stage) {
     double score = core.score;
     if (core.errors.freedom < 16) score += kForHeavyTails;
-    if (options_.expected > 0.0) {
-      const double growth = std::log(core.errors.scale() / options_.expected) / kUsualGrowth;
-      if (growth > 0.0) score += 0.5 * growth * growth;
-    }
     if (score >= bestScore_ || isFlattened(matches_, core)) return;
     bestScore_ = score;
     best_ = core;

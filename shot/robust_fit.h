@@ -67,9 +67,7 @@ double lossWeight(Loss loss, double residual, double width);
 ///    matches (`QuadSamples`). Samples compare by the sum of the logarithms of their errors, which
 ///    needs no distance beyond which a match is bad, and are drawn until one of good matches alone
 ///    has been missed with a chance of 1 in 1,000. The best score wins; heavy tails must be better
-///    by 2, and a scale above the expected one by half the square of its logarithm's growth over
-///    0.3. A closer core costs nothing. A core that flattens the surface to hardly more than its
-///    errors does not count.
+///    by 2. A core that flattens the surface to hardly more than its errors does not count.
 /// 3. `fitHomography` with the loss goes on from the core to convergence. Tukey's loss is flat from
 ///    7 sigmas of the core on, Cauchy's bends at 3, Huber's at 1.7.
 ///
