@@ -6,6 +6,12 @@
 
 namespace cornerpin {
 
+namespace {
+
+constexpr double kFarOff = 4.0;  // in median distances; the corner of a full square is two away
+
+}  // namespace
+
 double denominator(const Homography& h, Point p) { return h[2][0] * p.x + h[2][1] * p.y + h[2][2]; }
 
 Point map(const Homography& h, Point p) {
@@ -45,6 +51,28 @@ Homography product(const Homography& a, const Homography& b) {
     }
   }
   return c;
+}
+
+std::vector<Point> withoutFarOff(const std::vector<Point>& points) {
+  if (points.empty()) return points;
+  const auto median = [](std::vector<double> numbers) {
+    const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+    std::nth_element(numbers.begin(), middle, numbers.end());
+    return *middle;
+  };
+  std::vector<double> x, y, distances;
+  for (const Point& p : points) {
+    x.push_back(p.x);
+    y.push_back(p.y);
+  }
+  const Point centre = {median(x), median(y)};
+  for (const Point& p : points) distances.push_back(std::hypot(p.x - centre.x, p.y - centre.y));
+  const double farthest = kFarOff * median(distances);
+  std::vector<Point> near;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (distances[i] <= farthest) near.push_back(points[i]);
+  }
+  return 4 * near.size() < 3 * points.size() ? points : near;
 }
 
 Conditioning Conditioning::fitting(const std::vector<Point>& points) {

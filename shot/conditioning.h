@@ -35,6 +35,11 @@ Homography product(const Homography& a, const Homography& b);
 
 constexpr Homography kIdentityTransform = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
 
+/// The points without the far-off ones: those up to four times the median distance from the median
+/// point. All of them where that would leave out more than a quarter, as a dense group beside a
+/// sparse one does.
+std::vector<Point> withoutFarOff(const std::vector<Point>& points);
+
 /// The similarity p -> scale * (p - centre) between the caller's coordinates and those in which
 /// the solver works best. One scale for both axes: a least-squares optimum stays one.
 struct Conditioning {

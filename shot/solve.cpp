@@ -148,6 +148,7 @@ class ShotSolver {
   void setUpScene() {
     std::vector<Point> points;
     for (const Observation& o : base_) points.push_back(place(o));
+    points = surfacePoints(points, result_.loss);
     fitting_ = Conditioning::fitting(points);
     result_.baseCentre = fitting_.centre;
     if (result_.units == Units::Fit) conditioning_ = fitting_;
@@ -312,14 +313,15 @@ class ShotSolver {
     if (active_.size() < kFewestTracks) {
       return fmt::format("{} of the {} tracks needed", active_.size(), kFewestTracks);
     }
-    if (!inGeneralPosition(active_.base)) {
+    // Far-off tracks may make the others look like one place. Those in the base frame are left out
+    // where bad ones can be told, and in this frame the good ones are looked at instead.
+    const std::vector<Point> base = surfacePoints(active_.base, result_.loss);
+    const bool tellsBad = result_.loss != Loss::None && active_.size() >= kFewestForRobust;
+    if (!inGeneralPosition(base)) {
       return "all its tracks but one, or all of them, lie on one line in the base frame";
     }
-    // Far-off tracks may make the others look like one place: where bad ones can be told, the good
-    // ones are looked at instead.
-    const bool tellsBad = result_.loss != Loss::None && active_.size() >= kFewestForRobust;
     if (!tellsBad && !inGeneralPosition(active_.here)) return kOnOneLine;
-    if (result_.loss != Loss::None && !isSpread(active_.base)) {
+    if (result_.loss != Loss::None && !isSpread(base)) {
       return "its tracks lie too close together or too near one line in the base frame";
     }
     return {};
@@ -471,6 +473,10 @@ const char* nameOf(Status status) {
   if (status == Status::Base) return "base";
   if (status == Status::Reduced) return "reduced";
   return status == Status::Solved ? "solved" : "held";
+}
+
+std::vector<Point> surfacePoints(const std::vector<Point>& places, Loss loss) {
+  return loss != Loss::None && places.size() >= kFewestForRobust ? withoutFarOff(places) : places;
 }
 
 int chooseBaseFrame(const Tracks& tracks) {

@@ -89,6 +89,10 @@ struct ShotResult {
 /// Called after each frame with the number of frames done.
 using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
+/// The places in the base frame that tell how far the surface reaches: all of them, or with a
+/// robust loss and enough tracks to tell a bad one those that are not far off (`withoutFarOff`).
+std::vector<Point> surfacePoints(const std::vector<Point>& places, Loss loss);
+
 /// The frame whose tracks have the most observations in the whole shot (weight above 0); the
 /// smallest of several.
 int chooseBaseFrame(const Tracks& tracks);

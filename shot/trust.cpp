@@ -28,15 +28,20 @@ BasePlaces basePlaces(const Tracks& tracks, int baseFrame) {
   return places;
 }
 
-Quad boxAround(const BasePlaces& places) {
-  std::optional<Point> low, high;
+Quad boxAround(const BasePlaces& places, Loss loss) {
+  std::vector<Point> points;
   for (const auto& place : places) {
-    if (!place) continue;
-    low = low ? Point{std::min(low->x, place->x), std::min(low->y, place->y)} : *place;
-    high = high ? Point{std::max(high->x, place->x), std::max(high->y, place->y)} : *place;
+    if (place) points.push_back(*place);
   }
-  if (!low) return {};
-  return {*low, {high->x, low->y}, *high, {low->x, high->y}};
+  points = surfacePoints(points, loss);
+  if (points.empty()) return {};
+  Point low = points.front();
+  Point high = low;
+  for (const Point& p : points) {
+    low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+  }
+  return {low, {high.x, low.y}, high, {low.x, high.y}};
 }
 
 // The frame whose transform a lower model was fitted on top of.
@@ -67,6 +72,10 @@ bool isRobust(const ShotResult& result, const FrameResult& frame) {
          static_cast<std::size_t>(frame.tracks) >= kFewestForRobust;
 }
 
+bool isInFront(const ShotResult& result, const FrameResult& frame, Point p) {
+  return denominator(frame.h, p) * denominator(frame.h, result.baseCentre) > 0.0;
+}
+
 // Gives the matches the weights of the last step of the fit, or of only the good tracks, in full.
 FittedFrame weighted(const ShotResult& result, const FrameResult& frame, FittedFrame fitted,
                      bool goodInFull) {
@@ -74,16 +83,13 @@ FittedFrame weighted(const ShotResult& result, const FrameResult& frame, FittedF
   const bool cut = goodInFull || frame.status != Status::Solved;
   for (Match& m : fitted.matches) {
     const Point q = map(frame.h, m.from);
-    const double r = std::hypot(m.to.x - q.x, m.to.y - q.y);
+    const double r = isInFront(result, frame, m.from) ? std::hypot(m.to.x - q.x, m.to.y - q.y)
+                                                      : std::numeric_limits<double>::infinity();
     if (!(r <= kInlierScales * frame.scale) && cut) m.weight = 0.0;
     if (!cut) m.weight *= std::sqrt(lossWeight(frame.loss, r, frame.width));
     if (!(m.weight > 0.0)) m.weight = 0.0;
   }
   return fitted;
-}
-
-bool isInFront(const ShotResult& result, const FrameResult& frame, Point corner) {
-  return denominator(frame.h, corner) * denominator(frame.h, result.baseCentre) > 0.0;
 }
 
 FrameTrust trustOf(const ShotResult& result, const FrameResult& frame, const FittedFrame& fitted,
@@ -113,7 +119,7 @@ ShotTrust assess(const Tracks& tracks, const ShotResult& result, const std::opti
                  const TrackSink& sink) {
   const BasePlaces places = basePlaces(tracks, result.baseFrame);
   ShotTrust trust;
-  const Quad box = boxAround(places);
+  const Quad box = boxAround(places, result.loss);
   trust.corners = corners ? *corners : box;
   trust.frames.reserve(result.frames.size());
   WorstTracks worst(kVisible * std::max(box[2].x - box[0].x, box[2].y - box[0].y));

@@ -49,7 +49,7 @@ using TrackSink = std::function<void(int track, int frame, const TrackInfluence&
 FittedFrame fittedFrame(const Tracks& tracks, const ShotResult& result, std::size_t frame,
                         std::vector<int>& ids);
 
-/// The corners default to those of the box around the base frame's tracks.
+/// The corners default to those of the box around the base frame's tracks (`surfacePoints`).
 ShotTrust assess(const Tracks& tracks, const ShotResult& result,
                  const std::optional<Quad>& corners = {}, const TrackSink& sink = {});
 

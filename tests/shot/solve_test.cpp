@@ -321,6 +321,30 @@ TEST(SolveShot, SolvesBesideATrackThatIsFlungFarAway) {
   EXPECT_LT(errorAtCorners(frame), 1e-3);
 }
 
+// The base frame's places set the solver's coordinates and say how far the surface reaches.
+TEST(SolveShot, SolvesBesideATrackThatIsFarAwayInTheBaseFrame) {
+  for (const double far : {2e3, 1e4, 1e6, 1e9}) {
+    Tracks tracks;
+    for (int f : {0, 1, 2}) {
+      seeAll(tracks, f);
+      for (int t = 5; t < 9; ++t) {
+        see(tracks, t, f, map(motion(f), {70.0 * t, 30.0 * (t % 4) + 150}));
+      }
+      see(tracks, 9, f, f == 0 ? Point{far, -far} : map(motion(f), {200, 200}));
+    }
+    SolveOptions options = based(0);
+    options.loss = Loss::Tukey;
+    const ShotResult result = solveShot(tracks, options);
+    for (int f : {1, 2}) {
+      const FrameResult& frame = result.frames[static_cast<std::size_t>(f)];
+      EXPECT_EQ(frame.status, Status::Solved) << far;
+      EXPECT_EQ(frame.inliers, 9) << far;
+      EXPECT_LT(errorAtCorners(frame), 1e-3) << far;
+      EXPECT_LT(frame.scale, 0.1) << far << ", an eighth of a pixel over tracks 1,000 wide";
+    }
+  }
+}
+
 // Frame 6 is blurred; in the others one track of eight is 15 px off.
 TEST(SolveShot, TellsABadTrackBehindAFrameThatIsBlurred) {
   std::mt19937 random(7);

@@ -137,6 +137,44 @@ TEST(Assess, IsAboutTheBoxAroundTheBaseFramesTracksUnlessToldOtherwise) {
   EXPECT_EQ(assess(tracks, result, kCorners).corners[3].x, kCorners[3].x);
 }
 
+TEST(Assess, GivesATrackBehindTheHorizonNoWeightWhereverItIsSeen) {
+  const Homography h = {
+      {{1, 0.02, 3}, {-0.03, 1, 5}, {-0.002, 0, 1}}};  // the horizon is at x = 500
+  Tracks tracks;
+  for (int f = 0; f < 2; ++f) {
+    for (int t = 0; t < 10; ++t) {
+      if (f == 0) tracks.names.push_back("t" + std::to_string(t));
+      const Point p = {t == 9 ? 600.0 : 60.0 + 30.0 * t, 80.0 + 50.0 * (t * 3 % 7)};
+      const Point q = f == 0 ? p : map(h, p);
+      Observation o;
+      o.track = t;
+      o.frame = f;
+      o.x = q.x;
+      o.y = q.y;
+      tracks.observations.push_back(o);
+    }
+  }
+  const ShotResult result = solveShot(tracks, fromTheFirstFrame());
+  ASSERT_EQ(result.frames[1].status, Status::Solved);
+  ASSERT_LT(denominator(result.frames[1].h, {600, 80}), 0.0);
+  ASSERT_EQ(result.frames[1].inliers, 9);
+  int seen = 0;
+  assess(tracks, result, kCorners, [&](int track, int, const TrackInfluence& influence) {
+    EXPECT_EQ(influence.leverage > 0.0, track != 9);
+    ++seen;
+  });
+  EXPECT_EQ(seen, 10);
+}
+
+TEST(Assess, LeavesATrackThatIsFarAwayOutOfTheBox) {
+  Tracks tracks = noisyShot(8, 0.0, 1);
+  tracks.observations[5].x = 1e5;
+  EXPECT_LT(assess(tracks, solveShot(tracks, fromTheFirstFrame())).corners[2].x, 1e4);
+  SolveOptions plain = fromTheFirstFrame();
+  plain.loss = Loss::None;
+  EXPECT_EQ(assess(tracks, solveShot(tracks, plain)).corners[2].x, 1e5);
+}
+
 TEST(Assess, SaysNothingOfWhatItCannotKnow) {
   const Tracks tracks = noisyShot(4, 0.1, 1);
   const ShotTrust trust = assess(tracks, solveShot(tracks, fromTheFirstFrame()), kCorners);
