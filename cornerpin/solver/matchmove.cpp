@@ -116,7 +116,7 @@ void FrameFit::setGoal(int index, const MMatchmoveTrack& track) {
 void FrameFit::gatherBase() {
   const Matrix& base = scene_.basePositions;
   const std::ptrdiff_t count = tracks_.count;
-  if (scene_.trackCount <= base.rows && base.cols >= 2) {
+  if (scene_.trackCount <= base.rows && base.cols >= 2) {  // none needs a check of its own
     for (std::ptrdiff_t i = 0; i < count; ++i) {
       const float* const position = base.data + std::ptrdiff_t{active_.data[i]} * base.rowStride;
       x_[i] = position[0];
