@@ -49,7 +49,7 @@ class FrameFit {
     float* values;
   };
 
-  void setGoal(int index, const MMatchmoveTrack& track);
+  void setGoal(std::ptrdiff_t index, const MMatchmoveTrack& track);
   void gatherBase();
   float evaluate(Point& point);
 
@@ -107,7 +107,7 @@ bool FrameFit::select(int frame) {
   return count > 0;
 }
 
-void FrameFit::setGoal(int index, const MMatchmoveTrack& track) {
+void FrameFit::setGoal(std::ptrdiff_t index, const MMatchmoveTrack& track) {
   const float weight = weight_[index];
   goal_[2 * index] = weight * track.positions(frame_, 0);
   goal_[2 * index + 1] = weight * track.positions(frame_, 1);
