@@ -38,8 +38,8 @@ using NormalSystem = void (*)(const float* rows, const float* goal, const float*
                               double* a, float* g);
 
 // The normal system of a frame's own differences, without storing them: what `normalSystem` makes
-// of the rows of `differences`, with two values per track. Zeros in g may differ in sign, and with a
-// goal that is not finite more or fewer elements of g may be; a sum in `a` is not finite exactly
+// of the rows of `differences`, with two values per track. Zeros in g may differ in sign, and with
+// a goal that is not finite more or fewer elements of g may be; a sum in `a` is not finite exactly
 // when one of the definition's is, but which ones may differ.
 using FrameSystem = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
                              const float* goal, double* a, float* g);
