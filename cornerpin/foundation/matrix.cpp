@@ -33,10 +33,6 @@ template <class T, class U>
 void copyLines(const Lines<T>& to, const Lines<const U>& from, std::ptrdiff_t length,
                std::ptrdiff_t count) {
   const bool alongBoth = to.step == 1 && from.step == 1;
-  if (alongBoth && to.line == length && from.line == length) {  // one line behind the other
-    length *= count;
-    count = std::min(count, std::ptrdiff_t{1});
-  }
   const std::ptrdiff_t tile = alongBoth ? std::max(length, std::ptrdiff_t{1}) : 16;
   for (std::ptrdiff_t first = 0; first < length; first += tile) {
     const std::ptrdiff_t end = std::min(first + tile, length);

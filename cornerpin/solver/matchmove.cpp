@@ -114,19 +114,11 @@ void FrameFit::setGoal(std::ptrdiff_t index, const MMatchmoveTrack& track) {
 }
 
 void FrameFit::gatherBase() {
-  const Matrix& base = scene_.basePositions;
   const std::ptrdiff_t count = tracks_.count;
-  if (scene_.trackCount <= base.rows && base.cols >= 2) {  // none needs a check of its own
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-      const float* const position = base.data + std::ptrdiff_t{active_.data[i]} * base.rowStride;
-      x_[i] = position[0];
-      y_[i] = position[base.colStride];
-    }
-    return;
-  }
   for (std::ptrdiff_t i = 0; i < count; ++i) {
-    x_[i] = base(active_.data[i], 0);
-    y_[i] = base(active_.data[i], 1);
+    const int t = active_.data[i];
+    x_[i] = scene_.basePositions(t, 0);
+    y_[i] = scene_.basePositions(t, 1);
   }
 }
 

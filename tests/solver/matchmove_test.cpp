@@ -462,6 +462,23 @@ TEST(MMatchmoveFailure, PositionsThatEndEarlyFailInTheFrameWhereTheyAreMissed) {
   EXPECT_EQ(transformOf(scene.outputs[2]), transformOf(scene.outputs[1]));
 }
 
+TEST(MMatchmoveFailure, AMissingWeightIsReportedBeforeAMissingPositionOfAnEarlierTrack) {
+  MMatchmove scene = panningShot(4, 0);
+  scene.tracks[1].positions.resize(2, 2, Matrix::RowMajor);
+  scene.tracks[3].weights.resize(2);
+  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solve(); }), "MVector index 2 out of range 1");
+}
+
+TEST(MMatchmoveFailure, AMissingBasePositionIsReported) {
+  MMatchmove scene = panningShot(4, 0);
+  scene.setupOutputs();
+  scene.solveBaseFrame();
+  scene.outputs[1] = scene.outputs[0].copy(Matrix::ColumnMajor);
+  scene.basePositions = Matrix(2, 2, Matrix::ColumnMajor);
+  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solveFrame(1); }),
+            "MMatrix row 2 out of range 0..1");
+}
+
 TEST(MMatchmoveFailure, AShotCanBeSolvedAfterItFailed) {
   MMatchmove scene = panningShot(5, 0);
   const MArray<MMatchmoveTrack> whole = panningShot(5, 0).tracks;
