@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -30,8 +31,7 @@ class FrameFit {
  public:
   explicit FrameFit(const MMatchmove& scene);
 
-  // Chooses a frame and the tracks that are active in it, and gathers their weighted positions
-  // there. False when none is.
+  // Chooses a frame and gathers the tracks that are active in it. False when none is.
   bool select(int frame);
   // Fits the frame, starting from `transform`, which it replaces.
   void solve(Matrix& transform);
@@ -49,21 +49,34 @@ class FrameFit {
     float* values;
   };
 
-  void setGoal(std::ptrdiff_t index, const MMatchmoveTrack& track);
-  void gatherBase();
+  // What the frames read of a track that is present in the base frame.
+  struct Source {
+    const float* weights;
+    const float* positions;
+    std::ptrdiff_t weightStride, rowStride, colStride;
+    float x, y;  // in the base frame
+  };
+
+  void findSources();
+  void gather();
+  void gatherChecked();
+  void gatherBaseChecked();
   float evaluate(Point& point);
 
   const MMatchmove& scene_;
   const MLMSolver settings_;
   cornerpin::internal::NormalSystem system_;
   const MGenVector<float> noTrust_;
-  MGenVector<int> active_;   // the active tracks
+  std::vector<Source> sources_;
+  int framesInRange_ = 0;    // the frames that all sources have
+  MGenVector<int> active_;   // the active tracks, in a frame out of range
   std::vector<float> room_;  // what the pointers below share
   ActiveTracks tracks_;
   float *x_, *y_, *weight_;  // what `tracks_` reads
-  float *goal_, *difference_;
+  float *goal_, *residuals_;
   Point held_, candidate_;
   int frame_ = 0;
+  bool isInRange_ = false;
 };
 
 constexpr std::size_t kFloatsPerTrack = 11;
@@ -79,46 +92,85 @@ FrameFit::FrameFit(const MMatchmove& scene)
   y_ = take(n);
   weight_ = take(n);
   goal_ = take(2 * n);
-  difference_ = take(2 * n);
+  residuals_ = take(2 * n);
   held_.values = take(2 * n);
   candidate_.values = take(2 * n);
   tracks_ = {x_, y_, weight_, 0};
   system_.resize(kParameters);
+  findSources();
+}
+
+// Leaves no frame in range when anything that frames share is missing.
+void FrameFit::findSources() {
+  const Matrix& base = scene_.basePositions;
+  const int count = scene_.trackCount;
+  if (std::min({scene_.tracks.size(), scene_.baseWeights.length, base.rows}) < count) return;
+  if (base.cols < 2) return;
+  sources_.reserve(static_cast<std::size_t>(count));
+  int frames = std::numeric_limits<int>::max();
+  for (int i = 0; i < count; ++i) {
+    if (!(scene_.baseWeights[i] > 0.0f)) continue;
+    const MGenVector<float>& weights = scene_.tracks[i].weights;
+    const Matrix& positions = scene_.tracks[i].positions;
+    frames = std::min({frames, weights.length, positions.cols < 2 ? 0 : positions.rows});
+    sources_.push_back({weights.data, positions.data, weights.stride, positions.rowStride,
+                        positions.colStride, base(i, 0), base(i, 1)});
+  }
+  framesInRange_ = frames;
 }
 
 bool FrameFit::select(int frame) {
   frame_ = frame;
-  int count = 0;
-  bool complete = true;
-  for (int i = 0; i < scene_.trackCount; ++i) {
-    if (!(scene_.baseWeights[i] > 0.0f)) continue;
-    const MMatchmoveTrack& track = scene_.tracks[i];
-    const float weight = track.weights[frame];
+  isInRange_ = frame >= 0 && frame < framesInRange_;
+  if (isInRange_) {
+    gather();
+  } else {
+    gatherChecked();
+  }
+  return tracks_.count > 0;
+}
+
+void FrameFit::gather() {
+  const std::ptrdiff_t frame = frame_;
+  float *const x = x_, *const y = y_, *const weights = weight_, *const goal = goal_;
+  std::ptrdiff_t count = 0;
+  for (const Source& source : sources_) {
+    const float weight = source.weights[frame * source.weightStride];
     if (!(weight > 0.0f)) continue;
-    active_.data[count] = i;
-    weight_[count] = weight;
-    complete = complete && frame >= 0 && frame < track.positions.rows && track.positions.cols >= 2;
-    if (complete) setGoal(count, track);
+    const float* const position = source.positions + frame * source.rowStride;
+    x[count] = source.x;
+    y[count] = source.y;
+    weights[count] = weight;
+    goal[2 * count] = weight * position[0];
+    goal[2 * count + 1] = weight * position[source.colStride];
     ++count;
   }
+  tracks_.count = static_cast<int>(count);
+}
+
+// Where something is missing, weights are reported before positions, and base positions last.
+void FrameFit::gatherChecked() {
+  int count = 0;
+  for (int i = 0; i < scene_.trackCount; ++i) {
+    if (!(scene_.baseWeights[i] > 0.0f)) continue;
+    const float weight = scene_.tracks[i].weights[frame_];
+    if (!(weight > 0.0f)) continue;
+    active_[count] = i;
+    weight_[count] = weight;
+    ++count;
+  }
+  for (int k = 0; k < count; ++k) {
+    const Matrix& positions = scene_.tracks[active_[k]].positions;
+    goal_[2 * std::ptrdiff_t{k}] = weight_[k] * positions(frame_, 0);
+    goal_[2 * std::ptrdiff_t{k} + 1] = weight_[k] * positions(frame_, 1);
+  }
   tracks_.count = count;
-  // A position that is missing is reported after all weights that are.
-  for (int k = 0; k < count && !complete; ++k) setGoal(k, scene_.tracks[active_.data[k]]);
-  return count > 0;
 }
 
-void FrameFit::setGoal(std::ptrdiff_t index, const MMatchmoveTrack& track) {
-  const float weight = weight_[index];
-  goal_[2 * index] = weight * track.positions(frame_, 0);
-  goal_[2 * index + 1] = weight * track.positions(frame_, 1);
-}
-
-void FrameFit::gatherBase() {
-  const std::ptrdiff_t count = tracks_.count;
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const int t = active_.data[i];
-    x_[i] = scene_.basePositions(t, 0);
-    y_[i] = scene_.basePositions(t, 1);
+void FrameFit::gatherBaseChecked() {
+  for (int k = 0; k < tracks_.count; ++k) {
+    x_[k] = scene_.basePositions(active_[k], 0);
+    y_[k] = scene_.basePositions(active_[k], 1);
   }
 }
 
@@ -130,7 +182,7 @@ void FrameFit::solve(Matrix& transform) {
   std::copy(transform.data, transform.data + count, held_.transform);
   std::fill(held_.transform + count, held_.transform + kParameters, 0.0f);
   held_.transform[kParameters] = candidate_.transform[kParameters] = 1.0f;
-  gatherBase();
+  if (!isInRange_) gatherBaseChecked();
   cornerpin::internal::iterate(settings_, *this);
   if (!transform.ownsBuffer()) transform = transform.copy(Matrix::ColumnMajor);
   transform.resize(3, 3, Matrix::ColumnMajor);
@@ -139,10 +191,8 @@ void FrameFit::solve(Matrix& transform) {
 
 // The Euclidean distance of the point's values from the goal.
 float FrameFit::evaluate(Point& point) {
-  frameKernels().project(point.transform, tracks_, point.values);
-  const std::ptrdiff_t n = 2 * std::ptrdiff_t{tracks_.count};
-  for (std::ptrdiff_t k = 0; k < n; ++k) difference_[k] = point.values[k] - goal_[k];
-  return std::sqrt(_vector_norm2(difference_, static_cast<int>(n)));
+  frameKernels().residuals(point.transform, tracks_, goal_, point.values, residuals_);
+  return std::sqrt(_vector_norm2(residuals_, 2 * tracks_.count));
 }
 
 float FrameFit::start() { return evaluate(held_); }

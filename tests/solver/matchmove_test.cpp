@@ -246,6 +246,19 @@ TEST(MMatchmoveSolve, NegativeAndNanWeightsAreAbsent) {
   }
 }
 
+TEST(MMatchmoveSolve, ATrackMayHaveFewerPositionsWhereItIsAbsent) {
+  MMatchmove whole = panningShot(6, 2);
+  for (const int f : {0, 4, 5}) whole.tracks[3].weights[f] = 0.0f;
+  MMatchmove cut = whole;
+  cut.tracks[3].positions = whole.tracks[3].positions.copy(Matrix::RowMajor);
+  cut.tracks[3].positions.resize(4, 2, Matrix::RowMajor);
+  whole.solve();
+  cut.solve();
+  for (int f = 0; f < 6; ++f) {
+    EXPECT_EQ(transformOf(cut.outputs[f]), transformOf(whole.outputs[f])) << "frame " << f;
+  }
+}
+
 TEST(MMatchmoveSolve, ALargerWeightPullsHarder) {
   float distance[2];
   for (int heavy = 0; heavy < 2; ++heavy) {
@@ -477,6 +490,16 @@ TEST(MMatchmoveFailure, AMissingBasePositionIsReported) {
   scene.basePositions = Matrix(2, 2, Matrix::ColumnMajor);
   EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solveFrame(1); }),
             "MMatrix row 2 out of range 0..1");
+}
+
+TEST(MMatchmoveFailure, AMissingPositionIsReportedBeforeAMissingBasePosition) {
+  MMatchmove scene = panningShot(4, 0);
+  scene.setupOutputs();
+  scene.solveBaseFrame();
+  scene.basePositions = Matrix(2, 2, Matrix::ColumnMajor);
+  scene.tracks[3].positions.resize(1, 2, Matrix::RowMajor);
+  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solveFrame(1); }),
+            "MMatrix row 1 out of range 0..0");
 }
 
 TEST(MMatchmoveFailure, AShotCanBeSolvedAfterItFailed) {

@@ -10,11 +10,14 @@ float sumSquaresScalar(const float* p, int n) {
   return sumSquaresScalar(p, n / 2) + sumSquaresScalar(p + n / 2, n / 2);
 }
 
-int sumSquaresVariants(SumSquaresVariant variants[2]) {
+int sumSquaresVariants(SumSquaresVariant variants[3]) {
   int count = 0;
   variants[count++] = {"scalar", sumSquaresScalar};
 #ifdef CORNERPIN_HAVE_AVX2
   if (internal::hasAvx2()) variants[count++] = {"avx2", sumSquaresAvx2};
+#endif
+#ifdef CORNERPIN_HAVE_AVX512
+  if (internal::hasAvx512()) variants[count++] = {"avx512", sumSquaresAvx512};
 #endif
   return count;
 }
@@ -22,7 +25,7 @@ int sumSquaresVariants(SumSquaresVariant variants[2]) {
 namespace {
 
 SumSquares best() {
-  SumSquaresVariant variants[2];
+  SumSquaresVariant variants[3];
   return variants[sumSquaresVariants(variants) - 1].run;
 }
 

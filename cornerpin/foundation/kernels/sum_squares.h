@@ -18,10 +18,11 @@ struct SumSquaresVariant {
 
 float sumSquaresScalar(const float* p, int n);
 float sumSquaresAvx2(const float* p, int n);
+float sumSquaresAvx512(const float* p, int n);
 
 // Every variant that this processor runs, the definition first and the best one last; returns how
 // many.
-CORNERPIN_API int sumSquaresVariants(SumSquaresVariant variants[2]);
+CORNERPIN_API int sumSquaresVariants(SumSquaresVariant variants[3]);
 
 // The variant in use: the best one, unless a test has chosen another.
 SumSquares sumSquares();

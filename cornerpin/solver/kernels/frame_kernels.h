@@ -25,6 +25,10 @@ struct ActiveTracks {
 // i: (w * u) / s and (w * v) / s, with u, v and s summed from left to right.
 using Project = void (*)(const float* h, const ActiveTracks& tracks, float* values);
 
+// The projection, and residuals[k] = values[k] - goal[k].
+using Residuals = void (*)(const float* h, const ActiveTracks& tracks, const float* goal,
+                           float* values, float* residuals);
+
 // Forward differences: rows[8k + p] = (value k with the step added to element p of h, minus
 // values[k]) / the step, where `values` is the projection through h.
 using Differences = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
@@ -47,6 +51,7 @@ using FrameSystem = void (*)(const float* h, const ActiveTracks& tracks, const f
 struct FrameKernels {
   const char* name;
   Project project;
+  Residuals residuals;
   Differences differences;
   NormalSystem normalSystem;
   FrameSystem frameSystem;

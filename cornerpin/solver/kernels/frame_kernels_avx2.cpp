@@ -21,10 +21,15 @@ __m256 affine(__m256 x, __m256 y, __m256 a, __m256 b, __m256 c) {
   return added(added(multiplied(x, a), multiplied(y, b)), c);
 }
 
-}  // namespace
+ActiveTracks without(const ActiveTracks& tracks, std::ptrdiff_t first) {
+  return {tracks.x + first, tracks.y + first, tracks.weight + first,
+          tracks.count - static_cast<int>(first)};
+}
 
-// Eight tracks at a time.
-void avx2::project(const float* h, const ActiveTracks& tracks, float* values) {
+// Calls `use` with the index and the values k .. k + 7 of every eight, and returns the number of
+// tracks in whole eights.
+template <class Use>
+std::ptrdiff_t projectEights(const float* h, const ActiveTracks& tracks, const Use& use) {
   __m256 element[9];
   for (int e = 0; e < 9; ++e) element[e] = _mm256_set1_ps(h[e]);
   std::ptrdiff_t i = 0;
@@ -39,12 +44,30 @@ void avx2::project(const float* h, const ActiveTracks& tracks, float* values) {
     const __m256 py = _mm256_div_ps(multiplied(w, v), s);
     const __m256 first = _mm256_unpacklo_ps(px, py);   // tracks 0, 1 and 4, 5
     const __m256 second = _mm256_unpackhi_ps(px, py);  // tracks 2, 3 and 6, 7
-    _mm256_storeu_ps(values + 2 * i, _mm256_permute2f128_ps(first, second, 0x20));
-    _mm256_storeu_ps(values + 2 * i + 8, _mm256_permute2f128_ps(first, second, 0x31));
+    use(2 * i, _mm256_permute2f128_ps(first, second, 0x20));
+    use(2 * i + 8, _mm256_permute2f128_ps(first, second, 0x31));
   }
-  const ActiveTracks rest = {tracks.x + i, tracks.y + i, tracks.weight + i,
-                             tracks.count - static_cast<int>(i)};
-  scalarFrameKernels.project(h, rest, values + 2 * i);
+  return i;
+}
+
+}  // namespace
+
+// Eight tracks at a time.
+void avx2::project(const float* h, const ActiveTracks& tracks, float* values) {
+  const std::ptrdiff_t done = projectEights(
+      h, tracks, [values](std::ptrdiff_t k, __m256 value) { _mm256_storeu_ps(values + k, value); });
+  scalarFrameKernels.project(h, without(tracks, done), values + 2 * done);
+}
+
+void avx2::residuals(const float* h, const ActiveTracks& tracks, const float* goal, float* values,
+                     float* residuals) {
+  const std::ptrdiff_t done =
+      projectEights(h, tracks, [goal, values, residuals](std::ptrdiff_t k, __m256 value) {
+        _mm256_storeu_ps(values + k, value);
+        _mm256_storeu_ps(residuals + k, _mm256_sub_ps(value, _mm256_loadu_ps(goal + k)));
+      });
+  scalarFrameKernels.residuals(h, without(tracks, done), goal + 2 * done, values + 2 * done,
+                               residuals + 2 * done);
 }
 
 // One track at a time through all eight shifted transforms: lane p has element p shifted.
@@ -238,7 +261,8 @@ void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* 
   g[kOfX.d] = cd[1];
 }
 
-extern const FrameKernels avx2FrameKernels = {"avx2", avx2::project, avx2::differences,
-                                              avx2::normalSystem, avx2::frameSystem};
+extern const FrameKernels avx2FrameKernels = {
+    "avx2",           avx2::project, avx2::residuals, avx2::differences, avx2::normalSystem,
+    avx2::frameSystem};
 
 }  // namespace cornerpin::kernels

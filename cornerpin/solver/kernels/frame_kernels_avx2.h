@@ -8,6 +8,8 @@
 namespace cornerpin::kernels::avx2 {
 
 void project(const float* h, const ActiveTracks& tracks, float* values);
+void residuals(const float* h, const ActiveTracks& tracks, const float* goal, float* values,
+               float* residuals);
 void differences(const float* h, const ActiveTracks& tracks, const float* values, float* rows);
 void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
                   float* g);

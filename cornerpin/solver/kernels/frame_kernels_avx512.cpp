@@ -336,7 +336,7 @@ void frameSystem(const float* h, const ActiveTracks& tracks, const float* values
 
 }  // namespace
 
-extern const FrameKernels avx512FrameKernels = {"avx512", avx2::project, avx2::differences,
-                                                avx2::normalSystem, frameSystem};
+extern const FrameKernels avx512FrameKernels = {
+    "avx512", avx2::project, avx2::residuals, avx2::differences, avx2::normalSystem, frameSystem};
 
 }  // namespace cornerpin::kernels

@@ -20,6 +20,13 @@ void project(const float* h, const ActiveTracks& tracks, float* values) {
   }
 }
 
+void residuals(const float* h, const ActiveTracks& tracks, const float* goal, float* values,
+               float* residuals) {
+  project(h, tracks, values);
+  const std::ptrdiff_t n = 2 * std::ptrdiff_t{tracks.count};
+  for (std::ptrdiff_t k = 0; k < n; ++k) residuals[k] = values[k] - goal[k];
+}
+
 void differences(const float* h, const ActiveTracks& tracks, const float* values, float* rows) {
   for (int p = 0; p < kParameters; ++p) {
     float shifted[9];
@@ -76,6 +83,7 @@ void frameSystem(const float* h, const ActiveTracks& tracks, const float* values
 
 }  // namespace
 
-const FrameKernels scalarFrameKernels = {"scalar", project, differences, normalSystem, frameSystem};
+const FrameKernels scalarFrameKernels = {"scalar",    project,      residuals,
+                                         differences, normalSystem, frameSystem};
 
 }  // namespace cornerpin::kernels

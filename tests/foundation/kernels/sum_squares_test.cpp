@@ -14,7 +14,7 @@ using cornerpin::kernels::SumSquaresVariant;
 using cornerpin::kernels::useSumSquares;
 
 std::vector<SumSquaresVariant> variants() {
-  SumSquaresVariant all[2];
+  SumSquaresVariant all[3];
   return {all, all + cornerpin::kernels::sumSquaresVariants(all)};
 }
 

@@ -165,6 +165,41 @@ TEST(FrameKernels, EveryVariantProjectsAnyNumberOfTracks) {
   }
 }
 
+TEST(FrameKernels, EveryVariantFindsTheDefinitionsResiduals) {
+  forEveryKind([](int n, int offset, awkward::Kind kind) {
+    Projection projection(n, offset, kind);
+    const auto goal = projection.floats.block(2 * n, offset, kind);
+    const std::vector<float> expected = projection.values(*variants()[0]);
+    for (const FrameKernels* kernels : variants()) {
+      std::vector<float> values(expected.size());
+      std::vector<float> residuals(expected.size());
+      kernels->residuals(projection.h.data(), projection.tracks, goal.data(), values.data(),
+                         residuals.data());
+      ASSERT_TRUE(awkward::sameBits(values.data(), expected.data(), 2 * n))
+          << kernels->name << " n=" << n << " offset=" << offset;
+      for (std::size_t k = 0; k < expected.size(); ++k) {
+        ASSERT_TRUE(awkward::sameBits(residuals[k], expected[k] - goal.data()[k]))
+            << kernels->name << " n=" << n << " offset=" << offset << " k=" << k;
+      }
+    }
+  });
+}
+
+TEST(FrameKernels, EveryVariantFindsTheResidualsOfAnyNumberOfTracks) {
+  Projection projection(kLongest, 1, awkward::Kind::Plain);
+  projection.makeTransformModest();
+  const auto goal = projection.floats.block(2 * kLongest, 5, awkward::Kind::Plain);
+  std::vector<float> expected = projection.values(*variants()[0]);
+  for (std::size_t k = 0; k < expected.size(); ++k) expected[k] -= goal.data()[k];
+  std::vector<float> values(expected.size());
+  for (const FrameKernels* kernels : variants()) {
+    expectPrefixes(expected, 2, kernels->name, [&](int n, float* residuals) {
+      kernels->residuals(projection.h.data(), projection.first(n), goal.data(), values.data(),
+                         residuals);
+    });
+  }
+}
+
 TEST(FrameKernels, EveryVariantFormsTheDefinitionsDifferences) {
   forEveryKind([](int n, int offset, awkward::Kind kind) {
     const Projection projection(n, offset, kind);
