@@ -70,31 +70,51 @@ void avx2::residuals(const float* h, const ActiveTracks& tracks, const float* go
                                residuals + 2 * done);
 }
 
-// One track at a time through all eight shifted transforms: lane p has element p shifted.
-void avx2::differences(const float* h, const ActiveTracks& tracks, const float* values,
-                       float* rows) {
-  const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
-  __m256 shifted[9];
-  for (int e = 0; e < 9; ++e) {
-    const __m256 isElement = _mm256_castsi256_ps(_mm256_cmpeq_epi32(lane, _mm256_set1_epi32(e)));
-    shifted[e] =
-        _mm256_blendv_ps(_mm256_set1_ps(h[e]), _mm256_set1_ps(h[e] + kDifferenceStep), isElement);
+namespace {
+
+// The rows of a track: it goes through all eight shifted transforms at a time, lane p has element
+// p shifted.
+class ShiftedTransforms {
+ public:
+  explicit ShiftedTransforms(const float* h) {
+    const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
+    for (int e = 0; e < 9; ++e) {
+      const __m256 isElement = _mm256_castsi256_ps(_mm256_cmpeq_epi32(lane, _mm256_set1_epi32(e)));
+      shifted_[e] =
+          _mm256_blendv_ps(_mm256_set1_ps(h[e]), _mm256_set1_ps(h[e] + kDifferenceStep), isElement);
+    }
   }
-  const __m256 steps = _mm256_set1_ps(kDifferenceStep);
-  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
+
+  struct Rows {
+    __m256 x, y;
+  };
+  Rows differences(const ActiveTracks& tracks, std::ptrdiff_t i, const float* values) const {
     const __m256 x = _mm256_set1_ps(tracks.x[i]);
     const __m256 y = _mm256_set1_ps(tracks.y[i]);
     const __m256 w = _mm256_set1_ps(tracks.weight[i]);
-    const __m256 u = affine(x, y, shifted[0], shifted[3], shifted[6]);
-    const __m256 v = affine(x, y, shifted[1], shifted[4], shifted[7]);
-    const __m256 s = affine(x, y, shifted[2], shifted[5], shifted[8]);
+    const __m256 u = affine(x, y, shifted_[0], shifted_[3], shifted_[6]);
+    const __m256 v = affine(x, y, shifted_[1], shifted_[4], shifted_[7]);
+    const __m256 s = affine(x, y, shifted_[2], shifted_[5], shifted_[8]);
     const __m256 px = _mm256_div_ps(multiplied(w, u), s);
     const __m256 py = _mm256_div_ps(multiplied(w, v), s);
-    const __m256 dx = _mm256_sub_ps(px, _mm256_set1_ps(values[2 * i]));
-    const __m256 dy = _mm256_sub_ps(py, _mm256_set1_ps(values[2 * i + 1]));
-    float* row = rows + 2 * i * kParameters;
-    _mm256_storeu_ps(row, _mm256_div_ps(dx, steps));
-    _mm256_storeu_ps(row + kParameters, _mm256_div_ps(dy, steps));
+    const __m256 steps = _mm256_set1_ps(kDifferenceStep);
+    return {_mm256_div_ps(_mm256_sub_ps(px, _mm256_set1_ps(values[2 * i])), steps),
+            _mm256_div_ps(_mm256_sub_ps(py, _mm256_set1_ps(values[2 * i + 1])), steps)};
+  }
+
+ private:
+  __m256 shifted_[9];
+};
+
+}  // namespace
+
+void avx2::differences(const float* h, const ActiveTracks& tracks, const float* values,
+                       float* rows) {
+  const ShiftedTransforms shifted(h);
+  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
+    const ShiftedTransforms::Rows row = shifted.differences(tracks, i, values);
+    _mm256_storeu_ps(rows + 2 * i * kParameters, row.x);
+    _mm256_storeu_ps(rows + (2 * i + 1) * kParameters, row.y);
   }
 }
 
@@ -141,16 +161,6 @@ void avx2::normalSystem(const float* rows, const float* goal, const float* value
 }
 
 namespace {
-
-// The frame's system is formed from the rows of so many tracks at a time.
-constexpr int kTracksPerBlock = 128;
-
-// Tracks first .. first + kTracksPerBlock - 1, or as many as there are.
-ActiveTracks blockOf(const ActiveTracks& tracks, std::ptrdiff_t first) {
-  const std::ptrdiff_t rest = tracks.count - first;
-  return {tracks.x + first, tracks.y + first, tracks.weight + first,
-          rest < kTracksPerBlock ? static_cast<int>(rest) : kTracksPerBlock};
-}
 
 // The nonzero elements of a row: linear p and q, translation r, perspective c and d.
 struct Columns {
@@ -220,32 +230,28 @@ struct CoordinateSums {
 }  // namespace
 
 // Products with an element that is zero add nothing, so each coordinate has sums of its own; the
-// perspective elements meet in both, x before y.
+// perspective elements meet in both, x before y. The sums wait for each other; the divisions of the
+// tracks to come fill the time.
 void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* values,
                        const float* goal, double* a, float* g) {
-  alignas(32) float rows[2 * kTracksPerBlock * kParameters];
+  const ShiftedTransforms shifted(h);
   CoordinateSums ofX, ofY;
   __m256d perspective = _mm256_setzero_pd();  // cc cd dd
   __m128 gradient = _mm_setzero_ps();         // c d
-  for (std::ptrdiff_t first = 0; first < tracks.count; first += kTracksPerBlock) {
-    const ActiveTracks block = blockOf(tracks, first);
-    const float* blockValues = values + 2 * first;
-    const float* blockGoal = goal + 2 * first;
-    differences(h, block, blockValues, rows);
-    for (std::ptrdiff_t k = 0; k < 2 * std::ptrdiff_t{block.count}; k += 2) {
-      const double dx = static_cast<double>(blockGoal[k] - blockValues[k]);
-      const double dy = static_cast<double>(blockGoal[k + 1] - blockValues[k + 1]);
-      const RowProducts x(_mm256_load_ps(rows + k * kParameters), kOfX);
-      const RowProducts y(_mm256_load_ps(rows + (k + 1) * kParameters), kOfY);
-      ofX.add(x, dx);
-      ofY.add(y, dy);
-      perspective = _mm256_add_pd(perspective, widened(x.perspective));
-      perspective = _mm256_add_pd(perspective, widened(y.perspective));
-      const __m128d termX = _mm_mul_pd(_mm_cvtps_pd(x.shared), _mm_set1_pd(dx));
-      const __m128d termY = _mm_mul_pd(_mm_cvtps_pd(y.shared), _mm_set1_pd(dy));
-      gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termX));
-      gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termY));
-    }
+  for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
+    const ShiftedTransforms::Rows rows = shifted.differences(tracks, i, values);
+    const double dx = static_cast<double>(goal[2 * i] - values[2 * i]);
+    const double dy = static_cast<double>(goal[2 * i + 1] - values[2 * i + 1]);
+    const RowProducts x(rows.x, kOfX);
+    const RowProducts y(rows.y, kOfY);
+    ofX.add(x, dx);
+    ofY.add(y, dy);
+    perspective = _mm256_add_pd(perspective, widened(x.perspective));
+    perspective = _mm256_add_pd(perspective, widened(y.perspective));
+    const __m128d termX = _mm_mul_pd(_mm_cvtps_pd(x.shared), _mm_set1_pd(dx));
+    const __m128d termY = _mm_mul_pd(_mm_cvtps_pd(y.shared), _mm_set1_pd(dy));
+    gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termX));
+    gradient = _mm_cvtpd_ps(_mm_add_pd(_mm_cvtps_pd(gradient), termY));
   }
   for (int e = 0; e < kParameters * kParameters; ++e) a[e] = 0.0;
   ofX.store(kOfX, a, g);
