@@ -2,6 +2,8 @@
 #ifndef CORNERPIN_FOUNDATION_LV_MATRIX44_IMPL_H
 #define CORNERPIN_FOUNDATION_LV_MATRIX44_IMPL_H
 
+#include <algorithm>
+
 #include "cornerpin/foundation/lv_matrix44.h"
 
 // Private: the arithmetic of the matrices, compiled inside the library only. All sums run from
@@ -17,10 +19,11 @@ template <class T>
 LvMatrix44Tmpl<T>& LvMatrix44Tmpl<T>::rightMult(const LvMatrix44Tmpl& b) {
   for (int r = 0; r < 4; ++r) {
     T* const row = elements_ + 4 * r;
-    const T a[4] = {row[0], row[1], row[2], row[3]};
+    T product[4];
     for (int c = 0; c < 4; ++c) {
-      row[c] = a[0] * b(0, c) + a[1] * b(1, c) + a[2] * b(2, c) + a[3] * b(3, c);
+      product[c] = row[0] * b(0, c) + row[1] * b(1, c) + row[2] * b(2, c) + row[3] * b(3, c);
     }
+    std::copy(product, product + 4, row);
   }
   return *this;
 }
