@@ -21,6 +21,7 @@ using namespace cornerpin;
 namespace {
 
 constexpr int kFrames = 60;
+constexpr unsigned kShots = 20;
 constexpr double kWidth = 1000.0;
 constexpr double kHeight = 600.0;
 
@@ -267,7 +268,7 @@ void printRow(const Scenario& scenario, const std::vector<Entry>& entries) {
   std::printf("| %s |", scenario.name.c_str());
   for (const Entry& entry : entries) {
     std::vector<double> errors;
-    for (unsigned seed = 1; seed <= 5; ++seed) {
+    for (unsigned seed = 1; seed <= kShots; ++seed) {
       const std::vector<Homography> all = entry.solve(madeShot(scenario, seed));
       for (int f = scenario.first; f <= scenario.last; ++f) {
         errors.push_back(cornerError(all[static_cast<std::size_t>(f)], scenario.motion(f)));
@@ -290,8 +291,8 @@ int main() {
   entries.push_back({"USAC_MAGSAC", theirs(cv::USAC_MAGSAC)});
   entries.push_back({"USAC_ACCURATE", theirs(cv::USAC_ACCURATE)});
 #endif
-  std::printf("Error of the worst corner in pixels, median / worst of 5 x %d frames\n\n| shot |",
-              kFrames - 1);
+  std::printf("Error of the worst corner in pixels, median / worst of %u x %d frames\n\n| shot |",
+              kShots, kFrames - 1);
   for (const Entry& entry : entries) std::printf(" %s |", entry.name);
   std::printf("\n|---|");
   for (std::size_t i = 0; i < entries.size(); ++i) std::printf("---|");
