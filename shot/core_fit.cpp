@@ -43,14 +43,18 @@ double tail(double q, int freedom) {
 
 class Fitter {
  public:
-  Fitter(const Matches& matches, const Homography& start, const ErrorModel& errors)
+  Fitter(const Matches& matches, const Homography& start, const ErrorModel& errors,
+         const Prior& prior)
       : matches_(matches),
         weighted_(matches),
         votes_(votesOf(matches)),
+        odds_(prior.odds),
+        expected_(std::min(prior.scale, kLikelyScale)),
         strayDensity_(1.0 / areaOf(matches)) {
     fit_.h = start;
     fit_.errors = errors;
     factors_.resize(matches.size());
+    odds_.resize(matches.size(), 1.0);
   }
 
   CoreFit run() {
@@ -95,7 +99,7 @@ class Fitter {
       factors_[i] = 0.0;
       if (!(squares_[i] < kInfinity)) continue;
       const double q = squares_[i] * perSquare;
-      const double near = density * tail(q, errors.freedom);
+      const double near = odds_[i] * density * tail(q, errors.freedom);
       const double share = near / (near + strays);
       factors_[i] = share * (freedom + 2.0) / (freedom * (1.0 + q));
       good += votes_[i] * share;
@@ -104,9 +108,14 @@ class Fitter {
     }
     const double count = static_cast<double>(squares_.size());
     const double left = std::max(2.0 * good - kParameters, 0.5 * good);
-    // The sum of the factors where sigma stays, over their sum here: gets there sooner.
-    const double haste = (good + (2.0 * good - left) / freedom) / sum;
-    errors.sigma = std::max(std::sqrt(spread / left * haste), kScaleFloor);
+    const double expected = expected_ * errors.sigma / errors.scale();
+    const double known = expected > 0.0 ? kParameters : 0.0;
+    // The sum of the factors where sigma stays, over their sum here: gets there sooner. `rest` is
+    // spread over variance there.
+    const double rest = std::max(left + known * (1.0 - expected * expected / variance), 0.0);
+    const double haste = (good + (2.0 * good - rest) / freedom) / sum;
+    const double square = (spread * haste + known * expected * expected) / (left + known);
+    errors.sigma = std::max(std::sqrt(square), kScaleFloor);
     errors.strays = std::clamp((count - good + 0.5) / (count + 1.0), 0.0, kMostStrays);
   }
 
@@ -115,18 +124,28 @@ class Fitter {
     const double variance = errors.sigma * errors.sigma;
     const double perSquare = 1.0 / (errors.freedom * variance);
     const double density = (1.0 - errors.strays) / (kTwoPi * variance);
-    double score = -kParameters * std::log(std::min(errors.sigma, kLikelyScale));
+    double score = ofParameters();
     for (std::size_t i = 0; i < squares_.size(); ++i) {
-      const double near = density * tail(squares_[i] * perSquare, errors.freedom);
+      const double near = odds_[i] * density * tail(squares_[i] * perSquare, errors.freedom);
       score -= votes_[i] * std::log(near + errors.strays * strayDensity_);
     }
     fit_.found = std::isfinite(score) && isFinite(fit_.h);
     if (fit_.found) fit_.score = score;
   }
 
+  // The score of the errors that the parameters explain by themselves.
+  double ofParameters() const {
+    const ErrorModel& errors = fit_.errors;
+    if (!(expected_ > 0.0)) return -kParameters * std::log(std::min(errors.sigma, kLikelyScale));
+    const double part = expected_ / errors.scale();
+    return kParameters * (0.5 * part * part + std::log(errors.scale() / errors.sigma));
+  }
+
   const Matches& matches_;
   Matches weighted_;
   std::vector<double> votes_;
+  std::vector<double> odds_;
+  double expected_;
   double strayDensity_;
   CoreFit fit_;
   std::vector<double> squares_;
@@ -140,8 +159,9 @@ double ErrorModel::scale() const {
   return sigma * std::sqrt(median / 1.3862943611198906);
 }
 
-CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors) {
-  return Fitter(matches, start, errors).run();
+CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors,
+                const Prior& prior) {
+  return Fitter(matches, start, errors, prior).run();
 }
 
 std::vector<double> votesOf(const Matches& matches) {

@@ -40,15 +40,27 @@ struct CoreFit {
   double score = std::numeric_limits<double>::infinity();
 };
 
+/// What earlier frames say of the errors.
+struct Prior {
+  double scale = 0.0;        ///< that good matches are expected to have; 0 where nothing tells
+  std::vector<double> odds;  ///< per match, that it is a good one over a stray; empty: even
+};
+
 /// Fits both by expectation maximisation from `start` and `errors`, whose freedom stays: each round
 /// weighs the matches by how likely they are no strays and by how far out in the tails they lie,
 /// takes one Gauss-Newton step and sets sigma and the share of strays anew.
+///
+/// With a prior scale, the eight errors that the transform explains by itself count as if they had
+/// it: instead of -8 log sigma the score has 4 (prior / scale)^2 + 8 log(scale / sigma). Neither a
+/// closer fit of few matches nor a coarser one of all is then taken for a better one. A prior scale
+/// above `kLikelyScale` counts as that. The odds of a match multiply how likely it is no stray.
 ///
 /// The steps take the weights in full, the likelihood takes them as `votesOf` has them.
 ///
 /// K. L. Lange, R. J. A. Little, J. M. G. Taylor, "Robust statistical modeling using the t
 /// distribution", Journal of the American Statistical Association 84 (1989).
-CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors);
+CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors,
+                const Prior& prior = {});
 
 /// How often each match's logarithmic likelihood counts: as its squared weight, relative to the
 /// mean. None counts more than the eighth heaviest or, of more than 32, the upper quartile's:

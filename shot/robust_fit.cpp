@@ -126,7 +126,8 @@ class Search {
                            [](double score, const Sample& other) { return score < other.score; });
       if (place - best.begin() == kRefinedSamples) continue;
       if (place == best.begin()) {
-        const CoreFit core = fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1});
+        const CoreFit core =
+            fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1}, options_.prior);
         if (!core.found || isFlattened(matches_, core)) continue;
         // A coarse fit of many does not end the search for a close one of few.
         if (core.errors.scale() <= kLargeScale)
@@ -157,7 +158,7 @@ class Search {
     core.errors.sigma = sigma;
     for (int freedom : freedoms) {
       core.errors.freedom = freedom;
-      core = fitCore(matches_, core.h, core.errors);
+      core = fitCore(matches_, core.h, core.errors, options_.prior);
       if (!core.found) return;
       for (const CoreFit& other : seen_) {
         if (alike(core, other)) return;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "shot/conditioning.h"
+#include "shot/core_fit.h"
 #include "shot/homography_fit.h"
 #include "shot/match.h"
 
@@ -32,6 +33,7 @@ struct RobustOptions {
   Loss loss = Loss::Tukey;
   std::uint64_t seed = 1;
   double expected = 0.0;  ///< the usual scale of the frames searched before; 0 where there is none
+  Prior prior;            ///< of the core; unused without a search
 };
 
 struct RobustFit {
@@ -62,12 +64,13 @@ double lossWeight(Loss loss, double residual, double width);
 /// 1. Where a scale is expected, plain squares from the first start. They are the answer when
 ///    nothing speaks of a bad match: a scale no more than two standard errors or so above the one
 ///    expected, and no error so far out that one frame in 1,000 would have one by chance.
-/// 2. Else the core of the errors is searched for (`fitCore`): from each start, through all degrees
-///    of freedom up and down, and from the best four of the transforms that are exact for four
-///    matches (`QuadSamples`). Samples compare by the sum of the logarithms of their errors, which
-///    needs no distance beyond which a match is bad, and are drawn until one of good matches alone
-///    has been missed with a chance of 1 in 1,000. The best score wins; heavy tails must be better
-///    by 2. A core that flattens the surface to hardly more than its errors does not count.
+/// 2. Else the core of the errors is searched for (`fitCore`, with the prior): from each start,
+///    through all degrees of freedom up and down, and from the best four of the transforms that are
+///    exact for four matches (`QuadSamples`). Samples compare by the sum of the logarithms of their
+///    errors, which needs no distance beyond which a match is bad, and are drawn until one of good
+///    matches alone has been missed with a chance of 1 in 1,000. The best score wins; heavy tails
+///    must be better by 2. A core that flattens the surface to hardly more than its errors does not
+///    count.
 /// 3. `fitHomography` with the loss goes on from the core to convergence. Tukey's loss is flat from
 ///    7 sigmas of the core on, Cauchy's bends at 3, Huber's at 1.7.
 ///

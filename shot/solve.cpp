@@ -21,7 +21,8 @@ namespace {
 
 constexpr std::size_t kFewestTracks = 4;
 constexpr std::size_t kScalesExpectedFrom = 5;
-constexpr int kBaseRow = 0;  // of the two frames in the scene
+constexpr double kLowScale = 0.1;  // the share of the scales that are lower yet
+constexpr int kBaseRow = 0;        // of the two frames in the scene
 constexpr int kFrameRow = 1;
 constexpr const char* kOnOneLine = "all its tracks but one, or all of them, lie on one line";
 
@@ -92,7 +93,15 @@ struct History {
   int kept = 0;
   int seen = 0;
   double trust() const { return (1.0 + kept) / (2.0 + seen); }
+  double odds() const { return (1.0 + kept) / (1.0 + seen - kept); }
 };
+
+// The value that this share of them lie below.
+double quantile(std::vector<double> values, double share) {
+  const auto place = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
+  std::nth_element(values.begin(), values.begin() + place, values.end());
+  return values[static_cast<std::size_t>(place)];
+}
 
 // How a frame came out.
 struct Fit {
@@ -344,18 +353,19 @@ class ShotSolver {
     if (!library.reason.empty() && active_.size() < kFewestForRobust) return library;
     Matches matches;
     std::vector<double> confidence;
+    RobustOptions options{result_.loss, result_.seed, expectedScale(), {lowScale(), {}}};
     for (std::size_t i = 0; i < active_.size(); ++i) {
       matches.add(
           {fitting_.apply(active_.base[i]), fitting_.apply(active_.here[i]), active_.weights[i]});
       confidence.push_back(active_.weights[i] * history_[active_.index[i]].trust());
+      options.prior.odds.push_back(history_[active_.index[i]].odds());
     }
     std::vector<Start> starts;
     if (library.reason.empty())
       starts.push_back({Stage::Library, conditioned(library.h, fitting_)});
     starts.push_back({Stage::Neighbour, conditioned(neighbour, fitting_)});
     Fit fit;
-    fit.robust =
-        fitRobustly(matches, starts, confidence, {result_.loss, result_.seed, expectedScale()});
+    fit.robust = fitRobustly(matches, starts, confidence, options);
     fit.reason = whyUnfit(fit.robust);
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
@@ -378,11 +388,13 @@ class ShotSolver {
   double expectedScale() const {
     const std::size_t count = std::min(searchedScales_.size(), kScalesExpectedFrom);
     if (count == 0) return 0.0;
-    std::vector<double> last(searchedScales_.end() - static_cast<std::ptrdiff_t>(count),
-                             searchedScales_.end());
-    const auto middle = last.begin() + static_cast<std::ptrdiff_t>((count - 1) / 2);
-    std::nth_element(last.begin(), middle, last.end());
-    return *middle;
+    return quantile(
+        {searchedScales_.end() - static_cast<std::ptrdiff_t>(count), searchedScales_.end()}, 0.5);
+  }
+
+  // Of all of them: bad tracks only ever enlarge a scale, and those that creep off do so for long.
+  double lowScale() const {
+    return searchedScales_.empty() ? 0.0 : quantile(searchedScales_, kLowScale);
   }
 
   // Empty when the good tracks fix the transform.

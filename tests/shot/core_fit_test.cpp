@@ -48,7 +48,8 @@ Matches matchesWith(int count, int strays, int freedom, double sigma, double wei
 }
 
 // Minus the restricted logarithmic likelihood, as it is defined.
-double scoreOf(const Matches& matches, const Homography& h, const ErrorModel& errors) {
+double scoreOf(const Matches& matches, const Homography& h, const ErrorModel& errors,
+               const Prior& prior = {}) {
   Point low = matches.to(0), high = low;
   double weights = 0.0;
   for (std::size_t i = 0; i < matches.size(); ++i) {
@@ -58,7 +59,10 @@ double scoreOf(const Matches& matches, const Homography& h, const ErrorModel& er
     weights += std::pow(matches[i].weight, 2);
   }
   const double area = (high.x - low.x) * (high.y - low.y);
-  double score = -8.0 * std::log(errors.sigma);
+  const double scale = errors.scale();
+  double score = prior.scale > 0.0
+                     ? 4.0 * std::pow(prior.scale / scale, 2) + 8.0 * std::log(scale / errors.sigma)
+                     : -8.0 * std::log(errors.sigma);
   for (std::size_t i = 0; i < matches.size(); ++i) {
     const Point p = map(h, matches.from(i));
     const double r = std::hypot(p.x - matches.to(i).x, p.y - matches.to(i).y);
@@ -66,7 +70,8 @@ double scoreOf(const Matches& matches, const Homography& h, const ErrorModel& er
                                  -0.5 * (errors.freedom + 2)) /
                         (kTwoPi * std::pow(errors.sigma, 2));
     score -= std::pow(matches[i].weight, 2) * static_cast<double>(matches.size()) / weights *
-             std::log((1.0 - errors.strays) * near + errors.strays / area);
+             std::log((prior.odds.empty() ? 1.0 : prior.odds[i]) * (1.0 - errors.strays) * near +
+                      errors.strays / area);
   }
   return score;
 }
@@ -124,6 +129,23 @@ TEST_P(CoreFitOf, EndsWhereTheLikelihoodIsGreatest) {
   }
 }
 
+TEST_P(CoreFitOf, EndsWhereTheLikelihoodIsGreatestGivenWhatIsKnown) {
+  const Matches matches = matchesWith(24, 4, GetParam(), 5e-4);
+  for (double scale : {2e-4, 5e-4, 9e-4}) {
+    Prior prior;
+    prior.scale = scale;
+    for (std::size_t i = 0; i < matches.size(); ++i) prior.odds.push_back(i < 4 ? 0.2 : 5.0);
+    const CoreFit fit = fitCore(matches, kView, guess(GetParam()), prior);
+    ASSERT_TRUE(fit.found);
+    EXPECT_NEAR(fit.score, scoreOf(matches, fit.h, fit.errors, prior), 1e-6);
+    for (double step : {-0.1, 0.1}) {
+      ErrorModel errors = fit.errors;
+      errors.sigma *= 1.0 + step;
+      EXPECT_LT(fit.score, scoreOf(matches, fit.h, errors, prior) + 1e-3) << scale << " " << step;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Freedom, CoreFitOf, testing::Values(1, 2, 4, 16));
 
 // The eight parameters explain no more of errors above what is likely.
@@ -135,6 +157,32 @@ TEST(CoreFit, LetsLargeErrorsEarnTheirSigma) {
   EXPECT_NEAR(fit.score,
               scoreOf(matches, fit.h, fit.errors) + 8.0 * std::log(fit.errors.sigma / kLikelyScale),
               1e-6);
+}
+
+TEST(CoreFit, ExpectsNoMoreThanWhatIsLikely) {
+  const Matches matches = matchesWith(12, 2, 16, 4e-3);
+  const CoreFit likely = fitCore(matches, kView, guess(16), {kLikelyScale, {}});
+  const CoreFit large = fitCore(matches, kView, guess(16), {10.0 * kLikelyScale, {}});
+  EXPECT_EQ(std::memcmp(&likely.h, &large.h, sizeof likely.h), 0);
+  EXPECT_EQ(likely.score, large.score);
+  const CoreFit small = fitCore(matches, kView, guess(16), {0.1 * kLikelyScale, {}});
+  EXPECT_LT(small.errors.sigma, likely.errors.sigma);
+}
+
+TEST(CoreFit, LeansOnTheLikelierOfTwoMatchesThatDisagree) {
+  Matches matches = matchesWith(40, 0, 16, 1e-3);
+  const Point place = map(kView, {0.5, 0.5});
+  matches.add({{0.5, 0.5}, {place.x + 5e-3, place.y}, 1.0});
+  matches.add({{0.5, 0.5}, {place.x - 5e-3, place.y}, 1.0});
+  const auto at = [&](double first, double second) {
+    Prior prior;
+    prior.odds.assign(matches.size(), 1.0);
+    prior.odds[40] = first;
+    prior.odds[41] = second;
+    return map(fitCore(matches, kView, guess(16), prior).h, {0.5, 0.5}).x;
+  };
+  EXPECT_GT(at(1.0, 1e-6), at(1.0, 1.0) + 1e-4);
+  EXPECT_LT(at(1e-6, 1.0), at(1.0, 1.0) - 1e-4);
 }
 
 TEST(CoreFit, DoesNotDependOnTheUnitOfTheWeights) {

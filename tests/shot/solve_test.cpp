@@ -365,6 +365,84 @@ TEST(SolveShot, TellsABadTrackBehindAFrameThatIsBlurred) {
   EXPECT_LT(errorAtCorners(frame), 3.0);
 }
 
+namespace {
+
+// Twelve tracks with normal noise, half a pixel unless told otherwise, in places by the seed. Those
+// that are bad are off by `fault` in the frames behind the base.
+template <class Fault>
+Tracks noisyShot(int frames, unsigned seed, Fault fault, double noise = 0.5) {
+  std::mt19937 random(seed);
+  const auto uniform = [&] { return (static_cast<double>(random()) + 0.5) / 4294967296.0; };
+  Tracks tracks;
+  std::vector<Point> base;
+  for (int t = 0; t < 12; ++t) base.push_back({1000.0 * uniform(), 600.0 * uniform()});
+  for (int f = 0; f < frames; ++f) {
+    for (int t = 0; t < 12; ++t) {
+      Point p = map(motion(f), base[static_cast<std::size_t>(t)]);
+      const double length = noise * std::sqrt(-2.0 * std::log(uniform()));
+      const double angle = 6.283185307179586 * uniform();
+      const Point off = fault(t, f);
+      if (f > 0)
+        p = {p.x + length * std::cos(angle) + off.x, p.y + length * std::sin(angle) + off.y};
+      see(tracks, t, f, p);
+    }
+  }
+  return tracks;
+}
+
+// The median over 20 shots of the error at the corners, from frame `first` on.
+template <class Fault>
+double medianError(int first, int frames, Fault fault, double noise = 0.5) {
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  std::vector<double> errors;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    const ShotResult result = solveShot(noisyShot(frames, seed, fault, noise), options);
+    for (int f = first; f < frames; ++f)
+      errors.push_back(errorAtCorners(result.frames[static_cast<std::size_t>(f)]));
+  }
+  const auto middle = errors.begin() + static_cast<std::ptrdiff_t>(errors.size() / 2);
+  std::nth_element(errors.begin(), middle, errors.end());
+  return *middle;
+}
+
+}  // namespace
+
+// A frame by itself may as well have a larger scale.
+TEST(SolveShot, FollowsSevenOfTwelveTracksWhileTheOthersWanderOff) {
+  const auto clean = [](int, int) -> Point { return {}; };
+  const auto wander = [](int t, int f) -> Point {
+    return t < 5 ? Point{0.3 * t * f, 0.3 * f} : Point{};
+  };
+  // Seven tracks instead of twelve, and some frames in which a track is off by what noise is.
+  EXPECT_LT(medianError(1, 50, wander), 3.0 * medianError(1, 50, clean));
+}
+
+// The scales of later frames are those of the tracks that crept off as well.
+TEST(SolveShot, FollowsSevenOfTwelveTracksWhileTheOthersCreepOff) {
+  const auto clean = [](int, int) -> Point { return {}; };
+  const auto creep = [](int t, int f) -> Point {
+    return t < 5 ? Point{(t % 2 ? 0.05 : -0.05) * f, 0.025 * (t % 3 - 1) * f} : Point{};
+  };
+  EXPECT_LT(medianError(1, 60, creep, 0.05), 6.0 * medianError(1, 60, clean, 0.05));
+}
+
+TEST(SolveShot, KnowsTheTracksThatKeptToTheSurface) {
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  int frames = 0, mistaken = 0;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    const auto fault = [](int t, int) -> Point { return t == 0 ? Point{20, 0} : Point{}; };
+    for (const FrameResult& frame : solveShot(noisyShot(40, seed, fault), options).frames) {
+      if (frame.status == Status::Base) continue;
+      ++frames;
+      if (frame.inliers != 11) ++mistaken;
+    }
+  }
+  EXPECT_EQ(frames, 780);
+  EXPECT_LE(mistaken, frames / 50);
+}
+
 TEST(SolveShot, GivesManyTracksOnALineASimilarity) {
   Tracks tracks;
   for (int f : {0, 1}) {
