@@ -20,18 +20,6 @@ constexpr double kMostStrays = 0.95;
 constexpr double kLeastArea = 1e-6;
 constexpr std::size_t kFewestFullVotes = 8;
 
-// Of the box around the matches' places.
-double areaOf(const Matches& matches) {
-  Point low = matches.to(0);
-  Point high = low;
-  for (std::size_t i = 1; i < matches.size(); ++i) {
-    const Point p = matches.to(i);
-    low = {std::min(low.x, p.x), std::min(low.y, p.y)};
-    high = {std::max(high.x, p.x), std::max(high.y, p.y)};
-  }
-  return std::max((high.x - low.x) * (high.y - low.y), kLeastArea);
-}
-
 // (1 + q)^(-(freedom + 2) / 2)
 double tail(double q, int freedom) {
   const double base = 1.0 / (1.0 + q);
@@ -50,7 +38,7 @@ class Fitter {
         votes_(votesOf(matches)),
         odds_(prior.odds),
         expected_(std::min(prior.scale, kLikelyScale)),
-        strayDensity_(1.0 / areaOf(matches)) {
+        strayDensity_(1.0 / errors.area) {
     fit_.h = start;
     fit_.errors = errors;
     factors_.resize(matches.size());
@@ -162,6 +150,20 @@ double ErrorModel::scale() const {
 CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors,
                 const Prior& prior) {
   return Fitter(matches, start, errors, prior).run();
+}
+
+double strayArea(const Matches& matches) {
+  std::vector<Point> places;
+  places.reserve(matches.size());
+  for (std::size_t i = 0; i < matches.size(); ++i) places.push_back(matches.to(i));
+  places = withoutFarOff(places);
+  Point low = places.front();
+  Point high = low;
+  for (const Point& p : places) {
+    low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+    high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+  }
+  return std::max((high.x - low.x) * (high.y - low.y), kLeastArea);
 }
 
 std::vector<double> votesOf(const Matches& matches) {

@@ -18,11 +18,12 @@ constexpr double kLikelyScale = 1e-3;
 
 /// How the errors of a frame's tracks are distributed: a bivariate t distribution, whose core is
 /// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
-/// strays that lie anywhere in the frame.
+/// strays that lie anywhere in an area.
 struct ErrorModel {
   int freedom = 16;    ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
   double sigma = 0.0;  ///< the t distribution's parameter, at least `kScaleFloor`
   double strays = 0.1;
+  double area = 4.0;  ///< stays as it is given; `strayArea`
 
   /// What the median error says of the standard deviation of one coordinate: the median over
   /// 1.1774, as if errors were normal.
@@ -46,9 +47,9 @@ struct Prior {
   std::vector<double> odds;  ///< per match, that it is a good one over a stray; empty: even
 };
 
-/// Fits both by expectation maximisation from `start` and `errors`, whose freedom stays: each round
-/// weighs the matches by how likely they are no strays and by how far out in the tails they lie,
-/// takes one Gauss-Newton step and sets sigma and the share of strays anew.
+/// Fits both by expectation maximisation from `start` and `errors`, whose freedom and area stay:
+/// each round weighs the matches by how likely they are no strays and by how far out in the tails
+/// they lie, takes one Gauss-Newton step and sets sigma and the share of strays anew.
 ///
 /// With a prior scale, the eight errors that the transform explains by itself count as if they had
 /// it: instead of -8 log sigma the score has 4 (prior / scale)^2 + 8 log(scale / sigma). Neither a
@@ -61,6 +62,10 @@ struct Prior {
 /// distribution", Journal of the American Statistical Association 84 (1989).
 CoreFit fitCore(const Matches& matches, const Homography& start, const ErrorModel& errors,
                 const Prior& prior = {});
+
+/// The box around the matches' places (at least one) in the frame, without far-off ones
+/// (`withoutFarOff`): wherever such a match is, it says nothing of where the other strays are.
+double strayArea(const Matches& matches);
 
 /// How often each match's logarithmic likelihood counts: as its squared weight, relative to the
 /// mean. None counts more than the eighth heaviest or, of more than 32, the upper quartile's:

@@ -101,7 +101,7 @@ bool isFlattened(const Matches& matches, const CoreFit& core) {
 class Search {
  public:
   Search(const Matches& matches, const RobustOptions& options)
-      : matches_(matches), options_(options), votes_(votesOf(matches)) {}
+      : matches_(matches), options_(options), votes_(votesOf(matches)), area_(strayArea(matches)) {}
 
   // A start near the answer may still have all matches off by the motion of a frame.
   void from(const Start& start) {
@@ -127,7 +127,7 @@ class Search {
       if (place - best.begin() == kRefinedSamples) continue;
       if (place == best.begin()) {
         const CoreFit core =
-            fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1}, options_.prior);
+            fitCore(matches_, sample.h, {1, 2.0 * likelyScale(), 0.1, area_}, options_.prior);
         if (!core.found || isFlattened(matches_, core)) continue;
         // A coarse fit of many does not end the search for a close one of few.
         if (core.errors.scale() <= kLargeScale)
@@ -156,6 +156,7 @@ class Search {
     CoreFit core;
     core.h = start.h;
     core.errors.sigma = sigma;
+    core.errors.area = area_;
     for (int freedom : freedoms) {
       core.errors.freedom = freedom;
       core = fitCore(matches_, core.h, core.errors, options_.prior);
@@ -198,6 +199,7 @@ class Search {
   const Matches& matches_;
   const RobustOptions& options_;
   std::vector<double> votes_;
+  double area_;
   std::vector<CoreFit> seen_;
   CoreFit best_;
   double bestScore_ = kInfinity;

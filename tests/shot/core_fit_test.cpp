@@ -76,8 +76,9 @@ double scoreOf(const Matches& matches, const Homography& h, const ErrorModel& er
   return score;
 }
 
-ErrorModel guess(int freedom) {
+ErrorModel guess(const Matches& matches, int freedom) {
   ErrorModel errors;
+  errors.area = strayArea(matches);
   errors.freedom = freedom;
   errors.sigma = 0.01;
   return errors;
@@ -91,7 +92,7 @@ TEST_P(CoreFitOf, FindsTheParametersThatTheErrorsWereDrawnFrom) {
   const int freedom = GetParam();
   // Strays and the heaviest tails are hard to tell apart: a share of 0.2 reads as 0.14 then.
   const Matches matches = matchesWith(2000, freedom == 1 ? 0 : 400, freedom, 4e-3);
-  const CoreFit fit = fitCore(matches, kView, guess(freedom));
+  const CoreFit fit = fitCore(matches, kView, guess(matches, freedom));
   ASSERT_TRUE(fit.found);
   EXPECT_EQ(fit.errors.freedom, freedom);
   EXPECT_NEAR(fit.errors.sigma, 4e-3, 3e-4);
@@ -104,7 +105,7 @@ TEST_P(CoreFitOf, ScoresTheRightDegreesOfFreedomBest) {
   double best = INFINITY;
   int freedom = 0;
   for (int candidate : {1, 2, 4, 16}) {
-    const CoreFit fit = fitCore(matches, kView, guess(candidate));
+    const CoreFit fit = fitCore(matches, kView, guess(matches, candidate));
     if (fit.score < best) best = fit.score, freedom = candidate;
   }
   EXPECT_EQ(freedom, GetParam());
@@ -112,7 +113,7 @@ TEST_P(CoreFitOf, ScoresTheRightDegreesOfFreedomBest) {
 
 TEST_P(CoreFitOf, EndsWhereTheLikelihoodIsGreatest) {
   const Matches matches = matchesWith(60, 12, GetParam(), 5e-4);
-  const CoreFit fit = fitCore(matches, kView, guess(GetParam()));
+  const CoreFit fit = fitCore(matches, kView, guess(matches, GetParam()));
   ASSERT_TRUE(fit.found);
   EXPECT_NEAR(fit.score, scoreOf(matches, fit.h, fit.errors), 1e-6);
   // The strays are half a match more than the likelihood alone would have, and the rounds end
@@ -135,7 +136,7 @@ TEST_P(CoreFitOf, EndsWhereTheLikelihoodIsGreatestGivenWhatIsKnown) {
     Prior prior;
     prior.scale = scale;
     for (std::size_t i = 0; i < matches.size(); ++i) prior.odds.push_back(i < 4 ? 0.2 : 5.0);
-    const CoreFit fit = fitCore(matches, kView, guess(GetParam()), prior);
+    const CoreFit fit = fitCore(matches, kView, guess(matches, GetParam()), prior);
     ASSERT_TRUE(fit.found);
     EXPECT_NEAR(fit.score, scoreOf(matches, fit.h, fit.errors, prior), 1e-6);
     for (double step : {-0.1, 0.1}) {
@@ -151,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(Freedom, CoreFitOf, testing::Values(1, 2, 4, 16));
 // The eight parameters explain no more of errors above what is likely.
 TEST(CoreFit, LetsLargeErrorsEarnTheirSigma) {
   const Matches matches = matchesWith(60, 6, 2, 4e-3);
-  const CoreFit fit = fitCore(matches, kView, guess(2));
+  const CoreFit fit = fitCore(matches, kView, guess(matches, 2));
   ASSERT_TRUE(fit.found);
   ASSERT_GT(fit.errors.sigma, 2.0 * kLikelyScale);
   EXPECT_NEAR(fit.score,
@@ -161,11 +162,11 @@ TEST(CoreFit, LetsLargeErrorsEarnTheirSigma) {
 
 TEST(CoreFit, ExpectsNoMoreThanWhatIsLikely) {
   const Matches matches = matchesWith(12, 2, 16, 4e-3);
-  const CoreFit likely = fitCore(matches, kView, guess(16), {kLikelyScale, {}});
-  const CoreFit large = fitCore(matches, kView, guess(16), {10.0 * kLikelyScale, {}});
+  const CoreFit likely = fitCore(matches, kView, guess(matches, 16), {kLikelyScale, {}});
+  const CoreFit large = fitCore(matches, kView, guess(matches, 16), {10.0 * kLikelyScale, {}});
   EXPECT_EQ(std::memcmp(&likely.h, &large.h, sizeof likely.h), 0);
   EXPECT_EQ(likely.score, large.score);
-  const CoreFit small = fitCore(matches, kView, guess(16), {0.1 * kLikelyScale, {}});
+  const CoreFit small = fitCore(matches, kView, guess(matches, 16), {0.1 * kLikelyScale, {}});
   EXPECT_LT(small.errors.sigma, likely.errors.sigma);
 }
 
@@ -179,7 +180,7 @@ TEST(CoreFit, LeansOnTheLikelierOfTwoMatchesThatDisagree) {
     prior.odds.assign(matches.size(), 1.0);
     prior.odds[40] = first;
     prior.odds[41] = second;
-    return map(fitCore(matches, kView, guess(16), prior).h, {0.5, 0.5}).x;
+    return map(fitCore(matches, kView, guess(matches, 16), prior).h, {0.5, 0.5}).x;
   };
   EXPECT_GT(at(1.0, 1e-6), at(1.0, 1.0) + 1e-4);
   EXPECT_LT(at(1e-6, 1.0), at(1.0, 1.0) - 1e-4);
@@ -188,8 +189,8 @@ TEST(CoreFit, LeansOnTheLikelierOfTwoMatchesThatDisagree) {
 TEST(CoreFit, DoesNotDependOnTheUnitOfTheWeights) {
   const Matches ones = matchesWith(80, 10, 2, 4e-3);
   const Matches halves = matchesWith(80, 10, 2, 4e-3, 0.5);
-  const CoreFit a = fitCore(ones, kView, guess(2));
-  const CoreFit b = fitCore(halves, kView, guess(2));
+  const CoreFit a = fitCore(ones, kView, guess(ones, 2));
+  const CoreFit b = fitCore(halves, kView, guess(halves, 2));
   EXPECT_EQ(std::memcmp(&a.h, &b.h, sizeof a.h), 0);
   EXPECT_EQ(a.errors.sigma, b.errors.sigma);
   EXPECT_EQ(a.score, b.score);
@@ -200,12 +201,13 @@ TEST(CoreFit, LeansOnTheHeavierOfTwoMatchesThatDisagree) {
   const Point place = map(kView, {0.5, 0.5});
   matches.add({{0.5, 0.5}, {place.x + 2e-3, place.y}, 3.0});
   matches.add({{0.5, 0.5}, {place.x - 2e-3, place.y}, 0.3});
-  const CoreFit fit = fitCore(matches, kView, guess(16));
+  const CoreFit fit = fitCore(matches, kView, guess(matches, 16));
   EXPECT_GT(map(fit.h, {0.5, 0.5}).x, place.x);
 }
 
 TEST(CoreFit, KeepsTheLeastScaleWhereEveryErrorIsZero) {
-  const CoreFit fit = fitCore(matchesWith(20, 0, 4, 0.0), kView, guess(4));
+  const Matches matches = matchesWith(20, 0, 4, 0.0);
+  const CoreFit fit = fitCore(matches, kView, guess(matches, 4));
   ASSERT_TRUE(fit.found);
   EXPECT_EQ(fit.errors.sigma, kScaleFloor);
 }
@@ -213,16 +215,26 @@ TEST(CoreFit, KeepsTheLeastScaleWhereEveryErrorIsZero) {
 TEST(CoreFit, FindsNothingInMatchesOnOneLine) {
   Matches matches;
   for (int i = 0; i < 20; ++i) matches.add({{0.1 * i - 1.0, 0.2}, {0.1 * i - 1.0, 0.2}, 1.0});
-  EXPECT_FALSE(fitCore(matches, kIdentityTransform, guess(4)).found);
+  EXPECT_FALSE(fitCore(matches, kIdentityTransform, guess(matches, 4)).found);
 }
 
 TEST(CoreFit, CountsMatchesBehindTheHorizonAsStrays) {
   Matches matches = matchesWith(40, 0, 16, 1e-3);
   matches.add({{-20.0, 0.0}, {0.0, 0.0}, 1.0});
   ASSERT_LT(denominator(kView, {-20.0, 0.0}), 0.0);
-  const CoreFit fit = fitCore(matches, kView, guess(16));
+  const CoreFit fit = fitCore(matches, kView, guess(matches, 16));
   ASSERT_TRUE(fit.found);
   EXPECT_NEAR(fit.errors.sigma, 1e-3, 3e-4);
+}
+
+TEST(StrayArea, IsThatOfTheBoxWithoutFarOffPlaces) {
+  Matches matches;
+  for (double x : {0.0, 1.0, 3.0}) {
+    for (double y : {-1.0, 0.0, 0.5}) matches.add({{0.0, 0.0}, {x, y}, 1.0});
+  }
+  EXPECT_EQ(strayArea(matches), 3.0 * 1.5);
+  matches.add({{0.0, 0.0}, {1e30, -1e30}, 1.0});
+  EXPECT_EQ(strayArea(matches), 3.0 * 1.5);
 }
 
 // For normal errors it is the standard deviation; the t distribution with 16 degrees is nearly so.

@@ -82,6 +82,20 @@ TEST(RobustFit, HoldsWithEightyPercentOfTheMatchesWrong) {
   }
 }
 
+// However far it is, it does not say how widely strays are scattered.
+TEST(RobustFit, HoldsBesideAMatchThatIsFlungFarAway) {
+  for (double distance : {1e3, 1e7, 1e30}) {
+    for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+      Shot shot = shotWith(20, 80, 2e-3, seed);
+      shot.matches.add({{0.5, 0.5}, {distance, 0.5}, 1.0});
+      shot.confidence.push_back(1.0);
+      const RobustFit fit = fitOf(shot);
+      ASSERT_TRUE(fit.found) << "seed " << seed;
+      EXPECT_LT(cornerError(fit.h), 0.015) << distance << ", seed " << seed;
+    }
+  }
+}
+
 TEST(RobustFit, SamplesWhereThereIsNothingToStartFrom) {
   const Shot shot = shotWith(60, 20, 2e-3, kSeed);
   const RobustFit fit = fitRobustly(shot.matches, {}, shot.confidence, {});
