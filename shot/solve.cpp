@@ -20,6 +20,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kFewestTracks = 4;
+constexpr std::size_t kFewestAgreeing = 5;  // some transform meets any four
 constexpr std::size_t kScalesExpectedFrom = 5;
 constexpr double kLowScale = 0.1;  // the share of the scales that are lower yet
 constexpr int kBaseRow = 0;        // of the two frames in the scene
@@ -369,7 +370,7 @@ class ShotSolver {
     fit.reason = whyUnfit(fit.robust);
     if (!fit.reason.empty()) {
       fit.supported = !fit.robust.found || fit.robust.inliers < kFewestTracks;
-      if (!library.reason.empty()) fit.reason = library.reason;
+      if (!fit.robust.found && !library.reason.empty()) fit.reason = library.reason;
       if (!fit.robust.found && !inGeneralPosition(active_.here)) {
         fit.supported = false;
         fit.reason = kOnOneLine;
@@ -400,11 +401,11 @@ class ShotSolver {
   // Empty when the good tracks fix the transform.
   std::string whyUnfit(const RobustFit& robust) const {
     if (!robust.found) return "no transform fits enough of its tracks";
-    const Active inliers = inliersOf(robust);
-    if (inliers.size() < kFewestTracks) {
-      return fmt::format("{} of its {} tracks agree on a transform", inliers.size(),
-                         active_.size());
+    if (robust.inliers < std::min(kFewestAgreeing, active_.size())) {
+      return fmt::format("only {} of its {} tracks agree on a transform, any four do",
+                         robust.inliers, active_.size());
     }
+    const Active inliers = inliersOf(robust);
     if (!inGeneralPosition(inliers.base) || !inGeneralPosition(inliers.here)) {
       return "all its good tracks but one, or all of them, lie on one line";
     }

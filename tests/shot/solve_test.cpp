@@ -345,6 +345,33 @@ TEST(SolveShot, SolvesBesideATrackThatIsFarAwayInTheBaseFrame) {
   }
 }
 
+// The others of eight tracks jump to anywhere.
+TEST(SolveShot, WantsFiveTracksThatAgreeAsAnyFourDo) {
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    for (int good : {4, 5}) {
+      std::mt19937 random(seed);
+      const auto upTo = [&](double most) {
+        return most * static_cast<double>(random()) / 4294967296.0;
+      };
+      Tracks tracks;
+      seeAll(tracks, 0);
+      for (int t = 5; t < 8; ++t) see(tracks, t, 0, {90.0 + 80 * t, 100.0 + 100 * (t % 3)});
+      seeAll(tracks, 1, good);
+      for (int t = good; t < 8; ++t) see(tracks, t, 1, {upTo(600), upTo(500)});
+      SolveOptions options = based(0);
+      options.loss = Loss::Tukey;
+      const FrameResult frame = solveShot(tracks, options).frames[1];
+      if (good == 4) {
+        EXPECT_EQ(frame.status, Status::Reduced) << "seed " << seed;
+        EXPECT_EQ(frame.reason, "only 4 of its 8 tracks agree on a transform, any four do");
+      } else {
+        EXPECT_EQ(frame.status, Status::Solved) << "seed " << seed << ": " << frame.reason;
+        EXPECT_LT(errorAtCorners(frame), 1e-3) << "seed " << seed;
+      }
+    }
+  }
+}
+
 // Frame 6 is blurred; in the others one track of eight is 15 px off.
 TEST(SolveShot, TellsABadTrackBehindAFrameThatIsBlurred) {
   std::mt19937 random(7);
