@@ -166,20 +166,26 @@ class TrackReader {
     return number;
   }
 
+  // What single precision, in which the library computes, does not hold.
+  void refuseTooLarge(Column column, double number) const {
+    if (std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
+      refuse(column, fmt::format("{} is too large:", kColumnNames[column]));
+    }
+  }
+
   double readPosition(Column column) const {
     const double number = readNumber(column);
     if (!std::isfinite(number)) {
       refuse(column, fmt::format("{} must be finite, not", kColumnNames[column]));
     }
+    refuseTooLarge(column, number);
     return number;
   }
 
   float readWeight() const {
     const double number = readNumber(kWeight);
     if (!(number >= 0.0)) refuse(kWeight, "weight must not be negative or NaN:");
-    if (number > static_cast<double>(std::numeric_limits<float>::max())) {
-      refuse(kWeight, "weight is too large:");
-    }
+    refuseTooLarge(kWeight, number);
     return static_cast<float>(number);
   }
 

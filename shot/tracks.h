@@ -49,10 +49,9 @@ constexpr std::int64_t kMaxFrames = 2'000'000;
 ///
 /// Throws `InputError` with file and line for a missing or repeated column, a row of another
 /// length than the header, an empty track name, a frame that is not a whole number of 32 bits, a
-/// number that does not parse, a position that is not finite, a weight that is negative or not
-/// finite in single precision, a track given twice in a frame, frames that span more than
-/// `kMaxFrames`, and without a line for a file that cannot be read or holds no track of
-/// a weight above 0.
+/// number that does not parse, a position or weight that is not finite in single precision, a
+/// negative weight, a track given twice in a frame, frames that span more than `kMaxFrames`, and
+/// without a line for a file that cannot be read or holds no track of a weight above 0.
 ///
 /// Cost: 32 bytes per row, about twice that while reading, and one sort.
 Tracks readTracks(const std::string& path);

@@ -160,6 +160,13 @@ TEST(ReadTracksRefuses, APositionThatIsNotFinite) {
   EXPECT_EQ(refusal(kHeader + "a,0,1,-inf,1\n"), "2: y must be finite, not \"-inf\"");
 }
 
+TEST(ReadTracksRefuses, APositionBeyondSinglePrecision) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1e39,2,1\n"), "2: x is too large: \"1e39\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,1,1,-1e300,1\n"), "3: y is too large: \"-1e300\"");
+  const Tracks tracks = read(kHeader + "a,0,3.4e38,-3.4e38,1\n");
+  EXPECT_EQ(tracks.observations.front().x, 3.4e38);
+}
+
 TEST(ReadTracksRefuses, AWeightThatIsNegativeOrNotFinite) {
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,-0.5\n"), "2: weight must not be negative or NaN: \"-0.5\"");
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,nan\n"), "2: weight must not be negative or NaN: \"nan\"");
