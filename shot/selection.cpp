@@ -48,6 +48,9 @@ Selected parseItem(std::string_view item, const Tracks& tracks) {
   if (!parseFrames(item.substr(colon + 1), selected)) {
     refuse(item, "needs frames like 60 or 60-81 behind the colon");
   }
+  if (selected.first > tracks.lastFrame() || selected.last < tracks.firstFrame()) {
+    refuse(item, "names no frame of this shot");
+  }
   return selected;
 }
 

@@ -19,7 +19,8 @@ struct Selected {
 /// Reads a comma-separated list of tracks, "NAME" for all frames, "NAME:FRAME" for one and
 /// "NAME:FIRST-LAST" for several; frames may be negative. An item that is a track's whole name
 /// means that track, colons or not. Throws `std::invalid_argument` naming the item for a track
-/// that is not there and for frames that are not whole numbers or run backwards.
+/// that is not there, for frames that are not whole numbers or run backwards, and for frames that
+/// all lie outside the shot.
 std::vector<Selected> parseSelection(const std::string& text, const Tracks& tracks);
 
 /// With anything in `kept`, observations outside it no longer count; nor do those in `dropped`.

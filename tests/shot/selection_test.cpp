@@ -61,7 +61,7 @@ TEST(Select, LeavesAllWithoutASelection) {
 
 TEST(Select, RefusesToLeaveNothing) {
   EXPECT_THROW(selected("a", "a"), std::invalid_argument);
-  EXPECT_THROW(selected("a:5-6", ""), std::invalid_argument);
+  EXPECT_THROW(selected("a:1-6", "a:0-2"), std::invalid_argument);
 }
 
 TEST(ParseSelection, NamesTheItemItRefuses) {
@@ -77,7 +77,9 @@ TEST(ParseSelection, NamesTheItemItRefuses) {
       {"a:2-1", "\"a:2-1\" needs frames like 60 or 60-81 behind the colon"},
       {"a:1-2x", "\"a:1-2x\" needs frames like 60 or 60-81 behind the colon"},
       {"a:99999999999", "\"a:99999999999\" needs frames like 60 or 60-81 behind the colon"},
-      {"a:1.5", "\"a:1.5\" needs frames like 60 or 60-81 behind the colon"}};
+      {"a:1.5", "\"a:1.5\" needs frames like 60 or 60-81 behind the colon"},
+      {"a:3", "\"a:3\" names no frame of this shot"},
+      {"b:2-9,a:-9--3", "\"a:-9--3\" names no frame of this shot"}};
   for (const auto& [text, message] : cases) {
     try {
       parseSelection(text, tracks);
