@@ -554,6 +554,16 @@ TEST(SolveCommand, StartsItsHelpWithAnExample) {
   }
 }
 
+TEST(SolveCommand, SaysWhenItsHelpCannotBeWritten) {
+  ChildOptions options;
+  options.out = "/dev/full";
+  for (const char* option : {"--help", "--version"}) {
+    const Outcome run = cornerpin({option}, options);
+    EXPECT_EQ(run.code, 1) << option;
+    EXPECT_EQ(run.err, "cornerpin: standard output: No space left on device\n") << option;
+  }
+}
+
 TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
   std::istringstream help(cornerpin({"solve", "--help"}).out);
   std::string line;

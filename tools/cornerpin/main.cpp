@@ -13,6 +13,7 @@
 #include <limits>
 #include <new>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -336,7 +337,10 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kSolved : kUsage;
+    std::ostringstream help;
+    const int code = app.exit(error, help, std::cerr);
+    print(help.str());
+    return code == 0 ? kSolved : kUsage;
   }
   if (app.get_subcommands().empty()) {
     std::cerr << app.help();
