@@ -97,13 +97,6 @@ struct History {
   double odds() const { return (1.0 + kept) / (1.0 + seen - kept); }
 };
 
-// The value that this share of them lie below.
-double quantile(std::vector<double> values, double share) {
-  const auto place = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
-  std::nth_element(values.begin(), values.begin() + place, values.end());
-  return values[static_cast<std::size_t>(place)];
-}
-
 // How a frame came out.
 struct Fit {
   MGenMatrix<float> transform;  // the solver's own
@@ -198,6 +191,7 @@ class ShotSolver {
     chainBroken_ = false;
     history_.assign(base_.size(), {});
     searchedScales_.clear();
+    sortedScales_.clear();
     for (int frame = result_.baseFrame; frame != last;) {
       const Homography held = resultOf(frame).h;
       frame += step;
@@ -380,7 +374,7 @@ class ShotSolver {
     fit.h = unconditioned(fit.robust.h, fitting_, fitting_);
     fit.transform = toFloat(conditioned(fit.h, conditioning_));
     if (!isFinite(fit.h)) fit.reason = "the fit is not finite";
-    if (fit.robust.searched) searchedScales_.push_back(fit.robust.scale);
+    if (fit.robust.searched) remember(fit.robust.scale);
     return fit;
   }
 
@@ -389,13 +383,24 @@ class ShotSolver {
   double expectedScale() const {
     const std::size_t count = std::min(searchedScales_.size(), kScalesExpectedFrom);
     if (count == 0) return 0.0;
-    return quantile(
-        {searchedScales_.end() - static_cast<std::ptrdiff_t>(count), searchedScales_.end()}, 0.5);
+    std::vector<double> last(searchedScales_.end() - static_cast<std::ptrdiff_t>(count),
+                             searchedScales_.end());
+    const auto middle = last.begin() + static_cast<std::ptrdiff_t>((count - 1) / 2);
+    std::nth_element(last.begin(), middle, last.end());
+    return *middle;
   }
 
   // Of all of them: bad tracks only ever enlarge a scale, and those that creep off do so for long.
   double lowScale() const {
-    return searchedScales_.empty() ? 0.0 : quantile(searchedScales_, kLowScale);
+    if (sortedScales_.empty()) return 0.0;
+    const auto last = static_cast<double>(sortedScales_.size() - 1);
+    return sortedScales_[static_cast<std::size_t>(kLowScale * last)];
+  }
+
+  void remember(double scale) {
+    searchedScales_.push_back(scale);
+    sortedScales_.insert(std::upper_bound(sortedScales_.begin(), sortedScales_.end(), scale),
+                         scale);
   }
 
   // Empty when the good tracks fix the transform.
@@ -468,6 +473,7 @@ class ShotSolver {
   MMatchmove scene_;               // row 0 is the base frame, row 1 the frame at hand
   Active active_;
   std::vector<double> searchedScales_;  // of the sweep's frames in which the core was searched
+  std::vector<double> sortedScales_;    // the same, the lowest first
   bool chainBroken_ = false;            // some frame of the sweep was not fitted from its neighbour
   std::size_t done_ = 0;
 };
