@@ -454,6 +454,33 @@ TEST(SolveShot, FollowsSevenOfTwelveTracksWhileTheOthersCreepOff) {
   EXPECT_LT(medianError(1, 60, creep, 0.05), 6.0 * medianError(1, 60, clean, 0.05));
 }
 
+TEST(SolveShot, ASweepKnowsNothingOfTheOther) {
+  // Before the base frame as after it, but noisier, and with other tracks that wander off.
+  const auto wanderAfter = [](int t, int f) -> Point {
+    return t > 8 ? Point{0, 3.0 * f} : Point{};
+  };
+  const auto wanderBefore = [](int t, int f) -> Point {
+    return t < 3 ? Point{0.7 * f, 0} : Point{};
+  };
+  const Tracks after = noisyShot(20, 1, wanderAfter, 0.05);
+  Tracks before = noisyShot(20, 1, wanderBefore, 1.0);
+  for (Observation& o : before.observations) o.frame = -o.frame;
+  std::stable_sort(before.observations.begin(), before.observations.end(),
+                   [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
+  Tracks both = before;
+  for (const Observation& o : after.observations) {
+    if (o.frame > 0) both.observations.push_back(o);
+  }
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const std::vector<FrameResult> alone = solveShot(before, options).frames;
+  const std::vector<FrameResult> whole = solveShot(both, options).frames;
+  ASSERT_EQ(alone.size(), 20u);
+  for (std::size_t f = 0; f < alone.size(); ++f) {
+    EXPECT_EQ(std::memcmp(&alone[f].h, &whole[f].h, sizeof alone[f].h), 0) << alone[f].frame;
+  }
+}
+
 TEST(SolveShot, KnowsTheTracksThatKeptToTheSurface) {
   SolveOptions options = based(0);
   options.loss = Loss::Tukey;
