@@ -53,7 +53,7 @@ class FrameFit {
   struct Source {
     const float* weights;
     const float* positions;
-    std::ptrdiff_t weightStride, rowStride, colStride;
+    int weightStride, rowStride, colStride;
     float x, y;  // in the base frame
   };
 
