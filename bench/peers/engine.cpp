@@ -2,7 +2,7 @@
 #include <memory>
 
 #include "bench/peers/competitor.h"
-#include "shot/homography_fit.h"
+#include "shot/fit/homography_fit.h"
 
 namespace bench {
 

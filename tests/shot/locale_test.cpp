@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <locale>
 
-#include "shot/result_file.h"
-#include "shot/solve.h"
-#include "shot/tracks.h"
+#include "shot/files/result_file.h"
+#include "shot/solve/shot_solver.h"
+#include "shot/solve/tracks.h"
 #include "tests/support/files.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "shot/trust.h"
+#include "shot/trust/trust.h"
 
 using namespace cornerpin;
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "shot/solve.h"
-#include "shot/tracks.h"
+#include "shot/solve/shot_solver.h"
+#include "shot/solve/tracks.h"
 
 // Shots that depend on the seed alone, for comparing results to the bit.
 namespace made {

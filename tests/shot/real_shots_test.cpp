@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "shot/solve.h"
+#include "shot/solve/shot_solver.h"
 
 using namespace cornerpin;
 

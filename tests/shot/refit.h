@@ -5,7 +5,7 @@
 #include <Eigen/Dense>
 #include <vector>
 
-#include "shot/match.h"
+#include "shot/fit/matches.h"
 
 // Weighted least-squares fits to compare with: dense Gauss-Newton steps by QR, in coordinates
 // divided by a length, from a start near the solution.

@@ -14,7 +14,7 @@
 #include <opencv2/calib3d.hpp>
 #endif
 
-#include "shot/solve.h"
+#include "shot/solve/shot_solver.h"
 
 using namespace cornerpin;
 

@@ -19,15 +19,15 @@
 #include <system_error>
 #include <vector>
 
-#include "shot/error.h"
-#include "shot/lapack_info.h"
-#include "shot/output_file.h"
-#include "shot/result_file.h"
-#include "shot/selection.h"
-#include "shot/solve.h"
-#include "shot/summary.h"
-#include "shot/tracks.h"
-#include "shot/trust.h"
+#include "shot/files/input_error.h"
+#include "shot/files/lapack_info.h"
+#include "shot/files/output_file.h"
+#include "shot/files/result_file.h"
+#include "shot/files/summary.h"
+#include "shot/solve/selection.h"
+#include "shot/solve/shot_solver.h"
+#include "shot/solve/tracks.h"
+#include "shot/trust/trust.h"
 
 namespace {
 

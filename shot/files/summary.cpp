@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/summary.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kListed = 5;
+
+// Four decimals, or three digits of what these would hide or stretch.
+std::string decimals(double value) {
+  if (!std::isfinite(value)) return "-";
+  const bool plain = value == 0.0 || (value >= 1e-3 && value < 1e5);
+  return plain ? fmt::format("{:.4f}", value) : fmt::format("{:.3g}", value);
+}
+
+std::string unsolvedFrames(const Summary& s) {
+  if (s.firstUnsolved.empty()) return {};
+  std::string text = "not in full   frame  model        reason\n";
+  for (const FrameResult* f : s.firstUnsolved) {
+    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->model), f->reason);
+  }
+  const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
+  if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);
+  return text;
+}
+
+// The largest corner of each frame that has a figure: the median of them and the worst.
+std::string deviations(const ShotResult& result, const ShotTrust& trust) {
+  std::vector<std::pair<double, int>> figures;
+  for (std::size_t i = 0; i < trust.frames.size(); ++i) {
+    const auto& d = trust.frames[i].deviations;
+    const double largest = *std::max_element(d.begin(), d.end());
+    const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
+    if (result.frames[i].status != Status::Base && !none) {
+      figures.push_back({largest, result.frames[i].frame});
+    }
+  }
+  if (figures.empty()) return {};
+  std::sort(figures.begin(), figures.end());
+  return fmt::format("corner noise  median {}, worst {} in frame {}\n",
+                     decimals(figures[(figures.size() - 1) / 2].first),
+                     decimals(figures.back().first), figures.back().second);
+}
+
+// How many tracks the fits go by, and what led to them: of the solved frames.
+std::string goodTracks(const ShotResult& result) {
+  std::vector<std::pair<double, int>> shares;
+  std::array<std::size_t, 3> stages{};
+  for (const FrameResult& f : result.frames) {
+    if (f.status != Status::Solved) continue;
+    shares.push_back({100.0 * f.inliers / f.tracks, f.frame});
+    ++stages[static_cast<std::size_t>(f.stage)];
+  }
+  if (shares.empty()) return {};
+  std::sort(shares.begin(), shares.end());
+  return fmt::format("good tracks   median {:.0f} %, fewest {:.0f} % in frame {}\n",
+                     shares[shares.size() / 2].first, shares.front().first, shares.front().second) +
+         fmt::format("started from  the library's fit {}, the neighbour {}, samples {} (seed {})\n",
+                     stages[0], stages[1], stages[2], result.seed);
+}
+
+std::string worstTracks(const ShotTrust& trust) {
+  std::string text;
+  for (const WorstTrack& track : trust.worst) {
+    if (!track.stretch.standsOut) continue;
+    text += fmt::format("{:<14}{}\n", text.empty() ? "worst tracks" : "", describe(track));
+  }
+  return text;
+}
+
+}  // namespace
+
+Summary summarise(const ShotResult& result) {
+  Summary summary;
+  std::vector<const FrameResult*> solved;
+  for (const FrameResult& frame : result.frames) {
+    if (frame.status == Status::Solved) solved.push_back(&frame);
+    if (frame.status == Status::Reduced) ++summary.reduced;
+    if (frame.status == Status::Held) ++summary.held;
+    const bool unsolved = frame.status == Status::Reduced || frame.status == Status::Held;
+    if (unsolved && summary.firstUnsolved.size() < kListed) summary.firstUnsolved.push_back(&frame);
+  }
+  summary.solved = solved.size();
+  const auto size = [](const FrameResult* f) {
+    return std::isnan(f->inlierRms) ? HUGE_VAL : f->inlierRms;
+  };
+  std::stable_sort(solved.begin(), solved.end(),
+                   [&](const auto* a, const auto* b) { return size(a) > size(b); });
+  const double none = std::numeric_limits<double>::quiet_NaN();
+  summary.worstRms = solved.empty() ? none : solved.front()->inlierRms;
+  summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->inlierRms;
+  solved.resize(std::min(solved.size(), kListed));
+  summary.worst = solved;
+  return summary;
+}
+
+std::string summaryTable(const ShotResult& result, const ShotTrust& trust) {
+  const Summary s = summarise(result);
+  std::string text =
+      fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
+  text += result.leftOut > 0 ? fmt::format(", {} absent there and left out)\n", result.leftOut)
+                             : ", none left out)\n";
+  text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());
+  text += fmt::format("reduced       {}\n", s.reduced);
+  text += fmt::format("held          {}\n", s.held);
+  if (result.loss != Loss::None) text += goodTracks(result);
+  text += fmt::format("RMS residual  median {}, worst {}{}\n", decimals(s.medianRms),
+                      decimals(s.worstRms), result.loss == Loss::None ? "" : " of the good tracks");
+  text += deviations(result, trust);
+  if (!s.worst.empty()) text += "worst frames  frame      RMS  tracks\n";
+  for (const FrameResult* f : s.worst) {
+    text += fmt::format("{:>19} {:>8} {:>7}", f->frame, decimals(f->inlierRms), f->tracks);
+    text += f->inliers < f->tracks ? fmt::format(", {} of them good\n", f->inliers) : "\n";
+  }
+  return text + worstTracks(trust) + unsolvedFrames(s);
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_FILES_SUMMARY_H
+#define SHOT_FILES_SUMMARY_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "shot/solve/shot_solver.h"
+#include "shot/trust/trust.h"
+
+namespace cornerpin {
+
+/// The figures of a solve at a glance. The RMS figures are over the good tracks of the solved
+/// frames
+/// (`FrameResult::inlierRms`): NaN without any.
+struct Summary {
+  std::size_t solved = 0;
+  std::size_t reduced = 0;
+  std::size_t held = 0;
+  double medianRms = 0.0;  ///< the upper of the two middle ones
+  double worstRms = 0.0;
+  std::vector<const FrameResult*> worst;  ///< solved frames, largest RMS (or none) first, at most 5
+  std::vector<const FrameResult*> firstUnsolved;  ///< reduced and held, in order, at most 5
+};
+
+/// The result must outlive the summary.
+Summary summarise(const ShotResult& result);
+
+/// The summary as a short table for people, several lines. Of the worst tracks it names those that
+/// stand out (`TrackStretch::standsOut`).
+std::string summaryTable(const ShotResult& result, const ShotTrust& trust);
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/fit/homography_fit.h"
+
+#include <array>
+#include <cmath>
+
+namespace cornerpin {
+
+namespace {
+
+constexpr double kFirstDamping = 1e-4;
+constexpr double kDampingGrowth = 10.0;
+constexpr double kMostDamping = 1e12;
+constexpr double kFewestPivotBits = 1e-14;  // a pivot below this share of its diagonal is noise
+
+constexpr double kNoise = 1e-30;  // of squared residuals, in coordinates near 1
+
+using Three = std::array<double, 3>;
+
+// The factors L D L' of a symmetric 3 x 3 matrix.
+struct Factors {
+  double l10, l20, l21, r0, r1, r2;  // the r are 1 / D
+  bool positive;
+
+  Factors(const double (&m)[6], double damping) {
+    const double grown = 1.0 + damping;
+    const double a = m[0] * grown, c = m[2] * grown, f = m[5] * grown;
+    r0 = 1.0 / a;
+    l10 = m[1] * r0;
+    l20 = m[3] * r0;
+    const double d1 = c - l10 * m[1];
+    const double e = m[4] - l10 * m[3];
+    r1 = 1.0 / d1;
+    l21 = e * r1;
+    const double d2 = f - l20 * m[3] - l21 * e;
+    r2 = 1.0 / d2;
+    positive = a > 0.0 && d1 > kFewestPivotBits * c && d2 > kFewestPivotBits * f;
+  }
+
+  Three solve(const Three& b) const {
+    const double y1 = b[1] - l10 * b[0];
+    const double y2 = b[2] - l20 * b[0] - l21 * y1;
+    const double x2 = y2 * r2;
+    const double x1 = y1 * r1 - l21 * x2;
+    return {b[0] * r0 - l10 * x1 - l20 * x2, x1, x2};
+  }
+};
+
+Three three(const double (&v)[3]) { return {v[0], v[1], v[2]}; }
+
+double dot(const Three& a, const Three& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+
+// The step to take away from the parameters, and by how much it lowers the quadratic model.
+struct Step {
+  Three x{}, y{};
+  std::array<double, 2> z{};
+  double decrease = 0.0;
+  bool found = false;
+};
+
+Step solve(const NormalSums& n, double damping) {
+  Step step;
+  const Factors factors(n.mm, damping);
+  if (!factors.positive) return step;
+  // Columns of the two coupling blocks, which carry a minus sign.
+  const Three bx0 = {-n.xmm[0], -n.xmm[1], -n.xmm[3]}, bx1 = {-n.xmm[1], -n.xmm[2], -n.xmm[4]};
+  const Three by0 = {-n.ymm[0], -n.ymm[1], -n.ymm[3]}, by1 = {-n.ymm[1], -n.ymm[2], -n.ymm[4]};
+  const Three cx0 = factors.solve(bx0), cx1 = factors.solve(bx1);
+  const Three cy0 = factors.solve(by0), cy1 = factors.solve(by1);
+  const Three gx = three(n.gx), gy = three(n.gy);
+  const Three ax = factors.solve(gx), ay = factors.solve(gy);
+  const double z00 = n.zmm[0] * (1.0 + damping), z11 = n.zmm[2] * (1.0 + damping);
+  const double s00 = z00 - dot(bx0, cx0) - dot(by0, cy0);
+  const double s01 = n.zmm[1] - dot(bx0, cx1) - dot(by0, cy1);
+  const double s11 = z11 - dot(bx1, cx1) - dot(by1, cy1);
+  const double b0 = n.gz[0] - dot(bx0, ax) - dot(by0, ay);
+  const double b1 = n.gz[1] - dot(bx1, ax) - dot(by1, ay);
+  const double determinant = s00 * s11 - s01 * s01;
+  if (!(s00 > kFewestPivotBits * z00) || !(determinant > kFewestPivotBits * z11 * s00)) return step;
+  step.z = {(s11 * b0 - s01 * b1) / determinant, (s00 * b1 - s01 * b0) / determinant};
+  for (std::size_t i = 0; i < 3; ++i) {
+    step.x[i] = ax[i] - cx0[i] * step.z[0] - cx1[i] * step.z[1];
+    step.y[i] = ay[i] - cy0[i] * step.z[0] - cy1[i] * step.z[1];
+  }
+  step.decrease = dot(step.x, gx) + dot(step.y, gy) + step.z[0] * n.gz[0] + step.z[1] * n.gz[1];
+  step.found = std::isfinite(step.decrease);
+  return step;
+}
+
+Homography moved(const Homography& h, const Step& step) {
+  return {{{h[0][0] - step.x[0], h[0][1] - step.x[1], h[0][2] - step.x[2]},
+           {h[1][0] - step.y[0], h[1][1] - step.y[1], h[1][2] - step.y[2]},
+           {h[2][0] - step.z[0], h[2][1] - step.z[1], h[2][2]}}};
+}
+
+Homography normalised(Homography h) {
+  const double last = h[2][2];
+  for (auto& row : h) {
+    for (double& element : row) element /= last;
+  }
+  return h;
+}
+
+}  // namespace
+
+HomographyFit fitHomography(const Matches& matches, const Homography& start,
+                            const FitOptions& options) {
+  const NormalPass variant = normalSums();
+  const auto pass = [&](const Homography& h, NormalSums& sums) {
+    variant(passInput(matches, h, options.loss, options.width), sums);
+  };
+  HomographyFit fit;
+  fit.h = normalised(start);
+  NormalSums sums[2];
+  NormalSums* here = &sums[0];
+  NormalSums* there = &sums[1];
+  pass(fit.h, *here);
+  fit.iterations = 1;
+  fit.cost = here->cost;
+  if (!std::isfinite(fit.cost)) return fit;
+  double damping = 0.0;
+  while (fit.iterations < options.maxIterations && damping < kMostDamping) {
+    const Step step = solve(*here, damping);
+    if (step.found) {
+      const Homography next = moved(fit.h, step);
+      if (damping == 0.0 && step.decrease <= options.tolerance * fit.cost + kNoise * here->mm[5]) {
+        // Too little to measure: taken on trust.
+        fit.converged = true;
+        fit.h = next;
+        fit.cost -= std::fmax(step.decrease, 0.0);
+        return fit;
+      }
+      pass(next, *there);
+      ++fit.iterations;
+      if (there->cost < fit.cost) {
+        fit.h = next;
+        fit.cost = there->cost;
+        std::swap(here, there);
+        damping = damping > kFirstDamping ? damping / kDampingGrowth : 0.0;
+        continue;
+      }
+      if (there->cost - fit.cost <= 1e-13 * fit.cost) break;  // the sum's own rounding
+    }
+    damping = damping == 0.0 ? kFirstDamping : damping * kDampingGrowth;
+  }
+  fit.converged = damping < kMostDamping && fit.iterations < options.maxIterations;
+  return fit;
+}
+
+bool gaussNewtonStep(const Matches& matches, const Homography& h, Homography& next) {
+  NormalSums sums;
+  normalSums()(passInput(matches, h, Loss::None, 0.0), sums);
+  const Step step = solve(sums, 0.0);
+  if (!step.found) return false;
+  next = moved(h, step);
+  return true;
+}
+
+}  // namespace cornerpin

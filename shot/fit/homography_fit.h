@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_FIT_HOMOGRAPHY_FIT_H
+#define SHOT_FIT_HOMOGRAPHY_FIT_H
+
+#include "shot/fit/matches.h"
+#include "shot/fit/normal_equations.h"
+#include "shot/plane/similarity.h"
+
+namespace cornerpin {
+
+struct FitOptions {
+  Loss loss = Loss::None;
+  double width = 0.0;  ///< the residual at which the loss bends; unused without one
+  /// The fit ends when the next step would lower the cost by less than this share of it.
+  double tolerance = 1e-14;
+  int maxIterations = 1000;  ///< a narrow loss may take hundreds, plain squares a handful
+};
+
+struct HomographyFit {
+  Homography h{};      ///< the last element is 1
+  double cost = 0.0;   ///< sum of w^2 loss(r); for Loss::None the weighted squares
+  int iterations = 0;  ///< passes over the matches
+  bool converged =
+      false;  ///< false when `maxIterations` or the damping ran out; h is the best seen
+};
+
+/// The transform that minimises the sum of w^2 loss(r) over the matches, near `start`, r being the
+/// distance between a match's `to` and the image of its `from`.
+///
+/// Gauss-Newton on the reweighted squares in double precision, with the closed-form derivatives of
+/// the eight parameters; the diagonal is damped (Levenberg-Marquardt) only after a step that does
+/// not lower the cost. The two equal blocks of the normal equations are eliminated, which leaves
+/// the 2 x 2 system of the perspective terms. No memory is taken, no LAPACK called: the same bits
+/// for every provider and every processor of an architecture (with Loss::Cauchy, for the same
+/// logarithm).
+///
+/// A match on or behind the horizon is infinitely far away: no step goes there, except with
+/// Loss::Tukey, which ignores what is far. The cost is infinite when `start` already puts one
+/// there.
+HomographyFit fitHomography(const Matches& matches, const Homography& start,
+                            const FitOptions& options = {});
+
+/// One undamped Gauss-Newton step of the plain weighted squares from h, whose last element is 1.
+/// False where the matches do not fix the transform.
+bool gaussNewtonStep(const Matches& matches, const Homography& h, Homography& next);
+
+}  // namespace cornerpin
+
+#endif

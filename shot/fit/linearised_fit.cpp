@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/fit/linearised_fit.h"
+
+#include <cstddef>
+
+extern "C" void dpotrf_(const char* triangle, const int* n, double* a, const int* lda, int* info,
+                        std::size_t triangleLength);
+extern "C" void dpotri_(const char* triangle, const int* n, double* a, const int* lda, int* info,
+                        std::size_t triangleLength);
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kSize = 8;
+
+// By how much more than alone a parameter may vary beside the others: from there on, no more than
+// three digits of the inverse are left.
+constexpr double kMostInflation = 1e12;
+
+Homography conditioned(const Homography& h, const Conditioning& from, const Conditioning& to) {
+  return unconditioned(h, from.inverse(), to.inverse());
+}
+
+// The slopes of x and y at p; `h` matters to the projective model alone.
+Slopes slopesOf(Model model, const Homography& h, Point p) {
+  switch (model) {
+    case Model::Held:
+      return {};
+    case Model::Translation:
+      return {{1.0}, {0.0, 1.0}};
+    case Model::Similarity:
+      return {{p.x, -p.y, 1.0, 0.0}, {p.y, p.x, 0.0, 1.0}};
+    case Model::Affine:
+      return {{p.x, p.y, 1.0}, {0.0, 0.0, 0.0, p.x, p.y, 1.0}};
+    case Model::Projective:
+      break;
+  }
+  const double s = denominator(h, p);
+  const Point q = map(h, p);
+  const Point a = {p.x / s, p.y / s};
+  return {{a.x, a.y, 1.0 / s, 0.0, 0.0, 0.0, -q.x * a.x, -q.x * a.y},
+          {0.0, 0.0, 0.0, a.x, a.y, 1.0 / s, -q.y * a.x, -q.y * a.y}};
+}
+
+Homography stepped(Homography h, const Parameters& step) {
+  for (std::size_t i = 0; i < kSize; ++i) h[i / 3][i % 3] += step[i];
+  return h;
+}
+
+}  // namespace
+
+double dot(const Parameters& a, const Parameters& b) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < kSize; ++i) sum += a[i] * b[i];
+  return sum;
+}
+
+LinearisedFit::LinearisedFit(const FittedFrame& frame) : model_(frame.model), kept_(frame.kept) {
+  std::vector<Point> from;
+  std::vector<Point> to;
+  for (const Match& m : frame.matches) {
+    if (!(m.weight > 0.0)) continue;
+    from.push_back(map(kept_, m.from));
+    to.push_back(m.to);
+  }
+  if (from.empty()) return;
+  from_ = Conditioning::fitting(from);
+  to_ = Conditioning::fitting(to);
+  fitted_ = conditioned(frame.h, from_, to_);
+  invert(frame.matches);
+}
+
+void LinearisedFit::invert(const std::vector<Match>& matches) {
+  double largest = 0.0;  // taken out of the weights, whose squares could overflow
+  for (const Match& m : matches) largest = m.weight > largest ? m.weight : largest;
+  for (std::size_t i = 2 * tracksFor(model_); i < kSize; ++i) inverse_[i * kSize + i] = 1.0;
+  for (const Match& m : matches) {
+    if (!(m.weight > 0.0)) continue;
+    const double w = m.weight / largest;
+    const Slopes s = slopesAt(m.from);
+    for (std::size_t j = 0; j < kSize; ++j) {
+      for (std::size_t i = 0; i <= j; ++i) {
+        inverse_[j * kSize + i] += w * w * (s.x[i] * s.x[j] + s.y[i] * s.y[j]);
+      }
+    }
+  }
+  Parameters diagonal{};
+  for (std::size_t i = 0; i < kSize; ++i) diagonal[i] = inverse_[i * kSize + i];
+  const int n = static_cast<int>(kSize);
+  int info = 0;
+  dpotrf_("U", &n, inverse_.data(), &n, &info, 1);
+  if (info != 0) return;
+  dpotri_("U", &n, inverse_.data(), &n, &info, 1);
+  determined_ = info == 0;
+  for (std::size_t i = 0; i < kSize; ++i) {
+    determined_ = determined_ && inverse_[i * kSize + i] * diagonal[i] < kMostInflation;
+  }
+  for (std::size_t j = 0; j < kSize; ++j) {
+    for (std::size_t i = 0; i <= j; ++i) {
+      inverse_[j * kSize + i] /= largest * largest;
+      inverse_[i * kSize + j] = inverse_[j * kSize + i];
+    }
+  }
+}
+
+Slopes LinearisedFit::slopesAt(Point base) const {
+  return slopesOf(model_, fitted_, from_.apply(map(kept_, base)));
+}
+
+Parameters LinearisedFit::solve(const Parameters& v) const {
+  Parameters result{};
+  for (std::size_t j = 0; j < kSize; ++j) {
+    for (std::size_t i = 0; i < kSize; ++i) result[i] += inverse_[j * kSize + i] * v[j];
+  }
+  return result;
+}
+
+Symmetric2 LinearisedFit::responseAt(Point base) const {
+  const Slopes s = slopesAt(base);
+  const Parameters x = solve(s.x);
+  const Parameters y = solve(s.y);
+  return {dot(s.x, x), dot(s.y, x), dot(s.y, y)};
+}
+
+Point LinearisedFit::displacement(Point base, const Parameters& step) const {
+  if (model_ != Model::Projective) {
+    const Slopes s = slopesAt(base);
+    return {dot(s.x, step) / to_.scale, dot(s.y, step) / to_.scale};
+  }
+  const Point p = from_.apply(map(kept_, base));
+  const Point before = map(fitted_, p);
+  const Point after = map(stepped(fitted_, step), p);
+  return {(after.x - before.x) / to_.scale, (after.y - before.y) / to_.scale};
+}
+
+}  // namespace cornerpin

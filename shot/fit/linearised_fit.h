@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_FIT_LINEARISED_FIT_H
+#define SHOT_FIT_LINEARISED_FIT_H
+
+#include <array>
+#include <vector>
+
+#include "shot/fit/matches.h"
+#include "shot/fit/model.h"
+#include "shot/plane/similarity.h"
+
+namespace cornerpin {
+
+/// A frame as it was fitted: `h` is the model's transform behind `kept`, which is the neighbour's
+/// where the model was fitted on top of it, and else the identity.
+struct FittedFrame {
+  Model model = Model::Projective;
+  Homography kept = kIdentityTransform;
+  Homography h = kIdentityTransform;
+  std::vector<Match> matches;  ///< with the weights of the last step of the fit
+};
+
+using Parameters = std::array<double, 8>;
+
+double dot(const Parameters& a, const Parameters& b);
+
+/// How the two coordinates of a point's image move with the model's parameters; 0 beyond them.
+struct Slopes {
+  Parameters x{};
+  Parameters y{};
+};
+
+/// A symmetric 2 x 2 matrix.
+struct Symmetric2 {
+  double trace() const { return xx + yy; }
+
+  double xx = 0.0;
+  double xy = 0.0;
+  double yy = 0.0;
+};
+
+/// A weighted least-squares fit linearised at its solution, A = sum of w^2 S'S with S a track's
+/// slopes. Parameters and slopes are those between coordinates of the tracks' own boxes: squared
+/// pixels would leave A without a usable inverse.
+class LinearisedFit {
+ public:
+  explicit LinearisedFit(const FittedFrame& frame);
+
+  /// False when the tracks of a weight above 0 do not fix the parameters, or so weakly (also by
+  /// weights a million times smaller than others) that A has no inverse in double precision; the
+  /// rest then means nothing.
+  bool isDetermined() const { return determined_; }
+
+  /// One pixel of the frame in the coordinates of the slopes.
+  double scale() const { return to_.scale; }
+  Slopes slopesAt(Point base) const;
+  /// inv(A) * v.
+  Parameters solve(const Parameters& v) const;
+  /// S inv(A) S' at a point of the base frame: its image's covariance, were each track's noise
+  /// 1 / w. At a track, times w^2, the track's block of the hat matrix.
+  Symmetric2 responseAt(Point base) const;
+  /// How far the image of a point of the base frame moves, in pixels, when `step` is added to the
+  /// parameters: exact for every model, not the slopes times the step.
+  Point displacement(Point base, const Parameters& step) const;
+
+ private:
+  void invert(const std::vector<Match>& matches);
+
+  Model model_;
+  Homography kept_;
+  Conditioning from_;
+  Conditioning to_;
+  Homography fitted_;                 // of a projective model, between conditioned coordinates
+  std::array<double, 64> inverse_{};  // of A; the identity beyond the model's parameters
+  bool determined_ = false;
+};
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/robust/quad_samples.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "cornerpin/geometry/MGeometry.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kGrowth = 10;  // samples per match that joins the confident group
+constexpr std::size_t kFewest = 50;
+constexpr double kThinnest = 1e-4;  // twice a triangle's area, in conditioned units
+
+using Corners = std::array<Point, 4>;
+
+double twiceArea(Point a, Point b, Point c) {
+  return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+// A camera keeps the sense of every triangle that lies in front of it.
+bool seenAlike(const Corners& from, const Corners& to) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    const std::size_t j = (i + 1) % 4;
+    const std::size_t k = (i + 2) % 4;
+    const double a = twiceArea(from[i], from[j], from[k]);
+    const double b = twiceArea(to[i], to[j], to[k]);
+    if (std::fabs(a) < kThinnest || std::fabs(b) < kThinnest || (a > 0.0) != (b > 0.0)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+LvVector2<double> corner(Point p) { return LvVector2<double>(p.x, p.y); }
+
+Homography quadToQuad(const Corners& from, const Corners& to) {
+  LvMatrix44Tmpl<double> m;
+  MComputeQuadToQuadProjectionMatrix(corner(from[0]), corner(from[1]), corner(from[2]),
+                                     corner(from[3]), corner(to[0]), corner(to[1]), corner(to[2]),
+                                     corner(to[3]), m);
+  constexpr std::array<int, 3> kPlane = {0, 1, 3};  // z stays out
+  Homography h;
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j) h[i][j] = m(kPlane[i], kPlane[j]) / m(3, 3);
+  }
+  return h;
+}
+
+}  // namespace
+
+QuadSamples::QuadSamples(const Matches& matches, const std::vector<double>& confidence,
+                         std::uint64_t seed)
+    : matches_(matches), order_(matches.size()), random_(seed) {
+  std::iota(order_.begin(), order_.end(), std::size_t{0});
+  std::stable_sort(order_.begin(), order_.end(),
+                   [&](std::size_t a, std::size_t b) { return confidence[a] > confidence[b]; });
+}
+
+std::size_t QuadSamples::below(std::size_t bound) {
+  return static_cast<std::size_t>(((random_() >> 32) * bound) >> 32);
+}
+
+bool QuadSamples::draw(Homography& h) {
+  const std::size_t group = std::min(order_.size(), 5 + drawn_ / kGrowth);
+  const std::size_t pool = drawn_ % 2 == 0 ? group : order_.size();
+  ++drawn_;
+  std::array<std::size_t, 4> chosen{};
+  for (std::size_t i = 0; i < 4; ++i) {
+    do {
+      chosen[i] = below(pool);
+    } while (std::find(chosen.begin(), chosen.begin() + i, chosen[i]) != chosen.begin() + i);
+  }
+  Corners from;
+  Corners to;
+  for (std::size_t i = 0; i < 4; ++i) {
+    from[i] = matches_.from(order_[chosen[i]]);
+    to[i] = matches_.to(order_[chosen[i]]);
+  }
+  if (!seenAlike(from, to)) return false;
+  h = quadToQuad(from, to);
+  return isFinite(h);
+}
+
+std::size_t QuadSamples::needed(std::size_t good, std::size_t count) {
+  const double share = static_cast<double>(good) / static_cast<double>(count);
+  const double all = share * share * share * share;
+  if (all > 0.99) return kFewest;
+  const double samples = std::log(1e-3) / std::log1p(-all);
+  return std::clamp(static_cast<std::size_t>(std::min(samples, 1e9)), kFewest, kMost);
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/trust/uncertainty.h"
+
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace cornerpin {
+
+namespace {
+
+// Below this share of the total, what the fit leaves over of the noise is rounding.
+constexpr double kNothingLeft = 1e-6;
+
+// I + D D' with D the derivative of h at p.
+Symmetric2 residualCovariance(const Homography& h, Point p) {
+  const double s = denominator(h, p);
+  const Point q = map(h, p);
+  const double ux = (h[0][0] - q.x * h[2][0]) / s;
+  const double uy = (h[0][1] - q.x * h[2][1]) / s;
+  const double vx = (h[1][0] - q.y * h[2][0]) / s;
+  const double vy = (h[1][1] - q.y * h[2][1]) / s;
+  return {1.0 + ux * ux + uy * uy, ux * vx + uy * vy, 1.0 + vx * vx + vy * vy};
+}
+
+// S' V S.
+void addProduct(std::array<Parameters, 8>& sum, const Slopes& s, const Symmetric2& v, double w) {
+  for (std::size_t i = 0; i < 8; ++i) {
+    const double x = w * (s.x[i] * v.xx + s.y[i] * v.xy);
+    const double y = w * (s.x[i] * v.xy + s.y[i] * v.yy);
+    for (std::size_t j = 0; j < 8; ++j) sum[i][j] += x * s.x[j] + y * s.y[j];
+  }
+}
+
+std::array<Parameters, 8> transposed(const std::array<Parameters, 8>& m) {
+  std::array<Parameters, 8> t{};
+  for (std::size_t i = 0; i < 8; ++i) {
+    for (std::size_t j = 0; j < 8; ++j) t[j][i] = m[i][j];
+  }
+  return t;
+}
+
+}  // namespace
+
+Uncertainty::Uncertainty(const FittedFrame& frame)
+    : fit_(frame), noise_(std::numeric_limits<double>::quiet_NaN()) {
+  if (frame.model == Model::Held || !fit_.isDetermined()) return;
+  std::size_t count = 0;
+  double squares = 0.0;  // of the weighted residuals
+  double total = 0.0;    // what they would be without a fit, for noise of 1 pixel
+  for (const Match& m : frame.matches) {
+    if (!(m.weight > 0.0)) continue;
+    ++count;
+    const double w2 = m.weight * m.weight;
+    const Symmetric2 v = residualCovariance(frame.h, m.from);
+    squares += w2 * squaredDistance(m.to, map(frame.h, m.from));
+    total += w2 * v.trace();
+    addProduct(spread_, fit_.slopesAt(m.from), v, w2 * w2);
+  }
+  double absorbed = 0.0;  // tr(inv(A) B)
+  for (std::size_t i = 0; i < 8; ++i) {
+    spread_[i] = fit_.solve(spread_[i]);
+    absorbed += spread_[i][i];
+  }
+  spread_ = transposed(spread_);
+  for (Parameters& row : spread_) row = fit_.solve(row);
+  const double left = total - absorbed;
+  if (count > tracksFor(frame.model) && left > kNothingLeft * total) {
+    noise_ = std::sqrt(squares / left);
+  }
+}
+
+Symmetric2 Uncertainty::covarianceAt(Point base) const {
+  const Slopes s = fit_.slopesAt(base);
+  Parameters x{};
+  Parameters y{};
+  for (std::size_t i = 0; i < 8; ++i) {
+    x[i] = dot(spread_[i], s.x);
+    y[i] = dot(spread_[i], s.y);
+  }
+  const double square = noise_ * noise_;
+  return {square * dot(s.x, x), square * dot(s.y, x), square * dot(s.y, y)};
+}
+
+double Uncertainty::deviationAt(Point base) const { return std::sqrt(covarianceAt(base).trace()); }
+
+}  // namespace cornerpin

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_TRUST_UNCERTAINTY_H
+#define SHOT_TRUST_UNCERTAINTY_H
+
+#include <array>
+
+#include "shot/fit/linearised_fit.h"
+#include "shot/plane/similarity.h"
+
+namespace cornerpin {
+
+/// How far noise in the tracks lets a fitted frame be off.
+///
+/// The noise is taken to be equal and independent in every position of every track, those in the
+/// base frame included, whatever the weights: weights say how much a track is to count, not how
+/// noisy it is. With D the 2 x 2 derivative of the transform at a track, its residual then has the
+/// covariance s^2 V, V = I + D D'. The parameters have s^2 inv(A) B inv(A), A = sum of w^2 S'S and
+/// B = sum of w^4 S'V S, which is first-order exact for any weights, and the residuals give
+/// s^2 = sum of w^2 r^2 / (sum of w^2 tr V - tr(inv(A) B)). With weights of 1 and an exact base
+/// frame the last divisor is the familiar 2 n - 8.
+///
+/// Only the fitted parameters count: terms kept from a neighbour are taken as exact.
+class Uncertainty {
+ public:
+  explicit Uncertainty(const FittedFrame& frame);
+
+  /// s: the standard deviation of a track along each axis, in pixels. NaN where the model meets
+  /// its tracks exactly whatever they are (as four tracks do) and for a held frame.
+  double noise() const { return noise_; }
+  /// The covariance of the image of a point that is exact in the base frame, in pixels^2.
+  Symmetric2 covarianceAt(Point base) const;
+  /// The root of the mean squared distance between that image and where it ought to be.
+  double deviationAt(Point base) const;
+
+ private:
+  LinearisedFit fit_;
+  std::array<Parameters, 8> spread_{};  // inv(A) B inv(A)
+  double noise_;
+};
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/summary.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace cornerpin;
+
+namespace {
+
+FrameResult frame(int number, Status status, double rms) {
+  FrameResult f;
+  f.frame = number;
+  f.status = status;
+  f.rms = 2.0 * rms;
+  f.inlierRms = rms;
+  f.tracks = 9;
+  f.inliers = 9;
+  if (status == Status::Held) f.reason = "no tracks";
+  return f;
+}
+
+}  // namespace
+
+TEST(Summary, TakesItsFiguresFromTheSolvedFrames) {
+  ShotResult result;
+  result.frames = {frame(1, Status::Solved, 3.0), frame(2, Status::Base, 0.0),
+                   frame(3, Status::Solved, 1.0), frame(4, Status::Held, 99.0),
+                   frame(5, Status::Solved, 2.0)};
+  const Summary s = summarise(result);
+  EXPECT_EQ(s.solved, 3u);
+  EXPECT_EQ(s.held, 1u);
+  EXPECT_EQ(s.medianRms, 2.0);
+  EXPECT_EQ(s.worstRms, 3.0);
+  ASSERT_EQ(s.worst.size(), 3u);
+  EXPECT_EQ(s.worst[0]->frame, 1);
+  EXPECT_EQ(s.worst[1]->frame, 5);
+  EXPECT_EQ(s.firstUnsolved[0]->frame, 4);
+}
+
+TEST(Summary, ListsNoMoreThanFiveFramesOfAKind) {
+  ShotResult result;
+  for (int i = 0; i < 20; ++i) result.frames.push_back(frame(i, Status::Solved, i));
+  for (int i = 20; i < 40; ++i) result.frames.push_back(frame(i, Status::Held, i));
+  EXPECT_EQ(summarise(result).worst.size(), 5u);
+  EXPECT_EQ(summarise(result).firstUnsolved.size(), 5u);
+  EXPECT_NE(summaryTable(result, {}).find("and 15 more"), std::string::npos);
+}
+
+TEST(Summary, TakesAnRmsBeyondNumbersForTheWorst) {
+  ShotResult result;
+  for (int i = 0; i < 9; ++i) {
+    result.frames.push_back(frame(i, Status::Solved, i % 3 == 1 ? std::nan("") : 9.0 - i));
+  }
+  const Summary s = summarise(result);
+  EXPECT_EQ(s.worst[0]->frame, 1);
+  EXPECT_EQ(s.worst[2]->frame, 7);
+  EXPECT_EQ(s.worst[3]->frame, 0);
+  EXPECT_EQ(s.worst[4]->frame, 2);
+  EXPECT_EQ(s.medianRms, 7.0);
+}
+
+TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
+  ShotResult result;
+  result.baseFrame = 12;
+  result.baseTracks = 9;
+  result.leftOut = 3;
+  result.frames = {frame(12, Status::Base, 0.0), frame(13, Status::Held, 0.0)};
+  EXPECT_EQ(summaryTable(result, {}),
+            "base frame    12  (9 tracks, 3 absent there and left out)\n"
+            "solved        1 of 2 frames\n"
+            "reduced       0\n"
+            "held          1\n"
+            "RMS residual  median -, worst -\n"
+            "not in full   frame  model        reason\n"
+            "                 13  held         no tracks\n");
+}
+
+TEST(Summary, WritesNumbersOfAnySize) {
+  ShotResult result;
+  result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),
+                   frame(3, Status::Solved, 0.000123456), frame(4, Status::Solved, 12345.67891),
+                   frame(5, Status::Solved, 0.0),         frame(6, Status::Solved, std::nan(""))};
+  ShotTrust trust;
+  trust.frames.resize(6);
+  trust.frames[1].deviations.fill(HUGE_VAL);
+  trust.frames[2].deviations.fill(2.5e-7);
+  const std::string table = summaryTable(result, trust);
+  EXPECT_NE(table.find("  2    3e+30       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  3 0.000123       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  4 12345.6789       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  5   0.0000       9\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("  6        -       9\n"), std::string::npos) << table;
+  EXPECT_EQ(table.find("inf"), std::string::npos) << table;
+  EXPECT_NE(table.find("worst 2.5e-07 in frame 3\n"), std::string::npos) << table;
+}
+
+TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
+  ShotResult result;
+  result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
+                   frame(3, Status::Reduced, 0.25)};
+  result.frames[2].model = Model::Affine;
+  result.frames[2].reason = "3 of the 4 tracks needed";
+  ShotTrust trust;
+  trust.frames.resize(3);
+  trust.frames[1].deviations = {0.125, 0.5, 0.25, 0.125};
+  trust.frames[2].deviations.fill(std::nan(""));
+  trust.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
+                 {"b", {1, 5, 5, 5, 0.25, 7.0, true}},
+                 {"ordinary", {2, 6, 7, 6, 99.0, 2.0, false}}};
+  EXPECT_EQ(summarise(result).reduced, 1u);
+  const std::string table = summaryTable(result, trust);
+  EXPECT_NE(table.find("solved        2 of 3 frames\n"
+                       "reduced       1\n"
+                       "held          0\n"
+                       "RMS residual  median 0.5000, worst 0.5000\n"
+                       "corner noise  median 0.5000, worst 0.5000 in frame 2\n"),
+            std::string::npos)
+      << table;
+  EXPECT_NE(
+      table.find("worst tracks  t042, frames 60-81: without it the worst corner moves 9.3 px\n"
+                 "              b, frame 5: without it the worst corner moves 0.25 px\n"
+                 "not in full   frame  model        reason\n"
+                 "                  3  affine       3 of the 4 tracks needed\n"),
+      std::string::npos)
+      << table;
+}
+
+TEST(Summary, SpeaksOfTheGoodTracksOfARobustSolve) {
+  ShotResult result;
+  result.loss = Loss::Tukey;
+  result.seed = 7;
+  result.frames.push_back(frame(0, Status::Base, 0.0));
+  for (int f : {1, 2, 3}) result.frames.push_back(frame(f, Status::Solved, 0.25));
+  result.frames[2].inliers = 6;
+  result.frames[2].inlierRms = 0.5;
+  result.frames[2].stage = Stage::Sampled;
+  result.frames[3].stage = Stage::Neighbour;
+  EXPECT_EQ(summaryTable(result, {}),
+            "base frame    0  (0 tracks, none left out)\n"
+            "solved        4 of 4 frames\n"
+            "reduced       0\n"
+            "held          0\n"
+            "good tracks   median 100 %, fewest 67 % in frame 2\n"
+            "started from  the library's fit 1, the neighbour 1, samples 1 (seed 7)\n"
+            "RMS residual  median 0.2500, worst 0.5000 of the good tracks\n"
+            "worst frames  frame      RMS  tracks\n"
+            "                  2   0.5000       9, 6 of them good\n"
+            "                  1   0.2500       9\n"
+            "                  3   0.2500       9\n");
+}

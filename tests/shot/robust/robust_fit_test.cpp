@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/robust/robust_fit.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+
+using namespace cornerpin;
+
+namespace {
+
+constexpr unsigned kSeed = 20240712;
+
+const Homography kIdentity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+const Homography kView = {{{0.9, 0.2, 0.3}, {-0.25, 0.8, -0.2}, {0.12, -0.1, 1}}};
+
+struct Shot {
+  Matches matches;
+  std::vector<double> confidence;
+};
+
+// The first `bad` matches lie anywhere.
+Shot shotWith(int good, int bad, double noise, unsigned seed) {
+  std::mt19937 random(seed);
+  const auto uniform = [&] { return 2.0 * static_cast<double>(random()) / 4294967296.0 - 1.0; };
+  Shot shot;
+  for (int i = 0; i < good + bad; ++i) {
+    const Point from = {uniform(), uniform()};
+    Point to = map(kView, from);
+    to = i < bad ? Point{1.2 * uniform(), 1.2 * uniform()}
+                 : Point{to.x + noise * uniform(), to.y + noise * uniform()};
+    shot.matches.add({from, to, 1.0});
+    shot.confidence.push_back(1.0);
+  }
+  return shot;
+}
+
+// Normal errors; the last `bad` matches lie anywhere.
+Shot normalShot(int good, int bad, double noise, unsigned seed = kSeed) {
+  std::mt19937 random(seed);
+  const auto uniform = [&] { return (static_cast<double>(random()) + 0.5) / 4294967296.0; };
+  Shot shot;
+  for (int i = 0; i < good + bad; ++i) {
+    const Point from = {2.0 * uniform() - 1.0, 2.0 * uniform() - 1.0};
+    const double length = noise * std::sqrt(-2.0 * std::log(uniform()));
+    const double angle = 6.283185307179586 * uniform();
+    Point to = map(kView, from);
+    to = {to.x + length * std::cos(angle), to.y + length * std::sin(angle)};
+    if (i >= good) to = {2.0 * uniform() - 1.0, 2.0 * uniform() - 1.0};
+    shot.matches.add({from, to, 1.0});
+    shot.confidence.push_back(1.0);
+  }
+  return shot;
+}
+
+double cornerError(const Homography& h) {
+  double worst = 0.0;
+  for (Point p : {Point{-1, -1}, Point{1, -1}, Point{1, 1}, Point{-1, 1}}) {
+    const Point a = map(h, p);
+    const Point b = map(kView, p);
+    worst = std::max(worst, std::hypot(a.x - b.x, a.y - b.y));
+  }
+  return worst;
+}
+
+RobustFit fitOf(const Shot& shot, std::uint64_t seed = 1) {
+  RobustOptions options;
+  options.seed = seed;
+  return fitRobustly(shot.matches, {{Stage::Neighbour, kIdentity}}, shot.confidence, options);
+}
+
+}  // namespace
+
+TEST(RobustFit, HoldsWithEightyPercentOfTheMatchesWrong) {
+  for (unsigned seed = kSeed; seed < kSeed + 50; ++seed) {
+    const RobustFit fit = fitOf(shotWith(20, 80, 2e-3, seed));
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 0.015) << "seed " << seed;
+    EXPECT_NEAR(static_cast<double>(fit.inliers), 20.0, 2.0);
+  }
+}
+
+// However far it is, it does not say how widely strays are scattered.
+TEST(RobustFit, HoldsBesideAMatchThatIsFlungFarAway) {
+  for (double distance : {1e3, 1e7, 1e30}) {
+    for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+      Shot shot = shotWith(20, 80, 2e-3, seed);
+      shot.matches.add({{0.5, 0.5}, {distance, 0.5}, 1.0});
+      shot.confidence.push_back(1.0);
+      const RobustFit fit = fitOf(shot);
+      ASSERT_TRUE(fit.found) << "seed " << seed;
+      EXPECT_LT(cornerError(fit.h), 0.015) << distance << ", seed " << seed;
+    }
+  }
+}
+
+TEST(RobustFit, SamplesWhereThereIsNothingToStartFrom) {
+  const Shot shot = shotWith(60, 20, 2e-3, kSeed);
+  const RobustFit fit = fitRobustly(shot.matches, {}, shot.confidence, {});
+  EXPECT_EQ(fit.stage, Stage::Sampled);
+  EXPECT_LT(cornerError(fit.h), 5e-3);
+}
+
+TEST(RobustFit, HasTheSameBitsOnEveryRun) {
+  const Shot shot = shotWith(30, 70, 2e-3, kSeed);
+  const RobustFit first = fitOf(shot);
+  const RobustFit second = fitOf(shot);
+  EXPECT_EQ(std::memcmp(&first.h, &second.h, sizeof first.h), 0);
+}
+
+TEST(RobustFit, FindsTheSameSurfaceFromAnySeed) {
+  const Shot shot = shotWith(40, 60, 2e-3, kSeed);
+  const RobustFit first = fitOf(shot, 1);
+  const RobustFit second = fitOf(shot, 987654321);
+  for (std::size_t i = 0; i < 9; ++i) {
+    EXPECT_NEAR(first.h[i / 3][i % 3], second.h[i / 3][i % 3], 1e-4);
+  }
+}
+
+TEST(RobustFit, DrawsNoSamplesWhereTheNeighbourFits) {
+  const Shot shot = shotWith(90, 10, 2e-3, kSeed);
+  RobustOptions options;
+  const RobustFit fit =
+      fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+  EXPECT_EQ(fit.stage, Stage::Neighbour);
+  EXPECT_EQ(fit.inliers, 90u);
+  EXPECT_LT(cornerError(fit.h), 5e-3);
+}
+
+TEST(RobustFit, MeasuresTheScaleOfTheGoodMatches) {
+  const RobustFit fit = fitOf(normalShot(400, 100, 0.004));
+  ASSERT_TRUE(fit.found);
+  // 400 lengths: a standard error of some 4 %.
+  EXPECT_NEAR(fit.scale, 0.004, 0.0006);
+  EXPECT_NEAR(static_cast<double>(fit.inliers), 400.0, 4.0);
+}
+
+// No distance is given beforehand.
+TEST(RobustFit, HoldsWhateverTheNoise) {
+  for (double noise : {1e-4, 1e-3, 1e-2, 3e-2}) {
+    const RobustFit fit = fitOf(normalShot(60, 30, noise));
+    ASSERT_TRUE(fit.found) << noise;
+    EXPECT_LT(cornerError(fit.h), 3.0 * noise) << noise;
+  }
+}
+
+TEST(RobustFit, FitsAFrameWithoutASignOfABadTrackByPlainSquares) {
+  const Shot shot = normalShot(60, 0, 2e-3);
+  RobustOptions options;
+  options.expected = 2e-3;
+  const RobustFit fit =
+      fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+  EXPECT_FALSE(fit.searched);
+  EXPECT_EQ(fit.loss, Loss::None);
+  EXPECT_EQ(fit.inliers, 60u);
+  const HomographyFit plain = fitHomography(shot.matches, kView);
+  EXPECT_EQ(std::memcmp(&fit.h, &plain.h, sizeof fit.h), 0);
+}
+
+TEST(RobustFit, SearchesWhereTheScaleGrowsOrATrackStandsOut) {
+  RobustOptions options;
+  options.expected = 1e-3;
+  const auto searched = [&](const Shot& shot) {
+    return fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options)
+        .searched;
+  };
+  EXPECT_FALSE(searched(normalShot(60, 0, 1e-3)));
+  EXPECT_TRUE(searched(normalShot(60, 0, 2e-3)));
+  EXPECT_TRUE(searched(normalShot(60, 1, 1e-3)));
+}
+
+// Half the tracks crept off by 40 times the noise of the others, some one way, some another.
+TEST(RobustFit, FollowsTheHalfThatAgreesMoreClosely) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(48, 0, 5e-4, seed);
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      const double angle = 0.7 * static_cast<double>(i);
+      if (i % 2 == 0) m.to = {m.to.x + 20e-3 * std::cos(angle), m.to.y + 20e-3 * std::sin(angle)};
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    RobustOptions options;
+    options.expected = 5e-4;
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+    ASSERT_TRUE(fit.found) << seed;
+    EXPECT_LT(cornerError(fit.h), 3e-3) << seed;
+    EXPECT_NEAR(static_cast<double>(fit.inliers), 24.0, 1.0) << seed;
+  }
+}
+
+TEST(RobustFit, BendsEveryLossAtTheScaleOfTheGoodTracks) {
+  const Shot shot = normalShot(60, 20, 2e-3);
+  for (Loss loss : {Loss::Tukey, Loss::Cauchy, Loss::Huber}) {
+    RobustOptions options;
+    options.loss = loss;
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+    ASSERT_TRUE(fit.found);
+    EXPECT_EQ(fit.loss, loss);
+    EXPECT_GT(fit.width, fit.scale);
+    EXPECT_LT(fit.width, 8.0 * fit.scale);
+    FitOptions engine;
+    engine.loss = loss;
+    engine.width = fit.width;
+    const HomographyFit again = fitHomography(shot.matches, fit.h, engine);
+    for (std::size_t i = 0; i < 9; ++i)
+      EXPECT_NEAR(again.h[i / 3][i % 3], fit.h[i / 3][i % 3], 1e-7);
+  }
+}
+
+// Three matches that a transform meets whatever they are say nothing of the others' errors.
+TEST(RobustFit, TakesTheScaleFromAllMatchesWhereAFewWeighMost) {
+  const Point corners[] = {{-0.9, -0.8}, {0.9, -0.9}, {0.1, 0.9}};
+  for (double heavy : {10.0, 1e3, 1e6}) {
+    for (unsigned seed = kSeed; seed < kSeed + 10; ++seed) {
+      const Shot all = normalShot(48, 12, 1e-3, seed);
+      Shot shot;
+      for (std::size_t i = 0; i < all.matches.size(); ++i) {
+        Match m = all.matches[i];
+        if (i < 3) {
+          const Point on = map(kView, m.from);
+          m.from = corners[i];
+          const Point moved = map(kView, m.from);
+          m.to = {m.to.x + moved.x - on.x, m.to.y + moved.y - on.y};
+          m.weight = heavy;
+        }
+        shot.matches.add(m);
+        shot.confidence.push_back(m.weight);
+      }
+      const RobustFit fit = fitOf(shot);
+      ASSERT_TRUE(fit.found) << heavy << " seed " << seed;
+      // What the heavy ones are off by adds to the others.
+      EXPECT_GT(fit.scale, 0.7e-3) << heavy << " seed " << seed;
+      EXPECT_LT(fit.scale, 2e-3) << heavy << " seed " << seed;
+      EXPECT_NEAR(static_cast<double>(fit.inliers), 48.0, 3.0) << heavy << " seed " << seed;
+    }
+  }
+}
+
+// As a tracker leaves those that it lost; any place is met by all of them at once.
+TEST(RobustFit, IsNotDrawnToMatchesThatStandAtOnePlace) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(60, 0, 1e-3, seed);
+    const Homography toOnePlace = {{{0, 0, 0.9}, {0, 0, 0.8}, {0, 0, 1}}};
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      const Point on = map(kView, m.from);
+      if (i < 36) m.to = {0.9 + m.to.x - on.x, 0.8 + m.to.y - on.y};
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Library, toOnePlace}, {Stage::Neighbour, kIdentity}},
+                    shot.confidence, {});
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
+  }
+}
+
+TEST(RobustFit, IsNotDrawnToMatchesThatStandOnOneLine) {
+  for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
+    const Shot all = normalShot(60, 0, 1e-3, seed);
+    const Homography toOneLine = {{{0, 0, -1}, {0, 1, 0}, {0, 0, 1}}};
+    Shot shot;
+    for (std::size_t i = 0; i < all.matches.size(); ++i) {
+      Match m = all.matches[i];
+      if (i < 36) m.to.x += -1.0 - map(kView, m.from).x;
+      shot.matches.add(m);
+      shot.confidence.push_back(1.0);
+    }
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Library, toOneLine}, {Stage::Neighbour, kIdentity}},
+                    shot.confidence, {});
+    ASSERT_TRUE(fit.found) << "seed " << seed;
+    EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
+  }
+}
+
+TEST(RobustFit, HoldsWithABadMatchBehindTheHorizonWhateverTheLoss) {
+  Shot shot = normalShot(60, 10, 1e-3);
+  shot.matches.add({{-20.0, 0.0}, {0.1, 0.2}, 1.0});
+  shot.confidence.push_back(1.0);
+  ASSERT_LT(denominator(kView, {-20.0, 0.0}), 0.0);
+  for (Loss loss : {Loss::Tukey, Loss::Cauchy, Loss::Huber}) {
+    RobustOptions options;
+    options.loss = loss;
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+    ASSERT_TRUE(fit.found) << static_cast<int>(loss);
+    EXPECT_LT(cornerError(fit.h), 4e-3) << static_cast<int>(loss);
+    EXPECT_EQ(fit.inliers, 60u);
+    EXPECT_FALSE(fit.inlier.back());
+  }
+}
+
+TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
+  EXPECT_EQ(lossWeight(Loss::None, 5.0, 1.0), 1.0);
+  EXPECT_EQ(lossWeight(Loss::Tukey, 0.5, 1.0), 0.5625);
+  EXPECT_EQ(lossWeight(Loss::Tukey, 1.0, 1.0), 0.0);
+  EXPECT_EQ(lossWeight(Loss::Cauchy, 2.0, 1.0), 0.2);
+  EXPECT_EQ(lossWeight(Loss::Huber, 0.5, 1.0), 1.0);
+  EXPECT_EQ(lossWeight(Loss::Huber, 4.0, 1.0), 0.25);
+}
+
+TEST(RobustFit, CountsFewMatchesAllAlike) {
+  const Shot shot = shotWith(5, 0, 0.01, kSeed);
+  const RobustFit fit = fitOf(shot);
+  ASSERT_TRUE(fit.found);
+  EXPECT_EQ(fit.inliers, 5u);
+  const HomographyFit plain = fitHomography(shot.matches, kIdentity);
+  EXPECT_EQ(std::memcmp(&fit.h, &plain.h, sizeof fit.h), 0);
+}

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/tracks.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "shot/files/input_error.h"
+#include "tests/support/files.h"
+
+using cornerpin::InputError;
+using cornerpin::Observation;
+using cornerpin::readTracks;
+using cornerpin::Tracks;
+
+namespace {
+
+Tracks read(const std::string& text) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", text);
+  return readTracks(folder / "in.csv");
+}
+
+// What is said about the text, behind the file's name.
+std::string refusal(const std::string& text) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "in.csv";
+  writeFile(path, text);
+  try {
+    readTracks(path);
+  } catch (const InputError& error) {
+    const std::string what = error.what();
+    EXPECT_EQ(what.substr(0, path.size() + 1), path + ":");
+    EXPECT_EQ(error.file, path);
+    return what.substr(path.size() + 1);
+  }
+  return "accepted";
+}
+
+const std::string kHeader = "track,frame,x,y,weight\n";
+
+}  // namespace
+
+TEST(ReadTracks, ReadsEveryColumn) {
+  const Tracks tracks = read("track,frame,x,y,weight\na,7,1.5,-2.25e1,0.5\n");
+  ASSERT_EQ(tracks.observations.size(), 1u);
+  const Observation& o = tracks.observations[0];
+  EXPECT_EQ(tracks.names[0], "a");
+  EXPECT_EQ(o.frame, 7);
+  EXPECT_EQ(o.x, 1.5);
+  EXPECT_EQ(o.y, -22.5);
+  EXPECT_EQ(o.weight, 0.5f);
+  EXPECT_EQ(o.line, 2u);
+}
+
+TEST(ReadTracks, TakesColumnsInAnyOrderAndSkipsOthers) {
+  const Tracks tracks = read("y,note,frame, x ,track\n4,hello,2,3,a\n");
+  EXPECT_EQ(tracks.observations[0].x, 3.0);
+  EXPECT_EQ(tracks.observations[0].y, 4.0);
+  EXPECT_EQ(tracks.observations[0].frame, 2);
+}
+
+TEST(ReadTracks, WeighsOneWithoutAWeightColumn) {
+  EXPECT_EQ(read("track,frame,x,y\na,0,1,2\n").observations[0].weight, 1.0f);
+}
+
+TEST(ReadTracks, TakesByteOrderMarkCrLfAndBlankLines) {
+  const Tracks tracks =
+      read("\xEF\xBB\xBFtrack,frame,x,y\r\n\r\n  \r\na,0,1,2\r\n\r\nb,0,3,4\r\n\r\n\r\n");
+  ASSERT_EQ(tracks.observations.size(), 2u);
+  EXPECT_EQ(tracks.observations[0].line, 4u);
+  EXPECT_EQ(tracks.observations[1].line, 6u);
+}
+
+TEST(ReadTracks, TakesCarriageReturnsAlone) {
+  const Tracks tracks = read("track,frame,x,y\ra,0,1,2\rb,0,3,4");
+  ASSERT_EQ(tracks.observations.size(), 2u);
+  EXPECT_EQ(tracks.observations[1].line, 3u);
+}
+
+TEST(ReadTracks, TakesQuotedNamesWithCommasQuotesAndLineEnds) {
+  const Tracks tracks = read("\"track\",frame,x,y\n\"a, \"\"b\"\"\n c\",0,1,2\nd,0,3,4\n");
+  ASSERT_EQ(tracks.names.size(), 2u);
+  EXPECT_EQ(tracks.names[0], "a, \"b\"\n c");
+  EXPECT_EQ(tracks.observations[0].line, 2u);
+  EXPECT_EQ(tracks.observations[1].line, 4u);
+}
+
+TEST(ReadTracks, TakesTheLastLineWithoutItsEnd) {
+  EXPECT_EQ(read("track,frame,x,y\na,0,1,2").observations.size(), 1u);
+}
+
+TEST(ReadTracks, TakesNegativeFramesBlanksAndPlusSigns) {
+  const Tracks tracks = read("track,frame,x,y\na, -3 , +1 ,\t2\n");
+  EXPECT_EQ(tracks.observations[0].frame, -3);
+  EXPECT_EQ(tracks.observations[0].x, 1.0);
+}
+
+TEST(ReadTracks, SortsByFrameThenByFirstAppearanceOfTheTrack) {
+  const Tracks tracks = read("track,frame,x,y\nz,5,1,0\na,5,2,0\na,3,3,0\nz,3,4,0\n");
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"z", "a"}));
+  std::vector<double> xs;
+  for (const Observation& o : tracks.observations) xs.push_back(o.x);
+  EXPECT_EQ(xs, (std::vector<double>{4, 3, 1, 2}));
+}
+
+TEST(ReadTracks, FindsAFramesObservations) {
+  const Tracks tracks = read("track,frame,x,y\na,5,1,0\nb,5,2,0\na,9,3,0\n");
+  EXPECT_EQ(tracks.firstFrame(), 5);
+  EXPECT_EQ(tracks.lastFrame(), 9);
+  EXPECT_EQ(tracks.frameCount(), 5);
+  const auto count = [&](int frame) {
+    return tracks.inFrame(frame).last - tracks.inFrame(frame).first;
+  };
+  EXPECT_EQ(count(4), 0);
+  EXPECT_EQ(count(5), 2);
+  EXPECT_EQ(count(6), 0);
+  EXPECT_EQ(count(9), 1);
+  EXPECT_EQ(count(10), 0);
+}
+
+TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
+  std::string text = "track,frame,x,y\n";
+  for (int i = 0; i < 100000; ++i)
+    text += "track_" + std::to_string(i % 100) + "," + std::to_string(i / 100) + "," +
+            std::to_string(i) + ".25,1\n";
+  const Tracks tracks = read(text);
+  ASSERT_EQ(tracks.observations.size(), 100000u);
+  for (std::size_t i = 0; i < tracks.observations.size(); ++i) {
+    ASSERT_EQ(tracks.observations[i].x, static_cast<double>(i) + 0.25);
+    ASSERT_EQ(tracks.observations[i].line, i + 2);
+  }
+}
+
+TEST(ReadTracksRefuses, AMissingColumn) {
+  EXPECT_EQ(refusal("track,frame,x,weight\na,0,1,1\n"),
+            "1: the header \"track,frame,x,weight\" has no column \"y\"");
+  EXPECT_EQ(refusal("\n\nTrack,frame,x,y\n"),
+            "3: the header \"Track,frame,x,y\" has no column \"track\"");
+  EXPECT_EQ(refusal("track;frame;x;y\n"),
+            "1: the header \"track;frame;x;y\" has no column \"track\"");
+}
+
+TEST(ReadTracksRefuses, ARepeatedColumn) {
+  EXPECT_EQ(refusal("track,frame,x,y,x\n"), "1: the header repeats the column \"x\"");
+}
+
+TEST(ReadTracksRefuses, ANumberThatDoesNotParse) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,1,12px,2,1\n"), "3: x must be a number, not \"12px\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,,1\n"), "2: y must be a number, not \"\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5\",1\n"), "2: y must be a number, not \"2,5\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,high\n"), "2: weight must be a number, not \"high\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1e999,2,1\n"), "2: x must be a number, not \"1e999\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,+-1,2,1\n"), "2: x must be a number, not \"+-1\"");
+}
+
+TEST(ReadTracksRefuses, APositionThatIsNotFinite) {
+  EXPECT_EQ(refusal(kHeader + "a,0,nan,2,1\n"), "2: x must be finite, not \"nan\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,-inf,1\n"), "2: y must be finite, not \"-inf\"");
+}
+
+TEST(ReadTracksRefuses, APositionBeyondSinglePrecision) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1e39,2,1\n"), "2: x is too large: \"1e39\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,1,1,-1e300,1\n"), "3: y is too large: \"-1e300\"");
+  const Tracks tracks = read(kHeader + "a,0,3.4e38,-3.4e38,1\n");
+  EXPECT_EQ(tracks.observations.front().x, 3.4e38);
+}
+
+TEST(ReadTracksRefuses, AWeightThatIsNegativeOrNotFinite) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,-0.5\n"), "2: weight must not be negative or NaN: \"-0.5\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,nan\n"), "2: weight must not be negative or NaN: \"nan\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,inf\n"), "2: weight is too large: \"inf\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1e39\n"), "2: weight is too large: \"1e39\"");
+}
+
+TEST(ReadTracksRefuses, AFrameThatIsNotAWholeNumber) {
+  EXPECT_EQ(refusal(kHeader + "a,1.5,1,2,1\n"), "2: frame must be a whole number, not \"1.5\"");
+  EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"),
+            "2: frame must be a whole number, not \"99999999999\"");
+}
+
+TEST(ReadTracksRefuses, FramesThatSpanTooMuch) {
+  EXPECT_EQ(refusal(kHeader + "a,-1,1,2,1\na,1999998,1,2,1\na,1999999,1,2,1\n"),
+            "4: frames -1 to 1999999 span more than 2000000: frame \"1999999\"");
+  EXPECT_EQ(refusal(kHeader + "a,-2147483648,1,2,1\na,2147483647,1,2,1\n").substr(0, 2), "3:");
+}
+
+TEST(ReadTracksRefuses, ATrackTwiceInAFrameNamingBothLines) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\nb,0,1,2,1\n\na,0,1,2,1\n"),
+            "5: track \"a\" is given twice in frame 0, first on line 2");
+}
+
+TEST(ReadTracksRefuses, TheFirstRepeatInTheFile) {
+  EXPECT_EQ(refusal(kHeader + "b,9,1,2,1\nb,9,1,2,1\na,0,1,2,1\na,0,1,2,1\n"),
+            "3: track \"b\" is given twice in frame 9, first on line 2");
+}
+
+TEST(ReadTracksRefuses, ARowOfAnotherLength) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2\n"), "2: the row has 4 fields, the header has 5");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1,\n"), "2: the row has 6 fields, the header has 5");
+}
+
+TEST(ReadTracksRefuses, AnEmptyTrackName) {
+  EXPECT_EQ(refusal(kHeader + ",0,1,2,1\n"), "2: a row needs a track name, not \"\"");
+  EXPECT_EQ(refusal(kHeader + "\"\",0,1,2,1\n"), "2: a row needs a track name, not \"\"");
+}
+
+TEST(ReadTracksRefuses, AQuoteThatIsNeverClosed) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\n\"b,0,1,2,1\nc,0,1,2,1\n"), "3: a quote is never closed");
+}
+
+TEST(ReadTracksRefuses, AStrayQuote) {
+  EXPECT_EQ(refusal(kHeader + "\"a\"b,0,1,2,1\n"), "2: a quote stands where none belongs");
+}
+
+TEST(ReadTracksRefuses, AnEmptyFile) {
+  EXPECT_EQ(refusal(""), " the file is empty");
+  EXPECT_EQ(refusal("\xEF\xBB\xBF\r\n \r\n"), " the file is empty");
+}
+
+TEST(ReadTracksRefuses, AHeaderAlone) {
+  EXPECT_EQ(refusal(kHeader), " there is a header but no track below it");
+}
+
+TEST(ReadTracksRefuses, AMissingFileAndAFolder) {
+  const TemporaryFolder folder;
+  EXPECT_THROW(readTracks(folder / "none.csv"), InputError);
+  try {
+    readTracks(folder.path().string());
+    FAIL();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), folder.path().string() + ": Is a directory");
+  }
+}
+
+TEST(ReadTracksRefuses, AndCutsALongValueBetweenCharacters) {
+  std::string umlauts;
+  for (int i = 0; i < 50; ++i) umlauts += "\u00fc";
+  EXPECT_EQ(refusal(kHeader + "a,0," + umlauts + ",2,1\n"),
+            "2: x must be a number, not \"" + umlauts.substr(0, 60) + "...\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,x" + umlauts + ",2,1\n"),
+            "2: x must be a number, not \"x" + umlauts.substr(0, 58) + "...\"");
+}
+
+TEST(ReadTracksRefuses, AndShowsAwkwardValuesOnOneShortLine) {
+  const std::string text = refusal(kHeader + "a,0,\"1\n2\t" + std::string(1000, 'x') + "\",2,1\n");
+  EXPECT_EQ(text, "2: x must be a number, not \"1?2?" + std::string(56, 'x') + "...\"");
+}
