@@ -26,7 +26,8 @@ std::string unsolvedFrames(const Summary& s) {
   if (s.firstUnsolved.empty()) return {};
   std::string text = "not in full   frame  model        reason\n";
   for (const FrameResult* f : s.firstUnsolved) {
-    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->model), f->reason);
+    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model),
+                        reasonOf(f->verdict));
   }
   const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
   if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);
@@ -34,15 +35,13 @@ std::string unsolvedFrames(const Summary& s) {
 }
 
 // The largest corner of each frame that has a figure: the median of them and the worst.
-std::string deviations(const ShotResult& result, const ShotTrust& trust) {
+std::string deviations(const ShotResult& result) {
   std::vector<std::pair<double, int>> figures;
-  for (std::size_t i = 0; i < trust.frames.size(); ++i) {
-    const auto& d = trust.frames[i].deviations;
+  for (const FrameResult& f : result.frames) {
+    const auto& d = f.figures.deviations;
     const double largest = *std::max_element(d.begin(), d.end());
     const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
-    if (result.frames[i].status != Status::Base && !none) {
-      figures.push_back({largest, result.frames[i].frame});
-    }
+    if (f.verdict.status != Status::Base && !none) figures.push_back({largest, f.frame});
   }
   if (figures.empty()) return {};
   std::sort(figures.begin(), figures.end());
@@ -56,9 +55,9 @@ std::string goodTracks(const ShotResult& result) {
   std::vector<std::pair<double, int>> shares;
   std::array<std::size_t, 3> stages{};
   for (const FrameResult& f : result.frames) {
-    if (f.status != Status::Solved) continue;
-    shares.push_back({100.0 * f.inliers / f.tracks, f.frame});
-    ++stages[static_cast<std::size_t>(f.stage)];
+    if (f.verdict.status != Status::Solved) continue;
+    shares.push_back({100.0 * f.good / f.tracks, f.frame});
+    ++stages[static_cast<std::size_t>(f.verdict.origin.stage)];
   }
   if (shares.empty()) return {};
   std::sort(shares.begin(), shares.end());
@@ -68,9 +67,9 @@ std::string goodTracks(const ShotResult& result) {
                      stages[0], stages[1], stages[2], result.seed);
 }
 
-std::string worstTracks(const ShotTrust& trust) {
+std::string worstTracks(const ShotResult& result) {
   std::string text;
-  for (const WorstTrack& track : trust.worst) {
+  for (const WorstTrack& track : result.worst) {
     if (!track.stretch.standsOut) continue;
     text += fmt::format("{:<14}{}\n", text.empty() ? "worst tracks" : "", describe(track));
   }
@@ -83,27 +82,28 @@ Summary summarise(const ShotResult& result) {
   Summary summary;
   std::vector<const FrameResult*> solved;
   for (const FrameResult& frame : result.frames) {
-    if (frame.status == Status::Solved) solved.push_back(&frame);
-    if (frame.status == Status::Reduced) ++summary.reduced;
-    if (frame.status == Status::Held) ++summary.held;
-    const bool unsolved = frame.status == Status::Reduced || frame.status == Status::Held;
+    if (frame.verdict.status == Status::Solved) solved.push_back(&frame);
+    if (frame.verdict.status == Status::Reduced) ++summary.reduced;
+    if (frame.verdict.status == Status::Held) ++summary.held;
+    const bool unsolved =
+        frame.verdict.status == Status::Reduced || frame.verdict.status == Status::Held;
     if (unsolved && summary.firstUnsolved.size() < kListed) summary.firstUnsolved.push_back(&frame);
   }
   summary.solved = solved.size();
   const auto size = [](const FrameResult* f) {
-    return std::isnan(f->inlierRms) ? HUGE_VAL : f->inlierRms;
+    return std::isnan(f->goodRms) ? HUGE_VAL : f->goodRms;
   };
   std::stable_sort(solved.begin(), solved.end(),
                    [&](const auto* a, const auto* b) { return size(a) > size(b); });
   const double none = std::numeric_limits<double>::quiet_NaN();
-  summary.worstRms = solved.empty() ? none : solved.front()->inlierRms;
-  summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->inlierRms;
+  summary.worstRms = solved.empty() ? none : solved.front()->goodRms;
+  summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->goodRms;
   solved.resize(std::min(solved.size(), kListed));
   summary.worst = solved;
   return summary;
 }
 
-std::string summaryTable(const ShotResult& result, const ShotTrust& trust) {
+std::string summaryTable(const ShotResult& result) {
   const Summary s = summarise(result);
   std::string text =
       fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
@@ -115,13 +115,13 @@ std::string summaryTable(const ShotResult& result, const ShotTrust& trust) {
   if (result.loss != Loss::None) text += goodTracks(result);
   text += fmt::format("RMS residual  median {}, worst {}{}\n", decimals(s.medianRms),
                       decimals(s.worstRms), result.loss == Loss::None ? "" : " of the good tracks");
-  text += deviations(result, trust);
+  text += deviations(result);
   if (!s.worst.empty()) text += "worst frames  frame      RMS  tracks\n";
   for (const FrameResult* f : s.worst) {
-    text += fmt::format("{:>19} {:>8} {:>7}", f->frame, decimals(f->inlierRms), f->tracks);
-    text += f->inliers < f->tracks ? fmt::format(", {} of them good\n", f->inliers) : "\n";
+    text += fmt::format("{:>19} {:>8} {:>7}", f->frame, decimals(f->goodRms), f->tracks);
+    text += f->good < f->tracks ? fmt::format(", {} of them good\n", f->good) : "\n";
   }
-  return text + worstTracks(trust) + unsolvedFrames(s);
+  return text + worstTracks(result) + unsolvedFrames(s);
 }
 
 }  // namespace cornerpin

@@ -6,14 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "shot/solve/shot_solver.h"
-#include "shot/trust/trust.h"
+#include "shot/solve/result.h"
 
 namespace cornerpin {
 
 /// The figures of a solve at a glance. The RMS figures are over the good tracks of the solved
-/// frames
-/// (`FrameResult::inlierRms`): NaN without any.
+/// frames (`FrameResult::goodRms`): NaN without any.
 struct Summary {
   std::size_t solved = 0;
   std::size_t reduced = 0;
@@ -29,7 +27,7 @@ Summary summarise(const ShotResult& result);
 
 /// The summary as a short table for people, several lines. Of the worst tracks it names those that
 /// stand out (`TrackStretch::standsOut`).
-std::string summaryTable(const ShotResult& result, const ShotTrust& trust);
+std::string summaryTable(const ShotResult& result);
 
 }  // namespace cornerpin
 

@@ -4,16 +4,32 @@
 #include <array>
 #include <cmath>
 
+#include "shot/fit/normal_equations.h"
+
 namespace cornerpin {
 
 namespace {
 
+// Damping starts only after a step that did not lower the cost. At its most, steps are so short
+// that no coordinate near 1 changes any more.
 constexpr double kFirstDamping = 1e-4;
 constexpr double kDampingGrowth = 10.0;
 constexpr double kMostDamping = 1e12;
-constexpr double kFewestPivotBits = 1e-14;  // a pivot below this share of its diagonal is noise
 
-constexpr double kNoise = 1e-30;  // of squared residuals, in coordinates near 1
+// A pivot below this share of the diagonal element that it comes from is what rounding left of the
+// difference: some 50 units in the last place.
+constexpr double kLeastPivot = 1e-14;
+
+// A fit ends when the next step would lower the cost by less than this share of it, or by the
+// rounding of squared residuals in coordinates near 1.
+constexpr double kTolerance = 1e-14;
+constexpr double kNoise = 1e-30;
+
+// A cost that grows by no more than this share has grown by the rounding of its own sum.
+constexpr double kRounding = 1e-13;
+
+// A narrow loss may take hundreds of passes, plain squares a handful.
+constexpr int kMostIterations = 1000;
 
 using Three = std::array<double, 3>;
 
@@ -34,7 +50,7 @@ struct Factors {
     l21 = e * r1;
     const double d2 = f - l20 * m[3] - l21 * e;
     r2 = 1.0 / d2;
-    positive = a > 0.0 && d1 > kFewestPivotBits * c && d2 > kFewestPivotBits * f;
+    positive = a > 0.0 && d1 > kLeastPivot * c && d2 > kLeastPivot * f;
   }
 
   Three solve(const Three& b) const {
@@ -58,7 +74,7 @@ struct Step {
   bool found = false;
 };
 
-Step solve(const NormalSums& n, double damping) {
+Step solve(const NormalEquations& n, double damping) {
   Step step;
   const Factors factors(n.mm, damping);
   if (!factors.positive) return step;
@@ -76,7 +92,7 @@ Step solve(const NormalSums& n, double damping) {
   const double b0 = n.gz[0] - dot(bx0, ax) - dot(by0, ay);
   const double b1 = n.gz[1] - dot(bx1, ax) - dot(by1, ay);
   const double determinant = s00 * s11 - s01 * s01;
-  if (!(s00 > kFewestPivotBits * z00) || !(determinant > kFewestPivotBits * z11 * s00)) return step;
+  if (!(s00 > kLeastPivot * z00) || !(determinant > kLeastPivot * z11 * s00)) return step;
   step.z = {(s11 * b0 - s01 * b1) / determinant, (s00 * b1 - s01 * b0) / determinant};
   for (std::size_t i = 0; i < 3; ++i) {
     step.x[i] = ax[i] - cx0[i] * step.z[0] - cx1[i] * step.z[1];
@@ -93,64 +109,51 @@ Homography moved(const Homography& h, const Step& step) {
            {h[2][0] - step.z[0], h[2][1] - step.z[1], h[2][2]}}};
 }
 
-Homography normalised(Homography h) {
-  const double last = h[2][2];
-  for (auto& row : h) {
-    for (double& element : row) element /= last;
-  }
-  return h;
-}
-
 }  // namespace
 
-HomographyFit fitHomography(const Matches& matches, const Homography& start,
-                            const FitOptions& options) {
-  const NormalPass variant = normalSums();
-  const auto pass = [&](const Homography& h, NormalSums& sums) {
-    variant(passInput(matches, h, options.loss, options.width), sums);
+HomographyFit fitHomography(const Matches& matches, const Homography& start, Loss loss,
+                            double width) {
+  const auto sum = [&](const Homography& h) {
+    return normalEquations(matches, matches.squaredWeights(), h, loss, width);
   };
   HomographyFit fit;
-  fit.h = normalised(start);
-  NormalSums sums[2];
-  NormalSums* here = &sums[0];
-  NormalSums* there = &sums[1];
-  pass(fit.h, *here);
+  fit.h = withLastOne(start);
+  NormalEquations here = sum(fit.h);
   fit.iterations = 1;
-  fit.cost = here->cost;
+  fit.cost = here.cost;
   if (!std::isfinite(fit.cost)) return fit;
   double damping = 0.0;
-  while (fit.iterations < options.maxIterations && damping < kMostDamping) {
-    const Step step = solve(*here, damping);
+  while (fit.iterations < kMostIterations && damping < kMostDamping) {
+    const Step step = solve(here, damping);
     if (step.found) {
       const Homography next = moved(fit.h, step);
-      if (damping == 0.0 && step.decrease <= options.tolerance * fit.cost + kNoise * here->mm[5]) {
+      if (damping == 0.0 && step.decrease <= kTolerance * fit.cost + kNoise * here.mm[5]) {
         // Too little to measure: taken on trust.
         fit.converged = true;
         fit.h = next;
         fit.cost -= std::fmax(step.decrease, 0.0);
         return fit;
       }
-      pass(next, *there);
+      const NormalEquations there = sum(next);
       ++fit.iterations;
-      if (there->cost < fit.cost) {
+      if (there.cost < fit.cost) {
         fit.h = next;
-        fit.cost = there->cost;
-        std::swap(here, there);
+        fit.cost = there.cost;
+        here = there;
         damping = damping > kFirstDamping ? damping / kDampingGrowth : 0.0;
         continue;
       }
-      if (there->cost - fit.cost <= 1e-13 * fit.cost) break;  // the sum's own rounding
+      if (there.cost - fit.cost <= kRounding * fit.cost) break;
     }
     damping = damping == 0.0 ? kFirstDamping : damping * kDampingGrowth;
   }
-  fit.converged = damping < kMostDamping && fit.iterations < options.maxIterations;
+  fit.converged = damping < kMostDamping && fit.iterations < kMostIterations;
   return fit;
 }
 
-bool gaussNewtonStep(const Matches& matches, const Homography& h, Homography& next) {
-  NormalSums sums;
-  normalSums()(passInput(matches, h, Loss::None, 0.0), sums);
-  const Step step = solve(sums, 0.0);
+bool gaussNewtonStep(const Matches& matches, const std::vector<double>& squaredWeights,
+                     const Homography& h, Homography& next) {
+  const Step step = solve(normalEquations(matches, squaredWeights, h, Loss::None, 0.0), 0.0);
   if (!step.found) return false;
   next = moved(h, step);
   return true;

@@ -2,30 +2,23 @@
 #ifndef SHOT_FIT_HOMOGRAPHY_FIT_H
 #define SHOT_FIT_HOMOGRAPHY_FIT_H
 
+#include <vector>
+
+#include "shot/fit/loss.h"
 #include "shot/fit/matches.h"
-#include "shot/fit/normal_equations.h"
-#include "shot/plane/similarity.h"
+#include "shot/plane/homography.h"
 
 namespace cornerpin {
 
-struct FitOptions {
-  Loss loss = Loss::None;
-  double width = 0.0;  ///< the residual at which the loss bends; unused without one
-  /// The fit ends when the next step would lower the cost by less than this share of it.
-  double tolerance = 1e-14;
-  int maxIterations = 1000;  ///< a narrow loss may take hundreds, plain squares a handful
-};
-
 struct HomographyFit {
-  Homography h{};      ///< the last element is 1
-  double cost = 0.0;   ///< sum of w^2 loss(r); for Loss::None the weighted squares
-  int iterations = 0;  ///< passes over the matches
-  bool converged =
-      false;  ///< false when `maxIterations` or the damping ran out; h is the best seen
+  Homography h{};          ///< the last element is 1
+  double cost = 0.0;       ///< sum of w^2 loss(r); for Loss::None the weighted squares
+  int iterations = 0;      ///< passes over the matches
+  bool converged = false;  ///< false when the iterations or the damping ran out; h is the best seen
 };
 
 /// The transform that minimises the sum of w^2 loss(r) over the matches, near `start`, r being the
-/// distance between a match's `to` and the image of its `from`.
+/// distance between a match's present place and the image of its base place.
 ///
 /// Gauss-Newton on the reweighted squares in double precision, with the closed-form derivatives of
 /// the eight parameters; the diagonal is damped (Levenberg-Marquardt) only after a step that does
@@ -37,12 +30,16 @@ struct HomographyFit {
 /// A match on or behind the horizon is infinitely far away: no step goes there, except with
 /// Loss::Tukey, which ignores what is far. The cost is infinite when `start` already puts one
 /// there.
-HomographyFit fitHomography(const Matches& matches, const Homography& start,
-                            const FitOptions& options = {});
+///
+/// \param width  the residual at which the loss bends; unused without one
+HomographyFit fitHomography(const Matches& matches, const Homography& start, Loss loss = Loss::None,
+                            double width = 0.0);
 
 /// One undamped Gauss-Newton step of the plain weighted squares from h, whose last element is 1.
 /// False where the matches do not fix the transform.
-bool gaussNewtonStep(const Matches& matches, const Homography& h, Homography& next);
+/// \param squaredWeights  instead of the matches' own; as `normalEquations` takes them
+bool gaussNewtonStep(const Matches& matches, const std::vector<double>& squaredWeights,
+                     const Homography& h, Homography& next);
 
 }  // namespace cornerpin
 

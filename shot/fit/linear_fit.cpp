@@ -3,17 +3,18 @@
 
 #include <limits>
 
+#include "shot/plane/similarity.h"
 #include "shot/plane/symmetric_eigen.h"
 
 namespace cornerpin {
 
-Homography linearFit(const std::vector<Point>& from, const std::vector<Point>& to) {
-  const Conditioning a = Conditioning::fitting(from);
-  const Conditioning b = Conditioning::fitting(to);
+Homography linearFit(const Matches& matches) {
+  const Similarity a = Similarity::fitting(matches.base());
+  const Similarity b = Similarity::fitting(matches.present());
   NormalMatrix<9> normal;
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    const Point p = a.apply(from[i]);
-    const Point q = b.apply(to[i]);
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const Point p = a.apply(matches.base()[i]);
+    const Point q = b.apply(matches.present()[i]);
     normal.add({p.x, p.y, 1.0, 0.0, 0.0, 0.0, -q.x * p.x, -q.x * p.y, -q.x});
     normal.add({0.0, 0.0, 0.0, p.x, p.y, 1.0, -q.y * p.x, -q.y * p.y, -q.y});
   }
@@ -22,7 +23,7 @@ Homography linearFit(const std::vector<Point>& from, const std::vector<Point>& t
   for (std::size_t i = 0; i < 9; ++i) {
     h[i / 3][i % 3] = found ? normal.elements[i] : std::numeric_limits<double>::quiet_NaN();
   }
-  return unconditioned(h, a, b);
+  return denormalised(h, a, b);
 }
 
 }  // namespace cornerpin

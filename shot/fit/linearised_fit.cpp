@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/fit/linearised_fit.h"
 
+#include <algorithm>
 #include <cstddef>
 
 extern "C" void dpotrf_(const char* triangle, const int* n, double* a, const int* lda, int* info,
@@ -17,10 +18,6 @@ constexpr std::size_t kSize = 8;
 // By how much more than alone a parameter may vary beside the others: from there on, no more than
 // three digits of the inverse are left.
 constexpr double kMostInflation = 1e12;
-
-Homography conditioned(const Homography& h, const Conditioning& from, const Conditioning& to) {
-  return unconditioned(h, from.inverse(), to.inverse());
-}
 
 // The slopes of x and y at p; `h` matters to the projective model alone.
 Slopes slopesOf(Model model, const Homography& h, Point p) {
@@ -56,29 +53,30 @@ double dot(const Parameters& a, const Parameters& b) {
   return sum;
 }
 
-LinearisedFit::LinearisedFit(const FittedFrame& frame) : model_(frame.model), kept_(frame.kept) {
-  std::vector<Point> from;
-  std::vector<Point> to;
-  for (const Match& m : frame.matches) {
-    if (!(m.weight > 0.0)) continue;
-    from.push_back(map(kept_, m.from));
-    to.push_back(m.to);
+LinearisedFit::LinearisedFit(const Matches& matches, const FittedFrame& frame)
+    : model_(frame.model), kept_(frame.kept) {
+  Points from;
+  Points to;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    if (!(frame.weights[i] > 0.0)) continue;
+    from.add(map(kept_, matches.base()[i]));
+    to.add(matches.present()[i]);
   }
   if (from.empty()) return;
-  from_ = Conditioning::fitting(from);
-  to_ = Conditioning::fitting(to);
-  fitted_ = conditioned(frame.h, from_, to_);
-  invert(frame.matches);
+  from_ = Similarity::fitting(from);
+  to_ = Similarity::fitting(to);
+  fitted_ = normalised(frame.h, from_, to_);
+  invert(matches.base(), frame.weights);
 }
 
-void LinearisedFit::invert(const std::vector<Match>& matches) {
-  double largest = 0.0;  // taken out of the weights, whose squares could overflow
-  for (const Match& m : matches) largest = m.weight > largest ? m.weight : largest;
+void LinearisedFit::invert(const Points& base, const std::vector<double>& weights) {
+  // The largest weight is taken out: squares could overflow.
+  const double largest = *std::max_element(weights.begin(), weights.end());
   for (std::size_t i = 2 * tracksFor(model_); i < kSize; ++i) inverse_[i * kSize + i] = 1.0;
-  for (const Match& m : matches) {
-    if (!(m.weight > 0.0)) continue;
-    const double w = m.weight / largest;
-    const Slopes s = slopesAt(m.from);
+  for (std::size_t k = 0; k < base.size(); ++k) {
+    if (!(weights[k] > 0.0)) continue;
+    const double w = weights[k] / largest;
+    const Slopes s = slopesAt(base[k]);
     for (std::size_t j = 0; j < kSize; ++j) {
       for (std::size_t i = 0; i <= j; ++i) {
         inverse_[j * kSize + i] += w * w * (s.x[i] * s.x[j] + s.y[i] * s.y[j]);

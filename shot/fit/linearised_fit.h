@@ -7,17 +7,18 @@
 
 #include "shot/fit/matches.h"
 #include "shot/fit/model.h"
+#include "shot/plane/homography.h"
 #include "shot/plane/similarity.h"
 
 namespace cornerpin {
 
-/// A frame as it was fitted: `h` is the model's transform behind `kept`, which is the neighbour's
-/// where the model was fitted on top of it, and else the identity.
+/// How a frame's matches were fitted: `h` is the model's transform behind `kept`, which is the
+/// neighbour's where the model was fitted on top of it, and else the identity.
 struct FittedFrame {
   Model model = Model::Projective;
-  Homography kept = kIdentityTransform;
-  Homography h = kIdentityTransform;
-  std::vector<Match> matches;  ///< with the weights of the last step of the fit
+  Homography kept = kIdentity;
+  Homography h = kIdentity;
+  std::vector<double> weights;  ///< of each match in the last step of the fit
 };
 
 using Parameters = std::array<double, 8>;
@@ -44,7 +45,7 @@ struct Symmetric2 {
 /// pixels would leave A without a usable inverse.
 class LinearisedFit {
  public:
-  explicit LinearisedFit(const FittedFrame& frame);
+  LinearisedFit(const Matches& matches, const FittedFrame& frame);
 
   /// False when the tracks of a weight above 0 do not fix the parameters, or so weakly (also by
   /// weights a million times smaller than others) that A has no inverse in double precision; the
@@ -64,13 +65,13 @@ class LinearisedFit {
   Point displacement(Point base, const Parameters& step) const;
 
  private:
-  void invert(const std::vector<Match>& matches);
+  void invert(const Points& base, const std::vector<double>& weights);
 
   Model model_;
   Homography kept_;
-  Conditioning from_;
-  Conditioning to_;
-  Homography fitted_;                 // of a projective model, between conditioned coordinates
+  Similarity from_;
+  Similarity to_;
+  Homography fitted_;                 // of a projective model, between normalised coordinates
   std::array<double, 64> inverse_{};  // of A; the identity beyond the model's parameters
   bool determined_ = false;
 };

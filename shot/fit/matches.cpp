@@ -3,21 +3,33 @@
 
 namespace cornerpin {
 
-void Matches::add(const Match& match) {
-  if (size_ == x_.size()) {
-    for (std::vector<double>* array : {&x_, &y_, &u_, &v_, &w_, &w2_}) array->resize(size_ + 4);
-  }
-  x_[size_] = match.from.x;
-  y_[size_] = match.from.y;
-  u_[size_] = match.to.x;
-  v_[size_] = match.to.y;
-  w_[size_] = match.weight;
-  w2_[size_] = match.weight * match.weight;
-  ++size_;
+Matches::Matches(std::initializer_list<Match> matches) {
+  for (const Match& match : matches) add(match);
 }
 
-void Matches::reweight(const std::vector<double>& factors) {
-  for (std::size_t i = 0; i < size_; ++i) w2_[i] = w_[i] * w_[i] * factors[i];
+void Matches::add(const Match& match) {
+  base_.add(match.base);
+  present_.add(match.present);
+  squaredWeights_.resize(base_.paddedSize());
+  squaredWeights_[size()] = match.weight * match.weight;
+  weights_.push_back(match.weight);
+  tracks_.push_back(match.track);
+}
+
+Matches Matches::subset(const std::vector<bool>& chosen) const {
+  Matches result;
+  for (std::size_t i = 0; i < size(); ++i) {
+    if (chosen[i]) result.add((*this)[i]);
+  }
+  return result;
+}
+
+Matches Matches::in(const Similarity& unit) const {
+  Matches result;
+  for (std::size_t i = 0; i < size(); ++i) {
+    result.add({unit.apply(base_[i]), unit.apply(present_[i]), weights_[i], tracks_[i]});
+  }
+  return result;
 }
 
 }  // namespace cornerpin

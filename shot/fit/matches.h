@@ -3,47 +3,58 @@
 #define SHOT_FIT_MATCHES_H
 
 #include <cstddef>
+#include <initializer_list>
 #include <vector>
 
+#include "shot/plane/points.h"
 #include "shot/plane/similarity.h"
 
 namespace cornerpin {
 
-/// A point's place in the base frame, its place in a frame and its weight, which multiplies the
-/// residual: the cost is w^2 r^2.
+/// A track's place in the base frame, its place in the present one and its weight there, which
+/// multiplies the residual: the cost is w^2 r^2.
 struct Match {
-  Point from;
-  Point to;
+  Point base;
+  Point present;
   double weight = 1.0;
+  int track = 0;  ///< its index
 };
 
-/// Matches, one array per number, as the fit reads them: four at a time. Fits work best on
-/// coordinates near -1 .. 1 (`Conditioning`).
+/// The matches of a frame, one array for each number: what a frame is fitted to and judged by. All
+/// places are in one unit, which the name of the variable says: `file` for the file's, `fit` for
+/// the one in which the base frame's tracks reach from -1 to 1.
 class Matches {
  public:
-  void clear() { *this = {}; }
+  Matches() = default;
+  Matches(std::initializer_list<Match> matches);
+
   void add(const Match& match);
 
-  /// Multiplies the squared weights by one factor per match; earlier factors no longer count.
-  void reweight(const std::vector<double>& factors);
+  std::size_t size() const { return tracks_.size(); }
+  bool empty() const { return tracks_.empty(); }
+  Match operator[](std::size_t i) const { return {base_[i], present_[i], weights_[i], tracks_[i]}; }
 
-  std::size_t size() const { return size_; }
-  Match operator[](std::size_t i) const { return {{x_[i], y_[i]}, {u_[i], v_[i]}, w_[i]}; }
-  Point from(std::size_t i) const { return {x_[i], y_[i]}; }
-  Point to(std::size_t i) const { return {u_[i], v_[i]}; }
+  const Points& base() const { return base_; }
+  const Points& present() const { return present_; }
+  const std::vector<double>& weights() const { return weights_; }
+  const std::vector<int>& tracks() const { return tracks_; }
 
-  /// The arrays: a whole number of fours, filled up with matches of weight 0 at the origin. `w2`
-  /// holds the squared weights.
-  std::size_t paddedSize() const { return x_.size(); }
-  const double* x() const { return x_.data(); }
-  const double* y() const { return y_.data(); }
-  const double* u() const { return u_.data(); }
-  const double* v() const { return v_.data(); }
-  const double* w2() const { return w2_.data(); }
+  /// The squared weights: filled up with zeros as `Points` is, so that what stands behind the last
+  /// match counts for nothing.
+  const std::vector<double>& squaredWeights() const { return squaredWeights_; }
+
+  /// Those of the matches for which `chosen` holds, in their order.
+  Matches subset(const std::vector<bool>& chosen) const;
+
+  /// The same matches in another unit.
+  Matches in(const Similarity& unit) const;
 
  private:
-  std::size_t size_ = 0;
-  std::vector<double> x_, y_, u_, v_, w_, w2_;
+  Points base_;
+  Points present_;
+  std::vector<double> weights_;
+  std::vector<double> squaredWeights_;
+  std::vector<int> tracks_;
 };
 
 }  // namespace cornerpin

@@ -3,6 +3,10 @@
 
 namespace cornerpin {
 
-void normalSumsAvx2(const PassInput& in, NormalSums& out) { anyPass(in, out); }
+void normalEquationsAvx2(const NormalEquationsInput& in, NormalEquations& out);
+
+void normalEquationsAvx2(const NormalEquationsInput& in, NormalEquations& out) {
+  sumNormalEquations(in, out);
+}
 
 }  // namespace cornerpin

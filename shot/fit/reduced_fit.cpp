@@ -4,8 +4,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
-#include "shot/fit/linearised_fit.h"
+#include "shot/fit/residuals.h"
 
 namespace cornerpin {
 
@@ -14,32 +15,40 @@ namespace {
 // Below this share of the tracks' distance to their mean, an RMS residual is rounding.
 constexpr double kExact = 1e-9;
 
-// Sums over the matches around their weighted means; `from` points are p, `to` points q.
+// Weights over the largest of them, squared: sums of squares could overflow.
+std::vector<double> relativeSquares(const std::vector<double>& weights) {
+  const double largest = *std::max_element(weights.begin(), weights.end());
+  std::vector<double> result;
+  for (double weight : weights) result.push_back((weight / largest) * (weight / largest));
+  return result;
+}
+
+// Sums over the matches around their weighted means; base places are p, present ones q = (u, v).
 struct Moments {
-  Point meanFrom;
-  Point meanTo;
+  Point meanBase;
+  Point meanPresent;
   double weight = 0.0;
   double xx = 0.0, xy = 0.0, yy = 0.0;            // of p with p
-  double xu = 0.0, yu = 0.0, xv = 0.0, yv = 0.0;  // of p with q = (u, v)
-  double spreadTo = 0.0;                          // of q with q
+  double xu = 0.0, yu = 0.0, xv = 0.0, yv = 0.0;  // of p with q
+  double spreadPresent = 0.0;                     // of q with q
 };
 
-Moments momentsOf(const std::vector<Match>& matches) {
-  double largest = 0.0;
-  for (const Match& m : matches) largest = std::max(largest, m.weight);
+Moments momentsOf(const Matches& matches, const std::vector<double>& squaredWeights) {
   Moments s;
-  for (const Match& m : matches) {
-    const double w = (m.weight / largest) * (m.weight / largest);
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const Match m = matches[i];
+    const double w = squaredWeights[i];
     s.weight += w;
-    s.meanFrom = {s.meanFrom.x + w * m.from.x, s.meanFrom.y + w * m.from.y};
-    s.meanTo = {s.meanTo.x + w * m.to.x, s.meanTo.y + w * m.to.y};
+    s.meanBase = {s.meanBase.x + w * m.base.x, s.meanBase.y + w * m.base.y};
+    s.meanPresent = {s.meanPresent.x + w * m.present.x, s.meanPresent.y + w * m.present.y};
   }
-  s.meanFrom = {s.meanFrom.x / s.weight, s.meanFrom.y / s.weight};
-  s.meanTo = {s.meanTo.x / s.weight, s.meanTo.y / s.weight};
-  for (const Match& m : matches) {
-    const double w = (m.weight / largest) * (m.weight / largest);
-    const Point p = {m.from.x - s.meanFrom.x, m.from.y - s.meanFrom.y};
-    const Point q = {m.to.x - s.meanTo.x, m.to.y - s.meanTo.y};
+  s.meanBase = {s.meanBase.x / s.weight, s.meanBase.y / s.weight};
+  s.meanPresent = {s.meanPresent.x / s.weight, s.meanPresent.y / s.weight};
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const Match m = matches[i];
+    const double w = squaredWeights[i];
+    const Point p = {m.base.x - s.meanBase.x, m.base.y - s.meanBase.y};
+    const Point q = {m.present.x - s.meanPresent.x, m.present.y - s.meanPresent.y};
     s.xx += w * p.x * p.x;
     s.xy += w * p.x * p.y;
     s.yy += w * p.y * p.y;
@@ -47,15 +56,15 @@ Moments momentsOf(const std::vector<Match>& matches) {
     s.yu += w * p.y * q.x;
     s.xv += w * p.x * q.y;
     s.yv += w * p.y * q.y;
-    s.spreadTo += w * (q.x * q.x + q.y * q.y);
+    s.spreadPresent += w * (q.x * q.x + q.y * q.y);
   }
   return s;
 }
 
 // The linear part {{a, b}, {c, d}} around the means.
 Homography around(const Moments& s, double a, double b, double c, double d) {
-  return {{{a, b, s.meanTo.x - a * s.meanFrom.x - b * s.meanFrom.y},
-           {c, d, s.meanTo.y - c * s.meanFrom.x - d * s.meanFrom.y},
+  return {{{a, b, s.meanPresent.x - a * s.meanBase.x - b * s.meanBase.y},
+           {c, d, s.meanPresent.y - c * s.meanBase.x - d * s.meanBase.y},
            {0.0, 0.0, 1.0}}};
 }
 
@@ -80,80 +89,42 @@ struct Candidate {
   bool counts() const { return std::isfinite(cost); }
 };
 
-std::vector<Match> carriedBy(const Homography& kept, std::vector<Match> matches) {
-  for (Match& m : matches) m.from = map(kept, m.from);
-  return matches;
-}
-
-std::vector<Point> basePoints(const std::vector<Match>& matches) {
-  std::vector<Point> points;
-  points.reserve(matches.size());
-  for (const Match& m : matches) points.push_back(m.from);
-  return points;
+Matches carriedBy(const Homography& kept, const Matches& matches) {
+  Matches carried;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const Match m = matches[i];
+    carried.add({map(kept, m.base), m.present, m.weight, m.track});
+  }
+  return carried;
 }
 
 // The model fitted on top of `kept`; without a finite cost where that makes no transform.
-Candidate fitOnTop(const std::vector<Match>& matches, Model model, const Homography& kept) {
+Candidate fitOnTop(const Matches& matches, Model model, const Homography& kept) {
   Candidate result;
-  if (!onOneSide(kept, basePoints(matches))) return result;
-  const std::vector<Match> carried = carriedBy(kept, matches);
-  const Moments moments = momentsOf(carried);
+  if (!onOneSide(kept, matches.base())) return result;
+  const Matches carried = carriedBy(kept, matches);
+  const std::vector<double> squaredWeights = relativeSquares(matches.weights());
+  const Moments moments = momentsOf(carried, squaredWeights);
   const Homography m = fitModel(moments, model);
   result.h = product(m, kept);
   if (!isFinite(result.h) || !(m[0][0] * m[1][1] - m[0][1] * m[1][0] > 0.0)) return result;
-  double largest = 0.0;
-  for (const Match& match : carried) largest = std::max(largest, match.weight);
   result.cost = 0.0;
-  for (const Match& match : carried) {
-    const double w = match.weight / largest;
-    result.cost += w * w * squaredDistance(map(m, match.from), match.to);
+  for (std::size_t i = 0; i < carried.size(); ++i) {
+    result.cost += squaredWeights[i] * squaredResidual(carried[i], m);
   }
   const double reach =
-      moments.spreadTo + moments.weight * squaredDistance(moments.meanTo, {0.0, 0.0});
+      moments.spreadPresent + moments.weight * squaredDistance(moments.meanPresent, {0.0, 0.0});
   result.exact = result.cost <= kExact * kExact * reach;
   return result;
 }
 
 }  // namespace
 
-Quad squareAround(const std::vector<Point>& points) {
-  const Conditioning box = Conditioning::fitting(points);
-  const double half = 1.0 / box.scale;
-  const auto corner = [&](double x, double y) {
-    return Point{box.centre.x + x * half, box.centre.y + y * half};
-  };
-  return {corner(-1, -1), corner(1, -1), corner(1, 1), corner(-1, 1)};
-}
-
-double noiseGain(Model model, const std::vector<Point>& points, const Quad& corners) {
-  constexpr double kNone = std::numeric_limits<double>::infinity();
-  if (points.size() < tracksFor(model)) return kNone;
-  FittedFrame frame;
-  frame.model = model;
-  for (const Point& p : points) frame.matches.push_back({p, p, 1.0});
-  const LinearisedFit fit(frame);
-  if (!fit.isDetermined()) return kNone;
-  double worst = 0.0;
-  for (const Point& corner : corners) {
-    const double square = fit.responseAt(corner).trace() / 2.0;
-    if (!(square >= 0.0)) return kNone;
-    worst = std::max(worst, square);
-  }
-  return std::sqrt(worst);
-}
-
-Model supportedModel(const std::vector<Point>& points, const Quad& corners, Model highest) {
-  for (Model model : {Model::Projective, Model::Affine, Model::Similarity}) {
-    if (model <= highest && noiseGain(model, points, corners) <= kLargestGain) return model;
-  }
-  return points.empty() ? Model::Held : std::min(highest, Model::Translation);
-}
-
-LadderFit fitLadder(const std::vector<Match>& matches, Model model, const Homography& neighbour) {
+ReducedFit fitReduced(const Matches& matches, Model model, const Homography& neighbour) {
   for (Model lower : {Model::Affine, Model::Similarity, Model::Translation}) {
     if (lower > model || matches.size() < tracksFor(lower)) continue;
     const Candidate onTop = fitOnTop(matches, lower, neighbour);
-    const Candidate alone = fitOnTop(matches, lower, kIdentityTransform);
+    const Candidate alone = fitOnTop(matches, lower, kIdentity);
     const bool clearly = alone.counts() && !onTop.exact && alone.cost < onTop.cost / 2;
     if (clearly) return {lower, alone.h, false};
     if (onTop.counts()) return {lower, onTop.h, true};

@@ -2,63 +2,37 @@
 #ifndef SHOT_PLANE_SIMILARITY_H
 #define SHOT_PLANE_SIMILARITY_H
 
-#include <array>
-#include <vector>
+#include "shot/plane/homography.h"
+#include "shot/plane/points.h"
 
 namespace cornerpin {
 
-struct Point {
-  double x = 0.0;
-  double y = 0.0;
-};
-
-/// Four corners, in order around.
-using Quad = std::array<Point, 4>;
-
-/// A 3 x 3 projective transform by rows; points are columns (x, y, 1).
-using Homography = std::array<std::array<double, 3>, 3>;
-
-/// The point's image. The third coordinate is `denominator`: 0 on the transform's horizon, and of
-/// different signs on its two sides.
-Point map(const Homography& h, Point p);
-double denominator(const Homography& h, Point p);
-
-double squaredDistance(Point a, Point b);
-
-bool isFinite(const Homography& h);
-
-/// Whether all the points (at least one) lie strictly on one side of the horizon.
-bool onOneSide(const Homography& h, const std::vector<Point>& points);
-
-/// The transform b, then a.
-Homography product(const Homography& a, const Homography& b);
-
-constexpr Homography kIdentityTransform = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
-
-/// The points without the far-off ones: those up to four times the median distance from the median
-/// point. All of them where that would leave out more than a quarter, as a dense group beside a
-/// sparse one does.
-std::vector<Point> withoutFarOff(const std::vector<Point>& points);
-
-/// The similarity p -> scale * (p - centre) between the caller's coordinates and those in which
-/// the solver works best. One scale for both axes: a least-squares optimum stays one.
-struct Conditioning {
+/// The similarity p -> scale * (p - centre) between two units. One scale for both axes: a
+/// least-squares optimum stays one.
+struct Similarity {
   /// Carries the box around the points (at least one) onto -1 .. 1 in its longer direction, its
-  /// centre onto 0; the scale is 1 when the points coincide.
-  static Conditioning fitting(const std::vector<Point>& points);
+  /// centre onto 0; the scale is 1 when the points coincide. Solvers work best on such numbers.
+  static Similarity fitting(const Points& points);
 
   Point apply(Point p) const { return {scale * (p.x - centre.x), scale * (p.y - centre.y)}; }
 
   /// The way back.
-  Conditioning inverse() const { return {{-scale * centre.x, -scale * centre.y}, 1.0 / scale}; }
+  Similarity inverse() const { return {{-scale * centre.x, -scale * centre.y}, 1.0 / scale}; }
 
   Point centre;
   double scale = 1.0;
 };
 
-/// inv(to) * h * from, divided by its last element: h between conditioned coordinates, turned into
-/// the same transform between the callers'.
-Homography unconditioned(const Homography& h, const Conditioning& from, const Conditioning& to);
+/// The square around the box of the points (at least one), which `Similarity::fitting` carries onto
+/// -1 .. 1: what a fit has to carry well, not only the strip or patch that its tracks lie in.
+Quad squareAround(const Points& points);
+
+/// A transform between the units that `from` and `to` lead to, as the same transform between those
+/// that they start from: inv(to) * h * from, divided by its last element.
+Homography denormalised(const Homography& h, const Similarity& from, const Similarity& to);
+
+/// The way back: to * h * inv(from), divided by its last element.
+Homography normalised(const Homography& h, const Similarity& from, const Similarity& to);
 
 }  // namespace cornerpin
 

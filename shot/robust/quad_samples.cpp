@@ -11,18 +11,27 @@ namespace cornerpin {
 
 namespace {
 
-constexpr std::size_t kGrowth = 10;  // samples per match that joins the confident group
-constexpr std::size_t kFewest = 50;
-constexpr double kThinnest = 1e-4;  // twice a triangle's area, in conditioned units
+// The confident group: one more than a sample needs, so that it is never the same four, and a match
+// more for every ten samples.
+constexpr std::size_t kFirstGroup = 5;
+constexpr std::size_t kGrowth = 10;
 
-using Corners = std::array<Point, 4>;
+// Samples to draw even where nearly all matches are good: errors of four good ones may be large.
+constexpr std::size_t kFewest = 50;
+constexpr double kChance = 1e-3;  // of having missed a sample of good matches alone
+// From here on the formula gives fewer than two samples, then divides by log 0.
+constexpr double kNearlyCertain = 0.99;
+
+// Twice the area of the thinnest triangle, where the surface is 2 wide: three places within half a
+// ten-thousandth of one line leave the transform to their errors.
+constexpr double kThinnest = 1e-4;
 
 double twiceArea(Point a, Point b, Point c) {
   return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
 // A camera keeps the sense of every triangle that lies in front of it.
-bool seenAlike(const Corners& from, const Corners& to) {
+bool seenAlike(const Quad& from, const Quad& to) {
   for (std::size_t i = 0; i < 4; ++i) {
     const std::size_t j = (i + 1) % 4;
     const std::size_t k = (i + 2) % 4;
@@ -37,7 +46,7 @@ bool seenAlike(const Corners& from, const Corners& to) {
 
 LvVector2<double> corner(Point p) { return LvVector2<double>(p.x, p.y); }
 
-Homography quadToQuad(const Corners& from, const Corners& to) {
+Homography quadToQuad(const Quad& from, const Quad& to) {
   LvMatrix44Tmpl<double> m;
   MComputeQuadToQuadProjectionMatrix(corner(from[0]), corner(from[1]), corner(from[2]),
                                      corner(from[3]), corner(to[0]), corner(to[1]), corner(to[2]),
@@ -56,6 +65,7 @@ QuadSamples::QuadSamples(const Matches& matches, const std::vector<double>& conf
                          std::uint64_t seed)
     : matches_(matches), order_(matches.size()), random_(seed) {
   std::iota(order_.begin(), order_.end(), std::size_t{0});
+  if (confidence.empty()) return;
   std::stable_sort(order_.begin(), order_.end(),
                    [&](std::size_t a, std::size_t b) { return confidence[a] > confidence[b]; });
 }
@@ -65,7 +75,7 @@ std::size_t QuadSamples::below(std::size_t bound) {
 }
 
 bool QuadSamples::draw(Homography& h) {
-  const std::size_t group = std::min(order_.size(), 5 + drawn_ / kGrowth);
+  const std::size_t group = std::min(order_.size(), kFirstGroup + drawn_ / kGrowth);
   const std::size_t pool = drawn_ % 2 == 0 ? group : order_.size();
   ++drawn_;
   std::array<std::size_t, 4> chosen{};
@@ -74,11 +84,11 @@ bool QuadSamples::draw(Homography& h) {
       chosen[i] = below(pool);
     } while (std::find(chosen.begin(), chosen.begin() + i, chosen[i]) != chosen.begin() + i);
   }
-  Corners from;
-  Corners to;
+  Quad from;
+  Quad to;
   for (std::size_t i = 0; i < 4; ++i) {
-    from[i] = matches_.from(order_[chosen[i]]);
-    to[i] = matches_.to(order_[chosen[i]]);
+    from[i] = matches_.base()[order_[chosen[i]]];
+    to[i] = matches_.present()[order_[chosen[i]]];
   }
   if (!seenAlike(from, to)) return false;
   h = quadToQuad(from, to);
@@ -88,9 +98,10 @@ bool QuadSamples::draw(Homography& h) {
 std::size_t QuadSamples::needed(std::size_t good, std::size_t count) {
   const double share = static_cast<double>(good) / static_cast<double>(count);
   const double all = share * share * share * share;
-  if (all > 0.99) return kFewest;
-  const double samples = std::log(1e-3) / std::log1p(-all);
-  return std::clamp(static_cast<std::size_t>(std::min(samples, 1e9)), kFewest, kMost);
+  if (all > kNearlyCertain) return kFewest;
+  const double samples = std::log(kChance) / std::log1p(-all);  // infinite without a good one
+  return samples < static_cast<double>(kMost) ? std::max(static_cast<std::size_t>(samples), kFewest)
+                                              : kMost;
 }
 
 }  // namespace cornerpin

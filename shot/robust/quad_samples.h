@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "shot/fit/matches.h"
-#include "shot/plane/similarity.h"
+#include "shot/plane/homography.h"
 
 namespace cornerpin {
 

@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "shot/fit/linearised_fit.h"
+#include "shot/fit/matches.h"
 #include "shot/plane/similarity.h"
 
 namespace cornerpin {
 
 /// What one track does to the fit of one frame.
 struct TrackInfluence {
+  int track = 0;          ///< its index
   double residual = 0.0;  ///< distance between the track and where the transform carries it
   double weight = 0.0;    ///< its final one; 0 where nothing was fitted
   /// Half the trace of its block of the hat matrix: the share of its own place that the fit takes
@@ -25,64 +27,8 @@ struct TrackInfluence {
 /// For each match, in their order. The influence is one step of the fit with the track's two rows
 /// taken out of the normal matrix: exact for models below the projective one, for that one as good
 /// as the fit is linear over the step. The other tracks keep their weights.
-std::vector<TrackInfluence> influencesOf(const FittedFrame& frame, const Quad& corners);
-
-/// A track over a stretch of frames.
-struct TrackStretch {
-  int track = 0;
-  int first = 0;
-  int last = 0;
-  int peak = 0;        ///< the frame of its greatest influence
-  double moves = 0.0;  ///< that influence
-  /// Its residual in that frame, in deviations of the tracks' ordinary ones; NaN among too few.
-  double off = 0.0;
-  bool standsOut = false;  ///< as `WorstTracks` says
-};
-
-/// Gathers the tracks with the greatest influence of each frame and joins them over frames.
-///
-/// Every fit moves without one of its tracks, even far where that one stands alone. A track stands
-/// out in a frame of at least `kFewest` tracks when noise does not explain it and it matters: its
-/// residual is more than `kUnlikely` deviations, as one good track in 60 million, and it moves the
-/// worst corner far enough to be seen.
-///
-/// The deviation is that of one coordinate, from the median residual of the frame or the median
-/// frame's, whichever is larger: far-off tracks are not the measure that excuses them, nor are the
-/// few of one frame that happen to agree the measure that accuses the rest. A residual counts as if
-/// the fit had not come towards its track: over the root of 1 less the leverage.
-class WorstTracks {
- public:
-  /// \param visible  the least move of a corner that stands out
-  explicit WorstTracks(double visible) : visible_(visible) {}
-
-  /// Frames in increasing order, each once; tracks of NaN or no influence are passed over.
-  void addFrame(int frame, const std::vector<int>& tracks,
-                const std::vector<TrackInfluence>& influences);
-
-  /// At most `count` stretches, those that stand out first, greatest influence first. A stretch
-  /// reaches from its peak over the frames next to each other in which the track is among the
-  /// `kPerFrame` greatest and moves the corner at least half as far; no frame of a track is in two
-  /// of them.
-  std::vector<TrackStretch> worst(std::size_t count) const;
-
-  static constexpr std::size_t kPerFrame = 5;
-  static constexpr std::size_t kFewest = 6;
-  static constexpr double kUnlikely = 6.0;
-
- private:
-  struct Entry {
-    int track;
-    int frame;
-    double moves;
-    double residual;
-    double deviation;  // of the frame's residuals
-  };
-  TrackStretch judged(const Entry& entry, double usual) const;
-
-  double visible_;
-  std::vector<Entry> entries_;
-  std::vector<double> deviations_;  // of the frames that have one
-};
+std::vector<TrackInfluence> influencesOf(const Matches& matches, const FittedFrame& frame,
+                                         const Quad& corners);
 
 }  // namespace cornerpin
 

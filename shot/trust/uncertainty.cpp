@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "shot/fit/residuals.h"
+
 namespace cornerpin {
 
 namespace {
@@ -14,13 +16,8 @@ constexpr double kNothingLeft = 1e-6;
 
 // I + D D' with D the derivative of h at p.
 Symmetric2 residualCovariance(const Homography& h, Point p) {
-  const double s = denominator(h, p);
-  const Point q = map(h, p);
-  const double ux = (h[0][0] - q.x * h[2][0]) / s;
-  const double uy = (h[0][1] - q.x * h[2][1]) / s;
-  const double vx = (h[1][0] - q.y * h[2][0]) / s;
-  const double vy = (h[1][1] - q.y * h[2][1]) / s;
-  return {1.0 + ux * ux + uy * uy, ux * vx + uy * vy, 1.0 + vx * vx + vy * vy};
+  const auto [Xx, Xy, Yx, Yy] = derivative(h, p);
+  return {1.0 + Xx * Xx + Xy * Xy, Xx * Yx + Xy * Yy, 1.0 + Yx * Yx + Yy * Yy};
 }
 
 // S' V S.
@@ -42,20 +39,21 @@ std::array<Parameters, 8> transposed(const std::array<Parameters, 8>& m) {
 
 }  // namespace
 
-Uncertainty::Uncertainty(const FittedFrame& frame)
-    : fit_(frame), noise_(std::numeric_limits<double>::quiet_NaN()) {
+Uncertainty::Uncertainty(const Matches& matches, const FittedFrame& frame)
+    : fit_(matches, frame), noise_(std::numeric_limits<double>::quiet_NaN()) {
   if (frame.model == Model::Held || !fit_.isDetermined()) return;
   std::size_t count = 0;
   double squares = 0.0;  // of the weighted residuals
   double total = 0.0;    // what they would be without a fit, for noise of 1 pixel
-  for (const Match& m : frame.matches) {
-    if (!(m.weight > 0.0)) continue;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    if (!(frame.weights[i] > 0.0)) continue;
     ++count;
-    const double w2 = m.weight * m.weight;
-    const Symmetric2 v = residualCovariance(frame.h, m.from);
-    squares += w2 * squaredDistance(m.to, map(frame.h, m.from));
+    const double w2 = frame.weights[i] * frame.weights[i];
+    const Point base = matches.base()[i];
+    const Symmetric2 v = residualCovariance(frame.h, base);
+    squares += w2 * squaredResidual(matches[i], frame.h);
     total += w2 * v.trace();
-    addProduct(spread_, fit_.slopesAt(m.from), v, w2 * w2);
+    addProduct(spread_, fit_.slopesAt(base), v, w2 * w2);
   }
   double absorbed = 0.0;  // tr(inv(A) B)
   for (std::size_t i = 0; i < 8; ++i) {

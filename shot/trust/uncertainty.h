@@ -5,7 +5,7 @@
 #include <array>
 
 #include "shot/fit/linearised_fit.h"
-#include "shot/plane/similarity.h"
+#include "shot/fit/matches.h"
 
 namespace cornerpin {
 
@@ -22,7 +22,7 @@ namespace cornerpin {
 /// Only the fitted parameters count: terms kept from a neighbour are taken as exact.
 class Uncertainty {
  public:
-  explicit Uncertainty(const FittedFrame& frame);
+  Uncertainty(const Matches& matches, const FittedFrame& frame);
 
   /// s: the standard deviation of a track along each axis, in pixels. NaN where the model meets
   /// its tracks exactly whatever they are (as four tracks do) and for a held frame.

@@ -7,6 +7,7 @@
 #include <locale>
 
 #include "shot/files/result_file.h"
+#include "shot/files/track_csv.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/solve/tracks.h"
 #include "tests/support/files.h"
@@ -17,7 +18,7 @@ std::string solved(const TemporaryFolder& folder, cornerpin::Format format) {
   const cornerpin::Tracks tracks = cornerpin::readTracks(CORNERPIN_DATA "/facade.csv");
   cornerpin::OutputFile out(folder / "r");
   const cornerpin::ShotResult result = cornerpin::solveShot(tracks);
-  cornerpin::writeResult(result, cornerpin::assess(tracks, result), format, {}, out);
+  cornerpin::writeResult(result, format, {}, out);
   out.commit();
   return readFile(folder / "r");
 }

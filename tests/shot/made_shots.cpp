@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "shot/trust/trust.h"
+#include "shot/solve/shot_solver.h"
 
 using namespace cornerpin;
 
@@ -50,17 +50,19 @@ void append(Bits& bits, double value) {
   bits.push_back(pattern);
 }
 
-void append(Bits& bits, const FrameResult& frame, const FrameTrust& trust) {
-  for (int value :
-       {frame.frame, static_cast<int>(frame.status), frame.tracks, static_cast<int>(frame.model),
-        static_cast<int>(frame.onTop), static_cast<int>(frame.stage), frame.inliers}) {
+void append(Bits& bits, const FrameResult& frame) {
+  const Verdict& verdict = frame.verdict;
+  for (int value : {frame.frame, static_cast<int>(verdict.status), frame.tracks,
+                    static_cast<int>(verdict.model), static_cast<int>(verdict.onTop),
+                    static_cast<int>(verdict.origin.stage), frame.good}) {
     bits.push_back(static_cast<std::uint64_t>(value));
   }
   for (const auto& row : frame.h) {
     for (double element : row) append(bits, element);
   }
-  for (double value : {frame.rms, frame.inlierRms, frame.scale, trust.noise}) append(bits, value);
-  for (double deviation : trust.deviations) append(bits, deviation);
+  for (double value : {frame.rms, frame.goodRms, frame.sigma, frame.figures.noise})
+    append(bits, value);
+  for (double deviation : frame.figures.deviations) append(bits, deviation);
 }
 
 }  // namespace
@@ -110,18 +112,19 @@ Bits solved(std::uint32_t first, std::uint32_t last) {
   Bits bits;
   for (std::uint32_t seed = first; seed < last; ++seed) {
     const Tracks tracks = shot(seed);
-    const ShotResult result = solveShot(tracks, options(seed));
-    const ShotTrust trust =
-        assess(tracks, result, {}, [&](int track, int frame, const TrackInfluence& influence) {
-          bits.push_back(static_cast<std::uint64_t>(track));
-          bits.push_back(static_cast<std::uint64_t>(frame));
-          append(bits, influence.weight);
-          append(bits, influence.leverage);
-          append(bits, influence.influence);
-        });
-    for (std::size_t i = 0; i < result.frames.size(); ++i) {
-      append(bits, result.frames[i], trust.frames[i]);
+    SolveOptions explained = options(seed);
+    explained.influences = true;
+    const ShotResult result = solveShot(tracks, explained);
+    for (const FrameResult& frame : result.frames) {
+      for (const TrackInfluence& influence : frame.influences) {
+        bits.push_back(static_cast<std::uint64_t>(influence.track));
+        bits.push_back(static_cast<std::uint64_t>(frame.frame));
+        append(bits, influence.weight);
+        append(bits, influence.leverage);
+        append(bits, influence.influence);
+      }
     }
+    for (const FrameResult& frame : result.frames) append(bits, frame);
   }
   return bits;
 }

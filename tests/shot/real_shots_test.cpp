@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "shot/files/track_csv.h"
 #include "shot/solve/shot_solver.h"
 
 using namespace cornerpin;
@@ -215,8 +216,9 @@ void expectTheOptimum(const std::string& name, std::optional<int> base, int unso
   double worstRatio = 1;
   int unsolvedFrames = 0;
   for (const FrameResult& frame : result.frames) {
-    if (frame.status == Status::Held || frame.status == Status::Reduced) ++unsolvedFrames;
-    if (frame.status != Status::Solved) continue;
+    if (frame.verdict.status == Status::Held || frame.verdict.status == Status::Reduced)
+      ++unsolvedFrames;
+    if (frame.verdict.status != Status::Solved) continue;
     const std::vector<Pair> pairs = pairsOf(shot, result.baseFrame, frame.frame);
     ASSERT_EQ(static_cast<int>(pairs.size()), frame.tracks);
     const Eigen::Matrix3d h = toEigen(frame.h);
@@ -353,7 +355,7 @@ Near nearTracks(const std::string& name, int base) {
   const Shot shot = readShot(name);
   Near near;
   for (const FrameResult& frame : result.frames) {
-    if (frame.status != Status::Solved) continue;
+    if (frame.verdict.status != Status::Solved) continue;
     std::vector<double> all = lengths(frame.h, pairsOf(shot, base, frame.frame));
     const auto count = static_cast<double>(all.size());
     all.erase(std::remove_if(all.begin(), all.end(), [](double r) { return r > 3; }), all.end());
@@ -398,7 +400,8 @@ TEST_P(CleanShot, StaysWithinOnePercentOfPlainSquares) {
   const ShotResult b = solveShot(tracks, robust);
   std::vector<double> ratios;
   for (std::size_t i = 0; i < a.frames.size(); ++i) {
-    if (a.frames[i].status == Status::Solved) ratios.push_back(b.frames[i].rms / a.frames[i].rms);
+    if (a.frames[i].verdict.status == Status::Solved)
+      ratios.push_back(b.frames[i].rms / a.frames[i].rms);
   }
   std::printf("%s: robust over plain RMS median %.4f worst %.4f\n", name.c_str(), median(ratios),
               largest(ratios));

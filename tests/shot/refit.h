@@ -40,13 +40,13 @@ inline Eigen::VectorXd fit(const std::vector<cornerpin::Match>& matches, Eigen::
   for (int iteration = 0; iteration < 30; ++iteration) {
     for (Eigen::Index i = 0; i < n; ++i) {
       const cornerpin::Match& m = matches[static_cast<std::size_t>(i)];
-      const Eigen::Vector2d p(m.from.x / kLength, m.from.y / kLength);
+      const Eigen::Vector2d p(m.base.x / kLength, m.base.y / kLength);
       const double g = m.weight / (x[6] * p.x() + x[7] * p.y() + 1);
       const Eigen::Vector2d q = image(x, p);
       j.row(2 * i) << g * p.x(), g * p.y(), g, 0, 0, 0, -g * q.x() * p.x(), -g * q.x() * p.y();
       j.row(2 * i + 1) << 0, 0, 0, g * p.x(), g * p.y(), g, -g * q.y() * p.x(), -g * q.y() * p.y();
-      r[2 * i] = m.weight * (m.to.x / kLength - q.x());
-      r[2 * i + 1] = m.weight * (m.to.y / kLength - q.y());
+      r[2 * i] = m.weight * (m.present.x / kLength - q.x());
+      r[2 * i + 1] = m.weight * (m.present.y / kLength - q.y());
     }
     const Eigen::VectorXd step = free * (j * free).colPivHouseholderQr().solve(r);
     x += step;

@@ -26,8 +26,9 @@ TEST(SolveShot, GoesEveryWayInTheMadeShots) {
   bool statuses[4] = {};
   for (std::uint32_t seed = 1; seed < 33; ++seed) {
     for (const FrameResult& frame : solveShot(made::shot(seed), made::options(seed)).frames) {
-      if (frame.status == Status::Solved) stages[static_cast<int>(frame.stage)] = true;
-      statuses[static_cast<int>(frame.status)] = true;
+      if (frame.verdict.status == Status::Solved)
+        stages[static_cast<int>(frame.verdict.origin.stage)] = true;
+      statuses[static_cast<int>(frame.verdict.status)] = true;
     }
   }
   for (bool seen : stages) EXPECT_TRUE(seen);

@@ -19,15 +19,15 @@
 #include <system_error>
 #include <vector>
 
+#include "shot/files/explanation_csv.h"
 #include "shot/files/input_error.h"
 #include "shot/files/lapack_info.h"
 #include "shot/files/output_file.h"
 #include "shot/files/result_file.h"
 #include "shot/files/summary.h"
+#include "shot/files/track_csv.h"
 #include "shot/solve/selection.h"
 #include "shot/solve/shot_solver.h"
-#include "shot/solve/tracks.h"
-#include "shot/trust/trust.h"
 
 namespace {
 
@@ -199,22 +199,6 @@ std::vector<cornerpin::Selected> selectionOf(const char* option,
   return selection;
 }
 
-// Writes the explanation on the way, if one is wanted.
-cornerpin::ShotTrust assess(const Arguments& arguments, const cornerpin::Tracks& tracks,
-                            const cornerpin::ShotResult& result,
-                            const std::optional<cornerpin::Quad>& quad) {
-  if (arguments.explanation.empty()) return cornerpin::assess(tracks, result, quad);
-  OutputFile out(arguments.explanation);
-  out.write(cornerpin::kExplanationHeader);
-  cornerpin::ShotTrust trust = cornerpin::assess(
-      tracks, result, quad, [&](int track, int frame, const cornerpin::TrackInfluence& influence) {
-        const std::string& name = tracks.names[static_cast<std::size_t>(track)];
-        out.write(cornerpin::explanationRow(name, frame, influence));
-      });
-  out.commit();
-  return trust;
-}
-
 int solve(const Arguments& arguments) {
   cornerpin::SolveOptions options;
   options.base = parseBase(arguments.base);
@@ -227,6 +211,8 @@ int solve(const Arguments& arguments) {
   if (quad && arguments.output.empty() && arguments.explanation.empty() && !arguments.json) {
     throw std::invalid_argument("--quads: the table has no corners: add -o FILE or --json");
   }
+  options.corners = quad;
+  options.influences = !arguments.explanation.empty();
   const Format format = chooseFormat(arguments);
   const bool fileIsStandardOutput = isStandardOutput(arguments.output);
   if (fileIsStandardOutput && arguments.json) {
@@ -248,18 +234,22 @@ int solve(const Arguments& arguments) {
     result = cornerpin::solveShot(
         tracks, options, [&](std::size_t done, std::size_t total) { bar.update(done, total); });
   }
-  const cornerpin::ShotTrust trust = assess(arguments, tracks, result, quad);
+  if (!arguments.explanation.empty()) {
+    OutputFile out(arguments.explanation);
+    cornerpin::writeExplanationCsv(result, tracks, out);
+    out.commit();
+  }
   if (!arguments.output.empty()) {
     OutputFile out(fileIsStandardOutput ? "-" : arguments.output);
-    cornerpin::writeResult(result, trust, format, quad, out);
+    cornerpin::writeResult(result, format, quad, out);
     out.commit();
   }
   if (arguments.json) {
     OutputFile out("-");
-    cornerpin::writeResult(result, trust, Format::Json, quad, out);
+    cornerpin::writeResult(result, Format::Json, quad, out);
     out.commit();
   } else if (!fileIsStandardOutput) {
-    print(cornerpin::summaryTable(result, trust));
+    print(cornerpin::summaryTable(result));
   }
   const cornerpin::Summary summary = cornerpin::summarise(result);
   return summary.held + summary.reduced > 0 ? kDegraded : kSolved;

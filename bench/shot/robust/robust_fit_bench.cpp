@@ -7,6 +7,8 @@
 #include <random>
 #include <vector>
 
+#include "shot/fit/homography_fit.h"
+
 namespace {
 
 using cornerpin::Homography;
@@ -24,7 +26,9 @@ Homography motion(int frame) {
 // Frames of one shot with normal noise; the first `bad` per cent of its tracks lie anywhere.
 class Frames {
  public:
-  Frames(int tracks, int bad) : confidence(static_cast<std::size_t>(tracks), 1.0) {
+  Frames(int tracks, int bad) {
+    prior.recentSigma = kNoise;
+    prior.confidence.assign(static_cast<std::size_t>(tracks), 1.0);
     std::mt19937 engine(3);
     std::uniform_real_distribution<double> place(-1, 1);
     std::normal_distribution<double> noise(0, kNoise);
@@ -50,7 +54,7 @@ class Frames {
   int next() { return turn_ = turn_ + 1 < kFrames ? turn_ + 1 : 1; }
 
   std::vector<Matches> frames;
-  std::vector<double> confidence;
+  cornerpin::Prior prior;
 
  private:
   int turn_ = 0;
@@ -68,13 +72,11 @@ BENCHMARK(plainSquares)->Arg(8)->Arg(32)->Arg(100)->Arg(300);
 
 void robust(benchmark::State& state, int bad) {
   Frames shot(static_cast<int>(state.range(0)), bad);
-  cornerpin::RobustOptions options;
-  options.expected = kNoise;
   for (auto _ : state) {
     const int f = shot.next();
     benchmark::DoNotOptimize(cornerpin::fitRobustly(shot.frames[static_cast<std::size_t>(f)],
                                                     {{cornerpin::Stage::Neighbour, motion(f - 1)}},
-                                                    shot.confidence, options));
+                                                    shot.prior, {}));
   }
 }
 BENCHMARK_CAPTURE(robust, clean, 0)->Arg(8)->Arg(32)->Arg(100)->Arg(300);

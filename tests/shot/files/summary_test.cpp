@@ -12,12 +12,12 @@ namespace {
 FrameResult frame(int number, Status status, double rms) {
   FrameResult f;
   f.frame = number;
-  f.status = status;
+  f.verdict.status = status;
   f.rms = 2.0 * rms;
-  f.inlierRms = rms;
+  f.goodRms = rms;
   f.tracks = 9;
-  f.inliers = 9;
-  if (status == Status::Held) f.reason = "no tracks";
+  f.good = 9;
+  if (status == Status::Held) f.verdict.shortfall = Shortfall::NoTracks;
   return f;
 }
 
@@ -45,7 +45,7 @@ TEST(Summary, ListsNoMoreThanFiveFramesOfAKind) {
   for (int i = 20; i < 40; ++i) result.frames.push_back(frame(i, Status::Held, i));
   EXPECT_EQ(summarise(result).worst.size(), 5u);
   EXPECT_EQ(summarise(result).firstUnsolved.size(), 5u);
-  EXPECT_NE(summaryTable(result, {}).find("and 15 more"), std::string::npos);
+  EXPECT_NE(summaryTable(result).find("and 15 more"), std::string::npos);
 }
 
 TEST(Summary, TakesAnRmsBeyondNumbersForTheWorst) {
@@ -67,7 +67,7 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
   result.baseTracks = 9;
   result.leftOut = 3;
   result.frames = {frame(12, Status::Base, 0.0), frame(13, Status::Held, 0.0)};
-  EXPECT_EQ(summaryTable(result, {}),
+  EXPECT_EQ(summaryTable(result),
             "base frame    12  (9 tracks, 3 absent there and left out)\n"
             "solved        1 of 2 frames\n"
             "reduced       0\n"
@@ -82,11 +82,9 @@ TEST(Summary, WritesNumbersOfAnySize) {
   result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),
                    frame(3, Status::Solved, 0.000123456), frame(4, Status::Solved, 12345.67891),
                    frame(5, Status::Solved, 0.0),         frame(6, Status::Solved, std::nan(""))};
-  ShotTrust trust;
-  trust.frames.resize(6);
-  trust.frames[1].deviations.fill(HUGE_VAL);
-  trust.frames[2].deviations.fill(2.5e-7);
-  const std::string table = summaryTable(result, trust);
+  result.frames[1].figures.deviations.fill(HUGE_VAL);
+  result.frames[2].figures.deviations.fill(2.5e-7);
+  const std::string table = summaryTable(result);
   EXPECT_NE(table.find("  2    3e+30       9\n"), std::string::npos) << table;
   EXPECT_NE(table.find("  3 0.000123       9\n"), std::string::npos) << table;
   EXPECT_NE(table.find("  4 12345.6789       9\n"), std::string::npos) << table;
@@ -100,17 +98,16 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   ShotResult result;
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
                    frame(3, Status::Reduced, 0.25)};
-  result.frames[2].model = Model::Affine;
-  result.frames[2].reason = "3 of the 4 tracks needed";
-  ShotTrust trust;
-  trust.frames.resize(3);
-  trust.frames[1].deviations = {0.125, 0.5, 0.25, 0.125};
-  trust.frames[2].deviations.fill(std::nan(""));
-  trust.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
-                 {"b", {1, 5, 5, 5, 0.25, 7.0, true}},
-                 {"ordinary", {2, 6, 7, 6, 99.0, 2.0, false}}};
+  result.frames[2].verdict.model = Model::Affine;
+  result.frames[2].verdict.shortfall = Shortfall::TooFewTracks;
+  result.frames[2].verdict.tracks = 3;
+  result.frames[1].figures.deviations = {0.125, 0.5, 0.25, 0.125};
+  result.frames[2].figures.deviations.fill(std::nan(""));
+  result.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
+                  {"b", {1, 5, 5, 5, 0.25, 7.0, true}},
+                  {"ordinary", {2, 6, 7, 6, 99.0, 2.0, false}}};
   EXPECT_EQ(summarise(result).reduced, 1u);
-  const std::string table = summaryTable(result, trust);
+  const std::string table = summaryTable(result);
   EXPECT_NE(table.find("solved        2 of 3 frames\n"
                        "reduced       1\n"
                        "held          0\n"
@@ -133,11 +130,11 @@ TEST(Summary, SpeaksOfTheGoodTracksOfARobustSolve) {
   result.seed = 7;
   result.frames.push_back(frame(0, Status::Base, 0.0));
   for (int f : {1, 2, 3}) result.frames.push_back(frame(f, Status::Solved, 0.25));
-  result.frames[2].inliers = 6;
-  result.frames[2].inlierRms = 0.5;
-  result.frames[2].stage = Stage::Sampled;
-  result.frames[3].stage = Stage::Neighbour;
-  EXPECT_EQ(summaryTable(result, {}),
+  result.frames[2].good = 6;
+  result.frames[2].goodRms = 0.5;
+  result.frames[2].verdict.origin.stage = Stage::Sampled;
+  result.frames[3].verdict.origin.stage = Stage::Neighbour;
+  EXPECT_EQ(summaryTable(result),
             "base frame    0  (0 tracks, none left out)\n"
             "solved        4 of 4 frames\n"
             "reduced       0\n"

@@ -8,15 +8,17 @@
 
 using cornerpin::inGeneralPosition;
 using cornerpin::Point;
+using cornerpin::Points;
 using cornerpin::positionRatio;
 
 namespace {
 
-const std::vector<Point> kSquare = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+const Points kSquare = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
 
-std::vector<Point> moved(std::vector<Point> points, double scale, Point shift) {
-  for (Point& p : points) p = {scale * p.x + shift.x, scale * p.y + shift.y};
-  return points;
+Points moved(const Points& points, double scale, Point shift) {
+  Points result;
+  for (Point p : points) result.add({scale * p.x + shift.x, scale * p.y + shift.y});
+  return result;
 }
 
 }  // namespace
@@ -43,16 +45,15 @@ TEST(GeneralPosition, FailsOnOnePlace) {
 }
 
 TEST(GeneralPosition, FailsOnALine) {
-  std::vector<Point> points;
-  for (int i = 0; i < 20; ++i) points.push_back({100.0 + 37.0 * i, 900.0 - 11.0 * i});
+  Points points;
+  for (int i = 0; i < 20; ++i) points.add({100.0 + 37.0 * i, 900.0 - 11.0 * i});
   EXPECT_FALSE(inGeneralPosition(points));
 }
 
 TEST(GeneralPosition, FailsOnALineWrittenWithThreeDecimals) {
-  std::vector<Point> points;
+  Points points;
   for (int i = 0; i < 20; ++i) {
-    points.push_back(
-        {std::round(1e3 * i * 37.1234567) / 1e3, std::round(1e3 * i * 11.7654321) / 1e3});
+    points.add({std::round(1e3 * i * 37.1234567) / 1e3, std::round(1e3 * i * 11.7654321) / 1e3});
   }
   EXPECT_FALSE(inGeneralPosition(points));
 }

@@ -7,18 +7,19 @@
 #include <cstring>
 #include <random>
 
+#include "shot/fit/homography_fit.h"
+
 using namespace cornerpin;
 
 namespace {
 
 constexpr unsigned kSeed = 20240712;
 
-const Homography kIdentity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 const Homography kView = {{{0.9, 0.2, 0.3}, {-0.25, 0.8, -0.2}, {0.12, -0.1, 1}}};
 
 struct Shot {
   Matches matches;
-  std::vector<double> confidence;
+  Prior prior;
 };
 
 // The first `bad` matches lie anywhere.
@@ -32,7 +33,7 @@ Shot shotWith(int good, int bad, double noise, unsigned seed) {
     to = i < bad ? Point{1.2 * uniform(), 1.2 * uniform()}
                  : Point{to.x + noise * uniform(), to.y + noise * uniform()};
     shot.matches.add({from, to, 1.0});
-    shot.confidence.push_back(1.0);
+    shot.prior.confidence.push_back(1.0);
   }
   return shot;
 }
@@ -50,7 +51,7 @@ Shot normalShot(int good, int bad, double noise, unsigned seed = kSeed) {
     to = {to.x + length * std::cos(angle), to.y + length * std::sin(angle)};
     if (i >= good) to = {2.0 * uniform() - 1.0, 2.0 * uniform() - 1.0};
     shot.matches.add({from, to, 1.0});
-    shot.confidence.push_back(1.0);
+    shot.prior.confidence.push_back(1.0);
   }
   return shot;
 }
@@ -68,7 +69,7 @@ double cornerError(const Homography& h) {
 RobustFit fitOf(const Shot& shot, std::uint64_t seed = 1) {
   RobustOptions options;
   options.seed = seed;
-  return fitRobustly(shot.matches, {{Stage::Neighbour, kIdentity}}, shot.confidence, options);
+  return fitRobustly(shot.matches, {{Stage::Neighbour, kIdentity}}, shot.prior, options);
 }
 
 }  // namespace
@@ -78,7 +79,7 @@ TEST(RobustFit, HoldsWithEightyPercentOfTheMatchesWrong) {
     const RobustFit fit = fitOf(shotWith(20, 80, 2e-3, seed));
     ASSERT_TRUE(fit.found) << "seed " << seed;
     EXPECT_LT(cornerError(fit.h), 0.015) << "seed " << seed;
-    EXPECT_NEAR(static_cast<double>(fit.inliers), 20.0, 2.0);
+    EXPECT_NEAR(static_cast<double>(fit.goodCount), 20.0, 2.0);
   }
 }
 
@@ -88,7 +89,7 @@ TEST(RobustFit, HoldsBesideAMatchThatIsFlungFarAway) {
     for (unsigned seed = kSeed; seed < kSeed + 20; ++seed) {
       Shot shot = shotWith(20, 80, 2e-3, seed);
       shot.matches.add({{0.5, 0.5}, {distance, 0.5}, 1.0});
-      shot.confidence.push_back(1.0);
+      shot.prior.confidence.push_back(1.0);
       const RobustFit fit = fitOf(shot);
       ASSERT_TRUE(fit.found) << "seed " << seed;
       EXPECT_LT(cornerError(fit.h), 0.015) << distance << ", seed " << seed;
@@ -98,8 +99,8 @@ TEST(RobustFit, HoldsBesideAMatchThatIsFlungFarAway) {
 
 TEST(RobustFit, SamplesWhereThereIsNothingToStartFrom) {
   const Shot shot = shotWith(60, 20, 2e-3, kSeed);
-  const RobustFit fit = fitRobustly(shot.matches, {}, shot.confidence, {});
-  EXPECT_EQ(fit.stage, Stage::Sampled);
+  const RobustFit fit = fitRobustly(shot.matches, {}, shot.prior, {});
+  EXPECT_EQ(fit.origin.stage, Stage::Sampled);
   EXPECT_LT(cornerError(fit.h), 5e-3);
 }
 
@@ -122,19 +123,18 @@ TEST(RobustFit, FindsTheSameSurfaceFromAnySeed) {
 TEST(RobustFit, DrawsNoSamplesWhereTheNeighbourFits) {
   const Shot shot = shotWith(90, 10, 2e-3, kSeed);
   RobustOptions options;
-  const RobustFit fit =
-      fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
-  EXPECT_EQ(fit.stage, Stage::Neighbour);
-  EXPECT_EQ(fit.inliers, 90u);
+  const RobustFit fit = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, options);
+  EXPECT_EQ(fit.origin.stage, Stage::Neighbour);
+  EXPECT_EQ(fit.goodCount, 90u);
   EXPECT_LT(cornerError(fit.h), 5e-3);
 }
 
-TEST(RobustFit, MeasuresTheScaleOfTheGoodMatches) {
+TEST(RobustFit, MeasuresTheSigmaOfTheGoodMatches) {
   const RobustFit fit = fitOf(normalShot(400, 100, 0.004));
   ASSERT_TRUE(fit.found);
   // 400 lengths: a standard error of some 4 %.
-  EXPECT_NEAR(fit.scale, 0.004, 0.0006);
-  EXPECT_NEAR(static_cast<double>(fit.inliers), 400.0, 4.0);
+  EXPECT_NEAR(fit.sigma, 0.004, 0.0006);
+  EXPECT_NEAR(static_cast<double>(fit.goodCount), 400.0, 4.0);
 }
 
 // No distance is given beforehand.
@@ -147,24 +147,21 @@ TEST(RobustFit, HoldsWhateverTheNoise) {
 }
 
 TEST(RobustFit, FitsAFrameWithoutASignOfABadTrackByPlainSquares) {
-  const Shot shot = normalShot(60, 0, 2e-3);
-  RobustOptions options;
-  options.expected = 2e-3;
-  const RobustFit fit =
-      fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
-  EXPECT_FALSE(fit.searched);
+  Shot shot = normalShot(60, 0, 2e-3);
+  shot.prior.recentSigma = 2e-3;
+  const RobustFit fit = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, {});
+  EXPECT_EQ(fit.origin.grounds, Grounds::NoBadTrack);
   EXPECT_EQ(fit.loss, Loss::None);
-  EXPECT_EQ(fit.inliers, 60u);
+  EXPECT_EQ(fit.goodCount, 60u);
   const HomographyFit plain = fitHomography(shot.matches, kView);
   EXPECT_EQ(std::memcmp(&fit.h, &plain.h, sizeof fit.h), 0);
 }
 
-TEST(RobustFit, SearchesWhereTheScaleGrowsOrATrackStandsOut) {
-  RobustOptions options;
-  options.expected = 1e-3;
-  const auto searched = [&](const Shot& shot) {
-    return fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options)
-        .searched;
+TEST(RobustFit, SearchesWhereTheSigmaGrowsOrATrackStandsOut) {
+  const auto searched = [&](Shot shot) {
+    shot.prior.recentSigma = 1e-3;
+    const RobustFit fit = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, {});
+    return fit.origin.grounds == Grounds::Searched;
   };
   EXPECT_FALSE(searched(normalShot(60, 0, 1e-3)));
   EXPECT_TRUE(searched(normalShot(60, 0, 2e-3)));
@@ -179,42 +176,38 @@ TEST(RobustFit, FollowsTheHalfThatAgreesMoreClosely) {
     for (std::size_t i = 0; i < all.matches.size(); ++i) {
       Match m = all.matches[i];
       const double angle = 0.7 * static_cast<double>(i);
-      if (i % 2 == 0) m.to = {m.to.x + 20e-3 * std::cos(angle), m.to.y + 20e-3 * std::sin(angle)};
+      if (i % 2 == 0)
+        m.present = {m.present.x + 20e-3 * std::cos(angle), m.present.y + 20e-3 * std::sin(angle)};
       shot.matches.add(m);
-      shot.confidence.push_back(1.0);
+      shot.prior.confidence.push_back(1.0);
     }
-    RobustOptions options;
-    options.expected = 5e-4;
-    const RobustFit fit =
-        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+    shot.prior.recentSigma = 5e-4;
+    const RobustFit fit = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, {});
     ASSERT_TRUE(fit.found) << seed;
     EXPECT_LT(cornerError(fit.h), 3e-3) << seed;
-    EXPECT_NEAR(static_cast<double>(fit.inliers), 24.0, 1.0) << seed;
+    EXPECT_NEAR(static_cast<double>(fit.goodCount), 24.0, 1.0) << seed;
   }
 }
 
-TEST(RobustFit, BendsEveryLossAtTheScaleOfTheGoodTracks) {
+TEST(RobustFit, BendsEveryLossAtTheSigmaOfTheGoodTracks) {
   const Shot shot = normalShot(60, 20, 2e-3);
   for (Loss loss : {Loss::Tukey, Loss::Cauchy, Loss::Huber}) {
     RobustOptions options;
     options.loss = loss;
     const RobustFit fit =
-        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, options);
     ASSERT_TRUE(fit.found);
     EXPECT_EQ(fit.loss, loss);
-    EXPECT_GT(fit.width, fit.scale);
-    EXPECT_LT(fit.width, 8.0 * fit.scale);
-    FitOptions engine;
-    engine.loss = loss;
-    engine.width = fit.width;
-    const HomographyFit again = fitHomography(shot.matches, fit.h, engine);
+    EXPECT_GT(fit.width, fit.sigma);
+    EXPECT_LT(fit.width, 8.0 * fit.sigma);
+    const HomographyFit again = fitHomography(shot.matches, fit.h, loss, fit.width);
     for (std::size_t i = 0; i < 9; ++i)
       EXPECT_NEAR(again.h[i / 3][i % 3], fit.h[i / 3][i % 3], 1e-7);
   }
 }
 
 // Three matches that a transform meets whatever they are say nothing of the others' errors.
-TEST(RobustFit, TakesTheScaleFromAllMatchesWhereAFewWeighMost) {
+TEST(RobustFit, TakesTheSigmaFromAllMatchesWhereAFewWeighMost) {
   const Point corners[] = {{-0.9, -0.8}, {0.9, -0.9}, {0.1, 0.9}};
   for (double heavy : {10.0, 1e3, 1e6}) {
     for (unsigned seed = kSeed; seed < kSeed + 10; ++seed) {
@@ -223,21 +216,21 @@ TEST(RobustFit, TakesTheScaleFromAllMatchesWhereAFewWeighMost) {
       for (std::size_t i = 0; i < all.matches.size(); ++i) {
         Match m = all.matches[i];
         if (i < 3) {
-          const Point on = map(kView, m.from);
-          m.from = corners[i];
-          const Point moved = map(kView, m.from);
-          m.to = {m.to.x + moved.x - on.x, m.to.y + moved.y - on.y};
+          const Point on = map(kView, m.base);
+          m.base = corners[i];
+          const Point moved = map(kView, m.base);
+          m.present = {m.present.x + moved.x - on.x, m.present.y + moved.y - on.y};
           m.weight = heavy;
         }
         shot.matches.add(m);
-        shot.confidence.push_back(m.weight);
+        shot.prior.confidence.push_back(m.weight);
       }
       const RobustFit fit = fitOf(shot);
       ASSERT_TRUE(fit.found) << heavy << " seed " << seed;
       // What the heavy ones are off by adds to the others.
-      EXPECT_GT(fit.scale, 0.7e-3) << heavy << " seed " << seed;
-      EXPECT_LT(fit.scale, 2e-3) << heavy << " seed " << seed;
-      EXPECT_NEAR(static_cast<double>(fit.inliers), 48.0, 3.0) << heavy << " seed " << seed;
+      EXPECT_GT(fit.sigma, 0.7e-3) << heavy << " seed " << seed;
+      EXPECT_LT(fit.sigma, 2e-3) << heavy << " seed " << seed;
+      EXPECT_NEAR(static_cast<double>(fit.goodCount), 48.0, 3.0) << heavy << " seed " << seed;
     }
   }
 }
@@ -250,14 +243,14 @@ TEST(RobustFit, IsNotDrawnToMatchesThatStandAtOnePlace) {
     Shot shot;
     for (std::size_t i = 0; i < all.matches.size(); ++i) {
       Match m = all.matches[i];
-      const Point on = map(kView, m.from);
-      if (i < 36) m.to = {0.9 + m.to.x - on.x, 0.8 + m.to.y - on.y};
+      const Point on = map(kView, m.base);
+      if (i < 36) m.present = {0.9 + m.present.x - on.x, 0.8 + m.present.y - on.y};
       shot.matches.add(m);
-      shot.confidence.push_back(1.0);
+      shot.prior.confidence.push_back(1.0);
     }
     const RobustFit fit =
         fitRobustly(shot.matches, {{Stage::Library, toOnePlace}, {Stage::Neighbour, kIdentity}},
-                    shot.confidence, {});
+                    shot.prior, {});
     ASSERT_TRUE(fit.found) << "seed " << seed;
     EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
   }
@@ -270,13 +263,12 @@ TEST(RobustFit, IsNotDrawnToMatchesThatStandOnOneLine) {
     Shot shot;
     for (std::size_t i = 0; i < all.matches.size(); ++i) {
       Match m = all.matches[i];
-      if (i < 36) m.to.x += -1.0 - map(kView, m.from).x;
+      if (i < 36) m.present.x += -1.0 - map(kView, m.base).x;
       shot.matches.add(m);
-      shot.confidence.push_back(1.0);
+      shot.prior.confidence.push_back(1.0);
     }
-    const RobustFit fit =
-        fitRobustly(shot.matches, {{Stage::Library, toOneLine}, {Stage::Neighbour, kIdentity}},
-                    shot.confidence, {});
+    const RobustFit fit = fitRobustly(
+        shot.matches, {{Stage::Library, toOneLine}, {Stage::Neighbour, kIdentity}}, shot.prior, {});
     ASSERT_TRUE(fit.found) << "seed " << seed;
     EXPECT_LT(cornerError(fit.h), 6e-3) << "seed " << seed;
   }
@@ -285,34 +277,25 @@ TEST(RobustFit, IsNotDrawnToMatchesThatStandOnOneLine) {
 TEST(RobustFit, HoldsWithABadMatchBehindTheHorizonWhateverTheLoss) {
   Shot shot = normalShot(60, 10, 1e-3);
   shot.matches.add({{-20.0, 0.0}, {0.1, 0.2}, 1.0});
-  shot.confidence.push_back(1.0);
+  shot.prior.confidence.push_back(1.0);
   ASSERT_LT(denominator(kView, {-20.0, 0.0}), 0.0);
   for (Loss loss : {Loss::Tukey, Loss::Cauchy, Loss::Huber}) {
     RobustOptions options;
     options.loss = loss;
     const RobustFit fit =
-        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.confidence, options);
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, options);
     ASSERT_TRUE(fit.found) << static_cast<int>(loss);
     EXPECT_LT(cornerError(fit.h), 4e-3) << static_cast<int>(loss);
-    EXPECT_EQ(fit.inliers, 60u);
-    EXPECT_FALSE(fit.inlier.back());
+    EXPECT_EQ(fit.goodCount, 60u);
+    EXPECT_FALSE(fit.good.back());
   }
-}
-
-TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
-  EXPECT_EQ(lossWeight(Loss::None, 5.0, 1.0), 1.0);
-  EXPECT_EQ(lossWeight(Loss::Tukey, 0.5, 1.0), 0.5625);
-  EXPECT_EQ(lossWeight(Loss::Tukey, 1.0, 1.0), 0.0);
-  EXPECT_EQ(lossWeight(Loss::Cauchy, 2.0, 1.0), 0.2);
-  EXPECT_EQ(lossWeight(Loss::Huber, 0.5, 1.0), 1.0);
-  EXPECT_EQ(lossWeight(Loss::Huber, 4.0, 1.0), 0.25);
 }
 
 TEST(RobustFit, CountsFewMatchesAllAlike) {
   const Shot shot = shotWith(5, 0, 0.01, kSeed);
   const RobustFit fit = fitOf(shot);
   ASSERT_TRUE(fit.found);
-  EXPECT_EQ(fit.inliers, 5u);
+  EXPECT_EQ(fit.goodCount, 5u);
   const HomographyFit plain = fitHomography(shot.matches, kIdentity);
   EXPECT_EQ(std::memcmp(&fit.h, &plain.h, sizeof fit.h), 0);
 }

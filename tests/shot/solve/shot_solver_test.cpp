@@ -11,12 +11,12 @@
 #include <stdexcept>
 
 #include "cornerpin/cornerpin.h"
+#include "shot/files/track_csv.h"
+#include "shot/solve/base_frame.h"
 
 using namespace cornerpin;
 
 namespace {
-
-const Homography kIdentity = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
 
 // A transform that moves with the frame.
 Homography motion(int frame) {
@@ -74,7 +74,7 @@ double errorAtCorners(const FrameResult& frame) {
 }
 
 // The whole shot at once, tracks times frames, as a caller of the library would write it.
-MMatchmove denseScene(const Tracks& tracks, int base, const Conditioning& conditioning) {
+MMatchmove denseScene(const Tracks& tracks, int base, const Similarity& conditioning) {
   MMatchmove scene;
   scene.tracks.resize(static_cast<int>(tracks.names.size()));
   for (int t = 0; t < scene.tracks.size(); ++t) {
@@ -93,29 +93,31 @@ MMatchmove denseScene(const Tracks& tracks, int base, const Conditioning& condit
   return scene;
 }
 
-Conditioning conditioningOf(const Tracks& tracks, int base) {
-  std::vector<Point> points;
+Similarity conditioningOf(const Tracks& tracks, int base) {
+  Points points;
   for (const Observation& o : tracks.inFrame(base)) {
-    if (o.weight > 0.0f) points.push_back({o.x, o.y});
+    if (o.weight > 0.0f) points.add({o.x, o.y});
   }
-  return Conditioning::fitting(points);
+  return Similarity::fitting(points);
 }
 
 void expectTheBitsOfADenseSolve(const Tracks& tracks, int base, Units units) {
-  Conditioning conditioning;
+  Similarity conditioning;
   if (units == Units::Fit) conditioning = conditioningOf(tracks, base);
   MMatchmove scene = denseScene(tracks, base, conditioning);
   scene.solve();
   const ShotResult result = solveShot(tracks, based(base, units));
   for (int f = 0; f < tracks.frameCount(); ++f) {
     const FrameResult& frame = result.frames[static_cast<std::size_t>(f)];
-    ASSERT_NE(frame.status, Status::Held) << "frame " << frame.frame << ": " << frame.reason;
+    ASSERT_NE(frame.verdict.status, Status::Held)
+        << "frame " << frame.frame << ": " << reasonOf(frame.verdict);
     Homography dense;
     for (int i = 0; i < 9; ++i) {
       dense[static_cast<std::size_t>(i / 3)][static_cast<std::size_t>(i % 3)] =
           static_cast<double>(scene.outputs[f](i / 3, i % 3));
     }
-    if (frame.status == Status::Solved) dense = unconditioned(dense, conditioning, conditioning);
+    if (frame.verdict.status == Status::Solved)
+      dense = denormalised(dense, conditioning, conditioning);
     ASSERT_EQ(std::memcmp(&dense, &frame.h, sizeof dense), 0)
         << "base " << base << " frame " << frame.frame;
   }
@@ -165,7 +167,7 @@ TEST(SolveShot, FindsTheMotionInBothDirections) {
   const ShotResult result = solveShot(movingShot(21), based(10));
   ASSERT_EQ(result.frames.size(), 21u);
   for (const FrameResult& frame : result.frames) {
-    EXPECT_EQ(frame.status, frame.frame == 10 ? Status::Base : Status::Solved);
+    EXPECT_EQ(frame.verdict.status, frame.frame == 10 ? Status::Base : Status::Solved);
     EXPECT_EQ(frame.tracks, 5);
     EXPECT_LT(frame.rms, 1e-3);  // single precision of some 500 px
   }
@@ -181,13 +183,13 @@ TEST(SolveShot, ListsGapsBetweenFramesAsHeld) {
   ASSERT_EQ(result.frames.size(), 4u);
   EXPECT_EQ(result.frames[0].frame, -2);
   for (std::size_t i : {1u, 2u}) {
-    EXPECT_EQ(result.frames[i].status, Status::Held);
-    EXPECT_EQ(result.frames[i].reason, "no tracks");
+    EXPECT_EQ(result.frames[i].verdict.status, Status::Held);
+    EXPECT_EQ(reasonOf(result.frames[i].verdict), "no tracks");
     EXPECT_EQ(result.frames[i].tracks, 0);
     EXPECT_TRUE(std::isnan(result.frames[i].rms));
     EXPECT_EQ(result.frames[i].h, kIdentity);
   }
-  EXPECT_EQ(result.frames[3].status, Status::Solved);
+  EXPECT_EQ(result.frames[3].verdict.status, Status::Solved);
 }
 
 TEST(SolveShot, ReducesAFrameWithThreeTracksAndGoesOn) {
@@ -196,16 +198,16 @@ TEST(SolveShot, ReducesAFrameWithThreeTracksAndGoesOn) {
   seeAll(tracks, 2, 3);
   seeAll(tracks, 3);
   const ShotResult result = solveShot(tracks, based(0));
-  EXPECT_EQ(result.frames[2].status, Status::Reduced);
-  EXPECT_EQ(result.frames[2].model, Model::Affine);
-  EXPECT_EQ(result.frames[2].reason, "3 of the 4 tracks needed");
+  EXPECT_EQ(result.frames[2].verdict.status, Status::Reduced);
+  EXPECT_EQ(result.frames[2].verdict.model, Model::Affine);
+  EXPECT_EQ(reasonOf(result.frames[2].verdict), "3 of the 4 tracks needed");
   EXPECT_EQ(result.frames[2].tracks, 3);
-  EXPECT_TRUE(result.frames[2].onTop);
+  EXPECT_TRUE(result.frames[2].verdict.onTop);
   EXPECT_EQ(result.frames[2].h[2], result.frames[1].h[2]);
   EXPECT_LT(result.frames[2].rms, 1e-9);
   EXPECT_LT(errorAtCorners(result.frames[2]), 1.0);  // what the perspective changes in a frame
-  EXPECT_EQ(result.frames[3].status, Status::Solved);
-  EXPECT_EQ(result.frames[3].model, Model::Projective);
+  EXPECT_EQ(result.frames[3].verdict.status, Status::Solved);
+  EXPECT_EQ(result.frames[3].verdict.model, Model::Projective);
   EXPECT_LT(result.frames[3].rms, 1e-3);
 }
 
@@ -221,11 +223,13 @@ TEST(SolveShot, GoesDownTheLadderAsTracksDie) {
                           Model::Similarity, Model::Translation, Model::Held,       Model::Held};
   for (std::size_t f = 1; f < 8; ++f) {
     const FrameResult& frame = result.frames[f];
-    EXPECT_EQ(frame.model, models[f]) << f;
-    EXPECT_EQ(frame.status, f < 3 ? Status::Solved : f < 6 ? Status::Reduced : Status::Held);
+    EXPECT_EQ(frame.verdict.model, models[f]) << f;
+    EXPECT_EQ(frame.verdict.status, f < 3   ? Status::Solved
+                                    : f < 6 ? Status::Reduced
+                                            : Status::Held);
     std::printf("%d tracks: %-11s %.3f px off the truth at the worst corner\n", frame.tracks,
-                nameOf(frame.model), errorAtCorners(frame));
-    if (frame.status != Status::Reduced) continue;
+                nameOf(frame.verdict.model), errorAtCorners(frame));
+    if (frame.verdict.status != Status::Reduced) continue;
     FrameResult lastInFull = frame;
     lastInFull.h = result.frames[2].h;
     EXPECT_LT(errorAtCorners(frame), 0.5 * errorAtCorners(lastInFull)) << f;
@@ -241,8 +245,9 @@ TEST(SolveShot, ReducesNearlyCollinearTracksByTheirSpread) {
   for (int t = 5; t < 8; ++t) see(tracks, t, 1, map(motion(1), {300 + 2.0 * t, 250 + 2.0 * t}));
   for (int t = 5; t < 8; ++t) see(tracks, t, 2, map(motion(2), {300 + 2.0 * t, 250 + 2.0 * t}));
   const FrameResult frame = solveShot(tracks, based(0)).frames[2];
-  EXPECT_EQ(frame.model, Model::Translation);
-  EXPECT_EQ(frame.reason, "3 of the 4 tracks needed, too close together or too near one line");
+  EXPECT_EQ(frame.verdict.model, Model::Translation);
+  EXPECT_EQ(reasonOf(frame.verdict),
+            "3 of the 4 tracks needed, too close together or too near one line");
   EXPECT_LT(errorAtCorners(frame), 10.0);  // twice what one frame moves by
 }
 
@@ -281,7 +286,7 @@ TEST(SolveShot, IsNearerToTheTruthWithALowerModelWhereTracksAreBunched) {
         const ShotResult result = solveShot(shrinkingShot(size, seed), options);
         for (std::size_t f = 3; f < 10; ++f) {
           squares[check] += std::pow(errorAtCorners(result.frames[f]), 2) / (7 * 20);
-          reduced = result.frames[f].status == Status::Reduced;
+          reduced = result.frames[f].verdict.status == Status::Reduced;
         }
       }
     }
@@ -300,9 +305,9 @@ TEST(SolveShot, HoldsTheNeighbourNearerToTheBaseInTheBackwardSweep) {
   see(tracks, 0, 1, {0, 0}, 0.0f);
   for (int f : {2, 3}) seeAll(tracks, f);
   const ShotResult result = solveShot(tracks, based(3));
-  EXPECT_EQ(result.frames[1].status, Status::Held);
+  EXPECT_EQ(result.frames[1].verdict.status, Status::Held);
   EXPECT_EQ(result.frames[1].h, result.frames[2].h);
-  EXPECT_EQ(result.frames[0].status, Status::Solved);
+  EXPECT_EQ(result.frames[0].verdict.status, Status::Solved);
 }
 
 // Beside it the others look like one place.
@@ -316,8 +321,8 @@ TEST(SolveShot, SolvesBesideATrackThatIsFlungFarAway) {
   SolveOptions options = based(0);
   options.loss = Loss::Tukey;
   const FrameResult frame = solveShot(tracks, options).frames[1];
-  EXPECT_EQ(frame.status, Status::Solved);
-  EXPECT_EQ(frame.inliers, 9);
+  EXPECT_EQ(frame.verdict.status, Status::Solved);
+  EXPECT_EQ(frame.good, 9);
   EXPECT_LT(errorAtCorners(frame), 1e-3);
 }
 
@@ -337,10 +342,10 @@ TEST(SolveShot, SolvesBesideATrackThatIsFarAwayInTheBaseFrame) {
     const ShotResult result = solveShot(tracks, options);
     for (int f : {1, 2}) {
       const FrameResult& frame = result.frames[static_cast<std::size_t>(f)];
-      EXPECT_EQ(frame.status, Status::Solved) << far;
-      EXPECT_EQ(frame.inliers, 9) << far;
+      EXPECT_EQ(frame.verdict.status, Status::Solved) << far;
+      EXPECT_EQ(frame.good, 9) << far;
       EXPECT_LT(errorAtCorners(frame), 1e-3) << far;
-      EXPECT_LT(frame.scale, 0.1) << far << ", an eighth of a pixel over tracks 1,000 wide";
+      EXPECT_LT(frame.sigma, 0.1) << far << ", an eighth of a pixel over tracks 1,000 wide";
     }
   }
 }
@@ -362,10 +367,12 @@ TEST(SolveShot, WantsFiveTracksThatAgreeAsAnyFourDo) {
       options.loss = Loss::Tukey;
       const FrameResult frame = solveShot(tracks, options).frames[1];
       if (good == 4) {
-        EXPECT_EQ(frame.status, Status::Reduced) << "seed " << seed;
-        EXPECT_EQ(frame.reason, "only 4 of its 8 tracks agree on a transform, any four do");
+        EXPECT_EQ(frame.verdict.status, Status::Reduced) << "seed " << seed;
+        EXPECT_EQ(reasonOf(frame.verdict),
+                  "only 4 of its 8 tracks agree on a transform, any four do");
       } else {
-        EXPECT_EQ(frame.status, Status::Solved) << "seed " << seed << ": " << frame.reason;
+        EXPECT_EQ(frame.verdict.status, Status::Solved)
+            << "seed " << seed << ": " << reasonOf(frame.verdict);
         EXPECT_LT(errorAtCorners(frame), 1e-3) << "seed " << seed;
       }
     }
@@ -388,7 +395,7 @@ TEST(SolveShot, TellsABadTrackBehindAFrameThatIsBlurred) {
   SolveOptions options = based(0);
   options.loss = Loss::Tukey;
   const FrameResult frame = solveShot(tracks, options).frames[7];
-  EXPECT_EQ(frame.inliers, 7);
+  EXPECT_EQ(frame.good, 7);
   EXPECT_LT(errorAtCorners(frame), 3.0);
 }
 
@@ -488,9 +495,9 @@ TEST(SolveShot, KnowsTheTracksThatKeptToTheSurface) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     const auto fault = [](int t, int) -> Point { return t == 0 ? Point{20, 0} : Point{}; };
     for (const FrameResult& frame : solveShot(noisyShot(40, seed, fault), options).frames) {
-      if (frame.status == Status::Base) continue;
+      if (frame.verdict.status == Status::Base) continue;
       ++frames;
-      if (frame.inliers != 11) ++mistaken;
+      if (frame.good != 11) ++mistaken;
     }
   }
   EXPECT_EQ(frames, 780);
@@ -508,9 +515,9 @@ TEST(SolveShot, GivesManyTracksOnALineASimilarity) {
   SolveOptions options = based(0);
   options.loss = Loss::Tukey;
   const FrameResult frame = solveShot(tracks, options).frames[1];
-  EXPECT_EQ(frame.status, Status::Reduced);
-  EXPECT_EQ(frame.model, Model::Similarity);
-  EXPECT_EQ(frame.reason, "all its tracks but one, or all of them, lie on one line");
+  EXPECT_EQ(frame.verdict.status, Status::Reduced);
+  EXPECT_EQ(frame.verdict.model, Model::Similarity);
+  EXPECT_EQ(reasonOf(frame.verdict), "all its tracks but one, or all of them, lie on one line");
 }
 
 TEST(SolveShot, GivesTracksOnALineASimilarity) {
@@ -518,9 +525,10 @@ TEST(SolveShot, GivesTracksOnALineASimilarity) {
   seeAll(tracks, 0);
   for (int t = 0; t < 5; ++t) see(tracks, t, 1, {100.0 + 31 * t, 200.0 + 17 * t});
   const ShotResult result = solveShot(tracks, based(0));
-  EXPECT_EQ(result.frames[1].status, Status::Reduced);
-  EXPECT_EQ(result.frames[1].model, Model::Similarity);
-  EXPECT_EQ(result.frames[1].reason, "all its tracks but one, or all of them, lie on one line");
+  EXPECT_EQ(result.frames[1].verdict.status, Status::Reduced);
+  EXPECT_EQ(result.frames[1].verdict.model, Model::Similarity);
+  EXPECT_EQ(reasonOf(result.frames[1].verdict),
+            "all its tracks but one, or all of them, lie on one line");
 }
 
 TEST(SolveShot, GivesTracksThatLieOnALineInTheBaseFrameASimilarity) {
@@ -528,8 +536,8 @@ TEST(SolveShot, GivesTracksThatLieOnALineInTheBaseFrameASimilarity) {
   for (int t = 0; t < 5; ++t) see(tracks, t, 0, {100.0 + 31 * t, 200.0 + 17 * t});
   seeAll(tracks, 1);
   const ShotResult result = solveShot(tracks, based(0));
-  EXPECT_EQ(result.frames[1].model, Model::Similarity);
-  EXPECT_EQ(result.frames[1].reason,
+  EXPECT_EQ(result.frames[1].verdict.model, Model::Similarity);
+  EXPECT_EQ(reasonOf(result.frames[1].verdict),
             "all its tracks but one, or all of them, lie on one line in the base frame");
 }
 
@@ -537,7 +545,7 @@ TEST(SolveShot, GivesTracksInOnePlaceATranslation) {
   Tracks tracks;
   seeAll(tracks, 0);
   for (int t = 0; t < 5; ++t) see(tracks, t, 1, {100, 200});
-  EXPECT_EQ(solveShot(tracks, based(0)).frames[1].model, Model::Translation);
+  EXPECT_EQ(solveShot(tracks, based(0)).frames[1].verdict.model, Model::Translation);
 }
 
 TEST(SolveShot, HoldsAPositionBeyondSinglePrecision) {
@@ -545,8 +553,8 @@ TEST(SolveShot, HoldsAPositionBeyondSinglePrecision) {
   seeAll(tracks, 0);
   for (int t = 0; t < 5; ++t) see(tracks, t, 1, {t == 2 ? 1e300 : 10.0 * t, 3.0 * t * t});
   const ShotResult result = solveShot(tracks, based(0));
-  EXPECT_EQ(result.frames[1].status, Status::Held);
-  EXPECT_EQ(result.frames[1].reason, "a position is too large for single precision");
+  EXPECT_EQ(result.frames[1].verdict.status, Status::Held);
+  EXPECT_EQ(reasonOf(result.frames[1].verdict), "a position is too large for single precision");
 }
 
 // One corner crosses over to the far side of its neighbours: no camera sees that.
@@ -557,8 +565,8 @@ TEST(SolveShot, HoldsAFitThatPutsTracksOnBothSidesOfTheHorizon) {
   for (int t = 0; t < 4; ++t) see(tracks, t, 0, base[static_cast<std::size_t>(t)]);
   for (int t = 0; t < 4; ++t) see(tracks, t, 1, here[static_cast<std::size_t>(t)]);
   const ShotResult result = solveShot(tracks, based(0));
-  EXPECT_EQ(result.frames[1].status, Status::Held);
-  EXPECT_EQ(result.frames[1].reason, "the fit puts tracks on both sides of the horizon");
+  EXPECT_EQ(result.frames[1].verdict.status, Status::Held);
+  EXPECT_EQ(reasonOf(result.frames[1].verdict), "the fit puts tracks on both sides of the horizon");
   EXPECT_EQ(result.frames[1].h, kIdentity);
 }
 
@@ -567,8 +575,8 @@ TEST(SolveShot, HoldsAFitThatThrows) {
   for (int f : {0, 1}) seeAll(tracks, f);
   for (Observation& o : tracks.observations) o.weight = 3e38f;  // its products overflow
   const ShotResult result = solveShot(tracks, based(0));
-  EXPECT_EQ(result.frames[1].status, Status::Held);
-  EXPECT_EQ(result.frames[1].reason, "the fit failed: nan");
+  EXPECT_EQ(result.frames[1].verdict.status, Status::Held);
+  EXPECT_EQ(reasonOf(result.frames[1].verdict), "the fit failed: nan");
 }
 
 TEST(SolveShot, StartsAgainFromTheLinearSolutionBehindAHeldFrame) {
@@ -578,7 +586,7 @@ TEST(SolveShot, StartsAgainFromTheLinearSolutionBehindAHeldFrame) {
   seeAll(tracks, 0);
   for (int t = 0; t < 5; ++t) see(tracks, t, 2, map(turn, kCorners[static_cast<std::size_t>(t)]));
   const FrameResult frame = solveShot(tracks, based(0)).frames[2];
-  EXPECT_EQ(frame.status, Status::Solved);
+  EXPECT_EQ(frame.verdict.status, Status::Solved);
   EXPECT_LT(frame.rms, 1e-3);
 }
 

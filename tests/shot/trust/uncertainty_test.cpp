@@ -6,9 +6,11 @@
 #include <cmath>
 #include <random>
 
+#include "tests/shot/lists.h"
 #include "tests/shot/refit.h"
 
 using namespace cornerpin;
+using lists::Frame;
 
 namespace {
 
@@ -17,6 +19,10 @@ const Homography kTilted = {{{1.1, 0.12, 30}, {-0.15, 0.95, -20}, {4e-4, -3e-4, 
 const Homography kTurned = {{{1.5, -0.5, 30}, {0.5, 1.5, -20}, {0, 0, 1}}};
 const Homography kSheared = {{{1.5, 0.3, 30}, {-0.4, 0.7, -20}, {0, 0, 1}}};
 const Homography kShifted = {{{1, 0, 30}, {0, 1, -20}, {0, 0, 1}}};
+
+Uncertainty uncertaintyOf(const Frame& frame) {
+  return Uncertainty(frame.arrays(), frame.fitted());
+}
 
 // A grid of tracks; the weights 1, 1/2 and 2 in turn when they are to differ.
 std::vector<Match> grid(int columns, int rows, const Homography& truth, bool weighted) {
@@ -46,17 +52,17 @@ Spreads simulate(const std::vector<Match>& exact, const Homography& truth, Model
   std::normal_distribution<double> normal;
   Spreads s;
   for (int copy = 0; copy < kCopies; ++copy) {
-    FittedFrame frame;
+    Frame frame;
     frame.model = model;
     frame.matches = std::vector<Match>(exact);
     for (Match& m : frame.matches) {
-      m.from.x += baseNoise * normal(random);
-      m.from.y += baseNoise * normal(random);
-      m.to.x += noise * normal(random);
-      m.to.y += noise * normal(random);
+      m.base.x += baseNoise * normal(random);
+      m.base.y += baseNoise * normal(random);
+      m.present.x += noise * normal(random);
+      m.present.y += noise * normal(random);
     }
     frame.h = refit::fit(frame.matches, truth, directions);
-    const Uncertainty uncertainty(frame);
+    const Uncertainty uncertainty = uncertaintyOf(frame);
     s.noise += std::pow(uncertainty.noise(), 2) / kCopies;
     for (std::size_t c = 0; c < 4; ++c) {
       const Point p = map(frame.h, kCorners[c]);
@@ -110,13 +116,13 @@ TEST(Uncertainty, HoldsForLowerModels) {
 
 // A mean of n tracks: deviation of the shift in each axis is the noise / sqrt(n).
 TEST(Uncertainty, OfATranslationIsThatOfAMean) {
-  FittedFrame frame;
+  Frame frame;
   frame.model = Model::Translation;
   for (double d : {-3.0, 3.0}) frame.matches.push_back({{d, 0}, {d + 10, d}, 1.0});
   frame.h = {{{1, 0, 10}, {0, 1, 0}, {0, 0, 1}}};
   // Residuals (0, -3) and (0, 3) with 2 n - 2 = 2 left: the residuals' variance is 9 in each axis,
   // half of it from the base frame.
-  const Uncertainty uncertainty(frame);
+  const Uncertainty uncertainty = uncertaintyOf(frame);
   EXPECT_NEAR(uncertainty.noise(), std::sqrt(4.5), 1e-12);
   const Symmetric2 c = uncertainty.covarianceAt({50, 60});
   EXPECT_NEAR(c.xx, 4.5, 1e-12);
@@ -126,48 +132,48 @@ TEST(Uncertainty, OfATranslationIsThatOfAMean) {
 }
 
 TEST(Uncertainty, DoesNotChangeWhenAllWeightsDo) {
-  FittedFrame frame;
+  Frame frame;
   frame.matches = grid(3, 3, kTilted, true);
-  frame.matches[4].to.x += 3;
+  frame.matches[4].present.x += 3;
   frame.h = kTilted;
-  const double before = Uncertainty(frame).deviationAt(kCorners[2]);
+  const double before = uncertaintyOf(frame).deviationAt(kCorners[2]);
   EXPECT_GT(before, 0.1);
   for (double factor : {1e-30, 1e30}) {
-    FittedFrame scaled = frame;
+    Frame scaled = frame;
     for (Match& m : scaled.matches) m.weight *= factor;
-    EXPECT_NEAR(Uncertainty(scaled).deviationAt(kCorners[2]) / before, 1.0, 1e-12);
+    EXPECT_NEAR(uncertaintyOf(scaled).deviationAt(kCorners[2]) / before, 1.0, 1e-12);
   }
 }
 
 TEST(Uncertainty, GrowsAwayFromTheTracks) {
-  FittedFrame frame;
+  Frame frame;
   frame.matches = grid(3, 3, kTilted, false);
-  frame.matches[4].to.x += 3;
+  frame.matches[4].present.x += 3;
   frame.h = refit::fit(frame.matches, kTilted);
-  const Uncertainty uncertainty(frame);
+  const Uncertainty uncertainty = uncertaintyOf(frame);
   EXPECT_LT(uncertainty.deviationAt({310, 250}), uncertainty.deviationAt({110, 110}));
   EXPECT_LT(uncertainty.deviationAt({110, 110}), uncertainty.deviationAt({-300, -300}));
 }
 
 TEST(Uncertainty, HasNoFigureForAnExactFit) {
-  FittedFrame frame;
+  Frame frame;
   frame.matches = grid(2, 2, kTilted, false);
   frame.h = kTilted;
-  EXPECT_TRUE(std::isnan(Uncertainty(frame).noise()));
-  EXPECT_TRUE(std::isnan(Uncertainty(frame).deviationAt(kCorners[0])));
+  EXPECT_TRUE(std::isnan(uncertaintyOf(frame).noise()));
+  EXPECT_TRUE(std::isnan(uncertaintyOf(frame).deviationAt(kCorners[0])));
   // A fifth track that does not count leaves none over either.
   frame.matches.push_back({{300, 200}, {0, 0}, 0.0});
-  EXPECT_TRUE(std::isnan(Uncertainty(frame).noise()));
+  EXPECT_TRUE(std::isnan(uncertaintyOf(frame).noise()));
   frame.model = Model::Held;
-  EXPECT_TRUE(std::isnan(Uncertainty(frame).deviationAt(kCorners[0])));
+  EXPECT_TRUE(std::isnan(uncertaintyOf(frame).deviationAt(kCorners[0])));
   frame.matches.clear();
   frame.model = Model::Projective;
-  EXPECT_TRUE(std::isnan(Uncertainty(frame).deviationAt(kCorners[0])));
+  EXPECT_TRUE(std::isnan(uncertaintyOf(frame).deviationAt(kCorners[0])));
 }
 
 TEST(Uncertainty, HasNoFigureForTracksOnALine) {
-  FittedFrame frame;
+  Frame frame;
   for (int i = 0; i < 8; ++i)
     frame.matches.push_back({{10.0 * i, 20.0 * i}, {10.0 * i, 20.0 * i}, 1});
-  EXPECT_FALSE(Uncertainty(frame).deviationAt({100, 0}) < 1e3);
+  EXPECT_FALSE(uncertaintyOf(frame).deviationAt({100, 0}) < 1e3);
 }

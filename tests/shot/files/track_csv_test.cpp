@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "shot/solve/tracks.h"
+#include "shot/files/track_csv.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_FIT_LOSS_H
+#define SHOT_FIT_LOSS_H
+
+namespace cornerpin {
+
+/// How much of a squared residual counts. Every loss is r^2 near 0 and bends at a width; beyond it
+/// Huber's grows like r, Cauchy's like log r, and Tukey's is flat. None does not bend.
+enum class Loss { None, Huber, Cauchy, Tukey };
+
+/// "none", "huber", "cauchy", "tukey".
+const char* nameOf(Loss loss);
+
+/// What the loss multiplies the squared weight of a match by, the derivative of the loss by r^2: 1
+/// near 0. `width`, where the loss bends, has the unit of the residual.
+double lossWeight(Loss loss, double residual, double width);
+
+}  // namespace cornerpin
+
+#endif

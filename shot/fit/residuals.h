@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_FIT_RESIDUALS_H
+#define SHOT_FIT_RESIDUALS_H
+
+#include <vector>
+
+#include "shot/fit/matches.h"
+#include "shot/plane/homography.h"
+
+namespace cornerpin {
+
+/// A match whose denominator is no larger than this is on or behind the horizon. For transforms
+/// whose last element is 1.
+constexpr double kHorizon = 1e-6;
+
+/// From where the transform carries the match's base place to its present place.
+Point residual(const Match& match, const Homography& h);
+double squaredResidual(const Match& match, const Homography& h);
+
+/// The sum of w^2 r^2: what the library's solver minimises.
+double weightedSquares(const Matches& matches, const Homography& h);
+
+/// The root of the mean squared residual, unweighted; NaN without matches, and where the transform
+/// carries one nowhere.
+double rmsResidual(const Matches& matches, const Homography& h);
+
+/// The squared residuals; infinite on and behind the horizon.
+void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares);
+
+}  // namespace cornerpin
+
+#endif

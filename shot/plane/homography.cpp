@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/plane/homography.h"
+
+#include <cmath>
+
+namespace cornerpin {
+
+double denominator(const Homography& h, Point p) { return h[2][0] * p.x + h[2][1] * p.y + h[2][2]; }
+
+Point map(const Homography& h, Point p) {
+  const double s = denominator(h, p);
+  return {(h[0][0] * p.x + h[0][1] * p.y + h[0][2]) / s,
+          (h[1][0] * p.x + h[1][1] * p.y + h[1][2]) / s};
+}
+
+Derivative derivative(const Homography& h, Point p) {
+  const double s = denominator(h, p);
+  const Point q = map(h, p);
+  return {(h[0][0] - q.x * h[2][0]) / s, (h[0][1] - q.x * h[2][1]) / s,
+          (h[1][0] - q.y * h[2][0]) / s, (h[1][1] - q.y * h[2][1]) / s};
+}
+
+bool onSameSide(const Homography& h, Point a, Point b) {
+  return denominator(h, a) * denominator(h, b) > 0.0;
+}
+
+bool onOneSide(const Homography& h, const Points& points) {
+  const bool front = denominator(h, points[0]) > 0.0;
+  for (Point p : points) {
+    const double s = denominator(h, p);
+    if (!(front ? s > 0.0 : s < 0.0)) return false;
+  }
+  return true;
+}
+
+bool isFinite(const Homography& h) {
+  for (const auto& row : h) {
+    for (double element : row) {
+      if (!std::isfinite(element)) return false;
+    }
+  }
+  return true;
+}
+
+Homography product(const Homography& a, const Homography& b) {
+  Homography c{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j) {
+      c[i][j] = a[i][0] * b[0][j] + a[i][1] * b[1][j] + a[i][2] * b[2][j];
+    }
+  }
+  return c;
+}
+
+Homography withLastOne(Homography h) {
+  const double last = h[2][2];
+  for (auto& row : h) {
+    for (double& element : row) element /= last;
+  }
+  return h;
+}
+
+}  // namespace cornerpin

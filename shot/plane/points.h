@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_PLANE_POINTS_H
+#define SHOT_PLANE_POINTS_H
+
+#include <array>
+#include <cstddef>
+#include <initializer_list>
+#include <vector>
+
+namespace cornerpin {
+
+struct Point {
+  double x = 0.0;
+  double y = 0.0;
+};
+
+double squaredDistance(Point a, Point b);
+
+/// Four corners, in order around.
+using Quad = std::array<Point, 4>;
+
+/// Points as one array for each coordinate: loops over many of them read straight ahead.
+class Points {
+ public:
+  class Iterator {
+   public:
+    Iterator(const Points& points, std::size_t i) : points_(points), i_(i) {}
+    Point operator*() const { return points_[i_]; }
+    Iterator& operator++() {
+      ++i_;
+      return *this;
+    }
+    bool operator!=(const Iterator& other) const { return i_ != other.i_; }
+
+   private:
+    const Points& points_;
+    std::size_t i_;
+  };
+
+  Points() = default;
+  Points(std::initializer_list<Point> points);
+
+  void add(Point p);
+
+  std::size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  Point operator[](std::size_t i) const { return {x_[i], y_[i]}; }
+  Iterator begin() const { return {*this, 0}; }
+  Iterator end() const { return {*this, size_}; }
+
+  /// The coordinates: a whole number of fours, filled up with zeros behind the last point.
+  const double* x() const { return x_.data(); }
+  const double* y() const { return y_.data(); }
+  std::size_t paddedSize() const { return x_.size(); }
+
+ private:
+  std::size_t size_ = 0;
+  std::vector<double> x_;
+  std::vector<double> y_;
+};
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/base_frame.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <stdexcept>
+
+#include "shot/plane/extent.h"
+#include "shot/robust/robust_fit.h"
+
+namespace cornerpin {
+
+int chooseBaseFrame(const Tracks& tracks) {
+  std::vector<std::int64_t> lengths(tracks.names.size());
+  for (const Observation& o : tracks.observations) {
+    if (o.weight > 0.0f) ++lengths[static_cast<std::size_t>(o.track)];
+  }
+  std::int64_t best = -1;
+  std::int64_t sum = 0;
+  int bestFrame = tracks.firstFrame();
+  const auto& rows = tracks.observations;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    if (rows[i].weight > 0.0f) sum += lengths[static_cast<std::size_t>(rows[i].track)];
+    if (i + 1 < rows.size() && rows[i + 1].frame == rows[i].frame) continue;
+    if (sum > best) {
+      best = sum;
+      bestFrame = rows[i].frame;
+    }
+    sum = 0;
+  }
+  return bestFrame;
+}
+
+BaseFrame::BaseFrame(const Tracks& tracks, int frame)
+    : frame_(frame), ranks_(tracks.names.size(), -1) {
+  if (frame < tracks.firstFrame() || frame > tracks.lastFrame()) {
+    throw std::invalid_argument(fmt::format("base frame {} lies outside the shot's frames {}..{}",
+                                            frame, tracks.firstFrame(), tracks.lastFrame()));
+  }
+  for (const Observation& o : tracks.inFrame(frame)) {
+    if (!(o.weight > 0.0f)) continue;
+    ranks_[static_cast<std::size_t>(o.track)] = static_cast<int>(places_.size());
+    places_.add({o.x, o.y});
+    weights_.push_back(o.weight);
+  }
+  if (places_.empty()) {
+    throw std::invalid_argument(fmt::format("base frame {} has no track", frame));
+  }
+}
+
+Matches BaseFrame::matchesIn(const Tracks& tracks, int frame) const {
+  Matches matches;
+  for (const Observation& o : tracks.inFrame(frame)) {
+    const int rank = rankOf(o.track);
+    if (rank < 0 || !(o.weight > 0.0f)) continue;
+    matches.add({places_[static_cast<std::size_t>(rank)],
+                 {o.x, o.y},
+                 static_cast<double>(o.weight),
+                 o.track});
+  }
+  return matches;
+}
+
+Points surfacePlaces(const Points& base, Loss loss) {
+  return loss != Loss::None && base.size() >= kFewestForRobust ? withoutFarOff(base) : base;
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/frame_fit.h"
+
+#include <algorithm>
+
+#include "shot/fit/general_position.h"
+#include "shot/fit/reduced_fit.h"
+#include "shot/fit/support.h"
+#include "shot/plane/similarity.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kFewestAgreeing = 5;  // some transform meets any four
+
+}  // namespace
+
+FrameFitter::FrameFitter(const BaseFrame& base, const ShotUnits& units, const Points& surface,
+                         const SolveOptions& options)
+    : units_(units),
+      loss_(options.loss),
+      robustOptions_{options.loss, options.seed},
+      reduces_(options.reduce),
+      surface_(squareAround(surface)),
+      library_(base, units) {}
+
+FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
+  FrameFit fit;
+  fit.verdict = judgeTracks(file);
+  if (!library_.load(file)) fit.verdict.shortfall = Shortfall::BeyondSinglePrecision;
+  LibraryTransform transform;
+  if (fit.verdict.shortfall == Shortfall::None) transform = fitFull(file, sweep, fit);
+  if (fit.verdict.shortfall == Shortfall::None) {
+    fit.verdict.status = Status::Solved;
+    fit.verdict.model = Model::Projective;
+    fit.verdict.origin = fit.robust.origin;
+    sweep.start = transform;
+  } else {
+    sweep.chainBroken = true;
+    fit.h = sweep.neighbour;
+    if (reduces_ && wantsLowerModel(fit.verdict)) reduce(file, fit);
+  }
+  sweep.neighbour = fit.h;
+  return fit;
+}
+
+// What stands against a full transform before anything is fitted.
+Verdict FrameFitter::judgeTracks(const Matches& file) const {
+  Verdict verdict;
+  verdict.tracks = file.size();
+  const auto because = [&](Shortfall shortfall) {
+    verdict.shortfall = shortfall;
+    return verdict;
+  };
+  if (file.empty()) return because(Shortfall::NoTracks);
+  if (file.size() < kFewestTracks) return because(Shortfall::TooFewTracks);
+  // Far-off tracks may make the others look like one place. Those in the base frame are left out
+  // where bad ones can be told, and in this frame the good ones are looked at instead.
+  const Points base = surfacePlaces(file.base(), loss_);
+  const bool tellsBad = loss_ != Loss::None && file.size() >= kFewestForRobust;
+  if (!inGeneralPosition(base)) return because(Shortfall::OnOneLineInBase);
+  if (!tellsBad && !inGeneralPosition(file.present())) return because(Shortfall::OnOneLine);
+  if (loss_ != Loss::None && !isSpread(base)) return because(Shortfall::BunchedInBase);
+  return verdict;
+}
+
+// Whether a full fit to these of the base frame's places keeps noise within bounds.
+bool FrameFitter::isSpread(const Points& base) const {
+  return noiseGain(Model::Projective, base, surface_) <= kLargestGain;
+}
+
+// The full transform into `fit.h`, or why there is none into its verdict. Returns where the
+// library is to start in the next frame.
+LibraryTransform FrameFitter::fitFull(const Matches& file, Sweep& sweep, FrameFit& fit) {
+  const LibraryResult library = bestOfLibrary(sweep);
+  fit.verdict.shortfall = library.shortfall;
+  fit.verdict.error = library.error;
+  // Without tracks to spare there is nothing to tell a bad one by.
+  const bool spare = file.size() >= kFewestForRobust;
+  const bool failed = library.shortfall != Shortfall::None;
+  if (loss_ != Loss::None && (spare || !failed)) return fitRobust(file, library, sweep, fit);
+  fit.h = library.h;
+  return library.transform;
+}
+
+// From the neighbour's transform. Once that chain has been broken the neighbour may be far away:
+// then the linear solution is a second start, and the better fit counts.
+LibraryResult FrameFitter::bestOfLibrary(Sweep& sweep) {
+  LibraryResult fit = library_.from(sweep.start);
+  const bool failed = fit.shortfall != Shortfall::None;
+  if (failed) sweep.chainBroken = true;
+  if (!sweep.chainBroken) return fit;
+  LibraryResult other = library_.fromLinearFit();
+  const bool better = failed || other.cost < fit.cost;
+  return other.shortfall == Shortfall::None && better ? other : fit;
+}
+
+// On from the library's fit, where there is one, and from the neighbour's transform.
+LibraryTransform FrameFitter::fitRobust(const Matches& file, const LibraryResult& library,
+                                        Sweep& sweep, FrameFit& fit) const {
+  std::vector<Start> starts;
+  if (library.shortfall == Shortfall::None) {
+    starts.push_back({Stage::Library, units_.toFit(library.h)});
+  }
+  starts.push_back({Stage::Neighbour, units_.toFit(sweep.neighbour)});
+  fit.robust =
+      fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file), robustOptions_);
+  judgeGood(file, fit.robust, fit.verdict);
+  if (fit.verdict.shortfall != Shortfall::None) return {};
+  fit.h = units_.fromFit(fit.robust.h);
+  if (!isFinite(fit.h)) fit.verdict.shortfall = Shortfall::NotFinite;
+  if (fit.robust.origin.grounds == Grounds::Searched) sweep.memory.rememberSigma(fit.robust.sigma);
+  return toLibrary(units_.toLibrary(fit.h));
+}
+
+// What stands against the transform that the good tracks agree on. Where none was found and the
+// library's fit had failed already, that stays the reason.
+void FrameFitter::judgeGood(const Matches& file, const RobustFit& robust, Verdict& verdict) const {
+  verdict.good = robust.goodCount;
+  if (!robust.found) {
+    if (!inGeneralPosition(file.present())) {
+      verdict.shortfall = Shortfall::OnOneLine;
+    } else if (verdict.shortfall == Shortfall::None) {
+      verdict.shortfall = Shortfall::NoAgreement;
+    }
+    return;
+  }
+  verdict.shortfall = Shortfall::None;
+  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
+    verdict.shortfall = Shortfall::FewAgree;
+    return;
+  }
+  const Matches good = file.subset(robust.good);
+  if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
+    verdict.shortfall = Shortfall::GoodOnOneLine;
+  } else if (!isSpread(good.base())) {
+    verdict.shortfall = Shortfall::GoodBunchedInBase;
+  }
+}
+
+// Fits a lower model to the good tracks where they support one; `fit.h` is the neighbour's
+// transform before.
+void FrameFitter::reduce(const Matches& file, FrameFit& fit) const {
+  const Matches used = fit.robust.found ? file.subset(fit.robust.good) : file;
+  if (used.empty()) return;
+  const Model inBase = supportedModel(used.base(), surface_, Model::Affine);
+  const Model model = supportedModel(used.present(), squareAround(used.present()), inBase);
+  const ReducedFit reduced = fitReduced(used, model, fit.h);
+  if (reduced.model == Model::Held) return;
+  fit.verdict.status = Status::Reduced;
+  fit.verdict.model = reduced.model;
+  fit.verdict.onTop = reduced.onTop;
+  fit.verdict.fitted = used.size();
+  fit.h = reduced.h;
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_SOLVE_FRAME_FIT_H
+#define SHOT_SOLVE_FRAME_FIT_H
+
+#include "shot/fit/matches.h"
+#include "shot/plane/homography.h"
+#include "shot/robust/robust_fit.h"
+#include "shot/solve/base_frame.h"
+#include "shot/solve/library_fit.h"
+#include "shot/solve/options.h"
+#include "shot/solve/sweep_memory.h"
+#include "shot/solve/units.h"
+#include "shot/solve/verdict.h"
+
+namespace cornerpin {
+
+/// What a sweep carries from one frame to the next.
+struct Sweep {
+  LibraryTransform start;    ///< the last solved frame's transform: where the library starts
+  Homography neighbour{};    ///< the frame before's, however it came about; in the file's unit
+  bool chainBroken = false;  ///< some frame was not fitted from its neighbour
+  SweepMemory memory;
+};
+
+/// How a frame came out, before its figures. Transforms in the file's unit.
+struct FrameFit {
+  Verdict verdict;
+  Homography h{};    ///< the neighbour's when held
+  RobustFit robust;  ///< not found with Loss::None, and where no fit was tried; in the fit's unit
+};
+
+/// Fits one frame after the other: decides whether the tracks fix a transform, fits it, and takes a
+/// lower model or the neighbour's transform where they do not.
+class FrameFitter {
+ public:
+  /// \param base  must outlive the fitter
+  FrameFitter(const BaseFrame& base, const ShotUnits& units, const Points& surface,
+              const SolveOptions& options);
+
+  /// The base frame's transform.
+  LibraryTransform identity() const { return library_.identity(); }
+
+  /// Fits a frame and moves the sweep on to it.
+  FrameFit fit(const Matches& file, Sweep& sweep);
+
+ private:
+  Verdict judgeTracks(const Matches& file) const;
+  void judgeGood(const Matches& file, const RobustFit& robust, Verdict& verdict) const;
+  bool isSpread(const Points& base) const;
+  LibraryResult bestOfLibrary(Sweep& sweep);
+  LibraryTransform fitFull(const Matches& file, Sweep& sweep, FrameFit& fit);
+  LibraryTransform fitRobust(const Matches& file, const LibraryResult& library, Sweep& sweep,
+                             FrameFit& fit) const;
+  void reduce(const Matches& file, FrameFit& fit) const;
+
+  ShotUnits units_;
+  Loss loss_;
+  RobustOptions robustOptions_;
+  bool reduces_;
+  Quad surface_;  // the square around the base frame's tracks
+  LibraryFit library_;
+};
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_SOLVE_OPTIONS_H
+#define SHOT_SOLVE_OPTIONS_H
+
+#include <cstdint>
+#include <optional>
+
+#include "shot/fit/loss.h"
+#include "shot/plane/points.h"
+#include "shot/solve/units.h"
+
+namespace cornerpin {
+
+struct SolveOptions {
+  std::optional<int> base;  ///< none: `chooseBaseFrame`
+  Units units = Units::Fit;
+  /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; the spread
+  /// of the tracks (`noiseGain`) is not looked at.
+  Loss loss = Loss::Tukey;
+  /// Fits frames whose tracks do not support the full transform with a lower model instead of
+  /// holding them.
+  bool reduce = true;
+  std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
+  /// What the figures of trust are about, in the base frame; none: the box around the base frame's
+  /// tracks (`surfacePlaces`).
+  std::optional<Quad> corners;
+  /// Keeps what every track does to every frame (`FrameResult::influences`): 40 bytes for each.
+  bool influences = false;
+};
+
+}  // namespace cornerpin
+
+#endif

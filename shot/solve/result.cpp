@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/result.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+namespace cornerpin {
+
+Point carried(const ShotResult& result, const FrameResult& frame, Point base) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  const Point p = map(frame.h, base);
+  const bool visible =
+      onSameSide(frame.h, result.baseCentre, base) && std::isfinite(p.x) && std::isfinite(p.y);
+  return visible ? p : Point{kNone, kNone};
+}
+
+std::string describe(const WorstTrack& track) {
+  const TrackStretch& s = track.stretch;
+  const std::string frames = s.first == s.last ? fmt::format("frame {}", s.first)
+                                               : fmt::format("frames {}-{}", s.first, s.last);
+  return fmt::format(
+      "{}, {}: without it the worst corner moves {} px", track.name, frames,
+      s.moves < 10.0 ? fmt::format("{:.2g}", s.moves) : fmt::format("{:.0f}", s.moves));
+}
+
+}  // namespace cornerpin

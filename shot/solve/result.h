@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_SOLVE_RESULT_H
+#define SHOT_SOLVE_RESULT_H
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "shot/fit/loss.h"
+#include "shot/plane/homography.h"
+#include "shot/solve/units.h"
+#include "shot/solve/verdict.h"
+#include "shot/trust/frame_figures.h"
+#include "shot/trust/influence.h"
+#include "shot/trust/worst_tracks.h"
+
+namespace cornerpin {
+
+/// Lengths are in the file's unit.
+struct FrameResult {
+  int frame = 0;
+  Homography h{};  ///< base frame to this frame; the last element is 1
+  Verdict verdict;
+  int tracks = 0;  ///< active ones: weight above 0 here and in the base frame
+  /// Root of the mean squared distance between the active tracks and where `h` carries their base
+  /// places, unweighted; NaN without active tracks, and where a held transform carries one nowhere.
+  double rms = std::numeric_limits<double>::quiet_NaN();
+
+  // Of solved frames; where a reduced one has as many tracks as it takes to tell bad ones, its
+  // sigma and good tracks are those of the search.
+  int good = 0;  ///< tracks within `kGoodWithin` sigmas; with Loss::None all of them
+  double goodRms = std::numeric_limits<double>::quiet_NaN();  ///< `rms` over these; solved frames
+  /// Standard deviation of one coordinate of a good track; NaN with Loss::None.
+  double sigma = std::numeric_limits<double>::quiet_NaN();
+  Loss loss = Loss::None;  ///< None too where a frame shows no sign of a bad track
+  double width = 0.0;      ///< residual at which that loss bends
+
+  FrameFigures figures;
+  std::vector<TrackInfluence> influences;  ///< where the options ask for them
+};
+
+/// A track that the result leans on, by name.
+struct WorstTrack {
+  std::string name;
+  TrackStretch stretch;
+};
+
+/// "t042, frames 60-81: without it the worst corner moves 9.3 px"; the text for one frame has
+/// "frame 60".
+std::string describe(const WorstTrack& track);
+
+struct ShotResult {
+  int baseFrame = 0;
+  int baseTracks = 0;  ///< tracks that take part
+  int leftOut = 0;     ///< tracks absent from the base frame, which take part nowhere
+  Units units = Units::Fit;
+  Loss loss = Loss::None;
+  std::uint64_t seed = 1;
+  Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
+  Quad corners{};    ///< what all figures of trust are about, in the base frame
+  std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
+  /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
+  /// than a thousandth of the extent of the base frame's tracks does not stand out.
+  std::vector<WorstTrack> worst;
+};
+
+/// A place of the base frame in another frame; NaN on or behind the horizon, in front of which the
+/// base frame's tracks are.
+Point carried(const ShotResult& result, const FrameResult& frame, Point base);
+
+}  // namespace cornerpin
+
+#endif

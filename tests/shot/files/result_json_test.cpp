@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/result_json.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/shot/files/two_frames.h"
+
+using namespace cornerpin;
+using nlohmann::json;
+
+TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
+  const ShotResult result = twoFrames();
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["cornerpin"], 1);
+  EXPECT_EQ(j["base_frame"], 5);
+  EXPECT_EQ(j["base_tracks"], 4);
+  EXPECT_EQ(j["left_out"], 2);
+  EXPECT_EQ(j["units"], "fit");
+  ASSERT_EQ(j["frames"].size(), 2u);
+  const json& held = j["frames"][1];
+  EXPECT_EQ(held["frame"], 6);
+  EXPECT_EQ(held["status"], "held");
+  EXPECT_EQ(held["tracks"], 0);
+  EXPECT_TRUE(held["rms"].is_null());
+  EXPECT_EQ(held["reason"], "the fit failed: a \"quoted\"\nreason");
+  EXPECT_EQ(held["h"].get<Homography>(), result.frames[1].h);
+  EXPECT_EQ(j["frames"][0]["status"], "base");
+  EXPECT_EQ(j["frames"][0]["rms"], 0);
+  EXPECT_FALSE(j["frames"][0].contains("reason"));
+  EXPECT_FALSE(j["frames"][0].contains("quad"));
+}
+
+TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
+  ShotResult result = twoFrames();
+  result.loss = Loss::Cauchy;
+  result.seed = 77;
+  FrameResult& solved = result.frames[1];
+  solved.verdict.status = Status::Solved;
+  solved.verdict.origin.stage = Stage::Sampled;
+  solved.verdict.origin.grounds = Grounds::Searched;
+  solved.tracks = 4;
+  solved.good = 3;
+  solved.goodRms = 0.25;
+  solved.sigma = 0.5;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["loss"], "cauchy");
+  EXPECT_EQ(j["seed"], 77);
+  EXPECT_EQ(j["frames"][1]["stage"], "sampled");
+  EXPECT_EQ(j["frames"][1]["why"], "nothing to start from, this one 3 of 4 tracks");
+  EXPECT_EQ(j["frames"][1]["inliers"], 3);
+  EXPECT_EQ(j["frames"][1]["inlier_rms"], 0.25);
+  EXPECT_EQ(j["frames"][1]["scale"], 0.5);
+  EXPECT_FALSE(j["frames"][0].contains("stage"));
+}
+
+TEST(ResultJson, SaysHowFarToTrustAFrame) {
+  ShotResult result = twoFrames();
+  result.frames[1].verdict.status = Status::Reduced;
+  result.frames[1].verdict.model = Model::Affine;
+  result.frames[1].verdict.onTop = true;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["corners"], json::parse("[[1,2],[3,2],[3,4.5],[1,4.5]]"));
+  EXPECT_EQ(
+      j["worst_tracks"],
+      json::parse(
+          R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3,"off":0.5,"stands_out":true}])"));
+  EXPECT_FALSE(j["frames"][0].contains("model"));
+  EXPECT_TRUE(j["frames"][0]["noise"].is_null());
+  EXPECT_EQ(j["frames"][0]["deviation"], json::parse("[0,0,0,0]"));
+  EXPECT_EQ(j["frames"][1]["status"], "reduced");
+  EXPECT_EQ(j["frames"][1]["model"], "affine");
+  EXPECT_EQ(j["frames"][1]["on_top"], true);
+  EXPECT_EQ(j["frames"][1]["noise"], 0.25);
+  EXPECT_EQ(j["frames"][1]["deviation"], json::parse("[0.5,null,0.125,1e-300]"));
+}
+
+TEST(ResultJson, ReplacesBrokenTextInAReason) {
+  ShotResult result = twoFrames();
+  result.frames[1].verdict.error = "\xff";
+  EXPECT_TRUE(json::accept(written(result, Format::Json)));
+}
+
+TEST(ResultJson, CarriesTheQuadToEveryFrame) {
+  ShotResult result = twoFrames();
+  result.frames[1].h = {{{2, 0, 10}, {0, 2, 20}, {0, 0, 1}}};
+  const Quad quad = {{{0, 0}, {1, 0}, {1.5, 1}, {-2, 1}}};
+  const json j = json::parse(written(result, Format::Json, quad));
+  EXPECT_EQ(j["frames"][1]["quad"], json::parse("[[10,20],[12,20],[13,22],[6,22]]"));
+  EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[0,0],[1,0],[1.5,1],[-2,1]]"));
+}
+
+TEST(ResultJson, HasNoPlaceForACornerOnOrBehindTheHorizon) {
+  ShotResult result = twoFrames();
+  result.frames[1].h = {{{1, 0, 0}, {0, 1, 0}, {0, -0.01, 1}}};
+  const Quad quad = {{{0, 0}, {1, 99}, {0, 100}, {0, 101}}};
+  const json j = json::parse(written(result, Format::Json, quad));
+  const json& q = j["frames"][1]["quad"];
+  EXPECT_EQ(q[0], json::parse("[0,0]"));
+  EXPECT_FALSE(q[1][0].is_null());
+  EXPECT_EQ(q[2], json::parse("[null,null]"));
+  EXPECT_EQ(q[3], json::parse("[null,null]"));
+}

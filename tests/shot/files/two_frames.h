@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef TESTS_SHOT_FILES_TWO_FRAMES_H
+#define TESTS_SHOT_FILES_TWO_FRAMES_H
+
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "shot/files/result_file.h"
+#include "tests/support/files.h"
+
+// A result of a base frame and a held one with numbers and texts that are awkward to write.
+inline cornerpin::ShotResult twoFrames() {
+  using namespace cornerpin;
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  ShotResult result;
+  result.baseFrame = 5;
+  result.baseTracks = 4;
+  result.leftOut = 2;
+  result.corners = {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}};
+  result.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3, 0.5, true}}};
+  FrameResult base;
+  base.frame = 5;
+  base.verdict.status = Status::Base;
+  base.tracks = 4;
+  base.rms = 0.0;
+  base.h = kIdentity;
+  base.figures = baseFrameFigures();
+  FrameResult held;
+  held.frame = 6;
+  held.verdict.status = Status::Held;
+  held.verdict.shortfall = Shortfall::FitFailed;
+  held.verdict.error = "a \"quoted\"\nreason";
+  held.rms = kNaN;
+  held.h = {{{0.1, 1.0 / 3.0, 1e300}, {-2.5, 5e-324, 0}, {0, -0.01, 1}}};
+  held.figures = {0.25, {0.5, kNaN, 0.125, 1e-300}};
+  result.frames = {base, held};
+  return result;
+}
+
+inline std::string written(const cornerpin::ShotResult& result, cornerpin::Format format,
+                           const std::optional<cornerpin::Quad>& quad = {}) {
+  const TemporaryFolder folder;
+  cornerpin::OutputFile out(folder / "r");
+  cornerpin::writeResult(result, format, quad, out);
+  out.commit();
+  return readFile(folder / "r");
+}
+
+#endif
