@@ -209,7 +209,7 @@ TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   const TemporaryFolder folder;
   const Outcome run = cornerpin({"solve", kScreen, "-o", folder / "out.json"});
   EXPECT_EQ(run.code, 4);
-  EXPECT_TRUE(contains(run.out, "reduced       9\nheld          1\n"));
+  EXPECT_TRUE(contains(run.out, "reduced       12\nheld          0\n"));
   const json j = json::parse(readFile(folder / "out.json"));
   EXPECT_EQ(j["frames"][87]["status"], "reduced");
   EXPECT_EQ(j["frames"][87]["model"], "affine");
