@@ -33,7 +33,7 @@ TEST(LvException, DerivesFromTheStandardException) {
   EXPECT_TRUE((std::is_base_of_v<std::exception, LvException>));
 }
 
-TEST(LvException, ClassTreeIsAsDocumented) {
+TEST(LvException, MatrixErrorAndIllegalArgumentDeriveFromItAndBadIndexFromIllegalArgument) {
   EXPECT_TRUE((std::is_base_of_v<LvException, MMatrixError>));
   EXPECT_TRUE((std::is_base_of_v<LvException, LvIllegalArgumentException>));
   EXPECT_TRUE((std::is_base_of_v<LvIllegalArgumentException, LvBadIndexException>));
@@ -198,7 +198,7 @@ std::size_t slotOf(Member member) {
   return (value - 1) / sizeof(void*);
 }
 
-TEST(LvException, VirtualOperationsFollowTheDestructorsInDocumentedOrder) {
+TEST(LvException, VtableHoldsDestructorsThenWhatThenClassNameThenReport) {
   EXPECT_EQ(slotOf(&LvException::what), 2u);
   EXPECT_EQ(slotOf(&LvException::className), 3u);
   EXPECT_EQ(slotOf(&LvException::report), 4u);
