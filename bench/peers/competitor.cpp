@@ -91,8 +91,8 @@ std::vector<Competitor> competitors() {
   std::vector<Competitor> all;
   all.push_back({"plain", "the definition in plain loops", true, preparePlain});
   all.push_back({"library", "MMatchmove::solve", true, prepareLibrary});
-#ifdef CORNERPIN_BENCH_ENGINE
-  addEngine(all);
+#ifdef CORNERPIN_BENCH_HOMOGRAPHY_FIT
+  addHomographyFit(all);
 #endif
 #ifdef CORNERPIN_BENCH_CERES
   addCeres(all);
@@ -114,8 +114,8 @@ std::vector<Competitor> competitors() {
 
 std::vector<std::string> absentPeers() {
   return {
-#ifndef CORNERPIN_BENCH_ENGINE
-      "shot engine",
+#ifndef CORNERPIN_BENCH_HOMOGRAPHY_FIT
+      "homography fit",
 #endif
 #ifndef CORNERPIN_BENCH_CERES
       "Ceres",

@@ -28,7 +28,8 @@ struct Competitor {
 using Fit = Parameters (*)(const Frame&);
 Competitor framewise(const std::string& name, const std::string& settings, Fit fit);
 
-// The plain implementation, the library, the shot layer's engine, then the peers of this build.
+// The plain implementation, the library, the shot layer's homography fit, then the peers of this
+// build.
 std::vector<Competitor> competitors();
 
 // What the library spends in LAPACK on frames whose solve takes seven passes, and could spend no
@@ -42,8 +43,8 @@ std::vector<std::string> absentPeers();
 void addCeres(std::vector<Competitor>& all);
 void addCminpack(std::vector<Competitor>& all);
 void addEigen(std::vector<Competitor>& all);
-void addEngine(std::vector<Competitor>& all);
 void addGsl(std::vector<Competitor>& all);
+void addHomographyFit(std::vector<Competitor>& all);
 void addOpencv(std::vector<Competitor>& all);
 
 }  // namespace bench

@@ -90,11 +90,11 @@ void print(const bench::Shot& shot, double tracks, const std::vector<bench::Figu
     std::printf("  without LAPACK alone, library / plain: %.3f\n",
                 (library - lapack) / (plain - lapack));
   }
-  const bench::Figure* engine = named("shot engine", figures);
+  const bench::Figure* fit = named("homography fit", figures);
   const bench::Figure* tiny = named("Ceres TinySolver", figures);
-  if (engine == nullptr || tiny == nullptr) return;
-  std::printf("  %s / %s: %.2f\n", engine->name.c_str(), tiny->name.c_str(),
-              engine->microseconds.median / tiny->microseconds.median);
+  if (fit == nullptr || tiny == nullptr) return;
+  std::printf("  %s / %s: %.2f\n", fit->name.c_str(), tiny->name.c_str(),
+              fit->microseconds.median / tiny->microseconds.median);
 }
 
 json toJson(const bench::Shot& shot, double tracks, const std::vector<bench::Figure>& figures) {

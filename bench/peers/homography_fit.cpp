@@ -43,8 +43,8 @@ Run prepare(const Shot&, const std::vector<Frame>& frames) {
 
 }  // namespace
 
-void addEngine(std::vector<Competitor>& all) {
-  all.push_back({"shot engine", "fitHomography, plain squares, default options", true, prepare});
+void addHomographyFit(std::vector<Competitor>& all) {
+  all.push_back({"homography fit", "fitHomography, plain squares, default options", true, prepare});
 }
 
 }  // namespace bench
