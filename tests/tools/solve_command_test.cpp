@@ -108,7 +108,7 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
 }
 
 TEST(SolveCommand, WritesNoFieldThatIsNotDescribed) {
-  const std::string text = readFile(CORNERPIN_DATA "/../docs/json.md");
+  const std::string text = readFile(CORNERPIN_DATA "/../docs/result.md");
   const json j =
       json::parse(cornerpin({"solve", kScreen, "--json", "--quads", "0,0,1,0,1,1,0,1"}).out);
   EXPECT_TRUE(contains(text, "now " + j["cornerpin"].dump() + "."));
