@@ -11,9 +11,6 @@
 
 namespace cornerpin {
 
-/// Reads "x0,y0,x1,y1,x2,y2,x3,y3". Throws `std::invalid_argument`.
-Quad parseQuad(const std::string& text);
-
 enum class Format { Json, Csv };
 
 /// By the path's extension, .json or .csv in any case; none for others.

@@ -92,7 +92,7 @@ void select(Tracks& tracks, const std::vector<Selected>& kept,
     if ((!kept.empty() && !keep.has(o)) || drop.has(o)) o.weight = 0.0f;
     any = any || o.weight > 0.0f;
   }
-  if (!any) throw std::invalid_argument("--keep and --drop leave no track");
+  if (!any) throw std::invalid_argument("the selection leaves no track");
 }
 
 }  // namespace cornerpin

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-#include <fcntl.h>
 
 #include <algorithm>
 #include <chrono>
@@ -20,23 +16,15 @@
 
 #include "tests/support/files.h"
 #include "tests/support/process.h"
+#include "tests/support/terminal.h"
+#include "tests/tools/program.h"
 
 namespace fs = std::filesystem;
 using nlohmann::json;
 
 namespace {
 
-const std::string kFacade = CORNERPIN_DATA "/facade.csv";
 const std::string kScreen = CORNERPIN_DATA "/screen4.csv";
-
-Outcome cornerpin(std::vector<std::string> arguments, const ChildOptions& options = {}) {
-  arguments.insert(arguments.begin(), CORNERPIN_PROGRAM);
-  return runProgram(arguments, options);
-}
-
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
 
 // A shot that stands still: tracks times frames rows.
 std::string stillShot(int tracks, int frames) {
@@ -48,31 +36,6 @@ std::string stillShot(int tracks, int frames) {
               std::to_string(t * t * 13 % 700) + "\n";
     }
   }
-  return text;
-}
-
-// What a program that succeeds writes on standard error when that is a terminal.
-std::string errorsOnATerminal(const std::vector<std::string>& command) {
-  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
-  EXPECT_GE(terminal, 0);
-  EXPECT_EQ(::grantpt(terminal), 0);
-  EXPECT_EQ(::unlockpt(terminal), 0);
-  ChildOptions options;
-  options.err = ::ptsname(terminal);
-  const int held = ::open(options.err.c_str(), O_RDWR | O_NOCTTY);  // keeps what was written
-  std::string text;
-  std::thread reader([&] {
-    char block[4096];
-    for (;;) {
-      const ssize_t count = ::read(terminal, block, sizeof block);
-      if (count <= 0) return;  // an error once the last writer is gone
-      text.append(block, static_cast<std::size_t>(count));
-    }
-  });
-  EXPECT_EQ(waitForChild(startChild(command, options)).code, 0);
-  ::close(held);
-  reader.join();
-  ::close(terminal);
   return text;
 }
 
@@ -369,10 +332,6 @@ TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
   EXPECT_EQ(readFile(in), readFile(kFacade));
 }
 
-TEST(SolveCommand, PrintsItsHelpWithoutACommand) {
-  EXPECT_TRUE(contains(cornerpin({}).err, "Example: cornerpin solve"));
-}
-
 TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
   const TemporaryFolder folder;
   writeFile(folder / "in.csv", "track,frame,x,y\na,0,1,1\na,1,nan,1\n");
@@ -427,17 +386,6 @@ TEST(SolveCommand, EndsInOneWhenTheFolderCannotBeWritten) {
   EXPECT_EQ(cornerpin({"solve", kFacade, "-o", "/proc/out.json"}).code, 1);
 }
 
-TEST(SolveCommand, EndsInOneWhenStandardOutputIsClosed) {
-  const TemporaryFolder folder;
-  ChildOptions options;
-  options.out = "";
-  const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "out.json"}, options);
-  EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "cornerpin: standard output: Bad file descriptor\n");
-  // No line of the table has strayed into the file.
-  EXPECT_TRUE(json::accept(readFile(folder / "out.json")));
-}
-
 TEST(SolveCommand, KeepsTheOldFileWhereTheNewOneMayNotGrow) {
   const TemporaryFolder folder;
   const std::string out = folder / "out.json";
@@ -487,80 +435,29 @@ TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
   EXPECT_GT(writing, 0) << "no run was caught while it wrote";
 }
 
-namespace {
-
-// Sends a signal to a run that is writing `out`, and waits for its end.
-ChildResult interruptWhileWriting(int signal, const TemporaryFolder& folder,
-                                  const std::string& out) {
-  const std::string in = folder / "in.csv";
-  writeFile(in, "track,frame,x,y\na,0,1,1\na,300000,1,1\n");
-  writeFile(out, "old");
-  const pid_t pid = startChild({CORNERPIN_PROGRAM, "solve", in, "-o", out}, {});
-  for (int wait = 0; wait < 20000 && folder.entryCount() < 3; ++wait) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  EXPECT_EQ(folder.entryCount(), 3u) << "the run was not caught while it wrote";
-  ::kill(pid, signal);
-  return waitForChild(pid);
-}
-
-}  // namespace
-
-TEST(SolveCommand, LeavesTheOldFileAndNothingElseWhenItIsInterrupted) {
-  for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-    const TemporaryFolder folder;
-    const std::string out = folder / "out.csv";
-    EXPECT_EQ(interruptWhileWriting(signal, folder, out).signal, signal);
-    EXPECT_EQ(readFile(out), "old");
-    EXPECT_EQ(folder.entryCount(), 2u) << "signal " << signal;
-  }
-}
-
-// As under nohup, and in the background of a shell's script.
-TEST(SolveCommand, GoesOnWhereItsCallerIgnoresTheSignal) {
-  const TemporaryFolder folder;
-  const std::string out = folder / "out.csv";
-  const auto before = ::signal(SIGHUP, SIG_IGN);
-  const ChildResult result = interruptWhileWriting(SIGHUP, folder, out);
-  ::signal(SIGHUP, before);
-  EXPECT_EQ(result.code, 4);
-  EXPECT_GT(readFile(out).size(), 300000u);
-}
-
-TEST(SolveCommand, DrawsABarOnlyOnATerminalAndClearsIt) {
+TEST(SolveCommand, DrawsABarOnATerminalAndClearsIt) {
   const TemporaryFolder folder;
   std::string text;
   for (int frames = 500; text.empty() && frames <= 128000; frames *= 4) {  // until it takes long
     writeFile(folder / "in.csv", stillShot(150, frames));
-    text = errorsOnATerminal({CORNERPIN_PROGRAM, "solve", folder / "in.csv"});
+    text = writtenOnATerminal([&](const std::string& terminal) {
+      ChildOptions options;
+      options.err = terminal;
+      EXPECT_EQ(cornerpin({"solve", folder / "in.csv"}, options).code, 0);
+    });
   }
   EXPECT_TRUE(contains(text, "solving [")) << text;
-  EXPECT_TRUE(contains(text, "\r\033[K"));
   EXPECT_EQ(text.rfind("\r\033[K"), text.size() - 4);
-  EXPECT_EQ(cornerpin({"solve", folder / "in.csv"}).err, "");
 }
 
-TEST(SolveCommand, StartsItsHelpWithAnExample) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"--help"}, {"solve", "--help"}}) {
-    const Outcome run = cornerpin(arguments);
-    EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
-  }
-  const std::string help = cornerpin({"solve", "--help"}).out;
-  for (const char* option : {"--output", "--format", "--json", "--base", "--quads", "--drop",
-                             "--keep", "--explain", "--units", "Exit codes"}) {
-    EXPECT_TRUE(contains(help, option)) << option;
-  }
-}
-
-TEST(SolveCommand, SaysWhenItsHelpCannotBeWritten) {
-  ChildOptions options;
-  options.out = "/dev/full";
-  for (const char* option : {"--help", "--version"}) {
-    const Outcome run = cornerpin({option}, options);
-    EXPECT_EQ(run.code, 1) << option;
-    EXPECT_EQ(run.err, "cornerpin: standard output: No space left on device\n") << option;
+TEST(SolveCommand, StartsItsHelpWithAnExampleAndNamesEveryOption) {
+  const Outcome run = cornerpin({"solve", "--help"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
+  for (const char* option :
+       {"--output", "--format", "--json", "--base", "--quads", "--drop", "--keep", "--explain",
+        "--units", "--loss", "--hold", "--seed", "Exit codes"}) {
+    EXPECT_TRUE(contains(run.out, option)) << option;
   }
 }
 
@@ -580,14 +477,4 @@ TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
 
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {
   EXPECT_TRUE(contains(cornerpin({"solve", "--help"}).out, "the cost is w^2 r^2"));
-}
-
-TEST(SolveCommand, NamesItsVersionAndTheLapackInUse) {
-  const Outcome run = cornerpin({"--version"});
-  EXPECT_EQ(run.code, 0);
-  int major = 0, minor = 0, patch = 0;
-  EXPECT_EQ(std::sscanf(run.out.c_str(), "cornerpin %*d.%*d.%*d\nLAPACK %d.%d.%d", &major, &minor,
-                        &patch),
-            3)
-      << run.out;
 }

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/shared_options.h"
+
+#include <gtest/gtest.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+using namespace cornerpin;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+// The option after a command line.
+template <class Option>
+Option parsed(Words words) {
+  CLI::App app;
+  Option option;
+  option.addTo(app);
+  std::reverse(words.begin(), words.end());  // the last one is parsed first
+  app.parse(words);
+  return option;
+}
+
+// The message of what `action` throws.
+template <class Action>
+std::string refusal(const Action& action) {
+  try {
+    action();
+  } catch (const std::invalid_argument& error) {
+    return error.what();
+  }
+  return "nothing thrown";
+}
+
+// Tracks a and b in the frames 1 and 2.
+Tracks smallShot() {
+  Tracks tracks;
+  tracks.names = {"a", "b"};
+  for (int frame : {1, 2}) {
+    for (int track : {0, 1}) {
+      Observation o;
+      o.track = track;
+      o.frame = frame;
+      tracks.observations.push_back(o);
+    }
+  }
+  return tracks;
+}
+
+// The weights that a command line leaves: a1, b1, a2, b2.
+std::vector<float> weightsAfter(const Words& words) {
+  Tracks tracks = smallShot();
+  parsed<SelectionOptions>(words).apply(tracks);
+  std::vector<float> weights;
+  for (const Observation& o : tracks.observations) weights.push_back(o.weight);
+  return weights;
+}
+
+}  // namespace
+
+TEST(TracksArgument, IsRequiredAndNotEmpty) {
+  EXPECT_EQ(parsed<TracksArgument>({"in.csv"}).path, "in.csv");
+  EXPECT_EQ(parsed<TracksArgument>({"-"}).path, "-");
+  EXPECT_THROW(parsed<TracksArgument>({}), CLI::RequiredError);
+  EXPECT_THROW(parsed<TracksArgument>({""}), CLI::ValidationError);
+}
+
+TEST(OutputOptions, TakeTheFormatFromTheNameUnlessItIsNamed) {
+  EXPECT_EQ(parsed<OutputOptions>({}).format(), Format::Json);
+  EXPECT_EQ(parsed<OutputOptions>({"-o", "a.JSON"}).format(), Format::Json);
+  EXPECT_EQ(parsed<OutputOptions>({"--output", "a.csv"}).format(), Format::Csv);
+  EXPECT_EQ(parsed<OutputOptions>({"-o", "a.csv", "--format", "json"}).format(), Format::Json);
+  EXPECT_EQ(parsed<OutputOptions>({"-o", "-", "--format", "csv"}).format(), Format::Csv);
+  EXPECT_EQ(refusal([] {
+              parsed<OutputOptions>({"-o", "a.txt"}).format();
+            }),
+            "\"a.txt\" ends neither in .json nor in .csv: add --format");
+}
+
+TEST(OutputOptions, RefuseUnknownFormatsAndAFormatWithoutAFile) {
+  EXPECT_THROW(parsed<OutputOptions>({"-o", "a", "--format", "xml"}), CLI::ValidationError);
+  EXPECT_THROW(parsed<OutputOptions>({"--format", "json"}), CLI::RequiresError);
+}
+
+TEST(OutputOptions, KnowStandardOutput) {
+  EXPECT_TRUE(parsed<OutputOptions>({"-o", "-"}).isStandardOutput());
+  EXPECT_FALSE(parsed<OutputOptions>({"-o", "a.csv"}).isStandardOutput());
+  EXPECT_FALSE(parsed<OutputOptions>({}).isStandardOutput());
+}
+
+TEST(JsonOption, IsAFlag) {
+  EXPECT_FALSE(parsed<JsonOption>({}).given);
+  EXPECT_TRUE(parsed<JsonOption>({"--json"}).given);
+}
+
+TEST(BaseOption, TakesAFrameOrAuto) {
+  EXPECT_EQ(parsed<BaseOption>({}).value(), std::nullopt);
+  EXPECT_EQ(parsed<BaseOption>({"--base", "auto"}).value(), std::nullopt);
+  EXPECT_EQ(parsed<BaseOption>({"--base", "33"}).value(), 33);
+  EXPECT_EQ(parsed<BaseOption>({"--base", "-4"}).value(), -4);
+  for (const char* text : {"", "first", "1.5", "1 ", "2147483648"}) {
+    EXPECT_EQ(refusal([&] { BaseOption{text}.value(); }),
+              std::string("--base takes a frame number or auto, not \"") + text + "\"");
+  }
+}
+
+TEST(ParseQuad, ReadsEightNumbers) {
+  const Quad quad = parseQuad("-1,2.5,3e1,4,5,6,7,-8");
+  EXPECT_EQ(quad[0].x, -1.0);
+  EXPECT_EQ(quad[0].y, 2.5);
+  EXPECT_EQ(quad[1].x, 30.0);
+  EXPECT_EQ(quad[3].y, -8.0);
+}
+
+TEST(ParseQuad, RefusesAnythingElse) {
+  for (const char* text :
+       {"", "1", "1,2,3,4,5,6,7", "1,2,3,4,5,6,7,8,9", "1,2,3,4,5,6,7,x", "1,2,3,4,5,6,7,inf",
+        "1;2;3;4;5;6;7;8", "1,2,3,4,5,6,7,8 ", "1,,3,4,5,6,7,8", "1,2,3,4,5,6,7,"}) {
+    EXPECT_THROW(parseQuad(text), std::invalid_argument) << text;
+  }
+}
+
+TEST(QuadOption, IsNoneUnlessGiven) {
+  EXPECT_EQ(parsed<QuadOption>({}).value(), std::nullopt);
+  EXPECT_EQ((*parsed<QuadOption>({"--quads", "1,2,3,4,5,6,7,8"}).value())[3].y, 8.0);
+  EXPECT_THROW(parsed<QuadOption>({"--quads", "1,2"}).value(), std::invalid_argument);
+  EXPECT_THROW(parsed<QuadOption>({"--quads", ""}), CLI::ValidationError);
+}
+
+TEST(SelectionOptions, MayBeGivenMoreThanOnce) {
+  EXPECT_EQ(weightsAfter({}), (std::vector<float>{1, 1, 1, 1}));
+  EXPECT_EQ(weightsAfter({"--drop", "a:1", "--drop", "b:2"}), (std::vector<float>{0, 1, 1, 0}));
+  EXPECT_EQ(weightsAfter({"--keep", "a:1", "--keep", "b"}), (std::vector<float>{1, 1, 0, 1}));
+  EXPECT_EQ(weightsAfter({"--keep", "b", "--drop", "b:1"}), (std::vector<float>{0, 0, 0, 1}));
+}
+
+TEST(SelectionOptions, NameTheOptionThatIsRefused) {
+  EXPECT_EQ(refusal([] {
+              weightsAfter({"--drop", "c"});
+            }),
+            "--drop: \"c\" names no track of this shot");
+  EXPECT_EQ(refusal([] {
+              weightsAfter({"--keep", "a:9"});
+            }),
+            "--keep: \"a:9\" names no frame of this shot");
+  EXPECT_EQ(refusal([] {
+              weightsAfter({"--keep", "a", "--drop", "a"});
+            }),
+            "--keep and --drop leave no track");
+}
+
+TEST(UnitsOption, IsFitOrRaw) {
+  EXPECT_EQ(parsed<UnitsOption>({}).value(), Units::Fit);
+  EXPECT_EQ(parsed<UnitsOption>({"--units", "fit"}).value(), Units::Fit);
+  EXPECT_EQ(parsed<UnitsOption>({"--units", "raw"}).value(), Units::Raw);
+  EXPECT_THROW(parsed<UnitsOption>({"--units", "pixels"}), CLI::ValidationError);
+}
+
+TEST(LossOption, IsOneOfFour) {
+  EXPECT_EQ(parsed<LossOption>({}).value(), Loss::Tukey);
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    EXPECT_EQ(parsed<LossOption>({"--loss", nameOf(loss)}).value(), loss);
+  }
+  EXPECT_THROW(parsed<LossOption>({"--loss", "some"}), CLI::ValidationError);
+}
+
+TEST(HoldOption, IsAFlag) {
+  EXPECT_FALSE(parsed<HoldOption>({}).given);
+  EXPECT_TRUE(parsed<HoldOption>({"--hold"}).given);
+}
+
+TEST(SeedOption, TakesAWholeNumberOf64Bits) {
+  EXPECT_EQ(parsed<SeedOption>({}).value(), 1u);
+  EXPECT_EQ(parsed<SeedOption>({"--seed", "18446744073709551615"}).value(),
+            std::numeric_limits<std::uint64_t>::max());
+  for (const char* text : {"", "-1", "1.5", "18446744073709551616"}) {
+    EXPECT_EQ(refusal([&] { SeedOption{text}.value(); }),
+              std::string("--seed takes a whole number from 0 to 18446744073709551615, not \"") +
+                  text + "\"");
+  }
+}

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/shared_options.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <system_error>
+
+#include "shot/solve/selection.h"
+#include "tools/cornerpin/output_paths.h"
+
+namespace cornerpin {
+
+namespace {
+
+// The whole text as a number; none where anything else stands in it.
+template <class Number>
+std::optional<Number> parseWhole(const std::string& text) {
+  Number number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  return error == std::errc() && stop == end ? std::optional<Number>(number) : std::nullopt;
+}
+
+std::vector<Selected> parseLists(const char* option, const std::vector<std::string>& lists,
+                                 const Tracks& tracks) {
+  std::vector<Selected> selection;
+  for (const std::string& list : lists) {
+    try {
+      const std::vector<Selected> items = parseSelection(list, tracks);
+      selection.insert(selection.end(), items.begin(), items.end());
+    } catch (const std::invalid_argument& error) {
+      throw std::invalid_argument(std::string(option) + ": " + error.what());
+    }
+  }
+  return selection;
+}
+
+}  // namespace
+
+void TracksArgument::addTo(CLI::App& parser) {
+  parser.add_option("tracks", path, "CSV file with the tracks; - is standard input")
+      ->required()
+      ->check(refuseEmpty)
+      ->option_text(" ");
+}
+
+void OutputOptions::addTo(CLI::App& parser) {
+  CLI::Option* output =
+      parser.add_option("-o,--output", path, "Write the transforms here; .json or .csv says how")
+          ->check(refuseEmpty)
+          ->option_text("FILE");
+  parser.add_option("--format", formatName, "Write json or csv whatever the file's name")
+      ->check(CLI::IsMember({"json", "csv"}))
+      ->needs(output)
+      ->option_text("NAME");
+}
+
+bool OutputOptions::isStandardOutput() const { return cornerpin::isStandardOutput(path); }
+
+Format OutputOptions::format() const {
+  if (formatName == "json") return Format::Json;
+  if (formatName == "csv") return Format::Csv;
+  if (path.empty()) return Format::Json;
+  const std::optional<Format> format = formatOf(path);
+  if (!format) {
+    throw std::invalid_argument("\"" + path + "\" ends neither in .json nor in .csv: add --format");
+  }
+  return *format;
+}
+
+void JsonOption::addTo(CLI::App& parser) {
+  parser.add_flag("--json", given, "Print the JSON instead of the table");
+}
+
+void BaseOption::addTo(CLI::App& parser) {
+  parser.add_option("--base", text, "Frame all others are measured from; auto: most tracks")
+      ->option_text("FRAME=auto");
+}
+
+std::optional<int> BaseOption::value() const {
+  if (text == "auto") return std::nullopt;
+  const std::optional<int> frame = parseWhole<int>(text);
+  if (!frame) {
+    throw std::invalid_argument("--base takes a frame number or auto, not \"" + text + "\"");
+  }
+  return frame;
+}
+
+Quad parseQuad(const std::string& text) {
+  std::array<double, 8> numbers{};
+  const char* at = text.data();
+  const char* end = at + text.size();
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (i > 0 && (at == end || *at++ != ',')) at = end;
+    const auto [stop, error] = std::from_chars(at, end, numbers[i]);
+    if (error != std::errc() || !std::isfinite(numbers[i])) {
+      throw std::invalid_argument("a quad is eight numbers, x0,y0,x1,y1,x2,y2,x3,y3, not \"" +
+                                  text + "\"");
+    }
+    at = stop;
+  }
+  if (at != end)
+    throw std::invalid_argument("a quad has eight numbers, not more: \"" + text + "\"");
+  Quad quad;
+  for (std::size_t i = 0; i < quad.size(); ++i) quad[i] = {numbers[2 * i], numbers[2 * i + 1]};
+  return quad;
+}
+
+void QuadOption::addTo(CLI::App& parser) {
+  parser.add_option("--quads", text, "Carry the base frame's corners x0,y0,x1,y1,x2,y2,x3,y3")
+      ->check(refuseEmpty)
+      ->option_text("CORNERS");
+}
+
+std::optional<Quad> QuadOption::value() const {
+  if (text.empty()) return std::nullopt;
+  return parseQuad(text);
+}
+
+void SelectionOptions::addTo(CLI::App& parser) {
+  parser.add_option("--drop", drop, "Leave tracks out, maybe in some frames: t042:60-81,t007")
+      ->allow_extra_args(false)
+      ->option_text("TRACKS");
+  parser.add_option("--keep", keep, "Use only these, maybe in some frames: t001,t002:1-50")
+      ->allow_extra_args(false)
+      ->option_text("TRACKS");
+}
+
+void SelectionOptions::apply(Tracks& tracks) const {
+  const std::vector<Selected> kept = parseLists("--keep", keep, tracks);
+  const std::vector<Selected> dropped = parseLists("--drop", drop, tracks);
+  try {
+    select(tracks, kept, dropped);
+  } catch (const std::invalid_argument&) {
+    throw std::invalid_argument("--keep and --drop leave no track");
+  }
+}
+
+void UnitsOption::addTo(CLI::App& parser) {
+  parser.add_option("--units", text, "fit scales the tracks for the solver, raw does not")
+      ->check(CLI::IsMember({"fit", "raw"}))
+      ->option_text("NAME=fit");
+}
+
+Units UnitsOption::value() const { return text == "raw" ? Units::Raw : Units::Fit; }
+
+void LossOption::addTo(CLI::App& parser) {
+  parser.add_option("--loss", text, "tukey ignores far-off tracks, cauchy and huber weaken them")
+      ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
+      ->option_text("NAME=tukey");
+}
+
+Loss LossOption::value() const {
+  if (text == "none") return Loss::None;
+  if (text == "huber") return Loss::Huber;
+  return text == "cauchy" ? Loss::Cauchy : Loss::Tukey;
+}
+
+void HoldOption::addTo(CLI::App& parser) {
+  parser.add_flag("--hold", given, "Hold frames with too few tracks, not give them a simpler move");
+}
+
+void SeedOption::addTo(CLI::App& parser) {
+  parser
+      .add_option("--seed", text, "Start of the random samples of --loss; same seed, same result")
+      ->option_text("NUMBER=1");
+}
+
+std::uint64_t SeedOption::value() const {
+  const std::optional<std::uint64_t> seed = parseWhole<std::uint64_t>(text);
+  if (!seed) {
+    throw std::invalid_argument("--seed takes a whole number from 0 to " +
+                                std::to_string(std::numeric_limits<std::uint64_t>::max()) +
+                                ", not \"" + text + "\"");
+  }
+  return *seed;
+}
+
+std::string refuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
+
+}  // namespace cornerpin

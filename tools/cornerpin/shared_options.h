@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef TOOLS_CORNERPIN_SHARED_OPTIONS_H
+#define TOOLS_CORNERPIN_SHARED_OPTIONS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "shot/files/result_file.h"
+#include "shot/plane/points.h"
+#include "shot/solve/shot_solver.h"
+#include "shot/solve/tracks.h"
+
+namespace CLI {
+class App;
+}
+
+/// The options that several subcommands take. Each is defined here and nowhere else: its name, its
+/// line in the help, and what its text means. A subcommand holds those that it takes, adds them in
+/// the order of its help, and asks for their values once all arguments are parsed. A text that is
+/// refused throws `std::invalid_argument` with a message that names the option or the text.
+namespace cornerpin {
+
+/// The file with the tracks; "-" is standard input.
+struct TracksArgument {
+  std::string path;
+  void addTo(CLI::App& parser);
+};
+
+/// -o and --format: the file that is written, none when the path is empty.
+struct OutputOptions {
+  std::string path;
+  std::string formatName;
+  void addTo(CLI::App& parser);
+  bool isStandardOutput() const;
+  /// As named, else by the path's extension; JSON without a file.
+  Format format() const;
+};
+
+/// --json: the result as JSON on standard output.
+struct JsonOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
+/// --base: a frame number, or none for "auto".
+struct BaseOption {
+  std::string text = "auto";
+  void addTo(CLI::App& parser);
+  std::optional<int> value() const;
+};
+
+/// Reads "x0,y0,x1,y1,x2,y2,x3,y3".
+Quad parseQuad(const std::string& text);
+
+/// --quads: four corners in the base frame.
+struct QuadOption {
+  std::string text;
+  void addTo(CLI::App& parser);
+  std::optional<Quad> value() const;
+};
+
+/// --drop and --keep: which tracks count, and where.
+struct SelectionOptions {
+  std::vector<std::string> drop;
+  std::vector<std::string> keep;
+  void addTo(CLI::App& parser);
+  /// What is not selected stays with weight 0 (`select`).
+  void apply(Tracks& tracks) const;
+};
+
+/// --units: the coordinates that the solver works in.
+struct UnitsOption {
+  std::string text = "fit";
+  void addTo(CLI::App& parser);
+  Units value() const;
+};
+
+/// --loss: how far-off tracks count.
+struct LossOption {
+  std::string text = "tukey";
+  void addTo(CLI::App& parser);
+  Loss value() const;
+};
+
+/// --hold: frames with too few tracks are held, not reduced.
+struct HoldOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
+/// --seed: of the random samples.
+struct SeedOption {
+  std::string text = "1";
+  void addTo(CLI::App& parser);
+  std::uint64_t value() const;
+};
+
+/// Refuses an empty text, as a script's unset variable gives one: the reason, or empty.
+std::string refuseEmpty(const std::string& text);
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/solve_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "shot/files/explanation_csv.h"
+#include "shot/files/output_file.h"
+#include "shot/files/result_file.h"
+#include "shot/files/summary.h"
+#include "shot/files/track_csv.h"
+#include "shot/solve/shot_solver.h"
+#include "tools/cornerpin/output_paths.h"
+#include "tools/cornerpin/progress_bar.h"
+#include "tools/cornerpin/shared_options.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr const char* kHelp =
+    "Example: cornerpin solve shot.csv -o shot.json\n\n"
+    "Reads tracks, finds for every frame the 3x3 transform that carries the tracks' places in\n"
+    "the base frame to their places there, and says how well it fits.\n\n"
+    "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
+    "row for each track and frame where the track is seen. The weight w multiplies a track's\n"
+    "distance r from the fit, so its square multiplies the square: the cost is w^2 r^2, and\n"
+    "weight 0.5 counts a quarter of weight 1. Weight 0 is the same as no row. Only tracks seen in\n"
+    "the base frame take part.\n";
+
+constexpr const char* kExitCodes =
+    "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
+    "4 written, but some frames were not solved in full: their tracks allow only a simpler\n"
+    "transform, or none, and the neighbour's is held.";
+
+struct Arguments {
+  TracksArgument input;
+  OutputOptions output;
+  JsonOption json;
+  BaseOption base;
+  QuadOption quad;
+  SelectionOptions selection;
+  std::string explanation;
+  UnitsOption units;
+  LossOption loss;
+  HoldOption hold;
+  SeedOption seed;
+};
+
+void addTo(CLI::App& parser, Arguments& arguments) {
+  arguments.input.addTo(parser);
+  arguments.output.addTo(parser);
+  arguments.json.addTo(parser);
+  arguments.base.addTo(parser);
+  arguments.quad.addTo(parser);
+  arguments.selection.addTo(parser);
+  parser
+      .add_option("--explain", arguments.explanation,
+                  "Write as CSV how much each track pulls on each frame")
+      ->check(refuseEmpty)
+      ->option_text("FILE");
+  arguments.units.addTo(parser);
+  arguments.loss.addTo(parser);
+  arguments.hold.addTo(parser);
+  arguments.seed.addTo(parser);
+}
+
+SolveOptions optionsOf(const Arguments& arguments) {
+  SolveOptions options;
+  options.base = arguments.base.value();
+  options.units = arguments.units.value();
+  options.loss = arguments.loss.value();
+  options.reduce = !arguments.hold.given;
+  options.seed = arguments.seed.value();
+  options.corners = arguments.quad.value();
+  options.influences = !arguments.explanation.empty();
+  return options;
+}
+
+// Refuses outputs that would replace the input or one another.
+void checkOutputs(const Arguments& arguments) {
+  const std::string& output = arguments.output.path;
+  const bool onStandardOutput = arguments.output.isStandardOutput();
+  if (onStandardOutput && arguments.json.given) {
+    throw std::invalid_argument("--json and -o both want standard output");
+  }
+  if (!onStandardOutput) refuseInput(arguments.input.path, output);
+  refuseInput(arguments.input.path, arguments.explanation);
+  refuseSame("-o", output, "--explain", arguments.explanation);
+  if (isStandardOutput(arguments.explanation)) {
+    throw std::invalid_argument("--explain wants a file");
+  }
+}
+
+ShotResult solveWithBar(const Tracks& tracks, const SolveOptions& options) {
+  ProgressBar bar;
+  return solveShot(tracks, options,
+                   [&](std::size_t done, std::size_t total) { bar.update(done, total); });
+}
+
+void writeExplanation(const std::string& path, const Tracks& tracks, const ShotResult& result) {
+  OutputFile out(path);
+  writeExplanationCsv(result, tracks, out);
+  out.commit();
+}
+
+int run(const Arguments& arguments) {
+  const SolveOptions options = optionsOf(arguments);
+  const std::optional<Quad>& quad = options.corners;
+  if (quad && arguments.output.path.empty() && arguments.explanation.empty() &&
+      !arguments.json.given) {
+    throw std::invalid_argument("--quads: the table has no corners: add -o FILE or --json");
+  }
+  const Format format = arguments.output.format();
+  checkOutputs(arguments);
+
+  Tracks tracks = readTracks(arguments.input.path);
+  arguments.selection.apply(tracks);
+  const ShotResult result = solveWithBar(tracks, options);
+  if (!arguments.explanation.empty()) writeExplanation(arguments.explanation, tracks, result);
+  const auto write = [&](const std::string& path, Format as) {
+    OutputFile out(path);
+    writeResult(result, as, quad, out);
+    out.commit();
+  };
+  const bool onStandardOutput = arguments.output.isStandardOutput();
+  if (!arguments.output.path.empty()) write(onStandardOutput ? "-" : arguments.output.path, format);
+  if (arguments.json.given) {
+    write("-", Format::Json);
+  } else if (!onStandardOutput) {
+    print(summaryTable(result));
+  }
+  const Summary summary = summarise(result);
+  return summary.held + summary.reduced > 0 ? kDegraded : kSolved;
+}
+
+}  // namespace
+
+Command addSolve(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& parser =
+      addParser(app, "solve", "Find the transform of every frame", kHelp, kExitCodes);
+  addTo(parser, *arguments);
+  return {&parser, [arguments] { return run(*arguments); }};
+}
+
+}  // namespace cornerpin
