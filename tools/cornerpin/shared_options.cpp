@@ -50,10 +50,11 @@ void TracksArgument::addTo(CLI::App& parser) {
 
 void OutputOptions::addTo(CLI::App& parser) {
   CLI::Option* output =
-      parser.add_option("-o,--output", path, "Write the transforms here; .json or .csv says how")
+      parser
+          .add_option("-o,--output", path, "Write the transforms to this file, named .json or .csv")
           ->check(refuseEmpty)
           ->option_text("FILE");
-  parser.add_option("--format", formatName, "Write json or csv whatever the file's name")
+  parser.add_option("--format", formatName, "Write json or csv, whatever the file's name")
       ->check(CLI::IsMember({"json", "csv"}))
       ->needs(output)
       ->option_text("NAME");
@@ -73,11 +74,11 @@ Format OutputOptions::format() const {
 }
 
 void JsonOption::addTo(CLI::App& parser) {
-  parser.add_flag("--json", given, "Print the JSON instead of the table");
+  parser.add_flag("--json", given, "Print JSON instead of the table");
 }
 
 void BaseOption::addTo(CLI::App& parser) {
-  parser.add_option("--base", text, "Frame all others are measured from; auto: most tracks")
+  parser.add_option("--base", text, "Frame to measure from; auto takes the one with most tracks")
       ->option_text("FRAME=auto");
 }
 
@@ -111,7 +112,7 @@ Quad parseQuad(const std::string& text) {
 }
 
 void QuadOption::addTo(CLI::App& parser) {
-  parser.add_option("--quads", text, "Carry the base frame's corners x0,y0,x1,y1,x2,y2,x3,y3")
+  parser.add_option("--quads", text, "Write where base-frame corners go: x0,y0,x1,y1,x2,y2,x3,y3")
       ->check(refuseEmpty)
       ->option_text("CORNERS");
 }
@@ -122,10 +123,10 @@ std::optional<Quad> QuadOption::value() const {
 }
 
 void SelectionOptions::addTo(CLI::App& parser) {
-  parser.add_option("--drop", drop, "Leave tracks out, maybe in some frames: t042:60-81,t007")
+  parser.add_option("--drop", drop, "Leave out tracks, or some of their frames: t007,t042:60-81")
       ->allow_extra_args(false)
       ->option_text("TRACKS");
-  parser.add_option("--keep", keep, "Use only these, maybe in some frames: t001,t002:1-50")
+  parser.add_option("--keep", keep, "Use only these tracks, or frames of them: t001,t002:1-50")
       ->allow_extra_args(false)
       ->option_text("TRACKS");
 }
@@ -161,12 +162,11 @@ Loss LossOption::value() const {
 }
 
 void HoldOption::addTo(CLI::App& parser) {
-  parser.add_flag("--hold", given, "Hold frames with too few tracks, not give them a simpler move");
+  parser.add_flag("--hold", given, "Frames with too few tracks take the neighbour's transform");
 }
 
 void SeedOption::addTo(CLI::App& parser) {
-  parser
-      .add_option("--seed", text, "Start of the random samples of --loss; same seed, same result")
+  parser.add_option("--seed", text, "Seed of random choices; the same seed, the same result")
       ->option_text("NUMBER=1");
 }
 

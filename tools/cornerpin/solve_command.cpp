@@ -23,18 +23,21 @@ namespace {
 
 constexpr const char* kHelp =
     "Example: cornerpin solve shot.csv -o shot.json\n\n"
-    "Reads tracks, finds for every frame the 3x3 transform that carries the tracks' places in\n"
-    "the base frame to their places there, and says how well it fits.\n\n"
+    "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries the\n"
+    "tracks from where they are in the base frame to where they are in that frame. Prints how "
+    "well\n"
+    "it fits.\n\n"
     "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
-    "row for each track and frame where the track is seen. The weight w multiplies a track's\n"
-    "distance r from the fit, so its square multiplies the square: the cost is w^2 r^2, and\n"
-    "weight 0.5 counts a quarter of weight 1. Weight 0 is the same as no row. Only tracks seen in\n"
-    "the base frame take part.\n";
+    "row for each track and frame where the track is seen. A track's distance r from the fit is\n"
+    "multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter "
+    "of\n"
+    "one of weight 1. Weight 0 is the same as no row. Only tracks seen in the base frame take "
+    "part.\n";
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
-    "4 written, but some frames were not solved in full: their tracks allow only a simpler\n"
-    "transform, or none, and the neighbour's is held.";
+    "4 written, but not every frame is solved in full: where its tracks allow only a simpler\n"
+    "transform a frame gets that one, and where they allow none its neighbour's.";
 
 struct Arguments {
   TracksArgument input;
@@ -59,7 +62,7 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.selection.addTo(parser);
   parser
       .add_option("--explain", arguments.explanation,
-                  "Write as CSV how much each track pulls on each frame")
+                  "Write a CSV file of how much each track pulls on each frame")
       ->check(refuseEmpty)
       ->option_text("FILE");
   arguments.units.addTo(parser);
