@@ -2,6 +2,7 @@
 #include "tests/support/process.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +20,14 @@ void addStream(posix_spawn_file_actions_t* actions, int fd, const std::string& n
   } else {
     ::posix_spawn_file_actions_addopen(actions, fd, name.c_str(), flags, 0666);
   }
+}
+
+void setDefaultSignals(posix_spawnattr_t* attributes, const std::vector<int>& signals) {
+  sigset_t set;
+  ::sigemptyset(&set);
+  for (int signal : signals) ::sigaddset(&set, signal);
+  ::posix_spawnattr_setsigdefault(attributes, &set);
+  ::posix_spawnattr_setflags(attributes, POSIX_SPAWN_SETSIGDEF);
 }
 
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
@@ -39,9 +48,13 @@ pid_t startChild(const std::vector<std::string>& command, const ChildOptions& op
   addStream(&actions, 2, options.err, output);
   std::vector<std::string> environment = options.environment;
   for (char** entry = environ; *entry; ++entry) environment.push_back(*entry);
+  posix_spawnattr_t attributes;
+  ::posix_spawnattr_init(&attributes);
+  setDefaultSignals(&attributes, options.defaultSignals);
   pid_t pid = 0;
-  const int error = ::posix_spawn(&pid, command[0].c_str(), &actions, nullptr,
+  const int error = ::posix_spawn(&pid, command[0].c_str(), &actions, &attributes,
                                   pointers(command).data(), pointers(environment).data());
+  ::posix_spawnattr_destroy(&attributes);
   ::posix_spawn_file_actions_destroy(&actions);
   if (error != 0) throw std::runtime_error("cannot start " + command[0]);
   return pid;

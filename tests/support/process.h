@@ -14,6 +14,7 @@ struct ChildOptions {
   std::string out = "/dev/null";
   std::string err = "/dev/null";
   std::vector<std::string> environment;  // NAME=VALUE, on top of this process's
+  std::vector<int> defaultSignals;       // end the child even where this process ignores them
 };
 
 struct ChildResult {
