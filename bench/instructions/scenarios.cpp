@@ -25,10 +25,10 @@ namespace {
 constexpr const char* kVariant = "avx2";
 
 bool useFixedKernels() {
-  const auto& list = cornerpin::kernels::frameKernelVariants();
-  for (int v = 0; v < list.count; ++v) {
-    if (std::strcmp(list.variants[v]->name, kVariant) != 0) continue;
-    cornerpin::kernels::useFrameKernels(list.variants[v]);
+  auto& variants = cornerpin::kernels::frameKernelVariants();
+  for (const auto* kernels : variants) {
+    if (std::strcmp(kernels->name, kVariant) != 0) continue;
+    variants.use(*kernels);
     return true;
   }
   return false;

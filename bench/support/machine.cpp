@@ -5,7 +5,7 @@
 
 #include <fstream>
 
-#include "cornerpin/solver/kernels/frame_kernels.h"
+#include "cornerpin/internal/cpu.h"
 
 namespace bench {
 
@@ -38,12 +38,16 @@ std::string compilerName() {
 #endif
 }
 
+std::string kernelsName() {
+  if (cornerpin::internal::hasAvx512()) return "avx512";
+  return cornerpin::internal::hasAvx2() ? "avx2" : "scalar";
+}
+
 }  // namespace
 
 Machine thisMachine() {
-  const auto& variants = cornerpin::kernels::frameKernelVariants();
   return {processorName(), compilerName(), providerOf("sgetri_"), providerOf("strsm_"),
-          variants.variants[variants.count - 1]->name};
+          kernelsName()};
 }
 
 }  // namespace bench

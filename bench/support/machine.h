@@ -12,7 +12,7 @@ struct Machine {
   std::string compiler;
   std::string lapack;   // the file whose LAPACK this process uses, whatever else is loaded
   std::string blas;     // likewise
-  std::string kernels;  // the library's kernel variant in use
+  std::string kernels;  // the best of the library's kernel variants that the processor runs
 };
 
 Machine thisMachine();

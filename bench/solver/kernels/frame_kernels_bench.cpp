@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "bench/support/shot.h"
+#include "cornerpin/solver/matchmove.h"
+
 namespace {
 
 using cornerpin::kernels::ActiveTracks;
@@ -78,10 +81,17 @@ void frameSystem(benchmark::State& state, const FrameKernels* kernels) {
   }
 }
 
-const int registered = [] {
-  const auto& list = cornerpin::kernels::frameKernelVariants();
-  for (int v = 0; v < list.count; ++v) {
-    const FrameKernels* kernels = list.variants[v];
+// A whole solve of 100 frames.
+void solve(benchmark::State& state, const FrameKernels* kernels) {
+  MMatchmove scene;
+  bench::fill(scene, bench::syntheticShot(static_cast<int>(state.range(0)), 100));
+  cornerpin::kernels::frameKernelVariants().use(*kernels);
+  for (auto _ : state) scene.solve();
+  cornerpin::kernels::frameKernelVariants().useBest();
+}
+
+const bool registered = [] {
+  for (const FrameKernels* kernels : cornerpin::kernels::frameKernelVariants()) {
     const auto add = [kernels](const std::string& name, auto* function) {
       benchmark::RegisterBenchmark((name + "/" + kernels->name).c_str(), function, kernels)
           ->Arg(8)
@@ -93,8 +103,9 @@ const int registered = [] {
     add("differences", differences);
     add("normalSystem", normalSystem);
     add("frameSystem", frameSystem);
+    add("solve", solve);
   }
-  return list.count;
+  return true;
 }();
 
 }  // namespace

@@ -2,7 +2,7 @@
 #ifndef CORNERPIN_FOUNDATION_KERNELS_SUM_SQUARES_H
 #define CORNERPIN_FOUNDATION_KERNELS_SUM_SQUARES_H
 
-#include "cornerpin/export.h"
+#include "cornerpin/internal/kernel_variants.h"
 
 // Private: `scalar` is the definition; every other variant returns the same bits.
 namespace cornerpin::kernels {
@@ -11,24 +11,19 @@ namespace cornerpin::kernels {
 // belongs to the result: neighbours, then pairs of pairs.
 using SumSquares = float (*)(const float* p, int n);
 
-struct SumSquaresVariant {
+struct SumSquaresKernel {
   const char* name;
   SumSquares run;
 };
 
+// What the variants call of each other.
 float sumSquaresScalar(const float* p, int n);
 float sumSquaresAvx2(const float* p, int n);
-float sumSquaresAvx512(const float* p, int n);
 
-// Every variant that this processor runs, the definition first and the best one last; returns how
-// many.
-CORNERPIN_API int sumSquaresVariants(SumSquaresVariant variants[3]);
+internal::KernelVariants<SumSquaresKernel>& sumSquaresVariants();
 
-// The variant in use: the best one, unless a test has chosen another.
+// The variant in use.
 SumSquares sumSquares();
-
-// For tests: the variant to use from now on; null goes back to the best one.
-CORNERPIN_API void useSumSquares(SumSquares variant);
 
 }  // namespace cornerpin::kernels
 

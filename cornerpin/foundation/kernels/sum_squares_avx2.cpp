@@ -38,4 +38,6 @@ float sumSquaresAvx2(const float* p, int n) {
   return sumSquaresAvx2(p, n / 2) + sumSquaresAvx2(p + n / 2, n / 2);
 }
 
+extern const SumSquaresKernel avx2SumSquares = {"avx2", sumSquaresAvx2};
+
 }  // namespace cornerpin::kernels

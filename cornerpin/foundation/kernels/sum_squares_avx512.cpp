@@ -27,12 +27,14 @@ float sumOf64(const float* p) {
   return _mm_cvtss_f32(_mm_hadd_ps(halves, halves));
 }
 
-}  // namespace
-
 float sumSquaresAvx512(const float* p, int n) {
   if (n < 64) return sumSquaresAvx2(p, n);
   if (n == 64) return sumOf64(p);
   return sumSquaresAvx512(p, n / 2) + sumSquaresAvx512(p + n / 2, n / 2);
 }
+
+}  // namespace
+
+extern const SumSquaresKernel avx512SumSquares = {"avx512", sumSquaresAvx512};
 
 }  // namespace cornerpin::kernels

@@ -5,45 +5,22 @@
 
 namespace cornerpin::kernels {
 
-#ifdef CORNERPIN_HAVE_AVX2
 extern const FrameKernels avx2FrameKernels;
-#endif
-#ifdef CORNERPIN_HAVE_AVX512
 extern const FrameKernels avx512FrameKernels;
-#endif
 
-const FrameKernelsList& frameKernelVariants() {
-  static const FrameKernelsList list = [] {
-    FrameKernelsList available{};
-    available.variants[available.count++] = &scalarFrameKernels;
+internal::KernelVariants<FrameKernels>& frameKernelVariants() {
+  static internal::KernelVariants<FrameKernels> variants = {
+      {scalarFrameKernels, true},
 #ifdef CORNERPIN_HAVE_AVX2
-    if (internal::hasAvx2()) available.variants[available.count++] = &avx2FrameKernels;
+      {avx2FrameKernels, internal::hasAvx2()},
 #endif
 #ifdef CORNERPIN_HAVE_AVX512
-    if (internal::hasAvx512()) available.variants[available.count++] = &avx512FrameKernels;
+      {avx512FrameKernels, internal::hasAvx512()},
 #endif
-    return available;
-  }();
-  return list;
+  };
+  return variants;
 }
 
-namespace {
-
-const FrameKernels* best() {
-  return frameKernelVariants().variants[frameKernelVariants().count - 1];
-}
-
-const FrameKernels*& chosen() {
-  static const FrameKernels* variant = best();
-  return variant;
-}
-
-}  // namespace
-
-const FrameKernels& frameKernels() { return *chosen(); }
-
-void useFrameKernels(const FrameKernels* kernels) {
-  chosen() = kernels != nullptr ? kernels : best();
-}
+const FrameKernels& frameKernels() { return frameKernelVariants().inUse(); }
 
 }  // namespace cornerpin::kernels

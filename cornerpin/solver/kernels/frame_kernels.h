@@ -2,9 +2,7 @@
 #ifndef CORNERPIN_SOLVER_KERNELS_FRAME_KERNELS_H
 #define CORNERPIN_SOLVER_KERNELS_FRAME_KERNELS_H
 
-#include <cstddef>
-
-#include "cornerpin/export.h"
+#include "cornerpin/internal/kernel_variants.h"
 
 // Private: the loops of a frame's fit. `scalar` is the definition of each; every other variant
 // returns the same bits.
@@ -57,21 +55,13 @@ struct FrameKernels {
   FrameSystem frameSystem;
 };
 
-CORNERPIN_API extern const FrameKernels scalarFrameKernels;
+// What the variants call of each other.
+extern const FrameKernels scalarFrameKernels;
 
-// Every variant that this build has and this processor runs, the definition first and the best
-// one last.
-struct FrameKernelsList {
-  const FrameKernels* variants[3];
-  int count;
-};
-CORNERPIN_API const FrameKernelsList& frameKernelVariants();
+internal::KernelVariants<FrameKernels>& frameKernelVariants();
 
-// The variant in use: the best one, unless a test has chosen another.
+// The variant in use.
 const FrameKernels& frameKernels();
-
-// For tests: the variant to use from now on; null goes back to the best one.
-CORNERPIN_API void useFrameKernels(const FrameKernels* kernels);
 
 }  // namespace cornerpin::kernels
 

@@ -6,21 +6,31 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <random>
+#include <set>
+#include <string>
 #include <vector>
 
+#include "cornerpin/solver/kernels/frame_kernels_avx512.h"
+#include "cornerpin/solver/lm_solver.h"
+#include "cornerpin/solver/matchmove.h"
+#include "cornerpin/solver/matchmove_problem.h"
+#include "tests/solver/client_problems.h"
+#include "tests/solver/shots.h"
 #include "tests/support/awkward.h"
+#include "tests/support/processor.h"
 #include "tests/support/scene.h"
 
 namespace {
 
 using cornerpin::kernels::ActiveTracks;
 using cornerpin::kernels::FrameKernels;
+using cornerpin::kernels::frameKernelVariants;
 using cornerpin::kernels::kParameters;
 
 std::vector<const FrameKernels*> variants() {
-  const auto& list = cornerpin::kernels::frameKernelVariants();
-  return {list.variants, list.variants + list.count};
+  return {frameKernelVariants().begin(), frameKernelVariants().end()};
 }
 
 constexpr int kLongest = 4096;
@@ -140,7 +150,117 @@ void expectPrefixes(const std::vector<float>& expected, int perTrack, const char
   }
 }
 
+// Whether the AVX-512 variant needs no other to form the system; nothing where it is not the best.
+std::optional<bool> avx512FormsItself([[maybe_unused]] const float* h,
+                                      [[maybe_unused]] const ActiveTracks& tracks,
+                                      [[maybe_unused]] const float* values,
+                                      [[maybe_unused]] const float* goal) {
+#ifdef CORNERPIN_HAVE_AVX512
+  if (std::strcmp(frameKernelVariants().best().name, "avx512") == 0) {
+    double a[kParameters * kParameters];
+    float g[kParameters];
+    return cornerpin::kernels::avx512::formSystem(h, tracks, values, goal, a, g);
+  }
+#endif
+  return std::nullopt;
+}
+
+// The best variant, counting its calls.
+struct Calls {
+  int project, residuals, differences, normalSystem, frameSystem;
+};
+Calls calls;
+
+const FrameKernels& best() { return frameKernelVariants().best(); }
+const FrameKernels counting = {
+    "counting",
+    [](const float* h, const ActiveTracks& tracks, float* values) {
+      ++calls.project;
+      best().project(h, tracks, values);
+    },
+    [](const float* h, const ActiveTracks& tracks, const float* goal, float* values,
+       float* residuals) {
+      ++calls.residuals;
+      best().residuals(h, tracks, goal, values, residuals);
+    },
+    [](const float* h, const ActiveTracks& tracks, const float* values, float* rows) {
+      ++calls.differences;
+      best().differences(h, tracks, values, rows);
+    },
+    [](const float* rows, const float* goal, const float* values, int m, double* a, float* g) {
+      ++calls.normalSystem;
+      best().normalSystem(rows, goal, values, m, a, g);
+    },
+    [](const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
+       double* a, float* g) {
+      ++calls.frameSystem;
+      best().frameSystem(h, tracks, values, goal, a, g);
+    }};
+
+// What `work` calls of the variant in use.
+template <class Work>
+Calls callsOf(const Work& work) {
+  calls = {};
+  frameKernelVariants().use(counting);
+  work();
+  frameKernelVariants().useBest();
+  return calls;
+}
+
 }  // namespace
+
+TEST(FrameKernels, VariantsAreThoseThatTheProcessorReports) {
+  std::vector<std::string> names;
+  std::set<cornerpin::kernels::FrameSystem> systems;
+  for (const FrameKernels* kernels : variants()) {
+    names.emplace_back(kernels->name);
+    systems.insert(kernels->frameSystem);
+  }
+  EXPECT_EQ(names, processor::kernelVariants());
+  EXPECT_EQ(systems.size(), names.size()) << "two variants form systems with one function";
+}
+
+TEST(FrameKernels, UsesTheBestVariantUnlessAnotherIsChosen) {
+  const std::string expected = processor::kernelVariants().back();
+  EXPECT_EQ(cornerpin::kernels::frameKernels().name, expected);
+  frameKernelVariants().use(*variants()[0]);
+  EXPECT_STREQ(cornerpin::kernels::frameKernels().name, "scalar");
+  frameKernelVariants().useBest();
+  EXPECT_EQ(cornerpin::kernels::frameKernels().name, expected);
+}
+
+TEST(FrameKernels, SolvesUseTheVariantThatIsChosen) {
+  MMatchmove scene = shots::panningShot(3, 1);
+  const Calls found = callsOf([&scene] { scene.solve(); });
+  // Two frames, each with a start and at least one step.
+  EXPECT_GE(found.residuals, 4);
+  EXPECT_GE(found.frameSystem, 2);
+}
+
+TEST(FrameKernels, ProblemsUseTheVariantThatIsChosen) {
+  MMatchmove scene = shots::panningShot(3, 1);
+  scene.setupOutputs();
+  scene.solveBaseFrame();
+  MMatchmoveProblem problem(&scene, 2);
+  const Calls values = callsOf([&problem] {
+    problem.setX(scenes::vectorOf({1, 0, 0, 0, 1, 0, 0, 0}));
+    MGenVector<float> y;
+    problem.evalY(y);
+  });
+  EXPECT_EQ(values.project, 1);
+  const Calls slopes = callsOf([&problem] {
+    MGenMatrix<float> dy;
+    problem.evalDy(dy);
+  });
+  EXPECT_EQ(slopes.differences, 1);
+}
+
+TEST(FrameKernels, SolversOfEightParametersUseTheVariantThatIsChosen) {
+  clients::Identity problem;
+  MLMSolver solver;
+  clients::prepare(solver, problem, {0, 0, 0, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7, 8});
+  EXPECT_GE(callsOf([&solver] { solver.solve(); }).normalSystem, 1);
+}
 
 TEST(FrameKernels, EveryVariantProjectsToTheDefinitionsBits) {
   forEveryKind([](int n, int offset, awkward::Kind kind) {
@@ -304,6 +424,18 @@ TEST(FrameKernels, EveryVariantFormsTheSystemOfAnyNumberOfTracks) {
   }
 }
 
+TEST(FrameKernels, Avx512NeedsNoOtherVariantForOrdinaryTracks) {
+  Projection projection(300, 7, awkward::Kind::Plain);
+  projection.makeTransformModest();
+  const std::vector<float> values = projection.values(*variants()[0]);
+  const auto goal = projection.floats.block(2 * 300, 7, awkward::Kind::Plain);
+  for (int n = 0; n <= 300; ++n) {
+    const ActiveTracks tracks = projection.first(n);
+    EXPECT_NE(avx512FormsItself(projection.h.data(), tracks, values.data(), goal.data()), false)
+        << n;
+  }
+}
+
 TEST(FrameKernels, EveryVariantDividesEveryMantissaByTheStep) {
   // All of the transform is next to nothing: with the step in element 0, x goes to weight x step.
   const float h[9] = {0, 0, 0, 0, 0, 0, 0x1p-70f, 0x1p-70f, 1};
@@ -382,6 +514,7 @@ TEST(FrameKernels, EveryVariantRoundsGradientsByWayOfDouble) {
                            static_cast<double>(row) * static_cast<double>(difference);
         if (std::fma(row, difference, before) == static_cast<float>(sum)) continue;
         ++found;
+        EXPECT_NE(avx512FormsItself(h, {x, y, weight, 2}, values, goal), true);
         const System expected(definition, rows, goal, values, 4);
         for (const FrameKernels* kernels : variants()) {
           const System system(*kernels, h, {x, y, weight, 2}, values, goal);
@@ -399,13 +532,13 @@ TEST(FrameKernels, EveryVariantSolvesShotsToTheSameBits) {
     const reference::Scene shot = scenes::randomShot(seed);
     scenes::Bits expected;
     for (const FrameKernels* kernels : variants()) {
-      cornerpin::kernels::useFrameKernels(kernels);
+      frameKernelVariants().use(*kernels);
       MMatchmove scene;
       scenes::fill(scene, shot, seed);
       const scenes::Bits result = scenes::resultOf(scene, scenes::solve(scene));
       if (expected.empty()) expected = result;
       EXPECT_EQ(result, expected) << kernels->name << " seed " << seed;
     }
-    cornerpin::kernels::useFrameKernels(nullptr);
+    frameKernelVariants().useBest();
   }
 }
