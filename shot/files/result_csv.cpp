@@ -37,11 +37,10 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
     }
   }
   text += csvFigures(frame);
-  const std::string why = solved
-                              ? describe(frame.verdict.origin, static_cast<std::size_t>(frame.good),
-                                         static_cast<std::size_t>(frame.tracks))
-                              : std::string();
-  return text + fmt::format(",{},{}\n", csvText(why), csvText(reasonOf(frame.verdict)));
+  return text + fmt::format(",{},{},{}\n", csvText(whyOf(frame)), csvText(reasonOf(frame.verdict)),
+                            solved
+                                ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width))
+                                : ",");
 }
 
 }  // namespace
@@ -50,7 +49,8 @@ void writeResultCsv(const ShotResult& result, const std::optional<Quad>& quad, O
   out.write(
       "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage");
   if (quad) out.write(",qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3");
-  out.write(",model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason\n");
+  out.write(
+      ",model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width\n");
   for (const FrameResult& frame : result.frames) out.write(csvFrame(result, frame, quad));
 }
 

@@ -10,9 +10,10 @@
 
 namespace cornerpin {
 
-/// Writes a result as CSV, a row for each frame (docs/json.md): the columns
+/// Writes a result as CSV, a row for each frame (docs/result.md): the columns
 /// frame,h00,h01,...,h22,rms,tracks,status,inliers,inlier_rms,scale,stage, with a quad the corners'
-/// places qx0,qy0,...,qx3,qy3, then model,on_top,noise,deviation0,...,deviation3,why,reason.
+/// places qx0,qy0,...,qx3,qy3, then model,on_top,noise,deviation0,...,deviation3,why,reason,
+/// loss,width.
 ///
 /// What has no value is empty: the rms of a frame without active tracks, the scale with loss none,
 /// what only some frames have, and a corner on or behind the horizon.

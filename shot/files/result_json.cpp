@@ -1,107 +1,116 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/files/result_json.h"
 
-#include <fmt/format.h>
-
-#include <cmath>
 #include <nlohmann/json.hpp>
+#include <string>
 
 namespace cornerpin {
 
 namespace {
 
-std::string jsonNumber(double value) {
-  return std::isfinite(value) ? fmt::format("{}", value) : "null";
+using Json = nlohmann::ordered_json;
+
+// Numbers that are not finite become null, bytes that are not UTF-8 the replacement character.
+std::string textOf(const Json& value) {
+  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-std::string jsonText(const std::string& text) {
-  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+Json jsonOf(const Quad& quad) {
+  Json corners = Json::array();
+  for (Point p : quad) corners.push_back({p.x, p.y});
+  return corners;
 }
 
-std::string jsonPoint(Point p) { return fmt::format("[{},{}]", jsonNumber(p.x), jsonNumber(p.y)); }
-
-std::string jsonQuad(const Quad& quad) {
-  return fmt::format("[{},{},{},{}]", jsonPoint(quad[0]), jsonPoint(quad[1]), jsonPoint(quad[2]),
-                     jsonPoint(quad[3]));
+Json jsonOf(const WorstTrack& track) {
+  const TrackStretch& s = track.stretch;
+  return {{"track", track.name}, {"first", s.first}, {"last", s.last},           {"peak", s.peak},
+          {"moves", s.moves},    {"off", s.off},     {"stands_out", s.standsOut}};
 }
 
-std::string jsonFigures(const FrameFigures& figures) {
-  const auto& d = figures.deviations;
-  return fmt::format(R"("noise":{},"deviation":[{},{},{},{}])", jsonNumber(figures.noise),
-                     jsonNumber(d[0]), jsonNumber(d[1]), jsonNumber(d[2]), jsonNumber(d[3]));
+// Of a solved frame: how the fit came about.
+void addFit(const FrameResult& frame, Json& json) {
+  json["inliers"] = frame.good;
+  json["inlier_rms"] = frame.goodRms;
+  json["scale"] = frame.sigma;
+  json["loss"] = nameOf(frame.loss);
+  json["width"] = frame.width;
+  json["stage"] = nameOf(frame.verdict.origin.stage);
+  if (const std::string why = whyOf(frame); !why.empty()) json["why"] = why;
 }
 
-std::string jsonFrame(const ShotResult& result, const FrameResult& frame,
-                      const std::optional<Quad>& quad) {
-  const Homography& h = frame.h;
-  std::string text =
-      fmt::format(R"({{"frame":{},"status":"{}")", frame.frame, nameOf(frame.verdict.status));
-  if (frame.verdict.status != Status::Base) {
-    text += fmt::format(R"(,"model":"{}","on_top":{})", nameOf(frame.verdict.model),
-                        frame.verdict.onTop);
+Json jsonOf(const ShotResult& result, const FrameResult& frame, const std::optional<Quad>& quad) {
+  const Verdict& verdict = frame.verdict;
+  Json json = {{"frame", frame.frame}, {"status", nameOf(verdict.status)}};
+  if (verdict.status != Status::Base) {
+    json["model"] = nameOf(verdict.model);
+    json["on_top"] = verdict.onTop;
   }
-  text += fmt::format(R"(,"tracks":{},"rms":{},"h":[[{},{},{}],[{},{},{}],[{},{},{}]],{})",
-                      frame.tracks, jsonNumber(frame.rms), h[0][0], h[0][1], h[0][2], h[1][0],
-                      h[1][1], h[1][2], h[2][0], h[2][1], h[2][2], jsonFigures(frame.figures));
-  if (frame.verdict.status == Status::Solved) {
-    text += fmt::format(
-        R"(,"inliers":{},"inlier_rms":{},"scale":{},"loss":"{}","width":{},"stage":"{}")",
-        frame.good, jsonNumber(frame.goodRms), jsonNumber(frame.sigma), nameOf(frame.loss),
-        jsonNumber(frame.width), nameOf(frame.verdict.origin.stage));
-    const std::string why = describe(frame.verdict.origin, static_cast<std::size_t>(frame.good),
-                                     static_cast<std::size_t>(frame.tracks));
-    if (!why.empty()) text += fmt::format(R"(,"why":{})", jsonText(why));
-  }
-  const std::string reason = reasonOf(frame.verdict);
-  if (!reason.empty()) text += fmt::format(R"(,"reason":{})", jsonText(reason));
+  json["tracks"] = frame.tracks;
+  json["rms"] = frame.rms;
+  json["h"] = frame.h;
+  json["noise"] = frame.figures.noise;
+  json["deviation"] = frame.figures.deviations;
+  if (verdict.status == Status::Solved) addFit(frame, json);
+  if (const std::string reason = reasonOf(verdict); !reason.empty()) json["reason"] = reason;
   if (quad) {
     Quad places;
     for (std::size_t i = 0; i < quad->size(); ++i) places[i] = carried(result, frame, (*quad)[i]);
-    text += fmt::format(R"(,"quad":{})", jsonQuad(places));
+    json["quad"] = jsonOf(places);
   }
-  return text + "}";
+  return json;
 }
 
-std::string jsonWorst(const WorstTrack& track) {
-  const TrackStretch& s = track.stretch;
-  return fmt::format(
-      R"({{"track":{},"first":{},"last":{},"peak":{},"moves":{},"off":{},"stands_out":{}}})",
-      jsonText(track.name), s.first, s.last, s.peak, jsonNumber(s.moves), jsonNumber(s.off),
-      s.standsOut);
-}
-
-// The items one per line.
-class JsonList {
+// An object whose members are written one by one, each on a line of its own, and those that are
+// lists an item a line: a long shot's result is never in memory as a whole.
+class JsonFile {
  public:
-  explicit JsonList(OutputFile& out) : out_(out) { out_.write("["); }
-  void add(const std::string& item) {
-    out_.write(separator_ + item);
-    separator_ = ",\n";
+  explicit JsonFile(OutputFile& out) : out_(out) { out_.write("{"); }
+
+  void add(const char* name, const Json& value) {
+    beginMember(name);
+    out_.write(textOf(value));
   }
-  void close() { out_.write("\n]"); }
+
+  template <class Items, class ToJson>
+  void addList(const char* name, const Items& items, const ToJson& toJson) {
+    beginMember(name);
+    out_.write("[");
+    const char* separator = "\n";
+    for (const auto& item : items) {
+      out_.write(separator + textOf(toJson(item)));
+      separator = ",\n";
+    }
+    out_.write("\n]");
+  }
+
+  void close() { out_.write("}\n"); }
 
  private:
+  void beginMember(const char* name) {
+    out_.write(separator_ + textOf(name) + ":");
+    separator_ = ",\n";
+  }
+
   OutputFile& out_;
-  const char* separator_ = "\n";
+  const char* separator_ = "";
 };
 
 }  // namespace
 
 void writeResultJson(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
-  out.write(fmt::format(
-      "{{\"cornerpin\":1,\n\"base_frame\":{},\n\"base_tracks\":{},\n"
-      "\"left_out\":{},\n\"units\":\"{}\",\n\"loss\":\"{}\",\n\"seed\":{},\n\"corners\":{},\n",
-      result.baseFrame, result.baseTracks, result.leftOut, nameOf(result.units),
-      nameOf(result.loss), result.seed, jsonQuad(result.corners)));
-  out.write("\"worst_tracks\":");
-  JsonList worst(out);
-  for (const WorstTrack& track : result.worst) worst.add(jsonWorst(track));
-  worst.close();
-  out.write(",\n\"frames\":");
-  JsonList frames(out);
-  for (const FrameResult& frame : result.frames) frames.add(jsonFrame(result, frame, quad));
-  frames.close();
-  out.write("}\n");
+  JsonFile file(out);
+  file.add("cornerpin", 1);
+  file.add("base_frame", result.baseFrame);
+  file.add("base_tracks", result.baseTracks);
+  file.add("left_out", result.leftOut);
+  file.add("units", nameOf(result.units));
+  file.add("loss", nameOf(result.loss));
+  file.add("seed", result.seed);
+  file.add("corners", jsonOf(result.corners));
+  file.addList("worst_tracks", result.worst, [](const WorstTrack& track) { return jsonOf(track); });
+  file.addList("frames", result.frames,
+               [&](const FrameResult& frame) { return jsonOf(result, frame, quad); });
+  file.close();
 }
 
 }  // namespace cornerpin

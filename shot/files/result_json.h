@@ -10,7 +10,7 @@
 
 namespace cornerpin {
 
-/// Writes a result as JSON (docs/json.md), a line for each frame.
+/// Writes a result as JSON (docs/result.md), a line for each frame.
 ///
 /// What has no value is null: the rms of a frame without active tracks, the scale with loss none,
 /// and a corner on or behind the horizon.

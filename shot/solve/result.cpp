@@ -15,6 +15,11 @@ Point carried(const ShotResult& result, const FrameResult& frame, Point base) {
   return visible ? p : Point{kNone, kNone};
 }
 
+std::string whyOf(const FrameResult& frame) {
+  return describe(frame.verdict.origin, static_cast<std::size_t>(frame.good),
+                  static_cast<std::size_t>(frame.tracks));
+}
+
 std::string describe(const WorstTrack& track) {
   const TrackStretch& s = track.stretch;
   const std::string frames = s.first == s.last ? fmt::format("frame {}", s.first)

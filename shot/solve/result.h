@@ -40,6 +40,9 @@ struct FrameResult {
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
 };
 
+/// Why a solved frame's transform was found from where it was (`describe(Origin)`).
+std::string whyOf(const FrameResult& frame);
+
 /// A track that the result leans on, by name.
 struct WorstTrack {
   std::string name;
