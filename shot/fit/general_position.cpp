@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "shot/plane/symmetric_eigen.h"
+#include "shot/fit/lapack.h"
 
 namespace cornerpin {
 

@@ -3,8 +3,8 @@
 
 #include <limits>
 
+#include "shot/fit/lapack.h"
 #include "shot/plane/similarity.h"
-#include "shot/plane/symmetric_eigen.h"
 
 namespace cornerpin {
 

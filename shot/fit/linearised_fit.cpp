@@ -4,10 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
-extern "C" void dpotrf_(const char* triangle, const int* n, double* a, const int* lda, int* info,
-                        std::size_t triangleLength);
-extern "C" void dpotri_(const char* triangle, const int* n, double* a, const int* lda, int* info,
-                        std::size_t triangleLength);
+#include "shot/fit/lapack.h"
 
 namespace cornerpin {
 
@@ -85,12 +82,8 @@ void LinearisedFit::invert(const Points& base, const std::vector<double>& weight
   }
   Parameters diagonal{};
   for (std::size_t i = 0; i < kSize; ++i) diagonal[i] = inverse_[i * kSize + i];
-  const int n = static_cast<int>(kSize);
-  int info = 0;
-  dpotrf_("U", &n, inverse_.data(), &n, &info, 1);
-  if (info != 0) return;
-  dpotri_("U", &n, inverse_.data(), &n, &info, 1);
-  determined_ = info == 0;
+  determined_ = invertPositiveDefinite(inverse_);
+  if (!determined_) return;
   for (std::size_t i = 0; i < kSize; ++i) {
     determined_ = determined_ && inverse_[i * kSize + i] * diagonal[i] < kMostInflation;
   }

@@ -5,6 +5,7 @@
 #include <array>
 #include <vector>
 
+#include "shot/fit/lapack.h"
 #include "shot/fit/matches.h"
 #include "shot/fit/model.h"
 #include "shot/plane/homography.h"
@@ -71,8 +72,8 @@ class LinearisedFit {
   Homography kept_;
   Similarity from_;
   Similarity to_;
-  Homography fitted_;                 // of a projective model, between normalised coordinates
-  std::array<double, 64> inverse_{};  // of A; the identity beyond the model's parameters
+  Homography fitted_;          // of a projective model, between normalised coordinates
+  SquareMatrix<8> inverse_{};  // of A; the identity beyond the model's parameters
   bool determined_ = false;
 };
 

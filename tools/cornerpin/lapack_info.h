@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef SHOT_FILES_LAPACK_INFO_H
-#define SHOT_FILES_LAPACK_INFO_H
+#ifndef TOOLS_CORNERPIN_LAPACK_INFO_H
+#define TOOLS_CORNERPIN_LAPACK_INFO_H
 
 #include <string>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "shot/files/lapack_info.h"
+#include "tools/cornerpin/lapack_info.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>

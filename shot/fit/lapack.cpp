@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/fit/lapack.h"
+
+extern "C" {
+void dsyev_(const char* job, const char* triangle, const int* n, double* a, const int* lda,
+            double* eigenvalues, double* work, const int* lwork, int* info, std::size_t jobLength,
+            std::size_t triangleLength);
+void dpotrf_(const char* triangle, const int* n, double* a, const int* lda, int* info,
+             std::size_t triangleLength);
+void dpotri_(const char* triangle, const int* n, double* a, const int* lda, int* info,
+             std::size_t triangleLength);
+}
+
+namespace cornerpin {
+
+template <std::size_t N>
+bool NormalMatrix<N>::decompose() {
+  const int n = static_cast<int>(N);
+  std::array<double, 34 * N> work{};  // what dsyev asks for at blocks of 32
+  const int workSize = static_cast<int>(work.size());
+  int info = 0;
+  dsyev_("V", "U", &n, elements.data(), &n, eigenvalues.data(), work.data(), &workSize, &info, 1,
+         1);
+  return info == 0;
+}
+
+template struct NormalMatrix<8>;
+template struct NormalMatrix<9>;
+
+bool invertPositiveDefinite(SquareMatrix<8>& matrix) {
+  const int n = 8;
+  int info = 0;
+  dpotrf_("U", &n, matrix.data(), &n, &info, 1);
+  if (info != 0) return false;
+  dpotri_("U", &n, matrix.data(), &n, &info, 1);
+  return info == 0;
+}
+
+}  // namespace cornerpin
