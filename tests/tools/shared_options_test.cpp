@@ -140,6 +140,11 @@ TEST(SelectionOptions, MayBeGivenMoreThanOnce) {
   EXPECT_EQ(weightsAfter({"--keep", "b", "--drop", "b:1"}), (std::vector<float>{0, 0, 0, 1}));
 }
 
+TEST(SelectionOptions, TakeOneWordEach) {
+  EXPECT_THROW(parsed<SelectionOptions>({"--drop", "a", "b"}), CLI::ExtrasError);
+  EXPECT_THROW(parsed<SelectionOptions>({"--keep", "a", "b"}), CLI::ExtrasError);
+}
+
 TEST(SelectionOptions, NameTheOptionThatIsRefused) {
   EXPECT_EQ(refusal([] {
               weightsAfter({"--drop", "c"});

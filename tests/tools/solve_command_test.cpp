@@ -180,6 +180,18 @@ TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   EXPECT_EQ(j["frames"][87]["h"][2], j["frames"][86]["h"][2]);
 }
 
+TEST(SolveCommand, EndsInFourWhereFramesAreOnlyReducedOrOnlyHeld) {
+  const std::vector<std::string> four = {"solve", kFacade, "--keep", firstTracks(kFacade, 4)};
+  const Outcome reduced = cornerpin(four);
+  EXPECT_EQ(reduced.code, 4);
+  EXPECT_TRUE(contains(reduced.out, "reduced       70\nheld          0\n")) << reduced.out;
+  std::vector<std::string> holding = four;
+  holding.push_back("--hold");
+  const Outcome held = cornerpin(holding);
+  EXPECT_EQ(held.code, 4);
+  EXPECT_TRUE(contains(held.out, "reduced       0\nheld          70\n")) << held.out;
+}
+
 TEST(SolveCommand, HoldsFramesWithTooFewTracksWhereAsked) {
   const Outcome run = cornerpin({"solve", kScreen, "--hold", "--json"});
   EXPECT_EQ(run.code, 4);
