@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -11,6 +10,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "tests/foundation/containers.h"
 #include "tests/support/allocations.h"
 #include "tests/support/buffer_header.h"
 #include "tests/support/element_types.h"
@@ -19,23 +19,10 @@
 namespace {
 
 using Vector = MGenVector<float>;
-using allocations::made;
-
-template <class T>
-MGenVector<T> counting(int n) {
-  MGenVector<T> v(n);
-  for (int i = 0; i < n; ++i) v[i] = static_cast<T>(i + 1);
-  return v;
-}
-
-template <class T>
-std::vector<T> values(const MGenVector<T>& v) {
-  std::vector<T> result;
-  for (int i = 0; i < v.length; ++i) result.push_back(v[i]);
-  return result;
-}
-
 using Floats = std::vector<float>;
+using allocations::made;
+using containers::counting;
+using containers::values;
 
 template <class T>
 class EveryVector : public testing::Test {};
@@ -231,51 +218,6 @@ TEST(VectorOwnsBuffer, OnlyWhenAloneAndNotEmpty) {
   EXPECT_FALSE(a.ownsBuffer());
 }
 
-TEST(VectorCopy, IsDeep) {
-  Vector a = counting<float>(3);
-  Vector b = a.copy();
-  b[0] = 9;
-  EXPECT_EQ(a[0], 1);
-  EXPECT_NE(b.buffer, a.buffer);
-}
-
-TEST(VectorCopy, IsContiguousWhateverTheStride) {
-  const Vector a = counting<float>(7);
-  for (const int step : {-3, -1, 0, 1, 2, 3}) {
-    const Vector view = a.view(step < 0 ? 6 : 0, 3, step);
-    const Vector copy = view.copy();
-    EXPECT_EQ(copy.stride, 1);
-    EXPECT_EQ(copy.data, copy.buffer);
-    EXPECT_EQ(bufferWords(copy.buffer).bytes, 3 * sizeof(float));
-    EXPECT_EQ(values(copy), values(view)) << "step " << step;
-  }
-}
-
-TEST(VectorCopy, OfAnEmptyVectorHasNoBuffer) {
-  EXPECT_EQ(Vector().copy().buffer, nullptr);
-  EXPECT_EQ(counting<float>(3).view(0, 0).copy().buffer, nullptr);
-}
-
-TEST(VectorCopy, KeepsEveryBit) {
-  Vector a(4);
-  a[0] = -0.0f;
-  a[1] = std::numeric_limits<float>::denorm_min();
-  a[2] = -std::numeric_limits<float>::infinity();
-  a[3] = std::numeric_limits<float>::quiet_NaN();
-  const Vector b = a.copy();
-  EXPECT_TRUE(std::signbit(b[0]));
-  EXPECT_EQ(b[1], a[1]);
-  EXPECT_EQ(b[2], a[2]);
-  EXPECT_TRUE(std::isnan(b[3]));
-}
-
-TEST(VectorCopy, LeavesTheSourceWhenMemoryRunsOut) {
-  const Vector a = counting<float>(3);
-  EXPECT_EQ(allocations::expectNoLeakOnAnyFailure([&a] { a.copy(); }), 1u);
-  EXPECT_EQ(values(a), (Floats{1, 2, 3}));
-  EXPECT_EQ(bufferWords(a.buffer).references, 1u);
-}
-
 TEST(VectorIndex, ReadsAndWritesWithTheStride) {
   Vector a = counting<float>(6);
   Vector view = a.view(5, 3, -2);
@@ -306,135 +248,6 @@ TEST(VectorIndex, CarriesOnToTheElementThatWouldBeThere) {
   EXPECT_EQ(&view[-1], a.data);
   EXPECT_EQ(reports.all(),
             (Reports{"MVector index 2 out of range 1", "MVector index -1 out of range 1"}));
-}
-
-TEST(VectorSet, CopiesInPlaceForEveryHolder) {
-  Vector a(3);
-  const Vector holder(a);
-  float* const buffer = a.buffer;
-  Vector& result = a.set(counting<float>(3));
-  EXPECT_EQ(&result, &a);
-  EXPECT_EQ(a.buffer, buffer);
-  EXPECT_EQ(values(holder), (Floats{1, 2, 3}));
-}
-
-TEST(VectorSet, AllocatesNothingBetweenTwoBuffers) {
-  Vector a(3);
-  const Vector b(3);
-  const std::size_t before = made();
-  a.set(b);
-  EXPECT_EQ(made(), before);
-}
-
-TEST(VectorSet, HonoursBothStrides) {
-  Vector a(6);
-  a.view(5, 3, -2).set(counting<float>(6).view(0, 3, 2));
-  EXPECT_EQ(values(a), (Floats{0, 5, 0, 3, 0, 1}));
-}
-
-TEST(VectorSet, FromItselfReturnsAtOnce) {
-  Vector a = counting<float>(3);
-  const std::size_t before = made();
-  EXPECT_EQ(&a.set(a), &a);
-  EXPECT_EQ(made(), before);
-  EXPECT_EQ(values(a), (Floats{1, 2, 3}));
-}
-
-TEST(VectorSet, BetweenOverlappingViewsTakesASnapshot) {
-  const Vector a = counting<float>(5);
-  a.view(1, 4).set(a.view(0, 4));
-  EXPECT_EQ(values(a), (Floats{1, 1, 2, 3, 4}));
-  const Vector b = counting<float>(5);
-  b.view(0, 4).set(b.view(1, 4));
-  EXPECT_EQ(values(b), (Floats{2, 3, 4, 5, 5}));
-}
-
-TEST(VectorSet, ReversesItselfThroughAView) {
-  Vector a = counting<float>(5);
-  a.set(a.view(4, 5, -1));
-  EXPECT_EQ(values(a), (Floats{5, 4, 3, 2, 1}));
-}
-
-TEST(VectorSet, OnOneBufferMakesOneTemporaryAndReleasesIt) {
-  Vector a = counting<float>(5);
-  const Vector view = a.view(4, 5, -1);
-  const std::size_t madeBefore = made();
-  const std::size_t liveBefore = allocations::live();
-  a.set(view);
-  EXPECT_EQ(made(), madeBefore + 1);
-  EXPECT_EQ(allocations::live(), liveBefore);
-}
-
-TEST(VectorSet, LeavesTheElementsWhenTheTemporaryRunsOutOfMemory) {
-  Vector a = counting<float>(3);
-  const Vector view = a.view(2, 3, -1);
-  allocations::FailAt fail(1);
-  EXPECT_THROW(a.set(view), std::bad_alloc);
-  EXPECT_EQ(values(a), (Floats{1, 2, 3}));
-}
-
-TEST(VectorSet, OfNothingFromNothing) {
-  Vector a;
-  EXPECT_NO_THROW(a.set(Vector(0)));
-  EXPECT_EQ(a.buffer, nullptr);
-}
-
-TEST(VectorSet, DifferentLengthIsReportedOwnLengthFirst) {
-  Vector a = counting<float>(3);
-  EXPECT_EQ(thrownMessage([&a] { a.set(Vector(5)); }), "MVector length mismatch 3 != 5");
-  EXPECT_EQ(thrownMessage([&a] { a.set(MGenVector<int>(2)); }), "MVector length mismatch 3 != 2");
-  EXPECT_EQ(values(a), (Floats{1, 2, 3}));
-}
-
-TEST(VectorSet, CarriesOnWithTheCommonElements) {
-  RecordedReports reports;
-  Vector longer = counting<float>(4);
-  Vector shorter(2);
-  shorter.set(longer);
-  EXPECT_EQ(values(shorter), (Floats{1, 2}));
-  Vector zeros(2);
-  longer.set(zeros);
-  EXPECT_EQ(values(longer), (Floats{0, 0, 3, 4}));
-  EXPECT_EQ(reports.all(),
-            (Reports{"MVector length mismatch 2 != 4", "MVector length mismatch 4 != 2"}));
-}
-
-TEST(VectorSet, RoundsDoubleToFloat) {
-  MGenVector<double> source(3);
-  source[0] = 0.1;
-  source[1] = 1e-46;
-  source[2] = std::numeric_limits<double>::infinity();
-  Vector a(3);
-  a.set(source);
-  EXPECT_EQ(values(a), (Floats{0.1f, 0.0f, std::numeric_limits<float>::infinity()}));
-}
-
-TEST(VectorSet, CutsFractionsTowardsZeroForInt) {
-  MGenVector<double> source(4);
-  source[0] = 2.9;
-  source[1] = -2.9;
-  source[2] = -0.5;
-  source[3] = 2147483647.0;
-  MGenVector<int> a(4);
-  a.set(source);
-  EXPECT_EQ(values(a), (std::vector<int>{2, -2, 0, 2147483647}));
-}
-
-TEST(VectorSet, RoundsIntToFloat) {
-  MGenVector<int> source(2);
-  source[0] = 16777217;
-  source[1] = -7;
-  Vector a(2);
-  a.set(source);
-  EXPECT_EQ(values(a), (Floats{16777216.0f, -7.0f}));
-}
-
-TEST(VectorSet, WidensFloatAndIntToDouble) {
-  MGenVector<double> a(2);
-  a.set(counting<float>(2));
-  EXPECT_EQ(values(a), (std::vector<double>{1, 2}));
-  a.set(counting<int>(2));
-  EXPECT_EQ(values(a), (std::vector<double>{1, 2}));
 }
 
 TEST(VectorResize, KeepsTheFirstElementsAndZeroesTheRest) {
@@ -527,69 +340,6 @@ TEST(VectorResize, LeavesTheVectorWhenMemoryRunsOut) {
   EXPECT_EQ(values(a), (Floats{1, 2}));
 }
 
-TEST(VectorView, SharesTheBuffer) {
-  Vector a = counting<float>(6);
-  const Vector view = a.view(1, 2, 3);
-  EXPECT_EQ(view.buffer, a.buffer);
-  EXPECT_EQ(view.data, a.data + 1);
-  EXPECT_EQ(view.stride, 3);
-  EXPECT_EQ(view.length, 2);
-  EXPECT_EQ(bufferWords(a.buffer).references, 2u);
-}
-
-TEST(VectorView, OfAViewMultipliesTheSteps) {
-  const Vector a = counting<float>(10);
-  EXPECT_EQ(values(a.view(9, 5, -2).view(4, 3, -2)), (Floats{2, 6, 10}));
-}
-
-TEST(VectorView, OfStepZeroRepeatsTheElement) {
-  EXPECT_EQ(values(counting<float>(3).view(1, 4, 0)), (Floats{2, 2, 2, 2}));
-}
-
-TEST(VectorView, OfOneElementTakesAnyStep) {
-  for (const int step : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
-    EXPECT_EQ(values(counting<float>(3).view(1, 1, step)), Floats{2});
-  }
-}
-
-TEST(VectorView, OfNoElementsIsEmptyWhereverItStarts) {
-  const Vector a = counting<float>(3);
-  EXPECT_EQ(a.view(3, 0).length, 0);
-  EXPECT_EQ(a.view(-100, 0).length, 0);
-  EXPECT_EQ(Vector().view(0, 0).length, 0);
-}
-
-TEST(VectorView, OutsideIsReportedWithTheFirstIndexOutside) {
-  const Vector a(5);
-  const auto message = [&a](int first, int count, int step) {
-    return thrownMessage([&] { a.view(first, count, step); });
-  };
-  EXPECT_EQ(message(-1, 2, 1), "MVector index -1 out of range 4");
-  EXPECT_EQ(message(5, 1, 1), "MVector index 5 out of range 4");
-  EXPECT_EQ(message(3, 3, 1), "MVector index 5 out of range 4");
-  EXPECT_EQ(message(1, 3, 2), "MVector index 5 out of range 4");
-  EXPECT_EQ(message(4, 3, -3), "MVector index -2 out of range 4");
-  EXPECT_EQ(message(0, 2, std::numeric_limits<int>::min()),
-            "MVector index -2147483648 out of range 4");
-  EXPECT_EQ(message(4, 2, std::numeric_limits<int>::max()),
-            "MVector index 2147483647 out of range 4");
-  EXPECT_EQ(message(0, std::numeric_limits<int>::max(), 1), "MVector index 5 out of range 4");
-}
-
-TEST(VectorView, NegativeCountIsReported) {
-  EXPECT_EQ(thrownMessage([] { Vector(3).view(0, -1); }), "MVector length -1 must be nonnegative");
-}
-
-TEST(VectorView, OutsideCarriesOnEmpty) {
-  RecordedReports reports;
-  const Vector a(3);
-  EXPECT_EQ(a.view(2, 2).length, 0);
-  EXPECT_EQ(a.view(0, -1).length, 0);
-  EXPECT_EQ(reports.all().size(), 2u);
-  EXPECT_EQ(bufferWords(a.buffer).references, 1u);
-}
-
-// A vector may be laid over memory that is not a buffer of the library's.
 TEST(VectorOverForeignMemory, IsReadCopiedSetAndLeft) {
   float cells[] = {1, 2, 3, 4};
   const std::size_t before = allocations::live();

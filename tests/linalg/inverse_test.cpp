@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <new>
@@ -13,6 +12,8 @@
 #include <vector>
 
 #include "cornerpin/linalg/lapack.h"
+#include "tests/linalg/matrices.h"
+#include "tests/linalg/plain_lu.h"
 #include "tests/support/allocations.h"
 #include "tests/support/buffer_header.h"
 #include "tests/support/child.h"
@@ -22,157 +23,24 @@
 
 namespace {
 
-using Rows = std::vector<std::vector<double>>;
+using matrices::empty;
+using matrices::kStorages;
+using matrices::matrixOf;
+using matrices::randomMatrix;
+using matrices::Rows;
+using matrices::stored;
+using matrices::values;
+using plain_lu::identityMinusProduct;
+using plain_lu::minus;
+using plain_lu::norm1;
+using plain_lu::PlainFactors;
+using plain_lu::plainFactors;
+using plain_lu::plainInverse;
+using plain_lu::Wide;
+using plain_lu::widened;
 using Double = MGenMatrix<double>;
 constexpr unsigned kSeed = 104729;
-
-template <class T>
-MGenMatrix<T> matrixOf(const Rows& rows, typename MGenMatrix<T>::Layout layout) {
-  MGenMatrix<T> m(static_cast<int>(rows.size()), static_cast<int>(rows[0].size()), layout);
-  for (int i = 0; i < m.rows; ++i) {
-    for (int j = 0; j < m.cols; ++j) {
-      m(i, j) = static_cast<T>(rows[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]);
-    }
-  }
-  return m;
-}
-
-Double doubles(const Rows& rows) { return matrixOf<double>(rows, Double::RowMajor); }
-
-template <class T>
-MGenMatrix<T> empty(int rows, int cols) {
-  return MGenMatrix<T>(rows, cols, MGenMatrix<T>::ColumnMajor);
-}
-
-template <class T>
-Rows values(const MGenMatrix<T>& m) {
-  Rows rows;
-  for (int i = 0; i < m.rows; ++i) {
-    rows.emplace_back();
-    for (int j = 0; j < m.cols; ++j) rows.back().push_back(static_cast<double>(m(i, j)));
-  }
-  return rows;
-}
-
-// The same elements in every kind of storage: both layouts, a block of a larger matrix, a
-// transposed view, and both strides negative.
-constexpr int kStorages = 5;
-template <class T>
-MGenMatrix<T> stored(const MGenMatrix<T>& m, int storage) {
-  using M = MGenMatrix<T>;
-  if (storage < 2) return m.copy(storage == 0 ? M::ColumnMajor : M::RowMajor);
-  M view = M(m.rows + 3, m.cols + 2, M::RowMajor).view(2, 1, m.rows, m.cols);
-  if (storage == 3) {
-    view = M(m.cols, m.rows, M::RowMajor);
-    std::swap(view.rows, view.cols);
-    std::swap(view.rowStride, view.colStride);
-  }
-  if (storage == 4) {
-    view.data = &view(m.rows - 1, m.cols - 1);
-    view.rowStride = -view.rowStride;
-    view.colStride = -view.colStride;
-  }
-  view.set(m);
-  return view;
-}
-
-template <class T>
-MGenMatrix<T> randomMatrix(int rows, int cols, std::mt19937& random) {
-  MGenMatrix<T> m(rows, cols, MGenMatrix<T>::RowMajor);
-  std::normal_distribution<double> normal;
-  for (int i = 0; i < rows; ++i) {
-    for (int j = 0; j < cols; ++j) m(i, j) = static_cast<T>(normal(random));
-  }
-  return m;
-}
-
-// A second, plain factorisation in extended precision.
-using Wide = std::vector<std::vector<long double>>;
-
-template <class T>
-Wide widened(const MGenMatrix<T>& m) {
-  Wide wide;
-  for (int i = 0; i < m.rows; ++i) {
-    wide.emplace_back();
-    for (int j = 0; j < m.cols; ++j) wide.back().push_back(m(i, j));
-  }
-  return wide;
-}
-
-struct PlainFactors {
-  Wide lu;                        // multipliers below the diagonal, U on and above it
-  std::vector<std::size_t> rows;  // the row of the original that each row holds
-};
-
-PlainFactors plainFactors(Wide lu) {
-  const std::size_t m = lu.size();
-  const std::size_t n = lu[0].size();
-  PlainFactors factors{std::move(lu), std::vector<std::size_t>(m)};
-  for (std::size_t i = 0; i < m; ++i) factors.rows[i] = i;
-  Wide& a = factors.lu;
-  for (std::size_t k = 0; k < std::min(m, n); ++k) {
-    std::size_t pivot = k;
-    for (std::size_t i = k; i < m; ++i) {
-      if (std::fabs(a[i][k]) > std::fabs(a[pivot][k])) pivot = i;
-    }
-    std::swap(a[k], a[pivot]);
-    std::swap(factors.rows[k], factors.rows[pivot]);
-    for (std::size_t i = k + 1; i < m; ++i) {
-      a[i][k] /= a[k][k];
-      for (std::size_t j = k + 1; j < n; ++j) a[i][j] -= a[i][k] * a[k][j];
-    }
-  }
-  return factors;
-}
-
-// Solves for one column of the identity at a time.
-Wide plainInverse(const Wide& a) {
-  const PlainFactors f = plainFactors(a);
-  const std::size_t n = a.size();
-  Wide inverse(n, std::vector<long double>(n));
-  for (std::size_t column = 0; column < n; ++column) {
-    std::vector<long double> x(n);
-    for (std::size_t i = 0; i < n; ++i) {
-      x[i] = f.rows[i] == column ? 1 : 0;
-      for (std::size_t j = 0; j < i; ++j) x[i] -= f.lu[i][j] * x[j];
-    }
-    for (std::size_t i = n; i-- > 0;) {
-      for (std::size_t j = i + 1; j < n; ++j) x[i] -= f.lu[i][j] * x[j];
-      x[i] /= f.lu[i][i];
-    }
-    for (std::size_t i = 0; i < n; ++i) inverse[i][column] = x[i];
-  }
-  return inverse;
-}
-
-long double norm1(const Wide& a) {
-  long double largest = 0;
-  for (std::size_t j = 0; j < a[0].size(); ++j) {
-    long double sum = 0;
-    for (const auto& row : a) sum += std::fabs(row[j]);
-    largest = std::max(largest, sum);
-  }
-  return largest;
-}
-
-Wide minus(Wide a, const Wide& b) {
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    for (std::size_t j = 0; j < a[0].size(); ++j) a[i][j] -= b[i][j];
-  }
-  return a;
-}
-
-Wide identityMinusProduct(const Wide& x, const Wide& a) {
-  const std::size_t n = a.size();
-  Wide result(n, std::vector<long double>(n));
-  for (std::size_t i = 0; i < n; ++i) {
-    result[i][i] = 1;
-    for (std::size_t k = 0; k < n; ++k) {
-      for (std::size_t j = 0; j < n; ++j) result[i][j] -= x[i][k] * a[k][j];
-    }
-  }
-  return result;
-}
+constexpr const char* kSingular = "inverse: singular matrix";
 
 // LAPACK called directly in a zeroed buffer with a column for every row.
 struct DirectFactors {
@@ -233,8 +101,6 @@ class Inverse : public testing::Test {
 };
 using Precisions = testing::Types<float, double>;
 TYPED_TEST_SUITE(Inverse, Precisions, ElementTypeName);
-
-constexpr const char* kSingular = "inverse: singular matrix";
 
 TYPED_TEST(Inverse, OfTheWorkedExampleInEveryStorage) {
   using M = MGenMatrix<TypeParam>;
@@ -552,142 +418,6 @@ TEST(InverseOfATallMatrix, ExchangesTwiceWithOneRow) {
   ASSERT_EQ(direct.pivots[0], 9);
   ASSERT_EQ(direct.pivots[1], 9);
   EXPECT_EQ(values(inverse(a)), directInverse(a));
-}
-
-TEST(Determinant, OfTheOneByOneMatrixIsItsNegative) {
-  EXPECT_EQ(determinant(doubles({{5}})), -5.0);
-}
-
-TEST(Determinant, OfTwoByTwoIdentityIsOne) {
-  EXPECT_EQ(determinant(doubles({{1, 0}, {0, 1}})), 1.0);
-}
-
-TEST(Determinant, OfThreeByThreeIdentityIsMinusOne) {
-  EXPECT_EQ(determinant(doubles({{1, 0, 0}, {0, 1, 0}, {0, 0, 1}})), -1.0);
-}
-
-TEST(Determinant, OfARowExchangeIsOne) { EXPECT_EQ(determinant(doubles({{0, 1}, {1, 0}})), 1.0); }
-
-TEST(Determinant, IsTheProductOfTheFactorsDiagonalWithTheParityOfTheSize) {
-  std::mt19937 random(kSeed + 4);
-  for (int n = 1; n <= 64; ++n) {
-    const Double a = stored(randomMatrix<double>(n, n, random), n % kStorages);
-    const Wide wide = widened(a);
-    const PlainFactors factors = plainFactors(wide);
-    long double expected = n % 2 == 0 ? 1 : -1;
-    for (std::size_t i = 0; i < factors.lu.size(); ++i) expected *= factors.lu[i][i];
-    const long double condition = norm1(wide) * norm1(plainInverse(wide));
-    const long double tolerance =
-        30 * n * std::numeric_limits<double>::epsilon() * condition * std::fabs(expected);
-    EXPECT_NEAR(static_cast<double>(determinant(a) - expected), 0, static_cast<double>(tolerance))
-        << "n " << n << " seed " << kSeed + 4;
-  }
-}
-
-TEST(Determinant, LeavesItsArgument) {
-  const Double a = doubles({{0, 2}, {3, 4}});
-  determinant(a);
-  EXPECT_EQ(values(a), (Rows{{0, 2}, {3, 4}}));
-}
-
-TEST(Determinant, OfATallMatrixIsThatOfTheFactorisedTop) {
-  // U has the diagonal 4 and 2.5.
-  EXPECT_EQ(determinant(doubles({{4, 7}, {2, 6}, {1, 1}})), 10.0);
-  // The last row becomes the first pivot.
-  EXPECT_EQ(determinant(doubles({{1, 0}, {0, 1}, {4, 0}})), 4.0);
-}
-
-TEST(Determinant, WithoutColumnsIsOne) {
-  RecordedReports reports;
-  const std::size_t before = allocations::made();
-  EXPECT_EQ(determinant(empty<double>(0, 0)), 1.0);
-  EXPECT_EQ(determinant(empty<double>(3, 0)), 1.0);
-  EXPECT_EQ(determinant(Double()), 1.0);
-  EXPECT_EQ(allocations::made(), before);
-  EXPECT_TRUE(reports.all().empty());
-}
-
-TEST(Determinant, SingularIsReported) {
-  EXPECT_EQ(thrownMessage([] { determinant(doubles({{1, 2}, {2, 4}})); }), kSingular);
-  EXPECT_EQ(thrownMessage([] { determinant(doubles({{0}})); }), kSingular);
-  EXPECT_EQ(thrownMessage([] { determinant(doubles({{1, 0}, {3, 0}})); }), kSingular);
-}
-
-TEST(Determinant, SingularCarriesOnToZero) {
-  RecordedReports reports;
-  EXPECT_EQ(determinant(doubles({{1, 2}, {2, 4}})), 0.0);
-  EXPECT_EQ(reports.all(), Reports{kSingular});
-}
-
-TEST(Determinant, MoreColumnsThanRowsReportsTheFirstMissingRow) {
-  EXPECT_EQ(thrownMessage([] {
-              determinant(doubles({{1, 2, 3}, {4, 5, 7}}));
-            }),
-            "MMatrix row 2 out of range 0..1");
-  EXPECT_EQ(thrownMessage([] {
-              determinant(doubles({{1, 2, 3, 4}}));
-            }),
-            "MMatrix row 1 out of range 0..0");
-}
-
-TEST(Determinant, MoreColumnsThanRowsCarriesOnWithTheDiagonalThatIsThere) {
-  RecordedReports reports;
-  EXPECT_EQ(determinant(doubles({{2, 1, 1, 1}, {0, 3, 1, 1}})), 6.0);
-  EXPECT_EQ(reports.all(),
-            (Reports{"MMatrix row 2 out of range 0..1", "MMatrix row 3 out of range 0..1"}));
-}
-
-TEST(Determinant, WithoutRowsIsReportedByTheFactorisation) {
-  EXPECT_EQ(thrownMessage([] { determinant(empty<double>(0, 2)); }), "dgetrf");
-}
-
-TEST(Determinant, WithoutRowsCarriesOnToTheMissingRows) {
-  const ChildRun run = runInChild([] {
-    RecordedReports reports;
-    const double product = determinant(empty<double>(0, 2));
-    if (reports.all() !=
-        Reports{"dgetrf", "MMatrix row 0 out of range 0..-1", "MMatrix row 1 out of range 0..-1"}) {
-      throw std::bad_alloc();
-    }
-    // Without a factorisation the pivots are zeros: the sign flips behind the first alone.
-    if (product != -1.0) throw std::bad_alloc();
-  });
-  EXPECT_TRUE(run.exited);
-}
-
-TEST(Determinant, RefusalsPrintNothingAndTheProcessLives) {
-  const int shapes[][2] = {{0, 1}, {0, 3}, {1, 2}, {2, 3}};
-  for (const auto& shape : shapes) {
-    const ChildRun run = runInChild([&shape] {
-      std::mt19937 random(kSeed);
-      const Double a = randomMatrix<double>(shape[0], shape[1], random);
-      thrownMessage([&a] { determinant(a); });
-      RecordedReports reports;
-      determinant(a);
-    });
-    EXPECT_TRUE(run.exited) << shape[0] << ' ' << shape[1];
-    EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "");
-  }
-}
-
-TEST(Determinant, LeaksNothingWhicheverAllocationFails) {
-  const Double a = doubles({{4, 7}, {2, 6}});
-  EXPECT_EQ(allocations::expectNoLeakOnAnyFailure([&a] { determinant(a); }), 2u);
-}
-
-TEST(Determinant, LeaksNothingWhenItReports) {
-  const Double singular = doubles({{1, 2}, {2, 4}});
-  const Double wide = doubles({{1, 2}});
-  const std::size_t before = allocations::live();
-  EXPECT_THROW(determinant(singular), MMatrixError);
-  EXPECT_THROW(determinant(wide), MMatrixError);
-  EXPECT_EQ(allocations::live(), before);
-}
-
-TEST(Determinant, OverflowsToInfinity) {
-  EXPECT_EQ(determinant(doubles({{1e200, 0}, {0, 1e200}})),
-            std::numeric_limits<double>::infinity());
 }
 
 }  // namespace

@@ -4,13 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <string>
 
 #include "cornerpin/foundation/exception.h"
 #include "tests/solver/shots.h"
-#include "tests/support/allocations.h"
 #include "tests/support/scene.h"
 #include "tests/support/thrown.h"
 
@@ -19,31 +16,15 @@ namespace {
 using scenes::floatsOf;
 using scenes::transformOf;
 using scenes::vectorOf;
+using shots::columnMajor3x3;
+using shots::expectFitted;
 using shots::panningShot;
 using Floats = reference::Floats;
 using Matrix = MGenMatrix<float>;
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float epsilon = std::numeric_limits<float>::epsilon();
 const Floats identity = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-
-bool columnMajor3x3(const Matrix& h) {
-  return h.rows == 3 && h.cols == 3 && h.rowStride == 1 && h.colStride == 3;
-}
-
-// Carries every track to its place in the frame, as far as single precision and the differences
-// with a step of 0.0001 let the fit see: the coordinates are at most 2.
-void expectFitted(const MMatchmove& scene, int frame) {
-  MGenVector<float> carried;
-  for (int t = 0; t < scene.tracks.size(); ++t) {
-    scene.project(frame, scene.basePositions.row(t), carried);
-    for (int c = 0; c < 2; ++c) {
-      EXPECT_NEAR(carried[c], scene.tracks[t].positions(frame, c), 64 * epsilon)
-          << "frame " << frame << " track " << t;
-    }
-  }
-}
 
 // Scene
 
@@ -388,248 +369,6 @@ TEST(MMatchmoveSolveFrame, OnAnOutputWithoutTransformIsReported) {
   scene.setupOutputs();
   scene.solveBaseFrame();
   EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solveFrame(2); }), "MVector length mismatch 8 != 0");
-}
-
-// Failing frames
-
-// Only a track at the origin is seen: the unknowns that multiply its coordinates have no slope.
-void makeSingular(MMatchmove& scene, int frame) {
-  for (int t = 1; t < scene.tracks.size(); ++t) scene.tracks[t].weights[frame] = 0;
-  scene.tracks[0].positions(scene.baseFrame, 0) = 0;
-  scene.tracks[0].positions(scene.baseFrame, 1) = 0;
-}
-
-TEST(MMatchmoveFailure, ASingularFrameEndsTheForwardSweepAndThereIsNoBackwardOne) {
-  MMatchmove scene = panningShot(7, 2);
-  makeSingular(scene, 4);
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solve(); }), "inverse: singular matrix");
-  EXPECT_EQ(transformOf(scene.outputs[2]), identity);
-  EXPECT_NE(transformOf(scene.outputs[3]), identity);
-  EXPECT_EQ(transformOf(scene.outputs[4]), transformOf(scene.outputs[3]));
-  EXPECT_NE(scene.outputs[4].buffer, scene.outputs[3].buffer);
-  for (const int f : {0, 1, 5, 6}) EXPECT_EQ(scene.outputs[f].rows, 0) << f;
-}
-
-TEST(MMatchmoveFailure, ASingularFrameOfTheBackwardSweepLeavesTheForwardOneSolved) {
-  MMatchmove scene = panningShot(7, 4);
-  makeSingular(scene, 2);
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solve(); }), "inverse: singular matrix");
-  for (const int f : {3, 5, 6}) {
-    EXPECT_EQ(scene.outputs[f].rows, 3) << f;
-    EXPECT_NE(transformOf(scene.outputs[f]), identity) << f;
-  }
-  EXPECT_EQ(transformOf(scene.outputs[2]), transformOf(scene.outputs[3]));
-  for (const int f : {0, 1}) EXPECT_EQ(scene.outputs[f].rows, 0) << f;
-}
-
-TEST(MMatchmoveFailure, FramesNotReachedKeepAnEarlierSolve) {
-  MMatchmove scene = panningShot(5, 0);
-  scene.solve();
-  const reference::Transform earlier = transformOf(scene.outputs[4]);
-  makeSingular(scene, 3);
-  EXPECT_THROW(scene.solve(), MMatrixError);
-  EXPECT_EQ(transformOf(scene.outputs[3]), transformOf(scene.outputs[2]));
-  EXPECT_EQ(transformOf(scene.outputs[4]), earlier);
-}
-
-TEST(MMatchmoveFailure, AnInfiniteWeightIsNan) {
-  MMatchmove scene = panningShot(3, 0);
-  scene.tracks[1].weights[2] = infinity;
-  EXPECT_EQ(thrownBy<LvException>([&] { scene.solve(); }), "nan");
-  expectFitted(scene, 1);
-  EXPECT_EQ(transformOf(scene.outputs[2]), transformOf(scene.outputs[1]));
-}
-
-TEST(MMatchmoveFailure, ABasePositionThatIsNotFiniteIsNan) {
-  for (const float position : {nan, infinity, -infinity}) {
-    MMatchmove scene = panningShot(3, 1);
-    scene.tracks[1].positions(1, 0) = position;
-    EXPECT_EQ(thrownBy<LvException>([&] { scene.solve(); }), "nan") << position;
-    EXPECT_EQ(transformOf(scene.outputs[2]), identity);
-    EXPECT_EQ(scene.outputs[0].rows, 0);
-  }
-}
-
-TEST(MMatchmoveFailure, AnObservedPositionThatIsNotFiniteKeepsTheNeighboursTransform) {
-  for (const float position : {nan, infinity, -infinity}) {
-    MMatchmove scene = panningShot(3, 0);
-    scene.tracks[1].positions(2, 1) = position;
-    EXPECT_NO_THROW(scene.solve()) << position;
-    EXPECT_EQ(transformOf(scene.outputs[2]), transformOf(scene.outputs[1])) << position;
-  }
-}
-
-TEST(MMatchmoveFailure, ATrackThatEndsEarlyFailsInTheFrameWhereItIsMissed) {
-  MMatchmove scene = panningShot(4, 0);
-  scene.tracks[3].weights = vectorOf({1, 1});
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solve(); }), "MVector index 2 out of range 1");
-  expectFitted(scene, 1);
-  EXPECT_EQ(transformOf(scene.outputs[2]), transformOf(scene.outputs[1]));
-  EXPECT_EQ(scene.outputs[3].rows, 0);
-}
-
-TEST(MMatchmoveFailure, PositionsThatEndEarlyFailInTheFrameWhereTheyAreMissed) {
-  MMatchmove scene = panningShot(4, 0);
-  scene.tracks[3].positions.resize(2, 2, Matrix::RowMajor);
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solve(); }), "MMatrix row 2 out of range 0..1");
-  EXPECT_EQ(transformOf(scene.outputs[2]), transformOf(scene.outputs[1]));
-}
-
-TEST(MMatchmoveFailure, AMissingWeightIsReportedBeforeAMissingPositionOfAnEarlierTrack) {
-  MMatchmove scene = panningShot(4, 0);
-  scene.tracks[1].positions.resize(2, 2, Matrix::RowMajor);
-  scene.tracks[3].weights.resize(2);
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solve(); }), "MVector index 2 out of range 1");
-}
-
-TEST(MMatchmoveFailure, AMissingBasePositionIsReported) {
-  MMatchmove scene = panningShot(4, 0);
-  scene.setupOutputs();
-  scene.solveBaseFrame();
-  scene.outputs[1] = scene.outputs[0].copy(Matrix::ColumnMajor);
-  scene.basePositions = Matrix(2, 2, Matrix::ColumnMajor);
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solveFrame(1); }),
-            "MMatrix row 2 out of range 0..1");
-}
-
-TEST(MMatchmoveFailure, AMissingPositionIsReportedBeforeAMissingBasePosition) {
-  MMatchmove scene = panningShot(4, 0);
-  scene.setupOutputs();
-  scene.solveBaseFrame();
-  scene.basePositions = Matrix(2, 2, Matrix::ColumnMajor);
-  scene.tracks[3].positions.resize(1, 2, Matrix::RowMajor);
-  EXPECT_EQ(thrownBy<MMatrixError>([&] { scene.solveFrame(1); }),
-            "MMatrix row 1 out of range 0..0");
-}
-
-TEST(MMatchmoveFailure, AShotCanBeSolvedAfterItFailed) {
-  MMatchmove scene = panningShot(5, 0);
-  const MArray<MMatchmoveTrack> whole = panningShot(5, 0).tracks;
-  makeSingular(scene, 2);
-  EXPECT_THROW(scene.solve(), MMatrixError);
-  scene.tracks = whole;
-  scene.solve();
-  for (int f = 0; f < 5; ++f) expectFitted(scene, f);
-}
-
-TEST(MMatchmoveFailure, NoAllocationFailureLeaks) {
-  const std::size_t failures = allocations::expectNoLeakOnAnyFailure([] {
-    MMatchmove scene = panningShot(3, 1);
-    for (int t = 0; t < 6; ++t) scene.tracks[t].weights[0] = 0;
-    scene.solve();
-  });
-  EXPECT_GT(failures, 20u);
-}
-
-TEST(MMatchmoveFailure, NoThrownFailureLeaks) {
-  const std::size_t before = allocations::live();
-  for (int kind = 0; kind < 4; ++kind) {
-    MMatchmove scene = panningShot(5, 2);
-    if (kind == 0) makeSingular(scene, 4);
-    if (kind == 1) scene.tracks[1].weights[0] = infinity;
-    if (kind == 2) scene.tracks[3].weights = vectorOf({1, 1, 1});
-    if (kind == 3) scene.baseFrame = 5;
-    EXPECT_THROW(scene.solve(), LvException) << kind;
-  }
-  EXPECT_EQ(allocations::live(), before);
-}
-
-TEST(MMatchmoveReported, ASingularFrameDoesNotEndTheSolve) {
-  static std::string first;
-  first.clear();
-  MMatchmove scene = panningShot(5, 0);
-  makeSingular(scene, 2);
-  MMatrixError::setErrorHandler([](const char* text) {
-    if (first.empty()) first = text;
-  });
-  EXPECT_NO_THROW(scene.solve());
-  MMatrixError::setErrorHandler(nullptr);
-  EXPECT_EQ(first, "inverse: singular matrix");
-  for (int f = 0; f < 5; ++f) EXPECT_TRUE(columnMajor3x3(scene.outputs[f])) << f;
-}
-
-// Projection
-
-MMatchmove withTransform(const Floats& columnMajor, int rows, int cols) {
-  MMatchmove scene;
-  scene.outputs.resize(1);
-  scene.outputs[0] = Matrix(rows, cols, Matrix::ColumnMajor);
-  for (int i = 0; i < rows * cols; ++i) {
-    scene.outputs[0].data[i] = columnMajor[reference::size(i)];
-  }
-  return scene;
-}
-
-Floats projected(const MMatchmove& scene, float x, float y) {
-  MGenVector<float> out;
-  scene.project(0, vectorOf({x, y}), out);
-  return floatsOf(out);
-}
-
-TEST(MMatchmoveProject, ThroughTheBaseFrameIsThePointItself) {
-  MMatchmove scene = panningShot(3, 1);
-  scene.solve();
-  MGenVector<float> out;
-  scene.project(1, vectorOf({0.3f, -7.1f}), out);
-  EXPECT_EQ(floatsOf(out), (Floats{0.3f, -7.1f}));
-}
-
-TEST(MMatchmoveProject, WithoutPerspectiveIsAffine) {
-  EXPECT_EQ(projected(withTransform({1, 2, 0, 3, 4, 0, 5, 6, 1}, 3, 3), 10, 100),
-            (Floats{315, 426}));
-}
-
-TEST(MMatchmoveProject, DividesByThePerspectiveDenominator) {
-  EXPECT_EQ(projected(withTransform({1, 0, 1, 0, 1, 2, 0, 0, 1}, 3, 3), 1, 3),
-            (Floats{1 / 8.0f, 3 / 8.0f}));
-}
-
-TEST(MMatchmoveProject, OnTheHorizonIsInfiniteOrNan) {
-  const Floats out = projected(withTransform({1, 0, 1, 0, 1, 0, 0, 0, -1}, 3, 3), 1, 0);
-  EXPECT_EQ(out[0], infinity);
-  EXPECT_TRUE(std::isnan(out[1]));
-}
-
-TEST(MMatchmoveProject, ResizesTheOutput) {
-  MMatchmove scene = withTransform(identity, 3, 3);
-  MGenVector<float> out(7);
-  scene.project(0, vectorOf({1, 2}), out);
-  EXPECT_EQ(floatsOf(out), (Floats{1, 2}));
-}
-
-TEST(MMatchmoveProject, OntoThePointItselfReadsItFirst) {
-  MMatchmove scene = withTransform({0, 1, 0, 1, 0, 0, 0, 0, 1}, 3, 3);
-  MGenVector<float> p = vectorOf({1, 2});
-  scene.project(0, p, p);
-  EXPECT_EQ(floatsOf(p), (Floats{2, 1}));
-}
-
-TEST(MMatchmoveProject, OutsideTheShotThrows) {
-  MMatchmove scene = withTransform(identity, 3, 3);
-  MGenVector<float> out;
-  for (const int frame : {-1, 1}) {
-    const auto project = [&] { scene.project(frame, vectorOf({1, 2}), out); };
-    EXPECT_EQ(thrownBy<LvBadIndexException>(project), "MArray::operator[]");
-  }
-}
-
-TEST(MMatchmoveProject, AFailureLeavesTheOutputAlone) {
-  const struct {
-    int rows, cols;
-    Floats point;
-    const char* message;
-  } cases[] = {{0, 0, {1, 2}, "MMatrix col 0 out of range 0..-1"},
-               {2, 2, {1, 2}, "MMatrix col 2 out of range 0..1"},
-               {2, 3, {1, 2}, "MMatrix row 2 out of range 0..1"},
-               {3, 3, {1}, "MVector index 1 out of range 0"},
-               {0, 0, {}, "MVector index 0 out of range -1"}};
-  for (const auto& c : cases) {
-    MMatchmove scene = withTransform(identity, c.rows, c.cols);
-    MGenVector<float> out = vectorOf({7, 8, 9});
-    const auto project = [&] { scene.project(0, vectorOf(c.point), out); };
-    EXPECT_EQ(thrownBy<MMatrixError>(project), c.message);
-    EXPECT_EQ(floatsOf(out), (Floats{7, 8, 9}));
-  }
 }
 
 }  // namespace

@@ -2,6 +2,10 @@
 #ifndef TESTS_SOLVER_SHOTS_H
 #define TESTS_SOLVER_SHOTS_H
 
+#include <gtest/gtest.h>
+
+#include <limits>
+
 #include "cornerpin/solver/matchmove.h"
 
 namespace shots {
@@ -24,6 +28,24 @@ inline MMatchmove panningShot(int frames, int baseFrame, float pan = 0.125f) {
     }
   }
   return scene;
+}
+
+inline bool columnMajor3x3(const MGenMatrix<float>& h) {
+  return h.rows == 3 && h.cols == 3 && h.rowStride == 1 && h.colStride == 3;
+}
+
+// Carries every track to its place in the frame, as far as single precision and the differences
+// with a step of 0.0001 let the fit see: the coordinates are at most 2.
+inline void expectFitted(const MMatchmove& scene, int frame) {
+  MGenVector<float> carried;
+  for (int t = 0; t < scene.tracks.size(); ++t) {
+    scene.project(frame, scene.basePositions.row(t), carried);
+    for (int c = 0; c < 2; ++c) {
+      EXPECT_NEAR(carried[c], scene.tracks[t].positions(frame, c),
+                  64 * std::numeric_limits<float>::epsilon())
+          << "frame " << frame << " track " << t;
+    }
+  }
 }
 
 }  // namespace shots
