@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <iostream>
 #include <locale>
 #include <utility>
@@ -89,8 +90,12 @@ Matrix product(const Matrix& a, const Matrix& b) {
   return result;
 }
 
+// Written as it is: what the caller has set up on the stream does not touch it.
 void reportIndex(const char* type, int i) {
-  std::cerr << type << " [] operator: illegal access; index = " << i << '\n';
+  char text[80];
+  const int size =
+      std::snprintf(text, sizeof text, "%s [] operator: illegal access; index = %d\n", type, i);
+  std::cerr.write(text, size);
 }
 
 // Counts on from the first column by address, so that an index beyond the columns is formed
@@ -127,18 +132,20 @@ void readNumbers(std::istream& is, double* numbers, int count) {
   for (int i = 0; i < count; ++i) is >> numbers[i];
 }
 
+// Up to the first character that is not white space. Nothing is read where the stream has ended
+// already.
+void consumeClosingBar(std::istream& is) {
+  char c = ' ';
+  while (is.good() && isSpace(c)) is.get(c);
+}
+
 // "| x y ... |" or "x y ...". The closing bar may be any character that is not white space.
 bool readVector(std::istream& is, double* numbers, int count) {
-  char c = firstCharacter(is);
-  if (c == '|') {
-    readNumbers(is, numbers, count);
-    do {
-      is.get(c);
-    } while (is.good() && isSpace(c));
-  } else {
-    is.putback(c);
-    readNumbers(is, numbers, count);
-  }
+  const char c = firstCharacter(is);
+  const bool hasBar = c == '|';
+  if (!hasBar) is.putback(c);
+  readNumbers(is, numbers, count);
+  if (hasBar) consumeClosingBar(is);
   return !is.fail();
 }
 

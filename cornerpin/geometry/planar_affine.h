@@ -28,9 +28,9 @@
 ///   too. A stream that throws on failure (`exceptions(std::ios::failbit)`) ends it. Check
 ///   `(in >> std::ws).eof()` beforehand.
 /// - Behind numbers with an opening bar, the next character other than white space is consumed,
-///   whatever it is; where there is none the read fails.
-/// - A matrix stays unassigned when its last number is also the end of the stream, which only
-///   happens without bars.
+///   whatever it is. Where the last number ends the stream, as in "| 1 2", there is none and the
+///   vector is read all the same; where white space ends it, the read fails.
+/// - A matrix stays unassigned when its last number is also the end of the stream.
 
 /// A point or direction.
 struct CORNERPIN_API vec2 {
@@ -86,7 +86,8 @@ class CORNERPIN_API mat2 {
   /// \{
   /// Column i. An index below 0 or above 2 writes "mat2 [] operator: illegal access; index = ",
   /// the index and a line end to standard error, and the reference that comes back lies outside
-  /// the matrix: it must not be used. Index 2 gives such a reference without any message.
+  /// the matrix: it must not be used. Index 2 gives such a reference without any message. The text
+  /// does not follow the formatting of `std::cerr`.
   vec2& operator[](int i);
   const vec2& operator[](int i) const;
   /// \}

@@ -11,7 +11,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iomanip>
+#include <iostream>
 #include <limits>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -256,6 +259,30 @@ TEST(PlanarAffineIndex, Mat2ReportsBelowZeroAndAboveTwo) {
   }
 }
 
+TEST(PlanarAffineIndex, TheReportDoesNotFollowTheFormattingOfTheStream) {
+  // Writes every group of two digits apart.
+  struct Pairs : std::numpunct<char> {
+    char do_thousands_sep() const override { return '_'; }
+    std::string do_grouping() const override { return "\2"; }
+  };
+  const mat3 a;
+  const std::locale plain = std::cerr.getloc();
+  std::ostream& stream = std::cerr;
+  const std::ios::fmtflags flags = stream.flags();
+  stream.imbue(std::locale(plain, new Pairs));
+  stream << std::hex << std::showbase << std::uppercase << std::showpos << std::setfill('*');
+  const std::string hexadecimal = standardErrorOf([&] { (void)a[1031]; });
+  stream.flags(flags);
+  stream.width(60);
+  const std::string wide = standardErrorOf([&] { (void)a[1031]; });
+  const std::streamsize width = stream.width(0);
+  stream.fill(' ');
+  stream.imbue(plain);
+  EXPECT_EQ(hexadecimal, "mat3 [] operator: illegal access; index = 1031\n");
+  EXPECT_EQ(wide, "mat3 [] operator: illegal access; index = 1031\n");
+  EXPECT_EQ(width, 60) << "what the caller set up is left to the caller";
+}
+
 TEST(PlanarAffineIndex, TwoOfMat2IsOneColumnPastTheEndWithoutAMessage) {
   const mat2 a;
   const vec2* column = nullptr;
@@ -383,13 +410,23 @@ TEST(PlanarAffineText, WithoutBarsStopsBehindTheNumbers) {
 }
 
 TEST(PlanarAffineText, AFailedReadLeavesTheTargetAlone) {
-  for (const char* bad : {"| 1 x |", "| 1", "x", "1 y", "| 1 2", "| 1 2   "}) {
+  for (const char* bad : {"| 1 x |", "| 1", "x", "1 y", "| 1 2 ", "| 1 2   "}) {
     std::istringstream is(bad);
     vec2 v(8, 9);
     is >> v;
     EXPECT_TRUE(is.fail()) << bad;
     EXPECT_EQ(elements(v), (Elements{8, 9})) << bad;
   }
+}
+
+TEST(PlanarAffineText, NumbersBehindABarMayEndTheStream) {
+  std::istringstream is("| 1 2");
+  vec2 v(8, 9);
+  is >> v;
+  EXPECT_FALSE(is.fail());
+  EXPECT_TRUE(is.eof());
+  EXPECT_EQ(elements(v), (Elements{1, 2}));
+  EXPECT_EQ(elements(read<vec3>("|1 2 3", vec3(7, 8, 9))), (Elements{1, 2, 3}));
 }
 
 TEST(PlanarAffineText, AMatrixReadBackIsTransposed) {
@@ -399,6 +436,7 @@ TEST(PlanarAffineText, AMatrixReadBackIsTransposed) {
 
 TEST(PlanarAffineText, AMatrixStaysWhenItsLastNumberEndsTheStream) {
   EXPECT_EQ(elements(read<mat2>("1 2 3 4", k1to4.transpose())), elements(k1to4.transpose()));
+  EXPECT_EQ(elements(read<mat2>("| 1 2 | | 3 4", mat2(7.0))), Elements(4, 7));
   EXPECT_EQ(elements(read<mat2>("1 2 3 4 ")), elements(k1to4));
 }
 
