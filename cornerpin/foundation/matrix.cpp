@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 #include "cornerpin/foundation/shared_buffer.h"
 
@@ -19,24 +20,71 @@ int firstOutside(int first, int count, int size) {
   return size;
 }
 
-// Elements as lines: `step` from one element of a line to the next, `line` from line to line.
+// What both sides of a copy have in rows and columns, and one side's strides.
+struct Shape {
+  std::ptrdiff_t rows;
+  std::ptrdiff_t cols;
+  std::ptrdiff_t rowStride;
+  std::ptrdiff_t colStride;
+};
+
+// `count` lines of `length` elements: `step` from one element of a line to the next, `line` from
+// line to line.
 template <class T>
 struct Lines {
   T* data;
   std::ptrdiff_t step;
   std::ptrdiff_t line;
+  std::ptrdiff_t length;
+  std::ptrdiff_t count;
 };
 
-// Copies `count` lines of `length` elements, in tiles: where the two sides run crosswise, the
-// lines that a tile touches stay in the cache.
+template <class T>
+Lines<T> rowsAsLines(T* data, const Shape& s) {
+  return {data, s.colStride, s.rowStride, s.cols, s.rows};
+}
+
+template <class T>
+Lines<T> columnsAsLines(T* data, const Shape& s) {
+  return {data, s.rowStride, s.colStride, s.rows, s.cols};
+}
+
+// The addresses from the first cell up to the end of the last one.
+struct Range {
+  std::uintptr_t first;
+  std::uintptr_t end;
+};
+
+template <class T>
+Range rangeOf(const Lines<T>& lines) {
+  const std::ptrdiff_t along = (lines.length - 1) * lines.step;
+  const std::ptrdiff_t across = (lines.count - 1) * lines.line;
+  const std::ptrdiff_t low =
+      std::min<std::ptrdiff_t>(along, 0) + std::min<std::ptrdiff_t>(across, 0);
+  const std::ptrdiff_t high = along + across - low;
+  return {reinterpret_cast<std::uintptr_t>(lines.data + low),
+          reinterpret_cast<std::uintptr_t>(lines.data + high + 1)};
+}
+
+// Whether the outcome may depend on the order in which elements are copied: where several lines
+// share cells, or are read from cells that are written to.
 template <class T, class U>
-void copyLines(const Lines<T>& to, const Lines<const U>& from, std::ptrdiff_t length,
-               std::ptrdiff_t count) {
+bool orderMatters(const Lines<T>& to, const Lines<const U>& from) {
+  if (to.length <= 1 || to.count <= 1) return false;  // one line: there is but one order
+  if (std::abs(to.line) < std::abs(to.step) * to.length) return true;
+  const Range written = rangeOf(to);
+  const Range read = rangeOf(from);
+  return written.first < read.end && read.first < written.end;
+}
+
+// Copies line after line, and in each the elements in order, `tile` elements of every line at a
+// time.
+template <class T, class U>
+void copyLines(const Lines<T>& to, const Lines<const U>& from, std::ptrdiff_t tile) {
   const bool alongBoth = to.step == 1 && from.step == 1;
-  const std::ptrdiff_t tile = alongBoth ? std::max(length, std::ptrdiff_t{1}) : 16;
-  for (std::ptrdiff_t first = 0; first < length; first += tile) {
-    const std::ptrdiff_t end = std::min(first + tile, length);
-    for (std::ptrdiff_t j = 0; j < count; ++j) {
+  for (std::ptrdiff_t first = 0; first < to.length; first += tile) {
+    const std::ptrdiff_t end = std::min(first + tile, to.length);
+    for (std::ptrdiff_t j = 0; j < to.count; ++j) {
       T* const target = to.data + j * to.line;
       const U* const source = from.data + j * from.line;
       if (alongBoth) {
@@ -48,6 +96,23 @@ void copyLines(const Lines<T>& to, const Lines<const U>& from, std::ptrdiff_t le
       }
     }
   }
+}
+
+// Row after row, and in each row the columns in order. Where no other order can be told from it,
+// the lines are the destination's, in tiles: where the two sides run crosswise, the lines that a
+// tile touches stay in the cache.
+template <class T, class U>
+void copyElements(T* to, const Shape& toShape, const U* from, const Shape& fromShape) {
+  const bool byColumns = std::abs(toShape.rowStride) <= std::abs(toShape.colStride);
+  const Lines<T> target = byColumns ? columnsAsLines(to, toShape) : rowsAsLines(to, toShape);
+  const Lines<const U> source =
+      byColumns ? columnsAsLines(from, fromShape) : rowsAsLines(from, fromShape);
+  if (orderMatters(target, source)) {
+    copyLines(rowsAsLines(to, toShape), rowsAsLines(from, fromShape), toShape.cols);
+    return;
+  }
+  const bool alongBoth = target.step == 1 && source.step == 1;
+  copyLines(target, source, alongBoth ? std::max<std::ptrdiff_t>(target.length, 1) : 16);
 }
 
 }  // namespace
@@ -119,13 +184,8 @@ MGenMatrix<T>& MGenMatrix<T>::set(const MGenMatrix<U>& source) {
   const MGenMatrix<U> from = overlap ? source.copy(MGenMatrix<U>::ColumnMajor) : source;
   const int rowsToCopy = std::min(rows, from.rows);
   const int colsToCopy = std::min(cols, from.cols);
-  if (rowStride <= colStride) {
-    copyLines<T, U>({data, rowStride, colStride}, {from.data, from.rowStride, from.colStride},
-                    rowsToCopy, colsToCopy);
-  } else {
-    copyLines<T, U>({data, colStride, rowStride}, {from.data, from.colStride, from.rowStride},
-                    colsToCopy, rowsToCopy);
-  }
+  copyElements<T, U>(data, {rowsToCopy, colsToCopy, rowStride, colStride}, from.data,
+                     {rowsToCopy, colsToCopy, from.rowStride, from.colStride});
   return *this;
 }
 

@@ -49,6 +49,8 @@ class CORNERPIN_API MGenMatrix {
 
   /// Converts and copies the elements of `source` into this matrix's storage, where every other
   /// holder sees them. When both share a buffer the result is that of a snapshot of the source.
+  /// Rows are copied from the first to the last, and in each the columns: where strides let
+  /// elements of this matrix share a cell, the last one stays.
   /// Reports "MMatrix row mismatch %d != %d", then "MMatrix col mismatch %d != %d".
   template <class U>
   MGenMatrix& set(const MGenMatrix<U>& source);

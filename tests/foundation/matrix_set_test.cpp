@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <new>
 #include <random>
+#include <vector>
 
 #include "tests/foundation/containers.h"
 #include "tests/support/allocations.h"
@@ -157,6 +158,76 @@ TEST(MatrixSet, CarriesOnWithinOneBuffer) {
   Matrix a = numbered(2, 2, RowMajor);
   a.set(a.view(1, 0, 1, 2));
   EXPECT_EQ(values(a), (Floats{{21, 22}, {21, 22}}));
+}
+
+// Cells as a matrix over memory that no buffer owns.
+Matrix over(float* cells, int rows, int cols, int rowStride, int colStride) {
+  Matrix m;
+  m.rows = rows;
+  m.cols = cols;
+  m.rowStride = rowStride;
+  m.colStride = colStride;
+  m.data = cells;
+  return m;
+}
+
+TEST(MatrixSet, WritesRowAfterRowWhereElementsShareACell) {
+  // Cell i + j holds what was written last: of column 0 and 1 the element further down.
+  Matrix a(2, 3, RowMajor);
+  a.rowStride = 1;
+  a.set(numbered(2, 3, ColumnMajor));
+  const std::vector<float> cells(a.buffer, a.buffer + 6);
+  EXPECT_EQ(cells, (std::vector<float>{11, 21, 22, 23, 0, 0}));
+}
+
+// The same loop as the rule has it, cell by cell.
+TEST(MatrixSet, WritesRowAfterRowWhateverTheStridesAre) {
+  const unsigned seed = 20240608;
+  std::mt19937 random(seed);
+  const auto pick = [&random](int from, int to) {
+    return std::uniform_int_distribution<int>(from, to)(random);
+  };
+  for (int round = 0; round < 2000; ++round) {
+    const int rows = pick(0, 40), cols = pick(0, 40);
+    const int rowStride = pick(-4, 4), colStride = pick(-4, 4);
+    constexpr std::size_t size = 700, middle = 350;
+    std::vector<float> cells(size), expected(size);
+    const Matrix source = numbered(rows, cols, kLayouts[round % 2]);
+    for (int i = 0; i < rows; ++i) {
+      for (int j = 0; j < cols; ++j) {
+        expected[middle + static_cast<std::size_t>(i * rowStride + j * colStride)] = source(i, j);
+      }
+    }
+    over(&cells[middle], rows, cols, rowStride, colStride).set(source);
+    ASSERT_EQ(cells, expected) << "round " << round << " seed " << seed;
+  }
+}
+
+TEST(MatrixSet, ReadsWhatItHasWrittenWhereTwoMatricesWithoutBufferOverlap) {
+  const unsigned seed = 20240609;
+  std::mt19937 random(seed);
+  const auto pick = [&random](int from, int to) {
+    return std::uniform_int_distribution<int>(from, to)(random);
+  };
+  for (int round = 0; round < 2000; ++round) {
+    const int rows = pick(1, 20), cols = pick(1, 20);
+    const bool down = pick(0, 1) == 1, across = pick(0, 1) == 1;
+    const std::size_t to = static_cast<std::size_t>(pick(0, 500));
+    const std::size_t from = static_cast<std::size_t>(pick(0, 500));
+    std::vector<float> cells(900);
+    for (std::size_t k = 0; k < cells.size(); ++k) cells[k] = static_cast<float>(k);
+    std::vector<float> expected = cells;
+    Matrix target = over(&cells[to], rows, cols, down ? 1 : cols, down ? rows : 1);
+    const Matrix source = over(&cells[from], rows, cols, across ? 1 : cols, across ? rows : 1);
+    for (int i = 0; i < rows; ++i) {
+      for (int j = 0; j < cols; ++j) {
+        expected[to + static_cast<std::size_t>(i * target.rowStride + j * target.colStride)] =
+            expected[from + static_cast<std::size_t>(i * source.rowStride + j * source.colStride)];
+      }
+    }
+    target.set(source);
+    ASSERT_EQ(cells, expected) << "round " << round << " seed " << seed;
+  }
 }
 
 TEST(MatrixSet, ConvertsEveryElement) {
