@@ -62,6 +62,7 @@ MGenVector<float> MMatchmoveProblem::getGoal() const {
 void MMatchmoveProblem::setX(const MGenVector<float>& parameters) {
   x = parameters;
   xToMatrix(x, transform);
+  y.resize(2 * activeCount);
   gather(gathered_);
   projectGathered(transform, gathered_, y);
 }
@@ -86,7 +87,8 @@ void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
                       dy.rowStride == kParameterCount;
   const MGenMatrix<float> rows =
       direct ? dy : MGenMatrix<float>(valueCount, kParameterCount, MGenMatrix<float>::RowMajor);
-  const MGenVector<float> values = y.stride == 1 ? y : y.copy();
+  MGenVector<float> values = y.stride == 1 ? y : y.copy();
+  if (values.length < valueCount) values.resize(valueCount);  // no column will take the result
   gather(gathered_);
   frameKernels().differences(elementsOf(transform, activeCount).data(),
                              activeTracksIn(gathered_, activeCount), values.data, rows.data);
@@ -94,6 +96,7 @@ void MMatchmoveProblem::evalDy(MGenMatrix<float>& dy) {
 }
 
 void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& out) const {
+  out.resize(2 * activeCount);  // before anything is read that may be missing
   MGenVector<float> gathered;
   gather(gathered);
   projectGathered(h, gathered, out);
@@ -102,7 +105,6 @@ void MMatchmoveProblem::project(const MGenMatrix<float>& h, MGenVector<float>& o
 void MMatchmoveProblem::projectGathered(const MGenMatrix<float>& h,
                                         const MGenVector<float>& gathered,
                                         MGenVector<float>& out) const {
-  out.resize(2 * activeCount);
   MGenVector<float> values = out.stride == 1 ? out : MGenVector<float>(out.length);
   frameKernels().project(elementsOf(h, activeCount).data(), activeTracksIn(gathered, activeCount),
                          values.data);

@@ -43,11 +43,14 @@ class CORNERPIN_API MMatchmoveProblem : public MLMProblem {
   void setX(const MGenVector<float>& parameters) override;
   /// Shares `y`; computes nothing.
   void evalY(MGenVector<float>& out) override;
-  /// Eight projections; not to be called before the first `setX`. An empty dy becomes row-major.
+  /// Eight projections, compared with `y` as it stands; not to be called before the first `setX`.
+  /// An empty dy becomes row-major. It gets a row for every element of `y` and a column for every
+  /// element of `x`; when these are not as `setX` left them, what does not fit is reported.
   void evalDy(MGenMatrix<float>& dy) override;
 
   /// The weighted projection of the active tracks' base positions through h (3 x 3); `out` is
-  /// resized to 2 * activeCount. A smaller h reports the row or column index.
+  /// resized to 2 * activeCount first, whatever is reported then. A smaller h reports the row or
+  /// column index.
   void project(const MGenMatrix<float>& h, MGenVector<float>& out) const;
 
   /// Packs h, taken to be a contiguous column-major 3 x 3 matrix, into 8 parameters. Reports

@@ -19,20 +19,13 @@ namespace {
 using scenes::floatsOf;
 using scenes::transformOf;
 using scenes::vectorOf;
+using shots::preparedShot;
 using Floats = reference::Floats;
 using Matrix = MGenMatrix<float>;
 
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float epsilon = std::numeric_limits<float>::epsilon();
 const Floats identityParameters = {1, 0, 0, 0, 1, 0, 0, 0};
-
-// A panning shot of three frames, ready for frame 2, with base frame 1.
-MMatchmove preparedShot() {
-  MMatchmove scene = shots::panningShot(3, 1);
-  scene.setupOutputs();
-  scene.solveBaseFrame();
-  return scene;
-}
 
 std::vector<int> activeTracksOf(const MMatchmoveProblem& problem) {
   std::vector<int> tracks;
@@ -202,7 +195,32 @@ TEST(MMatchmoveProblemProject, ASmallTransformIsReported) {
   EXPECT_EQ(out.length, 12);  // resized before the first element is read
 }
 
+TEST(MMatchmoveProblemProject, ResizesBeforeAnythingCanFail) {
+  MMatchmove scene = preparedShot();
+  const MMatchmoveProblem problem(&scene, 2);
+  const auto project = [&](MGenVector<float>& out) {
+    return thrownBy<MMatrixError>([&] { problem.project(identityMatrix(), out); });
+  };
+  MGenVector<float> out = vectorOf({7, 8, 9});
+  scene.basePositions = Matrix(6, 1, Matrix::ColumnMajor);
+  EXPECT_EQ(project(out), "MMatrix col 1 out of range 0..0");
+  EXPECT_EQ(out.length, 12);
+  out = vectorOf({7, 8, 9});
+  scene.tracks[0].weights = vectorOf({1, 1});
+  EXPECT_EQ(project(out), "MVector index 2 out of range 1");
+  EXPECT_EQ(out.length, 12);
+}
+
 // Parameters
+
+TEST(MMatchmoveProblemSetX, ResizesTheValuesBeforeAnythingCanFail) {
+  MMatchmove scene = preparedShot();
+  MMatchmoveProblem problem(&scene, 2);
+  scene.tracks[0].weights = vectorOf({1, 1});
+  EXPECT_EQ(thrownBy<MMatrixError>([&] { problem.setX(vectorOf(identityParameters)); }),
+            "MVector index 2 out of range 1");
+  EXPECT_EQ(problem.y.length, 12);
+}
 
 TEST(MMatchmoveProblemSetX, SharesTheVectorAndUpdatesTransformAndValues) {
   MMatchmove scene = preparedShot();
@@ -401,99 +419,6 @@ TEST(MMatchmoveProblemPositions, TooFewAreReported) {
             "MMatrix row 5 out of range 0..4");
   EXPECT_EQ(thrownBy<MMatrixError>([&] { problem.yToMatrix(MGenVector<float>(11), m); }),
             "MVector index 11 out of range 10");
-}
-
-// Jacobian
-
-TEST(MMatchmoveProblemEvalDy, AFreshMatrixBecomesRowMajor) {
-  MMatchmove scene = preparedShot();
-  MMatchmoveProblem problem(&scene, 2);
-  problem.setX(vectorOf(identityParameters));
-  Matrix dy;
-  problem.evalDy(dy);
-  EXPECT_EQ(dy.rows, 12);
-  EXPECT_EQ(dy.cols, 8);
-  EXPECT_EQ(dy.rowStride, 8);
-  EXPECT_EQ(dy.colStride, 1);
-}
-
-TEST(MMatchmoveProblemEvalDy, KeepsTheLayout) {
-  MMatchmove scene = preparedShot();
-  MMatchmoveProblem problem(&scene, 2);
-  problem.setX(vectorOf(identityParameters));
-  Matrix fresh;
-  Matrix dy(2, 2, Matrix::ColumnMajor);
-  problem.evalDy(fresh);
-  problem.evalDy(dy);
-  EXPECT_EQ(dy.rowStride, 1);
-  EXPECT_EQ(dy.colStride, 12);
-  EXPECT_EQ(scenes::plain(dy).elements, scenes::plain(fresh).elements);
-}
-
-TEST(MMatchmoveProblemEvalDy, ReusesAMatchingMatrix) {
-  MMatchmove scene = preparedShot();
-  MMatchmoveProblem problem(&scene, 2);
-  problem.setX(vectorOf(identityParameters));
-  Matrix dy(12, 8, Matrix::ColumnMajor);
-  const float* const storage = dy.data;
-  problem.evalDy(dy);
-  EXPECT_EQ(dy.data, storage);
-}
-
-TEST(MMatchmoveProblemEvalDy, DividesForwardDifferencesByTheStepItself) {
-  MMatchmove scene = preparedShot();
-  MMatchmoveProblem problem(&scene, 2);
-  const Floats x = {1.1f, 0.1f, 0.02f, -0.2f, 0.9f, 0.05f, 300, -0.4f};
-  problem.setX(vectorOf(x));
-  Matrix dy;
-  problem.evalDy(dy);
-  for (std::size_t p = 0; p < 8; ++p) {
-    Floats moved = x;
-    moved[p] += 0.0001f;  // 300 does not move by the whole step
-    moved.push_back(1);
-    Matrix h(3, 3, Matrix::ColumnMajor);
-    for (int i = 0; i < 9; ++i) h.data[i] = moved[reference::size(i)];
-    MGenVector<float> y;
-    problem.project(h, y);
-    for (int k = 0; k < 12; ++k) {
-      EXPECT_EQ(dy(k, static_cast<int>(p)), (y[k] - problem.y[k]) / 0.0001f) << k << ", " << p;
-    }
-  }
-}
-
-TEST(MMatchmoveProblemEvalDy, ApproximatesTheDerivatives) {
-  MMatchmove scene = preparedShot();
-  MMatchmoveProblem problem(&scene, 2);
-  problem.setX(vectorOf(identityParameters));
-  Matrix dy;
-  problem.evalDy(dy);
-  // Of x' = (x h00 + y h01 + h02) / (x h20 + y h21 + 1) at the identity. Rounding of values below
-  // 1 over the step, and half the step times the second derivative.
-  const double allowed = static_cast<double>(epsilon) / 1e-4 + 1e-4;
-  for (int i = 0; i < 6; ++i) {
-    const double x = static_cast<double>(scene.basePositions(i, 0));
-    const double y = static_cast<double>(scene.basePositions(i, 1));
-    const double expected[2][8] = {{x, 0, -x * x, y, 0, -x * y, 1, 0},
-                                   {0, x, -x * y, 0, y, -y * y, 0, 1}};
-    for (int c = 0; c < 2; ++c) {
-      for (int p = 0; p < 8; ++p) {
-        EXPECT_NEAR(static_cast<double>(dy(2 * i + c, p)), expected[c][p], allowed)
-            << i << ", " << c << ", " << p;
-      }
-    }
-  }
-}
-
-TEST(MMatchmoveProblemEvalDy, LeavesParametersTransformAndValuesAlone) {
-  MMatchmove scene = preparedShot();
-  MMatchmoveProblem problem(&scene, 2);
-  problem.setX(vectorOf(identityParameters));
-  const Floats y = floatsOf(problem.y);
-  Matrix dy;
-  problem.evalDy(dy);
-  EXPECT_EQ(floatsOf(problem.x), identityParameters);
-  EXPECT_EQ(transformOf(problem.transform), (Floats{1, 0, 0, 0, 1, 0, 0, 0, 1}));
-  EXPECT_EQ(floatsOf(problem.y), y);
 }
 
 TEST(MMatchmoveProblemFailure, NoAllocationFailureLeaks) {

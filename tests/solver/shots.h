@@ -30,6 +30,14 @@ inline MMatchmove panningShot(int frames, int baseFrame, float pan = 0.125f) {
   return scene;
 }
 
+// A panning shot of three frames, ready for frame 2, with base frame 1.
+inline MMatchmove preparedShot() {
+  MMatchmove scene = panningShot(3, 1);
+  scene.setupOutputs();
+  scene.solveBaseFrame();
+  return scene;
+}
+
 inline bool columnMajor3x3(const MGenMatrix<float>& h) {
   return h.rows == 3 && h.cols == 3 && h.rowStride == 1 && h.colStride == 3;
 }
