@@ -34,17 +34,19 @@ struct Lapack<double> {
 // not make the call, because LAPACK's own error routine prints and may end the process.
 constexpr int kRefused = -1;
 
-void report(int info, const char* routine) {
+// True when there was nothing to report.
+bool report(int info, const char* routine) {
   if (info < 0) MMatrixError::err("%s", routine);
   if (info > 0) MMatrixError::err("inverse: singular matrix");
+  return info == 0;
 }
 
-// Factorises the m x n matrix in `lu` (leading dimension m) in place.
+// Factorises the m x n matrix in `lu` (leading dimension m) in place. False when it was reported.
 template <class T>
-void factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
+bool factorise(int m, int n, MGenMatrix<T>& lu, MGenVector<int>& pivots) {
   int info = kRefused;
   if (m >= 1) Lapack<T>::factorise(&m, &n, lu.data, &m, pivots.data, &info);
-  report(info, Lapack<T>::factoriseName);
+  return report(info, Lapack<T>::factoriseName);
 }
 
 // The block size depends on the routine alone: asked for once.
@@ -76,15 +78,16 @@ class Work {
   std::unique_ptr<T[]> many_;
 };
 
-// Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block.
+// Turns the factors in `lu` (leading dimension m) into the inverse of their n x n top block. False
+// when it was reported.
 template <class T>
-void invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots, T* work,
+bool invertFactors(int m, int n, MGenMatrix<T>& lu, const MGenVector<int>& pivots, T* work,
                    int lwork) {
   int info = kRefused;
   if (m >= std::max(1, n) && lwork >= std::max(1, n)) {
     Lapack<T>::invert(&n, lu.data, &m, pivots.data, work, &lwork, &info);
   }
-  report(info, Lapack<T>::invertName);
+  return report(info, Lapack<T>::invertName);
 }
 
 // Gives the pivot rows beyond n, of which there may be any number, the numbers n + 1 ... 2n.
@@ -121,14 +124,14 @@ MGenMatrix<float> inverse(const MGenMatrix<float>& a) { return inverseOf(a); }
 
 MGenMatrix<double> inverse(const MGenMatrix<double>& a) { return inverseOf(a); }
 
-void cornerpin::internal::invertInPlace(MGenMatrix<float>& a, MGenVector<int>& pivots,
+bool cornerpin::internal::invertInPlace(MGenMatrix<float>& a, MGenVector<int>& pivots,
                                         MGenVector<float>& work) {
   const int n = a.rows;
   if (pivots.length < n) pivots = MGenVector<int>(n);
-  factorise(n, n, a, pivots);
+  const bool isFactorised = factorise(n, n, a, pivots);
   const int lwork = workLength<float>(n);
   if (work.length < lwork) work = MGenVector<float>(lwork);
-  invertFactors(n, n, a, pivots, work.data, lwork);
+  return invertFactors(n, n, a, pivots, work.data, lwork) && isFactorised;
 }
 
 double determinant(const MGenMatrix<double>& a) {

@@ -9,8 +9,8 @@ namespace cornerpin::internal {
 
 // Private. Replaces `a`, square, ColumnMajor and contiguous, by its inverse: the same bits and
 // reports as `inverse`. `pivots` and `work` are replaced when they are too short, so that many
-// inversions share one allocation.
-void invertInPlace(MGenMatrix<float>& a, MGenVector<int>& pivots, MGenVector<float>& work);
+// inversions share one allocation. False when something was reported, and a handler returned.
+bool invertInPlace(MGenMatrix<float>& a, MGenVector<int>& pivots, MGenVector<float>& work);
 
 }  // namespace cornerpin::internal
 

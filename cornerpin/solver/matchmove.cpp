@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -27,14 +26,16 @@ using cornerpin::kernels::kParameters;
 
 // The fits of one frame after another: what `MLMSolver` with its defaults makes of a
 // `MMatchmoveProblem`, with room for all tracks, so that a frame allocates nothing.
+//
+// Every frame reads the scene as it then is and keeps no pointer into it: a fit may report an
+// error, and the handler may change whatever it likes before it returns.
 class FrameFit {
  public:
-  explicit FrameFit(const MMatchmove& scene);
+  explicit FrameFit(MMatchmove& scene) : scene_(scene) { system_.resize(kParameters); }
 
-  // Chooses a frame and gathers the tracks that are active in it. False when none is.
-  bool select(int frame);
-  // Fits the frame, starting from `transform`, which it replaces.
-  void solve(Matrix& transform);
+  // Fits the frame, starting from its transform in the outputs, which it replaces. Does nothing
+  // where no track is active.
+  void solve(int frame);
 
   // For the iteration.
   float start();
@@ -49,43 +50,33 @@ class FrameFit {
     float* values;
   };
 
-  // What the frames read of a track that is present in the base frame.
-  struct Source {
-    const float* weights;
-    const float* positions;
-    int weightStride, rowStride, colStride;
-    float x, y;  // in the base frame
-  };
-
-  void findSources();
-  void gather();
+  void makeRoom();
+  bool gather();
   void gatherChecked();
-  void gatherBaseChecked();
+  void gatherWeightsAndBase();
+  void hold(const Matrix& transform);
   float evaluate(Point& point);
 
-  const MMatchmove& scene_;
+  MMatchmove& scene_;
   const MLMSolver settings_;
   cornerpin::internal::NormalSystem system_;
   const MGenVector<float> noTrust_;
-  std::vector<Source> sources_;
-  int framesInRange_ = 0;    // the frames that all sources have
-  MGenVector<int> active_;   // the active tracks, in a frame out of range
+  MGenVector<int> active_;   // as long as the scene's tracks; of these, the active ones
   std::vector<float> room_;  // what the pointers below share
-  ActiveTracks tracks_;
-  float *x_, *y_, *weight_;  // what `tracks_` reads
-  float *goal_, *residuals_;
-  Point held_, candidate_;
+  ActiveTracks tracks_{};
+  float *x_ = nullptr, *y_ = nullptr, *weight_ = nullptr;  // what `tracks_` reads
+  float *goal_ = nullptr, *residuals_ = nullptr;
+  Point held_{}, candidate_{};
   int frame_ = 0;
-  bool isInRange_ = false;
 };
 
 constexpr std::size_t kFloatsPerTrack = 11;
 
-FrameFit::FrameFit(const MMatchmove& scene)
-    : scene_(scene),
-      active_(scene.trackCount),
-      room_(kFloatsPerTrack * static_cast<std::size_t>(active_.length)) {
+void FrameFit::makeRoom() {
+  if (active_.length == scene_.trackCount) return;
+  active_ = MGenVector<int>(scene_.trackCount);
   const std::ptrdiff_t n = active_.length;
+  room_.resize(kFloatsPerTrack * static_cast<std::size_t>(n));
   float* next = room_.data();
   const auto take = [&next](std::ptrdiff_t count) { return std::exchange(next, next + count); };
   x_ = take(n);
@@ -96,56 +87,44 @@ FrameFit::FrameFit(const MMatchmove& scene)
   held_.values = take(2 * n);
   candidate_.values = take(2 * n);
   tracks_ = {x_, y_, weight_, 0};
-  system_.resize(kParameters);
-  findSources();
 }
 
-// Leaves no frame in range when anything that frames share is missing.
-void FrameFit::findSources() {
+// Chooses the active tracks and gathers what the fit reads of them. False, and nothing is reported,
+// where something is missing.
+bool FrameFit::gather() {
   const Matrix& base = scene_.basePositions;
-  const int count = scene_.trackCount;
-  if (std::min({scene_.tracks.size(), scene_.baseWeights.length, base.rows}) < count) return;
-  if (base.cols < 2) return;
-  sources_.reserve(static_cast<std::size_t>(count));
-  int frames = std::numeric_limits<int>::max();
-  for (int i = 0; i < count; ++i) {
-    if (!(scene_.baseWeights[i] > 0.0f)) continue;
-    const MGenVector<float>& weights = scene_.tracks[i].weights;
-    const Matrix& positions = scene_.tracks[i].positions;
-    frames = std::min({frames, weights.length, positions.cols < 2 ? 0 : positions.rows});
-    sources_.push_back({weights.data, positions.data, weights.stride, positions.rowStride,
-                        positions.colStride, base(i, 0), base(i, 1)});
-  }
-  framesInRange_ = frames;
-}
-
-bool FrameFit::select(int frame) {
-  frame_ = frame;
-  isInRange_ = frame >= 0 && frame < framesInRange_;
-  if (isInRange_) {
-    gather();
-  } else {
-    gatherChecked();
-  }
-  return tracks_.count > 0;
-}
-
-void FrameFit::gather() {
+  const MGenVector<float>& baseWeights = scene_.baseWeights;
+  const int trackCount = scene_.trackCount;
+  if (std::min({scene_.tracks.size(), baseWeights.length, base.rows}) < trackCount) return false;
+  if (base.cols < 2 || frame_ < 0) return false;
   const std::ptrdiff_t frame = frame_;
+  const std::ptrdiff_t weightStride = baseWeights.stride;
+  const std::ptrdiff_t rowStride = base.rowStride, colStride = base.colStride;
+  const float *const baseWeight = baseWeights.data, *const basePositions = base.data;
+  const MMatchmoveTrack* const tracks = trackCount > 0 ? &scene_.tracks[0] : nullptr;
   float *const x = x_, *const y = y_, *const weights = weight_, *const goal = goal_;
+  int* const active = active_.data;
   std::ptrdiff_t count = 0;
-  for (const Source& source : sources_) {
-    const float weight = source.weights[frame * source.weightStride];
+  for (std::ptrdiff_t i = 0; i < trackCount; ++i) {
+    if (!(baseWeight[i * weightStride] > 0.0f)) continue;
+    const MMatchmoveTrack& track = tracks[i];
+    if (frame >= track.weights.length) return false;
+    const float weight = track.weights.data[frame * track.weights.stride];
     if (!(weight > 0.0f)) continue;
-    const float* const position = source.positions + frame * source.rowStride;
-    x[count] = source.x;
-    y[count] = source.y;
+    const Matrix& positions = track.positions;
+    if (frame >= positions.rows || positions.cols < 2) return false;
+    const float* const position = positions.data + frame * positions.rowStride;
+    const float* const basePosition = basePositions + i * rowStride;
+    active[count] = static_cast<int>(i);
+    x[count] = basePosition[0];
+    y[count] = basePosition[colStride];
     weights[count] = weight;
     goal[2 * count] = weight * position[0];
-    goal[2 * count + 1] = weight * position[source.colStride];
+    goal[2 * count + 1] = weight * position[positions.colStride];
     ++count;
   }
   tracks_.count = static_cast<int>(count);
+  return true;
 }
 
 // Where something is missing, weights are reported before positions, and base positions last.
@@ -167,23 +146,37 @@ void FrameFit::gatherChecked() {
   tracks_.count = count;
 }
 
-void FrameFit::gatherBaseChecked() {
+// The active tracks and their goal stay.
+void FrameFit::gatherWeightsAndBase() {
   for (int k = 0; k < tracks_.count; ++k) {
+    weight_[k] = scene_.tracks[active_[k]].weights[frame_];
     x_[k] = scene_.basePositions(active_[k], 0);
     y_[k] = scene_.basePositions(active_[k], 1);
   }
 }
 
-void FrameFit::solve(Matrix& transform) {
-  const int count = std::min(kParameters, transform.rows * transform.cols);
+// Holds the first eight elements, in the order in which they are stored.
+void FrameFit::hold(const Matrix& transform) {
+  const Matrix kept = transform;  // outlives the handling of a report
+  const int count = std::min(kParameters, kept.rows * kept.cols);
   if (count != kParameters) {
     MMatrixError::err("MVector length mismatch %d != %d", kParameters, count);
   }
-  std::copy(transform.data, transform.data + count, held_.transform);
+  std::copy(kept.data, kept.data + count, held_.transform);
   std::fill(held_.transform + count, held_.transform + kParameters, 0.0f);
   held_.transform[kParameters] = candidate_.transform[kParameters] = 1.0f;
-  if (!isInRange_) gatherBaseChecked();
+}
+
+void FrameFit::solve(int frame) {
+  frame_ = frame;
+  makeRoom();
+  const bool isWhole = gather();
+  if (!isWhole) gatherChecked();
+  if (tracks_.count == 0) return;
+  hold(scene_.outputs[frame]);
+  if (!isWhole) gatherWeightsAndBase();
   cornerpin::internal::iterate(settings_, *this);
+  Matrix& transform = scene_.outputs[frame];
   if (!transform.ownsBuffer()) transform = transform.copy(Matrix::ColumnMajor);
   transform.resize(3, 3, Matrix::ColumnMajor);
   std::copy(held_.transform, held_.transform + 9, transform.data);
@@ -207,12 +200,9 @@ void FrameFit::formSystem(bool moved) {
 
 float FrameFit::tryStep(float damping) {
   const float* const step = system_.step(damping, noTrust_).data;
+  if (system_.wasReported()) gatherWeightsAndBase();  // as the handler has left them
   for (int p = 0; p < kParameters; ++p) candidate_.transform[p] = step[p] + held_.transform[p];
   return evaluate(candidate_);
-}
-
-void solveFrame(MMatchmove& scene, int frame, FrameFit& fit) {
-  if (fit.select(frame)) fit.solve(scene.outputs[frame]);
 }
 
 }  // namespace
@@ -223,11 +213,11 @@ void MMatchmove::solve() {
   FrameFit fit(*this);
   for (int f = baseFrame + 1; f < frameCount; ++f) {
     outputs[f] = outputs[f - 1].copy(Matrix::ColumnMajor);
-    ::solveFrame(*this, f, fit);
+    fit.solve(f);
   }
   for (int f = baseFrame - 1; f >= 0; --f) {
     outputs[f] = outputs[f + 1].copy(Matrix::ColumnMajor);
-    ::solveFrame(*this, f, fit);
+    fit.solve(f);
   }
 }
 
@@ -251,10 +241,7 @@ void MMatchmove::solveBaseFrame() {
   }
 }
 
-void MMatchmove::solveFrame(int frame) {
-  FrameFit fit(*this);
-  ::solveFrame(*this, frame, fit);
-}
+void MMatchmove::solveFrame(int frame) { FrameFit(*this).solve(frame); }
 
 void MMatchmove::project(int frame, const MGenVector<float>& p, MGenVector<float>& out) const {
   const Matrix& h = outputs[frame];

@@ -45,6 +45,9 @@ class CORNERPIN_API MMatchmove {
   /// but `trackCount` changes) and for a base frame outside the shot (after `setupOutputs`). What a
   /// frame's fit throws ends the solve: frames solved so far keep their results, the failing frame
   /// holds its neighbour's transform, and frames not reached hold what `outputs` held before.
+  ///
+  /// An error handler that returns lets the solve go on, on the scene as it has left it: it may
+  /// change all members, and the storage of the tracks, but not destroy the scene.
   void solve();
 
   /// Sets the counts and resizes `basePositions`, `baseWeights` and `outputs`, keeping what they
@@ -56,7 +59,8 @@ class CORNERPIN_API MMatchmove {
   void solveBaseFrame();
 
   /// Fits one frame, starting from the transform in `outputs[frame]`, and leaves it alone where no
-  /// track is active or the fit throws. Part of `solve`, after the two above.
+  /// track is active or the fit throws. The start is taken in the order in which it is stored, so
+  /// it should be ColumnMajor; the result is. Part of `solve`, after the two above.
   void solveFrame(int frame);
 
   /// Maps the base-frame point p (2 elements) into a frame; `out` is resized to 2. A point on the

@@ -74,7 +74,7 @@ const MGenVector<float>& NormalSystem::step(float damping, const MGenVector<floa
   std::copy(gradient_.data, gradient_.data + n, scaledGradient_.data);
   if (trust.length != 0) scaleBy(trust);
   damp(damped_, damping);
-  invertInPlace(damped_, pivots_, work_);
+  wasReported_ = !invertInPlace(damped_, pivots_, work_);
   multiply(damped_, scaledGradient_, step_);
   if (trust.length != 0) limitBy(trust);
   return step_;

@@ -36,6 +36,9 @@ class NormalSystem {
   // it. With `trust`, not empty, the system is scaled first and the step cut and scaled back.
   const MGenVector<float>& step(float damping, const MGenVector<float>& trust);
 
+  // Whether the last inversion was reported: then an error handler has run, and has returned.
+  bool wasReported() const { return wasReported_; }
+
  private:
   void scaleBy(const MGenVector<float>& trust);
   void limitBy(const MGenVector<float>& trust);
@@ -47,6 +50,7 @@ class NormalSystem {
   MGenVector<float> step_;
   MGenVector<int> pivots_;
   MGenVector<float> work_;
+  bool wasReported_ = false;
 };
 
 }  // namespace cornerpin::internal

@@ -19,6 +19,7 @@ using scenes::transformOf;
 using scenes::vectorOf;
 using shots::columnMajor3x3;
 using shots::expectFitted;
+using shots::makeSingular;
 using shots::panningShot;
 using Floats = reference::Floats;
 using Matrix = MGenMatrix<float>;
@@ -26,13 +27,6 @@ using Matrix = MGenMatrix<float>;
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float infinity = std::numeric_limits<float>::infinity();
 const Floats identity = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-
-// Only a track at the origin is seen: the unknowns that multiply its coordinates have no slope.
-void makeSingular(MMatchmove& scene, int frame) {
-  for (int t = 1; t < scene.tracks.size(); ++t) scene.tracks[t].weights[frame] = 0;
-  scene.tracks[0].positions(scene.baseFrame, 0) = 0;
-  scene.tracks[0].positions(scene.baseFrame, 1) = 0;
-}
 
 TEST(MMatchmoveFailure, ASingularFrameEndsTheForwardSweepAndThereIsNoBackwardOne) {
   MMatchmove scene = panningShot(7, 2);

@@ -201,6 +201,19 @@ TEST(MMatchmoveSolve, AnAbsentFrameTakesTheTransformOfItsNeighbourTowardsTheBase
   expectFitted(scene, 6);
 }
 
+TEST(MMatchmoveSolve, AnAbsentFrameOwnsItsTransformInBothDirections) {
+  MMatchmove scene = panningShot(7, 3);
+  for (int t = 0; t < 6; ++t) scene.tracks[t].weights[1] = scene.tracks[t].weights[5] = 0;
+  scene.solve();
+  for (const int f : {1, 5}) {
+    EXPECT_TRUE(scene.outputs[f].ownsBuffer()) << f;
+    EXPECT_TRUE(columnMajor3x3(scene.outputs[f])) << f;
+    const int neighbour = f < 3 ? f + 1 : f - 1;
+    EXPECT_EQ(transformOf(scene.outputs[f]), transformOf(scene.outputs[neighbour])) << f;
+    EXPECT_NE(scene.outputs[f].data, scene.outputs[neighbour].data) << f;
+  }
+}
+
 TEST(MMatchmoveSolve, ATrackAbsentAtTheBaseFrameInfluencesNoFrame) {
   MMatchmove with = panningShot(5, 2);
   MMatchmove without = panningShot(5, 2);
@@ -343,6 +356,22 @@ TEST(MMatchmoveSolveFrame, WritesIntoAnOutputThatHasOneHolder) {
   const float* const storage = scene.outputs[2].data;
   scene.solveFrame(2);
   EXPECT_EQ(scene.outputs[2].data, storage);
+}
+
+// A place that is not finite lets no candidate win: the frame keeps its start.
+TEST(MMatchmoveSolveFrame, TakesARowMajorStartInTheOrderOfItsStorage) {
+  MMatchmove scene = panningShot(3, 0);
+  scene.setupOutputs();
+  scene.solveBaseFrame();
+  scene.tracks[1].positions(1, 1) = nan;
+  scene.outputs[1] = Matrix(3, 3, Matrix::RowMajor);
+  const Floats stored = {1.5f, 0.25f, -0.125f, 0.5f, 2, 0.0625f, 3, -4, 7};
+  for (int i = 0; i < 9; ++i) scene.outputs[1].data[i] = stored[reference::size(i)];
+  ASSERT_TRUE(scene.outputs[1].ownsBuffer());
+  scene.solveFrame(1);
+  EXPECT_TRUE(columnMajor3x3(scene.outputs[1]));
+  EXPECT_EQ(transformOf(scene.outputs[1]),
+            (Floats{1.5f, 0.25f, -0.125f, 0.5f, 2, 0.0625f, 3, -4, 1}));
 }
 
 TEST(MMatchmoveSolveFrame, WithoutActiveTracksLeavesTheOutputAlone) {

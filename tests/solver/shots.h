@@ -38,6 +38,13 @@ inline MMatchmove preparedShot() {
   return scene;
 }
 
+// Only a track at the origin is seen: the unknowns that multiply its coordinates have no slope.
+inline void makeSingular(MMatchmove& scene, int frame) {
+  for (int t = 1; t < scene.tracks.size(); ++t) scene.tracks[t].weights[frame] = 0;
+  scene.tracks[0].positions(scene.baseFrame, 0) = 0;
+  scene.tracks[0].positions(scene.baseFrame, 1) = 0;
+}
+
 inline bool columnMajor3x3(const MGenMatrix<float>& h) {
   return h.rows == 3 && h.cols == 3 && h.rowStride == 1 && h.colStride == 3;
 }
