@@ -114,9 +114,7 @@ float ProblemFit::tryStep(float damping) {
   const MGenVector<float>& state = solver_.state;
   const MGenVector<float>& step = system_.step(damping, solver_.trust);
   candidate_ = &freeCandidate();
-  for (std::ptrdiff_t i = 0; i < state.length; ++i) {
-    candidate_->data[i] = step.data[i] + state.data[i * state.stride];
-  }
+  for (int i = 0; i < state.length; ++i) candidate_->data[i] = step[i] + state[i];
   candidateValues_ = MGenVector<float>();
   solver_.problem->setX(*candidate_);
   solver_.problem->evalY(candidateValues_);

@@ -44,8 +44,9 @@ class CORNERPIN_API MLMProblem {
 /// `solve` throws `LvException` "nan" when a product of Jacobian entries or the damped diagonal is
 /// infinite or NaN, lets "inverse: singular matrix" of `inverse` and whatever the problem throws
 /// pass through, and then leaves in `state` and `values` the last accepted point. A trust vector
-/// shorter than the state ends in "MVector index %d out of range %d", a solve without parameters
-/// in "sgetrf", and one without a problem throws `LvIllegalArgumentException` "MLMSolver::solve".
+/// shorter than the state ends in "MVector index %d out of range %d", as does a state that has
+/// grown since `setState`, a solve without parameters in "sgetrf", and one without a problem throws
+/// `LvIllegalArgumentException` "MLMSolver::solve".
 ///
 /// A copy of a solver shares its vectors, so solving either one moves both states.
 ///
