@@ -190,6 +190,20 @@ TEST(NormalPointsOnEllipse, OfAFlatEllipseIsTheNearestPointOfItsSegment) {
   }
 }
 
+// Its segment has no length, so its one point is not a number; it is there all the same.
+TEST(NormalPointsOnEllipse, OfAnEllipseWithoutExtentAreOneNaN) {
+  for (const Point& p : {Point(3, 4), Point(1, 2), Point(0, 0)}) {
+    Points points(3);
+    normalPointsOnEllipse({1, 2}, {0, 0}, {0, 0}, p, points);
+    ASSERT_EQ(points.size(), 1);
+    EXPECT_TRUE(std::isnan(points[0]._x));
+    EXPECT_TRUE(std::isnan(points[0]._y));
+    const Point closest = closestPointOnEllipse({1, 2}, {0, 0}, {0, 0}, p);
+    EXPECT_TRUE(std::isnan(closest._x));
+    EXPECT_TRUE(std::isnan(closest._y));
+  }
+}
+
 TEST(NormalPointsOnEllipse, RunsTheFlatSegmentFromTheEndOfA) {
   // Seen from c + A the parameter is 0.1 / 0.6 and rounds differently than seen from c - A.
   const Point c(0.1f, 0), A(0.3f, 0), p(0.3f, 1);
@@ -432,7 +446,12 @@ TEST(GuardedClosestPoint, OfFlatEllipsesIsThatOfTheSegment) {
   expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2, 0), Wide(1, 0), Wide(1.5, 7)), 1.5, 0);
   expectPoint(closestPointOnEllipse(Wide(0, 0), Wide(2, 0), Wide(1, 0), Wide(5, 7)), std::sqrt(5.0),
               0);
-  expectPoint(closestPointOnEllipse(Wide(3, 4), Wide(0, 0), Wide(0, 0), Wide(1.5, 7)), 3, 4);
+}
+
+TEST(GuardedClosestPoint, OfAnEllipseWithoutExtentIsItsCentre) {
+  for (const Wide& p : {Wide(1.5, 7), Wide(3, 4), Wide(-1e300, 1e-300)}) {
+    expectPoint(closestPointOnEllipse(Wide(3, 4), Wide(0, 0), Wide(0, 0), p), 3, 4);
+  }
 }
 
 TEST(GuardedClosestPoint, SurvivesNumbersOfAnySize) {
