@@ -74,7 +74,7 @@ void MComputeQuadToQuadProjectionMatrix(const Point& s0, const Point& s1, const 
   out.rightMult(toSquare);
   const double length = std::sqrt(out(3, 0) * out(3, 0) + out(3, 1) * out(3, 1) +
                                   out(3, 2) * out(3, 2) + out(3, 3) * out(3, 3));
-  if (-1e-7 < length && length < 1e-7) return;
+  if (length < 1e-7) return;
   const double reciprocal = 1 / length;
   for (int k = 0; k < 16; ++k) out(k / 4, k % 4) *= reciprocal;
 }
