@@ -76,8 +76,8 @@ bool ProblemFit::formSystemOfEight() {
       jacobian.rows >= m && jacobian.cols == n && goal.length >= m && values.length >= m;
   if (solver_.stateSize != n || !contiguous || !inRange) return false;
   double triangle[n * n];
-  cornerpin::kernels::frameKernels().normalSystem(jacobian.data, goal.data, values.data, m,
-                                                  triangle, system_.gradient());
+  cornerpin::kernels::frameKernels().normalSums(jacobian.data, goal.data, values.data, m, triangle,
+                                                system_.gradient());
   system_.setTriangle(triangle);
   return true;
 }

@@ -193,8 +193,8 @@ float FrameFit::start() { return evaluate(held_); }
 void FrameFit::formSystem(bool moved) {
   if (!moved) return;
   double triangle[kParameters * kParameters];
-  frameKernels().frameSystem(held_.transform, tracks_, held_.values, goal_, triangle,
-                             system_.gradient());
+  frameKernels().frameSums(held_.transform, tracks_, held_.values, goal_, triangle,
+                           system_.gradient());
   system_.setTriangle(triangle);
 }
 

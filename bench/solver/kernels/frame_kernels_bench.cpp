@@ -56,27 +56,27 @@ void differences(benchmark::State& state, const FrameKernels* kernels) {
   }
 }
 
-void normalSystem(benchmark::State& state, const FrameKernels* kernels) {
+void normalSums(benchmark::State& state, const FrameKernels* kernels) {
   Tracks tracks(state.range(0));
   kernels->project(transform, tracks.active(), tracks.values.data());
   kernels->differences(transform, tracks.active(), tracks.values.data(), tracks.rows.data());
   double triangle[64];
   float gradient[8];
   for (auto _ : state) {
-    kernels->normalSystem(tracks.rows.data(), tracks.goal.data(), tracks.values.data(),
-                          static_cast<int>(2 * tracks.count), triangle, gradient);
+    kernels->normalSums(tracks.rows.data(), tracks.goal.data(), tracks.values.data(),
+                        static_cast<int>(2 * tracks.count), triangle, gradient);
     benchmark::ClobberMemory();
   }
 }
 
-void frameSystem(benchmark::State& state, const FrameKernels* kernels) {
+void frameSums(benchmark::State& state, const FrameKernels* kernels) {
   Tracks tracks(state.range(0));
   kernels->project(transform, tracks.active(), tracks.values.data());
   double triangle[64];
   float gradient[8];
   for (auto _ : state) {
-    kernels->frameSystem(transform, tracks.active(), tracks.values.data(), tracks.goal.data(),
-                         triangle, gradient);
+    kernels->frameSums(transform, tracks.active(), tracks.values.data(), tracks.goal.data(),
+                       triangle, gradient);
     benchmark::ClobberMemory();
   }
 }
@@ -101,8 +101,8 @@ const bool registered = [] {
     };
     add("project", project);
     add("differences", differences);
-    add("normalSystem", normalSystem);
-    add("frameSystem", frameSystem);
+    add("normalSums", normalSums);
+    add("frameSums", frameSums);
     add("solve", solve);
   }
   return true;

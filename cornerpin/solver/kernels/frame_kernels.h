@@ -36,23 +36,23 @@ using Differences = void (*)(const float* h, const ActiveTracks& tracks, const f
 // element i, the products in float and the sums in double; g[j] is the sum over k of element j
 // times (goal[k] - values[k]), the difference in float, product and sum in double, every sum
 // rounded to float before the next k.
-using NormalSystem = void (*)(const float* rows, const float* goal, const float* values, int m,
-                              double* a, float* g);
+using NormalSums = void (*)(const float* rows, const float* goal, const float* values, int m,
+                            double* a, float* g);
 
-// The normal system of a frame's own differences, without storing them: what `normalSystem` makes
+// The normal sums of a frame's own differences, without storing them: what `normalSums` makes
 // of the rows of `differences`, with two values per track. Zeros in g may differ in sign, and with
 // a goal that is not finite more or fewer elements of g may be; a sum in `a` is not finite exactly
 // when one of the definition's is, but which ones may differ.
-using FrameSystem = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
-                             const float* goal, double* a, float* g);
+using FrameSums = void (*)(const float* h, const ActiveTracks& tracks, const float* values,
+                           const float* goal, double* a, float* g);
 
 struct FrameKernels {
   const char* name;
   Project project;
   Residuals residuals;
   Differences differences;
-  NormalSystem normalSystem;
-  FrameSystem frameSystem;
+  NormalSums normalSums;
+  FrameSums frameSums;
 };
 
 // What the variants call of each other.

@@ -120,8 +120,8 @@ void avx2::differences(const float* h, const ActiveTracks& tracks, const float* 
 
 // One lane per entry of the lower triangle: its first four rows need columns 0 to 3 only. The
 // accumulators are separate variables, because compilers keep arrays of them in memory.
-void avx2::normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
-                        float* g) {
+void avx2::normalSums(const float* rows, const float* goal, const float* values, int m, double* a,
+                      float* g) {
   const __m256d zero = _mm256_setzero_pd();
   __m256d l0 = zero, l1 = zero, l2 = zero, l3 = zero;  // row i, columns 0 to 3
   __m256d l4 = zero, l5 = zero, l6 = zero, l7 = zero;
@@ -232,8 +232,8 @@ struct CoordinateSums {
 // Products with an element that is zero add nothing, so each coordinate has sums of its own; the
 // perspective elements meet in both, x before y. The sums wait for each other; the divisions of the
 // tracks to come fill the time.
-void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* values,
-                       const float* goal, double* a, float* g) {
+void avx2::frameSums(const float* h, const ActiveTracks& tracks, const float* values,
+                     const float* goal, double* a, float* g) {
   const ShiftedTransforms shifted(h);
   CoordinateSums ofX, ofY;
   __m256d perspective = _mm256_setzero_pd();  // cc cd dd
@@ -268,7 +268,6 @@ void avx2::frameSystem(const float* h, const ActiveTracks& tracks, const float* 
 }
 
 extern const FrameKernels avx2FrameKernels = {
-    "avx2",           avx2::project, avx2::residuals, avx2::differences, avx2::normalSystem,
-    avx2::frameSystem};
+    "avx2", avx2::project, avx2::residuals, avx2::differences, avx2::normalSums, avx2::frameSums};
 
 }  // namespace cornerpin::kernels

@@ -11,10 +11,10 @@ void project(const float* h, const ActiveTracks& tracks, float* values);
 void residuals(const float* h, const ActiveTracks& tracks, const float* goal, float* values,
                float* residuals);
 void differences(const float* h, const ActiveTracks& tracks, const float* values, float* rows);
-void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
-                  float* g);
-void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
-                 double* a, float* g);
+void normalSums(const float* rows, const float* goal, const float* values, int m, double* a,
+                float* g);
+void frameSums(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
+               double* a, float* g);
 
 }  // namespace cornerpin::kernels::avx2
 

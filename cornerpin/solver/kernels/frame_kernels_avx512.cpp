@@ -301,15 +301,15 @@ bool avx512::formSystem(const float* h, const ActiveTracks& tracks, const float*
 
 namespace {
 
-void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
-                 double* a, float* g) {
+void frameSums(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
+               double* a, float* g) {
   if (avx512::formSystem(h, tracks, values, goal, a, g)) return;
-  avx2::frameSystem(h, tracks, values, goal, a, g);
+  avx2::frameSums(h, tracks, values, goal, a, g);
 }
 
 }  // namespace
 
 extern const FrameKernels avx512FrameKernels = {
-    "avx512", avx2::project, avx2::residuals, avx2::differences, avx2::normalSystem, frameSystem};
+    "avx512", avx2::project, avx2::residuals, avx2::differences, avx2::normalSums, frameSums};
 
 }  // namespace cornerpin::kernels

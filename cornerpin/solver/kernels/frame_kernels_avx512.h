@@ -7,7 +7,7 @@
 // Private: the AVX-512 variant without what it falls back on.
 namespace cornerpin::kernels::avx512 {
 
-// `FrameSystem`, except that it may miss the definition's g and says so: false then. That happens
+// `FrameSums`, except that it may miss the definition's g and says so: false then. That happens
 // about once in a million systems of 100 random tracks.
 bool formSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
                 double* a, float* g);

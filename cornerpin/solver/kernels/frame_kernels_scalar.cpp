@@ -61,16 +61,16 @@ void clear(double* a, float* g) {
   std::fill_n(g, kParameters, 0.0f);
 }
 
-void normalSystem(const float* rows, const float* goal, const float* values, int m, double* a,
-                  float* g) {
+void normalSums(const float* rows, const float* goal, const float* values, int m, double* a,
+                float* g) {
   clear(a, g);
   for (std::ptrdiff_t k = 0; k < m; ++k) {
     addRow(rows + k * kParameters, goal[k] - values[k], a, g);
   }
 }
 
-void frameSystem(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
-                 double* a, float* g) {
+void frameSums(const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
+               double* a, float* g) {
   clear(a, g);
   for (std::ptrdiff_t i = 0; i < tracks.count; ++i) {
     const ActiveTracks track = {tracks.x + i, tracks.y + i, tracks.weight + i, 1};
@@ -83,7 +83,7 @@ void frameSystem(const float* h, const ActiveTracks& tracks, const float* values
 
 }  // namespace
 
-const FrameKernels scalarFrameKernels = {"scalar",    project,      residuals,
-                                         differences, normalSystem, frameSystem};
+const FrameKernels scalarFrameKernels = {"scalar",    project,    residuals,
+                                         differences, normalSums, frameSums};
 
 }  // namespace cornerpin::kernels

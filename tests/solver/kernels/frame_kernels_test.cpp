@@ -85,11 +85,11 @@ struct Projection {
 struct System {
   System(const FrameKernels& kernels, const float* rows, const float* goal, const float* values,
          int m) {
-    kernels.normalSystem(rows, goal, values, m, a, g);
+    kernels.normalSums(rows, goal, values, m, a, g);
   }
   System(const FrameKernels& kernels, const float* h, const ActiveTracks& tracks,
          const float* values, const float* goal) {
-    kernels.frameSystem(h, tracks, values, goal, a, g);
+    kernels.frameSums(h, tracks, values, goal, a, g);
   }
   bool isFinite() const {
     for (int i = 0; i < kParameters; ++i) {
@@ -167,7 +167,7 @@ std::optional<bool> avx512FormsItself([[maybe_unused]] const float* h,
 
 // The best variant, counting its calls.
 struct Calls {
-  int project, residuals, differences, normalSystem, frameSystem;
+  int project, residuals, differences, normalSums, frameSums;
 };
 Calls calls;
 
@@ -188,13 +188,13 @@ const FrameKernels counting = {
       best().differences(h, tracks, values, rows);
     },
     [](const float* rows, const float* goal, const float* values, int m, double* a, float* g) {
-      ++calls.normalSystem;
-      best().normalSystem(rows, goal, values, m, a, g);
+      ++calls.normalSums;
+      best().normalSums(rows, goal, values, m, a, g);
     },
     [](const float* h, const ActiveTracks& tracks, const float* values, const float* goal,
        double* a, float* g) {
-      ++calls.frameSystem;
-      best().frameSystem(h, tracks, values, goal, a, g);
+      ++calls.frameSums;
+      best().frameSums(h, tracks, values, goal, a, g);
     }};
 
 // What `work` calls of the variant in use.
@@ -211,10 +211,10 @@ Calls callsOf(const Work& work) {
 
 TEST(FrameKernels, VariantsAreThoseThatTheProcessorReports) {
   std::vector<std::string> names;
-  std::set<cornerpin::kernels::FrameSystem> systems;
+  std::set<cornerpin::kernels::FrameSums> systems;
   for (const FrameKernels* kernels : variants()) {
     names.emplace_back(kernels->name);
-    systems.insert(kernels->frameSystem);
+    systems.insert(kernels->frameSums);
   }
   EXPECT_EQ(names, processor::kernelVariants());
   EXPECT_EQ(systems.size(), names.size()) << "two variants form systems with one function";
@@ -234,7 +234,7 @@ TEST(FrameKernels, SolvesUseTheVariantThatIsChosen) {
   const Calls found = callsOf([&scene] { scene.solve(); });
   // Two frames, each with a start and at least one step.
   EXPECT_GE(found.residuals, 4);
-  EXPECT_GE(found.frameSystem, 2);
+  EXPECT_GE(found.frameSums, 2);
 }
 
 TEST(FrameKernels, ProblemsUseTheVariantThatIsChosen) {
@@ -259,7 +259,7 @@ TEST(FrameKernels, SolversOfEightParametersUseTheVariantThatIsChosen) {
   clients::Identity problem;
   MLMSolver solver;
   clients::prepare(solver, problem, {0, 0, 0, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7, 8});
-  EXPECT_GE(callsOf([&solver] { solver.solve(); }).normalSystem, 1);
+  EXPECT_GE(callsOf([&solver] { solver.solve(); }).normalSums, 1);
 }
 
 TEST(FrameKernels, EveryVariantProjectsToTheDefinitionsBits) {
