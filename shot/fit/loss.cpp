@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/fit/loss.h"
 
+#include "shot/fit/loss.inc"
+
 namespace cornerpin {
 
 const char* nameOf(Loss loss) {
@@ -10,11 +12,23 @@ const char* nameOf(Loss loss) {
 }
 
 double lossWeight(Loss loss, double residual, double width) {
-  const double part = residual / width;
-  const double rest = 1.0 - part * part;
-  if (loss == Loss::Tukey) return part < 1.0 ? rest * rest : 0.0;
-  if (loss == Loss::Cauchy) return 1.0 / (1.0 + part * part);
-  return loss == Loss::Huber && part > 1.0 ? 1.0 / part : 1.0;
+  const double square = residual * residual;
+  Lanes losses = {square, square, square, square};
+  Lanes weights = {1.0, 1.0, 1.0, 1.0};
+  switch (loss) {
+    case Loss::None:
+      break;
+    case Loss::Huber:
+      bend<Loss::Huber>(width, losses, weights);
+      break;
+    case Loss::Cauchy:
+      bend<Loss::Cauchy>(width, losses, weights);
+      break;
+    case Loss::Tukey:
+      bend<Loss::Tukey>(width, losses, weights);
+      break;
+  }
+  return weights[0];
 }
 
 }  // namespace cornerpin
