@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# cmake -DSOURCE=folder -P check_names.cmake
+#
+# Fails when a unit of the host layer or the command below SOURCE has no test of its own stem, when
+# a test of theirs is of no unit, or when docs/architecture.md names a file that does not exist.
+cmake_minimum_required(VERSION 3.20)
+
+set(problems "")
+
+# A unit is a source, or a header without one that is more than declarations.
+file(GLOB_RECURSE sources RELATIVE "${SOURCE}" "${SOURCE}/shot/*.cpp" "${SOURCE}/tools/cornerpin/*.cpp")
+foreach(source IN LISTS sources)
+  string(REGEX REPLACE "(_avx2)?\\.cpp$" "" unit "${source}")
+  string(REGEX REPLACE "^tools/cornerpin/" "tools/" test "${unit}")
+  if(NOT EXISTS "${SOURCE}/tests/${test}_test.cpp")
+    list(APPEND problems "${source} has no tests/${test}_test.cpp")
+  endif()
+endforeach()
+
+file(GLOB tests RELATIVE "${SOURCE}/tests" "${SOURCE}/tests/shot/*/*_test.cpp")
+foreach(test IN LISTS tests)
+  string(REGEX REPLACE "_test\\.cpp$" "" unit "${test}")
+  if(NOT EXISTS "${SOURCE}/${unit}.cpp" AND NOT EXISTS "${SOURCE}/${unit}.h")
+    list(APPEND problems "tests/${test} is of no unit")
+  endif()
+endforeach()
+
+# Names in backticks with a folder in front, of files or of units without their ending; those of the
+# host layer may leave out shot/.
+file(READ "${SOURCE}/docs/architecture.md" document)
+string(REGEX MATCHALL "`[a-z]+/[a-z_/]+[a-z_](\\.[a-z]+)?`" names "${document}")
+foreach(name IN LISTS names)
+  string(REPLACE "`" "" name "${name}")
+  file(GLOB found "${SOURCE}/${name}" "${SOURCE}/${name}.*" "${SOURCE}/shot/${name}"
+       "${SOURCE}/shot/${name}.*")
+  if(NOT found)
+    list(APPEND problems "docs/architecture.md names ${name}, which does not exist")
+  endif()
+endforeach()
+
+list(LENGTH sources count)
+list(LENGTH names named)
+if(count LESS 40 OR named LESS 10)
+  list(APPEND problems "only ${count} sources and ${named} names")
+endif()
+if(problems)
+  list(JOIN problems "\n  " text)
+  message(FATAL_ERROR "\n  ${text}")
+endif()
+message(STATUS "${count} sources and ${named} names checked")
