@@ -40,6 +40,9 @@ Points normalised(const Points& points) {
 
 }  // namespace
 
+// A homography's eight parameters are fixed when the linear system of the identity, u s = U and
+// v s = V, has full rank. On a line, and with one point beside it, a whole family of transforms
+// carries each point onto itself, and the smallest singular value is 0.
 double positionRatio(const Points& points) {
   const Points centred = points.size() < 4 ? Points() : normalised(points);
   if (centred.empty()) return 0.0;

@@ -33,7 +33,22 @@ constexpr int kMostIterations = 1000;
 
 using Three = std::array<double, 3>;
 
-// The factors L D L' of a symmetric 3 x 3 matrix.
+// The normal equations of the eight parameters, with m = (x, y, 1), are
+//
+//     | M   0   Bx |  | step of h00 h01 h02 |   | gx |
+//     | 0   M   By |  | step of h10 h11 h12 | = | gy |
+//     | Bx' By' Z  |  | step of h20 h21     |   | gz |
+//
+// in 3 x 3 and 3 x 2 blocks: the two coordinates of an image share no parameter of the first two
+// rows, and both have the same block M = sum of q / s^2 m m'. Eliminating these rows leaves
+//
+//     (Z - Bx' inv(M) Bx - By' inv(M) By) z = gz - Bx' inv(M) gx - By' inv(M) gy,
+//
+// two equations for the perspective terms z, and then x = inv(M) (gx - Bx z), y alike. One
+// factorisation of a 3 x 3 matrix is all that it takes. Damping multiplies the diagonal of the
+// whole by 1 + damping.
+
+// The factors L D L' of M, given as its elements xx xy yy x y 1.
 struct Factors {
   double l10, l20, l21, r0, r1, r2;  // the r are 1 / D
   bool positive;
@@ -50,6 +65,7 @@ struct Factors {
     l21 = e * r1;
     const double d2 = f - l20 * m[3] - l21 * e;
     r2 = 1.0 / d2;
+    // Matches on one line leave M a rank of 2.
     positive = a > 0.0 && d1 > kLeastPivot * c && d2 > kLeastPivot * f;
   }
 
@@ -66,7 +82,8 @@ Three three(const double (&v)[3]) { return {v[0], v[1], v[2]}; }
 
 double dot(const Three& a, const Three& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
-// The step to take away from the parameters, and by how much it lowers the quadratic model.
+// The step to take away from the parameters, and by how much it lowers the cost as far as that is
+// quadratic: the step times the gradient.
 struct Step {
   Three x{}, y{};
   std::array<double, 2> z{};

@@ -11,6 +11,8 @@ namespace cornerpin {
 Homography linearFit(const Matches& matches) {
   const Similarity a = Similarity::fitting(matches.base());
   const Similarity b = Similarity::fitting(matches.present());
+  // Two rows for each match, U - u s = 0 and V - v s = 0, in all nine elements of the transform;
+  // the smallest singular vector meets them best for a transform of length 1.
   NormalMatrix<9> normal;
   for (std::size_t i = 0; i < matches.size(); ++i) {
     const Point p = a.apply(matches.base()[i]);

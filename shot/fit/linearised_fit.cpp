@@ -16,7 +16,10 @@ constexpr std::size_t kSize = 8;
 // three digits of the inverse are left.
 constexpr double kMostInflation = 1e12;
 
-// The slopes of x and y at p; `h` matters to the projective model alone.
+// The slopes of x and y at p; `h` matters to the projective model alone, which is the only one that
+// is not linear in its parameters. The parameters are: of a translation its shift; of a similarity
+// a, b and the shift in (a x - b y + c, b x + a y + d); of the others the transform's elements row
+// by row. With X = U / s, dX/dh0i = m_i / s and dX/dh2i = -X m_i / s.
 Slopes slopesOf(Model model, const Homography& h, Point p) {
   switch (model) {
     case Model::Held:

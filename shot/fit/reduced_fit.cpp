@@ -68,6 +68,10 @@ Homography around(const Moments& s, double a, double b, double c, double d) {
            {0.0, 0.0, 1.0}}};
 }
 
+// The least-squares optimum. Every model has the shift that carries mean to mean, so that only the
+// linear part around the means is left. A similarity a + ib of complex numbers is the sum of
+// conj(p) q over that of conj(p) p; the rows of an affine map solve 2 x 2 equations with the matrix
+// of the p.
 Homography fitModel(const Moments& s, Model model) {
   if (model == Model::Translation) return around(s, 1.0, 0.0, 0.0, 1.0);
   if (model == Model::Similarity) {

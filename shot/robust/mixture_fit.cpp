@@ -16,7 +16,10 @@ constexpr double kTwoPi = 6.283185307179586;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kParameters = 8.0;
 constexpr int kMostRounds = 60;
-constexpr double kSame = 3e-3;  // relative change of sigma, and change of h in sigmas
+// A fit ends where a round changes sigma by less than this share and h by less than it in sigmas,
+// far below what tells two fits apart. The bound on the rounds ends those that creep, where strays
+// and heavy tails are hard to tell from each other.
+constexpr double kSame = 3e-3;
 constexpr double kMostStrays = 0.95;
 
 // (1 + q)^(-(freedom + 2) / 2)
@@ -133,6 +136,8 @@ class Fitter {
     return std::max(std::sqrt(square), kSigmaFloor);
   }
 
+  // The score: with the density of a t distribution in the plane, (1 + q)^(-(f + 2) / 2) over
+  // 2 pi sigma^2, a match's likelihood is (1 - strays) times that plus strays over the area.
   void judge() {
     const ErrorModel& errors = fit_.errors;
     const double variance = errors.sigma * errors.sigma;

@@ -12,6 +12,8 @@
 namespace cornerpin {
 
 int chooseBaseFrame(const Tracks& tracks) {
+  // The length of a track is the number of frames that see it; a frame is worth the sum of the
+  // lengths of its tracks.
   std::vector<std::int64_t> lengths(tracks.names.size());
   for (const Observation& o : tracks.observations) {
     if (o.weight > 0.0f) ++lengths[static_cast<std::size_t>(o.track)];

@@ -41,6 +41,7 @@ LibraryFit::LibraryFit(const BaseFrame& base, const ShotUnits& units) : base_(ba
     const auto i = static_cast<std::size_t>(rank);
     set(rank, kBaseRow, base.places()[i], base.weights()[i]);
   }
+  // What `MMatchmove::solve` does before its sweeps.
   scene_.setupOutputs();
   scene_.solveBaseFrame();
 }
@@ -59,6 +60,7 @@ bool LibraryFit::isFinite(int rank, int row) const {
 }
 
 bool LibraryFit::load(const Matches& file) {
+  // Weight 0 is what the library calls absent; the places of absent tracks are not read.
   for (int rank : loaded_) scene_.tracks[rank].weights[kFrameRow] = 0.0f;
   loaded_.clear();
   file_ = &file;

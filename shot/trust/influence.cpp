@@ -17,7 +17,13 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 constexpr double kNoneLeft = 1e-9;
 
 // What the parameters change by when the match, of this weight in the fit, leaves; false when the
-// others do not fix them.
+// others do not fix them. With A the normal matrix, S the match's slopes and G = S inv(A) S', the
+// matrix without the match is A - w^2 S'S, whose inverse is
+//
+//     inv(A) + w^2 inv(A) S' inv(I - w^2 G) S inv(A)    (Sherman, Morrison, Woodbury).
+//
+// The gradient of the others is w^2 S' r, r being the match's residual, as all together it is 0; so
+// the step is -w^2 inv(A) S' inv(I - w^2 G) r.
 bool stepWithout(const LinearisedFit& fit, const Match& m, double weight, Point r,
                  Parameters& step) {
   const Slopes s = fit.slopesAt(m.base);

@@ -55,7 +55,9 @@ Uncertainty::Uncertainty(const Matches& matches, const FittedFrame& frame)
     total += w2 * v.trace();
     addProduct(spread_, fit_.slopesAt(base), v, w2 * w2);
   }
-  double absorbed = 0.0;  // tr(inv(A) B)
+  // The residuals have w^2 r^2 = s^2 (w^2 tr V - what the fit came towards them), and over all
+  // matches the latter adds up to tr(inv(A) B).
+  double absorbed = 0.0;
   for (std::size_t i = 0; i < 8; ++i) {
     spread_[i] = fit_.solve(spread_[i]);
     absorbed += spread_[i][i];

@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 
+// The median length of plane errors with a standard deviation of 1 in each coordinate.
 constexpr double kMedianOfLengths = 1.1774100225154747;  // sqrt(2 ln 2)
 
 // The residual, had the fit not come towards the track.
@@ -67,6 +68,7 @@ std::vector<TrackStretch> WorstTracks::worst(std::size_t count) const {
     return std::make_tuple(judged(a, usual).standsOut, a.moves) <
            std::make_tuple(judged(b, usual).standsOut, b.moves);
   };
+  // The greatest entry that is left, and the frames around it that belong to it; then the next.
   while (result.size() < count && !entries.empty()) {
     const auto peak = std::max_element(entries.begin(), entries.end(), less);
     if (!(peak->moves > 0.0)) break;
