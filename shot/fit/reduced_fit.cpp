@@ -19,6 +19,7 @@ constexpr double kExact = 1e-9;
 std::vector<double> relativeSquares(const std::vector<double>& weights) {
   const double largest = *std::max_element(weights.begin(), weights.end());
   std::vector<double> result;
+  result.reserve(weights.size());
   for (double weight : weights) result.push_back((weight / largest) * (weight / largest));
   return result;
 }

@@ -14,14 +14,14 @@ namespace cornerpin {
 /// Called after each frame with the number of frames done.
 using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
-/// Finds for every frame the transform that carries the tracks' base places to their positions
-/// there, by `MMatchmove`: forward from the base frame, then backward, each frame starting from
-/// its neighbour. With Loss::None, and where every frame can be fitted, the transforms are those of
-/// `MMatchmove::solve` on the conditioned shot, to the bit. With another loss `fitRobustly` goes on
-/// from the library's fit and the neighbour's transform, in double precision, and its transform is
-/// the frame's and the next frame's start. What the frames of the sweep before it say of
-/// its errors is in `SweepMemory`. With at least `kFewestForRobust` tracks the library's fit may
-/// fail then.
+/// Finds for every frame the transform that carries the tracks' base places to their places there,
+/// by `MMatchmove`: forward from the base frame, then backward, each frame starting from its
+/// neighbour. With Loss::None, and where every frame can be fitted, the transforms are those of
+/// `MMatchmove::solve` on the shot in the library's unit, to the bit. With another loss
+/// `fitRobustly` goes on from the library's fit and the neighbour's transform, in double precision,
+/// and its transform is the frame's and the next frame's start. What the earlier frames of a sweep
+/// say of the next one's errors is `SweepMemory`'s. With at least `kFewestForRobust` tracks the
+/// library's fit may fail then.
 ///
 /// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
 /// frame (`inGeneralPosition`), or lie too close together or too near one line in the base frame
