@@ -3,11 +3,37 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 #include "tests/shot/lists.h"
 
 using namespace cornerpin;
+
+TEST(BoxAround, ReachesFromTheLeastToTheGreatestOfEachCoordinate) {
+  const Box box = boxAround({{3, -1}, {-2, 5}, {1, 7}, {2, -4}});
+  EXPECT_EQ(box.low.x, -2.0);
+  EXPECT_EQ(box.low.y, -4.0);
+  EXPECT_EQ(box.high.x, 3.0);
+  EXPECT_EQ(box.high.y, 7.0);
+}
+
+TEST(BoxAround, OfOnePointIsThatPoint) {
+  const Box box = boxAround({{-5, -6}});
+  EXPECT_EQ(box.low.x, -5.0);
+  EXPECT_EQ(box.high.x, -5.0);
+  EXPECT_EQ(box.low.y, -6.0);
+  EXPECT_EQ(box.high.y, -6.0);
+}
+
+TEST(CornersOf, GoAroundFromTheLowOneAlongTheXAxisFirst) {
+  const Quad corners = cornersOf({{1, 2}, {3, 4}});
+  const Point expected[] = {{1, 2}, {3, 2}, {3, 4}, {1, 4}};
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(corners[i].x, expected[i].x) << i;
+    EXPECT_EQ(corners[i].y, expected[i].y) << i;
+  }
+}
 
 TEST(WithoutFarOff, LeavesOutWhatIsMoreThanFourMedianDistancesAway) {
   // Around the origin, at distances 0 1 1 1 1 2 2 2 and another.
@@ -17,6 +43,30 @@ TEST(WithoutFarOff, LeavesOutWhatIsMoreThanFourMedianDistancesAway) {
   ASSERT_EQ(withoutFarOff(lists::points(points)).size(), 8u);
   points.back() = {0, -4};
   ASSERT_EQ(withoutFarOff(lists::points(points)).size(), 9u);
+  points.back() = {0, -4.05};
+  ASSERT_EQ(withoutFarOff(lists::points(points)).size(), 8u);
+}
+
+TEST(WithoutFarOff, LeavesOutAQuarterButNoMore) {
+  const auto left = [](int far) {
+    Points points;
+    for (int i = 0; i < 100; ++i) {
+      const double length = i < far ? 50.0 : 1.0;
+      points.add({length * std::cos(0.1 * i), length * std::sin(0.1 * i)});
+    }
+    return withoutFarOff(points).size();
+  };
+  EXPECT_EQ(left(25), 75u);
+  EXPECT_EQ(left(26), 100u);
+}
+
+TEST(WithoutFarOff, KeepsTheOrder) {
+  const Points near = withoutFarOff({{1, 0}, {900, 0}, {0, 1}, {-1, 0}, {0, -1}});
+  ASSERT_EQ(near.size(), 4u);
+  EXPECT_EQ(near[0].x, 1.0);
+  EXPECT_EQ(near[1].y, 1.0);
+  EXPECT_EQ(near[2].x, -1.0);
+  EXPECT_EQ(near[3].y, -1.0);
 }
 
 TEST(WithoutFarOff, KeepsADenseGroupAndASparseOneTogether) {
