@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <Eigen/Dense>
 #include <cmath>
 #include <limits>
 
@@ -21,7 +22,53 @@ Points moved(const Points& points, double scale, Point shift) {
   return result;
 }
 
+// The ratio as it is defined, by a singular value decomposition.
+double definedRatio(const Points& points) {
+  const auto n = static_cast<Eigen::Index>(points.size());
+  Eigen::MatrixXd places(n, 2);
+  for (Eigen::Index i = 0; i < n; ++i) {
+    places.row(i) << points[static_cast<std::size_t>(i)].x, points[static_cast<std::size_t>(i)].y;
+  }
+  places.rowwise() -= places.colwise().mean().eval();
+  places *= std::sqrt(2.0 / (places.squaredNorm() / static_cast<double>(n)));
+  Eigen::MatrixXd system(2 * n, 8);
+  for (Eigen::Index i = 0; i < n; ++i) {
+    const double x = places(i, 0), y = places(i, 1);
+    system.row(2 * i) << x, y, 1, 0, 0, 0, -x * x, -x * y;
+    system.row(2 * i + 1) << 0, 0, 0, x, y, 1, -y * x, -y * y;
+  }
+  const Eigen::VectorXd values = system.jacobiSvd().singularValues();
+  return values[7] / values[0];
+}
+
+Points strip(double thickness) {
+  return {{-1, 0}, {1, 0}, {0.9, thickness}, {-0.8, thickness}, {0.1, 0.5 * thickness}};
+}
+
+// How thick a strip is that has this ratio, which grows with the thickness.
+double thicknessOf(double ratio) {
+  double low = 0.0, high = 1.0;
+  for (int i = 0; i < 60; ++i) {
+    const double middle = (low + high) / 2;
+    (definedRatio(strip(middle)) < ratio ? low : high) = middle;
+  }
+  return high;
+}
+
 }  // namespace
+
+TEST(PositionRatio, IsThatOfTheSingularValues) {
+  EXPECT_NEAR(positionRatio(kSquare), definedRatio(kSquare), 1e-12);
+  for (double thickness : {1.0, 0.1, 1e-2, 1e-3}) {
+    const double expected = definedRatio(strip(thickness));
+    EXPECT_NEAR(positionRatio(strip(thickness)), expected, 1e-6 * expected) << thickness;
+  }
+}
+
+TEST(GeneralPosition, EndsAtOnePartInAHundredThousand) {
+  EXPECT_TRUE(inGeneralPosition(strip(thicknessOf(1.02e-5))));
+  EXPECT_FALSE(inGeneralPosition(strip(thicknessOf(0.98e-5))));
+}
 
 TEST(GeneralPosition, HoldsForASquare) {
   EXPECT_TRUE(inGeneralPosition(kSquare));

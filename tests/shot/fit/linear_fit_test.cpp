@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using cornerpin::Homography;
 using cornerpin::linearFit;
 using cornerpin::Matches;
@@ -20,4 +22,33 @@ TEST(LinearFit, FindsAnExactTransform) {
     EXPECT_NEAR(map(h, p).y, map(truth, p).y, 1e-7);
   }
   EXPECT_EQ(h[2][2], 1.0);
+}
+
+TEST(LinearFit, MeetsAnyFourMatches) {
+  Matches matches;
+  matches.add({{100, 50}, {-3, 4}});
+  matches.add({{900, 80}, {5, 3}});
+  matches.add({{870, 640}, {6, -4}});
+  matches.add({{130, 600}, {-2, -5}});
+  const Homography h = linearFit(matches);
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_NEAR(map(h, matches.base()[i]).x, matches.present()[i].x, 1e-11) << i;
+    EXPECT_NEAR(map(h, matches.base()[i]).y, matches.present()[i].y, 1e-11) << i;
+  }
+}
+
+TEST(LinearFit, TakesNoNoticeOfTheWeights) {
+  Matches light, heavy;
+  for (int i = 0; i < 8; ++i) {
+    const cornerpin::Match m = {{std::cos(1.0 * i), std::sin(1.0 * i)}, {0.1 * i, 0.01 * i * i}};
+    light.add(m);
+    heavy.add({m.base, m.present, 1.0 + i});
+  }
+  EXPECT_EQ(linearFit(light), linearFit(heavy));
+}
+
+TEST(LinearFit, HasNoTransformForPlacesThatAreNotFinite) {
+  Matches matches;
+  for (int i = 0; i < 5; ++i) matches.add({{0.1 * i, 0.2 * i * i}, {0.1 * i, HUGE_VAL}});
+  EXPECT_FALSE(cornerpin::isFinite(linearFit(matches)));
 }

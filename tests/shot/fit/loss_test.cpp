@@ -13,3 +13,28 @@ TEST(LossWeight, IsTheSlopeOfTheLossOverThatOfTheSquare) {
   EXPECT_EQ(lossWeight(Loss::Huber, 0.5, 1.0), 1.0);
   EXPECT_EQ(lossWeight(Loss::Huber, 4.0, 1.0), 0.25);
 }
+
+TEST(LossWeight, IsOneNearZeroWhateverTheLoss) {
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    EXPECT_EQ(lossWeight(loss, 0.0, 3.0), 1.0);
+  }
+}
+
+TEST(LossWeight, DependsOnTheResidualInWidthsAlone) {
+  EXPECT_EQ(lossWeight(Loss::Tukey, 1.5, 3.0), 0.5625);
+  EXPECT_EQ(lossWeight(Loss::Cauchy, 6.0, 3.0), 0.2);
+  EXPECT_EQ(lossWeight(Loss::Huber, 12.0, 3.0), 0.25);
+}
+
+TEST(LossWeight, OfWhatIsFarIsNothingForTukeyAlone) {
+  EXPECT_EQ(lossWeight(Loss::Tukey, 1e9, 1.0), 0.0);
+  EXPECT_GT(lossWeight(Loss::Cauchy, 1e9, 1.0), 0.0);
+  EXPECT_EQ(lossWeight(Loss::Huber, 1e9, 1.0), 1e-9);
+}
+
+TEST(Loss, HasAName) {
+  EXPECT_STREQ(nameOf(Loss::None), "none");
+  EXPECT_STREQ(nameOf(Loss::Huber), "huber");
+  EXPECT_STREQ(nameOf(Loss::Cauchy), "cauchy");
+  EXPECT_STREQ(nameOf(Loss::Tukey), "tukey");
+}

@@ -116,3 +116,42 @@ TEST(FitReduced, HoldsTheNeighbourWithoutTracksOrFiniteFits) {
   const std::vector<Match> huge = {{{0, 0}, {1e300, 0}, 1}, {{1, 0}, {-1e300, 1e300}, 1}};
   EXPECT_EQ(reducedFit(huge, Model::Similarity, kTilted).model, Model::Held);
 }
+
+// Powers of two change no digit; their squares would leave the range of numbers.
+TEST(FitReduced, DoesNotDependOnTheUnitOfTheWeights) {
+  for (Model model : {Model::Translation, Model::Similarity, Model::Affine}) {
+    std::vector<Match> matches = matchesFor(kTilted, 5, 2.0);
+    const ReducedFit fit = reducedFit(matches, model, kShift);
+    for (double unit : {0x1p-700, 0x1p700}) {
+      std::vector<Match> other = matches;
+      for (Match& m : other) m.weight *= unit;
+      const ReducedFit again = reducedFit(other, model, kShift);
+      EXPECT_EQ(again.model, model);
+      EXPECT_EQ(again.onTop, fit.onTop);
+      EXPECT_EQ(again.h, fit.h) << nameOf(model) << " " << unit;
+    }
+  }
+}
+
+// Two tracks go from 1 to 2 apart. By itself a translation costs (2 - 1)^2 / 2, on top of a
+// neighbour that scales by k it costs (2 - k)^2 / 2.
+TEST(FitReduced, LeavesTheNeighbourForLessThanHalfOfTheCost) {
+  const std::vector<Match> matches = {{{-0.5, 0}, {-1, 0}}, {{0.5, 0}, {1, 0}}};
+  const auto onTop = [&](double costs) {
+    const double k = 2.0 - std::sqrt(costs);
+    return reducedFit(matches, Model::Translation, {{{k, 0, 0}, {0, k, 0}, {0, 0, 1}}}).onTop;
+  };
+  EXPECT_TRUE(onTop(1.98));
+  EXPECT_FALSE(onTop(2.02));
+}
+
+// The tracks lie 1 away from the origin and have not moved: by itself a translation costs nothing.
+TEST(FitReduced, KeepsANeighbourThatIsExactUpToABillionth) {
+  const std::vector<Match> matches = {{{-1, 0}, {-1, 0}}, {{1, 0}, {1, 0}}};
+  const auto onTop = [&](double error) {
+    const double k = 1.0 + error;
+    return reducedFit(matches, Model::Translation, {{{k, 0, 0}, {0, k, 0}, {0, 0, 1}}}).onTop;
+  };
+  EXPECT_TRUE(onTop(0.98e-9));
+  EXPECT_FALSE(onTop(1.02e-9));
+}

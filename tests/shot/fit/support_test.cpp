@@ -87,3 +87,33 @@ TEST(SupportedModel, FallsWithTheSizeOfTheBunch) {
   EXPECT_EQ(supportedModel(bunch(0.01), square, Model::Projective), Model::Translation);
   EXPECT_EQ(supportedModel(bunch(0.0), square, Model::Projective), Model::Translation);
 }
+
+// Of four points at (+-a, +-a), an affine transform puts the corner (1, 1) off by
+// sqrt(1/4 + 2 / (4 a^2)) in each coordinate.
+TEST(SupportedModel, HasAGainOfNoMoreThanTwenty) {
+  const Quad square = {{{-1, -1}, {1, -1}, {1, 1}, {-1, 1}}};
+  const auto supported = [&](double gain) {
+    const double a = std::sqrt(0.5 / (gain * gain - 0.25));
+    const Points points = {{-a, -a}, {a, -a}, {a, a}, {-a, a}};
+    EXPECT_NEAR(noiseGain(Model::Affine, points, square), gain, 1e-9 * gain);
+    return supportedModel(points, square, Model::Affine);
+  };
+  EXPECT_EQ(supported(19.8), Model::Affine);
+  EXPECT_EQ(supported(20.2), Model::Similarity);
+}
+
+TEST(NoiseGain, IsThatOfTheWorstCorner) {
+  // Only the corner (3, 1) lies further out than the points do.
+  const Points points = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+  const Quad corners = {{{-1, -1}, {1, -1}, {3, 1}, {-1, 1}}};
+  EXPECT_NEAR(noiseGain(Model::Affine, points, corners), std::sqrt(0.25 + (9.0 + 1.0) / 4.0),
+              1e-12);
+}
+
+TEST(SupportedModel, IsNeverAboveTheHighest) {
+  const Points points = lists::points(kPoints);
+  const Quad square = squareAround(points);
+  for (Model highest : {Model::Held, Model::Translation, Model::Similarity, Model::Affine}) {
+    EXPECT_EQ(supportedModel(points, square, highest), highest);
+  }
+}

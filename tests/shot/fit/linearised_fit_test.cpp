@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/fit/linearised_fit.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "tests/shot/lists.h"
+
+using namespace cornerpin;
+
+namespace {
+
+const Homography kTilted = {{{1.1, 0.12, 30}, {-0.15, 0.95, -20}, {4e-4, -3e-4, 1}}};
+const Homography kBefore = {{{0.9, -0.1, 12}, {0.2, 1.05, 5}, {-2e-4, 1e-4, 1}}};
+const std::vector<double> kWeights = {1.0, 0.5, 2.0, 0.25, 1.5};
+const Model kModels[] = {Model::Translation, Model::Similarity, Model::Affine, Model::Projective};
+
+Matches matchesFor(const Homography& h) {
+  Matches matches;
+  for (Point p : Points{{100, 100}, {500, 120}, {480, 420}, {90, 400}, {300, 250}}) {
+    matches.add({p, map(h, p)});
+  }
+  return matches;
+}
+
+FittedFrame frameOf(Model model) {
+  FittedFrame frame;
+  frame.model = model;
+  frame.kept = model == Model::Projective ? kIdentity : kBefore;
+  frame.h = model == Model::Projective ? kTilted : kIdentity;
+  frame.weights = kWeights;
+  return frame;
+}
+
+LinearisedFit fitOf(Model model) {
+  return {matchesFor(model == Model::Projective ? kTilted : kBefore), frameOf(model)};
+}
+
+Parameters unit(std::size_t i, double length = 1.0) {
+  Parameters p{};
+  p[i] = length;
+  return p;
+}
+
+// Two matches at -1 and 1 of the tracks' own box, the second of this weight.
+bool isDetermined(double weight) {
+  FittedFrame frame;
+  frame.model = Model::Similarity;
+  frame.weights = {1.0, weight};
+  return LinearisedFit({{{-1, 0}, {-1, 0}}, {{1, 0}, {1, 0}}}, frame).isDetermined();
+}
+
+}  // namespace
+
+TEST(Dot, SumsTheProducts) {
+  EXPECT_EQ(dot({1, 2, 3, 4, 5, 6, 7, 8}, {1, 10, 100, 1e3, 1e4, 1e5, 1e6, 1e7}), 87654321.0);
+}
+
+TEST(LinearisedFit, HasTheSlopesOfItsModelInTheTracksOwnBox) {
+  // The box is 2 wide around (20, 30): (22, 31) lies at (2, 1).
+  FittedFrame frame;
+  frame.weights = {1, 1, 1};
+  const Matches matches = {{{19, 30}, {19, 30}}, {{21, 30}, {21, 30}}, {{20, 30.5}, {20, 29.5}}};
+  const auto slopes = [&](Model model) {
+    frame.model = model;
+    return LinearisedFit(matches, frame).slopesAt({22, 31.25});
+  };
+  EXPECT_EQ(slopes(Model::Held).x, Parameters{});
+  EXPECT_EQ(slopes(Model::Held).y, Parameters{});
+  EXPECT_EQ(slopes(Model::Translation).x, (Parameters{1}));
+  EXPECT_EQ(slopes(Model::Translation).y, (Parameters{0, 1}));
+  EXPECT_EQ(slopes(Model::Similarity).x, (Parameters{2, -1, 1, 0}));
+  EXPECT_EQ(slopes(Model::Similarity).y, (Parameters{1, 2, 0, 1}));
+  EXPECT_EQ(slopes(Model::Affine).x, (Parameters{2, 1, 1}));
+  EXPECT_EQ(slopes(Model::Affine).y, (Parameters{0, 0, 0, 2, 1, 1}));
+}
+
+TEST(LinearisedFit, MovesPointsByItsSlopesWhereTheStepIsSmall) {
+  constexpr double kStep = 1e-7;
+  for (Model model : kModels) {
+    const LinearisedFit fit = fitOf(model);
+    for (Point p : {Point{100, 100}, Point{700, -50}}) {
+      const Slopes slopes = fit.slopesAt(p);
+      for (std::size_t i = 0; i < 2 * tracksFor(model); ++i) {
+        const Point moved = fit.displacement(p, unit(i, kStep));
+        EXPECT_NEAR(moved.x * fit.scale() / kStep, slopes.x[i], 2e-6) << nameOf(model) << " " << i;
+        EXPECT_NEAR(moved.y * fit.scale() / kStep, slopes.y[i], 2e-6) << nameOf(model) << " " << i;
+      }
+    }
+  }
+}
+
+TEST(LinearisedFit, MovesPointsExactlyByALongStep) {
+  const Matches matches = matchesFor(kTilted);
+  const Similarity from = Similarity::fitting(matches.base());
+  const Similarity to = Similarity::fitting(matches.present());
+  const Parameters step = {0.1, -0.2, 0.3, 0.05, -0.1, 0.2, 0.03, -0.04};
+  Homography stepped = normalised(kTilted, from, to);
+  for (std::size_t i = 0; i < 8; ++i) stepped[i / 3][i % 3] += step[i];
+  const Homography after = denormalised(stepped, from, to);
+  const Point p = {350, 190};
+  const Point moved = fitOf(Model::Projective).displacement(p, step);
+  EXPECT_NEAR(moved.x, map(after, p).x - map(kTilted, p).x, 1e-9);
+  EXPECT_NEAR(moved.y, map(after, p).y - map(kTilted, p).y, 1e-9);
+}
+
+TEST(LinearisedFit, SolvesWithTheWeightedSumOfProductsOfSlopes) {
+  for (Model model : kModels) {
+    const LinearisedFit fit = fitOf(model);
+    ASSERT_TRUE(fit.isDetermined()) << nameOf(model);
+    const Matches matches = matchesFor(kTilted);
+    for (std::size_t i = 0; i < 2 * tracksFor(model); ++i) {
+      const Parameters solution = fit.solve(unit(i));
+      Parameters back{};
+      for (std::size_t k = 0; k < matches.size(); ++k) {
+        const Slopes s = fit.slopesAt(matches.base()[k]);
+        const double w2 = kWeights[k] * kWeights[k];
+        for (std::size_t j = 0; j < 8; ++j) {
+          back[j] += w2 * (dot(s.x, solution) * s.x[j] + dot(s.y, solution) * s.y[j]);
+        }
+      }
+      for (std::size_t j = 0; j < 8; ++j) {
+        EXPECT_NEAR(back[j], unit(i)[j], 1e-11) << nameOf(model) << " " << i << " " << j;
+      }
+    }
+  }
+}
+
+TEST(LinearisedFit, RespondsWithTheCovarianceOfTheImage) {
+  for (Model model : kModels) {
+    const LinearisedFit fit = fitOf(model);
+    const Point p = {350, 190};
+    const Slopes s = fit.slopesAt(p);
+    const Symmetric2 response = fit.responseAt(p);
+    EXPECT_NEAR(response.xx, dot(s.x, fit.solve(s.x)), 1e-12) << nameOf(model);
+    EXPECT_NEAR(response.xy, dot(s.x, fit.solve(s.y)), 1e-12) << nameOf(model);
+    EXPECT_NEAR(response.yy, dot(s.y, fit.solve(s.y)), 1e-12) << nameOf(model);
+    EXPECT_EQ(response.trace(), response.xx + response.yy);
+  }
+}
+
+// The mean of places with weights 1, 1/2, 2, 1/4, 3/2.
+TEST(LinearisedFit, OfATranslationRespondsEverywhereAsTheWeightedMean) {
+  const Symmetric2 response = fitOf(Model::Translation).responseAt({9999, -9999});
+  EXPECT_NEAR(response.xx, 1.0 / (1.0 + 0.25 + 4.0 + 0.0625 + 2.25), 1e-15);
+  EXPECT_EQ(response.yy, response.xx);
+  EXPECT_EQ(response.xy, 0.0);
+}
+
+// As many responses as parameters, whatever the weights: the trace of a projection.
+TEST(LinearisedFit, HasHatBlocksWhoseTracesAddUpToTheParameters) {
+  for (Model model : kModels) {
+    for (double unitOfWeights : {0x1p-500, 1.0, 0x1p500}) {
+      const Matches matches = matchesFor(model == Model::Projective ? kTilted : kBefore);
+      FittedFrame frame = frameOf(model);
+      for (double& w : frame.weights) w *= unitOfWeights;
+      const LinearisedFit fit(matches, frame);
+      ASSERT_TRUE(fit.isDetermined());
+      double sum = 0.0;
+      for (std::size_t i = 0; i < matches.size(); ++i) {
+        const double w = frame.weights[i];
+        sum += w * fit.responseAt(matches.base()[i]).trace() * w;
+      }
+      EXPECT_NEAR(sum, 2.0 * static_cast<double>(tracksFor(model)), 1e-10) << nameOf(model);
+    }
+  }
+}
+
+TEST(LinearisedFit, TakesNoNoticeOfAMatchWithoutWeight) {
+  Matches matches = matchesFor(kTilted);
+  matches.add({{-9e4, 7e4}, {4e5, -3e5}});
+  FittedFrame frame = frameOf(Model::Projective);
+  frame.weights.push_back(0.0);
+  const LinearisedFit fit(matches, frame);
+  EXPECT_EQ(fit.scale(), fitOf(Model::Projective).scale());
+  const Point p = {350, 190};
+  EXPECT_EQ(fit.responseAt(p).xx, fitOf(Model::Projective).responseAt(p).xx);
+}
+
+TEST(LinearisedFit, IsNotDeterminedWithoutAWeight) {
+  FittedFrame frame = frameOf(Model::Translation);
+  EXPECT_TRUE(LinearisedFit(matchesFor(kBefore), frame).isDetermined());
+  frame.weights.assign(5, 0.0);
+  EXPECT_FALSE(LinearisedFit(matchesFor(kBefore), frame).isDetermined());
+}
+
+TEST(LinearisedFit, IsNotDeterminedByTooFewTracks) {
+  FittedFrame frame;
+  frame.weights = {1, 1, 1};
+  EXPECT_FALSE(
+      LinearisedFit({{{0, 0}, {0, 0}}, {{9, 0}, {9, 0}}, {{0, 9}, {0, 9}}}, frame).isDetermined());
+}
+
+// With squared weights 1 and e^2 at -1 and 1, a slope's element of A is 1 + e^2 and that of its
+// inverse (1 + e^2) / (4 e^2): together 1e12 where e is 5e-7.
+TEST(LinearisedFit, IsNotDeterminedByWeightsAMillionTimesSmaller) {
+  EXPECT_TRUE(isDetermined(5.1e-7));
+  EXPECT_FALSE(isDetermined(4.9e-7));
+  EXPECT_FALSE(isDetermined(1e-9));
+}
