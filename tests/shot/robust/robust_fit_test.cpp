@@ -8,6 +8,7 @@
 #include <random>
 
 #include "shot/fit/homography_fit.h"
+#include "shot/fit/residuals.h"
 
 using namespace cornerpin;
 
@@ -298,4 +299,137 @@ TEST(RobustFit, CountsFewMatchesAllAlike) {
   EXPECT_EQ(fit.goodCount, 5u);
   const HomographyFit plain = fitHomography(shot.matches, kIdentity);
   EXPECT_EQ(std::memcmp(&fit.h, &plain.h, sizeof fit.h), 0);
+}
+
+TEST(RobustFit, SearchesFromSixMatchesOn) {
+  EXPECT_EQ(fitOf(normalShot(5, 0, 1e-3)).origin.grounds, Grounds::TooFew);
+  EXPECT_EQ(fitOf(normalShot(6, 0, 1e-3)).origin.grounds, Grounds::Searched);
+}
+
+TEST(RobustFit, FitsFewMatchesByPlainSquaresFromTheBetterStart) {
+  const Shot shot = normalShot(5, 0, 1e-3);
+  const Homography behind = {{{1, 0, 0}, {0, 1, 0}, {9, 9, 1}}};
+  const RobustFit fit = fitRobustly(
+      shot.matches, {{Stage::Library, behind}, {Stage::Neighbour, kView}}, shot.prior, {});
+  ASSERT_TRUE(fit.found);
+  EXPECT_EQ(fit.origin.stage, Stage::Neighbour);
+  EXPECT_EQ(fit.loss, Loss::None);
+  EXPECT_EQ(fit.width, 0.0);
+}
+
+namespace {
+
+// By plain squares, as a frame without a sign of a bad track.
+RobustFit plainFitOf(const Matches& matches, double recentSigma = 1.0) {
+  Prior prior;
+  prior.recentSigma = recentSigma;
+  return fitRobustly(matches, {{Stage::Neighbour, kView}}, prior, {});
+}
+
+// The farthest error of the plain fit to 60 matches, in its sigmas.
+double farthestOf(const Matches& matches) {
+  const Homography h = fitHomography(matches, kView).h;
+  double most = 0.0;
+  for (std::size_t i = 0; i < 60; ++i) most = std::max(most, squaredResidual(matches[i], h));
+  return std::sqrt(most / (weightedSquares(matches, h) / 112.0));
+}
+
+// Normal errors beside one of `distance`.
+Matches withOneAt(double distance) {
+  Matches matches = normalShot(59, 0, 1e-3).matches;
+  const Point place = map(kView, {0.1, -0.1});
+  matches.add({{0.1, -0.1}, {place.x + distance, place.y}});
+  return matches;
+}
+
+// One of which the farthest error is as many sigmas of the plain fit.
+Matches withFarthest(double sigmas) {
+  double low = 0.0, high = 1e-2;
+  for (int i = 0; i < 50; ++i) {
+    const double middle = (low + high) / 2;
+    (farthestOf(withOneAt(middle)) < sigmas ? low : high) = middle;
+  }
+  return withOneAt(high);
+}
+
+}  // namespace
+
+TEST(RobustFit, TakesTheSigmaOfPlainSquaresFromWhatEightParametersLeave) {
+  for (int count : {6, 7, 30}) {
+    const Matches matches = normalShot(count, 0, 1e-2).matches;
+    const RobustFit fit = plainFitOf(matches);
+    ASSERT_EQ(fit.origin.grounds, Grounds::NoBadTrack) << count;
+    const double squares = weightedSquares(matches, fit.h);
+    EXPECT_NEAR(fit.sigma, std::sqrt(squares / (2.0 * count - 8.0)), 1e-9 * fit.sigma) << count;
+  }
+}
+
+TEST(RobustFit, TakesTheSigmaOfFewMatchesFromAQuarterOfTheirCoordinates) {
+  const Matches matches = normalShot(5, 0, 1e-1).matches;
+  const RobustFit fit = plainFitOf(matches);
+  ASSERT_GT(fit.sigma, 1e-3);
+  EXPECT_NEAR(fit.sigma, std::sqrt(weightedSquares(matches, fit.h) / 2.5), 1e-9 * fit.sigma);
+}
+
+TEST(RobustFit, TakesTheSigmaOfPlainSquaresFromWeightsRelativeToTheirMean) {
+  for (double unit : {1e-6, 1.0, 1e6}) {
+    Matches matches;
+    double weights = 0.0;
+    for (const Shot shot = normalShot(20, 0, 1e-2); matches.size() < 20;) {
+      Match m = shot.matches[matches.size()];
+      m.weight = unit * (1.0 + static_cast<double>(matches.size() % 3));
+      weights += m.weight * m.weight;
+      matches.add(m);
+    }
+    const RobustFit fit = plainFitOf(matches);
+    const double mean = weightedSquares(matches, fit.h) / weights;
+    EXPECT_NEAR(fit.sigma, std::sqrt(mean * 20.0 / 32.0), 1e-9 * fit.sigma) << unit;
+  }
+}
+
+TEST(RobustFit, HasASigmaOfAnEighthOfAPixelAtLeast) {
+  // Over tracks 1,000 px wide, which are 2 wide here.
+  EXPECT_EQ(plainFitOf(shotWith(20, 0, 0.0, kSeed).matches).sigma, 0.125 / 500.0);
+}
+
+TEST(RobustFit, SearchesWhereTheSigmaIsTwoStandardErrorsAboveTheRecentOne) {
+  const Matches matches = normalShot(60, 0, 1e-3).matches;
+  const double most = plainFitOf(matches).sigma / (1.0 + 2.0 / std::sqrt(112.0));
+  EXPECT_EQ(plainFitOf(matches, 1.003 * most).origin.grounds, Grounds::NoBadTrack);
+  EXPECT_EQ(plainFitOf(matches, 0.997 * most).origin.grounds, Grounds::Searched);
+}
+
+// A normal error is longer than r sigmas with a chance of exp(-r^2 / 2), one of 60 with 60 times
+// that: 1 in 1,000 at r^2 = 2 log 60,000.
+TEST(RobustFit, SearchesWhereOneFrameInAThousandHasAnErrorAsLong) {
+  const double farthest = std::sqrt(2.0 * std::log(60000.0));
+  EXPECT_EQ(plainFitOf(withFarthest(0.9995 * farthest)).origin.grounds, Grounds::NoBadTrack);
+  EXPECT_EQ(plainFitOf(withFarthest(1.0005 * farthest)).origin.grounds, Grounds::Searched);
+}
+
+TEST(RobustFit, BendsTheLossesAtSevenThreeAndOnePointSevenSigmasOfTheCore) {
+  const Shot shot = normalShot(60, 20, 2e-3);
+  MixtureSearch search(shot.matches, shot.prior);
+  search.from({Stage::Neighbour, kView});
+  search.fromSamples(1);
+  const double core = search.best().errors.sigma;
+  for (const auto& [loss, sigmas] :
+       {std::pair(Loss::Tukey, 7.0), std::pair(Loss::Cauchy, 3.0), std::pair(Loss::Huber, 1.7)}) {
+    RobustOptions options;
+    options.loss = loss;
+    const RobustFit fit =
+        fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, options);
+    EXPECT_NEAR(fit.width, sigmas * core, 1e-12 * core) << nameOf(loss);
+    EXPECT_EQ(fit.sigma, search.best().errors.normalSigma());
+  }
+}
+
+TEST(RobustFit, SaysHowManyTheBestStartFits) {
+  const Shot shot = normalShot(60, 20, 2e-3);
+  const RobustFit fit = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, {});
+  EXPECT_EQ(fit.origin.firstStage, Stage::Neighbour);
+  EXPECT_EQ(fit.origin.firstGood, fit.goodCount);
+  const RobustFit none = fitRobustly(shot.matches, {}, shot.prior, {});
+  EXPECT_FALSE(none.origin.firstStage.has_value());
+  EXPECT_EQ(none.origin.firstGood, 0u);
 }

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/robust/mixture_search.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "shot/fit/residuals.h"
+#include "tests/shot/robust/random_errors.h"
+
+using namespace cornerpin;
+using errors::kView;
+
+namespace {
+
+constexpr std::uint32_t kSeed = 20240715;
+
+const Homography kOther = {{{0.8, -0.3, -0.1}, {0.2, 0.9, 0.2}, {-0.05, 0.1, 1}}};
+
+bool isNear(const Homography& a, const Homography& b) {
+  for (std::size_t i = 0; i < 9; ++i) {
+    if (!(std::fabs(a[i / 3][i % 3] - b[i / 3][i % 3]) < 1e-3)) return false;
+  }
+  return true;
+}
+
+// 100 noisy matches around the view, 80 exact ones of another transform, which win once they are
+// found, and 20 anywhere. Most of the exact ones lie on one line, so that few samples find them.
+Matches rivals(double noise) {
+  errors::Random random(kSeed);
+  Matches matches;
+  for (int i = 0; i < 100; ++i) {
+    const Point base = random.place();
+    matches.add(errors::matchAt(base, kView, random.normalLength(noise), random.angle()));
+  }
+  for (int i = 0; i < 80; ++i) {
+    Point base = random.place();
+    if (i >= 12) base.y = 0.3 * base.x;
+    matches.add(errors::matchAt(base, kOther, 0.0, 0.0));
+  }
+  for (int i = 0; i < 20; ++i) {
+    const Point base = random.place();
+    matches.add({base, random.place()});
+  }
+  return matches;
+}
+
+// With as much noise as gives the fit to the noisy matches this sigma.
+Matches rivalsWithSigma(double sigma) {
+  double noise = sigma;
+  for (int i = 0; i < 10; ++i) {
+    const Matches matches = rivals(noise);
+    const ErrorModel start = {1, 0.01, 0.1, strayArea(matches.present())};
+    noise *= sigma / fitMixture(matches, kView, start).errors.normalSigma();
+  }
+  return rivals(noise);
+}
+
+// In how many of 20 searches by samples the exact matches are found.
+int findsTheExactOnes(const Matches& matches) {
+  int found = 0;
+  for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+    const Prior prior;
+    MixtureSearch search(matches, prior);
+    search.fromSamples(seed);
+    if (search.found() && isNear(search.best().h, kOther)) ++found;
+  }
+  return found;
+}
+
+// The lengths of errors between normal ones (0) and those of two degrees of freedom (1).
+Matches betweenTails(double share) {
+  errors::Random random(kSeed);
+  Matches matches;
+  for (int i = 0; i < 60; ++i) {
+    const double u = (i + 0.5) / 60.0;
+    const double normal = std::sqrt(-2.0 * std::log(u));
+    const double heavy = std::sqrt(2.0 * (1.0 / u - 1.0));
+    const double length = 1e-3 * ((1.0 - share) * normal + share * heavy);
+    const Point base = random.place();
+    matches.add(errors::matchAt(base, kView, length, random.angle()));
+  }
+  return matches;
+}
+
+// By how much the score of heavy tails is better.
+double gainOfTails(const Matches& matches) {
+  double normal = HUGE_VAL, heavy = HUGE_VAL;
+  for (int freedom : {1, 2, 4, 16}) {
+    const ErrorModel start = {freedom, 1e-3, 0.1, strayArea(matches.present())};
+    double& best = freedom == 16 ? normal : heavy;
+    best = std::min(best, fitMixture(matches, kView, start).score);
+  }
+  return normal - heavy;
+}
+
+// Matches for which heavy tails are better by this much.
+Matches withGainOfTails(double gain) {
+  double low = 0.0, high = 1.0;
+  for (int i = 0; i < 40; ++i) {
+    const double middle = (low + high) / 2;
+    (gainOfTails(betweenTails(middle)) < gain ? low : high) = middle;
+  }
+  return betweenTails(high);
+}
+
+MixtureFit bestFrom(const Matches& matches, const Homography& start) {
+  const Prior prior;
+  MixtureSearch search(matches, prior);
+  search.from({Stage::Neighbour, start});
+  return search.best();
+}
+
+// The identity but for the heights, which shrink to a share.
+Homography flat(double share) { return {{{1, 0, 0}, {0, share, 0}, {0, 0, 1}}}; }
+
+// Exact matches of a surface that is flattened so, but for the first of them, which are not.
+Matches flattened(double share, int exceptions = 0) {
+  errors::Random random(kSeed);
+  Matches matches;
+  for (int i = 0; i < 40; ++i) {
+    matches.add(errors::matchAt(random.place(), i < exceptions ? kIdentity : flat(share), 0, 0));
+  }
+  return matches;
+}
+
+}  // namespace
+
+TEST(GoodMatches, LieWithinThreeAndAHalfSigmas) {
+  const Matches matches = {{{0, 0}, {3.47, 0}}, {{1, 1}, {1, -2.53}}, {{0, 1}, {0, 1}}};
+  EXPECT_EQ(goodMatches(matches, kIdentity, 1.0), (std::vector<bool>{true, false, true}));
+  EXPECT_EQ(goodMatches(matches, kIdentity, 1.02), (std::vector<bool>{true, true, true}));
+  EXPECT_EQ(goodMatches(matches, kIdentity, 0.98), (std::vector<bool>{false, false, true}));
+}
+
+TEST(GoodMatches, LieInFrontOfTheHorizon) {
+  const Homography h = {{{1, 0, 0}, {0, 1, 0}, {1, 0, 1}}};
+  const Matches matches = {{{-2, 0}, {2, 0}}, {{0, 0}, {0, 0}}};
+  EXPECT_EQ(goodMatches(matches, h, 1.0), (std::vector<bool>{false, true}));
+}
+
+TEST(CountOf, CountsWhatHolds) {
+  EXPECT_EQ(countOf({true, false, true, true}), 3u);
+  EXPECT_EQ(countOf({}), 0u);
+}
+
+TEST(MixtureSearch, FindsNothingWithoutAStart) {
+  const Matches matches = rivals(1e-3);
+  const Prior prior;
+  const MixtureSearch search(matches, prior);
+  EXPECT_FALSE(search.found());
+}
+
+TEST(MixtureSearch, SaysWhichStartLedToTheBest) {
+  const Matches matches = rivals(1e-3);
+  const Prior prior;
+  MixtureSearch search(matches, prior);
+  search.from({Stage::Library, kView});
+  EXPECT_EQ(search.stage(), Stage::Library);
+  EXPECT_TRUE(isNear(search.best().h, kView));
+  EXPECT_EQ(search.good(), 100u);
+  search.from({Stage::Neighbour, kOther});
+  EXPECT_EQ(search.stage(), Stage::Neighbour);
+  EXPECT_TRUE(isNear(search.best().h, kOther));
+  EXPECT_EQ(search.good(), 80u);
+  search.from({Stage::Library, kView});
+  EXPECT_EQ(search.stage(), Stage::Neighbour) << "a worse one changes nothing";
+}
+
+TEST(MixtureSearch, KeepsTheFirstOfTwoStartsThatLeadToTheSame) {
+  const Matches matches = rivals(1e-3);
+  const Prior prior;
+  MixtureSearch search(matches, prior);
+  search.from({Stage::Neighbour, kView});
+  search.from({Stage::Library, kView});
+  EXPECT_EQ(search.stage(), Stage::Neighbour);
+}
+
+TEST(MixtureSearch, StopsSamplingAfterACloseModel) {
+  EXPECT_EQ(findsTheExactOnes(rivalsWithSigma(0.0098)), 0);
+}
+
+TEST(MixtureSearch, GoesOnSamplingAfterACoarseModel) {
+  EXPECT_GT(findsTheExactOnes(rivalsWithSigma(0.0102)), 10);
+}
+
+TEST(MixtureSearch, BelievesHeavyTailsThatAreBetterByTwo) {
+  EXPECT_EQ(bestFrom(withGainOfTails(1.97), kView).errors.freedom, 16);
+  EXPECT_LT(bestFrom(withGainOfTails(2.03), kView).errors.freedom, 16);
+}
+
+// The surface is 2 high in the base frame. Exact matches have the least sigma.
+TEST(MixtureSearch, PassesOverASurfaceThatIsTwoSigmasHighOverHalfItsHeight) {
+  const double sigma = 0.125 / 500.0;
+  for (double sigmas : {2.04, 1.96}) {
+    const double share = sigmas * sigma;
+    EXPECT_EQ(bestFrom(flattened(share), flat(share)).found, sigmas > 2.0) << sigmas;
+  }
+}
+
+TEST(MixtureSearch, PassesOverASampleThatFlattensTheSurface) {
+  // 28 matches on one line, 12 that stay where they are.
+  const Matches matches = flattened(1e-6, 12);
+  const Prior prior;
+  MixtureSearch search(matches, prior);
+  search.fromSamples(1);
+  ASSERT_TRUE(search.found());
+  EXPECT_TRUE(isNear(search.best().h, kIdentity));
+}
