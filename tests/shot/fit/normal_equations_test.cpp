@@ -226,7 +226,7 @@ TEST(NormalEquations, TakeTheWeightsThatTheyAreGiven) {
 TEST(NormalEquations, CountAMatchJustInFrontOfTheHorizon) {
   const NormalEquations n = sumOf(atDenominator(1.02e-6), kBowed, Loss::None, 0.0);
   EXPECT_TRUE(std::isfinite(n.cost));
-  EXPECT_NEAR(n.mm[5], 4.0 / (1.02e-6 * 1.02e-6), 1e-9 * n.mm[5]);
+  EXPECT_NEAR(n.mm[5] * 1.02e-6 * 1.02e-6, 4.0, 1e-8);
 }
 
 TEST(NormalEquations, LeaveOutAMatchBehindTheHorizon) {

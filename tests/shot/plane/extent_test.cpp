@@ -43,7 +43,7 @@ TEST(WithoutFarOff, LeavesOutWhatIsMoreThanFourMedianDistancesAway) {
   ASSERT_EQ(withoutFarOff(lists::points(points)).size(), 8u);
   points.back() = {0, -4};
   ASSERT_EQ(withoutFarOff(lists::points(points)).size(), 9u);
-  points.back() = {0, -4.05};
+  points.back() = {0, -4.02};
   ASSERT_EQ(withoutFarOff(lists::points(points)).size(), 8u);
 }
 
