@@ -399,6 +399,18 @@ TEST(RobustFit, SearchesWhereTheSigmaIsTwoStandardErrorsAboveTheRecentOne) {
   EXPECT_EQ(plainFitOf(matches, 0.997 * most).origin.grounds, Grounds::Searched);
 }
 
+TEST(RobustFit, LooksForBadTracksByPlainSquaresFromTheFirstStartAlone) {
+  Shot shot = normalShot(60, 0, 1e-3);
+  shot.prior.recentSigma = 1e-3;
+  const Start view = {Stage::Library, kView};
+  const Start behind = {Stage::Neighbour, {{{1, 0, 0}, {0, 1, 0}, {9, 9, 1}}}};
+  const auto groundsOf = [&](const std::vector<Start>& starts) {
+    return fitRobustly(shot.matches, starts, shot.prior, {}).origin.grounds;
+  };
+  EXPECT_EQ(groundsOf({view, behind}), Grounds::NoBadTrack);
+  EXPECT_EQ(groundsOf({behind, view}), Grounds::Searched);
+}
+
 // A normal error is longer than r sigmas with a chance of exp(-r^2 / 2), one of 60 with 60 times
 // that: 1 in 1,000 at r^2 = 2 log 60,000.
 TEST(RobustFit, SearchesWhereOneFrameInAThousandHasAnErrorAsLong) {
