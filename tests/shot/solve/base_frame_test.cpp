@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "tests/shot/solve/small_shots.h"
 
@@ -32,6 +34,63 @@ TEST(SolveShot, RefusesABaseOutsideTheShotOrWithoutTracks) {
   EXPECT_THROW(solveShot(tracks, based(6)), std::invalid_argument);
   EXPECT_THROW(solveShot(tracks, based(4)), std::invalid_argument);
   EXPECT_THROW(solveShot(tracks, based(5)), std::invalid_argument);
+}
+
+TEST(BaseFrame, SaysWhatItRefuses) {
+  Tracks tracks = movingShot(3);
+  see(tracks, 0, 5, {1, 1}, 0.0f);
+  const auto refusal = [&](int frame) -> std::string {
+    try {
+      const BaseFrame base(tracks, frame);
+    } catch (const std::invalid_argument& error) {
+      return error.what();
+    }
+    return "none";
+  };
+  EXPECT_EQ(refusal(-1), "base frame -1 lies outside the shot's frames 0..5");
+  EXPECT_EQ(refusal(6), "base frame 6 lies outside the shot's frames 0..5");
+  EXPECT_EQ(refusal(4), "base frame 4 has no track");
+  EXPECT_EQ(refusal(5), "base frame 5 has no track");
+  EXPECT_EQ(refusal(0), "none");
+}
+
+TEST(BaseFrame, LeavesOutATrackOfWeightZero) {
+  Tracks tracks;
+  see(tracks, 0, 0, {10, 20}, 0.5f);
+  see(tracks, 1, 0, {7777, 7777}, 0.0f);
+  see(tracks, 2, 0, {30, 40}, 2.0f);
+  see(tracks, 3, 1, {50, 60});
+  const BaseFrame base(tracks, 0);
+  ASSERT_EQ(base.places().size(), 2u);
+  EXPECT_EQ(base.places()[1].x, 30.0);
+  EXPECT_EQ(base.weights(), (std::vector<float>{0.5f, 2.0f}));
+  EXPECT_EQ(base.rankOf(0), 0);
+  EXPECT_EQ(base.rankOf(1), -1);
+  EXPECT_EQ(base.rankOf(2), 1);
+  EXPECT_EQ(base.rankOf(3), -1);
+}
+
+TEST(BaseFrame, MatchesTheTracksThatAFrameHasInCommonWithIt) {
+  Tracks tracks;
+  for (int t : {0, 1, 2, 4}) see(tracks, t, 0, {10.0 * t, 1}, t == 1 ? 0.0f : 1.0f);
+  for (int t : {0, 1, 2, 3, 4}) see(tracks, t, 1, {20.0 * t, 2}, t == 2 ? 0.0f : 0.25f);
+  const Matches matches = BaseFrame(tracks, 0).matchesIn(tracks, 1);
+  EXPECT_EQ(matches.tracks(), (std::vector<int>{0, 4}));
+  EXPECT_EQ(matches.base()[1].x, 40.0);
+  EXPECT_EQ(matches.present()[1].x, 80.0);
+  EXPECT_EQ(matches.present()[1].y, 2.0);
+  EXPECT_EQ(matches.weights(), (std::vector<double>{0.25, 0.25}));
+  EXPECT_TRUE(BaseFrame(tracks, 0).matchesIn(tracks, 2).empty());
+}
+
+// Five are too few to tell a bad one.
+TEST(SurfacePlaces, LeaveOutAFarOffOneOfSixWithALoss) {
+  Points places = {{0, 0}, {10, 0}, {10, 10}, {0, 10}, {1e4, 0}};
+  EXPECT_EQ(surfacePlaces(places, Loss::Tukey).size(), 5u);
+  places.add({5, 5});
+  EXPECT_EQ(surfacePlaces(places, Loss::Tukey).size(), 5u);
+  EXPECT_EQ(surfacePlaces(places, Loss::Huber).size(), 5u);
+  EXPECT_EQ(surfacePlaces(places, Loss::None).size(), 6u);
 }
 
 TEST(SolveShot, LeavesOutTracksAbsentFromTheBase) {

@@ -288,3 +288,252 @@ TEST(SolveShot, MultipliesResidualsByTheWeight) {
   const FrameResult frame = solveShot(tracks, based(0)).frames[1];
   EXPECT_NEAR(frame.rms, std::sqrt(100.0 / 6), 1e-3);
 }
+
+namespace {
+
+double upTo(double most, std::mt19937& random) {
+  return most * static_cast<double>(random()) / 4294967296.0;
+}
+
+// The second of two frames of a shot whose first tracks, in these places, move with the surface
+// while the others, in those, jump to anywhere.
+FrameResult fittedBesideJumps(const std::vector<Point>& good, const std::vector<Point>& bad,
+                              unsigned seed) {
+  std::mt19937 random(seed);
+  Tracks tracks;
+  int count = 0;
+  for (Point p : good) see(tracks, count++, 0, p);
+  for (Point p : bad) see(tracks, count++, 0, p);
+  count = 0;
+  for (Point p : good) see(tracks, count++, 1, map(motion(1), p));
+  for (std::size_t i = 0; i < bad.size(); ++i) {
+    const double x = upTo(600, random);
+    see(tracks, count++, 1, {x, upTo(500, random)});
+  }
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  options.influences = true;
+  return solveShot(tracks, options).frames[1];
+}
+
+const std::vector<Point> kFarApart = {{100, 400}, {500, 60}, {110, 300}, {490, 90}, {300, 480}};
+
+}  // namespace
+
+// All tracks end up in a heap, out of which nothing tells the one from the other.
+TEST(SolveShot, HoldsTracksThatNoTransformFits) {
+  std::mt19937 random(3);
+  Tracks tracks;
+  for (int t = 0; t < 8; ++t) see(tracks, t, 0, {70.0 * t, 90.0 * (t * 3 % 5)});
+  for (int t = 0; t < 8; ++t) see(tracks, t, 1, {100 + upTo(0.1, random), 200 + upTo(0.1, random)});
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const FrameResult frame = solveShot(tracks, options).frames[1];
+  EXPECT_EQ(frame.verdict.status, Status::Held);
+  EXPECT_EQ(frame.verdict.shortfall, Shortfall::NoAgreement);
+  EXPECT_TRUE(std::isnan(frame.sigma));
+}
+
+// Beside those on the line a transform may meet some that jumped, and does where they agree by
+// chance.
+TEST(SolveShot, FitsALowerModelToTheGoodTracksOfALine) {
+  std::vector<Point> line;
+  for (int i = 0; i < 12; ++i) line.push_back({40.0 * i, 27.0 * i + 10});
+  int frames = 0;
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    const FrameResult frame = fittedBesideJumps(line, kFarApart, seed);
+    if (frame.verdict.shortfall != Shortfall::GoodOnOneLine) continue;
+    ++frames;
+    EXPECT_EQ(frame.verdict.status, Status::Reduced) << "seed " << seed;
+    EXPECT_EQ(frame.verdict.fitted, frame.verdict.good) << "seed " << seed;
+    EXPECT_GE(frame.good, 12) << "seed " << seed;
+  }
+  EXPECT_GT(frames, 10);
+}
+
+TEST(SolveShot, FitsALowerModelToTheGoodTracksOfAPatch) {
+  std::vector<Point> patch;
+  for (double y : {230, 250, 270}) {
+    for (double x : {280, 300, 320}) patch.push_back({x, y});
+  }
+  const FrameResult frame = fittedBesideJumps(patch, kFarApart, 3);
+  EXPECT_EQ(frame.verdict.status, Status::Reduced);
+  EXPECT_EQ(frame.verdict.shortfall, Shortfall::GoodBunchedInBase);
+  EXPECT_EQ(frame.verdict.model, Model::Affine);
+  EXPECT_EQ(frame.verdict.fitted, 9u);
+  EXPECT_EQ(frame.good, 9);
+  for (std::size_t i = 0; i < 14; ++i) {
+    EXPECT_EQ(frame.influences[i].weight, i < 9 ? 1.0 : 0.0) << i;
+    EXPECT_EQ(frame.influences[i].residual < 0.1, i < 9) << i;
+  }
+}
+
+TEST(SolveShot, ReducesBunchedTracksOnlyWhereALossAsksForTheirSpread) {
+  const Tracks tracks = shrinkingShot(0.1, 1);
+  SolveOptions options = based(0);
+  EXPECT_EQ(solveShot(tracks, options).frames[3].verdict.status, Status::Solved);
+  for (Loss loss : {Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    options.loss = loss;
+    const Verdict verdict = solveShot(tracks, options).frames[3].verdict;
+    EXPECT_EQ(verdict.status, Status::Reduced) << nameOf(loss);
+    EXPECT_EQ(verdict.shortfall, Shortfall::BunchedInBase) << nameOf(loss);
+  }
+}
+
+TEST(SolveShot, HoldsWhatItIsNotToReduce) {
+  Tracks tracks;
+  for (int f : {0, 1}) seeAll(tracks, f);
+  seeAll(tracks, 2, 3);
+  SolveOptions options = based(0);
+  options.reduce = false;
+  const ShotResult result = solveShot(tracks, options);
+  EXPECT_EQ(result.frames[2].verdict.status, Status::Held);
+  EXPECT_EQ(result.frames[2].verdict.model, Model::Held);
+  EXPECT_EQ(result.frames[2].verdict.shortfall, Shortfall::TooFewTracks);
+  EXPECT_EQ(result.frames[2].h, result.frames[1].h);
+  EXPECT_GT(result.frames[2].rms, 1.0);
+}
+
+TEST(SolveShot, FitsFourAndFiveTracksWithALossByPlainSquares) {
+  for (int count : {4, 5}) {
+    Tracks tracks;
+    for (int f : {0, 1}) seeAll(tracks, f, count);
+    SolveOptions options = based(0);
+    options.loss = Loss::Tukey;
+    const FrameResult frame = solveShot(tracks, options).frames[1];
+    EXPECT_EQ(frame.verdict.status, Status::Solved);
+    EXPECT_EQ(frame.verdict.origin.grounds, Grounds::TooFew);
+    EXPECT_EQ(frame.good, count);
+    EXPECT_EQ(frame.loss, Loss::None);
+    EXPECT_LT(frame.rms, 1e-9);
+  }
+}
+
+// One crosses to the far side of the others. Among five nothing tells that it is the bad one.
+TEST(SolveShot, FitsSixTracksWithALossWhereTheLibraryFails) {
+  const std::vector<Point> places = {{0, 0}, {100, 0}, {100, 100}, {0, 100}, {50, 20}, {20, 60}};
+  for (int count : {5, 6}) {
+    Tracks tracks;
+    for (int t = 0; t < count; ++t) see(tracks, t, 0, places[static_cast<std::size_t>(t)]);
+    for (int t = 0; t < count; ++t) {
+      see(tracks, t, 1, t == 2 ? Point{-50, -50} : places[static_cast<std::size_t>(t)]);
+    }
+    SolveOptions options = based(0);
+    EXPECT_EQ(solveShot(tracks, options).frames[1].verdict.shortfall, Shortfall::AcrossHorizon);
+    options.loss = Loss::Tukey;
+    const FrameResult frame = solveShot(tracks, options).frames[1];
+    EXPECT_EQ(frame.verdict.status, count == 5 ? Status::Held : Status::Solved);
+    EXPECT_EQ(frame.verdict.shortfall, count == 5 ? Shortfall::AcrossHorizon : Shortfall::None);
+    EXPECT_EQ(frame.good, count == 5 ? 0 : 5);
+  }
+}
+
+namespace {
+
+// A fitter with frame 0 as its base, and its sweep.
+struct Fitting {
+  explicit Fitting(const Tracks& shot, Loss loss = Loss::None)
+      : tracks(shot), base(tracks, 0), fitter(base, units, base.places(), optionsOf(loss)) {}
+
+  static SolveOptions optionsOf(Loss loss) {
+    SolveOptions options;
+    options.loss = loss;
+    return options;
+  }
+
+  FrameFit fit(int frame) { return fitter.fit(base.matchesIn(tracks, frame), sweep); }
+
+  Tracks tracks;
+  BaseFrame base;
+  ShotUnits units = {Similarity::fitting(base.places()), Similarity::fitting(base.places())};
+  FrameFitter fitter;
+  Sweep sweep{fitter.identity(), kIdentity, false, SweepMemory(tracks.names.size())};
+};
+
+Homography asFile(const Fitting& fitting, const LibraryTransform& m) {
+  Homography h;
+  for (std::size_t i = 0; i < 9; ++i) {
+    h[i / 3][i % 3] = static_cast<double>(m(static_cast<int>(i / 3), static_cast<int>(i % 3)));
+  }
+  return fitting.units.fromLibrary(h);
+}
+
+}  // namespace
+
+TEST(FrameFitter, GoesOnFromASolvedFramesTransform) {
+  Fitting fitting(movingShot(2));
+  const FrameFit fit = fitting.fit(1);
+  EXPECT_EQ(fit.verdict.status, Status::Solved);
+  EXPECT_EQ(fit.verdict.model, Model::Projective);
+  EXPECT_EQ(fit.verdict.tracks, 5u);
+  EXPECT_EQ(fitting.sweep.neighbour, fit.h);
+  EXPECT_EQ(asFile(fitting, fitting.sweep.start), fit.h);
+  EXPECT_FALSE(fitting.sweep.chainBroken);
+}
+
+TEST(FrameFitter, LetsTheLibraryStartWhereTheLastSolvedFrameWasButForTheNeighbour) {
+  Tracks tracks = movingShot(2);
+  seeAll(tracks, 2, 3);
+  Fitting fitting(tracks);
+  const FrameFit solved = fitting.fit(1);
+  const FrameFit reduced = fitting.fit(2);
+  EXPECT_EQ(reduced.verdict.status, Status::Reduced);
+  EXPECT_NE(reduced.h, solved.h);
+  EXPECT_EQ(fitting.sweep.neighbour, reduced.h);
+  EXPECT_EQ(asFile(fitting, fitting.sweep.start), solved.h);
+  EXPECT_TRUE(fitting.sweep.chainBroken);
+}
+
+TEST(FrameFitter, KeepsTheNeighbourOfAFrameWithoutTracks) {
+  Fitting fitting(movingShot(2));
+  const FrameFit solved = fitting.fit(1);
+  const FrameFit held = fitting.fit(7);
+  EXPECT_EQ(held.verdict.status, Status::Held);
+  EXPECT_EQ(held.verdict.shortfall, Shortfall::NoTracks);
+  EXPECT_EQ(held.h, solved.h);
+  EXPECT_EQ(fitting.sweep.neighbour, solved.h);
+}
+
+// Behind a break both starts are tried in every frame, and either is the better one at times.
+TEST(FrameFitter, TakesTheCheaperOfTwoStartsOnceTheChainIsBroken) {
+  std::mt19937 random(11);
+  Tracks tracks = movingShot(60);
+  for (Observation& o : tracks.observations) {
+    if (o.frame > 0) o.x += upTo(4, random);
+  }
+  Fitting fitting(tracks);
+  LibraryFit library(fitting.base, fitting.units);
+  fitting.sweep.chainBroken = true;
+  int linear = 0;
+  int neighbour = 0;
+  for (int frame = 1; frame < 60; ++frame) {
+    const Matches matches = fitting.base.matchesIn(tracks, frame);
+    ASSERT_TRUE(library.load(matches));
+    const LibraryResult from = library.from(fitting.sweep.start);
+    const LibraryResult other = library.fromLinearFit();
+    (other.cost < from.cost ? linear : neighbour) += other.h != from.h;
+    EXPECT_EQ(fitting.fit(frame).h, other.cost < from.cost ? other.h : from.h) << frame;
+  }
+  EXPECT_GT(linear, 5);
+  EXPECT_GT(neighbour, 5);
+}
+
+// Five tracks are not searched, and behind a search that says how noisy tracks are no clean frame
+// is.
+TEST(FrameFitter, RemembersTheSigmaOfASearchAlone) {
+  Tracks tracks;
+  for (int f = 0; f < 3; ++f) {
+    for (int t = 0; t < 9; ++t) see(tracks, t, f, map(motion(f), {100.0 * (t % 3), 35.0 * t}));
+  }
+  Fitting many(tracks, Loss::Tukey);
+  const FrameFit searched = many.fit(1);
+  EXPECT_EQ(searched.robust.origin.grounds, Grounds::Searched);
+  EXPECT_EQ(many.sweep.memory.priorFor({}).recentSigma, searched.robust.sigma);
+  many.sweep.memory.rememberSigma(7.0);
+  many.sweep.memory.rememberSigma(5.0);
+  EXPECT_EQ(many.fit(2).robust.origin.grounds, Grounds::NoBadTrack);
+  EXPECT_EQ(many.sweep.memory.priorFor({}).recentSigma, 5.0);
+  Fitting few(movingShot(2), Loss::Tukey);
+  EXPECT_EQ(few.fit(1).robust.origin.grounds, Grounds::TooFew);
+  EXPECT_EQ(few.sweep.memory.priorFor({}).recentSigma, 0.0);
+}

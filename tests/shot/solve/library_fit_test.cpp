@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <random>
 
@@ -104,4 +105,87 @@ TEST(DenseSolve, HasTheSameBitsInRawUnits) {
     }
   }
   expectTheBitsOfADenseSolve(tracks, 10, Units::Raw);
+}
+
+namespace {
+
+const ShotUnits kFileAlone;  // the file's unit for everything
+
+// The matches of the second of two frames in which all five tracks stand.
+struct TwoFrames {
+  Tracks tracks = movingShot(2);
+  BaseFrame base{tracks, 0};
+  Matches matches = base.matchesIn(tracks, 1);
+};
+
+}  // namespace
+
+TEST(LibraryFit, HasTheWeightedCostInTheFilesUnit) {
+  const Similarity unit = {{300, 250}, 0.005};
+  Tracks tracks = movingShot(2);
+  for (std::size_t i = 5; i < 10; ++i) {
+    tracks.observations[i].x += i == 7 ? 3.0 : -1.0;
+    tracks.observations[i].weight = 0.5f * static_cast<float>(i);
+  }
+  const BaseFrame base(tracks, 0);
+  const Matches matches = base.matchesIn(tracks, 1);
+  LibraryFit fit(base, {unit, unit});
+  ASSERT_TRUE(fit.load(matches));
+  const LibraryResult result = fit.from(fit.identity());
+  ASSERT_EQ(result.shortfall, Shortfall::None);
+  double cost = 0.0;
+  for (std::size_t i = 0; i < 5; ++i) {
+    const Observation& o = tracks.observations[5 + i];
+    const Point p = map(result.h, kCorners[i]);
+    cost += static_cast<double>(o.weight * o.weight) *
+            (std::pow(o.x - p.x, 2) + std::pow(o.y - p.y, 2));
+  }
+  EXPECT_GT(cost, 1.0);
+  EXPECT_NEAR(result.cost, cost, 1e-9 * cost);
+}
+
+TEST(LibraryFit, ForgetsTheTracksOfTheFrameBefore) {
+  TwoFrames two;
+  Matches four;
+  Matches bent;
+  for (std::size_t i = 0; i < 5; ++i) {
+    Match match = two.matches[i];
+    if (i < 4) four.add(match);
+    match.present.x += 7.0 * static_cast<double>(i);
+    bent.add(match);
+  }
+  LibraryFit used(two.base, kFileAlone);
+  ASSERT_TRUE(used.load(bent));
+  used.from(used.identity());
+  ASSERT_TRUE(used.load(four));
+  LibraryFit fresh(two.base, kFileAlone);
+  ASSERT_TRUE(fresh.load(four));
+  EXPECT_EQ(used.from(used.identity()).h, fresh.from(fresh.identity()).h);
+}
+
+TEST(LibraryFit, FindsAnExactTransformFromTheLinearSolution) {
+  const TwoFrames two;
+  const Similarity unit = {{300, 250}, 0.005};
+  LibraryFit fit(two.base, {unit, unit});
+  ASSERT_TRUE(fit.load(two.matches));
+  const LibraryResult result = fit.fromLinearFit();
+  EXPECT_EQ(result.shortfall, Shortfall::None);
+  EXPECT_LT(result.cost, 1e-6);
+}
+
+// The largest float is 3.4028235e38: what is nearer to the next one is infinite.
+TEST(LibraryFit, TakesNoPositionBeyondSinglePrecision) {
+  Tracks tracks;
+  see(tracks, 0, 0, {3.5e38, 0});
+  see(tracks, 1, 0, {0, 0});
+  see(tracks, 0, 1, {0, 0});
+  see(tracks, 1, 1, {0, 0});
+  see(tracks, 1, 2, {0, -3.5e38});
+  see(tracks, 1, 3, {3.4e38, -3.4e38});
+  const BaseFrame base(tracks, 0);
+  LibraryFit fit(base, kFileAlone);
+  for (int frame : {1, 2, 3}) {
+    const Matches matches = base.matchesIn(tracks, frame);
+    EXPECT_EQ(fit.load(matches), frame == 3) << frame;
+  }
 }

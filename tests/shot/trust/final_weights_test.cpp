@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/trust/final_weights.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "tests/shot/lists.h"
+
+using namespace cornerpin;
+
+namespace {
+
+// One match 5 px from its place and one that meets it.
+const Matches kMatches = lists::matches({{{10, 20}, {13, 24}, 0.5}, {{30, 40}, {30, 40}, 3.0}});
+
+// The horizon is at x = 100.
+const Homography kFalling = {{{1, 0, 0}, {0, 1, 0}, {-0.01, 0, 1}}};
+
+// Exact matches before the horizon and behind it.
+Matches aroundTheHorizon() {
+  Matches matches;
+  for (Point p : {Point{0, 0}, Point{50, 10}, Point{150, 10}}) {
+    matches.add({p, map(kFalling, p), 2.0});
+  }
+  return matches;
+}
+
+double lossWeightOf(Loss loss, double width) {
+  return lossWeights(kMatches, kIdentity, {0, 0}, loss, width)[0];
+}
+
+}  // namespace
+
+// A loss weighs squares, a match's weight what is squared.
+TEST(LossWeights, AreTheMatchesOwnTimesTheRootOfTheLosss) {
+  EXPECT_DOUBLE_EQ(lossWeightOf(Loss::Tukey, 10), 0.5 * 0.75);              // 1 - (5 / 10)^2
+  EXPECT_DOUBLE_EQ(lossWeightOf(Loss::Cauchy, 10), 0.5 / std::sqrt(1.25));  // 1 + (5 / 10)^2
+  EXPECT_DOUBLE_EQ(lossWeightOf(Loss::Huber, 2.5), 0.5 * std::sqrt(0.5));   // 2.5 / 5
+  EXPECT_EQ(lossWeightOf(Loss::None, 2.5), 0.5);
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    EXPECT_EQ(lossWeights(kMatches, kIdentity, {0, 0}, loss, 2.5)[1], 3.0) << nameOf(loss);
+  }
+}
+
+TEST(LossWeights, AreZeroWhereTukeysLossIsFlat) {
+  EXPECT_EQ(lossWeightOf(Loss::Tukey, 5.0), 0.0);
+  EXPECT_GT(lossWeightOf(Loss::Tukey, 5.01), 0.0);
+}
+
+TEST(LossWeights, AreZeroBehindTheHorizon) {
+  for (Loss loss : {Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    const std::vector<double> before =
+        lossWeights(aroundTheHorizon(), kFalling, {10, 0}, loss, 1.0);
+    EXPECT_EQ(before, (std::vector<double>{2, 2, 0})) << nameOf(loss);
+    const std::vector<double> behind =
+        lossWeights(aroundTheHorizon(), kFalling, {110, 0}, loss, 1.0);
+    EXPECT_EQ(behind, (std::vector<double>{0, 0, 2})) << nameOf(loss);
+  }
+}
+
+TEST(GoodWeights, AreTheMatchesOwnWithinThreeAndAHalfSigmas) {
+  for (double sigma : {5 / 3.49, 5 / 3.51}) {
+    const std::vector<double> weights = goodWeights(kMatches, kIdentity, {0, 0}, sigma);
+    EXPECT_EQ(weights, (std::vector<double>{sigma > 5 / 3.5 ? 0.5 : 0.0, 3.0}));
+  }
+}
+
+TEST(GoodWeights, AreZeroBehindTheHorizon) {
+  EXPECT_EQ(goodWeights(aroundTheHorizon(), kFalling, {10, 0}, 1.0),
+            (std::vector<double>{2, 2, 0}));
+  EXPECT_EQ(goodWeights(aroundTheHorizon(), kFalling, {110, 0}, 1.0),
+            (std::vector<double>{0, 0, 2}));
+}
