@@ -112,6 +112,17 @@ TEST(CsvReader, SaysThatAFileIsNotThere) {
   }
 }
 
+TEST(CsvReader, ClosesItsFile) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "a\n");
+  const int before = ::dup(STDIN_FILENO);  // the lowest that is free
+  ::close(before);
+  { CsvReader reader(folder / "in.csv"); }
+  const int after = ::dup(STDIN_FILENO);
+  ::close(after);
+  EXPECT_EQ(after, before);
+}
+
 namespace {
 
 // Puts a pipe that holds the text in the place of standard input, as long as it lives.

@@ -8,7 +8,10 @@
 
 #include <csignal>
 #include <filesystem>
+#include <memory>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "tests/support/files.h"
 
@@ -114,6 +117,41 @@ TEST(OutputFile, RefusesALinkToItself) {
   fs::create_symlink("a", folder / "a");
   EXPECT_EQ(failureOf(folder / "a"), folder / "a" + ": Too many levels of symbolic links");
   EXPECT_TRUE(fs::is_symlink(folder / "a"));
+}
+
+// As many as the system follows.
+TEST(OutputFile, FollowsFortyLinksAndNoMore) {
+  const TemporaryFolder folder;
+  writeFile(folder / "0", "old");
+  for (int i = 1; i <= 41; ++i)
+    fs::create_symlink(std::to_string(i - 1), folder / std::to_string(i));
+  EXPECT_EQ(failureOf(folder / "40"), "none");
+  EXPECT_EQ(readFile(folder / "0"), "new");
+  EXPECT_EQ(failureOf(folder / "41"), folder / "41" + ": Too many levels of symbolic links");
+}
+
+TEST(OutputFile, HoldsALongTextInTheOrderOfItsPieces) {
+  const TemporaryFolder folder;
+  OutputFile out(folder / "a");
+  std::string whole;
+  for (int i = 0; i < 100000; ++i) {
+    const std::string piece = std::to_string(i) + ",";
+    out.write(piece);
+    whole += piece;
+  }
+  out.commit();
+  EXPECT_EQ(readFile(folder / "a"), whole);
+}
+
+TEST(OutputFile, HasTheTemporaryFilesOfSixteenRemoved) {
+  const TemporaryFolder folder;
+  std::vector<std::unique_ptr<OutputFile>> files;
+  for (int i = 0; i < 17; ++i) {
+    files.push_back(std::make_unique<OutputFile>(folder / std::to_string(i)));
+  }
+  EXPECT_EQ(folder.entryCount(), 17u);
+  cornerpin::removeTemporaryFiles();
+  EXPECT_EQ(folder.entryCount(), 1u);
 }
 
 TEST(OutputFile, SaysThatADeviceIsFull) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "shot/files/csv_reader.h"
 #include "tests/shot/files/two_frames.h"
 
 using namespace cornerpin;
@@ -51,4 +52,62 @@ TEST(ResultCsv, HasNoPlaceForACornerOnOrBehindTheHorizon) {
   const Quad quad = {{{0, 0}, {1, 0}, {0, 100}, {0, 101}}};
   EXPECT_NE(written(result, Format::Csv, quad).find(",held,,,,,0,0,1,0,,,,,held,"),
             std::string::npos);
+}
+
+namespace {
+
+// What stands in a column of the second frame's row.
+std::string field(const ShotResult& result, const std::string& column) {
+  const TemporaryFolder folder;
+  writeFile(folder / "r.csv", written(result, Format::Csv));
+  CsvReader reader(folder / "r.csv");
+  reader.next();
+  std::size_t i = 0;
+  while (reader.field(i) != column) ++i;
+  reader.next();
+  reader.next();
+  return std::string(reader.field(i));
+}
+
+}  // namespace
+
+TEST(ResultCsv, SaysWhyASolvedFrameIsAsItIs) {
+  ShotResult result = twoFrames();
+  FrameResult& frame = result.frames[1];
+  frame.verdict = {};
+  frame.verdict.status = Status::Solved;
+  frame.verdict.origin = {Stage::Sampled, Grounds::Searched, Stage::Library, 20};
+  frame.tracks = 31;
+  frame.good = 25;
+  EXPECT_EQ(field(result, "why"),
+            "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
+  EXPECT_EQ(field(result, "reason"), "");
+  EXPECT_EQ(field(result, "stage"), "sampled");
+  frame.verdict.origin = {Stage::Neighbour, Grounds::Searched, Stage::Neighbour, 25};
+  EXPECT_EQ(field(result, "why"), "the neighbour's transform fits 25 of 31 tracks");
+  frame.verdict.origin = {Stage::Library, Grounds::NoBadTrack, {}, 0};
+  EXPECT_EQ(field(result, "why"), "no sign of a bad track");
+  frame.verdict.origin = {};
+  EXPECT_EQ(field(result, "why"), "");
+}
+
+TEST(ResultCsv, SaysWhyAFrameIsReduced) {
+  ShotResult result = twoFrames();
+  FrameResult& frame = result.frames[1];
+  frame.verdict = {};
+  frame.verdict.status = Status::Reduced;
+  frame.verdict.model = Model::Similarity;
+  frame.verdict.onTop = true;
+  frame.verdict.shortfall = Shortfall::TooFewTracks;
+  frame.verdict.tracks = frame.verdict.fitted = 3;
+  frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 3};
+  frame.good = 3;
+  frame.sigma = 0.5;
+  EXPECT_EQ(field(result, "reason"),
+            "3 of the 4 tracks needed, too close together or too near one line");
+  EXPECT_EQ(field(result, "model"), "similarity");
+  EXPECT_EQ(field(result, "on_top"), "true");
+  for (const char* column : {"why", "stage", "inliers", "inlier_rms", "scale"}) {
+    EXPECT_EQ(field(result, column), "") << column;
+  }
 }

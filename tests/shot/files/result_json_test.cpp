@@ -102,3 +102,40 @@ TEST(ResultJson, HasNoPlaceForACornerOnOrBehindTheHorizon) {
   EXPECT_EQ(q[2], json::parse("[null,null]"));
   EXPECT_EQ(q[3], json::parse("[null,null]"));
 }
+
+TEST(ResultJson, SaysWhyASolvedFrameIsAsItIs) {
+  ShotResult result = twoFrames();
+  FrameResult& frame = result.frames[1];
+  frame.verdict = {};
+  frame.verdict.status = Status::Solved;
+  frame.verdict.origin = {Stage::Sampled, Grounds::Searched, Stage::Library, 20};
+  frame.tracks = 31;
+  frame.good = 25;
+  frame.loss = Loss::Huber;
+  frame.width = 1.75;
+  const json solved = json::parse(written(result, Format::Json))["frames"][1];
+  EXPECT_EQ(solved["why"], "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
+  EXPECT_FALSE(solved.contains("reason"));
+  EXPECT_EQ(solved["loss"], "huber");
+  EXPECT_EQ(solved["width"], 1.75);
+  frame.verdict.origin.grounds = Grounds::None;
+  EXPECT_FALSE(json::parse(written(result, Format::Json))["frames"][1].contains("why"));
+}
+
+TEST(ResultJson, SaysWhyAFrameIsReduced) {
+  ShotResult result = twoFrames();
+  FrameResult& frame = result.frames[1];
+  frame.verdict = {};
+  frame.verdict.status = Status::Reduced;
+  frame.verdict.model = Model::Affine;
+  frame.verdict.shortfall = Shortfall::FewAgree;
+  frame.verdict.tracks = 8;
+  frame.verdict.good = frame.verdict.fitted = 4;
+  frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 4};
+  frame.good = 4;
+  const json reduced = json::parse(written(result, Format::Json))["frames"][1];
+  EXPECT_EQ(reduced["reason"], "only 4 of its 8 tracks agree on a transform, any four do");
+  for (const char* name : {"why", "stage", "inliers", "inlier_rms", "scale", "loss", "width"}) {
+    EXPECT_FALSE(reduced.contains(name)) << name;
+  }
+}

@@ -94,6 +94,20 @@ TEST(Summary, WritesNumbersOfAnySize) {
   EXPECT_NE(table.find("worst 2.5e-07 in frame 3\n"), std::string::npos) << table;
 }
 
+TEST(Summary, WritesFourDecimalsFromAThousandthToAHundredThousand) {
+  const auto shown = [](double rms) {
+    ShotResult result;
+    result.frames = {frame(1, Status::Solved, rms)};
+    const std::string table = summaryTable(result);
+    const std::size_t start = table.find("median ") + 7;
+    return table.substr(start, table.find(',', start) - start);
+  };
+  EXPECT_EQ(shown(0.001), "0.0010");
+  EXPECT_EQ(shown(0.000999), "0.000999");
+  EXPECT_EQ(shown(99999.5), "99999.5000");
+  EXPECT_EQ(shown(1e5), "1e+05");
+}
+
 TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   ShotResult result;
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),

@@ -135,6 +135,21 @@ TEST(SolveShot, SolvesBesideATrackThatIsFlungFarAway) {
   EXPECT_LT(errorAtCorners(frame), 1e-3);
 }
 
+// Five are too few to tell that it is the bad one.
+TEST(SolveShot, SolvesSixTracksOfWhichOneIsFlungFarAway) {
+  for (int count : {5, 6}) {
+    Tracks tracks;
+    for (int f : {0, 1}) {
+      seeAll(tracks, f, count - 1);
+      see(tracks, 5, f, f == 0 ? Point{200, 200} : Point{1e9, -1e9});
+    }
+    SolveOptions options = based(0);
+    options.loss = Loss::Tukey;
+    const FrameResult frame = solveShot(tracks, options).frames[1];
+    EXPECT_EQ(frame.verdict.shortfall, count == 5 ? Shortfall::OnOneLine : Shortfall::None);
+  }
+}
+
 // The base frame's places set the solver's coordinates and say how far the surface reaches.
 TEST(SolveShot, SolvesBesideATrackThatIsFarAwayInTheBaseFrame) {
   for (const double far : {2e3, 1e4, 1e6, 1e9}) {

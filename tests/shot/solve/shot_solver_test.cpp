@@ -186,3 +186,135 @@ TEST(SolveShot, KnowsTheTracksThatKeptToTheSurface) {
   EXPECT_EQ(frames, 780);
   EXPECT_LE(mistaken, frames / 50);
 }
+
+// The frame behind the base frame has no tracks; those before the base frame know nothing of it.
+TEST(SolveShot, ABrokenChainIsThatOfItsOwnSweep) {
+  std::mt19937 random(5);
+  Tracks before;
+  for (int f = -30; f <= 0; ++f) {
+    for (int t = 0; t < 5; ++t) {
+      const Point p = map(motion(f), kCorners[static_cast<std::size_t>(t)]);
+      const double off = f < 0 ? 4.0 * static_cast<double>(random()) / 4294967296.0 : 0.0;
+      see(before, t, f, {p.x + off, p.y});
+    }
+  }
+  Tracks both = before;
+  seeAll(both, 2);
+  const std::vector<FrameResult> alone = solveShot(before, based(0)).frames;
+  const std::vector<FrameResult> whole = solveShot(both, based(0)).frames;
+  ASSERT_EQ(whole[31].verdict.status, Status::Held);
+  for (std::size_t f = 0; f < alone.size(); ++f) EXPECT_EQ(alone[f].h, whole[f].h) << f;
+}
+
+TEST(SolveShot, LooksOnlyAtTracksWithAWeightInTheBaseFrame) {
+  Tracks with;
+  for (int f : {0, 1}) {
+    seeAll(with, f);
+    see(with, 5, f, {7777, -7777}, f == 0 ? 0.0f : 1.0f);
+  }
+  Tracks without;
+  for (int f : {0, 1}) seeAll(without, f);
+  for (Loss loss : {Loss::None, Loss::Tukey}) {
+    SolveOptions options = based(0);
+    options.loss = loss;
+    const ShotResult a = solveShot(with, options);
+    const ShotResult b = solveShot(without, options);
+    EXPECT_EQ(a.baseTracks, 5);
+    EXPECT_EQ(a.leftOut, 1);
+    EXPECT_EQ(a.frames[1].tracks, 5);
+    EXPECT_EQ(a.frames[1].h, b.frames[1].h);
+    EXPECT_EQ(a.corners[2].x, 500.0);
+    EXPECT_EQ(a.baseCentre.x, 295.0);  // between 90 and 500
+    EXPECT_EQ(a.baseCentre.y, 260.0);  // between 100 and 420
+  }
+}
+
+TEST(SolveShot, SaysWhatItWasAskedFor) {
+  SolveOptions options = based(1, Units::Raw);
+  options.loss = Loss::Huber;
+  options.seed = 77;
+  const ShotResult result = solveShot(movingShot(3), options);
+  EXPECT_EQ(result.baseFrame, 1);
+  EXPECT_EQ(result.units, Units::Raw);
+  EXPECT_EQ(result.loss, Loss::Huber);
+  EXPECT_EQ(result.seed, 77u);
+}
+
+TEST(SolveShot, ChoosesABaseFrameWhereNoneIsGiven) {
+  Tracks tracks;
+  seeAll(tracks, 0, 4);
+  for (int f : {1, 2}) seeAll(tracks, f);
+  EXPECT_EQ(solveShot(tracks).baseFrame, 1);
+}
+
+TEST(SolveShot, TakesEveryTrackForAGoodOneWithoutALoss) {
+  Tracks tracks = movingShot(2);
+  tracks.observations.back().x += 40;
+  const FrameResult frame = solveShot(tracks, based(0)).frames[1];
+  EXPECT_EQ(frame.good, 5);
+  EXPECT_GT(frame.rms, 0.1);
+  EXPECT_EQ(frame.goodRms, frame.rms);
+  EXPECT_TRUE(std::isnan(frame.sigma));
+  EXPECT_EQ(frame.loss, Loss::None);
+}
+
+TEST(SolveShot, MeasuresTheGoodTracksApart) {
+  const auto fault = [](int t, int) -> Point { return t == 4 ? Point{30, 40} : Point{}; };
+  const Tracks tracks = noisyShot(2, 3, fault);
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const FrameResult frame = solveShot(tracks, options).frames[1];
+  ASSERT_EQ(frame.good, 11);
+  double all = 0.0;
+  double good = 0.0;
+  for (std::size_t t = 0; t < 12; ++t) {
+    const Observation& base = tracks.observations[t];
+    const Observation& o = tracks.observations[12 + t];
+    const Point p = map(frame.h, {base.x, base.y});
+    const double square = (o.x - p.x) * (o.x - p.x) + (o.y - p.y) * (o.y - p.y);
+    all += square;
+    if (t != 4) good += square;
+  }
+  EXPECT_NEAR(frame.rms, std::sqrt(all / 12), 1e-9);
+  EXPECT_NEAR(frame.goodRms, std::sqrt(good / 11), 1e-9);
+}
+
+// Of each loss at a fixed number of sigmas of the errors' core, whose tails are one of four: from
+// there to the sigma of normal errors is a step of their medians.
+TEST(SolveShot, SaysWhereItsLossBends) {
+  const auto fault = [](int t, int) -> Point { return t == 4 ? Point{30, 40} : Point{}; };
+  const std::pair<Loss, double> bends[] = {
+      {Loss::Tukey, 7.0}, {Loss::Cauchy, 3.0}, {Loss::Huber, 1.7}};
+  for (const auto& [loss, bend] : bends) {
+    SolveOptions options = based(0);
+    options.loss = loss;
+    const FrameResult frame = solveShot(noisyShot(2, 3, fault), options).frames[1];
+    EXPECT_EQ(frame.loss, loss);
+    double nearest = HUGE_VAL;
+    for (double freedom : {1.0, 2.0, 4.0, 16.0}) {
+      const double medians = freedom * (std::pow(2.0, 2.0 / freedom) - 1.0) / (2 * std::log(2.0));
+      nearest = std::min(nearest, std::fabs(frame.width / frame.sigma * std::sqrt(medians) - bend));
+    }
+    EXPECT_LT(nearest, 1e-9) << nameOf(loss);
+  }
+}
+
+// By two: no number is rounded in another place.
+TEST(SolveShot, MeasuresInTheFilesUnit) {
+  const auto fault = [](int t, int) -> Point { return t == 4 ? Point{30, 40} : Point{}; };
+  Tracks tracks = noisyShot(2, 3, fault);
+  SolveOptions options = based(0);
+  options.loss = Loss::Tukey;
+  const FrameResult once = solveShot(tracks, options).frames[1];
+  for (Observation& o : tracks.observations) {
+    o.x *= 2;
+    o.y *= 2;
+  }
+  const FrameResult twice = solveShot(tracks, options).frames[1];
+  EXPECT_EQ(twice.sigma, 2 * once.sigma);
+  EXPECT_EQ(twice.width, 2 * once.width);
+  EXPECT_EQ(twice.rms, 2 * once.rms);
+  EXPECT_EQ(twice.goodRms, 2 * once.goodRms);
+  EXPECT_DOUBLE_EQ(twice.figures.noise, 2 * once.figures.noise);
+  EXPECT_DOUBLE_EQ(twice.figures.deviations[0], 2 * once.figures.deviations[0]);
+}

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <Eigen/Dense>
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <optional>
@@ -142,6 +144,175 @@ TEST(Trust, IsAboutTheBoxAroundTheBaseFramesTracksUnlessToldOtherwise) {
   EXPECT_EQ(box[1].x, box[2].x);
   EXPECT_EQ(box[1].y, box[0].y);
   EXPECT_EQ(solveShot(tracks, fromTheFirstFrame(kCorners)).corners[3].x, kCorners[3].x);
+}
+
+namespace {
+
+// What the tracks of a frame with these weights say of it, in dense matrices: the slopes of a model
+// in the parameters it has, in coordinates divided by a length; NaN where there is no figure.
+class DenseFigures {
+ public:
+  // `shift`: the model is a similarity behind this transform, and not a projective one.
+  DenseFigures(const Homography& h, const std::optional<Homography>& shift) : h_(h), kept_(shift) {}
+
+  void add(Point base, Point present, double weight) {
+    const Eigen::MatrixXd s = slopes(base);
+    const Point image = map(h_, base);
+    const Eigen::Matrix2d d = derivatives(base);
+    const Eigen::Matrix2d v = Eigen::Matrix2d::Identity() + d * d.transpose();
+    const double w2 = weight * weight;
+    if (a_.size() == 0) a_ = b_ = Eigen::MatrixXd::Zero(s.cols(), s.cols());
+    a_ += w2 * s.transpose() * s;
+    b_ += w2 * w2 * s.transpose() * v * s;
+    squares_ += w2 * (std::pow(present.x - image.x, 2) + std::pow(present.y - image.y, 2));
+    total_ += w2 * v.trace();
+  }
+  double noise() const { return std::sqrt(squares_ / (total_ - a_.ldlt().solve(b_).trace())); }
+  double deviationAt(Point base) const {
+    const Eigen::MatrixXd s = slopes(base);
+    const Eigen::MatrixXd inverse = a_.inverse();
+    return noise() * std::sqrt((s * inverse * b_ * inverse * s.transpose()).trace());
+  }
+
+ private:
+  static constexpr double kLength = 300.0;
+
+  // By differences: the model's own formulas are not needed.
+  Eigen::Matrix2d derivatives(Point p) const {
+    constexpr double kStep = 1e-3;
+    Eigen::Matrix2d d;
+    for (int i = 0; i < 2; ++i) {
+      const Point step = {i == 0 ? kStep : 0.0, i == 1 ? kStep : 0.0};
+      const Point high = map(h_, {p.x + step.x, p.y + step.y});
+      const Point low = map(h_, {p.x - step.x, p.y - step.y});
+      d.col(i) << (high.x - low.x) / (2 * kStep), (high.y - low.y) / (2 * kStep);
+    }
+    return d;
+  }
+  Eigen::MatrixXd slopes(Point base) const {
+    if (kept_) {
+      const Point p = map(*kept_, base);
+      Eigen::MatrixXd s(2, 4);
+      s << p.x / kLength, -p.y / kLength, 1, 0, p.y / kLength, p.x / kLength, 0, 1;
+      return s;
+    }
+    const Point p = {base.x / kLength, base.y / kLength};
+    const Point q = map(h_, base);
+    const double g = 1 / denominator(h_, base);
+    Eigen::MatrixXd s(2, 8);
+    s << g * p.x, g * p.y, g, 0, 0, 0, -g * q.x * p.x, -g * q.x * p.y,  //
+        0, 0, 0, g * p.x, g * p.y, g, -g * q.y * p.x, -g * q.y * p.y;
+    return s;
+  }
+
+  Homography h_;
+  std::optional<Homography> kept_;
+  Eigen::MatrixXd a_, b_;
+  double squares_ = 0.0;
+  double total_ = 0.0;
+};
+
+// The figures of frame `f` about its tracks within a distance.
+DenseFigures denseFigures(const Tracks& tracks, const ShotResult& result, int f, double within,
+                          const std::optional<Homography>& kept = {}) {
+  const Homography& h = result.frames[static_cast<std::size_t>(f)].h;
+  DenseFigures figures(h, kept);
+  for (const Observation& o : tracks.inFrame(f)) {
+    const Observation& base = tracks.inFrame(0).first[o.track];
+    const Point p = map(h, {base.x, base.y});
+    if (o.weight == 0.0f || std::hypot(o.x - p.x, o.y - p.y) > within) continue;
+    figures.add({base.x, base.y}, {o.x, o.y}, static_cast<double>(o.weight));
+  }
+  return figures;
+}
+
+void expectFigures(const FrameFigures& figures, const DenseFigures& dense) {
+  EXPECT_GT(figures.noise, 0.01);
+  EXPECT_NEAR(figures.noise / dense.noise(), 1.0, 1e-7);
+  for (std::size_t c = 0; c < 4; ++c) {
+    EXPECT_NEAR(figures.deviations[c] / dense.deviationAt(kCorners[c]), 1.0, 1e-6) << c;
+  }
+}
+
+}  // namespace
+
+TEST(Trust, HasTheFiguresOfADenseComputation) {
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Tukey}) {
+    Tracks tracks = noisyShot(32, 0.5, 3);
+    for (Observation& o : tracks.observations) {
+      if (o.frame == 0) continue;
+      o.weight = o.track % 3 == 0 ? 0.5f : 1.0f;
+      if (o.track == 7) o.x += 40;
+    }
+    SolveOptions options = fromTheFirstFrame(kCorners);
+    options.loss = loss;
+    const ShotResult result = solveShot(tracks, options);
+    for (int f : {1, 2}) {
+      const FrameResult& frame = result.frames[static_cast<std::size_t>(f)];
+      const double within = loss == Loss::None ? HUGE_VAL : 3.5 * frame.sigma;
+      EXPECT_EQ(frame.good < 32, loss != Loss::None);
+      expectFigures(frame.figures, denseFigures(tracks, result, f, within));
+    }
+  }
+}
+
+// Three tracks nearly on a line, which a similarity behind the neighbour's transform does not meet.
+TEST(Trust, HasTheFiguresOfADenseComputationForAReducedFrame) {
+  Tracks tracks = noisyShot(12, 0.5, 1);
+  for (int t : {0, 1, 2}) {
+    for (int f : {0, 1, 2}) {
+      const Point p = map(motion(f), {120.0 + 180 * t, 100.0 + 130 * t + (t == 1 ? 4 : 0)});
+      Observation& o = tracks.observations[static_cast<std::size_t>(12 * f + t)];
+      o.x = p.x + 0.25 * (f + t);
+      o.y = p.y - 0.5 * f * t;
+      o.weight = t == 1 && f == 2 ? 0.5f : 1.0f;
+    }
+  }
+  for (Observation& o : tracks.observations) {
+    if (o.frame == 2 && o.track > 2) o.weight = 0.0f;
+  }
+  const ShotResult result = solveShot(tracks, fromTheFirstFrame(kCorners));
+  const FrameResult& frame = result.frames[2];
+  ASSERT_EQ(frame.verdict.model, Model::Similarity);
+  ASSERT_TRUE(frame.verdict.onTop);
+  expectFigures(frame.figures, denseFigures(tracks, result, 2, HUGE_VAL, result.frames[1].h));
+}
+
+TEST(Trust, TellsNoBadTrackAmongFive) {
+  for (int count : {5, 6}) {
+    Tracks tracks = noisyShot(count, 0.01, 1);
+    tracks.observations.back().x += 40;  // the last one in frame 2
+    const ShotResult result = solveShot(tracks, fromTheFirstFrame(kCorners));
+    EXPECT_EQ(result.frames[2].influences.back().weight, count == 5 ? 1.0 : 0.0);
+  }
+}
+
+TEST(Trust, ListsTheFiveWorstTracks) {
+  EXPECT_EQ(solveShot(noisyShot(24, 0.5, 1), fromTheFirstFrame()).worst.size(), 5u);
+}
+
+// The wider of the two extents counts. All influences grow with the distance of the far-off track.
+TEST(Trust, NamesATrackThatMovesACornerByAThousandthOfTheExtent) {
+  SolveOptions plain = fromTheFirstFrame();
+  plain.loss = Loss::None;
+  const auto worstWith = [&](double off) {
+    Tracks tracks = noisyShot(24, 0.002, 1);
+    for (Observation& o : tracks.observations) {
+      if (o.frame == 2 && o.track == 2) o.y += off;
+    }
+    return solveShot(tracks, plain);
+  };
+  const Quad box = worstWith(0.0).corners;
+  const double extent = box[2].x - box[0].x;
+  ASSERT_GT(extent, box[2].y - box[0].y);
+  for (double share : {0.99e-3, 1.01e-3}) {
+    double off = 5.0;
+    for (int i = 0; i < 3; ++i) off *= share * extent / worstWith(off).worst[0].stretch.moves;
+    const TrackStretch stretch = worstWith(off).worst[0].stretch;
+    EXPECT_NEAR(stretch.moves, share * extent, 0.005 * share * extent);
+    EXPECT_GT(stretch.off, 6.0);
+    EXPECT_EQ(stretch.standsOut, share > 1e-3);
+  }
 }
 
 TEST(Trust, GivesATrackBehindTheHorizonNoWeightWhereverItIsSeen) {

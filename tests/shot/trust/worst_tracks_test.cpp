@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -37,6 +38,25 @@ TEST(WorstTracks, JoinsAStretchDownToHalfItsPeak) {
   EXPECT_EQ(list[1].track, 1);
   EXPECT_EQ(list[1].first, 64);
   EXPECT_EQ(list[1].last, 64);
+}
+
+TEST(WorstTracks, JoinsWhatIsHalfThePeakToTheBit) {
+  WorstTracks worst(0.0);
+  add(worst, 1, {std::nextafter(4.0, 0.0)});
+  add(worst, 2, {4});
+  add(worst, 3, {8});
+  add(worst, 4, {4});
+  EXPECT_EQ(worst.worst(1).front().first, 2);
+  EXPECT_EQ(worst.worst(1).front().last, 4);
+}
+
+TEST(WorstTracks, TakesTheSmallerOfTwoTracksThatMoveTheCornerAlike) {
+  WorstTracks worst(0.0);
+  add(worst, 0, {3, 3, 3, 3, 3, 3, 3});
+  std::vector<int> kept;
+  for (const TrackStretch& s : worst.worst(9)) kept.push_back(s.track);
+  std::sort(kept.begin(), kept.end());
+  EXPECT_EQ(kept, (std::vector<int>{0, 1, 2, 3, 4}));
 }
 
 TEST(WorstTracks, NamesTheGreatestFirstAndEachFrameOnce) {
@@ -97,6 +117,15 @@ TEST(WorstTracks, StandOutWhereNoiseDoesNotExplainThemAndTheyMatter) {
   EXPECT_FALSE(judged({0, 5.0, 1, 0, 3}).standsOut);
   EXPECT_TRUE(judged({0, 3.2, 1, 0.64, 3}).standsOut);  // 60 % of what a fit without it leaves
   EXPECT_FALSE(judged({0, 9, 1, 0, 3}, 8, 3.5).standsOut);
+}
+
+// sqrt(2 ln 2) deviations are the median length of normal errors.
+TEST(WorstTracks, StandOutBeyondSixDeviationsAndTheLeastVisibleMove) {
+  const double deviation = 1 / std::sqrt(2 * std::log(2.0));
+  EXPECT_FALSE(judged({0, 5.999 * deviation, 1, 0, 3}).standsOut);
+  EXPECT_TRUE(judged({0, 6.001 * deviation, 1, 0, 3}).standsOut);
+  EXPECT_FALSE(judged({0, 9, 1, 0, 3}, 8, 3.0).standsOut);
+  EXPECT_TRUE(judged({0, 9, 1, 0, 3}, 8, 2.999).standsOut);
 }
 
 TEST(WorstTracks, DoNotStandOutAmongTooFew) {
