@@ -278,6 +278,26 @@ TEST(SolveShot, HoldsAFitThatThrows) {
   EXPECT_EQ(reasonOf(result.frames[1].verdict), "the fit failed: nan");
 }
 
+// Every place is a number; where the transform would carry the origin, three times as far off as
+// the tracks, is none.
+TEST(SolveShot, HoldsATransformThatIsNotFinite) {
+  for (Loss loss : {Loss::None, Loss::Tukey}) {
+    Tracks tracks;
+    for (int f : {0, 1}) {
+      for (int t = 0; t < 9; ++t) {
+        const Point p = {(t % 3) * 2e307, t * 5e306};
+        see(tracks, t, f, f == 0 ? Point{1e308 + p.x, p.y} : Point{3 * p.x, 3 * p.y});
+      }
+    }
+    SolveOptions options = based(0);
+    options.loss = loss;
+    const ShotResult result = solveShot(tracks, options);
+    EXPECT_EQ(result.frames[1].verdict.status, Status::Held) << nameOf(loss);
+    EXPECT_EQ(reasonOf(result.frames[1].verdict), "the fit is not finite") << nameOf(loss);
+    EXPECT_EQ(result.frames[1].h, kIdentity) << nameOf(loss);
+  }
+}
+
 TEST(SolveShot, StartsAgainFromTheLinearSolutionBehindAHeldFrame) {
   // Turned upside down during the gap: too far for a start at the neighbour's transform.
   Tracks tracks;
