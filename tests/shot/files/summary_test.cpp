@@ -94,6 +94,22 @@ TEST(Summary, WritesNumbersOfAnySize) {
   EXPECT_NE(table.find("worst 2.5e-07 in frame 3\n"), std::string::npos) << table;
 }
 
+// Each frame by the largest of its four figures; of four frames the lower of the middle two counts.
+TEST(Summary, GivesTheMedianAndTheWorstNoiseOfTheCorners) {
+  ShotResult result;
+  for (int f = 0; f < 6; ++f) result.frames.push_back(frame(f, Status::Solved, 0.5));
+  result.frames[0].verdict.status = Status::Base;
+  result.frames[0].figures.deviations.fill(0.0);
+  result.frames[1].figures.deviations = {2.0, 3.0, 1.0, 0.5};
+  result.frames[2].figures.deviations = {0.5, 1.0, 0.5, 9.0};
+  result.frames[3].figures.deviations = {4.0, 0.5, 0.5, 0.5};
+  result.frames[4].figures.deviations = {20.0, 0.5, std::nan(""), 0.5};
+  result.frames[5].figures.deviations = {0.25, 0.5, 0.25, 0.25};
+  const std::string table = summaryTable(result);
+  EXPECT_NE(table.find("corner noise  median 3.0000, worst 9.0000 in frame 2\n"), std::string::npos)
+      << table;
+}
+
 TEST(Summary, WritesFourDecimalsFromAThousandthToAHundredThousand) {
   const auto shown = [](double rms) {
     ShotResult result;

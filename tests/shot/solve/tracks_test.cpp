@@ -29,6 +29,11 @@ std::vector<int> seenIn(const Tracks& tracks, int frame) {
 
 }  // namespace
 
+TEST(Observation, CountsInFullAndComesFromNoLineUnlessItSays) {
+  EXPECT_EQ(Observation().weight, 1.0f);
+  EXPECT_EQ(Observation().line, 0u);
+}
+
 TEST(Tracks, SpanTheirFramesAndTheGapsBetween) {
   EXPECT_EQ(shotWithAGap().firstFrame(), -3);
   EXPECT_EQ(shotWithAGap().lastFrame(), 0);
