@@ -17,11 +17,11 @@ constexpr std::size_t kFewestFullVotes = 8;
 
 }  // namespace
 
-// The median square of the t distribution's errors is freedom * (2^(2 / freedom) - 1) sigmas
-// squared; that of normal errors is 2 log 2.
-double ErrorModel::normalSigma() const {
+// The median square of the t distribution's errors is freedom * (2^(2 / freedom) - 1) times
+// the squared spread; that of normal errors is 2 log 2 times their variance.
+double ErrorModel::sigma() const {
   const double median = freedom * (std::exp2(2.0 / freedom) - 1.0);
-  return sigma * std::sqrt(median / kTwoLog2);
+  return spread * std::sqrt(median / kTwoLog2);
 }
 
 double strayArea(const Points& present) {

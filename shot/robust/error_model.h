@@ -9,7 +9,8 @@
 
 namespace cornerpin {
 
-/// The least sigma, in the fit's unit: an eighth of a pixel over tracks 1,000 wide.
+/// The least sigma, and the least spread, in the fit's unit: an eighth of a pixel over tracks 1,000
+/// wide.
 constexpr double kSigmaFloor = 2.5e-4;
 /// What good tracks are likely to have: half a pixel over tracks 1,000 wide.
 constexpr double kLikelySigma = 1e-3;
@@ -18,13 +19,14 @@ constexpr double kLikelySigma = 1e-3;
 /// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
 /// strays that lie anywhere in an area.
 struct ErrorModel {
-  int freedom = 16;    ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
-  double sigma = 0.0;  ///< of the t distribution's core, at least `kSigmaFloor`
+  int freedom = 16;     ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
+  double spread = 0.0;  ///< the t distribution's own parameter, at least `kSigmaFloor`
   double strays = 0.1;
   double area = 4.0;  ///< stays as it is given; `strayArea`
 
-  /// The sigma of normal errors with the same median, which is their sigma times 1.1774.
-  double normalSigma() const;
+  /// The standard deviation of one coordinate of a good track's error: that of normal errors with
+  /// the same median length, which is 1.1774 of it.
+  double sigma() const;
 };
 
 /// What earlier frames of the sweep say of a frame's errors.

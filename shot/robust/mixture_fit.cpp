@@ -16,9 +16,9 @@ constexpr double kTwoPi = 6.283185307179586;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kParameters = 8.0;
 constexpr int kMostRounds = 60;
-// A fit ends where a round changes sigma by less than this share and h by less than it in sigmas,
-// far below what tells two fits apart. The bound on the rounds ends those that creep, where strays
-// and heavy tails are hard to tell from each other.
+// A fit ends where a round changes the spread by less than this share and h by less than it in
+// spreads, far below what tells two fits apart. The bound on the rounds ends those that creep,
+// where strays and heavy tails are hard to tell from each other.
 constexpr double kSame = 3e-3;
 constexpr double kMostStrays = 0.95;
 
@@ -50,9 +50,9 @@ class Fitter {
   MixtureFit run() {
     for (int round = 0; round < kMostRounds; ++round) {
       squaredResiduals(matches_, fit_.h, squares_);
-      const double sigma = fit_.errors.sigma;
+      const double spread = fit_.errors.spread;
       weigh();
-      const bool settled = std::fabs(fit_.errors.sigma - sigma) <= kSame * sigma;
+      const bool settled = std::fabs(fit_.errors.spread - spread) <= kSame * spread;
       for (std::size_t i = 0; i < factors_.size(); ++i) {
         squaredWeights_[i] = matches_.squaredWeights()[i] * factors_[i];
       }
@@ -60,7 +60,7 @@ class Fitter {
       if (!gaussNewtonStep(matches_, squaredWeights_, fit_.h, next)) return fit_;
       const double moved = distance(fit_.h, next);
       fit_.h = next;
-      if (settled && moved <= kSame * fit_.errors.sigma) break;
+      if (settled && moved <= kSame * fit_.errors.spread) break;
     }
     squaredResiduals(matches_, fit_.h, squares_);
     judge();
@@ -76,13 +76,13 @@ class Fitter {
     return most;
   }
 
-  // Sets the factors of the squared weights, then sigma and the strays.
+  // Sets the factors of the squared weights, then the spread and the strays.
   //
-  // With f the freedom and q = r^2 / (f sigma^2), the expectation step gives each match its share
-  // p, the odds that it is no stray, and the factor u = p (f + 2) / (f (1 + q)).
+  // With f the freedom, s the spread and q = r^2 / (f s^2), the expectation step gives each match
+  // its share p, the odds that it is no stray, and the factor u = p (f + 2) / (f (1 + q)).
   void weigh() {
     ErrorModel& errors = fit_.errors;
-    const double variance = errors.sigma * errors.sigma;
+    const double variance = errors.spread * errors.spread;
     const double freedom = errors.freedom;
     const double perSquare = 1.0 / (freedom * variance);
     const double density = (1.0 - errors.strays) / (kTwoPi * variance);
@@ -101,33 +101,32 @@ class Fitter {
       factorSum += votes_[i] * factors_[i];
       factorSquares += votes_[i] * factors_[i] * squares_[i];
     }
-    errors.sigma = nextSigma(good, factorSum, factorSquares);
+    errors.spread = nextSpread(good, factorSum, factorSquares);
     const double count = static_cast<double>(squares_.size());
     errors.strays = std::clamp((count - good + 0.5) / (count + 1.0), 0.0, kMostStrays);
   }
 
-  // The maximisation step of sigma, in fewer rounds.
+  // The maximisation step of the spread, in fewer rounds.
   //
   // Two coordinates for each good match, less the eight parameters, are the errors that remain to
-  // tell sigma: D = 2 sum p - 8. With a prior the eight count as known errors of size e. The plain
-  // step is
-  //     sigma'^2 = (sum u r^2 + 8 e^2) / (D + 8).
+  // tell the spread: D = 2 sum p - 8. With a prior the eight count as known errors of size e. The
+  // plain step is
+  //     s'^2 = (sum u r^2 + 8 e^2) / (D + 8).
   // It creeps where tails are heavy. Since u (1 + q) = p (f + 2) / f for each match,
-  //     sum u + sum u r^2 / (f sigma^2) = (f + 2) / f sum p,
-  // and where sigma stays as it is, the step says sum u r^2 / sigma^2 = D + 8 (1 - e^2 / sigma^2).
-  // There, then,
-  //     sum u = sum p + (2 sum p - D - 8 (1 - e^2 / sigma^2)) / f.
+  //     sum u + sum u r^2 / (f s^2) = (f + 2) / f sum p,
+  // and where s stays as it is, the step says sum u r^2 / s^2 = D + 8 (1 - e^2 / s^2). There, then,
+  //     sum u = sum p + (2 sum p - D - 8 (1 - e^2 / s^2)) / f.
   // That over the sum of u as it is here is a factor that is 1 where the step ends; multiplied into
   // sum u r^2 it gets there sooner. Without the eight parameters it makes the step
   // sum u r^2 / (2 sum u): C. Liu, D. B. Rubin, Y. N. Wu, "Parameter expansion to accelerate EM",
   // Biometrika 85 (1998).
-  double nextSigma(double good, double factorSum, double factorSquares) const {
+  double nextSpread(double good, double factorSum, double factorSquares) const {
     const ErrorModel& errors = fit_.errors;
-    const double variance = errors.sigma * errors.sigma;
+    const double variance = errors.spread * errors.spread;
     // Few good matches: a quarter of their coordinates remain all the same.
     const double remaining = std::max(2.0 * good - kParameters, 0.5 * good);
-    // The low sigma of normal errors, as the core's.
-    const double low = lowSigma_ * errors.sigma / errors.normalSigma();
+    // The low sigma, as a spread.
+    const double low = lowSigma_ * errors.spread / errors.sigma();
     const double known = low > 0.0 ? kParameters : 0.0;
     const double squaresAtRest = std::max(remaining + known * (1.0 - low * low / variance), 0.0);
     const double factorsAtRest = good + (2.0 * good - squaresAtRest) / errors.freedom;
@@ -137,10 +136,10 @@ class Fitter {
   }
 
   // The score: with the density of a t distribution in the plane, (1 + q)^(-(f + 2) / 2) over
-  // 2 pi sigma^2, a match's likelihood is (1 - strays) times that plus strays over the area.
+  // 2 pi s^2, a match's likelihood is (1 - strays) times that plus strays over the area.
   void judge() {
     const ErrorModel& errors = fit_.errors;
-    const double variance = errors.sigma * errors.sigma;
+    const double variance = errors.spread * errors.spread;
     const double perSquare = 1.0 / (errors.freedom * variance);
     const double density = (1.0 - errors.strays) / (kTwoPi * variance);
     double score = ofParameters();
@@ -155,9 +154,9 @@ class Fitter {
   // The score of the errors that the parameters explain by themselves.
   double ofParameters() const {
     const ErrorModel& errors = fit_.errors;
-    if (!(lowSigma_ > 0.0)) return -kParameters * std::log(std::min(errors.sigma, kLikelySigma));
-    const double part = lowSigma_ / errors.normalSigma();
-    return kParameters * (0.5 * part * part + std::log(errors.normalSigma() / errors.sigma));
+    if (!(lowSigma_ > 0.0)) return -kParameters * std::log(std::min(errors.spread, kLikelySigma));
+    const double part = lowSigma_ / errors.sigma();
+    return kParameters * (0.5 * part * part + std::log(errors.sigma() / errors.spread));
   }
 
   const Matches& matches_;

@@ -16,18 +16,18 @@ struct MixtureFit {
   Homography h{};
   ErrorModel errors;
   /// Minus the logarithm of the likelihood, and what the transform's eight parameters explain by
-  /// themselves (restricted likelihood: 8 log sigma, which stays that of `kLikelySigma` above it,
+  /// themselves (restricted likelihood: 8 log spread, which stays that of `kLikelySigma` above it,
   /// as large errors have to be earned). Transforms and models compare by it, the lower the better.
   double score = std::numeric_limits<double>::infinity();
 };
 
 /// Fits both by expectation maximisation from `start` and `errors`, whose freedom and area stay:
 /// each round weighs the matches by how likely they are no strays and by how far out in the tails
-/// they lie, takes one Gauss-Newton step and sets sigma and the share of strays anew.
+/// they lie, takes one Gauss-Newton step and sets the spread and the share of strays anew.
 ///
 /// With a low sigma in the prior, the eight errors that the transform explains by itself count as
-/// if they had it: with n the model's normal sigma, the score has 4 (low / n)^2 + 8 log(n / sigma)
-/// instead of -8 log sigma. Neither a closer fit of few matches nor a coarser one of all is then
+/// if they had it: the score has 4 (low / sigma)^2 + 8 log(sigma / spread), sigma the model's,
+/// instead of -8 log spread. Neither a closer fit of few matches nor a coarser one of all is then
 /// taken for a better one. A low sigma above `kLikelySigma` counts as that. The odds of a match
 /// multiply how likely it is no stray.
 ///

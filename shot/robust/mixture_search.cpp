@@ -26,20 +26,20 @@ constexpr double kCoarseSigma = 0.01;
 // surface.
 constexpr double kFarthest = 4.0;
 
-// A surface that shrinks to this many sigmas over half its width shows nothing but errors.
+// A surface that shrinks to this many spreads over half its width shows nothing but errors.
 constexpr double kLeastWidth = 2.0;
 
-// Two fits that differ by less than this, in sigmas, are one: the search has been there.
+// Two fits that differ by less than this, in spreads, are one: the search has been there.
 constexpr double kSameFit = 0.05;
 
 constexpr std::ptrdiff_t kRefinedSamples = 4;
 
-// The quantiles of the errors that give a walk its first sigma. Up from heavy tails: the closest
+// The quantiles of the errors that give a walk its first spread. Up from heavy tails: the closest
 // quarter is good even where three quarters of the matches are bad. Down from normal errors: half.
 constexpr double kCloseShare = 0.25;
 constexpr double kHalf = 0.5;
 
-// Samples meet their own four matches, not the rest: their sigma starts this much wider.
+// Samples meet their own four matches, not the rest: their spread starts this much wider.
 constexpr double kSampledWidening = 2.0;
 constexpr double kFirstStrays = 0.1;
 
@@ -60,11 +60,12 @@ double sigmaOf(const std::vector<double>& squares, double share) {
 }
 
 bool alike(const MixtureFit& a, const MixtureFit& b) {
-  const double most = kSameFit * b.errors.sigma;
+  const double most = kSameFit * b.errors.spread;
   for (std::size_t i = 0; i < 9; ++i) {
     if (!(std::fabs(a.h[i / 3][i % 3] - b.h[i / 3][i % 3]) <= most)) return false;
   }
-  return a.errors.freedom == b.errors.freedom && std::fabs(a.errors.sigma - b.errors.sigma) <= most;
+  return a.errors.freedom == b.errors.freedom &&
+         std::fabs(a.errors.spread - b.errors.spread) <= most;
 }
 
 // The least length that a small step of length 1 at p, in front of the horizon, becomes, or down to
@@ -78,8 +79,8 @@ double leastGrowth(const Homography& h, Point p) {
 // errors. Matches that stand at one place or on one line, as stuck tracks do, are met so whatever
 // they show.
 bool isFlattened(const Matches& matches, const MixtureFit& fit) {
-  const double least = kLeastWidth * fit.errors.sigma;
-  const std::vector<bool> good = goodMatches(matches, fit.h, fit.errors.normalSigma());
+  const double least = kLeastWidth * fit.errors.spread;
+  const std::vector<bool> good = goodMatches(matches, fit.h, fit.errors.sigma());
   std::size_t flat = 0;
   for (std::size_t i = 0; i < good.size(); ++i) {
     if (good[i] && !(leastGrowth(fit.h, matches.base()[i]) > least)) ++flat;
@@ -146,7 +147,7 @@ void MixtureSearch::rank(const Sample& sample, std::vector<Sample>& best,
     const MixtureFit fit = fitMixture(matches_, sample.h, errors, prior_);
     if (!fit.found || isFlattened(matches_, fit)) return;
     // A coarse fit of many does not end the search for a close one of few.
-    if (fit.errors.normalSigma() <= kCoarseSigma) {
+    if (fit.errors.sigma() <= kCoarseSigma) {
       needed = QuadSamples::needed(goodOf(fit), matches_.size());
     }
   }
@@ -155,10 +156,10 @@ void MixtureSearch::rank(const Sample& sample, std::vector<Sample>& best,
 }
 
 // Through the degrees of freedom, each fit from the one before; ends where a walk has been.
-void MixtureSearch::walk(const Start& start, std::initializer_list<int> freedoms, double sigma) {
+void MixtureSearch::walk(const Start& start, std::initializer_list<int> freedoms, double spread) {
   MixtureFit fit;
   fit.h = start.h;
-  fit.errors.sigma = sigma;
+  fit.errors.spread = spread;
   fit.errors.area = area_;
   for (int freedom : freedoms) {
     fit.errors.freedom = freedom;
@@ -197,7 +198,7 @@ double MixtureSearch::likelySigma() const {
 }
 
 std::size_t MixtureSearch::goodOf(const MixtureFit& fit) const {
-  return countOf(goodMatches(matches_, fit.h, fit.errors.normalSigma()));
+  return countOf(goodMatches(matches_, fit.h, fit.errors.sigma()));
 }
 
 }  // namespace cornerpin

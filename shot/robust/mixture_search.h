@@ -57,7 +57,7 @@ class MixtureSearch {
     Homography h{};
   };
 
-  void walk(const Start& start, std::initializer_list<int> freedoms, double sigma);
+  void walk(const Start& start, std::initializer_list<int> freedoms, double spread);
   void consider(const MixtureFit& fit, Stage stage);
   void rank(const Sample& sample, std::vector<Sample>& best, std::size_t& needed) const;
   double scoreOf(const std::vector<double>& squares) const;

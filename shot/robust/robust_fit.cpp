@@ -16,12 +16,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kParameters = 8.0;
 
 // Of a frame without a sign of a bad track.
-constexpr double kChance = 1e-3;     // that one of its normal errors lies as far as none may
-constexpr double kMostSpread = 2.0;  // of sigma, in standard errors or so
+constexpr double kChance = 1e-3;    // that one of its normal errors lies as far as none may
+constexpr double kMostAbove = 2.0;  // that sigma may be above the recent one, in standard errors
 
-// Where the loss bends, in sigmas of the mixture's core. At 4.7, 2.4 and 1.3 the three losses keep
-// 95 % of what plain squares get out of normal errors. These are wider: bad matches are far off the
-// core, and the good ones are to count in full.
+// Where the loss bends, in spreads of the mixture. At 4.7, 2.4 and 1.3 the three losses keep
+// 95 % of what plain squares get out of normal errors. These are wider: bad matches are far off
+// it, and the good ones are to count in full.
 double bendOf(Loss loss) {
   if (loss == Loss::Tukey) return 7.0;
   return loss == Loss::Cauchy ? 3.0 : 1.7;
@@ -36,15 +36,15 @@ Matches inFront(const Matches& matches, const Homography& h) {
   return matches.subset(front);
 }
 
-// The fit with the loss, whose width the mixture's sigma says, from the best of the search.
+// The fit with the loss, whose width the mixture's spread says, from the best of the search.
 RobustFit finished(const Matches& matches, const MixtureSearch& search, Loss loss) {
   RobustFit fit;
   fit.origin.stage = search.stage();
   fit.loss = loss;
   if (!search.found()) return fit;
   const MixtureFit& best = search.best();
-  fit.sigma = best.errors.normalSigma();
-  fit.width = bendOf(loss) * best.errors.sigma;
+  fit.sigma = best.errors.sigma();
+  fit.width = bendOf(loss) * best.errors.spread;
   const HomographyFit end = fitHomography(inFront(matches, best.h), best.h, loss, fit.width);
   fit.found = std::isfinite(end.cost) && isFinite(end.h);
   fit.h = end.h;
@@ -102,7 +102,7 @@ bool isClean(const RobustFit& fit, const Matches& matches, double recentSigma) {
   const double farthest = -2.0 * std::log(kChance / count) * fit.sigma * fit.sigma;
   std::vector<double> squares;
   squaredResiduals(matches, fit.h, squares);
-  return fit.sigma <= (1.0 + kMostSpread / std::sqrt(2.0 * count - kParameters)) * recentSigma &&
+  return fit.sigma <= (1.0 + kMostAbove / std::sqrt(2.0 * count - kParameters)) * recentSigma &&
          *std::max_element(squares.begin(), squares.end()) <= farthest;
 }
 

@@ -16,6 +16,7 @@ Point carried(const ShotResult& result, const FrameResult& frame, Point base) {
 }
 
 std::string whyOf(const FrameResult& frame) {
+  if (frame.verdict.status != Status::Solved) return {};
   return describe(frame.verdict.origin, static_cast<std::size_t>(frame.good),
                   static_cast<std::size_t>(frame.tracks));
 }

@@ -40,7 +40,8 @@ struct FrameResult {
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
 };
 
-/// Why a solved frame's transform was found from where it was (`describe(Origin)`).
+/// Why a solved frame's transform was found from where it was (`describe(Origin)`); empty for
+/// others.
 std::string whyOf(const FrameResult& frame);
 
 /// A track that the result leans on, by name.

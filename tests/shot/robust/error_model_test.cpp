@@ -37,8 +37,8 @@ TEST(ErrorModel, HasTheNormalSigmaOfTheSameMedian) {
   for (int freedom : {1, 2, 4, 16}) {
     ErrorModel errors;
     errors.freedom = freedom;
-    errors.sigma = 0.01;
-    const double median = errors.normalSigma() * std::sqrt(2.0 * std::log(2.0));
+    errors.spread = 0.01;
+    const double median = errors.sigma() * std::sqrt(2.0 * std::log(2.0));
     const double q = median * median / (freedom * 1e-4);
     EXPECT_NEAR(std::pow(1.0 + q, -0.5 * freedom), 0.5, 1e-14) << freedom;
   }

@@ -50,16 +50,16 @@ double scoreOf(const Matches& matches, const Homography& h, const ErrorModel& er
     weights += std::pow(matches[i].weight, 2);
   }
   const double area = (high.x - low.x) * (high.y - low.y);
-  const double scale = errors.normalSigma();
+  const double scale = errors.sigma();
   double score = prior.lowSigma > 0.0 ? 4.0 * std::pow(prior.lowSigma / scale, 2) +
-                                            8.0 * std::log(scale / errors.sigma)
-                                      : -8.0 * std::log(errors.sigma);
+                                            8.0 * std::log(scale / errors.spread)
+                                      : -8.0 * std::log(errors.spread);
   for (std::size_t i = 0; i < matches.size(); ++i) {
     const Point p = map(h, matches.base()[i]);
     const double r = std::hypot(p.x - matches.present()[i].x, p.y - matches.present()[i].y);
-    const double near = std::pow(1.0 + r * r / (errors.freedom * std::pow(errors.sigma, 2)),
+    const double near = std::pow(1.0 + r * r / (errors.freedom * std::pow(errors.spread, 2)),
                                  -0.5 * (errors.freedom + 2)) /
-                        (kTwoPi * std::pow(errors.sigma, 2));
+                        (kTwoPi * std::pow(errors.spread, 2));
     score -= std::pow(matches[i].weight, 2) * static_cast<double>(matches.size()) / weights *
              std::log((prior.odds.empty() ? 1.0 : prior.odds[i]) * (1.0 - errors.strays) * near +
                       errors.strays / area);
@@ -71,7 +71,7 @@ ErrorModel guess(const Matches& matches, int freedom) {
   ErrorModel errors;
   errors.area = strayArea(matches.present());
   errors.freedom = freedom;
-  errors.sigma = 0.01;
+  errors.spread = 0.01;
   return errors;
 }
 
@@ -92,7 +92,7 @@ TEST_P(MixtureFitOf, FindsTheParametersThatTheErrorsWereDrawnFrom) {
   const MixtureFit fit = fitMixture(matches, kView, guess(matches, freedom));
   ASSERT_TRUE(fit.found);
   EXPECT_EQ(fit.errors.freedom, freedom);
-  EXPECT_NEAR(fit.errors.sigma, 4e-3, 3e-4);
+  EXPECT_NEAR(fit.errors.spread, 4e-3, 3e-4);
   EXPECT_NEAR(fit.errors.strays, freedom == 1 ? 0.0 : 0.2, 0.03);
   for (std::size_t i = 0; i < 9; ++i) EXPECT_NEAR(fit.h[i / 3][i % 3], kView[i / 3][i % 3], 2e-3);
 }
@@ -117,7 +117,7 @@ TEST_P(MixtureFitOf, EndsWhereTheLikelihoodIsGreatest) {
   // before the last digits: 0.03 is the change of sigma by a fortieth.
   for (double step : {-0.1, 0.1}) {
     ErrorModel errors = fit.errors;
-    errors.sigma *= 1.0 + step;
+    errors.spread *= 1.0 + step;
     EXPECT_LT(fit.score, scoreOf(matches, fit.h, errors) + 1e-3) << step;
     for (std::size_t i = 0; i < 8; ++i) {
       Homography h = fit.h;
@@ -138,7 +138,7 @@ TEST_P(MixtureFitOf, EndsWhereTheLikelihoodIsGreatestGivenWhatIsKnown) {
     EXPECT_NEAR(fit.score, scoreOf(matches, fit.h, fit.errors, prior), 1e-6);
     for (double step : {-0.1, 0.1}) {
       ErrorModel errors = fit.errors;
-      errors.sigma *= 1.0 + step;
+      errors.spread *= 1.0 + step;
       EXPECT_LT(fit.score, scoreOf(matches, fit.h, errors, prior) + 1e-3) << scale << " " << step;
     }
   }
@@ -151,9 +151,9 @@ TEST(MixtureFit, LetsLargeErrorsEarnTheirSigma) {
   const Matches matches = matchesWith(60, 6, 2, 4e-3);
   const MixtureFit fit = fitMixture(matches, kView, guess(matches, 2));
   ASSERT_TRUE(fit.found);
-  ASSERT_GT(fit.errors.sigma, 2.0 * kHalfPixel);
+  ASSERT_GT(fit.errors.spread, 2.0 * kHalfPixel);
   EXPECT_NEAR(fit.score,
-              scoreOf(matches, fit.h, fit.errors) + 8.0 * std::log(fit.errors.sigma / kHalfPixel),
+              scoreOf(matches, fit.h, fit.errors) + 8.0 * std::log(fit.errors.spread / kHalfPixel),
               1e-6);
 }
 
@@ -166,7 +166,7 @@ TEST(MixtureFit, ExpectsNoMoreThanWhatIsLikely) {
   EXPECT_EQ(likely.score, large.score);
   const MixtureFit small =
       fitMixture(matches, kView, guess(matches, 16), lowSigma(0.1 * kHalfPixel));
-  EXPECT_LT(small.errors.sigma, likely.errors.sigma);
+  EXPECT_LT(small.errors.spread, likely.errors.spread);
 }
 
 TEST(MixtureFit, LeansOnTheLikelierOfTwoMatchesThatDisagree) {
@@ -191,7 +191,7 @@ TEST(MixtureFit, DoesNotDependOnTheUnitOfTheWeights) {
   const MixtureFit a = fitMixture(ones, kView, guess(ones, 2));
   const MixtureFit b = fitMixture(halves, kView, guess(halves, 2));
   EXPECT_EQ(std::memcmp(&a.h, &b.h, sizeof a.h), 0);
-  EXPECT_EQ(a.errors.sigma, b.errors.sigma);
+  EXPECT_EQ(a.errors.spread, b.errors.spread);
   EXPECT_EQ(a.score, b.score);
 }
 
@@ -208,7 +208,7 @@ TEST(MixtureFit, KeepsTheLeastScaleWhereEveryErrorIsZero) {
   const Matches matches = matchesWith(20, 0, 4, 0.0);
   const MixtureFit fit = fitMixture(matches, kView, guess(matches, 4));
   ASSERT_TRUE(fit.found);
-  EXPECT_EQ(fit.errors.sigma, kEighth);
+  EXPECT_EQ(fit.errors.spread, kEighth);
 }
 
 TEST(MixtureFit, FindsNothingInMatchesOnOneLine) {
@@ -223,7 +223,7 @@ TEST(MixtureFit, CountsMatchesBehindTheHorizonAsStrays) {
   ASSERT_LT(denominator(kView, {-20.0, 0.0}), 0.0);
   const MixtureFit fit = fitMixture(matches, kView, guess(matches, 16));
   ASSERT_TRUE(fit.found);
-  EXPECT_NEAR(fit.errors.sigma, 1e-3, 3e-4);
+  EXPECT_NEAR(fit.errors.spread, 1e-3, 3e-4);
 }
 
 namespace {
@@ -244,7 +244,7 @@ Plain plainRounds(const Matches& matches, const ErrorModel& start, int most) {
   const double f = start.freedom;
   while (fit.rounds < most && !fit.settled) {
     ++fit.rounds;
-    const double variance = std::pow(fit.errors.sigma, 2);
+    const double variance = std::pow(fit.errors.spread, 2);
     Eigen::MatrixXd jacobian(2 * n, 8);
     Eigen::VectorXd residuals(2 * n);
     double p = 0.0, u = 0.0, ur2 = 0.0;
@@ -275,19 +275,19 @@ Plain plainRounds(const Matches& matches, const ErrorModel& start, int most) {
     for (Eigen::Index i = 0; i < 8; ++i) {
       fit.h[static_cast<std::size_t>(i) / 3][static_cast<std::size_t>(i) % 3] += step[i];
     }
-    fit.settled = std::fabs(sigma - fit.errors.sigma) <= 3e-3 * fit.errors.sigma &&
+    fit.settled = std::fabs(sigma - fit.errors.spread) <= 3e-3 * fit.errors.spread &&
                   step.cwiseAbs().maxCoeff() <= 3e-3 * sigma;
-    fit.errors.sigma = sigma;
+    fit.errors.spread = sigma;
   }
   return fit;
 }
 
 void expectEnd(const MixtureFit& fit, const Plain& plain) {
   ASSERT_TRUE(fit.found);
-  EXPECT_NEAR(fit.errors.sigma, plain.errors.sigma, 1e-8 * plain.errors.sigma);
+  EXPECT_NEAR(fit.errors.spread, plain.errors.spread, 1e-8 * plain.errors.spread);
   EXPECT_NEAR(fit.errors.strays, plain.errors.strays, 1e-8);
   for (std::size_t i = 0; i < 9; ++i) {
-    EXPECT_NEAR(fit.h[i / 3][i % 3], plain.h[i / 3][i % 3], 1e-8 * plain.errors.sigma);
+    EXPECT_NEAR(fit.h[i / 3][i % 3], plain.h[i / 3][i % 3], 1e-8 * plain.errors.spread);
   }
 }
 
@@ -306,17 +306,17 @@ TEST_P(MixtureFitOf, TakesTheRoundsOneAfterTheOther) {
 TEST(MixtureFit, EndsAfterSixtyRoundsThatDoNotSettle) {
   const Matches matches = matchesWith(20, 14, 2, 2e-4);
   ErrorModel start = guess(matches, 2);
-  start.sigma = 0.3;
+  start.spread = 0.3;
   const Plain plain = plainRounds(matches, start, 60);
   EXPECT_FALSE(plain.settled);
-  const double further = plainRounds(matches, start, 61).errors.sigma;
-  ASSERT_GT(std::fabs(further - plain.errors.sigma), 1e-5 * plain.errors.sigma);
+  const double further = plainRounds(matches, start, 61).errors.spread;
+  ASSERT_GT(std::fabs(further - plain.errors.spread), 1e-5 * plain.errors.spread);
   expectEnd(fitMixture(matches, kView, start), plain);
 }
 
 TEST(MixtureFit, TakesNoMoreThanNineteenOfTwentyForStrays) {
   const Matches matches = matchesWith(300, 292, 16, 1e-3);
   ErrorModel start = guess(matches, 16);
-  start.sigma = 1e-3;
+  start.spread = 1e-3;
   EXPECT_EQ(fitMixture(matches, kView, start).errors.strays, 0.95);
 }

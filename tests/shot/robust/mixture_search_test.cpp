@@ -52,7 +52,7 @@ Matches rivalsWithSigma(double sigma) {
   for (int i = 0; i < 10; ++i) {
     const Matches matches = rivals(noise);
     const ErrorModel start = {1, 0.01, 0.1, strayArea(matches.present())};
-    noise *= sigma / fitMixture(matches, kView, start).errors.normalSigma();
+    noise *= sigma / fitMixture(matches, kView, start).errors.sigma();
   }
   return rivals(noise);
 }

@@ -424,7 +424,7 @@ TEST(RobustFit, BendsTheLossesAtSevenThreeAndOnePointSevenSigmasOfTheCore) {
   MixtureSearch search(shot.matches, shot.prior);
   search.from({Stage::Neighbour, kView});
   search.fromSamples(1);
-  const double core = search.best().errors.sigma;
+  const double core = search.best().errors.spread;
   for (const auto& [loss, sigmas] :
        {std::pair(Loss::Tukey, 7.0), std::pair(Loss::Cauchy, 3.0), std::pair(Loss::Huber, 1.7)}) {
     RobustOptions options;
@@ -432,7 +432,7 @@ TEST(RobustFit, BendsTheLossesAtSevenThreeAndOnePointSevenSigmasOfTheCore) {
     const RobustFit fit =
         fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, options);
     EXPECT_NEAR(fit.width, sigmas * core, 1e-12 * core) << nameOf(loss);
-    EXPECT_EQ(fit.sigma, search.best().errors.normalSigma());
+    EXPECT_EQ(fit.sigma, search.best().errors.sigma());
   }
 }
 
