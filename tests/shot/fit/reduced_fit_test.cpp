@@ -155,3 +155,14 @@ TEST(FitReduced, KeepsANeighbourThatIsExactUpToABillionth) {
   EXPECT_TRUE(onTop(0.98e-9));
   EXPECT_FALSE(onTop(1.02e-9));
 }
+
+// Rounding grows with the places: these lie 5 away from the origin and 3 from their mean.
+TEST(FitReduced, MeasuresExactnessByTheDistanceFromTheOrigin) {
+  const std::vector<Match> matches = {{{-3, 4}, {-3, 4}}, {{3, 4}, {3, 4}}};
+  const auto onTop = [&](double error) {
+    const double k = 1.0 + error / 3.0;  // what the tracks miss by
+    return reducedFit(matches, Model::Translation, {{{k, 0, 0}, {0, k, 0}, {0, 0, 1}}}).onTop;
+  };
+  EXPECT_TRUE(onTop(0.98 * 5e-9));
+  EXPECT_FALSE(onTop(1.02 * 5e-9));
+}

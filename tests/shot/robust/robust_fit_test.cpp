@@ -317,6 +317,12 @@ TEST(RobustFit, FitsFewMatchesByPlainSquaresFromTheBetterStart) {
   EXPECT_EQ(fit.width, 0.0);
 }
 
+TEST(RobustFit, HasNoSigmaWhereNothingIsFound) {
+  const RobustFit fit = fitRobustly(normalShot(5, 0, 1e-3).matches, {}, {}, {});
+  EXPECT_FALSE(fit.found);
+  EXPECT_EQ(fit.sigma, 0.0);
+}
+
 namespace {
 
 // By plain squares, as a frame without a sign of a bad track.
