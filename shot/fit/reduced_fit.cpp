@@ -12,7 +12,7 @@ namespace cornerpin {
 
 namespace {
 
-// Below this share of the tracks' distance to their mean, an RMS residual is rounding.
+// Below this share of the tracks' distance to the origin, an RMS residual is rounding.
 constexpr double kExact = 1e-9;
 
 // Weights over the largest of them, squared: sums of squares could overflow.

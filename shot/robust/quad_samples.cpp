@@ -19,9 +19,6 @@ constexpr std::size_t kGrowth = 10;
 // Samples to draw even where nearly all matches are good: errors of four good ones may be large.
 constexpr std::size_t kFewest = 50;
 constexpr double kChance = 1e-3;  // of having missed a sample of good matches alone
-// From here on the formula gives fewer than two samples, then divides by log 0.
-constexpr double kNearlyCertain = 0.99;
-
 // Twice the area of the thinnest triangle, where the surface is 2 wide: three places within half a
 // ten-thousandth of one line leave the transform to their errors.
 constexpr double kThinnest = 1e-4;
@@ -98,7 +95,6 @@ bool QuadSamples::draw(Homography& h) {
 std::size_t QuadSamples::needed(std::size_t good, std::size_t count) {
   const double share = static_cast<double>(good) / static_cast<double>(count);
   const double all = share * share * share * share;
-  if (all > kNearlyCertain) return kFewest;
   const double samples = std::log(kChance) / std::log1p(-all);  // infinite without a good one
   return samples < static_cast<double>(kMost) ? std::max(static_cast<std::size_t>(samples), kFewest)
                                               : kMost;

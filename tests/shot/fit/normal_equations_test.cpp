@@ -229,8 +229,8 @@ TEST(NormalEquations, CountAMatchJustInFrontOfTheHorizon) {
   EXPECT_NEAR(n.mm[5] * 1.02e-6 * 1.02e-6, 4.0, 1e-8);
 }
 
-TEST(NormalEquations, LeaveOutAMatchBehindTheHorizon) {
-  for (double s : {0.98e-6, -1e-6, -1.0}) {
+TEST(NormalEquations, LeaveOutAMatchOnOrBehindTheHorizon) {
+  for (double s : {0.98e-6, 0.0, -1e-6, -1.0}) {
     const NormalEquations n = sumOf(atDenominator(s), kBowed, Loss::None, 0.0);
     EXPECT_EQ(n.mm[5], 1.0) << s;
     EXPECT_EQ(n.gy[2], -3.0) << s;
