@@ -89,7 +89,7 @@ class ShotSolver {
       result.verdict = fit.verdict;
       result.tracks = static_cast<int>(file.size());
       result.rms = rmsResidual(file, fit.h);
-      if (fit.robust.found) addRobust(file, fit, result);
+      if (fit.robust.found) addRobust(fit, result);
       if (fit.verdict.status == Status::Solved) addSolved(file, fit, sweep.memory, result);
       addTrust(file, neighbour, result);
       report();
@@ -97,7 +97,7 @@ class ShotSolver {
   }
 
   // What the robust fit says of the frame's errors, where the frame was fitted.
-  void addRobust(const Matches&, const FrameFit& fit, FrameResult& result) const {
+  void addRobust(const FrameFit& fit, FrameResult& result) const {
     if (fit.verdict.status == Status::Held) return;
     result.sigma = units_.lengthFromFit(fit.robust.sigma);
     result.good = static_cast<int>(fit.robust.goodCount);

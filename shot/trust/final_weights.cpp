@@ -24,7 +24,8 @@ std::vector<double> lossWeights(const Matches& matches, const Homography& h, Poi
                                 double width) {
   std::vector<double> weights = matches.weights();
   for (std::size_t i = 0; i < weights.size(); ++i) {
-    weights[i] *= std::sqrt(lossWeight(loss, distanceOf(matches[i], h, front), width));
+    const double distance = distanceOf(matches[i], h, front);
+    weights[i] *= std::isfinite(distance) ? std::sqrt(lossWeight(loss, distance, width)) : 0.0;
     if (!(weights[i] > 0.0)) weights[i] = 0.0;
   }
   return weights;

@@ -11,9 +11,9 @@
 #include <string>
 
 #include "shot/files/input_error.h"
-#include "tools/cornerpin/lapack_info.h"
 #include "shot/files/output_file.h"
 #include "tools/cornerpin/command.h"
+#include "tools/cornerpin/lapack_info.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/solve_command.h"
 

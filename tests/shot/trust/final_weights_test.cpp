@@ -50,7 +50,7 @@ TEST(LossWeights, AreZeroWhereTukeysLossIsFlat) {
 }
 
 TEST(LossWeights, AreZeroBehindTheHorizon) {
-  for (Loss loss : {Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
     const std::vector<double> before =
         lossWeights(aroundTheHorizon(), kFalling, {10, 0}, loss, 1.0);
     EXPECT_EQ(before, (std::vector<double>{2, 2, 0})) << nameOf(loss);
