@@ -20,20 +20,24 @@ const std::vector<NormalEquationsVariant>& normalEquationsVariants() {
   return variants;
 }
 
+NormalEquationsInput inputOf(const Matches& matches, const std::vector<double>& squaredWeights,
+                             const Homography& h, Loss loss, double width) {
+  return {matches.base().x(),
+          matches.base().y(),
+          matches.present().x(),
+          matches.present().y(),
+          squaredWeights.data(),
+          matches.base().paddedSize(),
+          {h[0][0], h[0][1], h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]},
+          loss,
+          width};
+}
+
 NormalEquations normalEquations(const Matches& matches, const std::vector<double>& squaredWeights,
                                 const Homography& h, Loss loss, double width) {
   static const auto run = normalEquationsVariants().back().run;
   NormalEquations sums;
-  run({matches.base().x(),
-       matches.base().y(),
-       matches.present().x(),
-       matches.present().y(),
-       squaredWeights.data(),
-       matches.base().paddedSize(),
-       {h[0][0], h[0][1], h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]},
-       loss,
-       width},
-      sums);
+  run(inputOf(matches, squaredWeights, h, loss, width), sums);
   return sums;
 }
 

@@ -48,6 +48,10 @@ struct NormalEquationsInput {
   double width;
 };
 
+/// \param squaredWeights  as `normalEquations` takes them; outlives the input, as the matches do
+NormalEquationsInput inputOf(const Matches& matches, const std::vector<double>& squaredWeights,
+                             const Homography& h, Loss loss, double width);
+
 /// The variants of the pass: four lanes summed in a fixed order, the same bits from each. A variant
 /// calls no inline function of another file: the linker may take its copy, in its own instructions,
 /// for all callers.

@@ -14,6 +14,7 @@ namespace {
 constexpr double kTwoLog2 = 1.3862943611198906;  // the squared median error over the variance
 constexpr double kLeastArea = 1e-6;              // places on a line still have strays around them
 constexpr std::size_t kFewestFullVotes = 8;
+constexpr double kLeastRemaining = 0.25;
 
 }  // namespace
 
@@ -27,6 +28,10 @@ double ErrorModel::sigma() const {
 double strayArea(const Points& present) {
   const auto [low, high] = boxAround(withoutFarOff(present));
   return std::max((high.x - low.x) * (high.y - low.y), kLeastArea);
+}
+
+double remainingErrors(double goodMatches) {
+  return std::max(2.0 * goodMatches - kParameters, kLeastRemaining * 2.0 * goodMatches);
 }
 
 std::vector<double> votesOf(const Matches& matches) {

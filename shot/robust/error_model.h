@@ -15,6 +15,9 @@ constexpr double kSigmaFloor = 2.5e-4;
 /// What good tracks are likely to have: half a pixel over tracks 1,000 wide.
 constexpr double kLikelySigma = 1e-3;
 
+/// Of a homography.
+constexpr double kParameters = 8.0;
+
 /// How the errors of a frame's tracks are distributed: a bivariate t distribution, whose core is
 /// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
 /// strays that lie anywhere in an area.
@@ -41,6 +44,10 @@ struct Prior {
 /// The area of the box around the places (at least one) without the far-off ones
 /// (`withoutFarOff`): wherever such a one is, it says nothing of where the other strays are.
 double strayArea(const Points& present);
+
+/// How many of the errors of good matches, two coordinates each, tell how large errors are: all but
+/// the eight that a homography's parameters take up, or of few matches a quarter.
+double remainingErrors(double goodMatches);
 
 /// How often each match's logarithmic likelihood counts: as its squared weight, relative to the
 /// mean. None counts more than the eighth heaviest or, of more than 32, the upper quartile's:

@@ -14,7 +14,6 @@ namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kParameters = 8.0;
 constexpr int kMostRounds = 60;
 // A fit ends where a round changes the spread by less than this share and h by less than it in
 // spreads, far below what tells two fits apart. The bound on the rounds ends those that creep,
@@ -102,6 +101,7 @@ class Fitter {
       factorSquares += votes_[i] * factors_[i] * squares_[i];
     }
     errors.spread = nextSpread(good, factorSum, factorSquares);
+    // As if half a stray and half a good match had been seen before: the share is never 0.
     const double count = static_cast<double>(squares_.size());
     errors.strays = std::clamp((count - good + 0.5) / (count + 1.0), 0.0, kMostStrays);
   }
@@ -109,8 +109,8 @@ class Fitter {
   // The maximisation step of the spread, in fewer rounds.
   //
   // Two coordinates for each good match, less the eight parameters, are the errors that remain to
-  // tell the spread: D = 2 sum p - 8. With a prior the eight count as known errors of size e. The
-  // plain step is
+  // tell the spread: D = 2 sum p - 8 (`remainingErrors`). With a prior the eight count as known
+  // errors of size e. The plain step is
   //     s'^2 = (sum u r^2 + 8 e^2) / (D + 8).
   // It creeps where tails are heavy. Since u (1 + q) = p (f + 2) / f for each match,
   //     sum u + sum u r^2 / (f s^2) = (f + 2) / f sum p,
@@ -123,8 +123,7 @@ class Fitter {
   double nextSpread(double good, double factorSum, double factorSquares) const {
     const ErrorModel& errors = fit_.errors;
     const double variance = errors.spread * errors.spread;
-    // Few good matches: a quarter of their coordinates remain all the same.
-    const double remaining = std::max(2.0 * good - kParameters, 0.5 * good);
+    const double remaining = remainingErrors(good);
     // The low sigma, as a spread.
     const double low = lowSigma_ * errors.spread / errors.sigma();
     const double known = low > 0.0 ? kParameters : 0.0;

@@ -13,7 +13,6 @@ namespace cornerpin {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kParameters = 8.0;
 
 // Of a frame without a sign of a bad track.
 constexpr double kChance = 1e-3;    // that one of its normal errors lies as far as none may
@@ -86,11 +85,10 @@ RobustFit plainFit(const Matches& matches, const std::vector<Start>& starts, Gro
   best.good.assign(matches.size(), true);
   best.goodCount = matches.size();
   const double count = static_cast<double>(matches.size());
-  const double remaining = std::max(2.0 * count - kParameters, 0.5 * count);
   double weights = 0.0;
   for (double squaredWeight : matches.squaredWeights()) weights += squaredWeight;
   if (best.found) {
-    best.sigma = std::max(std::sqrt(cost / weights * count / remaining), kSigmaFloor);
+    best.sigma = std::max(std::sqrt(cost / weights * count / remainingErrors(count)), kSigmaFloor);
   }
   return best;
 }

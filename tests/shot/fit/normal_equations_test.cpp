@@ -117,16 +117,7 @@ std::array<double, 8> gradientOf(const NormalEquations& n) {
 NormalEquations sumBy(const NormalEquationsVariant& variant, const Matches& matches,
                       const Homography& h, Loss loss, double width) {
   NormalEquations sums;
-  variant.run({matches.base().x(),
-               matches.base().y(),
-               matches.present().x(),
-               matches.present().y(),
-               matches.squaredWeights().data(),
-               matches.base().paddedSize(),
-               {h[0][0], h[0][1], h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]},
-               loss,
-               width},
-              sums);
+  variant.run(inputOf(matches, matches.squaredWeights(), h, loss, width), sums);
   return sums;
 }
 

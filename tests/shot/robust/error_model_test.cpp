@@ -83,3 +83,11 @@ TEST(Votes, DoNotDependOnTheUnitOfTheWeights) {
   for (int i = 1; i <= 20; ++i) other.add({{0, 0}, {0, 0}, std::sqrt(1.0 * i) * 0x1p-300});
   EXPECT_EQ(votesOf(other), votesOf(weightedMatches(20)));
 }
+
+TEST(RemainingErrors, AreAllButEightOrAQuarter) {
+  EXPECT_EQ(remainingErrors(100.0), 192.0);
+  EXPECT_EQ(remainingErrors(6.0), 4.0);
+  EXPECT_EQ(remainingErrors(16.0 / 3.0), 8.0 / 3.0);  // where both are the same
+  EXPECT_EQ(remainingErrors(5.0), 2.5);
+  EXPECT_EQ(remainingErrors(0.0), 0.0);
+}
