@@ -32,7 +32,8 @@ Matches rivals(double noise) {
   Matches matches;
   for (int i = 0; i < 100; ++i) {
     const Point base = random.place();
-    matches.add(errors::matchAt(base, kView, random.normalLength(noise), random.angle()));
+    const double angle = random.angle();
+    matches.add(errors::matchAt(base, kView, random.normalLength(noise), angle));
   }
   for (int i = 0; i < 80; ++i) {
     Point base = random.place();

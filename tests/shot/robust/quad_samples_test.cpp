@@ -23,7 +23,8 @@ Matches jitteredMatches(int count) {
   Matches matches;
   for (int i = 0; i < count; ++i) {
     const Point base = random.place();
-    matches.add(errors::matchAt(base, errors::kView, random.normalLength(1e-3), random.angle()));
+    const double angle = random.angle();
+    matches.add(errors::matchAt(base, errors::kView, random.normalLength(1e-3), angle));
   }
   return matches;
 }
