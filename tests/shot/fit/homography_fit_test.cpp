@@ -124,6 +124,23 @@ TEST(HomographyFit, EndsOnMatchesThatFixNothing) {
   const HomographyFit fit = fitHomography(matches, kIdentity);
   EXPECT_FALSE(fit.converged);
   EXPECT_TRUE(isFinite(fit.h));
+  EXPECT_LT(fit.iterations, 100) << "damping ends it, not the number of passes";
+}
+
+// Pivots are measured against their own diagonal, which is 1e-12 of the usual one here.
+TEST(HomographyFit, FindsAnExactTransformOfASmallSurface) {
+  constexpr double kSize = 1e-3;
+  Matches small;
+  for (const Point p : {Point{-1, -1}, Point{1, -0.8}, Point{0.9, 1}, Point{-0.7, 0.8}}) {
+    const Point base = {kSize * p.x, kSize * p.y};
+    small.add({base, map(kView, base)});
+  }
+  const HomographyFit fit = fitHomography(small, kIdentity);
+  EXPECT_TRUE(fit.converged);
+  for (std::size_t i = 0; i < small.size(); ++i) {
+    EXPECT_LT(std::sqrt(squaredDistance(map(fit.h, small.base()[i]), small.present()[i])),
+              1e-9 * kSize);
+  }
 }
 
 TEST(HomographyFit, EndsAfterOnePassWhereItStartsAtTheOptimum) {
