@@ -31,7 +31,7 @@ struct Moments {
   double weight = 0.0;
   double xx = 0.0, xy = 0.0, yy = 0.0;            // of p with p
   double xu = 0.0, yu = 0.0, xv = 0.0, yv = 0.0;  // of p with q
-  double spreadPresent = 0.0;                     // of q with q
+  double squaresPresent = 0.0;                    // of q with q
 };
 
 Moments momentsOf(const Matches& matches, const std::vector<double>& squaredWeights) {
@@ -57,7 +57,7 @@ Moments momentsOf(const Matches& matches, const std::vector<double>& squaredWeig
     s.yu += w * p.y * q.x;
     s.xv += w * p.x * q.y;
     s.yv += w * p.y * q.y;
-    s.spreadPresent += w * (q.x * q.x + q.y * q.y);
+    s.squaresPresent += w * (q.x * q.x + q.y * q.y);
   }
   return s;
 }
@@ -118,7 +118,7 @@ Candidate fitOnTop(const Matches& matches, Model model, const Homography& kept) 
     result.cost += squaredWeights[i] * squaredResidual(carried[i], m);
   }
   const double reach =
-      moments.spreadPresent + moments.weight * squaredDistance(moments.meanPresent, {0.0, 0.0});
+      moments.squaresPresent + moments.weight * squaredDistance(moments.meanPresent, {0.0, 0.0});
   result.exact = result.cost <= kExact * kExact * reach;
   return result;
 }

@@ -7,7 +7,7 @@
 
 namespace cornerpin {
 
-/// The test of rank and spread. Were the model fitted in the base frame to the tracks at `points`,
+/// The test of support. Were the model fitted in the base frame to the tracks at `points`,
 /// each of them with a noise of one pixel, this is the noise of the worst of the corners (in each
 /// coordinate): 1 for a projective fit to four tracks in the corners, large where the tracks lie
 /// bunched or nearly on one line, infinite where they do not fix the model.

@@ -61,12 +61,12 @@ Verdict FrameFitter::judgeTracks(const Matches& file) const {
   const bool tellsBad = loss_ != Loss::None && file.size() >= kFewestForRobust;
   if (!inGeneralPosition(base)) return because(Shortfall::OnOneLineInBase);
   if (!tellsBad && !inGeneralPosition(file.present())) return because(Shortfall::OnOneLine);
-  if (loss_ != Loss::None && !isSpread(base)) return because(Shortfall::BunchedInBase);
+  if (loss_ != Loss::None && !supportsFullModel(base)) return because(Shortfall::BunchedInBase);
   return verdict;
 }
 
 // Whether a full fit to these of the base frame's places keeps noise within bounds.
-bool FrameFitter::isSpread(const Points& base) const {
+bool FrameFitter::supportsFullModel(const Points& base) const {
   return noiseGain(Model::Projective, base, surface_) <= kLargestGain;
 }
 
@@ -134,7 +134,7 @@ void FrameFitter::judgeGood(const Matches& file, const RobustFit& robust, Verdic
   const Matches good = file.subset(robust.good);
   if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
     verdict.shortfall = Shortfall::GoodOnOneLine;
-  } else if (!isSpread(good.base())) {
+  } else if (!supportsFullModel(good.base())) {
     verdict.shortfall = Shortfall::GoodBunchedInBase;
   }
 }

@@ -46,7 +46,7 @@ class FrameFitter {
  private:
   Verdict judgeTracks(const Matches& file) const;
   void judgeGood(const Matches& file, const RobustFit& robust, Verdict& verdict) const;
-  bool isSpread(const Points& base) const;
+  bool supportsFullModel(const Points& base) const;
   LibraryResult bestOfLibrary(Sweep& sweep);
   LibraryTransform fitFull(const Matches& file, Sweep& sweep, FrameFit& fit);
   LibraryTransform fitRobust(const Matches& file, const LibraryResult& library, Sweep& sweep,

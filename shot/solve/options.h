@@ -14,8 +14,8 @@ namespace cornerpin {
 struct SolveOptions {
   std::optional<int> base;  ///< none: `chooseBaseFrame`
   Units units = Units::Fit;
-  /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; the spread
-  /// of the tracks (`noiseGain`) is not looked at.
+  /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; how
+  /// well the tracks support it (`noiseGain`) is not looked at.
   Loss loss = Loss::Tukey;
   /// Fits frames whose tracks do not support the full transform with a lower model instead of
   /// holding them.

@@ -53,17 +53,17 @@ Uncertainty::Uncertainty(const Matches& matches, const FittedFrame& frame)
     const Symmetric2 v = residualCovariance(frame.h, base);
     squares += w2 * squaredResidual(matches[i], frame.h);
     total += w2 * v.trace();
-    addProduct(spread_, fit_.slopesAt(base), v, w2 * w2);
+    addProduct(unitCovariance_, fit_.slopesAt(base), v, w2 * w2);
   }
   // The residuals have w^2 r^2 = s^2 (w^2 tr V - what the fit came towards them), and over all
   // matches the latter adds up to tr(inv(A) B).
   double absorbed = 0.0;
   for (std::size_t i = 0; i < 8; ++i) {
-    spread_[i] = fit_.solve(spread_[i]);
-    absorbed += spread_[i][i];
+    unitCovariance_[i] = fit_.solve(unitCovariance_[i]);
+    absorbed += unitCovariance_[i][i];
   }
-  spread_ = transposed(spread_);
-  for (Parameters& row : spread_) row = fit_.solve(row);
+  unitCovariance_ = transposed(unitCovariance_);
+  for (Parameters& row : unitCovariance_) row = fit_.solve(row);
   const double left = total - absorbed;
   if (count > tracksFor(frame.model) && left > kNothingLeft * total) {
     noise_ = std::sqrt(squares / left);
@@ -75,8 +75,8 @@ Symmetric2 Uncertainty::covarianceAt(Point base) const {
   Parameters x{};
   Parameters y{};
   for (std::size_t i = 0; i < 8; ++i) {
-    x[i] = dot(spread_[i], s.x);
-    y[i] = dot(spread_[i], s.y);
+    x[i] = dot(unitCovariance_[i], s.x);
+    y[i] = dot(unitCovariance_[i], s.y);
   }
   const double square = noise_ * noise_;
   return {square * dot(s.x, x), square * dot(s.y, x), square * dot(s.y, y)};

@@ -34,7 +34,8 @@ class Uncertainty {
 
  private:
   LinearisedFit fit_;
-  std::array<Parameters, 8> spread_{};  // inv(A) B inv(A)
+  std::array<Parameters, 8>
+      unitCovariance_{};  // of the parameters, for noise of 1: inv(A) B inv(A)
   double noise_;
 };
 
