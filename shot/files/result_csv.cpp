@@ -14,7 +14,7 @@ std::string csvFigures(const FrameResult& frame) {
   if (frame.verdict.status != Status::Base)
     text = fmt::format(",{},{}", nameOf(frame.verdict.model), frame.verdict.onTop);
   text += "," + csvNumber(frame.figures.noise);
-  for (double deviation : frame.figures.deviations) text += "," + csvNumber(deviation);
+  for (double deviation : frame.figures.deviations()) text += "," + csvNumber(deviation);
   return text;
 }
 

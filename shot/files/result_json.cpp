@@ -49,7 +49,7 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame, const std::optio
   json["rms"] = frame.rms;
   json["h"] = frame.h;
   json["noise"] = frame.figures.noise;
-  json["deviation"] = frame.figures.deviations;
+  json["deviation"] = frame.figures.deviations();
   if (verdict.status == Status::Solved) addFit(frame, json);
   if (const std::string reason = reasonOf(verdict); !reason.empty()) json["reason"] = reason;
   if (quad) {
@@ -106,7 +106,7 @@ void writeResultJson(const ShotResult& result, const std::optional<Quad>& quad, 
   file.add("units", nameOf(result.units));
   file.add("loss", nameOf(result.loss));
   file.add("seed", result.seed);
-  file.add("corners", jsonOf(result.corners));
+  file.add("corners", jsonOf(result.quads.front().corners));
   file.addList("worst_tracks", result.worst, [](const WorstTrack& track) { return jsonOf(track); });
   file.addList("frames", result.frames,
                [&](const FrameResult& frame) { return jsonOf(result, frame, quad); });

@@ -38,7 +38,7 @@ std::string unsolvedFrames(const Summary& s) {
 std::string deviations(const ShotResult& result) {
   std::vector<std::pair<double, int>> figures;
   for (const FrameResult& f : result.frames) {
-    const auto& d = f.figures.deviations;
+    const auto d = f.figures.deviations();
     const double largest = *std::max_element(d.begin(), d.end());
     const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
     if (f.verdict.status != Status::Base && !none) figures.push_back({largest, f.frame});

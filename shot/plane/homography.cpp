@@ -52,6 +52,25 @@ Homography product(const Homography& a, const Homography& b) {
   return c;
 }
 
+Homography inverse(const Homography& h) {
+  Homography cofactors{};  // transposed
+  for (std::size_t i = 0; i < 3; ++i) {
+    const std::size_t a = (i + 1) % 3;
+    const std::size_t b = (i + 2) % 3;
+    for (std::size_t j = 0; j < 3; ++j) {
+      const std::size_t c = (j + 1) % 3;
+      const std::size_t d = (j + 2) % 3;
+      cofactors[j][i] = h[a][c] * h[b][d] - h[a][d] * h[b][c];
+    }
+  }
+  const double determinant =
+      h[0][0] * cofactors[0][0] + h[0][1] * cofactors[1][0] + h[0][2] * cofactors[2][0];
+  for (auto& row : cofactors) {
+    for (double& element : row) element /= determinant;
+  }
+  return cofactors;
+}
+
 Homography withLastOne(Homography h) {
   const double last = h[2][2];
   for (auto& row : h) {

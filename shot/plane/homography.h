@@ -36,6 +36,9 @@ bool isFinite(const Homography& h);
 /// The transform b, then a.
 Homography product(const Homography& a, const Homography& b);
 
+/// The inverse, from the cofactors; not finite where there is none.
+Homography inverse(const Homography& h);
+
 /// The same transform with 1 as its last element.
 Homography withLastOne(Homography h);
 

@@ -34,34 +34,19 @@ int chooseBaseFrame(const Tracks& tracks) {
   return bestFrame;
 }
 
-BaseFrame::BaseFrame(const Tracks& tracks, int frame)
-    : frame_(frame), ranks_(tracks.names.size(), -1) {
+BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame) {
   if (frame < tracks.firstFrame() || frame > tracks.lastFrame()) {
     throw std::invalid_argument(fmt::format("base frame {} lies outside the shot's frames {}..{}",
                                             frame, tracks.firstFrame(), tracks.lastFrame()));
   }
   for (const Observation& o : tracks.inFrame(frame)) {
     if (!(o.weight > 0.0f)) continue;
-    ranks_[static_cast<std::size_t>(o.track)] = static_cast<int>(places_.size());
+    tracks_.push_back(o.track);
     places_.add({o.x, o.y});
-    weights_.push_back(o.weight);
   }
   if (places_.empty()) {
     throw std::invalid_argument(fmt::format("base frame {} has no track", frame));
   }
-}
-
-Matches BaseFrame::matchesIn(const Tracks& tracks, int frame) const {
-  Matches matches;
-  for (const Observation& o : tracks.inFrame(frame)) {
-    const int rank = rankOf(o.track);
-    if (rank < 0 || !(o.weight > 0.0f)) continue;
-    matches.add({places_[static_cast<std::size_t>(rank)],
-                 {o.x, o.y},
-                 static_cast<double>(o.weight),
-                 o.track});
-  }
-  return matches;
 }
 
 Points surfacePlaces(const Points& base, Loss loss) {

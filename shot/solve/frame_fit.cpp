@@ -14,20 +14,65 @@ namespace {
 
 constexpr std::size_t kFewestAgreeing = 5;  // some transform meets any four
 
+// Whether a full fit to these places keeps noise within bounds.
+bool supportsFullModel(const Points& base, const Quad& surface) {
+  return noiseGain(Model::Projective, base, surface) <= kLargestGain;
+}
+
+// What stands against the transform that the good tracks agree on. Where none was found and the
+// library's fit had failed already, that stays the reason.
+void judgeGood(const Matches& file, const RobustFit& robust, const Quad& surface,
+               Verdict& verdict) {
+  verdict.good = robust.goodCount;
+  if (!robust.found) {
+    if (!inGeneralPosition(file.present())) {
+      verdict.shortfall = Shortfall::OnOneLine;
+    } else if (verdict.shortfall == Shortfall::None) {
+      verdict.shortfall = Shortfall::NoAgreement;
+    }
+    return;
+  }
+  verdict.shortfall = Shortfall::None;
+  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
+    verdict.shortfall = Shortfall::FewAgree;
+    return;
+  }
+  const Matches good = file.subset(robust.good);
+  if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
+    verdict.shortfall = Shortfall::GoodOnOneLine;
+  } else if (!supportsFullModel(good.base(), surface)) {
+    verdict.shortfall = Shortfall::GoodBunchedInBase;
+  }
+}
+
+// Fits a lower model to the good tracks where they support one; `fit.h` is the neighbour's
+// transform before.
+void reduce(const Matches& file, const Quad& surface, FrameFit& fit) {
+  const Matches used = fit.robust.found ? file.subset(fit.robust.good) : file;
+  if (used.empty()) return;
+  const Model inBase = supportedModel(used.base(), surface, Model::Affine);
+  const Model model = supportedModel(used.present(), squareAround(used.present()), inBase);
+  const ReducedFit reduced = fitReduced(used, model, fit.h);
+  if (reduced.model == Model::Held) return;
+  fit.verdict.status = Status::Reduced;
+  fit.verdict.model = reduced.model;
+  fit.verdict.onTop = reduced.onTop;
+  fit.verdict.fitted = used.size();
+  fit.h = reduced.h;
+}
+
 }  // namespace
 
-FrameFitter::FrameFitter(const BaseFrame& base, const ShotUnits& units, const Points& surface,
-                         const SolveOptions& options)
+FrameFitter::FrameFitter(const ShotUnits& units, const SolveOptions& options)
     : units_(units),
       loss_(options.loss),
       robustOptions_{options.loss, options.seed},
       reduces_(options.reduce),
-      surface_(squareAround(surface)),
-      library_(base, units) {}
+      library_(units) {}
 
 FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
   FrameFit fit;
-  fit.verdict = judgeTracks(file);
+  fit.verdict = judgeTracks(file, sweep.surface);
   if (!library_.load(file)) fit.verdict.shortfall = Shortfall::BeyondSinglePrecision;
   LibraryTransform transform;
   if (fit.verdict.shortfall == Shortfall::None) transform = fitFull(file, sweep, fit);
@@ -39,14 +84,14 @@ FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
   } else {
     sweep.chainBroken = true;
     fit.h = sweep.neighbour;
-    if (reduces_ && wantsLowerModel(fit.verdict)) reduce(file, fit);
+    if (reduces_ && wantsLowerModel(fit.verdict)) reduce(file, sweep.surface, fit);
   }
   sweep.neighbour = fit.h;
   return fit;
 }
 
 // What stands against a full transform before anything is fitted.
-Verdict FrameFitter::judgeTracks(const Matches& file) const {
+Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const {
   Verdict verdict;
   verdict.tracks = file.size();
   const auto because = [&](Shortfall shortfall) {
@@ -61,13 +106,9 @@ Verdict FrameFitter::judgeTracks(const Matches& file) const {
   const bool tellsBad = loss_ != Loss::None && file.size() >= kFewestForRobust;
   if (!inGeneralPosition(base)) return because(Shortfall::OnOneLineInBase);
   if (!tellsBad && !inGeneralPosition(file.present())) return because(Shortfall::OnOneLine);
-  if (loss_ != Loss::None && !supportsFullModel(base)) return because(Shortfall::BunchedInBase);
+  if (loss_ != Loss::None && !supportsFullModel(base, surface))
+    return because(Shortfall::BunchedInBase);
   return verdict;
-}
-
-// Whether a full fit to these of the base frame's places keeps noise within bounds.
-bool FrameFitter::supportsFullModel(const Points& base) const {
-  return noiseGain(Model::Projective, base, surface_) <= kLargestGain;
 }
 
 // The full transform into `fit.h`, or why there is none into its verdict. Returns where the
@@ -106,53 +147,12 @@ LibraryTransform FrameFitter::fitRobust(const Matches& file, const LibraryResult
   starts.push_back({Stage::Neighbour, units_.toFit(sweep.neighbour)});
   fit.robust =
       fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file), robustOptions_);
-  judgeGood(file, fit.robust, fit.verdict);
+  judgeGood(file, fit.robust, sweep.surface, fit.verdict);
   if (fit.verdict.shortfall != Shortfall::None) return {};
   fit.h = units_.fromFit(fit.robust.h);
   if (!isFinite(fit.h)) fit.verdict.shortfall = Shortfall::NotFinite;
   if (fit.robust.origin.grounds == Grounds::Searched) sweep.memory.rememberSigma(fit.robust.sigma);
   return toLibrary(units_.toLibrary(fit.h));
-}
-
-// What stands against the transform that the good tracks agree on. Where none was found and the
-// library's fit had failed already, that stays the reason.
-void FrameFitter::judgeGood(const Matches& file, const RobustFit& robust, Verdict& verdict) const {
-  verdict.good = robust.goodCount;
-  if (!robust.found) {
-    if (!inGeneralPosition(file.present())) {
-      verdict.shortfall = Shortfall::OnOneLine;
-    } else if (verdict.shortfall == Shortfall::None) {
-      verdict.shortfall = Shortfall::NoAgreement;
-    }
-    return;
-  }
-  verdict.shortfall = Shortfall::None;
-  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
-    verdict.shortfall = Shortfall::FewAgree;
-    return;
-  }
-  const Matches good = file.subset(robust.good);
-  if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
-    verdict.shortfall = Shortfall::GoodOnOneLine;
-  } else if (!supportsFullModel(good.base())) {
-    verdict.shortfall = Shortfall::GoodBunchedInBase;
-  }
-}
-
-// Fits a lower model to the good tracks where they support one; `fit.h` is the neighbour's
-// transform before.
-void FrameFitter::reduce(const Matches& file, FrameFit& fit) const {
-  const Matches used = fit.robust.found ? file.subset(fit.robust.good) : file;
-  if (used.empty()) return;
-  const Model inBase = supportedModel(used.base(), surface_, Model::Affine);
-  const Model model = supportedModel(used.present(), squareAround(used.present()), inBase);
-  const ReducedFit reduced = fitReduced(used, model, fit.h);
-  if (reduced.model == Model::Held) return;
-  fit.verdict.status = Status::Reduced;
-  fit.verdict.model = reduced.model;
-  fit.verdict.onTop = reduced.onTop;
-  fit.verdict.fitted = used.size();
-  fit.h = reduced.h;
 }
 
 }  // namespace cornerpin

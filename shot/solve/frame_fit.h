@@ -20,6 +20,7 @@ struct Sweep {
   Homography neighbour{};    ///< the frame before's, however it came about; in the file's unit
   bool chainBroken = false;  ///< some frame was not fitted from its neighbour
   SweepMemory memory;
+  Quad surface{};  ///< what a transform has to carry well: the square around tracks, on the surface
 };
 
 /// How a frame came out, before its figures. Transforms in the file's unit.
@@ -33,31 +34,22 @@ struct FrameFit {
 /// lower model or the neighbour's transform where they do not.
 class FrameFitter {
  public:
-  /// \param base  must outlive the fitter
-  FrameFitter(const BaseFrame& base, const ShotUnits& units, const Points& surface,
-              const SolveOptions& options);
-
-  /// The base frame's transform.
-  LibraryTransform identity() const { return library_.identity(); }
+  FrameFitter(const ShotUnits& units, const SolveOptions& options);
 
   /// Fits a frame and moves the sweep on to it.
   FrameFit fit(const Matches& file, Sweep& sweep);
 
  private:
-  Verdict judgeTracks(const Matches& file) const;
-  void judgeGood(const Matches& file, const RobustFit& robust, Verdict& verdict) const;
-  bool supportsFullModel(const Points& base) const;
+  Verdict judgeTracks(const Matches& file, const Quad& surface) const;
   LibraryResult bestOfLibrary(Sweep& sweep);
   LibraryTransform fitFull(const Matches& file, Sweep& sweep, FrameFit& fit);
   LibraryTransform fitRobust(const Matches& file, const LibraryResult& library, Sweep& sweep,
                              FrameFit& fit) const;
-  void reduce(const Matches& file, FrameFit& fit) const;
 
   ShotUnits units_;
   Loss loss_;
   RobustOptions robustOptions_;
   bool reduces_;
-  Quad surface_;  // the square around the base frame's tracks
   LibraryFit library_;
 };
 

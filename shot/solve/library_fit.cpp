@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/solve/library_fit.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "shot/fit/linear_fit.h"
@@ -9,6 +10,8 @@
 namespace cornerpin {
 
 namespace {
+
+constexpr int kFrameRow = 1;  // of the scene; the other is the base frame's
 
 Homography toDouble(const LibraryTransform& m) {
   Homography h;
@@ -32,44 +35,42 @@ LibraryTransform toLibrary(const Homography& h) {
   return m;
 }
 
-LibraryFit::LibraryFit(const BaseFrame& base, const ShotUnits& units) : base_(base), units_(units) {
-  const int count = static_cast<int>(base.places().size());
-  scene_.tracks.resize(count);
-  for (int rank = 0; rank < count; ++rank) {
-    scene_.tracks[rank].positions = MGenMatrix<float>(2, 2, MGenMatrix<float>::ColumnMajor);
-    scene_.tracks[rank].weights = MGenVector<float>(2);
-    const auto i = static_cast<std::size_t>(rank);
-    set(rank, kBaseRow, base.places()[i], base.weights()[i]);
+LibraryFit::LibraryFit(const ShotUnits& units) : units_(units) { makeRoom(1); }
+
+// As many tracks of two frames, all of them absent, and what `MMatchmove::solve` does before its
+// sweeps.
+void LibraryFit::makeRoom(int tracks) {
+  scene_.tracks.resize(tracks);
+  for (int i = 0; i < tracks; ++i) {
+    scene_.tracks[i].positions = MGenMatrix<float>(2, 2, MGenMatrix<float>::ColumnMajor);
+    scene_.tracks[i].weights = MGenVector<float>(2);
   }
-  // What `MMatchmove::solve` does before its sweeps.
   scene_.setupOutputs();
   scene_.solveBaseFrame();
 }
 
-void LibraryFit::set(int rank, int row, Point file, float weight) {
-  const Point p = units_.fileToLibrary.apply(file);
-  MMatchmoveTrack& track = scene_.tracks[rank];
-  track.positions(row, 0) = static_cast<float>(p.x);
-  track.positions(row, 1) = static_cast<float>(p.y);
-  track.weights[row] = weight;
-}
-
-bool LibraryFit::isFinite(int rank, int row) const {
-  const MGenMatrix<float>& p = scene_.tracks[rank].positions;
-  return std::isfinite(p(row, 0)) && std::isfinite(p(row, 1));
-}
-
 bool LibraryFit::load(const Matches& file) {
-  // Weight 0 is what the library calls absent; the places of absent tracks are not read.
-  for (int rank : loaded_) scene_.tracks[rank].weights[kFrameRow] = 0.0f;
-  loaded_.clear();
   file_ = &file;
+  const int count = static_cast<int>(file.size());
+  if (count > scene_.trackCount) makeRoom(std::max(count, 2 * scene_.trackCount));
   bool finite = true;
-  for (std::size_t i = 0; i < file.size(); ++i) {
-    const int rank = base_.rankOf(file.tracks()[i]);
-    set(rank, kFrameRow, file.present()[i], static_cast<float>(file.weights()[i]));
-    finite = finite && isFinite(rank, kBaseRow) && isFinite(rank, kFrameRow);
-    loaded_.push_back(rank);
+  const auto single = [&](double x) {
+    const float rounded = static_cast<float>(x);
+    finite = finite && std::isfinite(rounded);
+    return rounded;
+  };
+  // Weight 0 is what the library calls absent; the places of absent tracks are not read.
+  for (int i = 0; i < scene_.trackCount; ++i) scene_.baseWeights[i] = i < count ? 1.0f : 0.0f;
+  for (int i = 0; i < count; ++i) {
+    const Match match = file[static_cast<std::size_t>(i)];
+    const Point base = units_.fileToLibrary.apply(match.base);
+    const Point present = units_.fileToLibrary.apply(match.present);
+    scene_.basePositions(i, 0) = single(base.x);
+    scene_.basePositions(i, 1) = single(base.y);
+    MMatchmoveTrack& track = scene_.tracks[i];
+    track.positions(kFrameRow, 0) = single(present.x);
+    track.positions(kFrameRow, 1) = single(present.y);
+    track.weights[kFrameRow] = static_cast<float>(match.weight);
   }
   return finite;
 }

@@ -3,12 +3,10 @@
 #define SHOT_SOLVE_LIBRARY_FIT_H
 
 #include <string>
-#include <vector>
 
 #include "cornerpin/cornerpin.h"
 #include "shot/fit/matches.h"
 #include "shot/plane/homography.h"
-#include "shot/solve/base_frame.h"
 #include "shot/solve/units.h"
 #include "shot/solve/verdict.h"
 
@@ -27,15 +25,12 @@ struct LibraryResult {
   double cost = 0.0;  ///< sum of w^2 r^2, in the file's unit
 };
 
-/// Fits frames by `MMatchmove`, one at a time, in a scene of two frames: the base frame and the one
-/// at hand. So a shot needs no array of tracks times frames, and the transforms have the bits of
-/// `MMatchmove::solve` on the whole shot.
+/// Fits frames by `MMatchmove`, one at a time, in a scene of two frames and the tracks of the frame
+/// at hand: their base places and where they are in that frame. So a shot needs no array of tracks
+/// times frames, and the transforms have the bits of `MMatchmove::solve` on the whole shot.
 class LibraryFit {
  public:
-  LibraryFit(const BaseFrame& base, const ShotUnits& units);
-
-  /// The base frame's transform.
-  LibraryTransform identity() const { return scene_.outputs[kBaseRow]; }
+  explicit LibraryFit(const ShotUnits& units);
 
   /// Makes the frame with these matches, in the file's unit, the one at hand. False where a
   /// position is not finite in the library's unit and single precision. The matches must outlive
@@ -49,17 +44,11 @@ class LibraryFit {
   LibraryResult fromLinearFit();
 
  private:
-  static constexpr int kBaseRow = 0;
-  static constexpr int kFrameRow = 1;
+  void makeRoom(int tracks);
 
-  void set(int rank, int row, Point file, float weight);
-  bool isFinite(int rank, int row) const;
-
-  const BaseFrame& base_;
   ShotUnits units_;
-  MMatchmove scene_;  // tracks in the order of the base frame's
+  MMatchmove scene_;  // its tracks are the matches, and behind them absent ones
   const Matches* file_ = nullptr;
-  std::vector<int> loaded_;  // ranks of the tracks of the frame at hand
 };
 
 }  // namespace cornerpin

@@ -4,9 +4,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "shot/fit/loss.h"
-#include "shot/plane/points.h"
+#include "shot/solve/named_quad.h"
 #include "shot/solve/units.h"
 
 namespace cornerpin {
@@ -21,9 +22,12 @@ struct SolveOptions {
   /// holding them.
   bool reduce = true;
   std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
-  /// What the figures of trust are about, in the base frame; none: the box around the base frame's
-  /// tracks (`surfacePlaces`).
-  std::optional<Quad> corners;
+  /// What the figures of trust are about, in the base frame; none: one named "tracks", the box
+  /// around the base frame's tracks (`surfacePlaces`).
+  std::vector<NamedQuad> quads;
+  /// Tracks that the base frame lacks take part as soon as frames that are solved say where on the
+  /// surface they are. Not with Loss::None.
+  bool handOver = true;
   /// Keeps what every track does to every frame (`FrameResult::influences`): 40 bytes for each.
   bool influences = false;
 };

@@ -9,6 +9,7 @@
 
 #include "shot/fit/loss.h"
 #include "shot/plane/homography.h"
+#include "shot/solve/named_quad.h"
 #include "shot/solve/units.h"
 #include "shot/solve/verdict.h"
 #include "shot/trust/frame_figures.h"
@@ -22,9 +23,10 @@ struct FrameResult {
   int frame = 0;
   Homography h{};  ///< base frame to this frame; the last element is 1
   Verdict verdict;
-  int tracks = 0;  ///< active ones: weight above 0 here and in the base frame
-  /// Root of the mean squared distance between the active tracks and where `h` carries their base
-  /// places, unweighted; NaN without active tracks, and where a held transform carries one nowhere.
+  int tracks = 0;  ///< active ones: weight above 0, and their places on the surface known
+  /// Root of the mean squared distance between the active tracks and where `h` carries their
+  /// places on the surface, unweighted; NaN without active tracks, and where a held transform
+  /// carries one nowhere.
   double rms = std::numeric_limits<double>::quiet_NaN();
 
   // Of solved frames; where a reduced one has as many tracks as it takes to tell bad ones, its
@@ -62,7 +64,7 @@ struct ShotResult {
   Loss loss = Loss::None;
   std::uint64_t seed = 1;
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
-  Quad corners{};    ///< what all figures of trust are about, in the base frame
+  std::vector<NamedQuad> quads;     ///< what the figures of trust are about, in the base frame
   std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
   /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
   /// than a thousandth of the extent of the base frame's tracks does not stand out.

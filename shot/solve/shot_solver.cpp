@@ -8,6 +8,7 @@
 #include "shot/plane/extent.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
+#include "shot/solve/surface_map.h"
 #include "shot/trust/final_weights.h"
 
 namespace cornerpin {
@@ -27,6 +28,11 @@ double visibleIn(const Box& surface) {
   return kVisible * std::max(surface.high.x - surface.low.x, surface.high.y - surface.low.y);
 }
 
+std::vector<NamedQuad> quadsOf(const SolveOptions& options, const Points& surface) {
+  if (!options.quads.empty()) return options.quads;
+  return {{"tracks", cornersOf(boxAround(surface))}};
+}
+
 class ShotSolver {
  public:
   ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
@@ -36,7 +42,8 @@ class ShotSolver {
         base_(tracks, options.base ? *options.base : chooseBaseFrame(tracks)),
         surface_(surfacePlaces(base_.places(), options.loss)),
         units_(unitsOf(surface_, options.units)),
-        fitter_(base_, units_, surface_, options),
+        fitter_(units_, options),
+        map_(base_, tracks.names.size()),
         worst_(visibleIn(boxAround(surface_))) {
     result_.baseFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.places().size());
@@ -45,14 +52,17 @@ class ShotSolver {
     result_.loss = options.loss;
     result_.seed = options.seed;
     result_.baseCentre = units_.fileToFit.centre;
-    result_.corners = options.corners ? *options.corners : cornersOf(boxAround(surface_));
+    result_.quads = quadsOf(options, surface_);
     result_.frames.resize(static_cast<std::size_t>(tracks.frameCount()));
+    for (const NamedQuad& quad : result_.quads) quads_.push_back(quad.corners);
   }
 
   ShotResult solve() {
     addBaseFrame();
     sweep(+1, tracks_.lastFrame());
     sweep(-1, tracks_.firstFrame());
+    addTrust(+1, tracks_.lastFrame());
+    addTrust(-1, tracks_.firstFrame());
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
@@ -71,17 +81,21 @@ class ShotSolver {
     result.tracks = result_.baseTracks;
     result.rms = 0.0;
     result.h = kIdentity;
-    result.figures = baseFrameFigures();
+    result.figures = baseFrameFigures(quads_.size());
     report();
+  }
+
+  Sweep startOfSweep() const {
+    return {toLibrary(kIdentity), kIdentity, false, SweepMemory(tracks_.names.size()),
+            squareAround(surface_)};
   }
 
   // From the base frame to the last one, each frame from its neighbour.
   void sweep(int step, int last) {
-    Sweep sweep{fitter_.identity(), kIdentity, false, SweepMemory(tracks_.names.size())};
+    Sweep sweep = startOfSweep();
     for (int frame = base_.frame(); frame != last;) {
       frame += step;
-      const Matches file = base_.matchesIn(tracks_, frame);
-      const Homography neighbour = sweep.neighbour;
+      const Matches file = map_.matchesIn(tracks_, frame);
       const FrameFit fit = fitter_.fit(file, sweep);
       FrameResult& result = resultOf(frame);
       result.frame = frame;
@@ -91,7 +105,6 @@ class ShotSolver {
       result.rms = rmsResidual(file, fit.h);
       if (fit.robust.found) addRobust(fit, result);
       if (fit.verdict.status == Status::Solved) addSolved(file, fit, sweep.memory, result);
-      addTrust(file, neighbour, result);
       report();
     }
   }
@@ -122,6 +135,15 @@ class ShotSolver {
            static_cast<std::size_t>(result.tracks) >= kFewestForRobust;
   }
 
+  // Of the frames of a sweep, in its order.
+  void addTrust(int step, int last) {
+    for (int frame = base_.frame(); frame != last;) {
+      const Homography& neighbour = resultOf(frame).h;
+      frame += step;
+      addTrust(map_.matchesIn(tracks_, frame), neighbour, resultOf(frame));
+    }
+  }
+
   // The figures of trust: of the frame about its good tracks alone, of each track with the weight
   // that the fit left it.
   void addTrust(const Matches& file, const Homography& neighbour, FrameResult& result) {
@@ -129,11 +151,11 @@ class ShotSolver {
     FittedFrame fitted{result.verdict.model, kIdentity, result.h, file.weights()};
     if (result.verdict.onTop) fitted.kept = neighbour;
     if (toldBad(result)) fitted.weights = goodWeights(file, result.h, front, result.sigma);
-    result.figures = figuresOf(file, fitted, result_.corners, front);
+    result.figures = figuresOf(file, fitted, quads_, front);
     if (toldBad(result) && result.verdict.status == Status::Solved) {
       fitted.weights = lossWeights(file, result.h, front, result.loss, result.width);
     }
-    std::vector<TrackInfluence> influences = influencesOf(file, fitted, result_.corners);
+    std::vector<TrackInfluence> influences = influencesOf(file, fitted, quads_.front());
     worst_.addFrame(result.frame, influences);
     if (options_.influences) result.influences = std::move(influences);
   }
@@ -150,6 +172,8 @@ class ShotSolver {
   Points surface_;  // the places in the base frame that tell how far the surface reaches
   ShotUnits units_;
   FrameFitter fitter_;
+  SurfaceMap map_;
+  std::vector<Quad> quads_;  // in the base frame
   WorstTracks worst_;
   ShotResult result_;
   std::size_t done_ = 0;

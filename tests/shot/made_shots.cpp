@@ -62,7 +62,7 @@ void append(Bits& bits, const FrameResult& frame) {
   }
   for (double value : {frame.rms, frame.goodRms, frame.sigma, frame.figures.noise})
     append(bits, value);
-  for (double deviation : frame.figures.deviations) append(bits, deviation);
+  for (double deviation : frame.figures.deviations()) append(bits, deviation);
 }
 
 }  // namespace

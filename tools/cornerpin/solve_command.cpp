@@ -78,7 +78,7 @@ SolveOptions optionsOf(const Arguments& arguments) {
   options.loss = arguments.loss.value();
   options.reduce = !arguments.hold.given;
   options.seed = arguments.seed.value();
-  options.corners = arguments.quad.value();
+  if (const auto quad = arguments.quad.value()) options.quads = {{"quad", *quad}};
   options.influences = !arguments.explanation.empty();
   return options;
 }
@@ -112,7 +112,7 @@ void writeExplanation(const std::string& path, const Tracks& tracks, const ShotR
 
 int run(const Arguments& arguments) {
   const SolveOptions options = optionsOf(arguments);
-  const std::optional<Quad>& quad = options.corners;
+  const std::optional<Quad> quad = arguments.quad.value();
   if (quad && arguments.output.path.empty() && arguments.explanation.empty() &&
       !arguments.json.given) {
     throw std::invalid_argument("--quads: the table has no corners: add -o FILE or --json");

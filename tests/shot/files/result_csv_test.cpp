@@ -15,7 +15,7 @@ TEST(ResultCsv, HasOneRowPerFrame) {
       "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width\n"
       "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,,,,0,0,0,0,,,,\n"
       "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held,,,,,held,false,0.25,0.5,,"
-      "0.125,1e-300,,\"the fit failed: a \"\"quoted\"\"\nreason\",,\n");
+      "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,\n");
 }
 
 TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
@@ -32,7 +32,7 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
   solved.loss = Loss::Huber;
   solved.width = 0.75;
   EXPECT_NE(written(result, Format::Csv)
-                .find(",0,solved,3,0.25,0.5,sampled,projective,false,0.25,0.5,,0.125,1e-300,"
+                .find(",0,solved,3,0.25,0.5,sampled,projective,false,0.25,0.5,,0.125,3.054936363499605e-151,"
                       "too few tracks to tell a bad one,,huber,0.75\n"),
             std::string::npos);
 }

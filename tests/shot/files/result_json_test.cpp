@@ -73,7 +73,7 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
   EXPECT_EQ(j["frames"][1]["model"], "affine");
   EXPECT_EQ(j["frames"][1]["on_top"], true);
   EXPECT_EQ(j["frames"][1]["noise"], 0.25);
-  EXPECT_EQ(j["frames"][1]["deviation"], json::parse("[0.5,null,0.125,1e-300]"));
+  EXPECT_EQ(j["frames"][1]["deviation"], json::parse("[0.5,null,0.125,3.054936363499605e-151]"));
 }
 
 TEST(ResultJson, ReplacesBrokenTextInAReason) {

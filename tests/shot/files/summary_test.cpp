@@ -21,6 +21,11 @@ FrameResult frame(int number, Status status, double rms) {
   return f;
 }
 
+void setDeviations(FrameResult& f, const std::array<double, 4>& deviations) {
+  f.figures.quads.resize(1);
+  for (std::size_t i = 0; i < 4; ++i) f.figures.quads[0][i].xx = deviations[i] * deviations[i];
+}
+
 }  // namespace
 
 TEST(Summary, TakesItsFiguresFromTheSolvedFrames) {
@@ -82,8 +87,8 @@ TEST(Summary, WritesNumbersOfAnySize) {
   result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),
                    frame(3, Status::Solved, 0.000123456), frame(4, Status::Solved, 12345.67891),
                    frame(5, Status::Solved, 0.0),         frame(6, Status::Solved, std::nan(""))};
-  result.frames[1].figures.deviations.fill(HUGE_VAL);
-  result.frames[2].figures.deviations.fill(2.5e-7);
+  setDeviations(result.frames[1], {HUGE_VAL, HUGE_VAL, HUGE_VAL, HUGE_VAL});
+  setDeviations(result.frames[2], {2.5e-7, 2.5e-7, 2.5e-7, 2.5e-7});
   const std::string table = summaryTable(result);
   EXPECT_NE(table.find("  2    3e+30       9\n"), std::string::npos) << table;
   EXPECT_NE(table.find("  3 0.000123       9\n"), std::string::npos) << table;
@@ -99,12 +104,12 @@ TEST(Summary, GivesTheMedianAndTheWorstNoiseOfTheCorners) {
   ShotResult result;
   for (int f = 0; f < 6; ++f) result.frames.push_back(frame(f, Status::Solved, 0.5));
   result.frames[0].verdict.status = Status::Base;
-  result.frames[0].figures.deviations.fill(0.0);
-  result.frames[1].figures.deviations = {2.0, 3.0, 1.0, 0.5};
-  result.frames[2].figures.deviations = {0.5, 1.0, 0.5, 9.0};
-  result.frames[3].figures.deviations = {4.0, 0.5, 0.5, 0.5};
-  result.frames[4].figures.deviations = {20.0, 0.5, std::nan(""), 0.5};
-  result.frames[5].figures.deviations = {0.25, 0.5, 0.25, 0.25};
+  setDeviations(result.frames[0], {0.0, 0.0, 0.0, 0.0});
+  setDeviations(result.frames[1], {2.0, 3.0, 1.0, 0.5});
+  setDeviations(result.frames[2], {0.5, 1.0, 0.5, 9.0});
+  setDeviations(result.frames[3], {4.0, 0.5, 0.5, 0.5});
+  setDeviations(result.frames[4], {20.0, 0.5, std::nan(""), 0.5});
+  setDeviations(result.frames[5], {0.25, 0.5, 0.25, 0.25});
   const std::string table = summaryTable(result);
   EXPECT_NE(table.find("corner noise  median 3.0000, worst 9.0000 in frame 2\n"), std::string::npos)
       << table;
@@ -131,8 +136,8 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   result.frames[2].verdict.model = Model::Affine;
   result.frames[2].verdict.shortfall = Shortfall::TooFewTracks;
   result.frames[2].verdict.tracks = 3;
-  result.frames[1].figures.deviations = {0.125, 0.5, 0.25, 0.125};
-  result.frames[2].figures.deviations.fill(std::nan(""));
+  setDeviations(result.frames[1], {0.125, 0.5, 0.25, 0.125});
+  setDeviations(result.frames[2], {std::nan(""), std::nan(""), std::nan(""), std::nan("")});
   result.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
                   {"b", {1, 5, 5, 5, 0.25, 7.0, true}},
                   {"ordinary", {2, 6, 7, 6, 99.0, 2.0, false}}};

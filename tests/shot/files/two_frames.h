@@ -17,7 +17,7 @@ inline cornerpin::ShotResult twoFrames() {
   result.baseFrame = 5;
   result.baseTracks = 4;
   result.leftOut = 2;
-  result.corners = {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}};
+  result.quads = {{"tracks", {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}}}};
   result.worst = {{"a \"b\"", {3, 60, 81, 70, 9.3, 0.5, true}}};
   FrameResult base;
   base.frame = 5;
@@ -25,7 +25,7 @@ inline cornerpin::ShotResult twoFrames() {
   base.tracks = 4;
   base.rms = 0.0;
   base.h = kIdentity;
-  base.figures = baseFrameFigures();
+  base.figures = baseFrameFigures(1);
   FrameResult held;
   held.frame = 6;
   held.verdict.status = Status::Held;
@@ -33,7 +33,9 @@ inline cornerpin::ShotResult twoFrames() {
   held.verdict.error = "a \"quoted\"\nreason";
   held.rms = kNaN;
   held.h = {{{0.1, 1.0 / 3.0, 1e300}, {-2.5, 5e-324, 0}, {0, -0.01, 1}}};
-  held.figures = {0.25, {0.5, kNaN, 0.125, 1e-300}};
+  held.figures = {
+      0.25,
+      {{{{0.125, 0.0, 0.125}, {kNaN, kNaN, kNaN}, {0.0, 0.0, 0.015625}, {0.0, 0.0, 0x1p-1000}}}}};
   result.frames = {base, held};
   return result;
 }

@@ -54,6 +54,21 @@ TEST(Derivative, IsTheLimitOfDifferences) {
   }
 }
 
+TEST(Inverse, UndoesTheTransformOnBothSides) {
+  for (const Homography& h : {kView, kOther, kHorizonAtTwo}) {
+    for (const Homography& both : {product(h, inverse(h)), product(inverse(h), h)}) {
+      for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t j = 0; j < 3; ++j) EXPECT_NEAR(both[i][j], i == j ? 1.0 : 0.0, 1e-13);
+      }
+    }
+  }
+}
+
+TEST(Inverse, OfASingularTransformIsNotFinite) {
+  EXPECT_FALSE(isFinite(inverse({{{1, 2, 3}, {2, 4, 6}, {0, 0, 1}}})));
+  EXPECT_FALSE(isFinite(inverse({})));
+}
+
 TEST(OnSameSide, HoldsOnEitherSideOfTheHorizon) {
   EXPECT_TRUE(onSameSide(kHorizonAtTwo, {1.9, 5}, {-9, 0}));
   EXPECT_TRUE(onSameSide(kHorizonAtTwo, {2.1, 5}, {9, 0}));

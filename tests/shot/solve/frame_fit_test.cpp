@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <random>
 
+#include "shot/solve/surface_map.h"
 #include "tests/shot/solve/small_shots.h"
 
 using namespace cornerpin;
@@ -468,7 +469,7 @@ namespace {
 // A fitter with frame 0 as its base, and its sweep.
 struct Fitting {
   explicit Fitting(const Tracks& shot, Loss loss = Loss::None)
-      : tracks(shot), base(tracks, 0), fitter(base, units, base.places(), optionsOf(loss)) {}
+      : tracks(shot), base(tracks, 0), fitter(units, optionsOf(loss)) {}
 
   static SolveOptions optionsOf(Loss loss) {
     SolveOptions options;
@@ -476,13 +477,15 @@ struct Fitting {
     return options;
   }
 
-  FrameFit fit(int frame) { return fitter.fit(base.matchesIn(tracks, frame), sweep); }
+  FrameFit fit(int frame) { return fitter.fit(map.matchesIn(tracks, frame), sweep); }
 
   Tracks tracks;
   BaseFrame base;
   ShotUnits units = {Similarity::fitting(base.places()), Similarity::fitting(base.places())};
+  SurfaceMap map{base, tracks.names.size()};
   FrameFitter fitter;
-  Sweep sweep{fitter.identity(), kIdentity, false, SweepMemory(tracks.names.size())};
+  Sweep sweep{toLibrary(kIdentity), kIdentity, false, SweepMemory(tracks.names.size()),
+              squareAround(base.places())};
 };
 
 Homography asFile(const Fitting& fitting, const LibraryTransform& m) {
@@ -537,12 +540,12 @@ TEST(FrameFitter, TakesTheCheaperOfTwoStartsOnceTheChainIsBroken) {
     if (o.frame > 0) o.x += upTo(4, random);
   }
   Fitting fitting(tracks);
-  LibraryFit library(fitting.base, fitting.units);
+  LibraryFit library(fitting.units);
   fitting.sweep.chainBroken = true;
   int linear = 0;
   int neighbour = 0;
   for (int frame = 1; frame < 60; ++frame) {
-    const Matches matches = fitting.base.matchesIn(tracks, frame);
+    const Matches matches = fitting.map.matchesIn(tracks, frame);
     ASSERT_TRUE(library.load(matches));
     const LibraryResult from = library.from(fitting.sweep.start);
     const LibraryResult other = library.fromLinearFit();

@@ -10,6 +10,7 @@
 
 #include "cornerpin/cornerpin.h"
 #include "shot/files/track_csv.h"
+#include "shot/solve/surface_map.h"
 #include "tests/shot/solve/small_shots.h"
 
 using namespace cornerpin;
@@ -115,7 +116,7 @@ const ShotUnits kFileAlone;  // the file's unit for everything
 struct TwoFrames {
   Tracks tracks = movingShot(2);
   BaseFrame base{tracks, 0};
-  Matches matches = base.matchesIn(tracks, 1);
+  Matches matches = SurfaceMap(base, tracks.names.size()).matchesIn(tracks, 1);
 };
 
 }  // namespace
@@ -128,10 +129,10 @@ TEST(LibraryFit, HasTheWeightedCostInTheFilesUnit) {
     tracks.observations[i].weight = 0.5f * static_cast<float>(i);
   }
   const BaseFrame base(tracks, 0);
-  const Matches matches = base.matchesIn(tracks, 1);
-  LibraryFit fit(base, {unit, unit});
+  const Matches matches = SurfaceMap(base, tracks.names.size()).matchesIn(tracks, 1);
+  LibraryFit fit({unit, unit});
   ASSERT_TRUE(fit.load(matches));
-  const LibraryResult result = fit.from(fit.identity());
+  const LibraryResult result = fit.from(toLibrary(kIdentity));
   ASSERT_EQ(result.shortfall, Shortfall::None);
   double cost = 0.0;
   for (std::size_t i = 0; i < 5; ++i) {
@@ -154,19 +155,19 @@ TEST(LibraryFit, ForgetsTheTracksOfTheFrameBefore) {
     match.present.x += 7.0 * static_cast<double>(i);
     bent.add(match);
   }
-  LibraryFit used(two.base, kFileAlone);
+  LibraryFit used(kFileAlone);
   ASSERT_TRUE(used.load(bent));
-  used.from(used.identity());
+  used.from(toLibrary(kIdentity));
   ASSERT_TRUE(used.load(four));
-  LibraryFit fresh(two.base, kFileAlone);
+  LibraryFit fresh(kFileAlone);
   ASSERT_TRUE(fresh.load(four));
-  EXPECT_EQ(used.from(used.identity()).h, fresh.from(fresh.identity()).h);
+  EXPECT_EQ(used.from(toLibrary(kIdentity)).h, fresh.from(toLibrary(kIdentity)).h);
 }
 
 TEST(LibraryFit, FindsAnExactTransformFromTheLinearSolution) {
   const TwoFrames two;
   const Similarity unit = {{300, 250}, 0.005};
-  LibraryFit fit(two.base, {unit, unit});
+  LibraryFit fit({unit, unit});
   ASSERT_TRUE(fit.load(two.matches));
   const LibraryResult result = fit.fromLinearFit();
   EXPECT_EQ(result.shortfall, Shortfall::None);
@@ -183,9 +184,9 @@ TEST(LibraryFit, TakesNoPositionBeyondSinglePrecision) {
   see(tracks, 1, 2, {0, -3.5e38});
   see(tracks, 1, 3, {3.4e38, -3.4e38});
   const BaseFrame base(tracks, 0);
-  LibraryFit fit(base, kFileAlone);
+  LibraryFit fit(kFileAlone);
   for (int frame : {1, 2, 3}) {
-    const Matches matches = base.matchesIn(tracks, frame);
+    const Matches matches = SurfaceMap(base, tracks.names.size()).matchesIn(tracks, frame);
     EXPECT_EQ(fit.load(matches), frame == 3) << frame;
   }
 }

@@ -223,7 +223,7 @@ TEST(SolveShot, LooksOnlyAtTracksWithAWeightInTheBaseFrame) {
     EXPECT_EQ(a.leftOut, 1);
     EXPECT_EQ(a.frames[1].tracks, 5);
     EXPECT_EQ(a.frames[1].h, b.frames[1].h);
-    EXPECT_EQ(a.corners[2].x, 500.0);
+    EXPECT_EQ(a.quads[0].corners[2].x, 500.0);
     EXPECT_EQ(a.baseCentre.x, 295.0);  // between 90 and 500
     EXPECT_EQ(a.baseCentre.y, 260.0);  // between 100 and 420
   }
@@ -316,5 +316,5 @@ TEST(SolveShot, MeasuresInTheFilesUnit) {
   EXPECT_EQ(twice.rms, 2 * once.rms);
   EXPECT_EQ(twice.goodRms, 2 * once.goodRms);
   EXPECT_DOUBLE_EQ(twice.figures.noise, 2 * once.figures.noise);
-  EXPECT_DOUBLE_EQ(twice.figures.deviations[0], 2 * once.figures.deviations[0]);
+  EXPECT_DOUBLE_EQ(twice.figures.deviations()[0], 2 * once.figures.deviations()[0]);
 }

@@ -50,7 +50,7 @@ Tracks noisyShot(int count, double noise, unsigned seed) {
 SolveOptions fromTheFirstFrame(const std::optional<Quad>& corners = {}) {
   SolveOptions options;
   options.base = 0;
-  options.corners = corners;
+  if (corners) options.quads = {{"quad", *corners}};
   options.influences = true;
   return options;
 }
@@ -76,7 +76,7 @@ TEST(Trust, GivesTheSpreadOfTheCornersOverAThousandNoisyCopiesOfAShot) {
         const Point p = map(result.frames[f].h, kCorners[c]);
         const Point q = map(motion(static_cast<int>(f)), kCorners[c]);
         seen[f][c] += (std::pow(p.x - q.x, 2) + std::pow(p.y - q.y, 2)) / kCopies;
-        figure[f][c] += std::pow(result.frames[f].figures.deviations[c], 2) / kCopies;
+        figure[f][c] += std::pow(result.frames[f].figures.deviations()[c], 2) / kCopies;
       }
     }
   }
@@ -104,7 +104,7 @@ TEST(Trust, GivesTheSpreadOfTheCornersWithBadTracksAmongTheGood) {
       const Point p = map(result.frames[2].h, kCorners[c]);
       const Point q = map(motion(2), kCorners[c]);
       seen[c] += (std::pow(p.x - q.x, 2) + std::pow(p.y - q.y, 2)) / kCopies;
-      figure[c] += std::pow(result.frames[2].figures.deviations[c], 2) / kCopies;
+      figure[c] += std::pow(result.frames[2].figures.deviations()[c], 2) / kCopies;
     }
   }
   for (std::size_t c = 0; c < 4; ++c) {
@@ -135,7 +135,7 @@ TEST(Trust, GivesBadTracksNoWeightAndNoInfluence) {
 TEST(Trust, IsAboutTheBoxAroundTheBaseFramesTracksUnlessToldOtherwise) {
   const Tracks tracks = noisyShot(3, 0.0, 1);
   const ShotResult result = solveShot(tracks, fromTheFirstFrame());
-  const Quad box = result.corners;
+  const Quad box = result.quads[0].corners;
   const auto& rows = tracks.observations;
   EXPECT_EQ(box[0].x, std::min({rows[0].x, rows[1].x, rows[2].x}));
   EXPECT_EQ(box[0].y, std::min({rows[0].y, rows[1].y, rows[2].y}));
@@ -143,7 +143,7 @@ TEST(Trust, IsAboutTheBoxAroundTheBaseFramesTracksUnlessToldOtherwise) {
   EXPECT_EQ(box[2].y, std::max({rows[0].y, rows[1].y, rows[2].y}));
   EXPECT_EQ(box[1].x, box[2].x);
   EXPECT_EQ(box[1].y, box[0].y);
-  EXPECT_EQ(solveShot(tracks, fromTheFirstFrame(kCorners)).corners[3].x, kCorners[3].x);
+  EXPECT_EQ(solveShot(tracks, fromTheFirstFrame(kCorners)).quads[0].corners[3].x, kCorners[3].x);
 }
 
 namespace {
@@ -230,7 +230,7 @@ void expectFigures(const FrameFigures& figures, const DenseFigures& dense) {
   EXPECT_GT(figures.noise, 0.01);
   EXPECT_NEAR(figures.noise / dense.noise(), 1.0, 1e-7);
   for (std::size_t c = 0; c < 4; ++c) {
-    EXPECT_NEAR(figures.deviations[c] / dense.deviationAt(kCorners[c]), 1.0, 1e-6) << c;
+    EXPECT_NEAR(figures.deviations()[c] / dense.deviationAt(kCorners[c]), 1.0, 1e-6) << c;
   }
 }
 
@@ -307,7 +307,7 @@ TEST(Trust, NamesATrackThatMovesACornerByAThousandthOfTheExtent) {
     }
     return solveShot(tracks, plain);
   };
-  const Quad box = worstWith(0.0).corners;
+  const Quad box = worstWith(0.0).quads[0].corners;
   const double extent = box[2].x - box[0].x;
   ASSERT_GT(extent, box[2].y - box[0].y);
   for (double share : {0.99e-3, 1.01e-3}) {
@@ -352,19 +352,19 @@ TEST(Trust, GivesATrackBehindTheHorizonNoWeightWhereverItIsSeen) {
 TEST(Trust, LeavesATrackThatIsFarAwayOutOfTheBox) {
   Tracks tracks = noisyShot(8, 0.0, 1);
   tracks.observations[5].x = 1e5;
-  EXPECT_LT(solveShot(tracks, fromTheFirstFrame()).corners[2].x, 1e4);
+  EXPECT_LT(solveShot(tracks, fromTheFirstFrame()).quads[0].corners[2].x, 1e4);
   SolveOptions plain = fromTheFirstFrame();
   plain.loss = Loss::None;
-  EXPECT_EQ(solveShot(tracks, plain).corners[2].x, 1e5);
+  EXPECT_EQ(solveShot(tracks, plain).quads[0].corners[2].x, 1e5);
 }
 
 TEST(Trust, SaysNothingOfWhatItCannotKnow) {
   const Tracks tracks = noisyShot(4, 0.1, 1);
   const ShotResult result = solveShot(tracks, fromTheFirstFrame(kCorners));
   EXPECT_TRUE(std::isnan(result.frames[0].figures.noise));
-  EXPECT_EQ(result.frames[0].figures.deviations, (std::array<double, 4>{}));
+  EXPECT_EQ(result.frames[0].figures.deviations(), (std::array<double, 4>{}));
   EXPECT_TRUE(std::isnan(result.frames[1].figures.noise));
-  EXPECT_TRUE(std::isnan(result.frames[1].figures.deviations[0]));
+  EXPECT_TRUE(std::isnan(result.frames[1].figures.deviations()[0]));
   EXPECT_TRUE(result.worst.empty());
 }
 
@@ -372,8 +372,8 @@ TEST(Trust, HasNoFigureForACornerBehindTheHorizon) {
   const Tracks tracks = noisyShot(12, 0.5, 1);
   const Quad far = {{{100, 100}, {500, 100}, {500, 400}, {-2e4, 400}}};
   const ShotResult result = solveShot(tracks, fromTheFirstFrame(far));
-  EXPECT_GT(result.frames[2].figures.deviations[0], 0.0);
-  EXPECT_TRUE(std::isnan(result.frames[2].figures.deviations[3]));
+  EXPECT_GT(result.frames[2].figures.deviations()[0], 0.0);
+  EXPECT_TRUE(std::isnan(result.frames[2].figures.deviations()[3]));
 }
 
 TEST(Trust, HandsEveryTrackOfEveryOtherFrameOver) {
