@@ -19,7 +19,7 @@ constexpr double kMostInflation = 1e12;
 // The slopes of x and y at p; `h` matters to the projective model alone, which is the only one that
 // is not linear in its parameters. The parameters are: of a translation its shift; of a similarity
 // a, b and the shift in (a x - b y + c, b x + a y + d); of the others the transform's elements row
-// by row. With X = U / s, dX/dh0i = m_i / s and dX/dh2i = -X m_i / s.
+// by row.
 Slopes slopesOf(Model model, const Homography& h, Point p) {
   switch (model) {
     case Model::Held:
@@ -33,11 +33,7 @@ Slopes slopesOf(Model model, const Homography& h, Point p) {
     case Model::Projective:
       break;
   }
-  const double s = denominator(h, p);
-  const Point q = map(h, p);
-  const Point a = {p.x / s, p.y / s};
-  return {{a.x, a.y, 1.0 / s, 0.0, 0.0, 0.0, -q.x * a.x, -q.x * a.y},
-          {0.0, 0.0, 0.0, a.x, a.y, 1.0 / s, -q.y * a.x, -q.y * a.y}};
+  return slopesOf(h, p);
 }
 
 Homography stepped(Homography h, const Parameters& step) {
@@ -51,6 +47,15 @@ double dot(const Parameters& a, const Parameters& b) {
   double sum = 0.0;
   for (std::size_t i = 0; i < kSize; ++i) sum += a[i] * b[i];
   return sum;
+}
+
+// With X = U / s, dX/dh0i = m_i / s and dX/dh2i = -X m_i / s.
+Slopes slopesOf(const Homography& h, Point p) {
+  const double s = denominator(h, p);
+  const Point q = map(h, p);
+  const Point a = {p.x / s, p.y / s};
+  return {{a.x, a.y, 1.0 / s, 0.0, 0.0, 0.0, -q.x * a.x, -q.x * a.y},
+          {0.0, 0.0, 0.0, a.x, a.y, 1.0 / s, -q.y * a.x, -q.y * a.y}};
 }
 
 LinearisedFit::LinearisedFit(const Matches& matches, const FittedFrame& frame)

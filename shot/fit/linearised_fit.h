@@ -32,6 +32,9 @@ struct Slopes {
   Parameters y{};
 };
 
+/// Those of a homography's first eight elements, row by row, at p; the last is 1.
+Slopes slopesOf(const Homography& h, Point p);
+
 /// A symmetric 2 x 2 matrix.
 struct Symmetric2 {
   double trace() const { return xx + yy; }

@@ -11,8 +11,7 @@ const char* nameOf(Loss loss) {
   return loss == Loss::Cauchy ? "cauchy" : "tukey";
 }
 
-double lossWeight(Loss loss, double residual, double width) {
-  const double square = residual * residual;
+BentSquare bentSquare(Loss loss, double square, double width) {
   Lanes losses = {square, square, square, square};
   Lanes weights = {1.0, 1.0, 1.0, 1.0};
   switch (loss) {
@@ -28,7 +27,11 @@ double lossWeight(Loss loss, double residual, double width) {
       bend<Loss::Tukey>(width, losses, weights);
       break;
   }
-  return weights[0];
+  return {losses[0], weights[0]};
+}
+
+double lossWeight(Loss loss, double residual, double width) {
+  return bentSquare(loss, residual * residual, width).weight;
 }
 
 }  // namespace cornerpin

@@ -11,8 +11,15 @@ enum class Loss { None, Huber, Cauchy, Tukey };
 /// "none", "huber", "cauchy", "tukey".
 const char* nameOf(Loss loss);
 
-/// What the loss multiplies the squared weight of a match by, the derivative of the loss by r^2: 1
-/// near 0. `width`, where the loss bends, has the unit of the residual.
+/// The loss of a squared residual, and its derivative by it: what the loss multiplies the squared
+/// weight of a match by.
+struct BentSquare {
+  double loss;
+  double weight;
+};
+BentSquare bentSquare(Loss loss, double square, double width);
+
+/// The weight alone, of a residual: 1 near 0. `width`, where the loss bends, has its unit.
 double lossWeight(Loss loss, double residual, double width);
 
 }  // namespace cornerpin

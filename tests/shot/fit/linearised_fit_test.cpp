@@ -58,6 +58,14 @@ TEST(Dot, SumsTheProducts) {
   EXPECT_EQ(dot({1, 2, 3, 4, 5, 6, 7, 8}, {1, 10, 100, 1e3, 1e4, 1e5, 1e6, 1e7}), 87654321.0);
 }
 
+// At (3, 4) the denominator is 2 and the image (5, 7).
+TEST(SlopesOf, AreThoseOfTheElementsOfAHomography) {
+  const Homography h = {{{2, 1, 0}, {1, 2, 3}, {0.2, 0.1, 1}}};
+  const Slopes slopes = slopesOf(h, {3, 4});
+  EXPECT_EQ(slopes.x, (Parameters{1.5, 2, 0.5, 0, 0, 0, -7.5, -10}));
+  EXPECT_EQ(slopes.y, (Parameters{0, 0, 0, 1.5, 2, 0.5, -10.5, -14}));
+}
+
 TEST(LinearisedFit, HasTheSlopesOfItsModelInTheTracksOwnBox) {
   // The box is 2 wide around (20, 30): (22, 31) lies at (2, 1).
   FittedFrame frame;

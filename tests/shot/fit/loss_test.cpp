@@ -32,6 +32,15 @@ TEST(LossWeight, OfWhatIsFarIsNothingForTukeyAlone) {
   EXPECT_EQ(lossWeight(Loss::Huber, 1e9, 1.0), 1e-9);
 }
 
+TEST(BentSquare, HasTheLossBesideItsWeight) {
+  EXPECT_EQ(bentSquare(Loss::None, 25.0, 1.0).loss, 25.0);
+  EXPECT_NEAR(bentSquare(Loss::Tukey, 2.25, 3.0).loss, 3.0 * (1.0 - 0.75 * 0.75 * 0.75), 1e-15);
+  EXPECT_EQ(bentSquare(Loss::Tukey, 2.25, 3.0).weight, 0.5625);
+  EXPECT_EQ(bentSquare(Loss::Tukey, 1e9, 3.0).loss, 3.0);
+  EXPECT_EQ(bentSquare(Loss::Huber, 16.0, 1.0).loss, 7.0);
+  EXPECT_EQ(bentSquare(Loss::Huber, 16.0, 1.0).weight, 0.25);
+}
+
 TEST(Loss, HasAName) {
   EXPECT_STREQ(nameOf(Loss::None), "none");
   EXPECT_STREQ(nameOf(Loss::Huber), "huber");
