@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_SURFACE_FRAME_EQUATIONS_H
+#define SHOT_SURFACE_FRAME_EQUATIONS_H
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "shot/fit/lapack.h"
+#include "shot/fit/linearised_fit.h"
+#include "shot/plane/similarity.h"
+#include "shot/surface/joint_shot.h"
+
+namespace cornerpin {
+
+/// Numbers for the coordinates of the places in the front: x of a slot, its y, x of the next ...
+using FrontVector = std::vector<double>;
+
+/// A frame's part of the joint fit, linearised. With J how an image moves with the frame's eight
+/// parameters, D how it moves with the track's place, r the residual and w its weight, the frame's
+/// normal equations are
+///
+///     | A   B | | step of the parameters |   | g |    A = sum of w J'J     B_t = w J'D
+///     | B'  C | | step of the places     | = | c |    g = sum of w J'r     C_t = w D'D   c_t = w
+///     D'r
+///
+/// where C has a 2 x 2 block for each track and nothing between them. Eliminating the parameters,
+/// A = L L', leaves C - Y'Y and c - Y'l with Y = inv(L) B and l = inv(L) g. A fixed frame has C and
+/// c alone.
+///
+/// The parameters are those between coordinates of the frame's own tracks, as in `LinearisedFit`.
+class FrameEquations {
+ public:
+  /// What a place takes from a sighting.
+  struct Sighting {
+    std::size_t slot;
+    Symmetric2 c;
+    Point gradient;
+    Derivative d;
+  };
+
+  /// False when the frame does not take part, or its tracks do not fix its transform: fewer than
+  /// four of them, or nearly on a line. The rest then means nothing.
+  bool linearise(const JointShot& shot, std::size_t frame);
+
+  bool isFree() const { return free_; }
+  const std::vector<Sighting>& sightings() const { return sightings_; }
+  std::size_t width() const { return width_; }  ///< columns of Y: two for each slot
+  const double* y(std::size_t row) const { return y_.data() + row * width_; }
+  const Parameters& l() const { return l_; }
+
+  /// The transform after the step that follows from those of the places.
+  Homography stepped(const FrontVector& placeSteps) const;
+  /// How far the largest of these steps carries an image, in noises.
+  double largestMove(const FrontVector& placeSteps) const;
+
+  /// Takes the covariance of the places in the front, `width` x `width` within rows of `stride`.
+  void setCovariance(const FrontVector& ofPlaces, std::size_t stride);
+  /// That of the image of a point that is exact on the surface, once that of the places is set; not
+  /// a number on and behind the horizon.
+  Symmetric2 covarianceAt(Point surface) const;
+
+ private:
+  void add(const Match& match, std::size_t slot, SquareMatrix<8>& a);
+  bool factorise(const SquareMatrix<8>& a);
+  void eliminate();
+  Parameters solveUpper(Parameters v) const;
+  Parameters solve(Parameters v) const;
+  std::vector<double> response() const;
+
+  bool free_ = false;
+  double noise_ = 0.0;
+  Homography h_ = kIdentity;
+  Similarity from_;
+  Similarity to_;
+  Homography normalised_ = kIdentity;
+  std::size_t width_ = 0;
+  std::vector<Sighting> sightings_;
+  SquareMatrix<8> factor_{};                // L, by rows
+  std::vector<double> y_;                   // B, then Y, by rows
+  Parameters l_{};                          // g, then l
+  std::array<Parameters, 8> covariance_{};  // of the parameters
+};
+
+}  // namespace cornerpin
+
+#endif

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/surface/joint_covariances.h"
+
+#include "shot/fit/residuals.h"
+#include "shot/surface/joint_elimination.h"
+#include "shot/surface/joint_shot.h"
+#include "shot/surface/start_places.h"
+
+namespace cornerpin {
+
+namespace {
+
+// G V G'.
+Symmetric2 transformed(const Derivative& g, const Symmetric2& v) {
+  const double xx = g.Xx * v.xx + g.Xy * v.xy, xy = g.Xx * v.xy + g.Xy * v.yy;
+  const double yx = g.Yx * v.xx + g.Yy * v.xy, yy = g.Yx * v.xy + g.Yy * v.yy;
+  return {xx * g.Xx + xy * g.Xy, xx * g.Yx + xy * g.Yy, yx * g.Yx + yy * g.Yy};
+}
+
+Derivative inverse(const Derivative& d) {
+  const double determinant = d.Xx * d.Yy - d.Xy * d.Yx;
+  return {d.Yy / determinant, -d.Xy / determinant, -d.Yx / determinant, d.Xx / determinant};
+}
+
+class Covariances : public WayBack {
+ public:
+  Covariances(const JointShot& shot, const Points& points, std::vector<Place>& places)
+      : images(shot.frames.size(), std::vector<Symmetric2>(points.size(), Place{}.covariance)),
+        shot_(shot),
+        points_(points),
+        places_(places),
+        slots_(slotsOf(shot)),
+        covariance_(4 * slots_ * slots_) {
+    for (Place& place : places) place.covariance = Place{}.covariance;
+    for (std::size_t t = 0; t < places.size() && others_.empty(); ++t) {
+      const bool out = shot.lives.slots[t] == TrackLives::kNoSlot;
+      if (out && isKnown(places[t])) others_.resize(places.size());
+    }
+    eliminateAndReturn(shot, *this);
+    finish();
+  }
+
+  // With G what the track's step takes from the others' and P their covariance, its own is
+  // inverse + G P G', and that with them -G P.
+  void restore(const EliminatedTrack& track) override {
+    std::vector<double> gx = times(track.x), gy = times(track.y);
+    Symmetric2 own = track.inverse;
+    for (std::size_t i = 0; i < track.x.size(); ++i) {
+      own.xx += track.x[i] * gx[i];
+      own.xy += track.x[i] * gy[i];
+      own.yy += track.y[i] * gy[i];
+    }
+    const std::size_t i = 2 * track.slot;
+    for (std::size_t j = 0; j < 2 * slots_; ++j) {
+      at(i, j) = at(j, i) = -gx[j];
+      at(i + 1, j) = at(j, i + 1) = -gy[j];
+    }
+    at(i, i) = own.xx;
+    at(i, i + 1) = at(i + 1, i) = own.xy;
+    at(i + 1, i + 1) = own.yy;
+    if (track.inverse.xx > 0.0) places_[track.track].covariance = own;
+  }
+
+  void visit(std::size_t frame, FrameEquations& equations) override {
+    equations.setCovariance(covariance_, 2 * slots_);
+    for (std::size_t i = 0; i < points_.size(); ++i) {
+      images[frame][i] = equations.covarianceAt(points_[i]);
+    }
+    if (!others_.empty()) addOthers(frame, equations);
+  }
+
+  std::vector<std::vector<Symmetric2>> images;
+
+ private:
+  static std::size_t slotsOf(const JointShot& shot) {
+    std::size_t slots = 0;
+    for (std::size_t extent : shot.lives.extents) slots = extent > slots ? extent : slots;
+    return slots;
+  }
+
+  double& at(std::size_t i, std::size_t j) { return covariance_[i * 2 * slots_ + j]; }
+
+  // P v, P being symmetric.
+  std::vector<double> times(const std::vector<double>& v) const {
+    std::vector<double> product(2 * slots_, 0.0);
+    for (std::size_t i = 0; i < v.size(); ++i) {
+      const double* row = covariance_.data() + i * 2 * slots_;
+      for (std::size_t j = 0; j < product.size(); ++j) product[j] += v[i] * row[j];
+    }
+    return product;
+  }
+
+  // A track that is left out.
+  struct Other {
+    Symmetric2 information;  // sum of w D'D over its sightings
+    Symmetric2 transforms;   // of the transforms' covariances on the surface, by the trace of that
+  };
+
+  void addOthers(std::size_t frame, const FrameEquations& equations) {
+    const Homography& h = shot_.frames[frame].h;
+    const Matches matches = shot_.observations(frame);
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+      Match match = matches[i];
+      const auto t = static_cast<std::size_t>(match.track);
+      if (shot_.lives.slots[t] != TrackLives::kNoSlot || !isSighting(match)) continue;
+      match.base = places_[t].point;
+      if (!isKnown(places_[t]) || !(denominator(h, match.base) > kHorizon)) continue;
+      const double noise = shot_.noise[frame];
+      const double w = match.weight * match.weight * jointLoss(residual(match, h), noise).weight /
+                       (noise * noise);
+      const Derivative d = derivative(h, match.base);
+      const Symmetric2 one = transformed({d.Xx, d.Yx, d.Xy, d.Yy}, {w, 0.0, w});
+      add(others_[t].information, one, 1.0);
+      add(others_[t].transforms, transformed(inverse(d), equations.covarianceAt(match.base)),
+          one.trace());
+    }
+  }
+
+  void finish() {
+    for (std::size_t t = 0; t < others_.size(); ++t) {
+      const auto [xx, xy, yy] = others_[t].information;
+      const Symmetric2& sum = others_[t].transforms;
+      const double determinant = xx * yy - xy * xy, weight = xx + yy;
+      if (!(determinant > 0.0)) continue;
+      places_[t].covariance = {yy / determinant + sum.xx / weight,
+                               -xy / determinant + sum.xy / weight,
+                               xx / determinant + sum.yy / weight};
+    }
+  }
+
+  static void add(Symmetric2& sum, const Symmetric2& one, double weight) {
+    sum.xx += weight * one.xx;
+    sum.xy += weight * one.xy;
+    sum.yy += weight * one.yy;
+  }
+
+  const JointShot& shot_;
+  const Points& points_;
+  std::vector<Place>& places_;
+  std::size_t slots_;
+  FrontVector covariance_;     // of the places alive
+  std::vector<Other> others_;  // by track; empty if nobody is left out
+};
+
+}  // namespace
+
+std::vector<std::vector<Symmetric2>> jointCovariances(const std::vector<JointFrame>& frames,
+                                                      std::vector<Place>& places,
+                                                      const ObservationsOf& observations,
+                                                      const Points& points) {
+  const JointShot shot = jointShot(frames, places, observations);
+  Covariances covariances(shot, points, places);
+  return std::move(covariances.images);
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_SURFACE_JOINT_FIT_H
+#define SHOT_SURFACE_JOINT_FIT_H
+
+#include <vector>
+
+#include "shot/surface/joint_frames.h"
+
+namespace cornerpin {
+
+/// Improves all transforms and all known places together: they minimise the sum of
+/// w^2 loss(r / noise) over all sightings, near where they start. The loss is Tukey's, which bends
+/// at seven noises (`noiseOf`).
+///
+/// Gauss-Newton on the reweighted squares with exact derivatives. It ends, with the best seen, when
+/// the next step would move no place by more than a thousandth of the noise in any frame that shows
+/// it, after 10 steps, or when neither a step nor a half, a quarter or an eighth of it lowers the
+/// cost.
+///
+/// A free frame whose tracks do not fix its transform stays as it is and does not count. At most
+/// `kMostAlive` tracks that are alive at a time take part (`livesOf`); the others' places follow as
+/// the mean of the sightings that support them. The places' covariances are those of the start;
+/// `jointCovariances` has the new ones.
+///
+/// Work goes with the observations, and with the frames times the square of the tracks alive. No
+/// LAPACK; the same bits from every compiler.
+void fitJointly(std::vector<JointFrame>& frames, std::vector<Place>& places,
+                const ObservationsOf& observations);
+
+}  // namespace cornerpin
+
+#endif

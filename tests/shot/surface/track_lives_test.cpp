@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/surface/track_lives.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/shot/lists.h"
+
+using namespace cornerpin;
+
+namespace {
+
+constexpr int kNone = TrackLives::kNoSlot;
+
+// The tracks that each frame shows.
+TrackLives livesIn(const std::vector<std::vector<int>>& seen, std::vector<double> noise = {},
+                   std::vector<Place> places = {}) {
+  int tracks = 0;
+  for (const auto& frame : seen) {
+    for (int t : frame) tracks = t >= tracks ? t + 1 : tracks;
+  }
+  places.resize(static_cast<std::size_t>(tracks), Place{{0, 0}, {}});
+  if (noise.empty()) noise.assign(seen.size(), 1.0);
+  return livesOf(noise, places, [&](std::size_t f) {
+    Matches matches;
+    for (int t : seen[f]) matches.add({{}, {}, 1.0, t});
+    return matches;
+  });
+}
+
+std::vector<int> range(int first, int last) {
+  std::vector<int> list;
+  for (int t = first; t < last; ++t) list.push_back(t);
+  return list;
+}
+
+}  // namespace
+
+TEST(LivesOf, GivesATrackASlotFromItsFirstSightingToItsLast) {
+  const TrackLives lives = livesIn({{0, 1}, {0}, {1, 2}, {2, 3}});
+  EXPECT_EQ(lives.slots, (std::vector<int>{0, 1, 0, 1}));
+  EXPECT_EQ(lives.ending, (std::vector<std::vector<int>>{{}, {0}, {1}, {2, 3}}));
+  EXPECT_EQ(lives.extents, (std::vector<std::size_t>{2, 2, 2, 2}));
+  EXPECT_EQ(lives.meanLength, 2.0);  // of 2, 3, 2 and 1
+}
+
+TEST(LivesOf, ReachesUpToTheHighestSlotInUse) {
+  const TrackLives lives = livesIn({{0}, {0, 1, 2}, {2}, {}, {3}});
+  EXPECT_EQ(lives.slots, (std::vector<int>{0, 1, 2, 0}));
+  EXPECT_EQ(lives.extents, (std::vector<std::size_t>{1, 3, 3, 0, 1}));
+}
+
+TEST(LivesOf, LeavesOutUnknownPlacesAndFramesThatTakeNoPart) {
+  const TrackLives lives =
+      livesIn({{0, 1}, {0, 1, 2}, {0, 1}}, {1.0, 1.0, 0.0}, {{{1, 2}, {}}, {}, {{3, 4}, {}}});
+  EXPECT_EQ(lives.slots, (std::vector<int>{0, kNone, 1}));
+  EXPECT_EQ(lives.ending, (std::vector<std::vector<int>>{{}, {0, 2}, {}}));
+}
+
+TEST(LivesOf, OfAnEmptyShotIsEmpty) {
+  EXPECT_TRUE(livesIn({}).slots.empty());
+  EXPECT_EQ(livesIn({{}, {}}).extents, (std::vector<std::size_t>{0, 0}));
+}
+
+// Tracks 0 to 9 in the first frame, 10 to 209 in both: the latter have more sightings.
+TEST(LivesOf, TakesThoseWithMostSightingsFirst) {
+  const TrackLives lives = livesIn({range(0, 210), range(10, 210)});
+  for (int t = 0; t < 210; ++t) {
+    EXPECT_EQ(lives.slots[static_cast<std::size_t>(t)] == kNone, t < 10) << t;
+  }
+  EXPECT_EQ(lives.extents, (std::vector<std::size_t>{200, 200}));
+}
+
+TEST(LivesOf, TakesTheLowerIndexOfEquals) {
+  const TrackLives lives = livesIn({range(0, 210)});
+  for (int t = 0; t < 210; ++t) {
+    EXPECT_EQ(lives.slots[static_cast<std::size_t>(t)] == kNone, t >= 200) << t;
+  }
+}
+
+// The second frame is full of 200 with two sightings each, one of them before and one after that
+// frame; 200 and 201, which do not meet it, find room.
+TEST(LivesOf, TakesATrackWhereverThereIsRoomInItsLife) {
+  std::vector<std::vector<int>> seen = {range(0, 100), range(0, 200), range(100, 200), {}};
+  seen[0].push_back(200);  // in the first
+  seen[2].push_back(201);  // in the third and the fourth
+  seen[3].push_back(201);
+  seen[0].push_back(202);  // in the first and the fourth: alive in the second
+  seen[3].push_back(202);
+  const TrackLives lives = livesIn(seen);
+  for (std::size_t t = 0; t < 202; ++t) EXPECT_NE(lives.slots[t], kNone) << t;
+  EXPECT_EQ(lives.slots[202], kNone);
+}
