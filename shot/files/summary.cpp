@@ -14,6 +14,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kListed = 5;
+constexpr int kFewest = static_cast<int>(kFewestTracks);
 
 // Four decimals, or three digits of what these would hide or stretch.
 std::string decimals(double value) {
@@ -67,6 +68,22 @@ std::string goodTracks(const ShotResult& result) {
                      stages[0], stages[1], stages[2], result.seed);
 }
 
+// The tracks that the base frame lacks, and what those that take part are good for.
+std::string handOver(const ShotResult& result) {
+  if (result.handedOver == 0) return {};
+  int with = 0;
+  int needed = 0;
+  for (const FrameResult& f : result.frames) {
+    if (f.handedOver > 0) ++with;
+    if (f.tracks >= kFewest && f.tracks - f.handedOver < kFewest) ++needed;
+  }
+  return fmt::format(
+      "hand-over     {} tracks that the base frame lacks, in {} frames; {} of these have fewer "
+      "than "
+      "{} others\n",
+      result.handedOver, with, needed, kFewest);
+}
+
 std::string worstTracks(const ShotResult& result) {
   std::string text;
   for (const WorstTrack& track : result.worst) {
@@ -109,6 +126,7 @@ std::string summaryTable(const ShotResult& result) {
       fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
   text += result.leftOut > 0 ? fmt::format(", {} absent there and left out)\n", result.leftOut)
                              : ", none left out)\n";
+  text += handOver(result);
   text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());
   text += fmt::format("reduced       {}\n", s.reduced);
   text += fmt::format("held          {}\n", s.held);

@@ -20,6 +20,9 @@ struct FittedFrame {
   Homography kept = kIdentity;
   Homography h = kIdentity;
   std::vector<double> weights;  ///< of each match in the last step of the fit
+  /// How noisy the base places are, as a share of the noise in the frame: 1 where one frame has
+  /// told them, 0 where many have.
+  double placeNoise = 1.0;
 };
 
 using Parameters = std::array<double, 8>;

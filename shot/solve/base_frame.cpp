@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
 
@@ -47,6 +48,10 @@ BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame) {
   if (places_.empty()) {
     throw std::invalid_argument(fmt::format("base frame {} has no track", frame));
   }
+}
+
+bool BaseFrame::sees(int track) const {
+  return std::binary_search(tracks_.begin(), tracks_.end(), track);
 }
 
 Points surfacePlaces(const Points& base, Loss loss) {

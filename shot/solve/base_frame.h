@@ -25,6 +25,7 @@ class BaseFrame {
   /// The tracks, in their order, and their places here.
   const std::vector<int>& tracks() const { return tracks_; }
   const Points& places() const { return places_; }
+  bool sees(int track) const;
 
  private:
   int frame_;

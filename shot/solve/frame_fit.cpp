@@ -81,6 +81,7 @@ FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
     fit.verdict.model = Model::Projective;
     fit.verdict.origin = fit.robust.origin;
     sweep.start = transform;
+    if (loss_ != Loss::None) sweep.memory.rememberGood(file, fit.robust.good);
   } else {
     sweep.chainBroken = true;
     fit.h = sweep.neighbour;

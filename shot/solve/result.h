@@ -23,7 +23,8 @@ struct FrameResult {
   int frame = 0;
   Homography h{};  ///< base frame to this frame; the last element is 1
   Verdict verdict;
-  int tracks = 0;  ///< active ones: weight above 0, and their places on the surface known
+  int tracks = 0;      ///< active ones: weight above 0, and their places on the surface known
+  int handedOver = 0;  ///< of these, the ones that are absent from the base frame
   /// Root of the mean squared distance between the active tracks and where `h` carries their
   /// places on the surface, unweighted; NaN without active tracks, and where a held transform
   /// carries one nowhere.
@@ -58,8 +59,9 @@ std::string describe(const WorstTrack& track);
 
 struct ShotResult {
   int baseFrame = 0;
-  int baseTracks = 0;  ///< tracks that take part
-  int leftOut = 0;     ///< tracks absent from the base frame, which take part nowhere
+  int baseTracks = 0;  ///< tracks seen in the base frame
+  int handedOver = 0;  ///< tracks absent from the base frame that take part; 0 where none is needed
+  int leftOut = 0;     ///< all others, which take part nowhere
   Units units = Units::Fit;
   Loss loss = Loss::None;
   std::uint64_t seed = 1;

@@ -3,12 +3,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
+#include "shot/solve/hand_over.h"
 #include "shot/solve/surface_map.h"
+#include "shot/surface/joint_covariances.h"
+#include "shot/surface/joint_fit.h"
+#include "shot/surface/start_places.h"
 #include "shot/trust/final_weights.h"
 
 namespace cornerpin {
@@ -54,13 +59,15 @@ class ShotSolver {
     result_.baseCentre = units_.fileToFit.centre;
     result_.quads = quadsOf(options, surface_);
     result_.frames.resize(static_cast<std::size_t>(tracks.frameCount()));
+    total_ = result_.frames.size();
+    if (handsOver()) total_ += total_ - 1;  // the base frame is fitted to nothing
     for (const NamedQuad& quad : result_.quads) quads_.push_back(quad.corners);
   }
 
   ShotResult solve() {
     addBaseFrame();
-    sweep(+1, tracks_.lastFrame());
-    sweep(-1, tracks_.firstFrame());
+    handsOver() ? learnAndSweep() : sweepBothWays(false);
+    if (result_.handedOver > 0) findJointCovariances();
     addTrust(+1, tracks_.lastFrame());
     addTrust(-1, tracks_.firstFrame());
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
@@ -72,6 +79,57 @@ class ShotSolver {
  private:
   FrameResult& resultOf(int frame) {
     return result_.frames[static_cast<std::size_t>(frame - tracks_.firstFrame())];
+  }
+
+  // Whether there are tracks that could be handed to.
+  bool handsOver() const {
+    return options_.handOver && options_.loss != Loss::None &&
+           tracks_.names.size() > base_.tracks().size();
+  }
+
+  // Both sweeps learn the places of tracks that the base frame lacks. Where that was any use they
+  // are refined together with all transforms, and the shot is swept once more.
+  void learnAndSweep() {
+    sweepBothWays(true);
+    const ObservationsOf observations = observationsOf(tracks_);
+    std::vector<JointFrame> frames = jointFrames();
+    places_ = startPlaces(frames, observations, tracks_.names.size());
+    const bool useful = usesOthers();
+    if (useful) fitJointly(frames, places_, observations);
+    for (std::size_t t = 0; t < places_.size(); ++t) {
+      const int track = static_cast<int>(t);
+      if (!isKnown(places_[t]) || base_.sees(track)) continue;
+      map_.setPlace(track, places_[t].point);
+      if (useful) ++result_.handedOver;
+    }
+    result_.leftOut -= result_.handedOver;
+    if (useful) sweepBothWays(false);
+  }
+
+  // Whether a frame was fitted to tracks that the base frame lacks.
+  bool usesOthers() const {
+    return std::any_of(result_.frames.begin(), result_.frames.end(),
+                       [](const FrameResult& frame) { return frame.handedOver > 0; });
+  }
+
+  std::vector<JointFrame> jointFrames() const {
+    std::vector<JointFrame> frames;
+    for (const FrameResult& frame : result_.frames) {
+      JointFrame::Part part = JointFrame::Part::None;
+      if (frame.verdict.status == Status::Base) part = JointFrame::Part::Fixed;
+      if (frame.verdict.status == Status::Solved) part = JointFrame::Part::Free;
+      frames.push_back({frame.h, part, std::isfinite(frame.sigma) ? frame.sigma : 0.0});
+    }
+    return frames;
+  }
+
+  // Of the corners of all quads, in every frame, with all that the shot's other frames say.
+  void findJointCovariances() {
+    Points corners;
+    for (const Quad& quad : quads_) {
+      for (Point corner : quad) corners.add(corner);
+    }
+    covariances_ = jointCovariances(jointFrames(), places_, observationsOf(tracks_), corners);
   }
 
   void addBaseFrame() {
@@ -90,23 +148,47 @@ class ShotSolver {
             squareAround(surface_)};
   }
 
+  void sweepBothWays(bool learns) {
+    sweep(+1, tracks_.lastFrame(), learns);
+    sweep(-1, tracks_.firstFrame(), learns);
+  }
+
   // From the base frame to the last one, each frame from its neighbour.
-  void sweep(int step, int last) {
+  void sweep(int step, int last, bool learns) {
     Sweep sweep = startOfSweep();
+    std::optional<LearningMap> learning;
+    if (learns) learning.emplace(base_, tracks_.names.size());
     for (int frame = base_.frame(); frame != last;) {
       frame += step;
-      const Matches file = map_.matchesIn(tracks_, frame);
-      const FrameFit fit = fitter_.fit(file, sweep);
-      FrameResult& result = resultOf(frame);
-      result.frame = frame;
-      result.h = fit.h;
-      result.verdict = fit.verdict;
-      result.tracks = static_cast<int>(file.size());
-      result.rms = rmsResidual(file, fit.h);
-      if (fit.robust.found) addRobust(fit, result);
-      if (fit.verdict.status == Status::Solved) addSolved(file, fit, sweep.memory, result);
+      const SurfaceMap& map = learning ? learning->map() : map_;
+      Matches file = map.matchesIn(tracks_, frame);
+      const FrameFit fit = fitHandedOver(fitter_, base_, file, sweep);
+      record(frame, file, fit);
+      if (learning && fit.verdict.status == Status::Solved) {
+        learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,
+                        units_.lengthFromFit(fit.robust.sigma));
+      }
       report();
     }
+  }
+
+  void record(int frame, const Matches& file, const FrameFit& fit) {
+    FrameResult& result = resultOf(frame);
+    result = {};
+    result.frame = frame;
+    result.h = fit.h;
+    result.verdict = fit.verdict;
+    result.tracks = static_cast<int>(file.size());
+    result.handedOver = handedOverIn(file);
+    result.rms = rmsResidual(file, fit.h);
+    if (fit.robust.found) addRobust(fit, result);
+    if (fit.verdict.status == Status::Solved) addSolved(file, fit, result);
+  }
+
+  int handedOverIn(const Matches& matches) const {
+    const auto& tracks = matches.tracks();
+    return static_cast<int>(
+        std::count_if(tracks.begin(), tracks.end(), [this](int t) { return !base_.sees(t); }));
   }
 
   // What the robust fit says of the frame's errors, where the frame was fitted.
@@ -116,8 +198,7 @@ class ShotSolver {
     result.good = static_cast<int>(fit.robust.goodCount);
   }
 
-  void addSolved(const Matches& file, const FrameFit& fit, SweepMemory& memory,
-                 FrameResult& result) const {
+  void addSolved(const Matches& file, const FrameFit& fit, FrameResult& result) const {
     if (options_.loss == Loss::None) {
       result.good = result.tracks;
       result.goodRms = result.rms;
@@ -126,7 +207,6 @@ class ShotSolver {
     result.loss = fit.robust.loss;
     result.width = units_.lengthFromFit(fit.robust.width);
     result.goodRms = rmsResidual(file.subset(fit.robust.good), result.h);
-    memory.rememberGood(file, fit.robust.good);
   }
 
   // Whether the frame's fit told good tracks from bad ones.
@@ -140,8 +220,15 @@ class ShotSolver {
     for (int frame = base_.frame(); frame != last;) {
       const Homography& neighbour = resultOf(frame).h;
       frame += step;
-      addTrust(map_.matchesIn(tracks_, frame), neighbour, resultOf(frame));
+      FrameResult& result = resultOf(frame);
+      addTrust(usedIn(result), neighbour, result);
     }
+  }
+
+  // The matches that a frame was fitted to.
+  Matches usedIn(const FrameResult& result) const {
+    const Matches known = map_.matchesIn(tracks_, result.frame);
+    return result.handedOver > 0 ? known : known.subset(seenIn(base_, known));
   }
 
   // The figures of trust: of the frame about its good tracks alone, of each track with the weight
@@ -150,8 +237,10 @@ class ShotSolver {
     const Point front = result_.baseCentre;
     FittedFrame fitted{result.verdict.model, kIdentity, result.h, file.weights()};
     if (result.verdict.onTop) fitted.kept = neighbour;
+    if (result.handedOver > 0) fitted.placeNoise = 0.0;
     if (toldBad(result)) fitted.weights = goodWeights(file, result.h, front, result.sigma);
     result.figures = figuresOf(file, fitted, quads_, front);
+    if (result.handedOver > 0 && result.verdict.status == Status::Solved) takeJoint(result);
     if (toldBad(result) && result.verdict.status == Status::Solved) {
       fitted.weights = lossWeights(file, result.h, front, result.loss, result.width);
     }
@@ -160,9 +249,18 @@ class ShotSolver {
     if (options_.influences) result.influences = std::move(influences);
   }
 
+  // The covariances of a frame that was fitted to places which others have told.
+  void takeJoint(FrameResult& result) const {
+    const auto& all = covariances_[static_cast<std::size_t>(result.frame - tracks_.firstFrame())];
+    for (std::size_t q = 0; q < quads_.size(); ++q) {
+      CornerCovariances& quad = result.figures.quads[q];
+      std::copy_n(all.begin() + static_cast<std::ptrdiff_t>(4 * q), 4, quad.begin());
+    }
+  }
+
   void report() {
     ++done_;
-    if (progress_) progress_(done_, result_.frames.size());
+    if (progress_) progress_(done_, total_);
   }
 
   const Tracks& tracks_;
@@ -173,10 +271,13 @@ class ShotSolver {
   ShotUnits units_;
   FrameFitter fitter_;
   SurfaceMap map_;
-  std::vector<Quad> quads_;  // in the base frame
+  std::vector<Place> places_;  // as the solved frames have told them; empty where nobody asked
+  std::vector<Quad> quads_;    // in the base frame
+  std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners
   WorstTracks worst_;
   ShotResult result_;
   std::size_t done_ = 0;
+  std::size_t total_ = 0;  // of the frames that are reported
 };
 
 }  // namespace

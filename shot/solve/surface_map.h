@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <vector>
 
+#include "shot/fit/linearised_fit.h"
 #include "shot/fit/matches.h"
+#include "shot/plane/homography.h"
 #include "shot/plane/points.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/tracks.h"
@@ -29,6 +31,48 @@ class SurfaceMap {
 
  private:
   std::vector<Point> places_;  // by track; NaN where it is not known
+};
+
+/// The map of one sweep, which learns the tracks that the base frame lacks from the frames that
+/// the sweep has solved.
+///
+/// A solved frame carries a track's place there back to the surface. The sightings of a track are
+/// averaged, each with the weight that the noise of its frame gives it on the surface. A track
+/// becomes known with the fifth sighting if the five agree as normal errors do but in one of 1,000
+/// tracks; otherwise its sightings are counted anew from the last one, so a track that slides is
+/// learnt where it comes to rest. From then on, each frame in which it is good adds to its average.
+class LearningMap {
+ public:
+  LearningMap(const BaseFrame& base, std::size_t tracks);
+
+  const SurfaceMap& map() const { return map_; }
+
+  /// \param seen     all tracks of the frame
+  /// \param matches  those of them that were known
+  /// \param good     of the matches, those that keep to their places
+  /// \param h        surface to frame
+  /// \param sigma    of a coordinate of a good track, in the file's unit
+  void learn(Tracks::Range seen, const Matches& matches, const std::vector<bool>& good,
+             const Homography& h, double sigma);
+
+ private:
+  // The sum over sightings at p of W, W p and p'W p, where inv(W) is the sighting's covariance.
+  struct Sightings {
+    void add(Point p, const Symmetric2& w);
+    Point mean() const;
+    bool agree() const;
+
+    int count = 0;
+    Symmetric2 w;
+    Point wp;
+    double pwp = 0.0;
+  };
+
+  void learn(int track, Point present, const Homography& h, double sigma, Point front);
+
+  SurfaceMap map_;
+  std::vector<Sightings> sightings_;  // by track
+  std::vector<bool> inBase_;          // by track: its place stays
 };
 
 }  // namespace cornerpin

@@ -14,10 +14,12 @@ namespace {
 // Below this share of the total, what the fit leaves over of the noise is rounding.
 constexpr double kNothingLeft = 1e-6;
 
-// I + D D' with D the derivative of h at p.
-Symmetric2 residualCovariance(const Homography& h, Point p) {
+// I + n^2 D D' with D the derivative of h at p and n the noise of the places.
+Symmetric2 residualCovariance(const Homography& h, Point p, double placeNoise) {
   const auto [Xx, Xy, Yx, Yy] = derivative(h, p);
-  return {1.0 + Xx * Xx + Xy * Xy, Xx * Yx + Xy * Yy, 1.0 + Yx * Yx + Yy * Yy};
+  const double n2 = placeNoise * placeNoise;
+  return {1.0 + n2 * Xx * Xx + n2 * Xy * Xy, n2 * Xx * Yx + n2 * Xy * Yy,
+          1.0 + n2 * Yx * Yx + n2 * Yy * Yy};
 }
 
 // S' V S.
@@ -50,7 +52,7 @@ Uncertainty::Uncertainty(const Matches& matches, const FittedFrame& frame)
     ++count;
     const double w2 = frame.weights[i] * frame.weights[i];
     const Point base = matches.base()[i];
-    const Symmetric2 v = residualCovariance(frame.h, base);
+    const Symmetric2 v = residualCovariance(frame.h, base, frame.placeNoise);
     squares += w2 * squaredResidual(matches[i], frame.h);
     total += w2 * v.trace();
     addProduct(unitCovariance_, fit_.slopesAt(base), v, w2 * w2);

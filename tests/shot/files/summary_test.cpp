@@ -182,3 +182,20 @@ TEST(Summary, SpeaksOfTheGoodTracksOfARobustSolve) {
             "                  1   0.2500       9\n"
             "                  3   0.2500       9\n");
 }
+
+// Frame 3 has no more than three tracks without those handed over, frame 4 no more than three at
+// all.
+TEST(SummaryTable, SaysWhatTheHandOverIsGoodFor) {
+  ShotResult result;
+  result.handedOver = 7;
+  for (int i = 1; i <= 4; ++i) result.frames.push_back(frame(i, Status::Solved, 1.0));
+  result.frames[1].handedOver = 5;
+  result.frames[2].handedOver = 6;
+  result.frames[3].tracks = 3;
+  result.frames[3].handedOver = 3;
+  EXPECT_NE(summaryTable(result).find("\nhand-over     7 tracks that the base frame lacks, in 3 "
+                                      "frames; 1 of these have fewer than 4 others\n"),
+            std::string::npos);
+  result.handedOver = 0;
+  EXPECT_EQ(summaryTable(result).find("hand-over"), std::string::npos);
+}

@@ -48,3 +48,135 @@ TEST(SurfaceMap, MatchesATrackOnceItsPlaceIsSet) {
   EXPECT_EQ(matches.base()[1].y, 8.0);
   EXPECT_EQ(matches.present()[1].x, 5.0);
 }
+
+namespace {
+
+constexpr double kSigma = 0.5;
+const Point kPlace = {300, 200};
+
+// Four tracks of the base frame, and track 4 that a test shows to the map frame by frame.
+struct Learning {
+  Learning() {
+    for (int t = 0; t < 4; ++t) see(tracks, t, 0, kCorners[static_cast<std::size_t>(t)]);
+    tracks.names.push_back("late");
+  }
+
+  // The frame's transform is motion(frame); `off` is the late track's error there, in pixels.
+  void show(int frame, Point off, bool good = true, float weight = 1.0f) {
+    const Homography h = motion(frame);
+    for (int t = 0; t < 4; ++t) {
+      see(tracks, t, frame, map(h, kCorners[static_cast<std::size_t>(t)]));
+    }
+    const Point p = map(h, kPlace);
+    see(tracks, 4, frame, {p.x + off.x, p.y + off.y}, weight);
+    const Matches matches = learning.map().matchesIn(tracks, frame);
+    std::vector<bool> flags(matches.size(), true);
+    if (flags.size() == 5) flags[4] = good;
+    learning.learn(tracks.inFrame(frame), matches, flags, h, kSigma);
+  }
+
+  bool knows() const { return learning.map().knows(4); }
+  Point place() const { return learning.map().placeOf(4); }
+
+  Tracks tracks;
+  LearningMap learning{base(), 5};
+
+ private:
+  BaseFrame base() {
+    Tracks first;
+    for (int t = 0; t < 4; ++t) see(first, t, 0, kCorners[static_cast<std::size_t>(t)]);
+    return {first, 0};
+  }
+};
+
+}  // namespace
+
+TEST(LearningMap, KnowsATrackFromItsFifthSighting) {
+  Learning shot;
+  for (int f = 1; f <= 4; ++f) {
+    shot.show(f, {0, 0});
+    EXPECT_FALSE(shot.knows()) << f;
+  }
+  shot.show(5, {0, 0});
+  ASSERT_TRUE(shot.knows());
+  EXPECT_NEAR(shot.place().x, kPlace.x, 1e-6);
+  EXPECT_NEAR(shot.place().y, kPlace.y, 1e-6);
+}
+
+TEST(LearningMap, LeavesTheBaseFramesTracksWhereTheyAre) {
+  Learning shot;
+  for (int f = 1; f <= 9; ++f) shot.show(f, {0, 0});
+  for (int t = 0; t < 4; ++t) {
+    const Point p = kCorners[static_cast<std::size_t>(t)];
+    EXPECT_EQ(shot.learning.map().placeOf(t).x, p.x);
+    EXPECT_EQ(shot.learning.map().placeOf(t).y, p.y);
+  }
+}
+
+// Five places a pixel apart scatter by 2 * (4 + 1) / 0.25 = 40 noises squared, more than 26.1; half
+// a pixel apart by 10.
+TEST(LearningMap, DoesNotKnowATrackThatSlidesUntilItRests) {
+  Learning slow;
+  for (int f = 1; f <= 5; ++f) slow.show(f, {0.5 * f, 0});
+  EXPECT_TRUE(slow.knows());
+  Learning fast;
+  for (int f = 1; f <= 9; ++f) fast.show(f, {1.0 * f, 0});
+  EXPECT_FALSE(fast.knows());
+  for (int f = 10; f <= 13; ++f) fast.show(f, {10, 0});
+  ASSERT_TRUE(fast.knows());
+  const Point away =
+      map(inverse(motion(13)), {map(motion(13), kPlace).x + 10, map(motion(13), kPlace).y});
+  EXPECT_NEAR(fast.place().x, away.x, 1.0);
+}
+
+TEST(LearningMap, AveragesWhileTheTrackIsGoodAndNoLonger) {
+  Learning shot;
+  for (int f = 1; f <= 5; ++f) shot.show(f, {0, 0});
+  shot.show(6, {0.6, 0}, true);
+  const Point moved = shot.place();
+  EXPECT_NEAR(moved.x - kPlace.x, 0.1, 0.03);  // a sixth of it, the transforms are near 1
+  shot.show(7, {30, 0}, false);
+  EXPECT_EQ(shot.place().x, moved.x);
+  EXPECT_EQ(shot.place().y, moved.y);
+}
+
+TEST(LearningMap, TakesNoNoticeOfAWeightOfZero) {
+  Learning shot;
+  for (int f = 1; f <= 9; ++f) shot.show(f, {0, 0}, true, 0.0f);
+  EXPECT_FALSE(shot.knows());
+}
+
+// A frame that magnifies twice tells a place twice as well: its sighting counts four times.
+TEST(LearningMap, WeighsASightingByItsNoiseOnTheSurface) {
+  const Homography twice = {{{2, 0, 0}, {0, 2, 0}, {0, 0, 1}}};
+  Tracks tracks;
+  for (int t = 0; t < 4; ++t) see(tracks, t, 0, kCorners[static_cast<std::size_t>(t)]);
+  LearningMap learning(BaseFrame(tracks, 0), 5);
+  for (int f = 1; f <= 5; ++f) {
+    for (int t = 0; t < 4; ++t) see(tracks, t, f, kCorners[static_cast<std::size_t>(t)]);
+    see(tracks, 4, f, f == 5 ? Point{200.8, 100} : Point{100, 50});
+    const Matches matches = learning.map().matchesIn(tracks, f);
+    learning.learn(tracks.inFrame(f), matches, std::vector<bool>(4, true),
+                   f == 5 ? twice : kIdentity, kSigma);
+  }
+  ASSERT_TRUE(learning.map().knows(4));
+  EXPECT_NEAR(learning.map().placeOf(4).x, 100.2, 1e-9);  // (4 * 100 + 4 * 100.4) / 8
+  EXPECT_NEAR(learning.map().placeOf(4).y, 50.0, 1e-9);
+}
+
+// What the horizon parts from the tracks is nowhere.
+TEST(LearningMap, LearnsNothingBehindTheHorizon) {
+  const Homography steep = {{{1, 0, 0}, {0, 1, 0}, {-1e-3, 0, 1}}};
+  Tracks tracks;
+  for (int t = 0; t < 4; ++t) see(tracks, t, 0, kCorners[static_cast<std::size_t>(t)]);
+  LearningMap learning(BaseFrame(tracks, 0), 5);
+  for (int f = 1; f <= 9; ++f) {
+    for (int t = 0; t < 4; ++t) {
+      see(tracks, t, f, map(steep, kCorners[static_cast<std::size_t>(t)]));
+    }
+    see(tracks, 4, f, map(steep, {2000, 100}));
+    const Matches matches = learning.map().matchesIn(tracks, f);
+    learning.learn(tracks.inFrame(f), matches, std::vector<bool>(4, true), steep, kSigma);
+  }
+  EXPECT_FALSE(learning.map().knows(4));
+}

@@ -177,3 +177,22 @@ TEST(Uncertainty, HasNoFigureForTracksOnALine) {
     frame.matches.push_back({{10.0 * i, 20.0 * i}, {10.0 * i, 20.0 * i}, 1});
   EXPECT_FALSE(uncertaintyOf(frame).deviationAt({100, 0}) < 1e3);
 }
+
+// With exact base places every coordinate has the same noise: s^2 = sum of r^2 / (2 n - 8).
+TEST(Uncertainty, OfExactPlacesHasTheFamiliarDivisor) {
+  Frame frame;
+  frame.model = Model::Projective;
+  frame.h = kTilted;
+  frame.matches = grid(5, 4, kTilted, false);
+  double squares = 0.0;
+  for (std::size_t i = 0; i < frame.matches.size(); ++i) {
+    const double off = 0.1 * static_cast<double>(i % 7);
+    frame.matches[i].present.x += off;
+    squares += off * off;
+  }
+  FittedFrame fitted = frame.fitted();
+  fitted.placeNoise = 0.0;
+  const double noise = Uncertainty(frame.arrays(), fitted).noise();
+  EXPECT_NEAR(noise, std::sqrt(squares / (2.0 * 20 - 8)), 1e-9);
+  EXPECT_GT(noise, Uncertainty(frame.arrays(), frame.fitted()).noise());
+}

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/hand_over.h"
+
+#include <algorithm>
+
+#include "shot/fit/support.h"
+#include "shot/plane/similarity.h"
+
+namespace cornerpin {
+
+ObservationsOf observationsOf(const Tracks& tracks) {
+  return [&tracks](std::size_t frame) {
+    Matches matches;
+    for (const Observation& o : tracks.inFrame(tracks.firstFrame() + static_cast<int>(frame))) {
+      if (o.weight > 0.0f) matches.add({{}, {o.x, o.y}, static_cast<double>(o.weight), o.track});
+    }
+    return matches;
+  };
+}
+
+std::vector<bool> seenIn(const BaseFrame& base, const Matches& matches) {
+  std::vector<bool> seen;
+  for (int track : matches.tracks()) seen.push_back(base.sees(track));
+  return seen;
+}
+
+bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenInBase,
+                  const Quad& surface) {
+  const auto variance = [&](const Points& points) {
+    const double gain = noiseGain(Model::Projective, points, surface);
+    return gain * gain;
+  };
+  return variance(seenInBase) <= variance(base.places()) + variance(all);
+}
+
+FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matches, Sweep& sweep) {
+  const std::vector<bool> seen = seenIn(base, matches);
+  if (std::find(seen.begin(), seen.end(), false) == seen.end()) return fitter.fit(matches, sweep);
+  Matches older = matches.subset(seen);
+  if (baseSuffices(base, matches.base(), older.base(), sweep.surface)) {
+    const Homography neighbour = sweep.neighbour;
+    const bool chainBroken = sweep.chainBroken;
+    const FrameFit fit = fitter.fit(older, sweep);
+    if (fit.verdict.status == Status::Solved) {
+      matches = older;
+      return fit;
+    }
+    sweep.neighbour = neighbour;
+    sweep.chainBroken = chainBroken;
+  }
+  const FrameFit fit = fitter.fit(matches, sweep);
+  if (fit.verdict.status == Status::Solved) {
+    sweep.surface = squareAround(matches.subset(fit.robust.good).base());
+  }
+  return fit;
+}
+
+}  // namespace cornerpin

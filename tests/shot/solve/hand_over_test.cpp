@@ -1,0 +1,291 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/hand_over.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "shot/plane/similarity.h"
+#include "tests/shot/solve/small_shots.h"
+
+using namespace cornerpin;
+using namespace small_shots;
+
+namespace {
+
+// A grid of places that tracks are born at: every fifth frame eight of them, each for 20 frames, so
+// that 32 are seen at a time. Positions have normal noise.
+struct Relay {
+  Relay(int frames, double noise) {
+    std::mt19937 random(5);
+    std::normal_distribution<double> normal(0.0, noise > 0.0 ? noise : 1.0);
+    for (int f = 0; f < frames; ++f) {
+      for (int generation = f / 5 - 3; generation <= f / 5; ++generation) {
+        for (int i = 0; i < 8; ++i) {
+          const double dx = noise > 0.0 ? normal(random) : 0.0;
+          const double dy = noise > 0.0 ? normal(random) : 0.0;
+          show(generation, i, f, dx, dy);
+        }
+      }
+    }
+  }
+
+  static Point placeOf(int generation, int i) {
+    return {60.0 + 120.0 * (i % 4) + 7.0 * ((generation + 90) % 13),
+            80.0 + 250.0 * (i / 4.0 - i % 4 / 4.0) + 11.0 * ((generation + 90) % 11)};
+  }
+
+  void show(int generation, int i, int frame, double dx, double dy) {
+    const Point p = map(motion(frame), placeOf(generation, i));
+    see(tracks, 8 * (generation + 3) + i, frame, {p.x + dx, p.y + dy});
+  }
+
+  Tracks tracks;
+};
+
+SolveOptions fromFrame(int base) {
+  SolveOptions options;
+  options.base = base;
+  return options;
+}
+
+double worstError(const ShotResult& result) {
+  double worst = 0.0;
+  for (const FrameResult& frame : result.frames) worst = std::max(worst, errorAtCorners(frame));
+  return worst;
+}
+
+}  // namespace
+
+// The tracks of the base frame are gone after 20 frames.
+TEST(HandOver, CarriesAShotOnWhenTheBaseFramesTracksAreGone) {
+  const Relay relay(60, 0.0);
+  const ShotResult result = solveShot(relay.tracks, fromFrame(0));
+  for (const FrameResult& frame : result.frames) {
+    EXPECT_NE(frame.verdict.status, Status::Held) << frame.frame;
+    EXPECT_NE(frame.verdict.status, Status::Reduced) << frame.frame;
+  }
+  EXPECT_LT(worstError(result), 1e-3);
+  EXPECT_EQ(result.baseTracks, 32);
+  EXPECT_EQ(result.handedOver, 8 * 11);
+  EXPECT_EQ(result.leftOut, 0);
+  EXPECT_EQ(result.frames[5].tracks, 24);  // 24 of 32 are as good as all
+  EXPECT_EQ(result.frames[5].handedOver, 0);
+  EXPECT_EQ(result.frames[15].tracks, 32);
+  EXPECT_EQ(result.frames[15].handedOver, 24);
+  EXPECT_EQ(result.frames[59].tracks, 32);
+  EXPECT_EQ(result.frames[59].handedOver, 32);
+}
+
+TEST(HandOver, GoesBothWaysFromABaseInTheMiddle) {
+  const Relay relay(60, 0.0);
+  const ShotResult middle = solveShot(relay.tracks, fromFrame(30));
+  for (std::size_t f = 0; f < 60; ++f) {
+    EXPECT_EQ(middle.frames[f].verdict.status, f == 30 ? Status::Base : Status::Solved) << f;
+    const Homography expected = product(motion(static_cast<int>(f)), inverse(motion(30)));
+    for (Point p : kCorners) {
+      EXPECT_LT(std::sqrt(squaredDistance(map(middle.frames[f].h, p), map(expected, p))), 1e-3)
+          << f;
+    }
+  }
+}
+
+TEST(HandOver, IsLeftOutOnDemandAndWithoutALoss) {
+  const Relay relay(60, 0.0);
+  SolveOptions baseOnly = fromFrame(0);
+  baseOnly.handOver = false;
+  SolveOptions plain = fromFrame(0);
+  plain.loss = Loss::None;
+  for (const SolveOptions& options : {baseOnly, plain}) {
+    const ShotResult result = solveShot(relay.tracks, options);
+    EXPECT_EQ(result.handedOver, 0);
+    EXPECT_EQ(result.leftOut, 8 * 11);
+    EXPECT_EQ(result.frames[59].verdict.status, Status::Held);
+    EXPECT_EQ(result.frames[59].verdict.shortfall, Shortfall::NoTracks);
+  }
+}
+
+// A track that is seen for less than three frames has no place.
+TEST(HandOver, ChangesNothingWhereNoTrackIsAdded) {
+  Tracks tracks = movingShot(20);
+  for (int f = 10; f < 12; ++f) see(tracks, 5, f, {f * 30.0, 200});
+  std::stable_sort(tracks.observations.begin(), tracks.observations.end(),
+                   [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
+  SolveOptions baseOnly = fromFrame(0);
+  baseOnly.handOver = false;
+  const ShotResult with = solveShot(tracks, fromFrame(0));
+  const ShotResult without = solveShot(tracks, baseOnly);
+  EXPECT_EQ(with.handedOver, 0);
+  EXPECT_EQ(with.leftOut, 1);
+  for (std::size_t f = 0; f < 20; ++f) EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
+}
+
+TEST(HandOver, ReportsEveryFrameOfBothPasses) {
+  const Relay relay(60, 0.0);
+  std::size_t calls = 0;
+  std::size_t last = 0;
+  solveShot(relay.tracks, fromFrame(7), [&](std::size_t done, std::size_t total) {
+    EXPECT_EQ(done, ++calls);
+    last = total;
+  });
+  EXPECT_EQ(calls, 119u);  // the base frame is fitted to nothing
+  EXPECT_EQ(last, 119u);
+}
+
+// Eight late tracks that slide through their first 10 frames and then rest: only where they rest do
+// they count.
+TEST(HandOver, PutsATrackThatSlidesWhereItRests) {
+  Relay relay(60, 0.3);
+  Tracks& tracks = relay.tracks;
+  for (Observation& o : tracks.observations) {
+    const int birth = 5 * (o.track / 8 - 3);
+    if (birth > 0 && o.track % 8 < 2 && o.frame < birth + 8) o.x += 3.0 * (birth + 8 - o.frame);
+  }
+  const ShotResult result = solveShot(tracks, fromFrame(0));
+  EXPECT_LT(worstError(result), 1.5);
+  for (const FrameResult& frame : result.frames) {
+    if (frame.frame < 20) continue;
+    EXPECT_GE(frame.good, 22) << frame.frame;
+    EXPECT_LT(frame.goodRms, 0.6) << frame.frame;
+  }
+}
+
+TEST(ObservationsOf, CountsFramesFromTheFirstAndLeavesOutWeightZero) {
+  Tracks tracks;
+  see(tracks, 0, 5, {1, 2}, 0.5f);
+  see(tracks, 1, 5, {3, 4}, 0.0f);
+  see(tracks, 1, 7, {5, 6});
+  const ObservationsOf observations = observationsOf(tracks);
+  ASSERT_EQ(observations(0).tracks(), (std::vector<int>{0}));
+  EXPECT_EQ(observations(0).present()[0].y, 2.0);
+  EXPECT_EQ(observations(0).weights()[0], 0.5);
+  EXPECT_TRUE(observations(1).empty());
+  EXPECT_EQ(observations(2).tracks(), (std::vector<int>{1}));
+}
+
+// A grid of n x n places over the square from 0 to `size`.
+namespace {
+
+Points grid(int n, double size) {
+  Points points;
+  for (int i = 0; i < n * n; ++i) points.add({size * (i % n) / (n - 1), size * (i / n) / (n - 1)});
+  return points;
+}
+
+BaseFrame baseOf(const Points& places) {
+  Tracks tracks;
+  int t = 0;
+  for (Point p : places) see(tracks, t++, 0, p);
+  return {tracks, 0};
+}
+
+}  // namespace
+
+// The gain's square goes with one over the tracks: g(seen)^2 <= g(base)^2 + g(all)^2 when no more
+// than half are lost.
+TEST(BaseSuffices, WhileHalfOfItsTracksAreSeen) {
+  const Points all = grid(6, 100);
+  const Quad surface = squareAround(all);
+  const BaseFrame base = baseOf(all);
+  const auto seen = [&](std::size_t step, std::size_t from) {
+    Points some;
+    for (std::size_t i = from; i < all.size(); i += step) some.add(all[i]);
+    return some;
+  };
+  Points most = seen(2, 0);
+  for (Point p : seen(4, 1)) most.add(p);
+  EXPECT_TRUE(baseSuffices(base, all, most, surface));
+  EXPECT_FALSE(baseSuffices(base, all, seen(3, 0), surface));
+  EXPECT_TRUE(baseSuffices(base, seen(3, 0), seen(3, 0), surface));  // nobody else to help
+}
+
+TEST(BaseSuffices, NotWhereItsTracksBunchInACorner) {
+  const Points all = grid(6, 100);
+  EXPECT_FALSE(baseSuffices(baseOf(all), all, grid(5, 40), squareAround(all)));
+}
+
+namespace {
+
+// 36 tracks of the base frame in a grid, of which a frame may show some, and 36 others whose places
+// are known too.
+struct Handing {
+  Matches matches(std::size_t baseTracks, Point baseError) {
+    Matches result;
+    for (std::size_t i = 0; i < 36; ++i) {
+      const Point p = places[i];
+      const Point q = map(h, p);
+      if (i % 4 < baseTracks) {
+        const double k = static_cast<double>(i % 5) - 2.0;
+        result.add({p, {q.x + k * baseError.x, q.y + k * baseError.y}, 1.0, static_cast<int>(i)});
+      }
+    }
+    for (std::size_t i = 0; i < 36; ++i) {
+      const Point p = {places[i].x + 3, places[i].y + 2};
+      result.add({p, map(h, p), 1.0, static_cast<int>(36 + i)});
+    }
+    return result;
+  }
+
+  FrameFit fit(Matches& frame) { return fitHandedOver(fitter, base, frame, sweep); }
+
+  Homography h = motion(3);
+  Points places = grid(6, 400);
+  BaseFrame base = baseOf(places);
+  ShotUnits units = {Similarity::fitting(places), Similarity::fitting(places)};
+  FrameFitter fitter{units, SolveOptions()};
+  Quad surface = squareAround(places);
+  Sweep sweep{toLibrary(kIdentity), kIdentity, false, SweepMemory(72), surface};
+};
+
+}  // namespace
+
+TEST(FitHandedOver, TakesTheBaseFramesTracksAloneWhereTheySuffice) {
+  Handing shot;
+  Matches frame = shot.matches(4, {0, 0});
+  EXPECT_EQ(shot.fit(frame).verdict.status, Status::Solved);
+  EXPECT_EQ(frame.size(), 36u);
+  EXPECT_EQ(frame.tracks().back(), 35);
+  EXPECT_EQ(shot.sweep.surface[2].x, shot.surface[2].x);
+}
+
+TEST(FitHandedOver, TakesAllWhereFewOfTheBaseFramesAreLeft) {
+  Handing shot;
+  Matches frame = shot.matches(1, {0, 0});
+  const FrameFit fit = shot.fit(frame);
+  EXPECT_EQ(fit.verdict.status, Status::Solved);
+  EXPECT_EQ(frame.size(), 45u);
+  EXPECT_EQ(fit.robust.goodCount, 45u);
+}
+
+// The surface then is the square around the tracks: 0 .. 403 by 0 .. 402.
+TEST(FitHandedOver, MovesTheSurfaceOnWithTheTracks) {
+  Handing shot;
+  Matches frame = shot.matches(1, {0, 0});
+  shot.fit(frame);
+  double high = 0.0;
+  for (Point p : shot.sweep.surface) high = std::max(high, p.x);
+  EXPECT_DOUBLE_EQ(high, 403.0);
+}
+
+// Its tracks are strewn about: no transform fits five of them.
+TEST(FitHandedOver, TakesAllWhereTheBaseFramesTracksLeadToNothing) {
+  Handing shot;
+  Matches frame = shot.matches(4, {0, 0});
+  Matches strewn;
+  std::mt19937 random(3);
+  for (std::size_t i = 0; i < frame.size(); ++i) {
+    Match match = frame[i];
+    if (match.track < 36) {
+      const double x = static_cast<double>(random() % 400);
+      const double y = static_cast<double>(random() % 400);
+      match.present = {x, y};
+    }
+    strewn.add(match);
+  }
+  const FrameFit fit = shot.fit(strewn);
+  EXPECT_EQ(fit.verdict.status, Status::Solved);
+  EXPECT_EQ(strewn.size(), 72u);
+  EXPECT_GE(fit.robust.goodCount, 36u);
+  EXPECT_FALSE(shot.sweep.chainBroken);
+}
