@@ -3,10 +3,10 @@
 
 #include <cstring>
 #include <limits>
-#include <random>
 #include <string>
 
 #include "shot/solve/shot_solver.h"
+#include "tests/shot/random.h"
 
 using namespace cornerpin;
 
@@ -15,24 +15,6 @@ namespace made {
 namespace {
 
 constexpr int kFrames = 8;
-
-class Random {
- public:
-  explicit Random(std::uint32_t seed) : engine_(seed) {}
-  double real(double low, double high) {
-    return low + (high - low) * (static_cast<double>(engine_()) / 4294967296.0);
-  }
-  bool chance(double share) { return real(0.0, 1.0) < share; }
-  // Nearly normal, by additions alone.
-  double noise(double deviation) {
-    double sum = 0.0;
-    for (int i = 0; i < 12; ++i) sum += real(-0.5, 0.5);
-    return deviation * sum;
-  }
-
- private:
-  std::mt19937 engine_;
-};
 
 Homography motion(Random& random, int frame) {
   const double f = frame;
