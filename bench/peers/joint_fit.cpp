@@ -93,6 +93,7 @@ std::vector<Homography> jointFit(const Tracks& tracks, int base, std::vector<Hom
   start[static_cast<std::size_t>(base - tracks.firstFrame())] = kIdentity;
   std::vector<Place> places = placesOf(tracks, start);
   std::vector<Transform> transforms;
+  transforms.reserve(start.size());
   for (const Homography& h : start) transforms.push_back(transformOf(h));
   const auto at = [&](int frame) {
     return transforms[static_cast<std::size_t>(frame - tracks.firstFrame())].data();

@@ -25,6 +25,7 @@ made::Relay relayOf(double noise) {
 
 std::vector<Homography> truthOf(const made::KnownShot& shot) {
   std::vector<Homography> all;
+  all.reserve(shot.motion.size());
   for (int f = 0; f < static_cast<int>(shot.motion.size()); ++f)
     all.push_back(shot.truth(kBase, f));
   return all;
