@@ -120,6 +120,12 @@ Mishap drawMishap(const Actor& actor, const Faults& faults, Random& random) {
   return mishap;
 }
 
+// Behind the draws of all places, which are the same with all faults.
+void befall(std::vector<Actor>& actors, std::size_t from, const Faults& faults, Random& random) {
+  for (std::size_t t = from; t < actors.size(); ++t)
+    actors[t].mishap = drawMishap(actors[t], faults, random);
+}
+
 // Where a track without noise is seen.
 Point seen(const Actor& actor, const Homography& motion, int frame, Random& random) {
   const Mishap& mishap = actor.mishap;
@@ -241,9 +247,9 @@ KnownShot relay(const Relay& what, std::uint32_t seed) {
     actor.last = std::min(actor.first + what.life, what.frames) - 1;
     actor.first = std::max(actor.first, 0);
     actor.place = anywhere(random);
-    actor.mishap = drawMishap(actor, what.faults, random);
     actors.push_back(actor);
   }
+  befall(actors, 0, what.faults, random);
   film(shot, actors, what.noise, Seen::Always, random);
   return shot;
 }
@@ -259,9 +265,9 @@ KnownShot pan(const Pan& what, std::uint32_t seed) {
     Actor actor = onTheWall(what, random);
     findLife(actor, shot.motion);
     if (actor.first > actor.last) continue;
-    actor.mishap = drawMishap(actor, what.faults, random);
     actors.push_back(actor);
   }
+  befall(actors, 0, what.faults, random);
   film(shot, actors, what.noise, Seen::InPicture, random);
   return shot;
 }
@@ -279,9 +285,9 @@ KnownShot late(const Late& what, std::uint32_t seed) {
     if (number >= 0) actor.first = 1 + number * (what.frames - kLife / 2) / what.later;
     actor.last = number >= 0 ? std::min(actor.first + kLife, what.frames) - 1 : what.frames - 1;
     actor.place = anywhere(random);
-    if (number >= 0) actor.mishap = drawMishap(actor, what.faults, random);
     actors.push_back(actor);
   }
+  befall(actors, static_cast<std::size_t>(what.fromTheStart), what.faults, random);
   film(shot, actors, what.noise, Seen::Always, random);
   return shot;
 }
