@@ -189,9 +189,9 @@ std::vector<Scenario> scenarios() {
 
 // The base is left for no other key frame: all tracks are there.
 constexpr made::KeyFrames kBaseAlone = {0.0, 0};
-// With these OpenCV's estimators do well: left at a third or a half, their corners are up to twice
-// as far off on the relay shots and the pans; frame to frame, or where the twelve tracks of the
-// late shots' base are too few, up to three times on the late tracks.
+// With these OpenCV's estimators do well on the whole. Left at a third or a half, their corners are
+// up to three times as far off on the relay shots and the pans; frame to frame, up to four times on
+// the late tracks, and still half as far again where key frames need 20 tracks and those have 12.
 constexpr made::KeyFrames kKeyFrames = {0.8, 12};
 
 // A line of the table. Frame 0 is the base.
