@@ -2,8 +2,8 @@
 # Sourced by the scripts that measure, from the top folder: installs what is missing on Debian and
 # configures build/bench.
 
-bench_needs="libbenchmark-dev libceres-dev libcli11-dev libcminpack-dev libeigen3-dev libgsl-dev
-  libgtest-dev libimath-dev libopencv-dev nlohmann-json3-dev pkg-config valgrind"
+bench_needs="heaptrack libbenchmark-dev libceres-dev libcli11-dev libcminpack-dev libeigen3-dev
+  libgsl-dev libgtest-dev libimath-dev libopencv-dev nlohmann-json3-dev pkg-config valgrind"
 
 install_missing() {
   command -v dpkg-query >/dev/null || return 0
