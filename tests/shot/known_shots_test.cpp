@@ -102,6 +102,28 @@ TEST(KnownShot, FrameZeroShowsTheSurfaceAsItIs) {
   }
 }
 
+// Without the lens the first two columns are those of a rotation but for one factor: they are at
+// right angles and of one length.
+TEST(KnownShot, IsSeenByACameraThatTurnsAndMoves) {
+  const Homography withoutLens = {{{0.001, 0, -0.5}, {0, 0.001, -0.3}, {0, 0, 1}}};
+  for (const made::KnownShot& shot : {made::relay({}, 1), made::pan({}, 1)}) {
+    double turned = 0.0;
+    for (const Homography& motion : shot.motion) {
+      const Homography m = product(withoutLens, motion);
+      double across = 0.0, first = 0.0, second = 0.0;
+      for (const auto& row : m) {
+        across += row[0] * row[1];
+        first += row[0] * row[0];
+        second += row[1] * row[1];
+      }
+      EXPECT_LE(std::fabs(across), 1000 * kEps * first);
+      EXPECT_NEAR(second, first, 1000 * kEps * first);
+      turned = std::max(turned, std::fabs(m[2][0]) / std::sqrt(first));  // the sine of the yaw
+    }
+    EXPECT_NEAR(turned, 0.06, 0.006);
+  }
+}
+
 TEST(CornerErrors, AreTheDistancesFromWhereTheCornersBelong) {
   const made::KnownShot shot = made::relay({}, 1);
   const Homography aside = {{{1, 0, 3}, {0, 1, 4}, {0, 0, 1}}};
@@ -215,6 +237,15 @@ TEST(Faults, BefallTheirShareOfTheTracks) {
   int off = 0;
   for (const Observation& o : shot.tracks.observations) off += length(offset(shot, o)) > kExact;
   EXPECT_NEAR(off / 20000.0, 0.2, 0.05);
+}
+
+TEST(LateShot, HasFaultsInNoTrackFromTheStart) {
+  made::Late what;
+  what.noise = 0.0;
+  what.faults = {made::Fault::Outlier, 1.0};
+  const made::KnownShot shot = late(what, 1);
+  for (const Observation& o : shot.tracks.observations)
+    EXPECT_EQ(length(offset(shot, o)) > kExact, o.track >= 12) << o.track << " " << o.frame;
 }
 
 TEST(Faults, OutliersAreAnywhereInEveryFrame) {
