@@ -12,10 +12,9 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kSize = 8;
-constexpr std::size_t kFewestTracks = 4;
 
 // A pivot below this share of the diagonal element that it comes from leaves no more than three
-// digits.
+// digits. Fewer than four tracks, and all of them on a line, leave none.
 constexpr double kLeastPivot = 1e-12;
 
 // The sightings of tracks that take part, in front of the horizon, with their places as the base.
@@ -51,7 +50,7 @@ bool FrameEquations::linearise(const JointShot& shot, std::size_t frame) {
   l_ = {};
   const Matches matches = counted(shot.observations(frame), shot, h_);
   if (free_) {
-    if (matches.size() < kFewestTracks) return false;
+    if (matches.empty()) return false;
     from_ = Similarity::fitting(matches.base());
     to_ = Similarity::fitting(matches.present());
     normalised_ = normalised(h_, from_, to_);

@@ -20,13 +20,12 @@ using FrontVector = std::vector<double>;
 /// parameters, D how it moves with the track's place, r the residual and w its weight, the frame's
 /// normal equations are
 ///
-///     | A   B | | step of the parameters |   | g |    A = sum of w J'J     B_t = w J'D
-///     | B'  C | | step of the places     | = | c |    g = sum of w J'r     C_t = w D'D   c_t = w
-///     D'r
+///     | A   B | | step of the parameters |   | g |      A = sum of w J'J    B = w J'D
+///     | B'  C | | step of the places     | = | c |      g = sum of w J'r    C = w D'D, c = w D'r
 ///
-/// where C has a 2 x 2 block for each track and nothing between them. Eliminating the parameters,
-/// A = L L', leaves C - Y'Y and c - Y'l with Y = inv(L) B and l = inv(L) g. A fixed frame has C and
-/// c alone.
+/// where each track has two columns of B, and C has a 2 x 2 block for each and nothing between
+/// them. Eliminating the parameters, A = L L', leaves C - Y'Y and c - Y'l with Y = inv(L) B and l =
+/// inv(L) g. A fixed frame has C and c alone.
 ///
 /// The parameters are those between coordinates of the frame's own tracks, as in `LinearisedFit`.
 class FrameEquations {

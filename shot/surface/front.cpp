@@ -5,8 +5,9 @@ namespace cornerpin {
 
 namespace {
 
-// Before the fixed frame has been, all places could move together; this share of what a sighting
-// says of its place keeps the pivots positive.
+// Before the fixed frame has been, all places could move together, and so can those that nothing
+// ties to it. This share of what a sighting says of its place lets them stay where they are; it is
+// far above rounding, and far below what weak ties say.
 constexpr double kDamping = 1e-11;
 
 }  // namespace
@@ -38,7 +39,6 @@ void Front::add(const FrameEquations& equations) {
                *y6 = equations.y(6), *y7 = equations.y(7);
   const Parameters& l = equations.l();
   for (std::size_t i = 0; i < equations.width(); ++i) {
-    // Two loops of four: more streams than that are not read side by side.
     double* __restrict to = row(i);
     const double a0 = y0[i], a1 = y1[i], a2 = y2[i], a3 = y3[i];
     const double a4 = y4[i], a5 = y5[i], a6 = y6[i], a7 = y7[i];

@@ -18,8 +18,6 @@ struct JointShot {
   const ObservationsOf& observations;
   std::vector<double> noise;  ///< of each frame; 0 where it does not take part
   TrackLives lives;
-
-  std::size_t trackCount() const { return places.size(); }
 };
 
 /// Finds out who takes part: frames whose tracks fix their transform, and tracks for which there is

@@ -178,6 +178,7 @@ TEST(FrameEquations, AreNoneForFewerThanFourTracksInFront) {
   frame.matches.resize(4);
   EXPECT_TRUE(equations.linearise(frame.shot(), 0));
   frame.places[2].point = {-3e3, 0};  // behind the horizon
+  frame.matches[2].present = map(frame.frames[0].h, frame.places[2].point);
   EXPECT_FALSE(equations.linearise(frame.shot(), 0));
   OneFrame out;
   JointShot shot = out.shot();

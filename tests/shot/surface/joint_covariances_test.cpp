@@ -95,8 +95,12 @@ TEST(JointCovariances, AreNoNumbersWhereThereIsNothingToSay) {
   plan.alive = 12;
   relay::Shot shot = relay::shot(plan);
   shot.frames[4].part = JointFrame::Part::None;
-  shot.seen[7].resize(3);
+  // A track that is seen nowhere but in a frame that too few tracks fix.
+  shot.seen[7].resize(2);
+  shot.seen[7].push_back({{}, {500, 300}, 1.0, static_cast<int>(shot.places.size())});
+  shot.places.push_back({500, 300});
   Fit fit(shot);
+  fit.places.back() = {{500, 300}, {1.0, 0.0, 1.0}};
   fit.frames[2].h[2][0] = -1e-4;
   const auto images =
       jointCovariances(fit.frames, fit.places, shot.observations(), {{0, 0}, {2e4, 0}});
@@ -104,6 +108,7 @@ TEST(JointCovariances, AreNoNumbersWhereThereIsNothingToSay) {
   EXPECT_TRUE(std::isnan(images[7][0].yy));
   EXPECT_TRUE(std::isnan(images[2][1].xx));
   EXPECT_FALSE(std::isnan(images[3][0].xx));
+  EXPECT_TRUE(std::isnan(fit.places.back().covariance.xx));
 }
 
 // With four times the sigmas, to first order, everything is sixteen times as uncertain.

@@ -56,6 +56,22 @@ void expectTheDenseOptimum(const relay::Shot& shot, const Fit& fit) {
   }
 }
 
+// Of all sightings of known places, with a noise of 40.
+double costOf(const Fit& fit, const relay::Shot& shot) {
+  double cost = 0.0;
+  for (std::size_t f = 0; f < fit.frames.size(); ++f) {
+    for (const Match& m : shot.seen[f]) {
+      const Place& place = fit.places[static_cast<std::size_t>(m.track)];
+      if (!isKnown(place)) continue;
+      const Homography& h = fit.frames[f].h;
+      const double z2 = squaredDistance(map(h, place.point), m.present) / 1600.0;
+      const double rest = denominator(h, place.point) > 0.0 ? std::max(0.0, 1.0 - z2 / 49.0) : 0.0;
+      cost += m.weight * m.weight * (1.0 - rest * rest * rest);
+    }
+  }
+  return cost;
+}
+
 double placeError(const Fit& fit, const relay::Shot& shot, std::size_t track) {
   return std::sqrt(squaredDistance(fit.places[track].point, shot.places[track]));
 }
@@ -245,10 +261,10 @@ TEST(FitJointly, TakesTwoHundredTracksAndLetsTheOthersFollow) {
   const relay::Shot shot = relay::balanced(plan);
   relay::Shot first = shot;
   for (auto& seen : first.seen) seen.resize(kMostAlive);
-  const Fit fit = fitted(shot, 0.2, 1);
-  Fit few;
-  few.frames = relay::started(first.frames, 0.2, 7);
-  few.places = startPlaces(few.frames, shot.observations(), shot.places.size());
+  Fit fit = startOf(shot, 0.2);
+  for (std::size_t t = kMostAlive; t < 260; ++t) fit.places[t].point.x += 0.5;
+  Fit few = fit;
+  fitJointly(fit.frames, fit.places, shot.observations());
   fitJointly(few.frames, few.places, first.observations());
   expectTheSame(fit, few);
   double squares = 0.0;
@@ -286,6 +302,67 @@ TEST(FitJointly, OfABalancedShotIsThatOfEachFrameToTheFixedOne) {
     EXPECT_GT(relay::cornerDistance(alone, shot.frames[f].h), 5e-3) << f;
     EXPECT_LT(relay::cornerDistance(fit.frames[f].h, alone), 1e-4) << f;
   }
+}
+
+// The first six frames share no track with the others, one of which is fixed. Among each other they
+// are where they would be if one of them were fixed, and all of them stay near where they were.
+TEST(FitJointly, FitsFramesThatNothingTiesToTheFixedOneAmongThemselves) {
+  relay::Plan plan;
+  plan.base = 9;
+  plan.alive = 16;
+  relay::Shot shot = relay::shot(plan);
+  for (int t = 0; t < static_cast<int>(shot.places.size()); ++t) {
+    const bool early = shot.find(4, t) != nullptr || shot.find(0, t) != nullptr;
+    for (std::size_t f = early ? 6 : 0; f < (early ? 12u : 6u); ++f) shot.remove(f, t);
+  }
+  Fit fit = startOf(shot);
+  const Fit start = fit;
+  Fit early = fit;
+  early.frames.resize(6);
+  early.frames[3].part = JointFrame::Part::Fixed;
+  for (int i = 0; i < 40; ++i) {
+    fitJointly(fit.frames, fit.places, shot.observations());
+    fitJointly(early.frames, early.places, shot.observations());
+  }
+  for (std::size_t f = 0; f < 6; ++f) {
+    const Homography tied = relay::between(early.frames[3].h, early.frames[f].h);
+    const Homography loose = relay::between(fit.frames[3].h, fit.frames[f].h);
+    EXPECT_LT(relay::cornerDistance(loose, tied), 1e-4) << f;
+    EXPECT_LT(relay::cornerDistance(fit.frames[f].h, start.frames[f].h), 3.0) << f;
+    EXPECT_GT(relay::cornerDistance(fit.frames[f].h, start.frames[f].h), 1e-3) << f;
+  }
+}
+
+// Far from the optimum under strong perspective a whole step may lead too far.
+TEST(FitJointly, NeverEndsWorseThanItStarts) {
+  for (std::uint32_t seed = 1; seed <= 30; ++seed) {
+    relay::Plan plan;
+    plan.alive = 10;
+    plan.seed = seed;
+    plan.noise = 0.0;
+    relay::Shot shot = relay::shot(plan);
+    for (JointFrame& frame : shot.frames) frame.sigma = 40.0;
+    Fit fit;
+    fit.frames = relay::started(shot.frames, 150.0, seed);
+    fit.places = startPlaces(fit.frames, shot.observations(), shot.places.size());
+    const double before = costOf(fit, shot);
+    fitJointly(fit.frames, fit.places, shot.observations());
+    EXPECT_LE(costOf(fit, shot), before) << seed;
+  }
+}
+
+// A step reads each frame five times at most; before and after them it is read five times.
+TEST(FitJointly, EndsAfterOneStepWhereThereIsNothingToGain) {
+  relay::Plan plan;
+  plan.alive = 16;
+  const relay::Shot shot = relay::shot(plan);
+  Fit fit = fitted(shot, 0.5, 2);
+  std::size_t reads = 0;
+  fitJointly(fit.frames, fit.places, [&](std::size_t f) {
+    ++reads;
+    return lists::matches(shot.seen[f]);
+  });
+  EXPECT_LE(reads, 10 * plan.frames);
 }
 
 TEST(FitJointly, LeavesAnEmptyShotAndOneWithoutAFixedFrame) {

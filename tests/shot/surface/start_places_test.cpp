@@ -84,6 +84,13 @@ TEST(StartPlaces, AreSupportedFromWithinThreeAndAHalfSigmas) {
   expectPoint(placeIn(oneTrack({{100, 50}, {103.6, 50}, {100, 50}, {100, 50}})).point, {100, 50});
 }
 
+// All six support 103.4, but their mean, 102.1, has lost the last of them.
+TEST(StartPlaces, AreTheMeanOfThoseThatSupportTheMean) {
+  const relay::Shot shot =
+      oneTrack({{100, 50}, {100, 50}, {100, 50}, {103.4, 50}, {103.4, 50}, {106, 50}});
+  expectPoint(placeIn(shot).point, {506.8 / 5.0, 50});
+}
+
 TEST(StartPlaces, AreTheFirstOfEquals) {
   expectPoint(placeIn(oneTrack({{100, 50}, {200, 50}})).point, {100, 50});
 }
