@@ -189,7 +189,7 @@ TEST(FrameEquations, AreNoneForFewerThanFourTracksInFront) {
 TEST(FrameEquations, AreNoneWhereStraysLeaveTooFewTracks) {
   OneFrame frame;
   FrameEquations equations;
-  for (std::size_t t : {1, 3}) frame.matches[t].present.x += 50.0;
+  for (std::size_t t : {1u, 3u}) frame.matches[t].present.x += 50.0;
   EXPECT_TRUE(equations.linearise(frame.shot(), 0));
   frame.matches[5].present.x += 50.0;
   EXPECT_FALSE(equations.linearise(frame.shot(), 0));

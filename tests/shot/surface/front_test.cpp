@@ -72,7 +72,8 @@ TEST(Front, SolvesTheSumOfTheFramesEquationsTrackByTrack) {
   const Sum sum(shot);
   Front front = frontOf(shot);
   std::vector<EliminatedTrack> eliminated;
-  for (std::size_t slot : {3, 0, 5, 4, 1, 2}) eliminated.push_back(front.eliminate(slot, slot, 6));
+  for (std::size_t slot : {3u, 0u, 5u, 4u, 1u, 2u})
+    eliminated.push_back(front.eliminate(slot, slot, 6));
   FrontVector steps(12, 0.0);
   for (; !eliminated.empty(); eliminated.pop_back()) {
     const EliminatedTrack& one = eliminated.back();
@@ -94,7 +95,7 @@ TEST(Front, LeavesTheLastTrackItsCovariance) {
   const JointShot shot = made.joint();
   const Eigen::MatrixXd inverse = Sum(shot).matrix.inverse();
   Front front = frontOf(shot);
-  for (std::size_t slot : {0, 1, 3, 4, 5}) front.eliminate(slot, slot, 6);
+  for (std::size_t slot : {0u, 1u, 3u, 4u, 5u}) front.eliminate(slot, slot, 6);
   const Symmetric2 last = front.eliminate(2, 2, 6).inverse;
   EXPECT_NEAR(last.xx, inverse(4, 4), 1e-8 * inverse(4, 4));
   EXPECT_NEAR(last.xy, inverse(4, 5), 1e-8 * inverse(4, 4));

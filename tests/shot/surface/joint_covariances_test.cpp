@@ -58,7 +58,7 @@ void expectTheDenseCovariances(const relay::Shot& shot) {
 }  // namespace
 
 TEST(JointCovariances, AreTheInverseOfTheDenseNormalMatrix) {
-  for (std::size_t base : {0, 6, 11}) {
+  for (std::size_t base : {0u, 6u, 11u}) {
     relay::Plan plan;
     plan.base = base;
     plan.alive = 12;

@@ -70,7 +70,7 @@ struct Steps : WayBack {
 }  // namespace
 
 TEST(EliminateAndReturn, BringsBackEachTrackBeforeItsLastFrame) {
-  for (std::size_t frames : {1, 3, 30, 200}) {
+  for (std::size_t frames : {1u, 3u, 30u, 200u}) {
     const Made made(longPlan(frames));
     const JointShot shot = made.joint();
     Record record(shot);

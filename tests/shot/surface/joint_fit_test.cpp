@@ -89,7 +89,7 @@ void expectTheSame(const Fit& a, const Fit& b) {
 }  // namespace
 
 TEST(FitJointly, EndsWhereADenseSolverEnds) {
-  for (std::size_t base : {0, 5, 11}) {
+  for (std::size_t base : {0u, 5u, 11u}) {
     for (std::uint32_t seed = 1; seed <= 3; ++seed) {
       relay::Plan plan;
       plan.base = base;
@@ -204,7 +204,7 @@ TEST(FitJointly, TakesNoNoticeOfASlideOrAJump) {
   }
   const Fit fit = fitted(shot);
   const Fit without = fitted(clean);
-  for (std::size_t t : {22, 27, 30}) {
+  for (std::size_t t : {22u, 27u, 30u}) {
     ASSERT_TRUE(isKnown(fit.places[t]));
     EXPECT_LT(std::sqrt(squaredDistance(fit.places[t].point, without.places[t].point)), 1e-5) << t;
   }
@@ -334,7 +334,7 @@ TEST(FitJointly, FitsFramesThatNothingTiesToTheFixedOneAmongThemselves) {
 }
 
 // Far from the optimum under strong perspective a whole step may lead too far.
-TEST(FitJointly, NeverEndsWorseThanItStarts) {
+TEST(FitJointly, ShortensAStepThatLeadsTooFar) {
   for (std::uint32_t seed = 1; seed <= 30; ++seed) {
     relay::Plan plan;
     plan.alive = 10;
@@ -343,11 +343,11 @@ TEST(FitJointly, NeverEndsWorseThanItStarts) {
     relay::Shot shot = relay::shot(plan);
     for (JointFrame& frame : shot.frames) frame.sigma = 40.0;
     Fit fit;
-    fit.frames = relay::started(shot.frames, 150.0, seed);
+    fit.frames = relay::started(shot.frames, 125.0, seed);
     fit.places = startPlaces(fit.frames, shot.observations(), shot.places.size());
     const double before = costOf(fit, shot);
     fitJointly(fit.frames, fit.places, shot.observations());
-    EXPECT_LE(costOf(fit, shot), before) << seed;
+    EXPECT_LT(costOf(fit, shot), 0.9 * before) << seed;
   }
 }
 

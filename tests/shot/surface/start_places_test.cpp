@@ -177,3 +177,13 @@ TEST(RefinePlaces, LeavesThoseThatNoSightingSupports) {
   expectPoint(places[0].point, {300, 50});
   EXPECT_EQ(places[0].covariance.xx, 7.0);
 }
+
+// x' = x / (1 - x / 1000) carries 2000 to -2000, but from behind.
+TEST(RefinePlaces, TakesNoSupportFromBehindTheHorizon) {
+  relay::Shot shot = oneTrack({{0, 0}});
+  shot.frames[0].h = {{{1, 0, 0}, {0, 1, 0}, {-1e-3, 0, 1}}};
+  shot.seen[0][0].present = {-1999, 0};
+  std::vector<Place> places(1, Place{{2000, 0}, {}});
+  refinePlaces(shot.frames, {1.0}, shot.observations(), {true}, places);
+  expectPoint(places[0].point, {2000, 0});
+}
