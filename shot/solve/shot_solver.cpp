@@ -7,6 +7,7 @@
 
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
+#include "shot/plane/median.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
 #include "shot/solve/hand_over.h"
@@ -87,23 +88,64 @@ class ShotSolver {
            tracks_.names.size() > base_.tracks().size();
   }
 
-  // Both sweeps learn the places of tracks that the base frame lacks. Where that was any use they
-  // are refined together with all transforms, and the shot is swept once more.
+  // Both sweeps learn the places of tracks that the base frame lacks. These are refined together
+  // with all transforms, and the shot is swept once more where that is of any use.
   void learnAndSweep() {
     sweepBothWays(true);
     const ObservationsOf observations = observationsOf(tracks_);
     std::vector<JointFrame> frames = jointFrames();
     places_ = startPlaces(frames, observations, tracks_.names.size());
-    const bool useful = usesOthers();
-    if (useful) fitJointly(frames, places_, observations);
+    const int others = takePlaces();
+    if (others == 0) return;
+    fitJointly(frames, places_, observations);
+    trusted_ = othersAgree(frames);
+    if (!trusted_ && !usesOthers()) return;
+    result_.handedOver = takePlaces();
+    result_.leftOut -= result_.handedOver;
+    sweepBothWays(false);
+  }
+
+  // Into the map, for the tracks that the base frame lacks. Returns how many of them are known.
+  int takePlaces() {
+    int known = 0;
     for (std::size_t t = 0; t < places_.size(); ++t) {
       const int track = static_cast<int>(t);
       if (!isKnown(places_[t]) || base_.sees(track)) continue;
       map_.setPlace(track, places_[t].point);
-      if (useful) ++result_.handedOver;
+      ++known;
     }
-    result_.leftOut -= result_.handedOver;
-    if (useful) sweepBothWays(false);
+    return known;
+  }
+
+  // Whether the tracks that the base frame lacks agree with its own: the joint fit of all has moved
+  // the surface, in the median of the frames that the base frame's tracks decided alone, by no more
+  // than these may be off. Normal errors make it about a third of their variance; tracks that creep
+  // off together the longer they are followed, several times as much.
+  bool othersAgree(const std::vector<JointFrame>& joint) const {
+    std::vector<double> moves;
+    for (std::size_t f = 0; f < joint.size(); ++f) {
+      const FrameResult& frame = result_.frames[f];
+      if (frame.verdict.status != Status::Solved || frame.handedOver > 0) continue;
+      if (map_.matchesIn(tracks_, frame.frame).size() == static_cast<std::size_t>(frame.tracks)) {
+        continue;
+      }
+      moves.push_back(moveOf(frame, joint[f].h));
+    }
+    return moves.empty() || lowerMedian(moves) <= 1.0;
+  }
+
+  // The mean square over the surface's corners, in units of the frame's own variance there.
+  double moveOf(const FrameResult& frame, const Homography& h) const {
+    const Quad corners = cornersOf(boxAround(surface_));
+    const Matches file = usedIn(frame);
+    const FrameFigures figures =
+        figuresOf(file, fittedAs(frame, kIdentity, file), {corners}, result_.baseCentre);
+    double sum = 0.0;
+    for (std::size_t c = 0; c < 4; ++c) {
+      sum += squaredDistance(map(h, corners[c]), map(frame.h, corners[c])) /
+             figures.quads[0][c].trace();
+    }
+    return sum / 4.0;
   }
 
   // Whether a frame was fitted to tracks that the base frame lacks.
@@ -162,7 +204,8 @@ class ShotSolver {
       frame += step;
       const SurfaceMap& map = learning ? learning->map() : map_;
       Matches file = map.matchesIn(tracks_, frame);
-      const FrameFit fit = fitHandedOver(fitter_, base_, file, sweep);
+      const FrameFit fit =
+          trusted_ ? fitter_.fit(file, sweep) : fitHandedOver(fitter_, base_, file, sweep);
       record(frame, file, fit);
       if (learning && fit.verdict.status == Status::Solved) {
         learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,
@@ -231,14 +274,23 @@ class ShotSolver {
     return result.handedOver > 0 ? known : known.subset(seenIn(base_, known));
   }
 
+  // With the weights of its good tracks, in full.
+  FittedFrame fittedAs(const FrameResult& result, const Homography& neighbour,
+                       const Matches& file) const {
+    FittedFrame fitted{result.verdict.model, kIdentity, result.h, file.weights()};
+    if (result.verdict.onTop) fitted.kept = neighbour;
+    if (result.handedOver > 0) fitted.placeNoise = 0.0;
+    if (toldBad(result)) {
+      fitted.weights = goodWeights(file, result.h, result_.baseCentre, result.sigma);
+    }
+    return fitted;
+  }
+
   // The figures of trust: of the frame about its good tracks alone, of each track with the weight
   // that the fit left it.
   void addTrust(const Matches& file, const Homography& neighbour, FrameResult& result) {
     const Point front = result_.baseCentre;
-    FittedFrame fitted{result.verdict.model, kIdentity, result.h, file.weights()};
-    if (result.verdict.onTop) fitted.kept = neighbour;
-    if (result.handedOver > 0) fitted.placeNoise = 0.0;
-    if (toldBad(result)) fitted.weights = goodWeights(file, result.h, front, result.sigma);
+    FittedFrame fitted = fittedAs(result, neighbour, file);
     result.figures = figuresOf(file, fitted, quads_, front);
     if (result.handedOver > 0 && result.verdict.status == Status::Solved) takeJoint(result);
     if (toldBad(result) && result.verdict.status == Status::Solved) {
@@ -271,6 +323,7 @@ class ShotSolver {
   ShotUnits units_;
   FrameFitter fitter_;
   SurfaceMap map_;
+  bool trusted_ = false;       // all known tracks decide, not the base frame's where they suffice
   std::vector<Place> places_;  // as the solved frames have told them; empty where nobody asked
   std::vector<Quad> quads_;    // in the base frame
   std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners

@@ -17,9 +17,9 @@ namespace cornerpin {
 /// it, after 10 steps, or when neither a step nor a half, a quarter or an eighth of it lowers the
 /// cost.
 ///
-/// A free frame whose tracks do not fix its transform stays as it is and does not count. At most
-/// `kMostAlive` tracks that are alive at a time take part (`livesOf`); the others' places follow as
-/// the mean of the sightings that support them. The places' covariances are those of the start;
+/// A free frame whose tracks do not fix its transform stays as it is and does not count. Of more
+/// tracks than `kEnoughSeen` in a frame some are left out (`livesOf`); their places follow as the
+/// mean of the sightings that support them. The places' covariances are those of the start;
 /// `jointCovariances` has the new ones.
 ///
 /// Work goes with the observations, and with the frames times the square of the tracks alive. No

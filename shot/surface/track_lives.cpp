@@ -14,7 +14,7 @@ struct Life {
   int track = 0;
 };
 
-// Of the tracks with a known place and a sighting.
+// By track; without sightings where a track has none or no known place.
 std::vector<Life> allLives(const std::vector<double>& noise, const std::vector<Place>& places,
                            const ObservationsOf& observations) {
   std::vector<Life> lives(places.size());
@@ -25,32 +25,68 @@ std::vector<Life> allLives(const std::vector<double>& noise, const std::vector<P
     lives[t].last = f;
     lives[t].track = m.track;
   });
-  const auto unseen = [](const Life& life) { return life.sightings == 0; };
-  lives.erase(std::remove_if(lives.begin(), lives.end(), unseen), lives.end());
   return lives;
 }
 
-// Those for which there is room, by their first frame.
-std::vector<Life> withRoom(std::vector<Life> lives, std::size_t frameCount) {
-  std::sort(lives.begin(), lives.end(), [](const Life& a, const Life& b) {
-    return a.sightings != b.sightings ? a.sightings > b.sightings : a.track < b.track;
-  });
-  std::vector<std::size_t> alive(frameCount, 0);
-  const auto at = [&](std::size_t f) { return alive.begin() + static_cast<std::ptrdiff_t>(f); };
-  const auto crowded = [&](const Life& life) {
-    const auto full = [](std::size_t count) { return count == kMostAlive; };
-    if (std::any_of(at(life.first), at(life.last + 1), full)) return true;
-    std::for_each(at(life.first), at(life.last + 1), [](std::size_t& count) { ++count; });
-    return false;
-  };
-  std::vector<Life> chosen;
-  for (const Life& life : lives) {
-    if (!crowded(life)) chosen.push_back(life);
+// Chooses tracks frame by frame.
+class Choice {
+ public:
+  Choice(const std::vector<Life>& lives, std::size_t frameCount)
+      : lives_(lives), state_(lives.size(), State::Open), alive_(frameCount, 0) {}
+
+  void addFrom(const Matches& seen) {
+    std::size_t chosen = 0;
+    std::vector<const Life*> open;
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+      const auto t = static_cast<std::size_t>(seen.tracks()[i]);
+      if (!isSighting(seen[i]) || lives_[t].sightings == 0) continue;
+      if (state_[t] == State::Chosen) ++chosen;
+      if (state_[t] == State::Open) open.push_back(&lives_[t]);
+    }
+    std::sort(open.begin(), open.end(), [](const Life* a, const Life* b) {
+      return a->sightings != b->sightings ? a->sightings > b->sightings : a->track < b->track;
+    });
+    for (auto life = open.begin(); life != open.end() && chosen < kEnoughSeen; ++life) {
+      if (choose(**life)) ++chosen;
+    }
   }
-  std::sort(chosen.begin(), chosen.end(), [](const Life& a, const Life& b) {
-    return a.first != b.first ? a.first < b.first : a.track < b.track;
-  });
-  return chosen;
+
+  // By their first frame.
+  std::vector<Life> chosen() const {
+    std::vector<Life> chosen;
+    for (std::size_t t = 0; t < lives_.size(); ++t) {
+      if (state_[t] == State::Chosen) chosen.push_back(lives_[t]);
+    }
+    std::stable_sort(chosen.begin(), chosen.end(),
+                     [](const Life& a, const Life& b) { return a.first < b.first; });
+    return chosen;
+  }
+
+ private:
+  enum class State : char { Open, Chosen, NoRoom };
+
+  bool choose(const Life& life) {
+    const auto first = alive_.begin() + static_cast<std::ptrdiff_t>(life.first);
+    const auto end = alive_.begin() + static_cast<std::ptrdiff_t>(life.last + 1);
+    const bool room = *std::max_element(first, end) < kMostAlive;
+    if (room) std::for_each(first, end, [](std::size_t& count) { ++count; });
+    state_[static_cast<std::size_t>(life.track)] = room ? State::Chosen : State::NoRoom;
+    return room;
+  }
+
+  const std::vector<Life>& lives_;
+  std::vector<State> state_;        // by track
+  std::vector<std::size_t> alive_;  // of the chosen, by frame
+};
+
+std::vector<Life> chosenLives(const std::vector<double>& noise, const std::vector<Place>& places,
+                              const ObservationsOf& observations) {
+  const std::vector<Life> lives = allLives(noise, places, observations);
+  Choice choice(lives, noise.size());
+  for (std::size_t f = 0; f < noise.size(); ++f) {
+    if (noise[f] > 0.0) choice.addFrom(observations(f));
+  }
+  return choice.chosen();
 }
 
 }  // namespace
@@ -61,7 +97,7 @@ TrackLives livesOf(const std::vector<double>& noise, const std::vector<Place>& p
   result.slots.assign(places.size(), TrackLives::kNoSlot);
   result.ending.resize(noise.size());
   result.extents.assign(noise.size(), 0);
-  const std::vector<Life> lives = withRoom(allLives(noise, places, observations), noise.size());
+  const std::vector<Life> lives = chosenLives(noise, places, observations);
   std::vector<bool> taken(kMostAlive, false);
   auto next = lives.begin();
   for (std::size_t f = 0; f < noise.size(); ++f) {

@@ -9,9 +9,11 @@
 
 namespace cornerpin {
 
-/// A track is alive from its first sighting to its last. No more than this many that are alive at a
-/// time take part in the joint fit: its work is the square of them for each frame.
-constexpr std::size_t kMostAlive = 200;
+/// The joint fit's work in a frame is the square of the tracks seen there, and where a track is
+/// last seen that of the tracks alive: from their first sighting to their last. A frame that shows
+/// no more than so many has them all in the fit, as long as no more than so many are alive.
+constexpr std::size_t kEnoughSeen = 200;
+constexpr std::size_t kMostAlive = 600;
 
 /// Which tracks take part in the joint fit, and where. Each has a slot of the front to itself while
 /// it is alive; another one has it afterwards.
@@ -24,8 +26,9 @@ struct TrackLives {
   double meanLength = 0.0;               ///< of a life, in frames
 };
 
-/// Among the tracks with a known place, those with the most sightings come first (then the lower
-/// index); one for which there is no room at some time of its life is left out.
+/// Frame by frame, the tracks with a known place that a frame shows are added until it has
+/// `kEnoughSeen`: those with the most sightings in the shot first, then the lower index. One for
+/// which there is no room at some time of its life is left out.
 ///
 /// \param noise  of each frame; frames with 0 are left out
 TrackLives livesOf(const std::vector<double>& noise, const std::vector<Place>& places,

@@ -70,8 +70,8 @@ TEST(HandOver, CarriesAShotOnWhenTheBaseFramesTracksAreGone) {
   EXPECT_EQ(result.baseTracks, 32);
   EXPECT_EQ(result.handedOver, 8 * 11);
   EXPECT_EQ(result.leftOut, 0);
-  EXPECT_EQ(result.frames[5].tracks, 24);  // 24 of 32 are as good as all
-  EXPECT_EQ(result.frames[5].handedOver, 0);
+  EXPECT_EQ(result.frames[4].handedOver, 0);
+  EXPECT_EQ(result.frames[5].handedOver, 8);
   EXPECT_EQ(result.frames[15].tracks, 32);
   EXPECT_EQ(result.frames[15].handedOver, 24);
   EXPECT_EQ(result.frames[59].tracks, 32);
@@ -149,6 +149,45 @@ TEST(HandOver, PutsATrackThatSlidesWhereItRests) {
     EXPECT_GE(frame.good, 22) << frame.frame;
     EXPECT_LT(frame.goodRms, 0.6) << frame.frame;
   }
+}
+
+namespace {
+
+// 40 tracks of a base frame, and from frame 10 on 80 others, which creep off together from where
+// they are first seen, at the speed given.
+Tracks creeping(double speed) {
+  Tracks tracks;
+  std::mt19937 random(8);
+  std::normal_distribution<double> normal(0.0, 0.1);
+  for (int f = 0; f < 60; ++f) {
+    for (int t = 0; t < (f < 10 ? 40 : 120); ++t) {
+      const Point p = map(motion(f), {50.0 + 40 * (t * 7 % 11), 60.0 + 35 * (t * 5 % 13)});
+      const double dx = normal(random) + (t < 40 ? 0.0 : speed * (f - 10));
+      const double dy = normal(random);
+      see(tracks, t, f, {p.x + dx, p.y + dy});
+    }
+  }
+  return tracks;
+}
+
+}  // namespace
+
+TEST(HandOver, LetsTheBaseFramesTracksDecideWhereTheOthersContradictThem) {
+  const Tracks tracks = creeping(0.02);
+  SolveOptions baseOnly = fromFrame(0);
+  baseOnly.handOver = false;
+  const ShotResult with = solveShot(tracks, fromFrame(0));
+  const ShotResult without = solveShot(tracks, baseOnly);
+  EXPECT_EQ(with.handedOver, 0);
+  EXPECT_EQ(with.leftOut, 80);
+  for (std::size_t f = 0; f < 60; ++f) EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
+}
+
+TEST(HandOver, LetsAllTracksDecideWhereTheyAgree) {
+  const ShotResult result = solveShot(creeping(0.0), fromFrame(0));
+  EXPECT_EQ(result.handedOver, 80);
+  EXPECT_EQ(result.frames[9].handedOver, 0);
+  for (std::size_t f = 10; f < 60; ++f) EXPECT_EQ(result.frames[f].handedOver, 80) << f;
 }
 
 TEST(ObservationsOf, CountsFramesFromTheFirstAndLeavesOutWeightZero) {

@@ -77,16 +77,22 @@ TEST(LivesOf, TakesTheLowerIndexOfEquals) {
   }
 }
 
-// The second frame is full of 200 with two sightings each, one of them before and one after that
-// frame; 200 and 201, which do not meet it, find room.
+// The fourth frame shows nothing of the 600 that are alive there; the last one shows none of them.
 TEST(LivesOf, TakesATrackWhereverThereIsRoomInItsLife) {
-  std::vector<std::vector<int>> seen = {range(0, 100), range(0, 200), range(100, 200), {}};
-  seen[0].push_back(200);  // in the first
-  seen[2].push_back(201);  // in the third and the fourth
-  seen[3].push_back(201);
-  seen[0].push_back(202);  // in the first and the fourth: alive in the second
-  seen[3].push_back(202);
-  const TrackLives lives = livesIn(seen);
-  for (std::size_t t = 0; t < 202; ++t) EXPECT_NE(lives.slots[t], kNone) << t;
-  EXPECT_EQ(lives.slots[202], kNone);
+  const auto a = range(0, 200), b = range(200, 400), c = range(400, 600);
+  const TrackLives lives = livesIn({a, b, c, {600}, a, b, c, {601}});
+  for (std::size_t t = 0; t < 602; ++t) EXPECT_EQ(lives.slots[t] == kNone, t == 600) << t;
+  EXPECT_EQ(lives.extents[3], 600u);
+}
+
+// The first frame has enough with 0 to 199; the second one shows 50 of these and all of its own.
+TEST(LivesOf, FillsEveryFrame) {
+  std::vector<int> second = range(150, 200);
+  for (int t : range(210, 400)) second.push_back(t);
+  const TrackLives lives = livesIn({range(0, 210), second});
+  for (int t = 0; t < 400; ++t) {
+    // 150 to 199 are seen twice, and so come first in both frames.
+    const bool out = (t >= 200 && t < 210) || t >= 360;
+    EXPECT_EQ(lives.slots[static_cast<std::size_t>(t)] == kNone, out) << t;
+  }
 }
