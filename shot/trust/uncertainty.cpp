@@ -72,7 +72,7 @@ Uncertainty::Uncertainty(const Matches& matches, const FittedFrame& frame)
   }
 }
 
-Symmetric2 Uncertainty::covarianceAt(Point base) const {
+Symmetric2 Uncertainty::unitCovarianceAt(Point base) const {
   const Slopes s = fit_.slopesAt(base);
   Parameters x{};
   Parameters y{};
@@ -80,8 +80,13 @@ Symmetric2 Uncertainty::covarianceAt(Point base) const {
     x[i] = dot(unitCovariance_[i], s.x);
     y[i] = dot(unitCovariance_[i], s.y);
   }
+  return {dot(s.x, x), dot(s.y, x), dot(s.y, y)};
+}
+
+Symmetric2 Uncertainty::covarianceAt(Point base) const {
   const double square = noise_ * noise_;
-  return {square * dot(s.x, x), square * dot(s.y, x), square * dot(s.y, y)};
+  const Symmetric2 unit = unitCovarianceAt(base);
+  return {square * unit.xx, square * unit.xy, square * unit.yy};
 }
 
 double Uncertainty::deviationAt(Point base) const { return std::sqrt(covarianceAt(base).trace()); }

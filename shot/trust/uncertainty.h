@@ -24,11 +24,15 @@ class Uncertainty {
  public:
   Uncertainty(const Matches& matches, const FittedFrame& frame);
 
+  /// `LinearisedFit::isDetermined`; without it there are no figures.
+  bool isDetermined() const { return fit_.isDetermined(); }
   /// s: the standard deviation of a track along each axis, in pixels. NaN where the model meets
   /// its tracks exactly whatever they are (as four tracks do) and for a held frame.
   double noise() const { return noise_; }
   /// The covariance of the image of a point that is exact in the base frame, in pixels^2.
   Symmetric2 covarianceAt(Point base) const;
+  /// The same for noise of 1 pixel, whatever the residuals say.
+  Symmetric2 unitCovarianceAt(Point base) const;
   /// The root of the mean squared distance between that image and where it ought to be.
   double deviationAt(Point base) const;
 
