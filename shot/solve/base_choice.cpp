@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "shot/fit/linearised_fit.h"
 #include "shot/fit/matches.h"
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
@@ -26,6 +27,10 @@ constexpr double kNowhere = std::numeric_limits<double>::infinity();
 constexpr double kMostFrames = 0.95;
 constexpr double kHalf = 0.5;
 
+// The pilot's base stays up to this times the least figure where no other is as good and nearer the
+// middle: it has been solved from.
+constexpr double kStays = 1.1;
+
 // What all pairs of frames say of the noise counts in each as so many errors of its own. A pair of
 // twenty tracks, or one whose good tracks were told otherwise than its neighbours', says little.
 constexpr double kPooled = 40.0;
@@ -39,12 +44,15 @@ struct Link {
   std::array<Symmetric2, 4> corners{};
 };
 
+// a u + b v.
+Symmetric2 sum(double a, const Symmetric2& u, double b, const Symmetric2& v) {
+  return {a * u.xx + b * v.xx, a * u.xy + b * v.xy, a * u.yy + b * v.yy};
+}
+
 Link joined(const Link& first, const Link& second) {
   Link link = {first.cost + second.cost, {}};
   for (std::size_t c = 0; c < 4; ++c) {
-    const Symmetric2& u = first.corners[c];
-    const Symmetric2& v = second.corners[c];
-    link.corners[c] = {u.xx + v.xx, u.xy + v.xy, u.yy + v.yy};
+    link.corners[c] = sum(1.0, first.corners[c], 1.0, second.corners[c]);
   }
   return link;
 }
@@ -196,32 +204,41 @@ struct Pair {
   double freedoms;
 };
 
+// The expected errors from each base in each frame.
+//
+// The noise of the base and that of the frame show in full in the transform between them. Where
+// they share their tracks a pair of frames has both (`Uncertainty`). Along a chain the noise of the
+// frames between would add to them, but it averages out where all frames hand over: of the chain's
+// covariance a part is taken, and the rest is that of the base and of the frame by themselves.
 class Comparison {
  public:
+  // \param ofChains  that part; 1: there are no chains, pairs of frames alone count
   Comparison(const Tracks& tracks, const std::vector<SolvedFrame>& frames, double leastNoise,
-             bool handsOver)
+             double ofChains, bool handsOver)
       : tracks_(tracks),
         frames_(frames),
         leastVariance_(leastNoise * leastNoise),
+        ofChains_(ofChains),
+        nearest_(frames.size()),
         links_(frames.size()) {
     for (std::size_t a = 0; a < frames.size(); ++a) {
       for (std::size_t b = 0; b < frames.size(); ++b) {
         if (a != b) measure(a, b);
       }
     }
-    const double pooled = pooledVariance();
-    for (const Pair& pair : pairs_) links_.set(pair.a, pair.b, linkOf(pair, pooled));
+    setNoise();
     if (handsOver) links_.chain();
+    for (std::size_t f = 0; f < frames.size(); ++f) own_.push_back(ownOf(f));
   }
 
   // The expected error of the worst corner in each frame.
   std::vector<double> errorsFrom(std::size_t base) const {
     std::vector<double> errors;
     for (std::size_t f = 0; f < frames_.size(); ++f) {
-      const Link& link = links_.between(base, f);
-      double worst = link.cost < kNowhere ? 0.0 : kNowhere;
-      for (std::size_t c = 0; c < 4; ++c) {
-        worst = std::max(worst, carriedBy(frames_[f].toHere[c], link.corners[c]).trace());
+      const bool reached = links_.between(base, f).cost < kNowhere;
+      double worst = reached ? 0.0 : kNowhere;
+      for (std::size_t c = 0; c < 4 && reached && f != base; ++c) {
+        worst = std::max(worst, carriedBy(frames_[f].toHere[c], covariance(base, f, c)).trace());
       }
       errors.push_back(std::sqrt(worst));
     }
@@ -229,6 +246,12 @@ class Comparison {
   }
 
  private:
+  // The frame with which another shares most tracks, and how many.
+  struct Nearest {
+    std::size_t frame = 0;
+    std::size_t shared = 0;
+  };
+
   // Within kGoodWithin sigmas, those of both frames together.
   static bool isGood(const Match& match, const Homography& h, double from, double to) {
     const auto [Xx, Xy, Yx, Yy] = derivative(h, match.base);
@@ -245,11 +268,15 @@ class Comparison {
     return matches;
   }
 
+  static Homography between(const SolvedFrame& from, const SolvedFrame& to) {
+    return withLastOne(product(to.h, from.inverse));
+  }
+
   void measure(std::size_t a, std::size_t b) {
     const SolvedFrame& from = frames_[a];
     const SolvedFrame& to = frames_[b];
     FittedFrame fitted;
-    fitted.h = withLastOne(product(to.h, from.inverse));
+    fitted.h = between(from, to);
     const Matches matches = goodOf(from, to, fitted.h);
     if (matches.size() < kFewestTracks) return;
     fitted.weights = matches.weights();
@@ -264,6 +291,24 @@ class Comparison {
       pair.corners[c] = carriedBy(to.back[c], uncertainty.unitCovarianceAt(from.corners[c]));
     }
     pairs_.push_back(pair);
+    if (matches.size() > nearest_[b].shared) nearest_[b] = {a, matches.size()};
+  }
+
+  // What noise of 1 pixel in a frame alone does to the corners.
+  std::array<Symmetric2, 4> ownOf(std::size_t f) const {
+    std::array<Symmetric2, 4> own{};
+    if (nearest_[f].shared == 0) return own;
+    const SolvedFrame& from = frames_[nearest_[f].frame];
+    const SolvedFrame& to = frames_[f];
+    FittedFrame fitted;
+    fitted.h = between(from, to);
+    const Matches matches = goodOf(from, to, fitted.h);
+    fitted.weights.assign(matches.size(), 1.0);
+    const LinearisedFit fit(matches, fitted);
+    for (std::size_t c = 0; c < 4; ++c) {
+      own[c] = carriedBy(to.back[c], fit.responseAt(from.corners[c]));
+    }
+    return own;
   }
 
   double pooledVariance() const {
@@ -276,21 +321,36 @@ class Comparison {
     return freedoms > 0.0 ? sum / freedoms : 1.0;
   }
 
-  static Link linkOf(const Pair& pair, double pooled) {
-    const double variance =
-        (pair.freedoms * pair.variance + kPooled * pooled) / (pair.freedoms + kPooled);
-    Link link = {0.0, pair.corners};
-    for (Symmetric2& v : link.corners) {
-      v = {variance * v.xx, variance * v.xy, variance * v.yy};
-      link.cost += v.trace();
+  void setNoise() {
+    const double pooled = pooledVariance();
+    variances_.assign(frames_.size() * frames_.size(), pooled);
+    for (const Pair& pair : pairs_) {
+      const double variance =
+          (pair.freedoms * pair.variance + kPooled * pooled) / (pair.freedoms + kPooled);
+      variances_[pair.a * frames_.size() + pair.b] = variance;
+      Link link = {0.0, {}};
+      for (std::size_t c = 0; c < 4; ++c) {
+        link.corners[c] = sum(variance, pair.corners[c], 0.0, {});
+        link.cost += link.corners[c].trace();
+      }
+      links_.set(pair.a, pair.b, link);
     }
-    return link;
+  }
+
+  Symmetric2 covariance(std::size_t base, std::size_t f, std::size_t corner) const {
+    const double noise = variances_[base * frames_.size() + f];
+    const Symmetric2 ends = sum(noise, own_[base][corner], noise, own_[f][corner]);
+    return sum(ofChains_, links_.between(base, f).corners[corner], 1.0 - ofChains_, ends);
   }
 
   const Tracks& tracks_;
   const std::vector<SolvedFrame>& frames_;
   double leastVariance_;
+  double ofChains_;
   std::vector<Pair> pairs_;
+  std::vector<Nearest> nearest_;
+  std::vector<std::array<Symmetric2, 4>> own_;
+  std::vector<double> variances_;  // of the noise, from each frame to each
   Links links_;
 };
 
@@ -311,8 +371,6 @@ class Pilot {
       if (o.weight > 0.0f) front_.add({o.x, o.y});
     }
   }
-
-  const Homography& transformTo(int frame) const { return of(frame).h; }
 
   // Those to look at.
   std::vector<int> solved() const {
@@ -396,6 +454,21 @@ std::string whyOf(const BaseChoice& choice, int pilotBase) {
   return here + fmt::format("; from frame {} within {}", pilotBase, pixels(choice.pilot));
 }
 
+// How much of a chain's covariance is left where every frame hands over, not only those compared:
+// what one track takes over from another is the mean of the frames that see both, half a track's
+// length of them.
+double partOfChains(const Tracks& tracks) {
+  std::vector<bool> known(tracks.names.size());
+  double seen = 0.0;
+  for (const Observation& o : tracks.observations) {
+    if (!(o.weight > 0.0f)) continue;
+    known[static_cast<std::size_t>(o.track)] = true;
+    ++seen;
+  }
+  const auto count = static_cast<double>(std::count(known.begin(), known.end(), true));
+  return std::min(2.0 * count / seen, 1.0);
+}
+
 double extentOf(const Quad& quad) {
   const Box box = boxAround({quad[0], quad[1], quad[2], quad[3]});
   return std::max(box.high.x - box.low.x, box.high.y - box.low.y);
@@ -431,7 +504,8 @@ BaseChoice chooseBase(const Tracks& tracks, int pilotBase, const std::vector<Pil
   const std::vector<int> solved = pilot.solved();
   const Quad corners = quad ? *quad : pilot.boxOfTracks(solved);
   const std::vector<SolvedFrame> seen = pilot.withCorners(solved, corners);
-  const Comparison comparison(tracks, seen, kLeastNoise * extentOf(corners), handsOver);
+  const Comparison comparison(tracks, seen, kLeastNoise * extentOf(corners),
+                              handsOver ? partOfChains(tracks) : 1.0, handsOver);
   std::vector<int> bases;
   std::vector<double> expected, figures;
   for (std::size_t b = 0; b < seen.size(); ++b) {
@@ -440,15 +514,18 @@ BaseChoice chooseBase(const Tracks& tracks, int pilotBase, const std::vector<Pil
     expected.push_back(quantile(errors, kMostFrames));
     figures.push_back(figureOf(errors));
   }
-  const auto expectedFrom = [&](int frame) {
-    return expected[static_cast<std::size_t>(std::find(bases.begin(), bases.end(), frame) -
-                                             bases.begin())];
+  const double least = *std::min_element(figures.begin(), figures.end());
+  const auto at = [&](int frame) {
+    return static_cast<std::size_t>(std::find(bases.begin(), bases.end(), frame) - bases.begin());
   };
   BaseChoice choice;
-  const bool reached = *std::min_element(figures.begin(), figures.end()) < kNowhere;
-  choice.frame = reached ? bestOf(tracks, bases, figures) : pilotBase;
-  choice.expected = expectedFrom(choice.frame);
-  choice.pilot = expectedFrom(pilotBase);
+  choice.frame = bestOf(tracks, bases, figures);
+  const bool farther = offMiddle(tracks, choice.frame) >= offMiddle(tracks, pilotBase);
+  if (!(least < kNowhere) || (farther && figures[at(pilotBase)] <= kStays * least)) {
+    choice.frame = pilotBase;
+  }
+  choice.expected = expected[at(choice.frame)];
+  choice.pilot = expected[at(pilotBase)];
   choice.why = whyOf(choice, pilotBase);
   return choice;
 }

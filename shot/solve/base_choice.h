@@ -17,7 +17,7 @@ namespace cornerpin {
 /// At most about as many frames, spread evenly over the shot, are compared with one another.
 constexpr std::size_t kMostCompared = 30;
 /// A base frame whose figure is up to this times the best one's is as good.
-constexpr double kAsGood = 1.1;
+constexpr double kAsGood = 1.05;
 
 /// A base frame to start from while no transform is known. Frames that share n tracks are
 /// 1 / (n - 3) apart, 30 tracks being as good as any more, or as far as a chain of frames that
@@ -52,12 +52,14 @@ struct BaseChoice {
 /// to the other within `kGoodWithin` sigmas, fix the transform between the two. How noisy they are
 /// shows in what they miss each other by, so tracks that creep tell less the further the frames are
 /// apart; what comes of the corners is `Uncertainty`'s. Where two frames share few tracks or none,
-/// those between hand over: covariances add up along a chain, and the best chain counts.
+/// those between hand over: covariances add up along a chain, and the best chain counts, by the
+/// part that is left of it where tracks are known from all the frames that see them.
 ///
 /// Bases compare by the error of the worst corner in pixels of each frame, its 95th percentile over
 /// the frames times its median: the percentile alone would leave it to a few bad frames, which may
 /// be as bad from everywhere. Of the bases whose root of that product is no more than `kAsGood`
-/// times the least, the one nearest the middle of the shot is taken.
+/// times the least, the one nearest the middle of the shot is taken; the pilot's base, if nearer
+/// yet, with up to 1.1 times the least, as it has been solved from already.
 ///
 /// Frames that the pilot did not solve, and those in which a corner is behind the horizon, are no
 /// bases and count for none. Where no base reaches 95 % of the frames the pilot's base stays, and

@@ -177,6 +177,22 @@ TEST(ChooseBase, TakesTheFrameNearestTheMiddleOfThoseAsGood) {
   }
 }
 
+// Frame 8 is a little better than the one in the middle: by less than is worth another solve.
+TEST(ChooseBase, KeepsThePilotsBaseNearTheMiddleLonger) {
+  const auto choiceFor = [](double deviation, int pilotBase) {
+    Shot shot = still(21, kTracks, always, alike(0), 0.8);
+    for (Observation& o : shot.tracks.observations) {
+      const double own = o.frame == 10 ? deviation : 0.5;
+      o.x += own * std::cos(1.0 + 7.0 * o.track + 0.7 * o.frame * o.track);
+      o.y += own * std::sin(2.0 + 5.0 * o.track + 1.1 * o.frame * o.track);
+    }
+    return chooseBase(shot.tracks, pilotBase, shot.pilot, kQuad);
+  };
+  EXPECT_EQ(choiceFor(0.46, 10).frame, 10);
+  EXPECT_EQ(choiceFor(0.46, 3).frame, 8);
+  EXPECT_EQ(choiceFor(0.62, 10).frame, 8);
+}
+
 TEST(ChooseBase, AvoidsABlurredFrame) {
   const Deviation blurred = [](int, int f) { return f >= 9 && f <= 11 ? 3.0 : 0.5; };
   Shot shot = still(21, kTracks, always, blurred, 0.8);
@@ -244,7 +260,7 @@ TEST(ChooseBase, TakesTheBoxOfAllTracksButAFarOffOneForAQuad) {
   };
   std::sort(all.begin(), all.end(), before);
   more.observations = all;
-  EXPECT_EQ(chooseBase(more, 4, shot.pilot).expected, byTracks.expected);
+  EXPECT_NEAR(chooseBase(more, 4, shot.pilot).expected / byTracks.expected, 1.0, 1e-3);
 }
 
 // A third of the tracks are anywhere. The sigma of the base is not known.
