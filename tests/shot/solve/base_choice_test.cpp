@@ -101,6 +101,14 @@ TEST(GuessBaseFrame, TakesAFrameThatSharesTracksWithTheOthers) {
   EXPECT_EQ(guessBaseFrame(still(5, kTracks, seen, alike(0), 1).tracks), 1);
 }
 
+TEST(GuessBaseFrame, TakesThirtyTracksForAsGoodAsSixty) {
+  Tracks tracks;
+  for (int f = 0; f < 9; ++f) {
+    for (int t = 0; t < (f == 4 ? 30 : 60); ++t) see(tracks, t, f, {});
+  }
+  EXPECT_EQ(guessBaseFrame(tracks), 4);
+}
+
 TEST(GuessBaseFrame, AddsUpTheStepsOfAChain) {
   // Each frame shares tracks with its neighbours alone: up to frame 4 four of them, so that the
   // frames are 1 apart, and 13 from there on, 1/10 apart. From frame 6 half the frames are no more
@@ -154,12 +162,13 @@ TEST(ChooseBase, ExpectsTheErrorThatTheNoiseMakes) {
   Eigen::Matrix<double, 8, 8> a = Eigen::Matrix<double, 8, 8>::Zero();
   for (int t = 0; t < kTracks; ++t) a += slopes(placeOf(t)).transpose() * slopes(placeOf(t));
   double worst = 0.0;
-  for (Point q : kQuad) {
+  const Quad lopsided = {{{-200, -100}, {600, 60}, {600, 340}, {100, 340}}};
+  for (Point q : lopsided) {
     const Eigen::Matrix2d covariance = slopes(q) * a.inverse() * slopes(q).transpose();
     worst = std::max(worst, std::sqrt(2.0 * 0.25 * covariance.trace()));
   }
   const Shot shot = still(9, kTracks, always, alike(0.5), 0.8);
-  const BaseChoice choice = chooseBase(shot.tracks, 4, shot.pilot, kQuad);
+  const BaseChoice choice = chooseBase(shot.tracks, 4, shot.pilot, lopsided);
   EXPECT_EQ(choice.frame, 4);
   EXPECT_EQ(choice.expected, choice.pilot);
   // The noise of a pair of frames is known to 1 / sqrt(2 * 40) = 11 %, less by what all say.
@@ -329,10 +338,29 @@ TEST(ChooseBase, PrefersALargePicture) {
     o.y = p.y;
   }
   for (std::size_t f = 0; f < 5; ++f) shot.pilot[f].h = large;
-  const BaseChoice choice = chooseBase(shot.tracks, 10, shot.pilot, kQuad);
-  EXPECT_LT(choice.frame, 5);
-  // sqrt(1 + 1) from a large picture to another, sqrt(1 + 16) from a small one.
-  EXPECT_NEAR(choice.pilot / choice.expected, std::sqrt(17.0 / 2.0), 0.5);
+  for (bool handsOver : {false, true}) {
+    const BaseChoice choice = chooseBase(shot.tracks, 10, shot.pilot, kQuad, handsOver);
+    EXPECT_LT(choice.frame, 5);
+    // sqrt(1 + 1) from a large picture to another, sqrt(1 + 16) from a small one.
+    EXPECT_NEAR(choice.pilot / choice.expected, std::sqrt(17.0 / 2.0), 0.5);
+  }
+}
+
+// Numbers without noise are known to their last digits alone, which say nothing.
+TEST(ChooseBase, TakesRoundingForNoNoise) {
+  std::vector<PilotFrame> pilot;
+  for (int f = 0; f < 9; ++f) pilot.push_back({true, small_shots::motion(f), 0.1});
+  const BaseChoice choice = chooseBase(movingShot(9), 0, pilot);
+  EXPECT_GT(choice.expected, 1e-5);
+  EXPECT_LT(choice.expected, 1e-2);
+}
+
+TEST(ChooseBase, ComparesThePilotsBaseHoweverLongTheShot) {
+  const Shot shot = still(201, kTracks, always, alike(0.5), 0.8);
+  for (int base : {0, 1, 2, 200}) {
+    const BaseChoice choice = chooseBase(shot.tracks, base, shot.pilot, kQuad);
+    EXPECT_NEAR(choice.pilot / choice.expected, 1.1, 0.2) << base;
+  }
 }
 
 TEST(ChooseBase, SaysWhy) {
