@@ -37,7 +37,7 @@ std::string csvFrame(const ShotResult& result, const FrameResult& frame,
     }
   }
   text += csvFigures(frame);
-  return text + fmt::format(",{},{},{}\n", csvText(whyOf(frame)), csvText(reasonOf(frame.verdict)),
+  return text + fmt::format(",{},{},{}\n", csvText(frame.why), csvText(frame.reason),
                             solved
                                 ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width))
                                 : ",");

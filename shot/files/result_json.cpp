@@ -35,7 +35,7 @@ void addFit(const FrameResult& frame, Json& json) {
   json["loss"] = nameOf(frame.loss);
   json["width"] = frame.width;
   json["stage"] = nameOf(frame.verdict.origin.stage);
-  if (const std::string why = whyOf(frame); !why.empty()) json["why"] = why;
+  if (!frame.why.empty()) json["why"] = frame.why;
 }
 
 Json jsonOf(const ShotResult& result, const FrameResult& frame, const std::optional<Quad>& quad) {
@@ -51,7 +51,7 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame, const std::optio
   json["noise"] = frame.figures.noise;
   json["deviation"] = frame.figures.deviations();
   if (verdict.status == Status::Solved) addFit(frame, json);
-  if (const std::string reason = reasonOf(verdict); !reason.empty()) json["reason"] = reason;
+  if (!frame.reason.empty()) json["reason"] = frame.reason;
   if (quad) {
     Quad places;
     for (std::size_t i = 0; i < quad->size(); ++i) places[i] = carried(result, frame, (*quad)[i]);

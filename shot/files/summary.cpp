@@ -26,8 +26,7 @@ std::string unsolvedFrames(const Summary& s) {
   if (s.firstUnsolved.empty()) return {};
   std::string text = "not in full   frame  model        reason\n";
   for (const FrameResult* f : s.firstUnsolved) {
-    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model),
-                        reasonOf(f->verdict));
+    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model), f->reason);
   }
   const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
   if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);

@@ -6,9 +6,11 @@
 
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
+#include "shot/plane/median.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
 #include "shot/solve/surface_map.h"
+#include "shot/solve/track_runs.h"
 #include "shot/trust/final_weights.h"
 
 namespace cornerpin {
@@ -44,8 +46,9 @@ class ShotSolver {
         units_(unitsOf(surface_, options.units)),
         fitter_(units_, options),
         map_(base_, tracks.names.size()),
+        runs_(tracks.names.size()),
         worst_(visibleIn(boxAround(surface_))) {
-    result_.baseFrame = base_.frame();
+    result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.places().size());
     result_.leftOut = static_cast<int>(tracks.names.size() - base_.places().size());
     result_.units = options.units;
@@ -66,6 +69,7 @@ class ShotSolver {
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
+    addTracks();
     return std::move(result_);
   }
 
@@ -82,6 +86,7 @@ class ShotSolver {
     result.rms = 0.0;
     result.h = kIdentity;
     result.figures = baseFrameFigures(quads_.size());
+    for (int track : base_.tracks()) runs_.add(track, base_.frame(), TrackUse::Good);
     report();
   }
 
@@ -105,6 +110,8 @@ class ShotSolver {
       result.rms = rmsResidual(file, fit.h);
       if (fit.robust.found) addRobust(fit, result);
       if (fit.verdict.status == Status::Solved) addSolved(file, fit, sweep.memory, result);
+      result.why = whyOf(result);
+      result.reason = reasonOf(result.verdict);
       report();
     }
   }
@@ -151,6 +158,7 @@ class ShotSolver {
     FittedFrame fitted{result.verdict.model, kIdentity, result.h, file.weights()};
     if (result.verdict.onTop) fitted.kept = neighbour;
     if (toldBad(result)) fitted.weights = goodWeights(file, result.h, front, result.sigma);
+    addUses(file, fitted.weights, result);
     result.figures = figuresOf(file, fitted, quads_, front);
     if (toldBad(result) && result.verdict.status == Status::Solved) {
       fitted.weights = lossWeights(file, result.h, front, result.loss, result.width);
@@ -158,6 +166,42 @@ class ShotSolver {
     std::vector<TrackInfluence> influences = influencesOf(file, fitted, quads_.front());
     worst_.addFrame(result.frame, influences);
     if (options_.influences) result.influences = std::move(influences);
+  }
+
+  // What each track that is seen in a frame is there. Matches have the order of the observations.
+  void addUses(const Matches& file, const std::vector<double>& weights, const FrameResult& result) {
+    std::size_t i = 0;
+    for (const Observation& o : tracks_.inFrame(result.frame)) {
+      if (!(o.weight > 0.0f)) continue;
+      const bool used = i < file.size() && file.tracks()[i] == o.track;
+      const bool good = used && weights[i] > 0.0 && result.verdict.status != Status::Held;
+      runs_.add(o.track, result.frame, good ? TrackUse::Good : TrackUse::Ignored);
+      if (used) ++i;
+    }
+  }
+
+  // The standard deviation of one coordinate of a track in the median frame.
+  double usualNoise() const {
+    std::vector<double> noises;
+    for (const FrameResult& frame : result_.frames) {
+      if (std::isfinite(frame.figures.noise)) noises.push_back(frame.figures.noise);
+    }
+    return lowerMedian(noises);
+  }
+
+  void addTracks() {
+    const double variance = std::pow(usualNoise(), 2);
+    for (std::size_t t = 0; t < tracks_.names.size(); ++t) {
+      const int track = static_cast<int>(t);
+      TrackResult result;
+      result.name = tracks_.names[t];
+      result.place = map_.placeOf(track);
+      if (map_.knows(track) && std::isfinite(variance)) {
+        result.covariance = {variance, 0.0, variance};
+      }
+      result.runs = runs_.of(track, tracks_.firstFrame(), tracks_.lastFrame());
+      result_.tracks.push_back(std::move(result));
+    }
   }
 
   void report() {
@@ -173,6 +217,7 @@ class ShotSolver {
   ShotUnits units_;
   FrameFitter fitter_;
   SurfaceMap map_;
+  TrackRuns runs_;
   std::vector<Quad> quads_;  // in the base frame
   WorstTracks worst_;
   ShotResult result_;

@@ -44,6 +44,7 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   solved.good = 3;
   solved.goodRms = 0.25;
   solved.sigma = 0.5;
+  addTexts(solved);
   const json j = json::parse(written(result, Format::Json));
   EXPECT_EQ(j["loss"], "cauchy");
   EXPECT_EQ(j["seed"], 77);
@@ -78,7 +79,7 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
 
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
-  result.frames[1].verdict.error = "\xff";
+  result.frames[1].reason = "\xff";
   EXPECT_TRUE(json::accept(written(result, Format::Json)));
 }
 
@@ -113,12 +114,13 @@ TEST(ResultJson, SaysWhyASolvedFrameIsAsItIs) {
   frame.good = 25;
   frame.loss = Loss::Huber;
   frame.width = 1.75;
+  addTexts(frame);
   const json solved = json::parse(written(result, Format::Json))["frames"][1];
   EXPECT_EQ(solved["why"], "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
   EXPECT_FALSE(solved.contains("reason"));
   EXPECT_EQ(solved["loss"], "huber");
   EXPECT_EQ(solved["width"], 1.75);
-  frame.verdict.origin.grounds = Grounds::None;
+  frame.why = "";
   EXPECT_FALSE(json::parse(written(result, Format::Json))["frames"][1].contains("why"));
 }
 
@@ -133,6 +135,7 @@ TEST(ResultJson, SaysWhyAFrameIsReduced) {
   frame.verdict.good = frame.verdict.fitted = 4;
   frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 4};
   frame.good = 4;
+  addTexts(frame);
   const json reduced = json::parse(written(result, Format::Json))["frames"][1];
   EXPECT_EQ(reduced["reason"], "only 4 of its 8 tracks agree on a transform, any four do");
   for (const char* name : {"why", "stage", "inliers", "inlier_rms", "scale", "loss", "width"}) {

@@ -17,7 +17,7 @@ FrameResult frame(int number, Status status, double rms) {
   f.goodRms = rms;
   f.tracks = 9;
   f.good = 9;
-  if (status == Status::Held) f.verdict.shortfall = Shortfall::NoTracks;
+  if (status == Status::Held) f.reason = "no tracks";
   return f;
 }
 
@@ -134,8 +134,7 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
                    frame(3, Status::Reduced, 0.25)};
   result.frames[2].verdict.model = Model::Affine;
-  result.frames[2].verdict.shortfall = Shortfall::TooFewTracks;
-  result.frames[2].verdict.tracks = 3;
+  result.frames[2].reason = "3 of the 4 tracks needed";
   setDeviations(result.frames[1], {0.125, 0.5, 0.25, 0.125});
   setDeviations(result.frames[2], {std::nan(""), std::nan(""), std::nan(""), std::nan("")});
   result.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},

@@ -9,6 +9,12 @@
 #include "shot/files/result_file.h"
 #include "tests/support/files.h"
 
+// Gives a frame the texts that go with its verdict.
+inline void addTexts(cornerpin::FrameResult& frame) {
+  frame.why = whyOf(frame);
+  frame.reason = reasonOf(frame.verdict);
+}
+
 // A result of a base frame and a held one with numbers and texts that are awkward to write.
 inline cornerpin::ShotResult twoFrames() {
   using namespace cornerpin;
@@ -31,6 +37,7 @@ inline cornerpin::ShotResult twoFrames() {
   held.verdict.status = Status::Held;
   held.verdict.shortfall = Shortfall::FitFailed;
   held.verdict.error = "a \"quoted\"\nreason";
+  addTexts(held);
   held.rms = kNaN;
   held.h = {{{0.1, 1.0 / 3.0, 1e300}, {-2.5, 5e-324, 0}, {0, -0.01, 1}}};
   held.figures = {
