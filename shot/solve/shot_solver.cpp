@@ -9,6 +9,7 @@
 #include "shot/plane/median.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
+#include "shot/solve/rebase.h"
 #include "shot/solve/surface_map.h"
 #include "shot/solve/track_runs.h"
 #include "shot/trust/final_weights.h"
@@ -55,21 +56,24 @@ class ShotSolver {
     result_.loss = options.loss;
     result_.seed = options.seed;
     result_.baseCentre = units_.fileToFit.centre;
-    result_.quads = quadsOf(options, surface_);
     result_.frames.resize(static_cast<std::size_t>(tracks.frameCount()));
-    for (const NamedQuad& quad : result_.quads) quads_.push_back(quad.corners);
+    if (options.reference) {
+      requireFrame(*options.reference, tracks.firstFrame(), tracks.lastFrame());
+    }
   }
 
   ShotResult solve() {
     addBaseFrame();
     sweep(+1, tracks_.lastFrame());
     sweep(-1, tracks_.firstFrame());
+    placeQuads();
     addTrust(+1, tracks_.lastFrame());
     addTrust(-1, tracks_.firstFrame());
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
     addTracks();
+    makeRelative();
     return std::move(result_);
   }
 
@@ -85,7 +89,6 @@ class ShotSolver {
     result.tracks = result_.baseTracks;
     result.rms = 0.0;
     result.h = kIdentity;
-    result.figures = baseFrameFigures(quads_.size());
     for (int track : base_.tracks()) runs_.add(track, base_.frame(), TrackUse::Good);
     report();
   }
@@ -134,6 +137,23 @@ class ShotSolver {
     result.width = units_.lengthFromFit(fit.robust.width);
     result.goodRms = rmsResidual(file.subset(fit.robust.good), result.h);
     memory.rememberGood(file, fit.robust.good);
+  }
+
+  // Puts what the figures of trust are about into the base frame.
+  void placeQuads() {
+    const int reference = options_.reference.value_or(base_.frame());
+    result_.quads = quadsOf(options_, surface_);
+    if (!options_.quads.empty() && reference != base_.frame()) {
+      result_.quads = carriedToBase(options_.quads, resultOf(reference), result_.baseCentre);
+    }
+    for (const NamedQuad& quad : result_.quads) quads_.push_back(quad.corners);
+    resultOf(base_.frame()).figures = baseFrameFigures(quads_.size());
+  }
+
+  void makeRelative() {
+    if (!options_.reference) return;
+    rebase(result_, *options_.reference);
+    if (!options_.quads.empty()) result_.quads = options_.quads;  // without a rounding
   }
 
   // Whether the frame's fit told good tracks from bad ones.
