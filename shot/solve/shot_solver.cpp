@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
@@ -57,6 +58,9 @@ class ShotSolver {
     result_.seed = options.seed;
     result_.baseCentre = units_.fileToFit.centre;
     result_.frames.resize(static_cast<std::size_t>(tracks.frameCount()));
+    if (const std::string flaw = flawOf(options.quads); !flaw.empty()) {
+      throw std::invalid_argument(flaw);
+    }
     if (options.reference) {
       requireFrame(*options.reference, tracks.firstFrame(), tracks.lastFrame());
     }
