@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "shot/files/json_field.h"
+#include "shot/plane/points.h"
 #include "shot/solve/named_quad.h"
 
 namespace cornerpin {

@@ -64,7 +64,7 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
   EXPECT_TRUE(
       contains(run.out, "base frame    0  (60 tracks, none left out)\nsolved        71 of 71"));
   const json j = json::parse(readFile(folder / "out.json"));
-  EXPECT_EQ(j["cornerpin"], 1);
+  EXPECT_EQ(j["cornerpin"], 2);
   EXPECT_EQ(j["frames"].size(), 71u);
   EXPECT_EQ(j["frames"][70]["status"], "solved");
   EXPECT_EQ(folder.entryCount(), 1u);
@@ -76,7 +76,9 @@ TEST(SolveCommand, WritesNoFieldThatIsNotDescribed) {
       json::parse(cornerpin({"solve", kScreen, "--json", "--quads", "0,0,1,0,1,1,0,1"}).out);
   EXPECT_TRUE(contains(text, "now " + j["cornerpin"].dump() + "."));
   const json facade = json::parse(cornerpin({"solve", kFacade, "--json"}).out);
-  for (const json& object : {j, j["frames"][87], facade["worst_tracks"][0]}) {
+  for (const json& object :
+       {j, j["quads"][0], j["tracks"][0], j["frames"][87], j["frames"][87]["quads"]["quad"],
+        facade["worst_tracks"][0], facade["frames"][1]}) {
     for (const auto& field : object.items()) {
       EXPECT_TRUE(contains(text, "`" + field.key() + "`")) << field.key();
     }
@@ -123,8 +125,9 @@ TEST(SolveCommand, CarriesAQuad) {
   const Outcome run =
       cornerpin({"solve", kFacade, "--json", "--quads", "-10,20,100,20,100,80,-10,80"});
   const json j = json::parse(run.out);
-  EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[-10,20],[100,20],[100,80],[-10,80]]"));
-  EXPECT_EQ(j["frames"][70]["quad"].size(), 4u);
+  EXPECT_EQ(j["frames"][0]["quads"]["quad"]["corners"],
+            json::parse("[[-10,20],[100,20],[100,80],[-10,80]]"));
+  EXPECT_EQ(j["frames"][70]["quads"]["quad"]["corners"].size(), 4u);
 }
 
 TEST(SolveCommand, RefusesAQuadThatWouldGoNowhere) {

@@ -112,7 +112,7 @@ void writeExplanation(const std::string& path, const Tracks& tracks, const ShotR
 
 int run(const Arguments& arguments) {
   const SolveOptions options = optionsOf(arguments);
-  const std::optional<Quad> quad = arguments.quad.value();
+  const bool quad = arguments.quad.value().has_value();
   if (quad && arguments.output.path.empty() && arguments.explanation.empty() &&
       !arguments.json.given) {
     throw std::invalid_argument("--quads: the table has no corners: add -o FILE or --json");
@@ -126,7 +126,7 @@ int run(const Arguments& arguments) {
   if (!arguments.explanation.empty()) writeExplanation(arguments.explanation, tracks, result);
   const auto write = [&](const std::string& path, Format as) {
     OutputFile out(path);
-    writeResult(result, as, quad, out);
+    writeResult(result, as, out);
     out.commit();
   };
   const bool onStandardOutput = arguments.output.isStandardOutput();
