@@ -52,11 +52,12 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
   solved.loss = Loss::Huber;
   solved.width = 0.75;
   addTexts(solved);
-  EXPECT_NE(written(result, Format::Csv)
-                .find(",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
-                      "054936363499605e-151,"
-                      "too few tracks to tell a bad one,,huber,0.75\n"),
-            std::string::npos);
+  EXPECT_NE(
+      written(result, Format::Csv)
+          .find(",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
+                "054936363499605e-151,"
+                "too few tracks to tell a bad one,,huber,0.75\n"),
+      std::string::npos);
 }
 
 TEST(ResultCsv, HoldsEveryBit) {
