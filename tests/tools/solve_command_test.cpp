@@ -429,7 +429,7 @@ TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
   for (const std::string& out : {in, folder / "link.csv", folder / "./in.csv"}) {
     const Outcome run = cornerpin({"solve", in, "-o", out});
     EXPECT_EQ(run.code, 2);
-    EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file with the tracks: not replaced\n");
+    EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file that is read: not replaced\n");
     EXPECT_EQ(cornerpin({"solve", "-", "-o", out}, fromFile).code, 2);
     EXPECT_EQ(cornerpin({"solve", in, "--explain", out}).err, run.err);
   }

@@ -110,7 +110,7 @@ std::optional<int> BaseOption::value() const {
 }
 
 void ReferenceOption::addTo(CLI::App& parser) {
-  parser.add_option("--reference", text, "Frame that transforms start from and quads are read on")
+  parser.add_option("--reference", text, "Frame that transforms start from and quads belong to")
       ->check(refuseEmpty)
       ->option_text("FRAME");
 }
