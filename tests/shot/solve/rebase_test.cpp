@@ -96,7 +96,9 @@ Tracks noisyShot() {
   Tracks tracks;
   for (int f = 0; f < 11; ++f) {
     for (int t = 0; t < 16; ++t) {
-      const Point p = map(motion(10 * f), {80.0 + 150.0 * (t % 4), 60.0 + 110.0 * (t / 4)});
+      const int column = t % 4;
+      const int row = t / 4;
+      const Point p = map(motion(10 * f), {80.0 + 150.0 * column, 60.0 + 110.0 * row});
       const double dx = normal(random);
       const double dy = normal(random);
       small_shots::see(tracks, t, f, {p.x + dx, p.y + dy});

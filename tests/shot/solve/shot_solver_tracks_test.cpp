@@ -33,7 +33,9 @@ Tracks latticeShot(int frames) {
   Tracks tracks;
   for (int f = 0; f < frames; ++f) {
     for (int t = 0; t < 12; ++t) {
-      const Point p = map(motion(f), {100.0 + 130.0 * (t % 4), 80.0 + 150.0 * (t / 4)});
+      const int column = t % 4;
+      const int row = t / 4;
+      const Point p = map(motion(f), {100.0 + 130.0 * column, 80.0 + 150.0 * row});
       const double dx = normal(random);
       const double dy = normal(random);
       see(tracks, t, f, {p.x + dx, p.y + dy});
