@@ -2,22 +2,20 @@
 #ifndef SHOT_FILES_RESULT_CSV_H
 #define SHOT_FILES_RESULT_CSV_H
 
-#include <optional>
-
 #include "shot/files/output_file.h"
-#include "shot/plane/points.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
 
-/// Writes a result as CSV, a row for each frame (docs/result.md): the columns
-/// frame,h00,h01,...,h22,rms,tracks,status,inliers,inlier_rms,scale,stage, with a quad the corners'
-/// places qx0,qy0,...,qx3,qy3, then model,on_top,noise,deviation0,...,deviation3,why,reason,
-/// loss,width.
+/// Writes a result as CSV (docs/result.md), a row for each frame: the columns
+/// frame,h00,h01,...,h22,rms,tracks,status,good,good_rms,sigma,stage, the corners' places
+/// qx0,qy0,...,qx3,qy3, then model,on_top,noise,deviation0,...,deviation3,why,reason,loss,width.
+/// With several quads a row for each frame and quad, whose name is in a column `quad` behind the
+/// frame.
 ///
-/// What has no value is empty: the rms of a frame without active tracks, the scale with loss none,
+/// What has no value is empty: the rms of a frame without active tracks, the sigma with loss none,
 /// what only some frames have, and a corner on or behind the horizon.
-void writeResultCsv(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out);
+void writeResultCsv(const ShotResult& result, OutputFile& out);
 
 }  // namespace cornerpin
 

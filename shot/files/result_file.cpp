@@ -18,9 +18,8 @@ std::optional<Format> formatOf(const std::string& path) {
   return std::nullopt;
 }
 
-void writeResult(const ShotResult& result, Format format, const std::optional<Quad>& quad,
-                 OutputFile& out) {
-  format == Format::Json ? writeResultJson(result, quad, out) : writeResultCsv(result, quad, out);
+void writeResult(const ShotResult& result, Format format, OutputFile& out) {
+  format == Format::Json ? writeResultJson(result, out) : writeResultCsv(result, out);
 }
 
 }  // namespace cornerpin

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "shot/files/output_file.h"
-#include "shot/plane/points.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
@@ -17,8 +16,7 @@ enum class Format { Json, Csv };
 std::optional<Format> formatOf(const std::string& path);
 
 /// Writes a result in a format. Numbers read back as the same doubles, in every locale.
-void writeResult(const ShotResult& result, Format format, const std::optional<Quad>& quad,
-                 OutputFile& out);
+void writeResult(const ShotResult& result, Format format, OutputFile& out);
 
 }  // namespace cornerpin
 

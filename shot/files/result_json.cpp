@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/files/result_json.h"
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 
 namespace cornerpin {
 
@@ -15,10 +17,39 @@ std::string textOf(const Json& value) {
   return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+Json jsonOf(Point p) { return {p.x, p.y}; }
+
 Json jsonOf(const Quad& quad) {
   Json corners = Json::array();
-  for (Point p : quad) corners.push_back({p.x, p.y});
+  for (Point p : quad) corners.push_back(jsonOf(p));
   return corners;
+}
+
+Json jsonOf(const Symmetric2& c) {
+  if (!std::isfinite(c.xx) || !std::isfinite(c.xy) || !std::isfinite(c.yy)) return nullptr;
+  return {{c.xx, c.xy}, {c.xy, c.yy}};
+}
+
+Json jsonOf(const NamedQuad& quad) {
+  return {{"name", quad.name}, {"corners", jsonOf(quad.corners)}};
+}
+
+Json runsOf(const TrackResult& track, TrackUse use) {
+  Json runs = Json::array();
+  for (const TrackRun& run : track.runs) {
+    if (run.use == use) runs.push_back({run.first, run.last});
+  }
+  return runs;
+}
+
+Json jsonOf(const TrackResult& track) {
+  const bool known = std::isfinite(track.place.x) && std::isfinite(track.place.y);
+  return {{"name", track.name},
+          {"place", known ? jsonOf(track.place) : Json(nullptr)},
+          {"covariance", jsonOf(track.covariance)},
+          {"good", runsOf(track, TrackUse::Good)},
+          {"ignored", runsOf(track, TrackUse::Ignored)},
+          {"absent", runsOf(track, TrackUse::Absent)}};
 }
 
 Json jsonOf(const WorstTrack& track) {
@@ -29,16 +60,30 @@ Json jsonOf(const WorstTrack& track) {
 
 // Of a solved frame: how the fit came about.
 void addFit(const FrameResult& frame, Json& json) {
-  json["inliers"] = frame.good;
-  json["inlier_rms"] = frame.goodRms;
-  json["scale"] = frame.sigma;
+  json["good"] = frame.good;
+  json["good_rms"] = frame.goodRms;
+  json["sigma"] = frame.sigma;
   json["loss"] = nameOf(frame.loss);
   json["width"] = frame.width;
   json["stage"] = nameOf(frame.verdict.origin.stage);
-  if (const std::string why = whyOf(frame); !why.empty()) json["why"] = why;
+  if (!frame.why.empty()) json["why"] = frame.why;
 }
 
-Json jsonOf(const ShotResult& result, const FrameResult& frame, const std::optional<Quad>& quad) {
+// Of one quad in one frame.
+Json quadIn(const ShotResult& result, const FrameResult& frame, std::size_t q) {
+  const Quad& corners = result.quads[q].corners;
+  Quad places;
+  Json covariances = Json::array();
+  for (std::size_t i = 0; i < corners.size(); ++i) {
+    places[i] = carried(result, frame, corners[i]);
+    covariances.push_back(jsonOf(frame.figures.quads[q][i]));
+  }
+  return {{"corners", jsonOf(places)},
+          {"covariance", std::move(covariances)},
+          {"deviation", frame.figures.deviations(q)}};
+}
+
+Json jsonOf(const ShotResult& result, const FrameResult& frame) {
   const Verdict& verdict = frame.verdict;
   Json json = {{"frame", frame.frame}, {"status", nameOf(verdict.status)}};
   if (verdict.status != Status::Base) {
@@ -49,13 +94,11 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame, const std::optio
   json["rms"] = frame.rms;
   json["h"] = frame.h;
   json["noise"] = frame.figures.noise;
-  json["deviation"] = frame.figures.deviations();
   if (verdict.status == Status::Solved) addFit(frame, json);
-  if (const std::string reason = reasonOf(verdict); !reason.empty()) json["reason"] = reason;
-  if (quad) {
-    Quad places;
-    for (std::size_t i = 0; i < quad->size(); ++i) places[i] = carried(result, frame, (*quad)[i]);
-    json["quad"] = jsonOf(places);
+  if (!frame.reason.empty()) json["reason"] = frame.reason;
+  Json& quads = json["quads"] = Json::object();
+  for (std::size_t q = 0; q < result.quads.size(); ++q) {
+    quads[result.quads[q].name] = quadIn(result, frame, q);
   }
   return json;
 }
@@ -97,19 +140,23 @@ class JsonFile {
 
 }  // namespace
 
-void writeResultJson(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out) {
+void writeResultJson(const ShotResult& result, OutputFile& out) {
   JsonFile file(out);
-  file.add("cornerpin", 1);
+  file.add("cornerpin", 2);
   file.add("base_frame", result.baseFrame);
+  file.add("reference_frame", result.referenceFrame);
   file.add("base_tracks", result.baseTracks);
   file.add("left_out", result.leftOut);
   file.add("units", nameOf(result.units));
   file.add("loss", nameOf(result.loss));
   file.add("seed", result.seed);
-  file.add("corners", jsonOf(result.quads.front().corners));
-  file.addList("worst_tracks", result.worst, [](const WorstTrack& track) { return jsonOf(track); });
+  file.add("front", jsonOf(result.baseCentre));
+  const auto asJson = [](const auto& item) { return jsonOf(item); };
+  file.addList("quads", result.quads, asJson);
+  file.addList("tracks", result.tracks, asJson);
+  file.addList("worst_tracks", result.worst, asJson);
   file.addList("frames", result.frames,
-               [&](const FrameResult& frame) { return jsonOf(result, frame, quad); });
+               [&](const FrameResult& frame) { return jsonOf(result, frame); });
   file.close();
 }
 

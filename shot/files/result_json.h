@@ -2,21 +2,18 @@
 #ifndef SHOT_FILES_RESULT_JSON_H
 #define SHOT_FILES_RESULT_JSON_H
 
-#include <optional>
-
 #include "shot/files/output_file.h"
-#include "shot/plane/points.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
 
-/// Writes a result as JSON (docs/result.md), a line for each frame.
+/// Writes a result as JSON of version 2 (docs/result.md, docs/result.schema.json), a line for each
+/// quad, track and frame.
 ///
-/// What has no value is null: the rms of a frame without active tracks, the scale with loss none,
-/// and a corner on or behind the horizon.
-///
-/// \param quad  corners in the base frame, whose places are written for every frame
-void writeResultJson(const ShotResult& result, const std::optional<Quad>& quad, OutputFile& out);
+/// What has no value is null: the rms of a frame without active tracks, the sigma with loss none, a
+/// covariance without a figure, a track's place that is not known, and the coordinates of a corner
+/// on or behind the horizon.
+void writeResultJson(const ShotResult& result, OutputFile& out);
 
 }  // namespace cornerpin
 

@@ -27,8 +27,7 @@ std::string unsolvedFrames(const Summary& s) {
   if (s.firstUnsolved.empty()) return {};
   std::string text = "not in full   frame  model        reason\n";
   for (const FrameResult* f : s.firstUnsolved) {
-    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model),
-                        reasonOf(f->verdict));
+    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model), f->reason);
   }
   const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
   if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);
@@ -36,19 +35,31 @@ std::string unsolvedFrames(const Summary& s) {
 }
 
 // The largest corner of each frame that has a figure: the median of them and the worst.
-std::string deviations(const ShotResult& result) {
+std::string deviations(const ShotResult& result, std::size_t quad) {
   std::vector<std::pair<double, int>> figures;
   for (const FrameResult& f : result.frames) {
-    const auto d = f.figures.deviations();
+    const auto d = f.figures.deviations(quad);
     const double largest = *std::max_element(d.begin(), d.end());
     const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
-    if (f.verdict.status != Status::Base && !none) figures.push_back({largest, f.frame});
+    if (f.frame != result.referenceFrame && !none) figures.push_back({largest, f.frame});
   }
   if (figures.empty()) return {};
   std::sort(figures.begin(), figures.end());
-  return fmt::format("corner noise  median {}, worst {} in frame {}\n",
+  return fmt::format("corner noise  median {}, worst {} in frame {}",
                      decimals(figures[(figures.size() - 1) / 2].first),
                      decimals(figures.back().first), figures.back().second);
+}
+
+// A line for each quad, with its name where there are several.
+std::string deviations(const ShotResult& result) {
+  std::string text;
+  for (std::size_t quad = 0; quad < result.quads.size(); ++quad) {
+    const std::string line = deviations(result, quad);
+    if (line.empty()) continue;
+    text += line;
+    text += result.quads.size() > 1 ? fmt::format(" of {}\n", result.quads[quad].name) : "\n";
+  }
+  return text;
 }
 
 // How many tracks the fits go by, and what led to them: of the solved frames.
@@ -126,6 +137,9 @@ std::string summaryTable(const ShotResult& result) {
       fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
   text += result.leftOut > 0 ? fmt::format(", {} absent there and left out)\n", result.leftOut)
                              : ", none left out)\n";
+  if (result.referenceFrame != result.baseFrame) {
+    text += fmt::format("reference     {}\n", result.referenceFrame);
+  }
   text += handOver(result);
   text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());
   text += fmt::format("reduced       {}\n", s.reduced);

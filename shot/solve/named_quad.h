@@ -3,6 +3,7 @@
 #define SHOT_SOLVE_NAMED_QUAD_H
 
 #include <string>
+#include <vector>
 
 #include "shot/plane/points.h"
 
@@ -13,6 +14,10 @@ struct NamedQuad {
   std::string name;
   Quad corners{};
 };
+
+/// What is wrong with the quads, for people, such as: the quad "sign" crosses itself. A name is
+/// missing or there twice, or the corners are not simple and convex. Empty where nothing is.
+std::string flawOf(const std::vector<NamedQuad>& quads);
 
 }  // namespace cornerpin
 

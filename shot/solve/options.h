@@ -14,6 +14,9 @@ namespace cornerpin {
 
 struct SolveOptions {
   std::optional<int> base;  ///< none: `chooseBaseFrame`
+  /// The frame that the result is relative to, which has no influence on the fits; none: the base
+  /// frame.
+  std::optional<int> reference;
   Units units = Units::Fit;
   /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; how
   /// well the tracks support it (`noiseGain`) is not looked at.
@@ -22,8 +25,9 @@ struct SolveOptions {
   /// holding them.
   bool reduce = true;
   std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
-  /// What the figures of trust are about, in the base frame; none: one named "tracks", the box
-  /// around the base frame's tracks (`surfacePlaces`).
+  /// What the figures of trust are about, in the reference frame; none: one named "tracks", which
+  /// is the box around the base frame's tracks (`surfacePlaces`) in that frame. What a track moves
+  /// is about the first of them.
   std::vector<NamedQuad> quads;
   /// Tracks that the base frame lacks take part as soon as frames that are solved say where on the
   /// surface they are. Not with Loss::None.

@@ -10,6 +10,7 @@
 #include "shot/fit/loss.h"
 #include "shot/plane/homography.h"
 #include "shot/solve/named_quad.h"
+#include "shot/solve/track_runs.h"
 #include "shot/solve/units.h"
 #include "shot/solve/verdict.h"
 #include "shot/trust/frame_figures.h"
@@ -21,8 +22,10 @@ namespace cornerpin {
 /// Lengths are in the file's unit.
 struct FrameResult {
   int frame = 0;
-  Homography h{};  ///< base frame to this frame; the last element is 1
+  Homography h{};  ///< reference frame to this frame; the last element is 1
   Verdict verdict;
+  std::string why;     ///< `whyOf` of the frame
+  std::string reason;  ///< `reasonOf` of its verdict
   int tracks = 0;      ///< active ones: weight above 0, and their places on the surface known
   int handedOver = 0;  ///< of these, the ones that are absent from the base frame
   /// Root of the mean squared distance between the active tracks and where `h` carries their
@@ -57,8 +60,22 @@ struct WorstTrack {
 /// "frame 60".
 std::string describe(const WorstTrack& track);
 
+/// What became of a track of the shot.
+struct TrackResult {
+  std::string name;
+  Point place = {kNoFigure, kNoFigure};  ///< on the surface; NaN where it is not known
+  /// Of the place: how far noise lets it be off. NaN where it is not known.
+  Symmetric2 covariance = {kNoFigure, kNoFigure, kNoFigure};
+  /// From the first frame of the shot to its last. Good where it is among the good tracks of a
+  /// frame's fit, or of all that are used where nothing tells good from bad, and in the base frame;
+  /// ignored where it is seen (weight above 0) and not good, in held frames always.
+  std::vector<TrackRun> runs;
+};
+
+/// Places on the surface are those of its picture in the reference frame.
 struct ShotResult {
   int baseFrame = 0;
+  int referenceFrame = 0;
   int baseTracks = 0;  ///< tracks seen in the base frame
   int handedOver = 0;  ///< tracks absent from the base frame that take part; 0 where none is needed
   int leftOut = 0;     ///< all others, which take part nowhere
@@ -66,16 +83,17 @@ struct ShotResult {
   Loss loss = Loss::None;
   std::uint64_t seed = 1;
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
-  std::vector<NamedQuad> quads;     ///< what the figures of trust are about, in the base frame
+  std::vector<NamedQuad> quads;     ///< what the figures of trust are about
+  std::vector<TrackResult> tracks;  ///< in the order of first appearance
   std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
   /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
   /// than a thousandth of the extent of the base frame's tracks does not stand out.
   std::vector<WorstTrack> worst;
 };
 
-/// A place of the base frame in another frame; NaN on or behind the horizon, in front of which the
-/// base frame's tracks are.
-Point carried(const ShotResult& result, const FrameResult& frame, Point base);
+/// A place of the reference frame in another frame; NaN on or behind the horizon, in front of which
+/// the base frame's tracks are.
+Point carried(const ShotResult& result, const FrameResult& frame, Point reference);
 
 }  // namespace cornerpin
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <stdexcept>
 
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
@@ -11,7 +12,9 @@
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
 #include "shot/solve/hand_over.h"
+#include "shot/solve/rebase.h"
 #include "shot/solve/surface_map.h"
+#include "shot/solve/track_runs.h"
 #include "shot/surface/joint_covariances.h"
 #include "shot/surface/joint_fit.h"
 #include "shot/surface/start_places.h"
@@ -50,30 +53,38 @@ class ShotSolver {
         units_(unitsOf(surface_, options.units)),
         fitter_(units_, options),
         map_(base_, tracks.names.size()),
+        runs_(tracks.names.size()),
         worst_(visibleIn(boxAround(surface_))) {
-    result_.baseFrame = base_.frame();
+    result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.places().size());
     result_.leftOut = static_cast<int>(tracks.names.size() - base_.places().size());
     result_.units = options.units;
     result_.loss = options.loss;
     result_.seed = options.seed;
     result_.baseCentre = units_.fileToFit.centre;
-    result_.quads = quadsOf(options, surface_);
     result_.frames.resize(static_cast<std::size_t>(tracks.frameCount()));
     total_ = result_.frames.size();
     if (handsOver()) total_ += total_ - 1;  // the base frame is fitted to nothing
-    for (const NamedQuad& quad : result_.quads) quads_.push_back(quad.corners);
+    if (const std::string flaw = flawOf(options.quads); !flaw.empty()) {
+      throw std::invalid_argument(flaw);
+    }
+    if (options.reference) {
+      requireFrame(*options.reference, tracks.firstFrame(), tracks.lastFrame());
+    }
   }
 
   ShotResult solve() {
     addBaseFrame();
     handsOver() ? learnAndSweep() : sweepBothWays(false);
+    placeQuads();
     if (result_.handedOver > 0) findJointCovariances();
     addTrust(+1, tracks_.lastFrame());
     addTrust(-1, tracks_.firstFrame());
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
+    addTracks();
+    makeRelative();
     return std::move(result_);
   }
 
@@ -181,7 +192,7 @@ class ShotSolver {
     result.tracks = result_.baseTracks;
     result.rms = 0.0;
     result.h = kIdentity;
-    result.figures = baseFrameFigures(quads_.size());
+    for (int track : base_.tracks()) runs_.add(track, base_.frame(), TrackUse::Good);
     report();
   }
 
@@ -226,6 +237,8 @@ class ShotSolver {
     result.rms = rmsResidual(file, fit.h);
     if (fit.robust.found) addRobust(fit, result);
     if (fit.verdict.status == Status::Solved) addSolved(file, fit, result);
+    result.why = whyOf(result);
+    result.reason = reasonOf(result.verdict);
   }
 
   int handedOverIn(const Matches& matches) const {
@@ -250,6 +263,23 @@ class ShotSolver {
     result.loss = fit.robust.loss;
     result.width = units_.lengthFromFit(fit.robust.width);
     result.goodRms = rmsResidual(file.subset(fit.robust.good), result.h);
+  }
+
+  // Puts what the figures of trust are about into the base frame.
+  void placeQuads() {
+    const int reference = options_.reference.value_or(base_.frame());
+    result_.quads = quadsOf(options_, surface_);
+    if (!options_.quads.empty() && reference != base_.frame()) {
+      result_.quads = carriedToBase(options_.quads, resultOf(reference), result_.baseCentre);
+    }
+    for (const NamedQuad& quad : result_.quads) quads_.push_back(quad.corners);
+    resultOf(base_.frame()).figures = baseFrameFigures(quads_.size());
+  }
+
+  void makeRelative() {
+    if (!options_.reference) return;
+    rebase(result_, *options_.reference);
+    if (!options_.quads.empty()) result_.quads = options_.quads;  // without a rounding
   }
 
   // Whether the frame's fit told good tracks from bad ones.
@@ -291,6 +321,7 @@ class ShotSolver {
   void addTrust(const Matches& file, const Homography& neighbour, FrameResult& result) {
     const Point front = result_.baseCentre;
     FittedFrame fitted = fittedAs(result, neighbour, file);
+    addUses(result);
     result.figures = figuresOf(file, fitted, quads_, front);
     if (result.handedOver > 0 && result.verdict.status == Status::Solved) takeJoint(result);
     if (toldBad(result) && result.verdict.status == Status::Solved) {
@@ -310,6 +341,49 @@ class ShotSolver {
     }
   }
 
+  // What each track that is seen in a frame is there. A track that the fit did without may still
+  // keep to its place.
+  void addUses(const FrameResult& result) {
+    const Matches known = map_.matchesIn(tracks_, result.frame);
+    std::vector<double> weights = known.weights();
+    if (toldBad(result)) weights = goodWeights(known, result.h, result_.baseCentre, result.sigma);
+    const bool held = result.verdict.status == Status::Held;
+    std::size_t i = 0;  // of the matches, which have the order of the observations
+    for (const Observation& o : tracks_.inFrame(result.frame)) {
+      if (!(o.weight > 0.0f)) continue;
+      const bool isKnown = i < known.size() && known.tracks()[i] == o.track;
+      const bool good = isKnown && weights[i] > 0.0 && !held;
+      runs_.add(o.track, result.frame, good ? TrackUse::Good : TrackUse::Ignored);
+      if (isKnown) ++i;
+    }
+  }
+
+  // The standard deviation of one coordinate of a track in the median frame.
+  double usualNoise() const {
+    std::vector<double> noises;
+    for (const FrameResult& frame : result_.frames) {
+      if (std::isfinite(frame.figures.noise)) noises.push_back(frame.figures.noise);
+    }
+    return lowerMedian(noises);
+  }
+
+  void addTracks() {
+    const double variance = std::pow(usualNoise(), 2);
+    for (std::size_t t = 0; t < tracks_.names.size(); ++t) {
+      const int track = static_cast<int>(t);
+      TrackResult result;
+      result.name = tracks_.names[t];
+      result.place = map_.placeOf(track);
+      if (!base_.sees(track) && map_.knows(track)) {
+        result.covariance = places_[t].covariance;
+      } else if (map_.knows(track) && std::isfinite(variance)) {
+        result.covariance = {variance, 0.0, variance};
+      }
+      result.runs = runs_.of(track, tracks_.firstFrame(), tracks_.lastFrame());
+      result_.tracks.push_back(std::move(result));
+    }
+  }
+
   void report() {
     ++done_;
     if (progress_) progress_(done_, total_);
@@ -325,7 +399,8 @@ class ShotSolver {
   SurfaceMap map_;
   bool trusted_ = false;       // all known tracks decide, not the base frame's where they suffice
   std::vector<Place> places_;  // as the solved frames have told them; empty where nobody asked
-  std::vector<Quad> quads_;    // in the base frame
+  TrackRuns runs_;
+  std::vector<Quad> quads_;                           // in the base frame
   std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners
   WorstTracks worst_;
   ShotResult result_;

@@ -34,7 +34,8 @@ using Progress = std::function<void(std::size_t done, std::size_t total)>;
 /// Both break the chain of neighbours: from there to the end of the sweep each frame is fitted from
 /// the linear solution (`linearFit`) too, and the fit with the lower weighted cost counts.
 ///
-/// Throws `std::invalid_argument` for a base frame outside the shot or without tracks.
+/// Throws `std::invalid_argument` for a base frame outside the shot or without tracks, for a
+/// reference frame that `rebase` refuses, and for quads with a flaw (`flawOf`).
 ///
 /// Cost: memory for the results and the base frame's tracks, no array of tracks times frames.
 ShotResult solveShot(const Tracks& tracks, const SolveOptions& options = {},

@@ -18,7 +18,7 @@ std::string solved(const TemporaryFolder& folder, cornerpin::Format format) {
   const cornerpin::Tracks tracks = cornerpin::readTracks(CORNERPIN_DATA "/facade.csv");
   cornerpin::OutputFile out(folder / "r");
   const cornerpin::ShotResult result = cornerpin::solveShot(tracks);
-  cornerpin::writeResult(result, format, {}, out);
+  cornerpin::writeResult(result, format, out);
   out.commit();
   return readFile(folder / "r");
 }

@@ -30,7 +30,7 @@ TEST(RefuseInput, KnowsTheInputUnderEveryName) {
       refuseInput(in, out);
       ADD_FAILURE() << name;
     } catch (const std::invalid_argument& error) {
-      EXPECT_EQ(error.what(), "\"" + out + "\" is the file with the tracks: not replaced");
+      EXPECT_EQ(error.what(), "\"" + out + "\" is the file that is read: not replaced");
     }
   }
 }

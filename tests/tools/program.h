@@ -2,17 +2,26 @@
 #ifndef TESTS_TOOLS_PROGRAM_H
 #define TESTS_TOOLS_PROGRAM_H
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "tests/support/files.h"
+#include "tests/support/kept_results.h"
 #include "tests/support/process.h"
 
 inline const std::string kFacade = CORNERPIN_DATA "/facade.csv";
 
-// Runs the program.
+// Runs the program, and keeps the results that it writes.
 inline Outcome cornerpin(std::vector<std::string> arguments, const ChildOptions& options = {}) {
   arguments.insert(arguments.begin(), CORNERPIN_PROGRAM);
-  return runProgram(arguments, options);
+  const Outcome run = runProgram(arguments, options);
+  keepResult(run.out);
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    const bool named = arguments[i - 1] == "-o" && std::filesystem::is_regular_file(arguments[i]);
+    if (named && run.code != 1 && run.code != 2) keepResult(readFile(arguments[i]));
+  }
+  return run;
 }
 
 inline bool contains(const std::string& text, const std::string& part) {

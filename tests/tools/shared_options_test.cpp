@@ -6,9 +6,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "shot/files/input_error.h"
+#include "tests/support/files.h"
 
 using namespace cornerpin;
 
@@ -126,11 +130,90 @@ TEST(ParseQuad, RefusesAnythingElse) {
   }
 }
 
-TEST(QuadOption, IsNoneUnlessGiven) {
-  EXPECT_EQ(parsed<QuadOption>({}).value(), std::nullopt);
-  EXPECT_EQ((*parsed<QuadOption>({"--quads", "1,2,3,4,5,6,7,8"}).value())[3].y, 8.0);
-  EXPECT_THROW(parsed<QuadOption>({"--quads", "1,2"}).value(), std::invalid_argument);
-  EXPECT_THROW(parsed<QuadOption>({"--quads", ""}), CLI::ValidationError);
+TEST(ReferenceOption, TakesAFrame) {
+  EXPECT_EQ(parsed<ReferenceOption>({}).value(), std::nullopt);
+  EXPECT_EQ(parsed<ReferenceOption>({"--reference", "-4"}).value(), -4);
+  EXPECT_THROW(parsed<ReferenceOption>({"--reference", ""}), CLI::ValidationError);
+  for (const char* text : {"auto", "1.5", "2147483648"}) {
+    EXPECT_EQ(refusal([&] { ReferenceOption{text}.value(); }),
+              std::string("--reference takes a frame number, not \"") + text + "\"");
+  }
+}
+
+namespace {
+
+std::vector<NamedQuad> quadsOf(const Words& words, std::optional<int> frame = 0) {
+  return parsed<QuadOptions>(words).value(frame);
+}
+
+}  // namespace
+
+TEST(QuadOptions, AreNoneUnlessGiven) {
+  EXPECT_TRUE(quadsOf({}).empty());
+  EXPECT_TRUE(quadsOf({}, std::nullopt).empty());
+  EXPECT_EQ(parsed<QuadOptions>({}).given(), nullptr);
+  EXPECT_THROW(quadsOf({"--quads", "1,2"}), std::invalid_argument);
+  EXPECT_THROW(quadsOf({"--quads", ""}), CLI::ValidationError);
+  EXPECT_THROW(quadsOf({"--quad", ""}), CLI::ValidationError);
+  EXPECT_THROW(quadsOf({"--quad", "0,0,9,0,9,9,0,9", "0,0,9,0,9,9,0,9"}), CLI::ExtrasError);
+}
+
+TEST(QuadOptions, GiveNamesOrCount) {
+  const std::vector<NamedQuad> quads =
+      quadsOf({"--quad", "0,0,9,0,9,9,0,8", "--quad", "a=b=0,0,9,0,9,9,0,7", "--quad",
+               "0,0,9,0,9,9,0,6", "--quads", "0,0,9,0,9,9,0,5"});
+  ASSERT_EQ(quads.size(), 4u);
+  const char* const names[] = {"quad", "a=b", "quad2", "quad3"};
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(quads[i].name, names[i]);
+    EXPECT_EQ(quads[i].corners[3].y, 8.0 - static_cast<double>(i));
+  }
+}
+
+TEST(QuadOptions, RefuseNamesAndShapesThatMeanNothing) {
+  EXPECT_EQ(refusal([] {
+              quadsOf({"--quad", "a=0,0,9,0,9,9,0,9", "--quad", "a=0,0,9,0,9,9,0,9"});
+            }),
+            "the quad \"a\" is given twice");
+  EXPECT_EQ(refusal([] {
+              quadsOf({"--quad", "quad=0,0,9,0,9,9,0,9", "--quads", "0,0,9,0,9,9,0,9"});
+            }),
+            "the quad \"quad\" is given twice");
+  EXPECT_EQ(refusal([] { quadsOf({"--quad", "=0,0,9,0,9,9,0,9"}); }), "a quad's name is empty");
+  EXPECT_EQ(refusal([] {
+              quadsOf({"--quad", "sign=0,0,9,9,9,0,0,9"});
+            }),
+            "the quad \"sign\" crosses itself: give its corners in the order around it");
+}
+
+TEST(QuadOptions, WantToKnowTheFrame) {
+  EXPECT_EQ(refusal([] {
+              quadsOf({"--quad", "0,0,9,0,9,9,0,9"}, std::nullopt);
+            }),
+            "--quad: on which frame were the corners read? Add --reference FRAME");
+  EXPECT_EQ(refusal([] {
+              quadsOf({"--quads", "0,0,9,0,9,9,0,9"}, std::nullopt);
+            }),
+            "--quads: on which frame were the corners read? Add --reference FRAME");
+}
+
+TEST(QuadOptions, ReadAFileOfQuads) {
+  const TemporaryFolder folder;
+  const std::string corners = "[[0,0],[9,0],[9,9],[0,9]]";
+  writeFile(folder / "q.json",
+            R"({"reference_frame":7,"quads":[{"name":"door","corners":)" + corners + "}]}");
+  writeFile(folder / "any", "{\"sign\":" + corners + "}");
+  const std::vector<NamedQuad> quads =
+      quadsOf({"--quad", "0,0,9,0,9,9,0,9", "--quads", folder / "q.json"}, 7);
+  ASSERT_EQ(quads.size(), 2u);
+  EXPECT_EQ(quads[1].name, "door");
+  EXPECT_EQ(quadsOf({"--quads", folder / "any"}, 3)[0].name, "sign");
+  EXPECT_EQ(refusal([&] {
+              quadsOf({"--quads", folder / "q.json"}, 8);
+            }),
+            "--quads: the quads of \"" + folder / "q.json" +
+                "\" were read on frame 7, not on 8: add --reference 7");
+  EXPECT_THROW(quadsOf({"--quads", folder / "none.json"}), InputError);
 }
 
 TEST(SelectionOptions, MayBeGivenMoreThanOnce) {

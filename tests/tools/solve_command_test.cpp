@@ -64,7 +64,7 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
   EXPECT_TRUE(
       contains(run.out, "base frame    0  (60 tracks, none left out)\nsolved        71 of 71"));
   const json j = json::parse(readFile(folder / "out.json"));
-  EXPECT_EQ(j["cornerpin"], 1);
+  EXPECT_EQ(j["cornerpin"], 2);
   EXPECT_EQ(j["frames"].size(), 71u);
   EXPECT_EQ(j["frames"][70]["status"], "solved");
   EXPECT_EQ(folder.entryCount(), 1u);
@@ -72,11 +72,14 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
 
 TEST(SolveCommand, WritesNoFieldThatIsNotDescribed) {
   const std::string text = readFile(CORNERPIN_DATA "/../docs/result.md");
-  const json j =
-      json::parse(cornerpin({"solve", kScreen, "--json", "--quads", "0,0,1,0,1,1,0,1"}).out);
+  const json j = json::parse(
+      cornerpin({"solve", kScreen, "--json", "--reference", "0", "--quads", "0,0,1,0,1,1,0,1"})
+          .out);
   EXPECT_TRUE(contains(text, "now " + j["cornerpin"].dump() + "."));
   const json facade = json::parse(cornerpin({"solve", kFacade, "--json"}).out);
-  for (const json& object : {j, j["frames"][87], facade["worst_tracks"][0]}) {
+  for (const json& object :
+       {j, j["quads"][0], j["tracks"][0], j["frames"][87], j["frames"][87]["quads"]["quad"],
+        facade["worst_tracks"][0], facade["frames"][1]}) {
     for (const auto& field : object.items()) {
       EXPECT_TRUE(contains(text, "`" + field.key() + "`")) << field.key();
     }
@@ -120,25 +123,109 @@ TEST(SolveCommand, ReadsStandardInput) {
 }
 
 TEST(SolveCommand, CarriesAQuad) {
-  const Outcome run =
-      cornerpin({"solve", kFacade, "--json", "--quads", "-10,20,100,20,100,80,-10,80"});
+  const Outcome run = cornerpin(
+      {"solve", kFacade, "--json", "--base", "0", "--quads", "-10,20,100,20,100,80,-10,80"});
   const json j = json::parse(run.out);
-  EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[-10,20],[100,20],[100,80],[-10,80]]"));
-  EXPECT_EQ(j["frames"][70]["quad"].size(), 4u);
+  EXPECT_EQ(j["frames"][0]["quads"]["quad"]["corners"],
+            json::parse("[[-10,20],[100,20],[100,80],[-10,80]]"));
+  EXPECT_EQ(j["frames"][70]["quads"]["quad"]["corners"].size(), 4u);
 }
 
 TEST(SolveCommand, RefusesAQuadThatWouldGoNowhere) {
-  const Outcome run = cornerpin({"solve", kFacade, "--quads", "0,0,9,0,9,9,0,9"});
-  EXPECT_EQ(run.code, 2);
-  EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, "cornerpin: --quads: the table has no corners: add -o FILE or --json\n");
+  for (const char* option : {"--quad", "--quads"}) {
+    const Outcome run = cornerpin({"solve", kFacade, option, "0,0,9,0,9,9,0,9"});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, std::string("cornerpin: ") + option +
+                           ": the table has no corners: add -o FILE or --json\n");
+  }
+}
+
+TEST(SolveCommand, RefusesAQuadOfNobodyKnowsWhichFrame) {
+  for (const std::vector<std::string>& base :
+       {std::vector<std::string>{}, std::vector<std::string>{"--base", "auto"}}) {
+    std::vector<std::string> words = {"solve", kFacade, "--json", "--quad", "0,0,9,0,9,9,0,9"};
+    words.insert(words.end(), base.begin(), base.end());
+    const Outcome run = cornerpin(words);
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.err,
+              "cornerpin: --quad: on which frame were the corners read? Add --reference FRAME\n");
+  }
+}
+
+TEST(SolveCommand, IsRelativeToAnyFrame) {
+  const json plain = json::parse(cornerpin({"solve", kFacade, "--json", "--base", "20"}).out);
+  const json j =
+      json::parse(cornerpin({"solve", kFacade, "--json", "--base", "20", "--reference", "50"}).out);
+  EXPECT_EQ(j["base_frame"], 20);
+  EXPECT_EQ(j["reference_frame"], 50);
+  EXPECT_EQ(j["frames"][50]["h"], json::parse("[[1,0,0],[0,1,0],[0,0,1]]"));
+  EXPECT_EQ(j["frames"][20]["status"], "base");
+  // The corners are where they were, now carried from frame 50.
+  for (std::size_t f : {0u, 20u, 50u, 70u}) {
+    const json& there = j["frames"][f]["quads"]["tracks"]["corners"];
+    const json& before = plain["frames"][f]["quads"]["tracks"]["corners"];
+    for (std::size_t c = 0; c < 4; ++c) {
+      for (std::size_t x : {0u, 1u}) {
+        EXPECT_NEAR(there[c][x].get<double>(), before[c][x].get<double>(), 1e-9);
+      }
+    }
+    EXPECT_EQ(j["frames"][f]["rms"], plain["frames"][f]["rms"]);
+  }
+  EXPECT_EQ(j["quads"][0]["corners"], j["frames"][50]["quads"]["tracks"]["corners"]);
+}
+
+TEST(SolveCommand, ReadsQuadsOnTheReferenceFrame) {
+  const json j = json::parse(cornerpin({"solve", kFacade, "--json", "--reference", "50", "--quad",
+                                        "door=100,200,400,210,390,500,110,480", "--quad",
+                                        "500,200,700,210,690,500,510,480"})
+                                 .out);
+  EXPECT_EQ(j["frames"][50]["quads"]["door"]["corners"],
+            json::parse("[[100,200],[400,210],[390,500],[110,480]]"));
+  EXPECT_EQ(j["frames"][50]["quads"]["quad"]["deviation"], json::parse("[0,0,0,0]"));
+  EXPECT_GT(j["frames"][20]["quads"]["quad"]["deviation"][0], 0.0);
+}
+
+TEST(SolveCommand, TakesTheQuadsOfAResult) {
+  const TemporaryFolder folder;
+  const std::string first = folder / "a.json";
+  cornerpin({"solve", kFacade, "-o", first, "--reference", "50", "--quad",
+             "door=100,200,400,210,390,500,110,480"});
+  const Outcome run =
+      cornerpin({"solve", kFacade, "--json", "--quads", first, "--reference", "50"});
+  EXPECT_EQ(run.out, readFile(first));
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--json", "--quads", first, "--base", "3"}).code, 2);
+  writeFile(folder / "bad.json", "{\"door\":[1,2]}");
+  const Outcome bad =
+      cornerpin({"solve", kFacade, "--json", "--quads", folder / "bad.json", "--base", "3"});
+  EXPECT_EQ(bad.code, 3);
+  EXPECT_EQ(bad.err, folder / "bad.json" + ": door: a list of 4 is needed\n");
+}
+
+TEST(SolveCommand, WritesALongCsvOfSeveralQuads) {
+  const Outcome run = cornerpin({"solve", kFacade, "--base", "0", "--quad", "a=0,0,9,0,9,9,0,9",
+                                 "--quad", "b=0,0,9,0,9,9,0,9", "-o", "-", "--format", "csv"});
+  EXPECT_EQ(run.out.substr(0, 15), "frame,quad,h00,");
+  EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1 + 2 * 71);
+}
+
+TEST(SolveCommand, SaysWhyAFrameCannotBeTheReference) {
+  const Outcome outside = cornerpin({"solve", kFacade, "--reference", "71"});
+  EXPECT_EQ(outside.code, 2);
+  EXPECT_EQ(outside.err, "cornerpin: reference frame 71 lies outside the shot's frames 0..70\n");
+  const Outcome held = cornerpin({"solve", kScreen, "--hold", "--reference", "87"});
+  EXPECT_EQ(held.code, 2);
+  EXPECT_EQ(
+      held.err,
+      "cornerpin: frame 87 cannot be the reference: it was held (3 of the 4 tracks needed)\n");
 }
 
 TEST(SolveCommand, ExplainsWhatTracksDoToAQuad) {
   const TemporaryFolder folder;
-  EXPECT_EQ(
-      cornerpin({"solve", kFacade, "--quads", "0,0,9,0,9,9,0,9", "--explain", folder / "a"}).code,
-      0);
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--base", "0", "--quads", "0,0,9,0,9,9,0,9", "--explain",
+                       folder / "a"})
+                .code,
+            0);
   EXPECT_EQ(cornerpin({"solve", kFacade, "--explain", folder / "b"}).code, 0);
   EXPECT_NE(readFile(folder / "a"), readFile(folder / "b"));
 }
@@ -299,6 +386,11 @@ TEST(SolveCommand, EndsInTwoOnWrongUsage) {
       {"solve", kFacade, "--base", "-1"},
       {"solve", kFacade, "--units", "pixels"},
       {"solve", kFacade, "--quads", "1,2,3"},
+      {"solve", kFacade, "--json", "--base", "0", "--quads", "1,2,3"},
+      {"solve", kFacade, "--json", "--base", "0", "--quad", "a=0,0,9,9,9,0,0,9"},
+      {"solve", kFacade, "--json", "--base", "0", "--quad", ""},
+      {"solve", kFacade, "--reference", "auto"},
+      {"solve", kFacade, "--reference", ""},
       {"solve", kFacade, "--format", "json"},
       {"solve", kFacade, "--format", "xml", "-o", folder / "a"},
       {"solve", kFacade, "-o", folder / "a.txt"},
@@ -337,7 +429,7 @@ TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
   for (const std::string& out : {in, folder / "link.csv", folder / "./in.csv"}) {
     const Outcome run = cornerpin({"solve", in, "-o", out});
     EXPECT_EQ(run.code, 2);
-    EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file with the tracks: not replaced\n");
+    EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file that is read: not replaced\n");
     EXPECT_EQ(cornerpin({"solve", "-", "-o", out}, fromFile).code, 2);
     EXPECT_EQ(cornerpin({"solve", in, "--explain", out}).err, run.err);
   }
@@ -467,8 +559,8 @@ TEST(SolveCommand, StartsItsHelpWithAnExampleAndNamesEveryOption) {
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
   for (const char* option :
-       {"--output", "--format", "--json", "--base", "--quads", "--drop", "--keep", "--explain",
-        "--units", "--loss", "--hold", "--seed", "Exit codes"}) {
+       {"--output", "--format", "--json", "--base", "--reference", "--quad", "--quads", "--drop",
+        "--keep", "--explain", "--units", "--loss", "--hold", "--seed", "Exit codes"}) {
     EXPECT_TRUE(contains(run.out, option)) << option;
   }
 }
@@ -484,7 +576,7 @@ TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
     EXPECT_LE(line.size(), 82u) << line;
     ++options;
   }
-  EXPECT_EQ(options, 13);
+  EXPECT_EQ(options, 15);
 }
 
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {

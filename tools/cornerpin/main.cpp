@@ -15,6 +15,7 @@
 #include "tools/cornerpin/command.h"
 #include "tools/cornerpin/lapack_info.h"
 #include "tools/cornerpin/output_paths.h"
+#include "tools/cornerpin/rebase_command.h"
 #include "tools/cornerpin/solve_command.h"
 
 namespace {
@@ -56,7 +57,7 @@ int run(int argc, char** argv) {
   CLI::App app(kHelp, "cornerpin");
   app.set_version_flag("--version",
                        [] { return "cornerpin " CORNERPIN_VERSION "\nLAPACK " + lapackInfo(); });
-  const Command commands[] = {addSolve(app)};
+  const Command commands[] = {addSolve(app), addRebase(app)};
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -17,7 +17,7 @@ void refuseInput(const std::string& input, const std::string& output) {
   std::error_code ignored;
   if (fs::is_regular_file(output, ignored) &&
       fs::equivalent(input == "-" ? "/dev/stdin" : input, output, ignored)) {
-    throw std::invalid_argument("\"" + output + "\" is the file with the tracks: not replaced");
+    throw std::invalid_argument("\"" + output + "\" is the file that is read: not replaced");
   }
 }
 

@@ -5,10 +5,12 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
 
+#include "shot/files/quad_file.h"
 #include "shot/solve/selection.h"
 #include "tools/cornerpin/output_paths.h"
 
@@ -37,6 +39,22 @@ std::vector<Selected> parseLists(const char* option, const std::vector<std::stri
     }
   }
   return selection;
+}
+
+// Corners have no extension and are no file.
+bool isFile(const std::string& text) {
+  std::error_code ignored;
+  return formatOf(text) == Format::Json || std::filesystem::exists(text, ignored);
+}
+
+void addFile(const std::string& path, int frame, std::vector<NamedQuad>& quads) {
+  const QuadFile file = readQuads(path);
+  if (file.frame && *file.frame != frame) {
+    const std::string its = std::to_string(*file.frame);
+    throw std::invalid_argument("--quads: the quads of \"" + path + "\" were read on frame " + its +
+                                ", not on " + std::to_string(frame) + ": add --reference " + its);
+  }
+  quads.insert(quads.end(), file.quads.begin(), file.quads.end());
 }
 
 }  // namespace
@@ -91,6 +109,19 @@ std::optional<int> BaseOption::value() const {
   return frame;
 }
 
+void ReferenceOption::addTo(CLI::App& parser) {
+  parser.add_option("--reference", text, "Frame that transforms start from and quads belong to")
+      ->check(refuseEmpty)
+      ->option_text("FRAME");
+}
+
+std::optional<int> ReferenceOption::value() const {
+  if (text.empty()) return std::nullopt;
+  const std::optional<int> frame = parseWhole<int>(text);
+  if (!frame) throw std::invalid_argument("--reference takes a frame number, not \"" + text + "\"");
+  return frame;
+}
+
 Quad parseQuad(const std::string& text) {
   std::array<double, 8> numbers{};
   const char* at = text.data();
@@ -111,15 +142,46 @@ Quad parseQuad(const std::string& text) {
   return quad;
 }
 
-void QuadOption::addTo(CLI::App& parser) {
-  parser.add_option("--quads", text, "Write where base-frame corners go: x0,y0,x1,y1,x2,y2,x3,y3")
+void QuadOptions::addTo(CLI::App& parser) {
+  parser.add_option("--quad", quad, "Write where corners go: [NAME=]x0,y0,x1,y1,x2,y2,x3,y3")
       ->check(refuseEmpty)
-      ->option_text("CORNERS");
+      ->allow_extra_args(false)
+      ->option_text("QUAD");
+  parser.add_option("--quads", quads, "The same for one quad, or for the quads of a JSON file")
+      ->check(refuseEmpty)
+      ->option_text("QUADS");
 }
 
-std::optional<Quad> QuadOption::value() const {
-  if (text.empty()) return std::nullopt;
-  return parseQuad(text);
+const char* QuadOptions::given() const {
+  if (!quad.empty()) return "--quad";
+  return quads.empty() ? nullptr : "--quads";
+}
+
+std::vector<NamedQuad> QuadOptions::value(std::optional<int> frame) const {
+  if (given() == nullptr) return {};
+  if (!frame) {
+    throw std::invalid_argument(std::string(given()) +
+                                ": on which frame were the corners read? Add --reference FRAME");
+  }
+  std::vector<NamedQuad> all;
+  int unnamed = 0;
+  const auto add = [&](const std::string& text) {
+    const std::size_t equals = text.rfind('=');
+    if (equals != std::string::npos) {
+      all.push_back({text.substr(0, equals), parseQuad(text.substr(equals + 1))});
+    } else {
+      ++unnamed;
+      all.push_back({unnamed == 1 ? "quad" : "quad" + std::to_string(unnamed), parseQuad(text)});
+    }
+  };
+  for (const std::string& text : quad) add(text);
+  if (isFile(quads)) {
+    addFile(quads, *frame, all);
+  } else if (!quads.empty()) {
+    add(quads);
+  }
+  if (const std::string flaw = flawOf(all); !flaw.empty()) throw std::invalid_argument(flaw);
+  return all;
 }
 
 void SelectionOptions::addTo(CLI::App& parser) {

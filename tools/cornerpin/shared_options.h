@@ -9,6 +9,7 @@
 
 #include "shot/files/result_file.h"
 #include "shot/plane/points.h"
+#include "shot/solve/named_quad.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/solve/tracks.h"
 
@@ -51,14 +52,26 @@ struct BaseOption {
   std::optional<int> value() const;
 };
 
+/// --reference: a frame number; none when it is not given.
+struct ReferenceOption {
+  std::string text;
+  void addTo(CLI::App& parser);
+  std::optional<int> value() const;
+};
+
 /// Reads "x0,y0,x1,y1,x2,y2,x3,y3".
 Quad parseQuad(const std::string& text);
 
-/// --quads: four corners in the base frame.
-struct QuadOption {
-  std::string text;
+/// --quad and --quads: corners by name.
+struct QuadOptions {
+  std::vector<std::string> quad;
+  std::string quads;
   void addTo(CLI::App& parser);
-  std::optional<Quad> value() const;
+  /// The option that was given, --quad of both; null for none.
+  const char* given() const;
+  /// Reads the file too. \param frame  on which they were read; without one there are no quads, and
+  /// a file that names another is refused
+  std::vector<NamedQuad> value(std::optional<int> frame) const;
 };
 
 /// --drop and --keep: which tracks count, and where.

@@ -32,7 +32,10 @@ constexpr const char* kHelp =
     "multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter "
     "of\n"
     "one of weight 1. Weight 0 is the same as no row. Only tracks seen in the base frame take "
-    "part.\n";
+    "part.\n\n"
+    "With --reference F the transforms start from frame F instead, and quads are corners read\n"
+    "there; without it they are read on the frame given by --base. F has no influence on the "
+    "fit.\n";
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
@@ -44,7 +47,8 @@ struct Arguments {
   OutputOptions output;
   JsonOption json;
   BaseOption base;
-  QuadOption quad;
+  ReferenceOption reference;
+  QuadOptions quads;
   SelectionOptions selection;
   std::string explanation;
   UnitsOption units;
@@ -58,7 +62,8 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.output.addTo(parser);
   arguments.json.addTo(parser);
   arguments.base.addTo(parser);
-  arguments.quad.addTo(parser);
+  arguments.reference.addTo(parser);
+  arguments.quads.addTo(parser);
   arguments.selection.addTo(parser);
   parser
       .add_option("--explain", arguments.explanation,
@@ -78,7 +83,9 @@ SolveOptions optionsOf(const Arguments& arguments) {
   options.loss = arguments.loss.value();
   options.reduce = !arguments.hold.given;
   options.seed = arguments.seed.value();
-  if (const auto quad = arguments.quad.value()) options.quads = {{"quad", *quad}};
+  options.reference = arguments.reference.value();
+  options.quads =
+      arguments.quads.value(options.reference ? options.reference : arguments.base.value());
   options.influences = !arguments.explanation.empty();
   return options;
 }
@@ -111,12 +118,12 @@ void writeExplanation(const std::string& path, const Tracks& tracks, const ShotR
 }
 
 int run(const Arguments& arguments) {
-  const SolveOptions options = optionsOf(arguments);
-  const std::optional<Quad> quad = arguments.quad.value();
-  if (quad && arguments.output.path.empty() && arguments.explanation.empty() &&
-      !arguments.json.given) {
-    throw std::invalid_argument("--quads: the table has no corners: add -o FILE or --json");
+  if (arguments.quads.given() != nullptr && arguments.output.path.empty() &&
+      arguments.explanation.empty() && !arguments.json.given) {
+    throw std::invalid_argument(std::string(arguments.quads.given()) +
+                                ": the table has no corners: add -o FILE or --json");
   }
+  const SolveOptions options = optionsOf(arguments);
   const Format format = arguments.output.format();
   checkOutputs(arguments);
 
@@ -126,7 +133,7 @@ int run(const Arguments& arguments) {
   if (!arguments.explanation.empty()) writeExplanation(arguments.explanation, tracks, result);
   const auto write = [&](const std::string& path, Format as) {
     OutputFile out(path);
-    writeResult(result, as, quad, out);
+    writeResult(result, as, out);
     out.commit();
   };
   const bool onStandardOutput = arguments.output.isStandardOutput();

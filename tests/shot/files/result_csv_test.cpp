@@ -9,13 +9,33 @@
 using namespace cornerpin;
 
 TEST(ResultCsv, HasOneRowPerFrame) {
-  EXPECT_EQ(
-      written(twoFrames(), Format::Csv),
-      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,inliers,inlier_rms,scale,stage,"
-      "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width\n"
-      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,,,,0,0,0,0,,,,\n"
-      "6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,,0,held,,,,,held,false,0.25,0.5,,"
-      "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,\n");
+  EXPECT_EQ(written(twoFrames(), Format::Csv),
+            "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,good,good_rms,sigma,stage,"
+            "qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,"
+            "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width\n"
+            "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,1,2,3,2,3,4.5,1,4.5,,,,0,0,0,0,,,,\n"
+            "6,2,0,10,0,0.5,0,0,-0.25,1,,0,held,,,,,24,2,32,2,,,,,held,false,0.25,0.5,,"
+            "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,\n");
+}
+
+TEST(ResultCsv, HasOneRowPerFrameAndQuadWhereThereAreSeveral) {
+  ShotResult result = twoFrames();
+  result.quads.push_back({"a, \"b\"", {{{0, 0}, {4, 0}, {4, 1}, {0, 1}}}});
+  for (FrameResult& frame : result.frames) frame.figures.quads.emplace_back();
+  for (Symmetric2& c : result.frames[1].figures.quads[1]) c = {2.0, 0.0, 2.0};
+  const std::string csv = written(result, Format::Csv);
+  EXPECT_EQ(csv.rfind("frame,quad,h00,", 0), 0u);
+  EXPECT_NE(csv.find("\n5,tracks,1,0,0,0,1,0,0,0,1,0,4,base,,,,,1,2,"), std::string::npos);
+  EXPECT_NE(csv.find("\n5,\"a, \"\"b\"\"\",1,0,0,0,1,0,0,0,1,0,4,base,,,,,0,0,4,0,4,1,0,1,"),
+            std::string::npos);
+  EXPECT_NE(csv.find("\n6,tracks,2,0,10,0,0.5,0,0,-0.25,1,,0,held,,,,,24,2,32,2,,,,,held,false,"
+                     "0.25,0.5,,0.125,"),
+            std::string::npos);
+  EXPECT_NE(csv.find("\n6,\"a, \"\"b\"\"\",2,0,10,0,0.5,0,0,-0.25,1,,0,held,,,,,10,0,18,0,24,"
+                     "0.6666666666666666,13.333333333333334,0.6666666666666666,held,false,0.25,2,2,"
+                     "2,2,"),
+            std::string::npos)
+      << csv;
 }
 
 TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
@@ -31,26 +51,20 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
   solved.sigma = 0.5;
   solved.loss = Loss::Huber;
   solved.width = 0.75;
+  addTexts(solved);
+  EXPECT_NE(
+      written(result, Format::Csv)
+          .find(",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
+                "054936363499605e-151,"
+                "too few tracks to tell a bad one,,huber,0.75\n"),
+      std::string::npos);
+}
+
+TEST(ResultCsv, HoldsEveryBit) {
+  ShotResult result = twoFrames();
+  result.frames[1].h = {{{0.1, 1.0 / 3.0, 1e300}, {-2.5, 5e-324, 0}, {0, -0.01, 1}}};
   EXPECT_NE(written(result, Format::Csv)
-                .find(",0,solved,3,0.25,0.5,sampled,projective,false,0.25,0.5,,0.125,3.054936363499605e-151,"
-                      "too few tracks to tell a bad one,,huber,0.75\n"),
-            std::string::npos);
-}
-
-TEST(ResultCsv, CarriesTheQuadToEveryFrame) {
-  ShotResult result = twoFrames();
-  result.frames[1].h = {{{2, 0, 10}, {0, 2, 20}, {0, 0, 1}}};
-  const Quad quad = {{{0, 0}, {1, 0}, {1.5, 1}, {-2, 1}}};
-  const std::string csv = written(result, Format::Csv, quad);
-  EXPECT_NE(csv.find(",stage,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,model,"), std::string::npos);
-  EXPECT_NE(csv.find(",held,,,,,10,20,12,20,13,22,6,22,held,"), std::string::npos);
-}
-
-TEST(ResultCsv, HasNoPlaceForACornerOnOrBehindTheHorizon) {
-  ShotResult result = twoFrames();
-  result.frames[1].h = {{{1, 0, 0}, {0, 1, 0}, {0, -0.01, 1}}};
-  const Quad quad = {{{0, 0}, {1, 0}, {0, 100}, {0, 101}}};
-  EXPECT_NE(written(result, Format::Csv, quad).find(",held,,,,,0,0,1,0,,,,,held,"),
+                .find("\n6,0.1,0.3333333333333333,1e+300,-2.5,5e-324,0,0,-0.01,1,"),
             std::string::npos);
 }
 
@@ -79,15 +93,19 @@ TEST(ResultCsv, SaysWhyASolvedFrameIsAsItIs) {
   frame.verdict.origin = {Stage::Sampled, Grounds::Searched, Stage::Library, 20};
   frame.tracks = 31;
   frame.good = 25;
+  addTexts(frame);
   EXPECT_EQ(field(result, "why"),
             "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
   EXPECT_EQ(field(result, "reason"), "");
   EXPECT_EQ(field(result, "stage"), "sampled");
   frame.verdict.origin = {Stage::Neighbour, Grounds::Searched, Stage::Neighbour, 25};
+  addTexts(frame);
   EXPECT_EQ(field(result, "why"), "the neighbour's transform fits 25 of 31 tracks");
   frame.verdict.origin = {Stage::Library, Grounds::NoBadTrack, {}, 0};
+  addTexts(frame);
   EXPECT_EQ(field(result, "why"), "no sign of a bad track");
   frame.verdict.origin = {};
+  addTexts(frame);
   EXPECT_EQ(field(result, "why"), "");
 }
 
@@ -103,11 +121,12 @@ TEST(ResultCsv, SaysWhyAFrameIsReduced) {
   frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 3};
   frame.good = 3;
   frame.sigma = 0.5;
+  addTexts(frame);
   EXPECT_EQ(field(result, "reason"),
             "3 of the 4 tracks needed, too close together or too near one line");
   EXPECT_EQ(field(result, "model"), "similarity");
   EXPECT_EQ(field(result, "on_top"), "true");
-  for (const char* column : {"why", "stage", "inliers", "inlier_rms", "scale"}) {
+  for (const char* column : {"why", "stage", "good", "good_rms", "sigma"}) {
     EXPECT_EQ(field(result, column), "") << column;
   }
 }

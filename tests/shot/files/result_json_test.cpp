@@ -11,10 +11,13 @@ using namespace cornerpin;
 using nlohmann::json;
 
 TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
-  const ShotResult result = twoFrames();
+  ShotResult result = twoFrames();
+  result.frames[1].h = {{{0.1, 1.0 / 3.0, 1e300}, {-2.5, 5e-324, 0}, {0, -0.01, 1}}};
   const json j = json::parse(written(result, Format::Json));
-  EXPECT_EQ(j["cornerpin"], 1);
+  EXPECT_EQ(j["cornerpin"], 2);
   EXPECT_EQ(j["base_frame"], 5);
+  EXPECT_EQ(j["reference_frame"], 5);
+  EXPECT_EQ(j["front"], json::parse("[2,3.25]"));
   EXPECT_EQ(j["base_tracks"], 4);
   EXPECT_EQ(j["left_out"], 2);
   EXPECT_EQ(j["units"], "fit");
@@ -29,7 +32,6 @@ TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
   EXPECT_EQ(j["frames"][0]["status"], "base");
   EXPECT_EQ(j["frames"][0]["rms"], 0);
   EXPECT_FALSE(j["frames"][0].contains("reason"));
-  EXPECT_FALSE(j["frames"][0].contains("quad"));
 }
 
 TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
@@ -37,6 +39,7 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   result.loss = Loss::Cauchy;
   result.seed = 77;
   FrameResult& solved = result.frames[1];
+  solved.verdict = {};
   solved.verdict.status = Status::Solved;
   solved.verdict.origin.stage = Stage::Sampled;
   solved.verdict.origin.grounds = Grounds::Searched;
@@ -44,14 +47,15 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   solved.good = 3;
   solved.goodRms = 0.25;
   solved.sigma = 0.5;
+  addTexts(solved);
   const json j = json::parse(written(result, Format::Json));
   EXPECT_EQ(j["loss"], "cauchy");
   EXPECT_EQ(j["seed"], 77);
   EXPECT_EQ(j["frames"][1]["stage"], "sampled");
   EXPECT_EQ(j["frames"][1]["why"], "nothing to start from, this one 3 of 4 tracks");
-  EXPECT_EQ(j["frames"][1]["inliers"], 3);
-  EXPECT_EQ(j["frames"][1]["inlier_rms"], 0.25);
-  EXPECT_EQ(j["frames"][1]["scale"], 0.5);
+  EXPECT_EQ(j["frames"][1]["good"], 3);
+  EXPECT_EQ(j["frames"][1]["good_rms"], 0.25);
+  EXPECT_EQ(j["frames"][1]["sigma"], 0.5);
   EXPECT_FALSE(j["frames"][0].contains("stage"));
 }
 
@@ -61,46 +65,68 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
   result.frames[1].verdict.model = Model::Affine;
   result.frames[1].verdict.onTop = true;
   const json j = json::parse(written(result, Format::Json));
-  EXPECT_EQ(j["corners"], json::parse("[[1,2],[3,2],[3,4.5],[1,4.5]]"));
   EXPECT_EQ(
       j["worst_tracks"],
       json::parse(
           R"([{"track":"a \"b\"","first":60,"last":81,"peak":70,"moves":9.3,"off":0.5,"stands_out":true}])"));
   EXPECT_FALSE(j["frames"][0].contains("model"));
   EXPECT_TRUE(j["frames"][0]["noise"].is_null());
-  EXPECT_EQ(j["frames"][0]["deviation"], json::parse("[0,0,0,0]"));
   EXPECT_EQ(j["frames"][1]["status"], "reduced");
   EXPECT_EQ(j["frames"][1]["model"], "affine");
   EXPECT_EQ(j["frames"][1]["on_top"], true);
   EXPECT_EQ(j["frames"][1]["noise"], 0.25);
-  EXPECT_EQ(j["frames"][1]["deviation"], json::parse("[0.5,null,0.125,3.054936363499605e-151]"));
 }
 
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
-  result.frames[1].verdict.error = "\xff";
+  result.frames[1].reason = "\xff";
   EXPECT_TRUE(json::accept(written(result, Format::Json)));
 }
 
-TEST(ResultJson, CarriesTheQuadToEveryFrame) {
+TEST(ResultJson, HasEveryQuadInEveryFrame) {
   ShotResult result = twoFrames();
-  result.frames[1].h = {{{2, 0, 10}, {0, 2, 20}, {0, 0, 1}}};
-  const Quad quad = {{{0, 0}, {1, 0}, {1.5, 1}, {-2, 1}}};
-  const json j = json::parse(written(result, Format::Json, quad));
-  EXPECT_EQ(j["frames"][1]["quad"], json::parse("[[10,20],[12,20],[13,22],[6,22]]"));
-  EXPECT_EQ(j["frames"][0]["quad"], json::parse("[[0,0],[1,0],[1.5,1],[-2,1]]"));
+  result.quads.push_back({"sign", {{{0, 0}, {4, 0}, {4, -4}, {0, -4}}}});
+  for (FrameResult& frame : result.frames) frame.figures.quads.emplace_back();
+  result.frames[1].figures.quads[1][0] = {2.0, -1.0, 7.0};
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["quads"], json::parse(R"([{"name":"tracks","corners":[[1,2],[3,2],[3,4.5],[1,4.5]]},)"
+                                    R"({"name":"sign","corners":[[0,0],[4,0],[4,-4],[0,-4]]}])"));
+  const json& base = j["frames"][0]["quads"];
+  EXPECT_EQ(base.size(), 2u);
+  EXPECT_EQ(base["sign"]["corners"], j["quads"][1]["corners"]);
+  EXPECT_EQ(base["tracks"]["deviation"], json::parse("[0,0,0,0]"));
+  const json& held = j["frames"][1]["quads"];
+  EXPECT_EQ(held["sign"]["corners"], json::parse("[[10,0],[18,0],[9,-1],[5,-1]]"));
+  EXPECT_EQ(held["sign"]["covariance"],
+            json::parse("[[[2,-1],[-1,7]],[[0,0],[0,0]],[[0,0],[0,0]],[[0,0],[0,0]]]"));
+  EXPECT_EQ(held["sign"]["deviation"], json::parse("[3,0,0,0]"));
 }
 
 TEST(ResultJson, HasNoPlaceForACornerOnOrBehindTheHorizon) {
   ShotResult result = twoFrames();
-  result.frames[1].h = {{{1, 0, 0}, {0, 1, 0}, {0, -0.01, 1}}};
-  const Quad quad = {{{0, 0}, {1, 99}, {0, 100}, {0, 101}}};
-  const json j = json::parse(written(result, Format::Json, quad));
-  const json& q = j["frames"][1]["quad"];
-  EXPECT_EQ(q[0], json::parse("[0,0]"));
-  EXPECT_FALSE(q[1][0].is_null());
-  EXPECT_EQ(q[2], json::parse("[null,null]"));
-  EXPECT_EQ(q[3], json::parse("[null,null]"));
+  result.quads[0].corners = {{{0, 0}, {1, 3.5}, {0, 4}, {0, 5}}};
+  const json j = json::parse(written(result, Format::Json))["frames"][1]["quads"]["tracks"];
+  EXPECT_EQ(j["corners"], json::parse("[[10,0],[96,14],[null,null],[null,null]]"));
+  EXPECT_EQ(j["covariance"], json::parse("[[[0.125,0],[0,0.125]],null,[[0,0],[0,0.015625]],"
+                                         "[[0,0],[0,9.332636185032189e-302]]]"));
+  EXPECT_EQ(j["deviation"], json::parse("[0.5,null,0.125,3.054936363499605e-151]"));
+}
+
+TEST(ResultJson, SaysWhatBecameOfEachTrack) {
+  const json tracks = json::parse(written(twoFrames(), Format::Json))["tracks"];
+  EXPECT_EQ(tracks,
+            json::parse(R"([{"name":"a \"b\"","place":[0.1,-2],"covariance":[[0.25,0.125],[0.125,)"
+                        R"(0.5]],"good":[[5,6]],"ignored":[],"absent":[]},)"
+                        R"({"name":"other","place":null,"covariance":null,"good":[],)"
+                        R"("ignored":[[6,6]],"absent":[[5,5]]}])"));
+}
+
+TEST(ResultJson, HasALineForEachQuadTrackAndFrame) {
+  const std::string text = written(twoFrames(), Format::Json);
+  for (const char* line : {"\n{\"name\":\"tracks\",", "\n{\"name\":\"other\",",
+                           "\n{\"track\":\"a \\\"b", "\n{\"frame\":5,", "\n{\"frame\":6,"}) {
+    EXPECT_NE(text.find(line), std::string::npos) << line;
+  }
 }
 
 TEST(ResultJson, SaysWhyASolvedFrameIsAsItIs) {
@@ -113,12 +139,13 @@ TEST(ResultJson, SaysWhyASolvedFrameIsAsItIs) {
   frame.good = 25;
   frame.loss = Loss::Huber;
   frame.width = 1.75;
+  addTexts(frame);
   const json solved = json::parse(written(result, Format::Json))["frames"][1];
   EXPECT_EQ(solved["why"], "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
   EXPECT_FALSE(solved.contains("reason"));
   EXPECT_EQ(solved["loss"], "huber");
   EXPECT_EQ(solved["width"], 1.75);
-  frame.verdict.origin.grounds = Grounds::None;
+  frame.why = "";
   EXPECT_FALSE(json::parse(written(result, Format::Json))["frames"][1].contains("why"));
 }
 
@@ -133,9 +160,10 @@ TEST(ResultJson, SaysWhyAFrameIsReduced) {
   frame.verdict.good = frame.verdict.fitted = 4;
   frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 4};
   frame.good = 4;
+  addTexts(frame);
   const json reduced = json::parse(written(result, Format::Json))["frames"][1];
   EXPECT_EQ(reduced["reason"], "only 4 of its 8 tracks agree on a transform, any four do");
-  for (const char* name : {"why", "stage", "inliers", "inlier_rms", "scale", "loss", "width"}) {
+  for (const char* name : {"why", "stage", "good", "good_rms", "sigma", "loss", "width"}) {
     EXPECT_FALSE(reduced.contains(name)) << name;
   }
 }

@@ -17,7 +17,7 @@ FrameResult frame(int number, Status status, double rms) {
   f.goodRms = rms;
   f.tracks = 9;
   f.good = 9;
-  if (status == Status::Held) f.verdict.shortfall = Shortfall::NoTracks;
+  if (status == Status::Held) f.reason = "no tracks";
   return f;
 }
 
@@ -68,7 +68,7 @@ TEST(Summary, TakesAnRmsBeyondNumbersForTheWorst) {
 
 TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
   ShotResult result;
-  result.baseFrame = 12;
+  result.baseFrame = result.referenceFrame = 12;
   result.baseTracks = 9;
   result.leftOut = 3;
   result.frames = {frame(12, Status::Base, 0.0), frame(13, Status::Held, 0.0)};
@@ -87,6 +87,7 @@ TEST(Summary, WritesNumbersOfAnySize) {
   result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),
                    frame(3, Status::Solved, 0.000123456), frame(4, Status::Solved, 12345.67891),
                    frame(5, Status::Solved, 0.0),         frame(6, Status::Solved, std::nan(""))};
+  result.quads = {{"tracks", {}}};
   setDeviations(result.frames[1], {HUGE_VAL, HUGE_VAL, HUGE_VAL, HUGE_VAL});
   setDeviations(result.frames[2], {2.5e-7, 2.5e-7, 2.5e-7, 2.5e-7});
   const std::string table = summaryTable(result);
@@ -104,6 +105,7 @@ TEST(Summary, GivesTheMedianAndTheWorstNoiseOfTheCorners) {
   ShotResult result;
   for (int f = 0; f < 6; ++f) result.frames.push_back(frame(f, Status::Solved, 0.5));
   result.frames[0].verdict.status = Status::Base;
+  result.quads = {{"tracks", {}}};
   setDeviations(result.frames[0], {0.0, 0.0, 0.0, 0.0});
   setDeviations(result.frames[1], {2.0, 3.0, 1.0, 0.5});
   setDeviations(result.frames[2], {0.5, 1.0, 0.5, 9.0});
@@ -134,8 +136,8 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
                    frame(3, Status::Reduced, 0.25)};
   result.frames[2].verdict.model = Model::Affine;
-  result.frames[2].verdict.shortfall = Shortfall::TooFewTracks;
-  result.frames[2].verdict.tracks = 3;
+  result.frames[2].reason = "3 of the 4 tracks needed";
+  result.quads = {{"tracks", {}}};
   setDeviations(result.frames[1], {0.125, 0.5, 0.25, 0.125});
   setDeviations(result.frames[2], {std::nan(""), std::nan(""), std::nan(""), std::nan("")});
   result.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
@@ -198,4 +200,28 @@ TEST(SummaryTable, SaysWhatTheHandOverIsGoodFor) {
             std::string::npos);
   result.handedOver = 0;
   EXPECT_EQ(summaryTable(result).find("hand-over"), std::string::npos);
+}
+
+TEST(Summary, GivesTheNoiseOfEachQuadAndNamesTheReferenceFrame) {
+  ShotResult result;
+  result.baseFrame = 1;
+  result.referenceFrame = 3;
+  result.quads = {{"door", {}}, {"sign", {}}};
+  result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
+                   frame(3, Status::Solved, 0.5)};
+  for (FrameResult& f : result.frames) f.figures.quads.resize(2);
+  for (std::size_t q : {0u, 1u}) {
+    for (std::size_t i = 0; i < 4; ++i) {
+      result.frames[0].figures.quads[q][i].xx = q == 0 ? 4.0 : 0.25;
+      result.frames[1].figures.quads[q][i].xx = q == 0 ? 9.0 : 0.0625;
+    }
+  }
+  const std::string table = summaryTable(result);
+  EXPECT_NE(table.find("none left out)\nreference     3\nsolved        3 of 3 frames\n"),
+            std::string::npos)
+      << table;
+  EXPECT_NE(table.find("corner noise  median 2.0000, worst 3.0000 in frame 2 of door\n"
+                       "corner noise  median 0.2500, worst 0.5000 in frame 1 of sign\n"),
+            std::string::npos)
+      << table;
 }

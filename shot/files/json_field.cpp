@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/json_field.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <set>
+
+#include "shot/files/input_error.h"
+
+namespace cornerpin {
+
+namespace {
+
+std::string readWhole(const std::string& path, const std::string& name) {
+  const auto close = [](std::FILE* file) { return file == stdin ? 0 : std::fclose(file); };
+  const std::unique_ptr<std::FILE, decltype(close)> file(
+      path == "-" ? stdin : std::fopen(path.c_str(), "rb"), close);
+  if (!file) throw InputError(name, std::strerror(errno));
+  std::string text;
+  std::array<char, 65536> piece;
+  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get())) {
+    text.append(piece.data(), count);
+  }
+  if (std::ferror(file.get()) != 0) throw InputError(name, std::strerror(errno));
+  return text;
+}
+
+std::uint32_t lineOf(const std::string& text, std::size_t byte) {
+  const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text.size()));
+  return static_cast<std::uint32_t>(1 + std::count(text.begin(), end, '\n'));
+}
+
+}  // namespace
+
+bool JsonField::has(const std::string& name) const {
+  if (!isObject()) refuse("an object is needed");
+  return value_->contains(name);
+}
+
+JsonField JsonField::at(const std::string& name) const {
+  const std::string place = place_.empty() ? name : place_ + "." + name;
+  if (!has(name)) JsonField(*value_, *file_, place).refuse("missing");
+  return {(*value_)[name], *file_, place};
+}
+
+std::size_t JsonField::size() const {
+  if (!value_->is_array()) refuse("a list is needed");
+  return value_->size();
+}
+
+JsonField JsonField::at(std::size_t i) const {
+  return {(*value_)[i], *file_, fmt::format("{}[{}]", place_, i)};
+}
+
+const JsonField& JsonField::list(std::size_t length) const {
+  if (!value_->is_array() || value_->size() != length) {
+    refuse(fmt::format("a list of {} is needed", length));
+  }
+  return *this;
+}
+
+double JsonField::number() const {
+  if (!value_->is_number()) refuse("a number is needed");
+  return value_->get<double>();
+}
+
+double JsonField::numberOrNull() const {
+  if (isNull()) return std::numeric_limits<double>::quiet_NaN();
+  if (!value_->is_number()) refuse("a number or null is needed");
+  return value_->get<double>();
+}
+
+int JsonField::integer() const {
+  const bool negative = value_->is_number_integer() && !value_->is_number_unsigned();
+  const bool fits =
+      negative ? value_->get<std::int64_t>() >= std::numeric_limits<int>::min()
+               : value_->is_number_unsigned() &&
+                     value_->get<std::uint64_t>() <= std::uint64_t{std::numeric_limits<int>::max()};
+  if (!fits) refuse("a whole number of 32 bits is needed");
+  return value_->get<int>();
+}
+
+std::uint64_t JsonField::count() const {
+  if (!value_->is_number_unsigned()) refuse("a whole number from 0 on is needed");
+  return value_->get<std::uint64_t>();
+}
+
+bool JsonField::flag() const {
+  if (!value_->is_boolean()) refuse("true or false is needed");
+  return value_->get<bool>();
+}
+
+const std::string& JsonField::text() const {
+  if (!value_->is_string()) refuse("a text is needed");
+  return value_->get_ref<const std::string&>();
+}
+
+void JsonField::refuse(std::string_view text) const {
+  throw InputError(*file_,
+                   place_.empty() ? std::string(text) : fmt::format("{}: {}", place_, text));
+}
+
+JsonFile::JsonFile(const std::string& path) : name_(path == "-" ? "<stdin>" : path) {
+  const std::string text = readWhole(path, name_);
+  std::set<std::string> names;
+  const auto noteName = [&](int depth, nlohmann::json::parse_event_t event,
+                            const nlohmann::json& name) {
+    if (event != nlohmann::json::parse_event_t::key || depth != 1) return true;
+    if (!names.insert(name.get<std::string>()).second) {
+      throw InputError(name_, name.get<std::string>() + ": there twice");
+    }
+    return true;
+  };
+  try {
+    value_ = nlohmann::json::parse(text, noteName);
+  } catch (const nlohmann::json::parse_error& error) {
+    const bool ended = error.byte > text.size();
+    throw InputError(name_, lineOf(text, error.byte),
+                     ended ? "this is no JSON, or its end is missing" : "this is no JSON");
+  } catch (const nlohmann::json::out_of_range&) {
+    throw InputError(name_, "a number is too large for double precision");
+  }
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/result_reader.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+#include "shot/files/json_field.h"
+#include "shot/files/quad_file.h"
+#include "shot/plane/extent.h"
+#include "shot/solve/tracks.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::uint64_t kNewest = 2;
+constexpr Symmetric2 kNone = {kNoFigure, kNoFigure, kNoFigure};
+
+// The one of the values that has the field's text for a name.
+template <class Named>
+Named oneOf(const JsonField& field, std::initializer_list<Named> values) {
+  const std::string& text = field.text();
+  for (Named value : values) {
+    if (text == nameOf(value)) return value;
+  }
+  field.refuse("not one of the words that it can be");
+}
+
+Loss lossIn(const JsonField& field) {
+  return oneOf(field, {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey});
+}
+
+Point pointIn(const JsonField& field) {
+  field.list(2);
+  return {field.at(std::size_t{0}).number(), field.at(std::size_t{1}).number()};
+}
+
+Symmetric2 covarianceIn(const JsonField& field) {
+  if (field.isNull()) return kNone;
+  field.list(2);
+  const Point first = pointIn(field.at(std::size_t{0}));
+  const Point second = pointIn(field.at(std::size_t{1}));
+  return {first.x, first.y, second.y};
+}
+
+Homography transformIn(const JsonField& field) {
+  Homography h{};
+  field.list(3);
+  for (std::size_t i = 0; i < 3; ++i) {
+    const JsonField row = field.at(i);
+    row.list(3);
+    for (std::size_t j = 0; j < 3; ++j) h[i][j] = row.at(j).number();
+  }
+  if (h[2][2] != 1.0) field.refuse("the last element has to be 1");
+  return h;
+}
+
+void addRuns(const JsonField& list, TrackUse use, std::vector<TrackRun>& runs) {
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const JsonField run = list.at(i);
+    run.list(2);
+    const int first = run.at(std::size_t{0}).integer();
+    const int last = run.at(std::size_t{1}).integer();
+    if (last < first) run.refuse("the run ends before it begins");
+    runs.push_back({first, last, use});
+  }
+}
+
+TrackResult trackIn(const JsonField& field) {
+  TrackResult track;
+  track.name = field.at("name").text();
+  const JsonField place = field.at("place");
+  if (!place.isNull()) track.place = pointIn(place);
+  track.covariance = covarianceIn(field.at("covariance"));
+  addRuns(field.at("good"), TrackUse::Good, track.runs);
+  addRuns(field.at("ignored"), TrackUse::Ignored, track.runs);
+  addRuns(field.at("absent"), TrackUse::Absent, track.runs);
+  std::sort(track.runs.begin(), track.runs.end(),
+            [](const TrackRun& a, const TrackRun& b) { return a.first < b.first; });
+  return track;
+}
+
+class ResultReader {
+ public:
+  explicit ResultReader(const JsonField& whole) : whole_(whole), version_(versionOf(whole)) {}
+
+  ShotResult read() {
+    readShot();
+    readQuadsAndFront();
+    const JsonField frames = whole_.at("frames");
+    if (frames.size() == 0) frames.refuse("there is none");
+    if (frames.size() > kMaxFrames) frames.refuse(fmt::format("more than {}", kMaxFrames));
+    for (std::size_t i = 0; i < frames.size(); ++i) addFrame(frames.at(i));
+    requireFrameIn("base_frame", result_.baseFrame);
+    if (version_ > 1) requireFrameIn("reference_frame", result_.referenceFrame);
+    if (version_ > 1) readTracks();
+    readWorstTracks();
+    return std::move(result_);
+  }
+
+ private:
+  static std::uint64_t versionOf(const JsonField& whole) {
+    if (!whole.isObject() || !whole.has("cornerpin"))
+      whole.refuse("this is no result of cornerpin");
+    const JsonField version = whole.at("cornerpin");
+    if (version.count() == 0) version.refuse("there is no such version");
+    if (version.count() > kNewest) {
+      version.refuse(
+          fmt::format("version {} of a result, and this program reads up to {}: use a newer one",
+                      version.count(), kNewest));
+    }
+    return version.count();
+  }
+
+  void readShot() {
+    result_.baseFrame = whole_.at("base_frame").integer();
+    result_.referenceFrame =
+        version_ > 1 ? whole_.at("reference_frame").integer() : result_.baseFrame;
+    result_.baseTracks = whole_.at("base_tracks").integer();
+    result_.leftOut = whole_.at("left_out").integer();
+    result_.units = oneOf(whole_.at("units"), {Units::Fit, Units::Raw});
+    if (const auto loss = known(whole_, "loss")) result_.loss = lossIn(*loss);
+    if (const auto seed = known(whole_, "seed")) result_.seed = seed->count();
+  }
+
+  void readQuadsAndFront() {
+    if (version_ > 1) {
+      const JsonField quads = whole_.at("quads");
+      result_.quads = quadsIn(quads);
+      if (result_.quads.empty()) quads.refuse("there is none");
+      result_.baseCentre = pointIn(whole_.at("front"));
+      return;
+    }
+    const JsonField frames = whole_.at("frames");
+    const bool named = frames.size() > 0 && frames.at(std::size_t{0}).has("quad");
+    const Quad corners = cornersIn(whole_.at("corners"));
+    result_.quads = {{named ? "quad" : "tracks", corners}};
+    const Box box = boxAround({corners[0], corners[1], corners[2], corners[3]});
+    result_.baseCentre = {box.low.x / 2 + box.high.x / 2, box.low.y / 2 + box.high.y / 2};
+  }
+
+  // A field that version 1 may lack.
+  std::optional<JsonField> known(const JsonField& field, const char* name) const {
+    if (version_ == 1 && !field.has(name)) return std::nullopt;
+    return field.at(name);
+  }
+
+  void addFrame(const JsonField& field) {
+    FrameResult frame;
+    frame.frame = field.at("frame").integer();
+    const std::vector<FrameResult>& frames = result_.frames;
+    if (!frames.empty() && frame.frame != std::int64_t{frames.back().frame} + 1) {
+      field.at("frame").refuse("not the frame behind the one before");
+    }
+    frame.verdict.status =
+        oneOf(field.at("status"), {Status::Base, Status::Solved, Status::Reduced, Status::Held});
+    if ((frame.verdict.status == Status::Base) != (frame.frame == result_.baseFrame)) {
+      field.at("status").refuse("\"base\" is for the base frame, and for no other");
+    }
+    frame.tracks = field.at("tracks").integer();
+    frame.rms = field.at("rms").numberOrNull();
+    frame.h = transformIn(field.at("h"));
+    if (const auto noise = known(field, "noise")) frame.figures.noise = noise->numberOrNull();
+    if (field.has("reason")) frame.reason = field.at("reason").text();
+    if (frame.verdict.status != Status::Base) readModel(field, frame.verdict);
+    if (frame.verdict.status == Status::Solved) readFit(field, frame);
+    readCovariances(field, frame);
+    result_.frames.push_back(std::move(frame));
+  }
+
+  void readModel(const JsonField& field, Verdict& verdict) const {
+    verdict.model = verdict.status == Status::Solved ? Model::Projective : Model::Held;
+    if (const auto model = known(field, "model")) {
+      verdict.model = oneOf(*model, {Model::Held, Model::Translation, Model::Similarity,
+                                     Model::Affine, Model::Projective});
+    }
+    if (const auto onTop = known(field, "on_top")) verdict.onTop = onTop->flag();
+  }
+
+  void readFit(const JsonField& field, FrameResult& frame) const {
+    const bool first = version_ == 1;
+    if (const auto good = known(field, first ? "inliers" : "good")) frame.good = good->integer();
+    if (const auto rms = known(field, first ? "inlier_rms" : "good_rms")) {
+      frame.goodRms = rms->numberOrNull();
+    }
+    if (const auto sigma = known(field, first ? "scale" : "sigma")) {
+      frame.sigma = sigma->numberOrNull();
+    }
+    if (const auto loss = known(field, "loss")) frame.loss = lossIn(*loss);
+    if (const auto width = known(field, "width")) frame.width = width->number();
+    if (const auto stage = known(field, "stage")) {
+      frame.verdict.origin.stage =
+          oneOf(*stage, {Stage::Library, Stage::Neighbour, Stage::Sampled});
+    }
+    if (field.has("why")) frame.why = field.at("why").text();
+  }
+
+  void readCovariances(const JsonField& field, FrameResult& frame) const {
+    if (version_ == 1) {
+      CornerCovariances none;
+      none.fill(frame.verdict.status == Status::Base ? Symmetric2{} : kNone);
+      frame.figures.quads = {none};
+      return;
+    }
+    const JsonField quads = field.at("quads");
+    for (const NamedQuad& quad : result_.quads) {
+      const JsonField list = quads.at(quad.name).at("covariance");
+      list.list(4);
+      CornerCovariances covariances;
+      for (std::size_t i = 0; i < 4; ++i) covariances[i] = covarianceIn(list.at(i));
+      frame.figures.quads.push_back(covariances);
+    }
+  }
+
+  void requireFrameIn(const char* name, int frame) const {
+    if (frame < result_.frames.front().frame || frame > result_.frames.back().frame) {
+      whole_.at(name).refuse("not one of the frames");
+    }
+  }
+
+  void readTracks() {
+    const JsonField tracks = whole_.at("tracks");
+    for (std::size_t i = 0; i < tracks.size(); ++i) {
+      result_.tracks.push_back(trackIn(tracks.at(i)));
+      indices_.emplace(result_.tracks.back().name, static_cast<int>(i));
+    }
+  }
+
+  void readWorstTracks() {
+    const std::optional<JsonField> list = known(whole_, "worst_tracks");
+    for (std::size_t i = 0; list && i < list->size(); ++i) {
+      const JsonField item = list->at(i);
+      WorstTrack worst{item.at("track").text(), {}};
+      const auto found = indices_.find(worst.name);
+      worst.stretch = {found == indices_.end() ? 0 : found->second,
+                       item.at("first").integer(),
+                       item.at("last").integer(),
+                       item.at("peak").integer(),
+                       item.at("moves").number(),
+                       item.at("off").numberOrNull(),
+                       item.at("stands_out").flag()};
+      result_.worst.push_back(std::move(worst));
+    }
+  }
+
+  JsonField whole_;
+  std::uint64_t version_;
+  ShotResult result_;
+  std::unordered_map<std::string, int> indices_;  // of the tracks
+};
+
+}  // namespace
+
+ShotResult readResult(const std::string& path) {
+  const JsonFile file(path);
+  return ResultReader(file.whole()).read();
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+"""check_results.py SCHEMA (PROGRAM FILTER)...
+
+Runs each test program with a filter, gathers the results in JSON that its tests write, and holds
+them against the schema. Fails for a result that is not as the schema says, for a program that
+writes none, and when the schema lets a damaged result pass.
+"""
+import copy
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+import jsonschema  # Debian's package python3-jsonschema
+
+FEWEST = 5  # results of a program
+
+
+def results_of(program, selection):
+    with tempfile.TemporaryDirectory() as folder:
+        subprocess.run(
+            [program, f"--gtest_filter={selection}", "--gtest_brief=1"],
+            env={**os.environ, "CORNERPIN_KEPT_RESULTS": folder},
+            check=True,
+        )
+        return [json.loads(path.read_text()) for path in sorted(pathlib.Path(folder).iterdir())]
+
+
+def places(value, path=()):
+    """The paths of all objects, and of the values in them, down to the first items of lists."""
+    if isinstance(value, dict):
+        yield path
+        for key in value:
+            yield from places(value[key], path + (key,))
+    elif isinstance(value, list):
+        for i in range(min(len(value), 2)):
+            yield from places(value[i], path + (i,))
+
+
+def at(value, path):
+    for key in path:
+        value = value[key]
+    return value
+
+
+def damaged(result):
+    """Copies of a result with one thing wrong, and what that is."""
+    optional = {"why"}
+    for path in places(result):
+        members = at(result, path)
+        named = path and path[-1] == "quads"  # its members have the names of quads
+        if not named:
+            copied = copy.deepcopy(result)
+            at(copied, path)["extra"] = 1
+            yield f"{path} has an extra member", copied
+        for key in members:
+            if key in optional or (named and len(members) > 1):
+                continue
+            copied = copy.deepcopy(result)
+            del at(copied, path)[key]
+            yield f"{path} without {key}", copied
+        for key in members:
+            copied = copy.deepcopy(result)
+            at(copied, path)[key] = {"wrong": "type"}
+            yield f"{path + (key,)} is an object of something else", copied
+
+
+def main():
+    with open(sys.argv[1], encoding="utf-8") as file:
+        schema = json.load(file)
+    jsonschema.Draft202012Validator.check_schema(schema)
+    validator = jsonschema.Draft202012Validator(schema)
+    problems = []
+    richest = None
+    for program, selection in zip(sys.argv[2::2], sys.argv[3::2]):
+        results = results_of(program, selection)
+        if len(results) < FEWEST:
+            problems.append(f"{program}: only {len(results)} results")
+        for result in results:
+            for error in list(validator.iter_errors(result))[:5]:
+                problems.append(f"{program}: {error.json_path}: {error.message[:200]}")
+        print(f"{program}: {len(results)} results")
+        statuses = lambda r: (len({f["status"] for f in r["frames"]}), -len(json.dumps(r)))
+        richest = max(results + ([richest] if richest else []), key=statuses, default=richest)
+    copies = list(damaged(richest)) if richest else []
+    for what, copied in copies:
+        if validator.is_valid(copied):
+            problems.append(f"the schema lets pass: {what}")
+    print(f"{len(copies)} damaged results")
+    if problems or len(copies) < 50:
+        sys.exit("\n".join(problems or ["too few damaged results"]))
+
+
+main()
