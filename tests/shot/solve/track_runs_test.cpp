@@ -65,6 +65,9 @@ TEST(TrackRuns, ReachesToTheEndsOfTheNumbers) {
             "2147483645..2147483645 absent, 2147483646..2147483647 good");
   EXPECT_EQ(text(runs.of(1, kLow, kLow + 2)),
             "-2147483648..-2147483647 good, -2147483646..-2147483646 absent");
+  // The one is not behind the other.
+  runs.add(0, kLow, TrackUse::Good);
+  EXPECT_EQ(runs.of(0, kLow, kHigh).size(), 3u);
 }
 
 TEST(TrackRuns, NeedsMemoryForRunsNotForFrames) {
