@@ -125,7 +125,6 @@ class Rebase {
 
   Symmetric2 own(const FrameResult& frame, std::size_t q, std::size_t corner,
                  const Symmetric2& ownOfOld) const {
-    if (frame.frame == result_.baseFrame) return {};
     if (frame.frame == result_.referenceFrame) return ownOfOld;
     const Derivative d = derivative(frame.h, result_.quads[q].corners[corner]);
     return difference(frame.figures.quads[q][corner], carriedBy(d, ownOfOld));

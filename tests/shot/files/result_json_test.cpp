@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "tests/shot/files/two_frames.h"
@@ -88,6 +89,7 @@ TEST(ResultJson, HasEveryQuadInEveryFrame) {
   result.quads.push_back({"sign", {{{0, 0}, {4, 0}, {4, -4}, {0, -4}}}});
   for (FrameResult& frame : result.frames) frame.figures.quads.emplace_back();
   result.frames[1].figures.quads[1][0] = {2.0, -1.0, 7.0};
+  result.frames[1].figures.quads[1][3].xx = HUGE_VAL;
   const json j = json::parse(written(result, Format::Json));
   EXPECT_EQ(j["quads"], json::parse(R"([{"name":"tracks","corners":[[1,2],[3,2],[3,4.5],[1,4.5]]},)"
                                     R"({"name":"sign","corners":[[0,0],[4,0],[4,-4],[0,-4]]}])"));
@@ -98,8 +100,8 @@ TEST(ResultJson, HasEveryQuadInEveryFrame) {
   const json& held = j["frames"][1]["quads"];
   EXPECT_EQ(held["sign"]["corners"], json::parse("[[10,0],[18,0],[9,-1],[5,-1]]"));
   EXPECT_EQ(held["sign"]["covariance"],
-            json::parse("[[[2,-1],[-1,7]],[[0,0],[0,0]],[[0,0],[0,0]],[[0,0],[0,0]]]"));
-  EXPECT_EQ(held["sign"]["deviation"], json::parse("[3,0,0,0]"));
+            json::parse("[[[2,-1],[-1,7]],[[0,0],[0,0]],[[0,0],[0,0]],null]"));
+  EXPECT_EQ(held["sign"]["deviation"], json::parse("[3,0,0,null]"));
 }
 
 TEST(ResultJson, HasNoPlaceForACornerOnOrBehindTheHorizon) {

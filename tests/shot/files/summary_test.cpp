@@ -208,20 +208,21 @@ TEST(Summary, GivesTheNoiseOfEachQuadAndNamesTheReferenceFrame) {
   result.referenceFrame = 3;
   result.quads = {{"door", {}}, {"sign", {}}};
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
-                   frame(3, Status::Solved, 0.5)};
+                   frame(3, Status::Solved, 0.5), frame(4, Status::Solved, 0.5)};
   for (FrameResult& f : result.frames) f.figures.quads.resize(2);
   for (std::size_t q : {0u, 1u}) {
     for (std::size_t i = 0; i < 4; ++i) {
       result.frames[0].figures.quads[q][i].xx = q == 0 ? 4.0 : 0.25;
       result.frames[1].figures.quads[q][i].xx = q == 0 ? 9.0 : 0.0625;
+      result.frames[3].figures.quads[q][i].xx = 1.0;
     }
   }
   const std::string table = summaryTable(result);
-  EXPECT_NE(table.find("none left out)\nreference     3\nsolved        3 of 3 frames\n"),
+  EXPECT_NE(table.find("none left out)\nreference     3\nsolved        4 of 4 frames\n"),
             std::string::npos)
       << table;
   EXPECT_NE(table.find("corner noise  median 2.0000, worst 3.0000 in frame 2 of door\n"
-                       "corner noise  median 0.2500, worst 0.5000 in frame 1 of sign\n"),
+                       "corner noise  median 0.5000, worst 1.0000 in frame 4 of sign\n"),
             std::string::npos)
       << table;
 }

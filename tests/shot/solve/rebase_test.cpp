@@ -294,6 +294,27 @@ TEST(Rebase, TakesAReducedFrame) {
   EXPECT_EQ(result.frames[1].h, kIdentity);
 }
 
+// The frame's vanishing line is x = 100. The base frame's centre, x = 300, is seen at x = 75.
+TEST(CarriedToBase, KeepsToTheSideOnWhichTheBaseFramesCentreIsSeen) {
+  FrameResult frame;
+  frame.frame = 6;
+  frame.verdict.status = Status::Solved;
+  frame.h = {{{1, 0, 0}, {0, 1, 0}, {0.01, 0, 1}}};
+  const auto carriedFrom = [&](double right) {
+    const Quad quad = {{{50, 0}, {right, 0}, {right, 10}, {50, 10}}};
+    return carriedToBase({{"q", quad}}, frame, {300, 0})[0].corners;
+  };
+  const Quad corners = carriedFrom(80);
+  EXPECT_DOUBLE_EQ(corners[0].x, 100.0);
+  EXPECT_DOUBLE_EQ(corners[2].x, 400.0);
+  EXPECT_DOUBLE_EQ(corners[2].y, 50.0);
+  EXPECT_DOUBLE_EQ(corners[3].y, 20.0);
+  EXPECT_THROW(carriedFrom(100), std::invalid_argument);
+  EXPECT_THROW(carriedFrom(120), std::invalid_argument);
+  frame.verdict.status = Status::Held;
+  EXPECT_THROW(carriedFrom(80), std::invalid_argument);
+}
+
 TEST(SolveRelative, KeepsEveryBitWhereTheReferenceIsTheBase) {
   const ShotResult with = solveShot(noisyShot(), relativeTo(5));
   SolveOptions options = relativeTo(5);
@@ -345,7 +366,10 @@ TEST(SolveRelative, HasItsQuadsInTheReferenceFrame) {
 
 TEST(SolveRelative, RefusesFramesAndQuadsThatTheReferenceCannotHave) {
   Tracks tracks = noisyShot();
-  EXPECT_THROW(solveShot(tracks, relativeTo(11)), std::invalid_argument);
+  SolveOptions outside = relativeTo(11);
+  outside.quads = {{"sign", kSquare}};
+  const auto progress = [](std::size_t, std::size_t) { ADD_FAILURE() << "refused too late"; };
+  EXPECT_THROW(solveShot(tracks, outside, progress), std::invalid_argument);
   small_shots::see(tracks, 3, 12, {1, 1}, 0.0f);
   EXPECT_THROW(solveShot(tracks, relativeTo(12)), std::invalid_argument);  // held
   SolveOptions options = relativeTo(9);

@@ -65,6 +65,11 @@ TEST(TrackRuns, ReachesToTheEndsOfTheNumbers) {
             "2147483645..2147483645 absent, 2147483646..2147483647 good");
   EXPECT_EQ(text(runs.of(1, kLow, kLow + 2)),
             "-2147483648..-2147483647 good, -2147483646..-2147483646 absent");
+  // The one is not behind the other.
+  runs.add(0, kLow, TrackUse::Good);
+  EXPECT_EQ(text(runs.of(0, kLow, kHigh)),
+            "-2147483648..-2147483648 good, -2147483647..2147483645 absent, "
+            "2147483646..2147483647 good");
 }
 
 TEST(TrackRuns, NeedsMemoryForRunsNotForFrames) {
