@@ -49,10 +49,10 @@ std::string csvRow(const ShotResult& result, const FrameResult& frame, std::size
                  : ",,,,";
   text += csvCorners(result, frame, named.corners);
   text += csvFigures(frame, quad);
-  return text + fmt::format(",{},{},{}\n", csvText(frame.why), csvText(frame.reason),
-                            solved
-                                ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width))
-                                : ",");
+  return text + fmt::format(
+                    ",{},{},{},{}\n", csvText(frame.why), csvText(frame.reason),
+                    solved ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width)) : ",",
+                    frame.handedOver);
 }
 
 }  // namespace
@@ -62,7 +62,8 @@ void writeResultCsv(const ShotResult& result, OutputFile& out) {
   out.write(
       ",h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,good,good_rms,sigma,stage,"
       "qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,"
-      "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width\n");
+      "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width,"
+      "handed_over\n");
   for (const FrameResult& frame : result.frames) {
     for (std::size_t quad = 0; quad < result.quads.size(); ++quad) {
       out.write(csvRow(result, frame, quad));

@@ -91,6 +91,7 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame) {
     json["on_top"] = verdict.onTop;
   }
   json["tracks"] = frame.tracks;
+  json["handed_over"] = frame.handedOver;
   json["rms"] = frame.rms;
   json["h"] = frame.h;
   json["noise"] = frame.figures.noise;
@@ -144,8 +145,10 @@ void writeResultJson(const ShotResult& result, OutputFile& out) {
   JsonFile file(out);
   file.add("cornerpin", 2);
   file.add("base_frame", result.baseFrame);
+  file.add("base_why", result.whyBase.empty() ? Json(nullptr) : Json(result.whyBase));
   file.add("reference_frame", result.referenceFrame);
   file.add("base_tracks", result.baseTracks);
+  file.add("handed_over", result.handedOver);
   file.add("left_out", result.leftOut);
   file.add("units", nameOf(result.units));
   file.add("loss", nameOf(result.loss));

@@ -121,9 +121,13 @@ class ResultReader {
 
   void readShot() {
     result_.baseFrame = whole_.at("base_frame").integer();
+    if (const auto why = known(whole_, "base_why"); why && !why->isNull()) {
+      result_.whyBase = why->text();
+    }
     result_.referenceFrame =
         version_ > 1 ? whole_.at("reference_frame").integer() : result_.baseFrame;
     result_.baseTracks = whole_.at("base_tracks").integer();
+    if (const auto count = known(whole_, "handed_over")) result_.handedOver = count->integer();
     result_.leftOut = whole_.at("left_out").integer();
     result_.units = oneOf(whole_.at("units"), {Units::Fit, Units::Raw});
     if (const auto loss = known(whole_, "loss")) result_.loss = lossIn(*loss);
@@ -165,6 +169,7 @@ class ResultReader {
       field.at("status").refuse("\"base\" is for the base frame, and for no other");
     }
     frame.tracks = field.at("tracks").integer();
+    if (const auto count = known(field, "handed_over")) frame.handedOver = count->integer();
     frame.rms = field.at("rms").numberOrNull();
     frame.h = transformIn(field.at("h"));
     if (const auto noise = known(field, "noise")) frame.figures.noise = noise->numberOrNull();

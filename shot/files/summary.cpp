@@ -137,6 +137,7 @@ std::string summaryTable(const ShotResult& result) {
       fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
   text += result.leftOut > 0 ? fmt::format(", {} absent there and left out)\n", result.leftOut)
                              : ", none left out)\n";
+  if (!result.whyBase.empty()) text += fmt::format("chosen        {}\n", result.whyBase);
   if (result.referenceFrame != result.baseFrame) {
     text += fmt::format("reference     {}\n", result.referenceFrame);
   }

@@ -13,7 +13,7 @@
 namespace cornerpin {
 
 struct SolveOptions {
-  std::optional<int> base;  ///< none: `chooseBaseFrame`
+  std::optional<int> base;  ///< none: `chooseBase`, by a solve from `guessBaseFrame`
   /// The frame that the result is relative to, which has no influence on the fits; none: the base
   /// frame.
   std::optional<int> reference;

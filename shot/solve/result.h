@@ -75,6 +75,7 @@ struct TrackResult {
 /// Places on the surface are those of its picture in the reference frame.
 struct ShotResult {
   int baseFrame = 0;
+  std::string whyBase;  ///< why it was chosen, for people; empty where it was given
   int referenceFrame = 0;
   int baseTracks = 0;  ///< tracks seen in the base frame
   int handedOver = 0;  ///< tracks absent from the base frame that take part; 0 where none is needed

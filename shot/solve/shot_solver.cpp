@@ -6,18 +6,12 @@
 #include <optional>
 #include <stdexcept>
 
-#include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
 #include "shot/plane/median.h"
-#include "shot/solve/base_frame.h"
-#include "shot/solve/frame_fit.h"
-#include "shot/solve/hand_over.h"
+#include "shot/solve/base_choice.h"
 #include "shot/solve/rebase.h"
-#include "shot/solve/surface_map.h"
+#include "shot/solve/shot_sweeps.h"
 #include "shot/solve/track_runs.h"
-#include "shot/surface/joint_covariances.h"
-#include "shot/surface/joint_fit.h"
-#include "shot/surface/start_places.h"
 #include "shot/trust/final_weights.h"
 
 namespace cornerpin {
@@ -26,11 +20,6 @@ namespace {
 
 constexpr std::size_t kListed = 5;
 constexpr double kVisible = 1e-3;  // of the tracks' extent: a pixel of 1,000
-
-ShotUnits unitsOf(const Points& surface, Units units) {
-  const Similarity fileToFit = Similarity::fitting(surface);
-  return {fileToFit, units == Units::Fit ? fileToFit : Similarity{}};
-}
 
 // The least move of a corner that people see.
 double visibleIn(const Box& surface) {
@@ -42,42 +31,32 @@ std::vector<NamedQuad> quadsOf(const SolveOptions& options, const Points& surfac
   return {{"tracks", cornersOf(boxAround(surface))}};
 }
 
+// What comes after the sweeps: the figures of trust, and what became of the tracks.
 class ShotSolver {
  public:
-  ShotSolver(const Tracks& tracks, const SolveOptions& options, const Progress& progress)
+  ShotSolver(const Tracks& tracks, const SolveOptions& options, ShotSweeps& sweeps)
       : tracks_(tracks),
         options_(options),
-        progress_(progress),
-        base_(tracks, options.base ? *options.base : chooseBaseFrame(tracks)),
-        surface_(surfacePlaces(base_.places(), options.loss)),
-        units_(unitsOf(surface_, options.units)),
-        fitter_(units_, options),
-        map_(base_, tracks.names.size()),
+        sweeps_(sweeps),
+        base_(sweeps.base()),
         runs_(tracks.names.size()),
-        worst_(visibleIn(boxAround(surface_))) {
+        worst_(visibleIn(boxAround(sweeps.surface()))) {
     result_.baseFrame = result_.referenceFrame = base_.frame();
-    result_.baseTracks = static_cast<int>(base_.places().size());
-    result_.leftOut = static_cast<int>(tracks.names.size() - base_.places().size());
+    result_.baseTracks = static_cast<int>(base_.tracks().size());
+    result_.handedOver = sweeps.handedOver();
+    result_.leftOut =
+        static_cast<int>(tracks.names.size() - base_.tracks().size()) - result_.handedOver;
     result_.units = options.units;
     result_.loss = options.loss;
     result_.seed = options.seed;
-    result_.baseCentre = units_.fileToFit.centre;
-    result_.frames.resize(static_cast<std::size_t>(tracks.frameCount()));
-    total_ = result_.frames.size();
-    if (handsOver()) total_ += total_ - 1;  // the base frame is fitted to nothing
-    if (const std::string flaw = flawOf(options.quads); !flaw.empty()) {
-      throw std::invalid_argument(flaw);
-    }
-    if (options.reference) {
-      requireFrame(*options.reference, tracks.firstFrame(), tracks.lastFrame());
-    }
+    result_.baseCentre = sweeps.units().fileToFit.centre;
+    result_.frames = sweeps.frames();
   }
 
   ShotResult solve() {
-    addBaseFrame();
-    handsOver() ? learnAndSweep() : sweepBothWays(false);
     placeQuads();
     if (result_.handedOver > 0) findJointCovariances();
+    for (int track : base_.tracks()) runs_.add(track, base_.frame(), TrackUse::Good);
     addTrust(+1, tracks_.lastFrame());
     addTrust(-1, tracks_.firstFrame());
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
@@ -93,182 +72,10 @@ class ShotSolver {
     return result_.frames[static_cast<std::size_t>(frame - tracks_.firstFrame())];
   }
 
-  // Whether there are tracks that could be handed to.
-  bool handsOver() const {
-    return options_.handOver && options_.loss != Loss::None &&
-           tracks_.names.size() > base_.tracks().size();
-  }
-
-  // Both sweeps learn the places of tracks that the base frame lacks. These are refined together
-  // with all transforms, and the shot is swept once more where that is of any use.
-  void learnAndSweep() {
-    sweepBothWays(true);
-    const ObservationsOf observations = observationsOf(tracks_);
-    std::vector<JointFrame> frames = jointFrames();
-    places_ = startPlaces(frames, observations, tracks_.names.size());
-    const int others = takePlaces();
-    if (others == 0) return;
-    fitJointly(frames, places_, observations);
-    trusted_ = othersAgree(frames);
-    if (!trusted_ && !usesOthers()) return;
-    result_.handedOver = takePlaces();
-    result_.leftOut -= result_.handedOver;
-    sweepBothWays(false);
-  }
-
-  // Into the map, for the tracks that the base frame lacks. Returns how many of them are known.
-  int takePlaces() {
-    int known = 0;
-    for (std::size_t t = 0; t < places_.size(); ++t) {
-      const int track = static_cast<int>(t);
-      if (!isKnown(places_[t]) || base_.sees(track)) continue;
-      map_.setPlace(track, places_[t].point);
-      ++known;
-    }
-    return known;
-  }
-
-  // Whether the tracks that the base frame lacks agree with its own: the joint fit of all has moved
-  // the surface, in the median of the frames that the base frame's tracks decided alone, by no more
-  // than these may be off. Normal errors make it about a third of their variance; tracks that creep
-  // off together the longer they are followed, several times as much.
-  bool othersAgree(const std::vector<JointFrame>& joint) const {
-    std::vector<double> moves;
-    for (std::size_t f = 0; f < joint.size(); ++f) {
-      const FrameResult& frame = result_.frames[f];
-      if (frame.verdict.status != Status::Solved || frame.handedOver > 0) continue;
-      if (map_.matchesIn(tracks_, frame.frame).size() == static_cast<std::size_t>(frame.tracks)) {
-        continue;
-      }
-      moves.push_back(moveOf(frame, joint[f].h));
-    }
-    return moves.empty() || lowerMedian(moves) <= 1.0;
-  }
-
-  // The mean square over the surface's corners, in units of the frame's own variance there.
-  double moveOf(const FrameResult& frame, const Homography& h) const {
-    const Quad corners = cornersOf(boxAround(surface_));
-    const Matches file = usedIn(frame);
-    const FrameFigures figures =
-        figuresOf(file, fittedAs(frame, kIdentity, file), {corners}, result_.baseCentre);
-    double sum = 0.0;
-    for (std::size_t c = 0; c < 4; ++c) {
-      sum += squaredDistance(map(h, corners[c]), map(frame.h, corners[c])) /
-             figures.quads[0][c].trace();
-    }
-    return sum / 4.0;
-  }
-
-  // Whether a frame was fitted to tracks that the base frame lacks.
-  bool usesOthers() const {
-    return std::any_of(result_.frames.begin(), result_.frames.end(),
-                       [](const FrameResult& frame) { return frame.handedOver > 0; });
-  }
-
-  std::vector<JointFrame> jointFrames() const {
-    std::vector<JointFrame> frames;
-    for (const FrameResult& frame : result_.frames) {
-      JointFrame::Part part = JointFrame::Part::None;
-      if (frame.verdict.status == Status::Base) part = JointFrame::Part::Fixed;
-      if (frame.verdict.status == Status::Solved) part = JointFrame::Part::Free;
-      frames.push_back({frame.h, part, std::isfinite(frame.sigma) ? frame.sigma : 0.0});
-    }
-    return frames;
-  }
-
-  // Of the corners of all quads, in every frame, with all that the shot's other frames say.
-  void findJointCovariances() {
-    Points corners;
-    for (const Quad& quad : quads_) {
-      for (Point corner : quad) corners.add(corner);
-    }
-    covariances_ = jointCovariances(jointFrames(), places_, observationsOf(tracks_), corners);
-  }
-
-  void addBaseFrame() {
-    FrameResult& result = resultOf(base_.frame());
-    result.frame = base_.frame();
-    result.verdict.status = Status::Base;
-    result.tracks = result_.baseTracks;
-    result.rms = 0.0;
-    result.h = kIdentity;
-    for (int track : base_.tracks()) runs_.add(track, base_.frame(), TrackUse::Good);
-    report();
-  }
-
-  Sweep startOfSweep() const {
-    return {toLibrary(kIdentity), kIdentity, false, SweepMemory(tracks_.names.size()),
-            squareAround(surface_)};
-  }
-
-  void sweepBothWays(bool learns) {
-    sweep(+1, tracks_.lastFrame(), learns);
-    sweep(-1, tracks_.firstFrame(), learns);
-  }
-
-  // From the base frame to the last one, each frame from its neighbour.
-  void sweep(int step, int last, bool learns) {
-    Sweep sweep = startOfSweep();
-    std::optional<LearningMap> learning;
-    if (learns) learning.emplace(base_, tracks_.names.size());
-    for (int frame = base_.frame(); frame != last;) {
-      frame += step;
-      const SurfaceMap& map = learning ? learning->map() : map_;
-      Matches file = map.matchesIn(tracks_, frame);
-      const FrameFit fit =
-          trusted_ ? fitter_.fit(file, sweep) : fitHandedOver(fitter_, base_, file, sweep);
-      record(frame, file, fit);
-      if (learning && fit.verdict.status == Status::Solved) {
-        learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,
-                        units_.lengthFromFit(fit.robust.sigma));
-      }
-      report();
-    }
-  }
-
-  void record(int frame, const Matches& file, const FrameFit& fit) {
-    FrameResult& result = resultOf(frame);
-    result = {};
-    result.frame = frame;
-    result.h = fit.h;
-    result.verdict = fit.verdict;
-    result.tracks = static_cast<int>(file.size());
-    result.handedOver = handedOverIn(file);
-    result.rms = rmsResidual(file, fit.h);
-    if (fit.robust.found) addRobust(fit, result);
-    if (fit.verdict.status == Status::Solved) addSolved(file, fit, result);
-    result.why = whyOf(result);
-    result.reason = reasonOf(result.verdict);
-  }
-
-  int handedOverIn(const Matches& matches) const {
-    const auto& tracks = matches.tracks();
-    return static_cast<int>(
-        std::count_if(tracks.begin(), tracks.end(), [this](int t) { return !base_.sees(t); }));
-  }
-
-  // What the robust fit says of the frame's errors, where the frame was fitted.
-  void addRobust(const FrameFit& fit, FrameResult& result) const {
-    if (fit.verdict.status == Status::Held) return;
-    result.sigma = units_.lengthFromFit(fit.robust.sigma);
-    result.good = static_cast<int>(fit.robust.goodCount);
-  }
-
-  void addSolved(const Matches& file, const FrameFit& fit, FrameResult& result) const {
-    if (options_.loss == Loss::None) {
-      result.good = result.tracks;
-      result.goodRms = result.rms;
-      return;
-    }
-    result.loss = fit.robust.loss;
-    result.width = units_.lengthFromFit(fit.robust.width);
-    result.goodRms = rmsResidual(file.subset(fit.robust.good), result.h);
-  }
-
   // Puts what the figures of trust are about into the base frame.
   void placeQuads() {
     const int reference = options_.reference.value_or(base_.frame());
-    result_.quads = quadsOf(options_, surface_);
+    result_.quads = quadsOf(options_, sweeps_.surface());
     if (!options_.quads.empty() && reference != base_.frame()) {
       result_.quads = carriedToBase(options_.quads, resultOf(reference), result_.baseCentre);
     }
@@ -282,54 +89,41 @@ class ShotSolver {
     if (!options_.quads.empty()) result_.quads = options_.quads;  // without a rounding
   }
 
-  // Whether the frame's fit told good tracks from bad ones.
-  bool toldBad(const FrameResult& result) const {
-    return options_.loss != Loss::None && std::isfinite(result.sigma) &&
-           static_cast<std::size_t>(result.tracks) >= kFewestForRobust;
+  // Of the corners of all quads, in every frame.
+  void findJointCovariances() {
+    Points corners;
+    for (const Quad& quad : quads_) {
+      for (Point corner : quad) corners.add(corner);
+    }
+    covariances_ = sweeps_.jointCovariancesOf(corners);
   }
 
   // Of the frames of a sweep, in its order.
   void addTrust(int step, int last) {
     for (int frame = base_.frame(); frame != last;) {
-      const Homography& neighbour = resultOf(frame).h;
       frame += step;
-      FrameResult& result = resultOf(frame);
-      addTrust(usedIn(result), neighbour, result);
+      addTrust(resultOf(frame));
     }
-  }
-
-  // The matches that a frame was fitted to.
-  Matches usedIn(const FrameResult& result) const {
-    const Matches known = map_.matchesIn(tracks_, result.frame);
-    return result.handedOver > 0 ? known : known.subset(seenIn(base_, known));
-  }
-
-  // With the weights of its good tracks, in full.
-  FittedFrame fittedAs(const FrameResult& result, const Homography& neighbour,
-                       const Matches& file) const {
-    FittedFrame fitted{result.verdict.model, kIdentity, result.h, file.weights()};
-    if (result.verdict.onTop) fitted.kept = neighbour;
-    if (result.handedOver > 0) fitted.placeNoise = 0.0;
-    if (toldBad(result)) {
-      fitted.weights = goodWeights(file, result.h, result_.baseCentre, result.sigma);
-    }
-    return fitted;
   }
 
   // The figures of trust: of the frame about its good tracks alone, of each track with the weight
   // that the fit left it.
-  void addTrust(const Matches& file, const Homography& neighbour, FrameResult& result) {
+  void addTrust(FrameResult& result) {
     const Point front = result_.baseCentre;
-    FittedFrame fitted = fittedAs(result, neighbour, file);
-    addUses(result);
-    result.figures = figuresOf(file, fitted, quads_, front);
-    if (result.handedOver > 0 && result.verdict.status == Status::Solved) takeJoint(result);
-    if (toldBad(result) && result.verdict.status == Status::Solved) {
-      fitted.weights = lossWeights(file, result.h, front, result.loss, result.width);
+    const Matches used = sweeps_.usedIn(result);
+    FittedFrame fitted = sweeps_.fittedAs(result, used);
+    result.figures = figuresOf(used, fitted, quads_, front);
+    const bool solved = result.verdict.status == Status::Solved;
+    if (result.handedOver > 0 && solved) takeJoint(result);
+    if (sweeps_.toldBad(result) && solved) {
+      fitted.weights = lossWeights(used, result.h, front, result.loss, result.width);
     }
-    std::vector<TrackInfluence> influences = influencesOf(file, fitted, quads_.front());
+    std::vector<TrackInfluence> influences = influencesOf(used, fitted, quads_.front());
     worst_.addFrame(result.frame, influences);
     if (options_.influences) result.influences = std::move(influences);
+    result.why = whyOf(result);
+    result.reason = reasonOf(result.verdict);
+    addUses(result);
   }
 
   // The covariances of a frame that was fitted to places which others have told.
@@ -344,9 +138,10 @@ class ShotSolver {
   // What each track that is seen in a frame is there. A track that the fit did without may still
   // keep to its place.
   void addUses(const FrameResult& result) {
-    const Matches known = map_.matchesIn(tracks_, result.frame);
+    const Matches known = sweeps_.surfaceMap().matchesIn(tracks_, result.frame);
     std::vector<double> weights = known.weights();
-    if (toldBad(result)) weights = goodWeights(known, result.h, result_.baseCentre, result.sigma);
+    if (sweeps_.toldBad(result))
+      weights = goodWeights(known, result.h, result_.baseCentre, result.sigma);
     const bool held = result.verdict.status == Status::Held;
     std::size_t i = 0;  // of the matches, which have the order of the observations
     for (const Observation& o : tracks_.inFrame(result.frame)) {
@@ -373,10 +168,10 @@ class ShotSolver {
       const int track = static_cast<int>(t);
       TrackResult result;
       result.name = tracks_.names[t];
-      result.place = map_.placeOf(track);
-      if (!base_.sees(track) && map_.knows(track)) {
-        result.covariance = places_[t].covariance;
-      } else if (map_.knows(track) && std::isfinite(variance)) {
+      result.place = sweeps_.surfaceMap().placeOf(track);
+      if (!base_.sees(track) && sweeps_.surfaceMap().knows(track)) {
+        result.covariance = sweeps_.places()[t].covariance;
+      } else if (sweeps_.surfaceMap().knows(track) && std::isfinite(variance)) {
         result.covariance = {variance, 0.0, variance};
       }
       result.runs = runs_.of(track, tracks_.firstFrame(), tracks_.lastFrame());
@@ -384,34 +179,85 @@ class ShotSolver {
     }
   }
 
-  void report() {
-    ++done_;
-    if (progress_) progress_(done_, total_);
-  }
-
   const Tracks& tracks_;
   const SolveOptions& options_;
-  const Progress& progress_;
-  BaseFrame base_;
-  Points surface_;  // the places in the base frame that tell how far the surface reaches
-  ShotUnits units_;
-  FrameFitter fitter_;
-  SurfaceMap map_;
-  bool trusted_ = false;       // all known tracks decide, not the base frame's where they suffice
-  std::vector<Place> places_;  // as the solved frames have told them; empty where nobody asked
+  ShotSweeps& sweeps_;
+  const BaseFrame& base_;
   TrackRuns runs_;
   std::vector<Quad> quads_;                           // in the base frame
   std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners
   WorstTracks worst_;
   ShotResult result_;
-  std::size_t done_ = 0;
-  std::size_t total_ = 0;  // of the frames that are reported
 };
+
+void check(const Tracks& tracks, const SolveOptions& options) {
+  if (const std::string flaw = flawOf(options.quads); !flaw.empty()) {
+    throw std::invalid_argument(flaw);
+  }
+  if (options.reference) {
+    requireFrame(*options.reference, tracks.firstFrame(), tracks.lastFrame());
+  }
+}
+
+std::vector<PilotFrame> pilotOf(const ShotSweeps& sweeps) {
+  std::vector<PilotFrame> pilot;
+  for (const FrameResult& frame : sweeps.frames()) {
+    const Status status = frame.verdict.status;
+    pilot.push_back({status == Status::Base || status == Status::Solved, frame.h, frame.sigma});
+  }
+  return pilot;
+}
+
+// The quad that bases are compared by, in the pilot's base frame; none where it cannot be carried
+// there.
+std::optional<Quad> quadFor(const SolveOptions& options, const ShotSweeps& pilot) {
+  if (options.quads.empty()) return std::nullopt;
+  const int reference = options.reference.value_or(pilot.base().frame());
+  const FrameResult& frame =
+      pilot.frames()[static_cast<std::size_t>(reference - pilot.frames().front().frame)];
+  try {
+    return carriedToBase({options.quads.front()}, frame, pilot.units().fileToFit.centre)
+        .front()
+        .corners;
+  } catch (const std::invalid_argument&) {
+    return std::nullopt;
+  }
+}
 
 }  // namespace
 
 ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Progress& progress) {
-  return ShotSolver(tracks, options, progress).solve();
+  check(tracks, options);
+  std::size_t done = 0;
+  std::size_t total = 0;
+  const std::function<void()> report = [&] {
+    if (progress) progress(++done, total);
+  };
+  const std::size_t others = static_cast<std::size_t>(tracks.frameCount()) - 1;
+  std::optional<ShotSweeps> sweeps;
+  const auto sweepFrom = [&](int base) {
+    sweeps.emplace(tracks, options, base, report);
+    if (total == 0) {
+      total = 1 + sweeps->mostReports() + (options.base ? 0 : others);
+      report();  // the base frame
+    }
+    sweeps->sweepFirst();
+  };
+  std::string why;
+  if (options.base) {
+    sweepFrom(*options.base);
+  } else {
+    const bool handsOver = options.handOver && options.loss != Loss::None;
+    sweepFrom(guessBaseFrame(tracks, handsOver));
+    const BaseChoice choice = chooseBase(tracks, sweeps->base().frame(), pilotOf(*sweeps),
+                                         quadFor(options, *sweeps), handsOver);
+    if (choice.frame != sweeps->base().frame()) sweepFrom(choice.frame);
+    why = choice.why;
+  }
+  sweeps->handOver();
+  ShotResult result = ShotSolver(tracks, options, *sweeps).solve();
+  result.whyBase = why;
+  return result;
 }
 
 }  // namespace cornerpin

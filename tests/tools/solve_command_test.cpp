@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -62,12 +63,38 @@ TEST(SolveCommand, WritesJsonPrintsATableAndEndsInZero) {
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.err, "");
   EXPECT_TRUE(
-      contains(run.out, "base frame    0  (60 tracks, none left out)\nsolved        71 of 71"));
+      contains(run.out, "base frame    35  (60 tracks, none left out)\nchosen        frame 35: "));
+  EXPECT_TRUE(contains(run.out, "\nsolved        71 of 71"));
   const json j = json::parse(readFile(folder / "out.json"));
   EXPECT_EQ(j["cornerpin"], 2);
+  EXPECT_EQ(j["base_why"].get<std::string>().rfind("frame 35: corners expected within ", 0), 0u);
   EXPECT_EQ(j["frames"].size(), 71u);
   EXPECT_EQ(j["frames"][70]["status"], "solved");
   EXPECT_EQ(folder.entryCount(), 1u);
+}
+
+// Four tracks go and four others come, which share frames 5 to 14.
+TEST(SolveCommand, HandsOverUnlessTheBaseFramesTracksAreToDecide) {
+  const TemporaryFolder folder;
+  std::string csv = "track,frame,x,y\n";
+  for (int f = 0; f < 20; ++f) {
+    for (int t = 0; t < 16; ++t) {
+      if (t < 8 ? f > 14 : f < 5) continue;
+      csv += fmt::format("t{},{},{},{}\n", t, f, 100 * (t % 4) + 3 * f + 7 * (t / 8),
+                         80 * (t / 4) + 2 * f);
+    }
+  }
+  writeFile(folder / "in.csv", csv);
+  const Outcome all = cornerpin({"solve", folder / "in.csv", "--base", "0"});
+  EXPECT_EQ(all.code, 0);
+  EXPECT_TRUE(
+      contains(all.out, "base frame    0  (8 tracks, none left out)\nhand-over     8 tracks"))
+      << all.out;
+  EXPECT_TRUE(contains(all.out, "held          0\n"));
+  const Outcome few = cornerpin({"solve", folder / "in.csv", "--base", "0", "--base-only"});
+  EXPECT_EQ(few.code, 4);
+  EXPECT_TRUE(contains(few.out, "(8 tracks, 8 absent there and left out)\nsolved        15 of 20"));
+  EXPECT_TRUE(contains(few.out, "held          5\n"));
 }
 
 TEST(SolveCommand, WritesNoFieldThatIsNotDescribed) {
@@ -576,7 +603,7 @@ TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
     EXPECT_LE(line.size(), 82u) << line;
     ++options;
   }
-  EXPECT_EQ(options, 15);
+  EXPECT_EQ(options, 16);
 }
 
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {

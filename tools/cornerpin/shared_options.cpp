@@ -96,7 +96,9 @@ void JsonOption::addTo(CLI::App& parser) {
 }
 
 void BaseOption::addTo(CLI::App& parser) {
-  parser.add_option("--base", text, "Frame to measure from; auto takes the one with most tracks")
+  parser
+      .add_option("--base", text,
+                  "Frame to fit from; auto compares them")
       ->option_text("FRAME=auto");
 }
 
@@ -221,6 +223,10 @@ Loss LossOption::value() const {
   if (text == "none") return Loss::None;
   if (text == "huber") return Loss::Huber;
   return text == "cauchy" ? Loss::Cauchy : Loss::Tukey;
+}
+
+void BaseOnlyOption::addTo(CLI::App& parser) {
+  parser.add_flag("--base-only", given, "Only tracks seen in the base frame take part");
 }
 
 void HoldOption::addTo(CLI::App& parser) {

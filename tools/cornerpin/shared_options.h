@@ -97,6 +97,12 @@ struct LossOption {
   Loss value() const;
 };
 
+/// --base-only: tracks that the base frame lacks take no part.
+struct BaseOnlyOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
 /// --hold: frames with too few tracks are held, not reduced.
 struct HoldOption {
   bool given = false;

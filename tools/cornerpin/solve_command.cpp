@@ -31,8 +31,9 @@ constexpr const char* kHelp =
     "row for each track and frame where the track is seen. A track's distance r from the fit is\n"
     "multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter "
     "of\n"
-    "one of weight 1. Weight 0 is the same as no row. Only tracks seen in the base frame take "
-    "part.\n\n"
+    "one of weight 1. Weight 0 is the same as no row. A track that the base frame lacks "
+    "takes\n"
+    "part once other frames have told where on the surface it is.\n\n"
     "With --reference F the transforms start from frame F instead, and quads are corners read\n"
     "there; without it they are read on the frame given by --base. F has no influence on the "
     "fit.\n";
@@ -54,6 +55,7 @@ struct Arguments {
   UnitsOption units;
   LossOption loss;
   HoldOption hold;
+  BaseOnlyOption baseOnly;
   SeedOption seed;
 };
 
@@ -72,6 +74,7 @@ void addTo(CLI::App& parser, Arguments& arguments) {
       ->option_text("FILE");
   arguments.units.addTo(parser);
   arguments.loss.addTo(parser);
+  arguments.baseOnly.addTo(parser);
   arguments.hold.addTo(parser);
   arguments.seed.addTo(parser);
 }
@@ -82,6 +85,7 @@ SolveOptions optionsOf(const Arguments& arguments) {
   options.units = arguments.units.value();
   options.loss = arguments.loss.value();
   options.reduce = !arguments.hold.given;
+  options.handOver = !arguments.baseOnly.given;
   options.seed = arguments.seed.value();
   options.reference = arguments.reference.value();
   options.quads =

@@ -20,7 +20,10 @@ TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
   EXPECT_EQ(j["reference_frame"], 5);
   EXPECT_EQ(j["front"], json::parse("[2,3.25]"));
   EXPECT_EQ(j["base_tracks"], 4);
+  EXPECT_EQ(j["handed_over"], 3);
   EXPECT_EQ(j["left_out"], 2);
+  EXPECT_TRUE(j["base_why"].is_null());
+  EXPECT_EQ(j["frames"][1]["handed_over"], 2);
   EXPECT_EQ(j["units"], "fit");
   ASSERT_EQ(j["frames"].size(), 2u);
   const json& held = j["frames"][1];

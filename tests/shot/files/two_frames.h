@@ -23,6 +23,7 @@ inline cornerpin::ShotResult twoFrames() {
   ShotResult result;
   result.baseFrame = result.referenceFrame = 5;
   result.baseTracks = 4;
+  result.handedOver = 3;
   result.leftOut = 2;
   result.quads = {{"tracks", {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}}}};
   result.baseCentre = {2, 3.25};
@@ -39,6 +40,7 @@ inline cornerpin::ShotResult twoFrames() {
   base.figures = baseFrameFigures(1);
   FrameResult held;
   held.frame = 6;
+  held.handedOver = 2;
   held.verdict.status = Status::Held;
   held.verdict.shortfall = Shortfall::FitFailed;
   held.verdict.error = "a \"quoted\"\nreason";
