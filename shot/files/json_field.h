@@ -49,9 +49,13 @@ class JsonField {
 /// A JSON file in memory. "-" is standard input.
 class JsonFile {
  public:
+  enum class Names {
+    Any,   ///< of several members of one name the last one counts
+    Once,  ///< members of the whole have names of their own; takes time like the square of a list
+  };
   /// Throws `InputError` when the file cannot be read, is not JSON, is cut off, holds a number
-  /// beyond double precision, or names a member of the whole twice.
-  explicit JsonFile(const std::string& path);
+  /// beyond double precision, or has a name twice that ought to be there once.
+  explicit JsonFile(const std::string& path, Names names = Names::Any);
 
   const std::string& name() const { return name_; }
   JsonField whole() const { return {value_, name_}; }

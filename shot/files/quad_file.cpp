@@ -26,7 +26,7 @@ std::vector<NamedQuad> quadsIn(const JsonField& list) {
 }
 
 QuadFile readQuads(const std::string& path) {
-  const JsonFile file(path);
+  const JsonFile file(path, JsonFile::Names::Once);
   const JsonField whole = file.whole();
   QuadFile result;
   if (whole.has("quads")) {

@@ -24,6 +24,14 @@ void* allocate(std::size_t bytes) {
   return block;
 }
 
+void* allocateOrNull(std::size_t bytes) noexcept {
+  try {
+    return allocate(bytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void deallocate(void* block) noexcept {
   if (block == nullptr) return;
   --liveCount;
@@ -34,6 +42,13 @@ void deallocate(void* block) noexcept {
 
 void* operator new(std::size_t bytes) { return allocate(bytes); }
 void* operator new[](std::size_t bytes) { return allocate(bytes); }
+// Without these two a sanitizer would hand out the blocks by its own, and miss their release.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocateOrNull(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocateOrNull(bytes);
+}
 void operator delete(void* block) noexcept { deallocate(block); }
 void operator delete[](void* block) noexcept { deallocate(block); }
 void operator delete(void* block, std::size_t) noexcept { deallocate(block); }

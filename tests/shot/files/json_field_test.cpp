@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <functional>
 #include <string>
@@ -15,13 +17,13 @@ using namespace cornerpin;
 namespace {
 
 // What reading a text as a file and then `use` is refused with, without the file's name.
-std::string refusal(const std::string& text,
-                    const std::function<void(const JsonField&)>& use = {}) {
+std::string refusal(const std::string& text, const std::function<void(const JsonField&)>& use = {},
+                    JsonFile::Names names = JsonFile::Names::Any) {
   const TemporaryFolder folder;
   const std::string path = folder / "a.json";
   writeFile(path, text);
   try {
-    const JsonFile file(path);
+    const JsonFile file(path, names);
     if (use) use(file.whole());
   } catch (const InputError& error) {
     EXPECT_EQ(error.file, path);
@@ -94,9 +96,33 @@ TEST(JsonFile, RefusesNumbersBeyondDoublePrecision) {
   EXPECT_EQ(refusal("[1e999]"), ": a number is too large for double precision");
 }
 
-TEST(JsonFile, RefusesAMemberThatIsThereTwice) {
-  EXPECT_EQ(refusal("{\"a\":1,\"b\":2,\"a\":3}"), ": a: there twice");
-  EXPECT_EQ(refusal("{\"a\":{\"a\":1},\"b\":{\"a\":1}}"), "nothing thrown");
+TEST(JsonFile, RefusesAMemberThatIsThereTwiceWhereAsked) {
+  const auto refused = [](const std::string& text) {
+    return refusal(text, {}, JsonFile::Names::Once);
+  };
+  EXPECT_EQ(refused("{\"a\":1,\"b\":2,\"a\":3}"), ": a: there twice");
+  EXPECT_EQ(refused("{\"a\":{\"a\":1},\"b\":{\"a\":1}}"), "nothing thrown");
+  EXPECT_EQ(refused("{\"a\":nan}"), ":1: this is no JSON");
+  EXPECT_EQ(refusal("{\"a\":1,\"a\":3}",
+                    [](const JsonField& whole) { EXPECT_EQ(whole.at("a").integer(), 3); }),
+            "nothing thrown");
+}
+
+// A list 25 times as long takes less than 250 times as long to read: it is 25 times where the time
+// is proportional to the length, and 625 times where it grows like the square.
+TEST(JsonFile, IsReadInTimeProportionalToItsLength) {
+  const auto seconds = [](int items) {
+    std::string text = "[{}";
+    for (int i = 1; i < items; ++i) text += ",{}";
+    const TemporaryFolder folder;
+    writeFile(folder / "a", text + "]");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(JsonFile(folder / "a").whole().size(), static_cast<std::size_t>(items));
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  };
+  seconds(10000);
+  const double few = seconds(10000);
+  EXPECT_LT(seconds(250000), 250.0 * std::max(few, 1e-4));
 }
 
 TEST(JsonFile, SurvivesAMillionBrackets) {
