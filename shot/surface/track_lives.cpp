@@ -44,7 +44,7 @@ class Choice {
       if (state_[t] == State::Open) open.push_back(&lives_[t]);
     }
     std::sort(open.begin(), open.end(), [](const Life* a, const Life* b) {
-      return a->sightings != b->sightings ? a->sightings > b->sightings : a->track < b->track;
+      return a->last != b->last ? a->last > b->last : a->track < b->track;
     });
     for (auto life = open.begin(); life != open.end() && chosen < kEnoughSeen; ++life) {
       if (choose(**life)) ++chosen;

@@ -27,7 +27,7 @@ struct TrackLives {
 };
 
 /// Frame by frame, the tracks with a known place that a frame shows are added until it has
-/// `kEnoughSeen`: those with the most sightings in the shot first, then the lower index. One for
+/// `kEnoughSeen`: those that are seen longest from there on first, then the lower index. One for
 /// which there is no room at some time of its life is left out.
 ///
 /// \param noise  of each frame; frames with 0 are left out

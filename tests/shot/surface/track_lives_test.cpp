@@ -61,8 +61,8 @@ TEST(LivesOf, OfAnEmptyShotIsEmpty) {
   EXPECT_EQ(livesIn({{}, {}}).extents, (std::vector<std::size_t>{0, 0}));
 }
 
-// Tracks 0 to 9 in the first frame, 10 to 209 in both: the latter have more sightings.
-TEST(LivesOf, TakesThoseWithMostSightingsFirst) {
+// Tracks 0 to 9 in the first frame, 10 to 209 in both.
+TEST(LivesOf, TakesThoseThatAreSeenLongestFirst) {
   const TrackLives lives = livesIn({range(0, 210), range(10, 210)});
   for (int t = 0; t < 210; ++t) {
     EXPECT_EQ(lives.slots[static_cast<std::size_t>(t)] == kNone, t < 10) << t;
@@ -95,4 +95,13 @@ TEST(LivesOf, FillsEveryFrame) {
     const bool out = (t >= 200 && t < 210) || t >= 360;
     EXPECT_EQ(lives.slots[static_cast<std::size_t>(t)] == kNone, out) << t;
   }
+}
+
+// Every frame shows 400, of which ten go and ten others come: 200 stay enough without a track that
+// is about to go.
+TEST(LivesOf, KeepsNoMoreAliveThanAFrameNeedsWhereTracksComeAndGo) {
+  std::vector<std::vector<int>> seen;
+  for (int f = 0; f < 100; ++f) seen.push_back(range(10 * f, 10 * f + 400));
+  const TrackLives lives = livesIn(seen);
+  for (std::size_t f = 0; f < 100; ++f) EXPECT_LE(lives.extents[f], 210u) << f;
 }
