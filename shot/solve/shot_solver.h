@@ -14,9 +14,13 @@ namespace cornerpin {
 /// Called after each frame with the number of frames done.
 using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
-/// Finds for every frame the transform that carries the tracks' base places to their places there,
-/// by `MMatchmove`: forward from the base frame, then backward, each frame starting from its
-/// neighbour. With Loss::None, and where every frame can be fitted, the transforms are those of
+/// Finds for every frame the transform that carries the tracks' places on the surface to their
+/// places there, by `MMatchmove`: forward from the base frame, then backward, each frame starting
+/// from its neighbour (`ShotSweeps`, which also says how tracks take part that the base frame
+/// lacks). Without a base frame in the options a first pair of sweeps from a guess says which one
+/// to take (`chooseBase`).
+///
+/// With Loss::None, and where every frame can be fitted, the transforms are those of
 /// `MMatchmove::solve` on the shot in the library's unit, to the bit. With another loss
 /// `fitRobustly` goes on from the library's fit and the neighbour's transform, in double precision,
 /// and its transform is the frame's and the next frame's start. What the earlier frames of a sweep
@@ -37,7 +41,7 @@ using Progress = std::function<void(std::size_t done, std::size_t total)>;
 /// Throws `std::invalid_argument` for a base frame outside the shot or without tracks, for a
 /// reference frame that `rebase` refuses, and for quads with a flaw (`flawOf`).
 ///
-/// Cost: memory for the results and the base frame's tracks, no array of tracks times frames.
+/// Cost: memory for the results and the tracks, no array of tracks times frames.
 ShotResult solveShot(const Tracks& tracks, const SolveOptions& options = {},
                      const Progress& progress = {});
 
