@@ -24,8 +24,6 @@ namespace {
 
 constexpr double kWidth = 1000.0;
 constexpr double kHeight = 600.0;
-// Whether the solver uses tracks that the base frame does not see.
-constexpr bool kHandsOver = false;
 
 class Random {
  public:
@@ -85,23 +83,20 @@ ShotResult solved(const Tracks& tracks, int base) {
   return solveShot(tracks, options);
 }
 
-std::vector<PilotFrame> pilotOf(const ShotResult& result) {
-  std::vector<PilotFrame> pilot;
-  for (const FrameResult& f : result.frames) {
-    const bool isBase = f.verdict.status == Status::Base;
-    pilot.push_back({isBase || f.verdict.status == Status::Solved, f.h, f.sigma});
-  }
-  return pilot;
-}
-
-BaseChoice chosenFor(const Shot& shot, int& guess) {
-  guess = guessBaseFrame(shot.tracks, kHandsOver);
-  const ShotResult result = solved(shot.tracks, guess);
-  Quad quad{};
+// The base that a solve takes by itself, for the quad where that is known in the guessed frame.
+int chosenFor(const Shot& shot, int& guess) {
+  guess = guessBaseFrame(shot.tracks);
+  SolveOptions options;
   const auto at = static_cast<std::size_t>(guess - shot.tracks.firstFrame());
-  for (std::size_t c = 0; c < 4; ++c) quad[c] = map(shot.truth[at], shot.quad[c]);
-  if (shot.known[at]) return chooseBase(shot.tracks, guess, pilotOf(result), quad, kHandsOver);
-  return chooseBase(shot.tracks, guess, pilotOf(result), std::nullopt, kHandsOver);
+  if (shot.known[at]) {
+    options.reference = guess;
+    options.quads.resize(1);
+    options.quads[0].name = "quad";
+    for (std::size_t c = 0; c < 4; ++c) {
+      options.quads[0].corners[c] = map(shot.truth[at], shot.quad[c]);
+    }
+  }
+  return solveShot(shot.tracks, options).baseFrame;
 }
 
 // Made shots.
@@ -303,8 +298,8 @@ void add(Row& row, const Shot& shot) {
     if (isUsable(shot, base)) all[f] = errorsFrom(shot, base, solved(shot.tracks, base));
   }
   int guess = 0;
-  const BaseChoice choice = chosenFor(shot, guess);
-  const Errors& mine = all[static_cast<std::size_t>(choice.frame - first)];
+  const int choice = chosenFor(shot, guess);
+  const Errors& mine = all[static_cast<std::size_t>(choice - first)];
   const Errors& cheap = all[static_cast<std::size_t>(guess - first)];
   row.median.resize(count);
   row.most.resize(count);
@@ -314,7 +309,7 @@ void add(Row& row, const Shot& shot) {
   }
   row.chosen = {row.chosen.median + mine.median, row.chosen.most + mine.most};
   row.guessed = {row.guessed.median + cheap.median, row.guessed.most + cheap.most};
-  row.frames += " " + std::to_string(choice.frame);
+  row.frames += " " + std::to_string(choice);
 }
 
 // The least of the numbers, and the least mean of five that follow one another: the best of many
