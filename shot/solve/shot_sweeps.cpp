@@ -51,9 +51,7 @@ ShotSweeps::ShotSweeps(const Tracks& tracks, const SolveOptions& options, int ba
   result.h = kIdentity;
 }
 
-std::size_t ShotSweeps::mostReports() const {
-  return (hasOthers() ? 2 : 1) * (frames_.size() - 1);
-}
+std::size_t ShotSweeps::mostReports() const { return (hasOthers() ? 2 : 1) * (frames_.size() - 1); }
 
 void ShotSweeps::sweepFirst() { sweepBothWays(hasOthers()); }
 

@@ -96,9 +96,7 @@ void JsonOption::addTo(CLI::App& parser) {
 }
 
 void BaseOption::addTo(CLI::App& parser) {
-  parser
-      .add_option("--base", text,
-                  "Frame to fit from; auto compares them")
+  parser.add_option("--base", text, "Frame to fit from; auto compares them")
       ->option_text("FRAME=auto");
 }
 
