@@ -367,9 +367,11 @@ class Pilot {
  public:
   Pilot(const Tracks& tracks, int base, const std::vector<PilotFrame>& frames)
       : tracks_(tracks), base_(base), frames_(frames), usualSigma_(median(frames)) {
+    Points seen;
     for (const Observation& o : tracks.inFrame(base)) {
-      if (o.weight > 0.0f) front_.add({o.x, o.y});
+      if (o.weight > 0.0f) seen.add({o.x, o.y});
     }
+    centre_ = Similarity::fitting(seen).centre;
   }
 
   // Those to look at.
@@ -394,7 +396,7 @@ class Pilot {
       SolvedFrame frame = {f, p.h, inverseOf(p.h), sigma * sigma, {}, {}, {}};
       bool visible = true;
       for (std::size_t c = 0; c < 4; ++c) {
-        visible = visible && onSameSide(p.h, corners[c], centre());
+        visible = visible && onSameSide(p.h, corners[c], centre_);
         frame.corners[c] = map(p.h, corners[c]);
         frame.toHere[c] = derivative(p.h, corners[c]);
         frame.back[c] = derivative(frame.inverse, frame.corners[c]);
@@ -412,7 +414,7 @@ class Pilot {
       const Homography inverse = inverseOf(of(f).h);
       for (const Observation& o : tracks_.inFrame(f)) {
         const Point p = map(inverse, {o.x, o.y});
-        if (!(o.weight > 0.0f) || !onSameSide(of(f).h, p, centre())) continue;
+        if (!(o.weight > 0.0f) || !onSameSide(of(f).h, p, centre_)) continue;
         places[static_cast<std::size_t>(o.track)].first.push_back(p.x);
         places[static_cast<std::size_t>(o.track)].second.push_back(p.y);
       }
@@ -429,14 +431,11 @@ class Pilot {
     return frames_[static_cast<std::size_t>(frame - tracks_.firstFrame())];
   }
 
-  // In front of the horizon in every frame.
-  Point centre() const { return Similarity::fitting(front_).centre; }
-
   const Tracks& tracks_;
   int base_;
   const std::vector<PilotFrame>& frames_;
   double usualSigma_;
-  Points front_;  // the tracks in the base
+  Point centre_;  // of the tracks in the base: in front of the horizon in every frame
 };
 
 std::string pixels(double length) {
