@@ -8,6 +8,15 @@
 
 namespace cornerpin {
 
+namespace {
+
+bool allSeenIn(const BaseFrame& base, const Matches& matches) {
+  const std::vector<int>& tracks = matches.tracks();
+  return std::all_of(tracks.begin(), tracks.end(), [&](int track) { return base.sees(track); });
+}
+
+}  // namespace
+
 ObservationsOf observationsOf(const Tracks& tracks) {
   return [&tracks](std::size_t frame) {
     Matches matches;
@@ -33,10 +42,19 @@ bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenIn
   return variance(seenInBase) <= variance(base.places()) + variance(all);
 }
 
+FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches,
+                  Sweep& sweep) {
+  const FrameFit fit = fitter.fit(matches, sweep);
+  if (fit.verdict.status == Status::Solved && !allSeenIn(base, matches)) {
+    const Points good = matches.subset(fit.robust.good).base();
+    sweep.surface = squareAround(good);
+  }
+  return fit;
+}
+
 FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matches, Sweep& sweep) {
-  const std::vector<bool> seen = seenIn(base, matches);
-  if (std::find(seen.begin(), seen.end(), false) == seen.end()) return fitter.fit(matches, sweep);
-  Matches older = matches.subset(seen);
+  if (allSeenIn(base, matches)) return fitter.fit(matches, sweep);
+  Matches older = matches.subset(seenIn(base, matches));
   if (baseSuffices(base, matches.base(), older.base(), sweep.surface)) {
     const Homography neighbour = sweep.neighbour;
     const bool chainBroken = sweep.chainBroken;
@@ -48,11 +66,7 @@ FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matc
     sweep.neighbour = neighbour;
     sweep.chainBroken = chainBroken;
   }
-  const FrameFit fit = fitter.fit(matches, sweep);
-  if (fit.verdict.status == Status::Solved) {
-    sweep.surface = squareAround(matches.subset(fit.robust.good).base());
-  }
-  return fit;
+  return fitByAll(fitter, base, matches, sweep);
 }
 
 }  // namespace cornerpin

@@ -33,9 +33,12 @@ std::vector<bool> seenIn(const BaseFrame& base, const Matches& matches);
 bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenInBase,
                   const Quad& surface);
 
+/// Fits a frame by all its tracks. Where some of them are not the base frame's, the sweep's surface
+/// moves on to the frame's good tracks: what has left the picture need not be carried well.
+FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches, Sweep& sweep);
+
 /// Fits a frame by the base frame's tracks alone where they suffice and lead to a full transform,
-/// and else by all. In the latter case the sweep's surface moves on to the frame's good tracks:
-/// what has left the picture need not be carried well.
+/// and else by all.
 ///
 /// \param matches  all tracks of the frame that are known; replaced by those that were used
 FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matches, Sweep& sweep);

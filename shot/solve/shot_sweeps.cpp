@@ -153,8 +153,8 @@ void ShotSweeps::sweep(int step, int last, bool learns) {
     frame += step;
     const SurfaceMap& map = learning ? learning->map() : map_;
     Matches file = map.matchesIn(tracks_, frame);
-    const FrameFit fit =
-        trusted_ ? fitter_.fit(file, sweep) : fitHandedOver(fitter_, base_, file, sweep);
+    const FrameFit fit = trusted_ ? fitByAll(fitter_, base_, file, sweep)
+                                  : fitHandedOver(fitter_, base_, file, sweep);
     record(frame, file, fit);
     if (learning && fit.verdict.status == Status::Solved) {
       learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <vector>
 
 #include "shot/plane/similarity.h"
 #include "tests/shot/solve/small_shots.h"
@@ -149,4 +151,24 @@ TEST(FitHandedOver, TakesAllWhereTheBaseFramesTracksLeadToNothing) {
   EXPECT_EQ(strewn.size(), 72u);
   EXPECT_GE(fit.robust.goodCount, 36u);
   EXPECT_FALSE(shot.sweep.chainBroken);
+}
+
+namespace {
+
+void expectSame(const Quad& a, const Quad& b) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_EQ(a[i].x, b[i].x);
+    EXPECT_EQ(a[i].y, b[i].y);
+  }
+}
+
+}  // namespace
+
+TEST(FitByAll, LeavesTheSurfaceWhereItIsWithTheBaseFramesTracksAlone) {
+  Handing shot;
+  std::vector<bool> chosen(72, false);
+  std::fill_n(chosen.begin(), 30, true);
+  const Matches frame = shot.matches(4, {0, 0}).subset(chosen);
+  EXPECT_EQ(fitByAll(shot.fitter, shot.base, frame, shot.sweep).verdict.status, Status::Solved);
+  expectSame(shot.sweep.surface, shot.surface);
 }

@@ -188,3 +188,22 @@ TEST(ShotSweeps, LetsAllTracksDecideWhereTheyAgree) {
   EXPECT_EQ(result.frames[9].handedOver, 0);
   for (std::size_t f = 10; f < 60; ++f) EXPECT_EQ(result.frames[f].handedOver, 80) << f;
 }
+
+// A camera that goes along a wall, 25 pixels a frame: ten pictures' widths from where it began.
+// What counts as a transform that keeps noise within bounds goes along with it.
+TEST(ShotSweeps, GoesAsFarFromTheBaseAsTracksLead) {
+  Tracks tracks;
+  for (int f = 0; f < 200; ++f) {
+    for (int column = (f + 1) / 2; 50 * column <= 25 * f + 500; ++column) {
+      for (int row = 0; row < 5; ++row) {
+        const double x = 50.0 * column - 25.0 * f;
+        see(tracks, 5 * column + row, f, {x, 40.0 + 80.0 * row + 7.0 * (column % 3)});
+      }
+    }
+  }
+  const ShotResult result = solveShot(tracks, fromFrame(0));
+  for (std::size_t f = 1; f < 200; ++f) {
+    EXPECT_EQ(result.frames[f].verdict.status, Status::Solved) << f;
+  }
+  EXPECT_GT(result.frames[199].handedOver, 40);
+}
