@@ -47,7 +47,7 @@ FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& mat
   const FrameFit fit = fitter.fit(matches, sweep);
   if (fit.verdict.status == Status::Solved && !allSeenIn(base, matches)) {
     const Points good = matches.subset(fit.robust.good).base();
-    sweep.surface = squareAround(good);
+    sweep.surface = squareAround(surfacePlaces(good, Loss::Tukey));
   }
   return fit;
 }

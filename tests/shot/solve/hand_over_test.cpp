@@ -164,6 +164,18 @@ void expectSame(const Quad& a, const Quad& b) {
 
 }  // namespace
 
+// A place near the horizon may be anywhere.
+TEST(FitByAll, MovesTheSurfaceOnToTheGoodTracksButForFarOffOnes) {
+  Handing shot;
+  Matches frame = shot.matches(0, {0, 0});
+  const Quad expected = squareAround(frame.base());
+  frame.add({{-9000, 5000}, map(shot.h, {-9000, 5000}), 1.0, 72});
+  frame.add({{100, 100}, {700, 900}, 1.0, 73});
+  shot.sweep.memory = SweepMemory(74);
+  EXPECT_EQ(fitByAll(shot.fitter, shot.base, frame, shot.sweep).robust.goodCount, 37u);
+  expectSame(shot.sweep.surface, expected);
+}
+
 TEST(FitByAll, LeavesTheSurfaceWhereItIsWithTheBaseFramesTracksAlone) {
   Handing shot;
   std::vector<bool> chosen(72, false);
