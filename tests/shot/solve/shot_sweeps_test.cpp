@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <random>
 
+#include "shot/solve/shot_solver.h"
 #include "tests/shot/solve/small_shots.h"
 
 using namespace cornerpin;
@@ -113,8 +115,11 @@ TEST(ShotSweeps, ChangesNothingWhereNoTrackIsAdded) {
                    [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
   SolveOptions baseOnly = fromFrame(0);
   baseOnly.handOver = false;
-  const ShotResult with = solveShot(tracks, fromFrame(0));
+  std::size_t calls = 0;
+  const ShotResult with =
+      solveShot(tracks, fromFrame(0), [&](std::size_t, std::size_t) { ++calls; });
   const ShotResult without = solveShot(tracks, baseOnly);
+  EXPECT_EQ(calls, 20u);  // no second pass
   EXPECT_EQ(with.handedOver, 0);
   EXPECT_EQ(with.leftOut, 1);
   for (std::size_t f = 0; f < 20; ++f) EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
@@ -152,41 +157,199 @@ TEST(ShotSweeps, PutsATrackThatSlidesWhereItRests) {
 
 namespace {
 
-// 40 tracks of a base frame, and from frame 10 on 80 others, which creep off together from where
-// they are first seen, at the speed given.
-Tracks creeping(double speed) {
-  Tracks tracks;
-  std::mt19937 random(8);
-  std::normal_distribution<double> normal(0.0, 0.1);
-  for (int f = 0; f < 60; ++f) {
-    for (int t = 0; t < (f < 10 ? 40 : 120); ++t) {
-      const Point p = map(motion(f), {50.0 + 40 * (t * 7 % 11), 60.0 + 35 * (t * 5 % 13)});
-      const double dx = normal(random) + (t < 40 ? 0.0 : speed * (f - 10));
-      const double dy = normal(random);
-      see(tracks, t, f, {p.x + dx, p.y + dy});
-    }
+// 40 tracks of a base frame, and from frame 10 on others, which creep off together from where they
+// are first seen, in pixels a frame.
+struct Creeping {
+  double speed = 0.0;
+  int others = 80;
+  int frames = 60;
+  int baseUntil = 60;    // the frame behind the last one that shows the base frame's tracks
+  int othersUntil = 60;  // and the others
+
+  bool shows(int track, int frame) const {
+    return track < 40 ? frame < baseUntil : frame >= 10 && frame < othersUntil;
   }
-  return tracks;
-}
 
-}  // namespace
+  Tracks tracks() const {
+    Tracks tracks;
+    std::mt19937 random(8);
+    std::normal_distribution<double> normal(0.0, 0.1);
+    for (int f = 0; f < frames; ++f) {
+      for (int t = 0; t < 40 + others; ++t) {
+        if (!shows(t, f)) continue;
+        const Point p = map(motion(f), {50.0 + 40 * (t * 7 % 11), 60.0 + 35 * (t * 5 % 13)});
+        const double dx = normal(random) + (t < 40 ? 0.0 : speed * (f - 10));
+        const double dy = normal(random);
+        see(tracks, t, f, {p.x + dx, p.y + dy});
+      }
+    }
+    return tracks;
+  }
+};
 
-TEST(ShotSweeps, LetsTheBaseFramesTracksDecideWhereTheOthersContradictThem) {
-  const Tracks tracks = creeping(0.02);
+void expectBaseFramesTracksDecide(const Tracks& tracks) {
   SolveOptions baseOnly = fromFrame(0);
   baseOnly.handOver = false;
   const ShotResult with = solveShot(tracks, fromFrame(0));
   const ShotResult without = solveShot(tracks, baseOnly);
   EXPECT_EQ(with.handedOver, 0);
-  EXPECT_EQ(with.leftOut, 80);
-  for (std::size_t f = 0; f < 60; ++f) EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
+  EXPECT_EQ(with.leftOut, static_cast<int>(tracks.names.size()) - 40);
+  for (std::size_t f = 0; f < with.frames.size(); ++f) {
+    EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
+  }
 }
 
+}  // namespace
+
+TEST(ShotSweeps, LetsTheBaseFramesTracksDecideWhereTheOthersContradictThem) {
+  Creeping shot;
+  shot.speed = 0.02;
+  expectBaseFramesTracksDecide(shot.tracks());
+}
+
+// Two frames of three show nothing but the base frame's tracks.
+TEST(ShotSweeps, AsksOnlyFramesThatShowOthersWhetherTheyContradict) {
+  Creeping shot;
+  shot.speed = 0.02;
+  shot.frames = shot.baseUntil = 160;
+  expectBaseFramesTracksDecide(shot.tracks());
+}
+
+// Behind frame 60 there are no more than four of the base frame's tracks, all on one line, and a
+// track that three solved frames have shown: enough to know its place in the end, not to learn it.
+TEST(ShotSweeps, AsksOnlySolvedFramesWhetherTheOthersContradict) {
+  Creeping shot;
+  shot.speed = 0.02;
+  Tracks tracks = shot.tracks();
+  const Point place = {300, 250};
+  const int late = 120;
+  for (int f : {57, 58, 59}) see(tracks, late, f, map(motion(f), place));
+  std::stable_sort(tracks.observations.begin(), tracks.observations.end(),
+                   [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
+  std::mt19937 random(9);
+  std::normal_distribution<double> normal(0.0, 0.1);
+  for (int f = 60; f < 180; ++f) {
+    for (int t : {0, 11, 22, 33}) {
+      const Point p = map(motion(f), {50.0, 60.0 + 35 * (t * 5 % 13)});
+      const double dx = normal(random);
+      const double dy = normal(random);
+      see(tracks, t, f, {p.x + dx, p.y + dy});
+    }
+    see(tracks, late, f, map(motion(f), place));
+  }
+  ASSERT_EQ(solveShot(tracks, fromFrame(0)).frames[100].verdict.status, Status::Reduced);
+  expectBaseFramesTracksDecide(tracks);
+}
+
+TEST(ShotSweeps, GoesByOthersThatContradictWhereNoneElseAreLeft) {
+  Creeping shot;
+  shot.speed = 0.06;
+  shot.baseUntil = 40;
+  SolveOptions baseOnly = fromFrame(0);
+  baseOnly.handOver = false;
+  const ShotResult with = solveShot(shot.tracks(), fromFrame(0));
+  const ShotResult without = solveShot(shot.tracks(), baseOnly);
+  EXPECT_EQ(with.handedOver, 80);
+  EXPECT_EQ(with.leftOut, 0);
+  for (std::size_t f = 0; f < 40; ++f) EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
+  for (std::size_t f = 40; f < 60; ++f) {
+    EXPECT_EQ(with.frames[f].verdict.status, Status::Solved) << f;
+    EXPECT_EQ(with.frames[f].handedOver, 80) << f;
+  }
+}
+
+// With four times as many others a frame's errors go down to a fifth, and the surface moves by
+// four fifths of them: two fifths of what the base frame's tracks may be off, whose variance is as
+// much again from the base frame.
 TEST(ShotSweeps, LetsAllTracksDecideWhereTheyAgree) {
-  const ShotResult result = solveShot(creeping(0.0), fromFrame(0));
-  EXPECT_EQ(result.handedOver, 80);
-  EXPECT_EQ(result.frames[9].handedOver, 0);
-  for (std::size_t f = 10; f < 60; ++f) EXPECT_EQ(result.frames[f].handedOver, 80) << f;
+  for (int others : {80, 160}) {
+    Creeping shot;
+    shot.others = others;
+    const ShotResult result = solveShot(shot.tracks(), fromFrame(0));
+    EXPECT_EQ(result.handedOver, others);
+    EXPECT_EQ(result.frames[9].handedOver, 0);
+    for (std::size_t f = 10; f < 60; ++f) EXPECT_EQ(result.frames[f].handedOver, others) << f;
+  }
+}
+
+TEST(ShotSweeps, MakesOnePassWhereTheBaseFrameSeesAllTracks) {
+  std::size_t calls = 0;
+  solveShot(movingShot(5), fromFrame(2), [&](std::size_t, std::size_t total) {
+    EXPECT_EQ(total, 5u);
+    ++calls;
+  });
+  EXPECT_EQ(calls, 5u);
+}
+
+// The frames that show it have no other tracks, and are held.
+TEST(ShotSweeps, GivesNoPlaceToATrackThatOnlyHeldFramesShow) {
+  Tracks tracks = movingShot(6);
+  for (int f = 6; f < 12; ++f) see(tracks, 5, f, {200, 200});
+  const ShotResult result = solveShot(tracks, fromFrame(0));
+  ASSERT_EQ(result.frames[11].verdict.status, Status::Held);
+  EXPECT_EQ(result.handedOver, 0);
+  EXPECT_EQ(result.leftOut, 1);
+  EXPECT_TRUE(std::isnan(result.tracks[5].place.x));
+}
+
+namespace {
+
+// A shot that has been solved.
+struct Solved {
+  Solved(const Tracks& shot, const SolveOptions& how) : tracks(shot), options(how) {
+    sweeps.sweepFirst();
+    sweeps.handOver();
+  }
+  FittedFrame fittedAs(const FrameResult& frame) const {
+    return sweeps.fittedAs(frame, sweeps.usedIn(frame));
+  }
+
+  Tracks tracks;
+  SolveOptions options;
+  std::function<void()> report = [] {};
+  ShotSweeps sweeps{tracks, options, *options.base, report};
+};
+
+}  // namespace
+
+// Tracks of the base frame are as noisy there as in any other frame; the places of others are not.
+TEST(ShotSweeps, TellsWhatAFrameWasFittedTo) {
+  Creeping creeping;
+  creeping.speed = 0.06;
+  creeping.baseUntil = 40;
+  const Solved shot(creeping.tracks(), fromFrame(0));
+  for (const FrameResult& frame : shot.sweeps.frames()) {
+    const Matches used = shot.sweeps.usedIn(frame);
+    const bool late = frame.frame >= 40;
+    ASSERT_EQ(used.size(), late ? 80u : 40u) << frame.frame;
+    EXPECT_EQ(used.tracks().front(), late ? 40 : 0);
+    EXPECT_EQ(shot.fittedAs(frame).placeNoise, late ? 0.0 : 1.0);
+  }
+}
+
+TEST(ShotSweeps, KeepsTheNeighbourOnTheSideOfTheBase) {
+  Tracks tracks = movingShot(9);
+  for (Observation& o : tracks.observations) {
+    if ((o.frame == 2 || o.frame == 6) && o.track > 2) o.weight = 0.0f;
+  }
+  const Solved shot(tracks, fromFrame(4));
+  for (std::size_t f : {2u, 6u}) {
+    const FrameResult& frame = shot.sweeps.frames()[f];
+    ASSERT_TRUE(frame.verdict.onTop) << f;
+    EXPECT_EQ(shot.fittedAs(frame).kept, shot.sweeps.frames()[f == 2 ? 3 : 5].h) << f;
+  }
+  EXPECT_EQ(shot.fittedAs(shot.sweeps.frames()[3]).kept, kIdentity);
+}
+
+TEST(ShotSweeps, PutsTheTracksWhereTheJointFitHasThem) {
+  const Solved shot(Relay(60, 0.3).tracks, fromFrame(30));
+  ASSERT_EQ(shot.sweeps.places().size(), shot.tracks.names.size());
+  for (std::size_t t = 0; t < shot.tracks.names.size(); ++t) {
+    const int track = static_cast<int>(t);
+    if (shot.sweeps.base().sees(track)) continue;
+    EXPECT_EQ(shot.sweeps.surfaceMap().placeOf(track).x, shot.sweeps.places()[t].point.x) << t;
+    EXPECT_EQ(shot.sweeps.surfaceMap().placeOf(track).y, shot.sweeps.places()[t].point.y) << t;
+  }
 }
 
 // A camera that goes along a wall, 25 pixels a frame: ten pictures' widths from where it began.

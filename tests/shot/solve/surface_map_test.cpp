@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 #include <random>
 
 #include "tests/shot/solve/small_shots.h"
@@ -164,6 +165,35 @@ TEST(LearningMap, WeighsASightingByItsNoiseOnTheSurface) {
   EXPECT_NEAR(learning.map().placeOf(4).y, 50.0, 1e-9);
 }
 
+namespace {
+
+// Four tracks of the base frame, 1 to 4, and track 0, which comes late, in frames that stand still.
+struct Standing {
+  Standing() {
+    for (int t = 1; t < 5; ++t) see(tracks, t, 0, kCorners[static_cast<std::size_t>(t)]);
+    learning.emplace(BaseFrame(tracks, 0), 5);
+  }
+
+  // With the first match, whichever track that is, good or not.
+  void show(int frame, Point late, const Homography& h = kIdentity, bool firstGood = true) {
+    see(tracks, 0, frame, late);
+    for (int t = 1; t < 5; ++t) {
+      see(tracks, t, frame, map(h, kCorners[static_cast<std::size_t>(t)]));
+    }
+    const Matches matches = learning->map().matchesIn(tracks, frame);
+    std::vector<bool> good(matches.size(), true);
+    good[0] = firstGood;
+    learning->learn(tracks.inFrame(frame), matches, good, h, kSigma);
+  }
+
+  bool knows() const { return learning->map().knows(0); }
+
+  Tracks tracks;
+  std::optional<LearningMap> learning;
+};
+
+}  // namespace
+
 // What the horizon parts from the tracks is nowhere.
 TEST(LearningMap, LearnsNothingBehindTheHorizon) {
   const Homography steep = {{{1, 0, 0}, {0, 1, 0}, {-1e-3, 0, 1}}};
@@ -179,4 +209,31 @@ TEST(LearningMap, LearnsNothingBehindTheHorizon) {
     learning.learn(tracks.inFrame(f), matches, std::vector<bool>(4, true), steep, kSigma);
   }
   EXPECT_FALSE(learning.map().knows(4));
+}
+
+TEST(LearningMap, LearnsANewTrackWhateverTheOthersDo) {
+  Standing shot;
+  for (int f = 1; f <= 5; ++f) shot.show(f, {300, 200}, kIdentity, false);
+  EXPECT_TRUE(shot.knows());
+}
+
+// The first five are at 100, the others at 102. From the eighth on they scatter by more than five
+// sightings of a new track may: 4 * 5 * 3 / 8 / 0.25 = 30.
+TEST(LearningMap, AveragesOnWhereTheGoodSightingsOfAKnownTrackScatter) {
+  Standing shot;
+  for (int f = 1; f <= 5; ++f) shot.show(f, {100, 50});
+  for (int f = 6; f <= 10; ++f) shot.show(f, {102, 50});
+  EXPECT_NEAR(shot.learning->map().placeOf(0).x, 101.0, 1e-9);
+  EXPECT_NEAR(shot.learning->map().placeOf(0).y, 50.0, 1e-9);
+}
+
+// The frame shows the surface's horizon on the line x + y / 2 = 1024.
+TEST(LearningMap, TakesNoNoticeOfASightingOnTheHorizon) {
+  const Homography steep = {{{1, 0, 0}, {0, 1, 0}, {1.0 / 1024, 1.0 / 2048, 1}}};
+  Standing shot;
+  shot.show(1, {512, 1024}, steep);
+  for (int f = 2; f <= 5; ++f) shot.show(f, {100, 50});
+  EXPECT_FALSE(shot.knows());
+  shot.show(6, {100, 50});
+  EXPECT_TRUE(shot.knows());
 }
