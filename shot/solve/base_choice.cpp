@@ -164,18 +164,6 @@ double costOf(int shared) {
   return shared > 3 ? 1.0 / (std::min(shared, kMany) - 3.0) : 10.0 * (4.0 - shared);
 }
 
-// The inverse but for a factor.
-Homography inverseOf(const Homography& h) {
-  Homography inverse{};
-  for (std::size_t i = 0; i < 3; ++i) {
-    for (std::size_t j = 0; j < 3; ++j) {
-      const std::size_t j1 = (j + 1) % 3, j2 = (j + 2) % 3, i1 = (i + 1) % 3, i2 = (i + 2) % 3;
-      inverse[i][j] = h[j1][i1] * h[j2][i2] - h[j1][i2] * h[j2][i1];
-    }
-  }
-  return inverse;
-}
-
 // D V D'.
 Symmetric2 carriedBy(const Derivative& d, const Symmetric2& v) {
   const double Xx = d.Xx * v.xx + d.Xy * v.xy;
@@ -393,7 +381,7 @@ class Pilot {
     for (int f : frames) {
       const PilotFrame& p = of(f);
       const double sigma = std::isfinite(p.sigma) ? p.sigma : usualSigma_;
-      SolvedFrame frame = {f, p.h, inverseOf(p.h), sigma * sigma, {}, {}, {}};
+      SolvedFrame frame = {f, p.h, inverse(p.h), sigma * sigma, {}, {}, {}};
       bool visible = true;
       for (std::size_t c = 0; c < 4; ++c) {
         visible = visible && onSameSide(p.h, corners[c], centre_);
@@ -411,9 +399,9 @@ class Pilot {
   Quad boxOfTracks(const std::vector<int>& frames) const {
     std::vector<std::pair<std::vector<double>, std::vector<double>>> places(tracks_.names.size());
     for (int f : frames) {
-      const Homography inverse = inverseOf(of(f).h);
+      const Homography back = inverse(of(f).h);
       for (const Observation& o : tracks_.inFrame(f)) {
-        const Point p = map(inverse, {o.x, o.y});
+        const Point p = map(back, {o.x, o.y});
         if (!(o.weight > 0.0f) || !onSameSide(of(f).h, p, centre_)) continue;
         places[static_cast<std::size_t>(o.track)].first.push_back(p.x);
         places[static_cast<std::size_t>(o.track)].second.push_back(p.y);
