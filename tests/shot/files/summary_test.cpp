@@ -82,6 +82,21 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
             "                 13  held         no tracks\n");
 }
 
+TEST(Summary, SaysWhyTheBaseFrameWasChosen) {
+  ShotResult result;
+  result.baseFrame = result.referenceFrame = 12;
+  result.baseTracks = 9;
+  result.leftOut = 1;
+  result.whyBase = "for a reason";
+  result.frames = {frame(12, Status::Base, 0.0)};
+  const std::string table = summaryTable(result);
+  EXPECT_EQ(table.find("base frame    12  (9 tracks, 1 absent there and left out)\n"
+                       "chosen        for a reason\n"
+                       "solved        1 of 1 frames\n"),
+            0u)
+      << table;
+}
+
 TEST(Summary, WritesNumbersOfAnySize) {
   ShotResult result;
   result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),

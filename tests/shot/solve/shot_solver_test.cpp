@@ -7,7 +7,10 @@
 #include <cmath>
 #include <cstring>
 #include <random>
+#include <string>
 
+#include "shot/solve/base_frame.h"
+#include "tests/shot/known_shots.h"
 #include "tests/shot/solve/small_shots.h"
 
 using namespace cornerpin;
@@ -245,6 +248,58 @@ TEST(SolveShot, ChoosesABaseFrameWhereNoneIsGiven) {
   seeAll(tracks, 0, 4);
   for (int f : {1, 2}) seeAll(tracks, f);
   EXPECT_EQ(solveShot(tracks).baseFrame, 1);
+}
+
+namespace {
+
+Tracks relayShot() {
+  made::Relay relay;
+  relay.frames = 60;
+  relay.life = 20;
+  return made::relay(relay, 1).tracks;
+}
+
+// From "corners expected within ..." up to its unit.
+std::string expectedError(const ShotResult& result) {
+  const std::size_t first = result.whyBase.find("corners expected");
+  return result.whyBase.substr(first, result.whyBase.find(" px") - first);
+}
+
+}  // namespace
+
+// No frame shares tracks with all others: with a hand-over a frame near the middle is best.
+TEST(SolveShot, ChoosesAmongChainsOnlyWhereItHandsOver) {
+  const Tracks tracks = relayShot();
+  SolveOptions with;
+  SolveOptions without;
+  without.handOver = false;
+  EXPECT_NE(solveShot(tracks, with).baseFrame, solveShot(tracks, without).baseFrame);
+  with.loss = without.loss = Loss::None;
+  EXPECT_EQ(solveShot(tracks, with).baseFrame, solveShot(tracks, without).baseFrame);
+}
+
+TEST(SolveShot, ChoosesTheSameBaseWhateverTheFirstFramesNumber) {
+  Tracks tracks = relayShot();
+  SolveOptions options;
+  options.reference = 15;
+  options.quads = {{"door", {{{100, 100}, {400, 100}, {400, 300}, {100, 300}}}}};
+  const ShotResult result = solveShot(tracks, options);
+  for (Observation& o : tracks.observations) o.frame += 20;
+  options.reference = 35;
+  const ShotResult later = solveShot(tracks, options);
+  EXPECT_EQ(later.baseFrame, result.baseFrame + 20);
+  EXPECT_EQ(expectedError(later), expectedError(result));
+  EXPECT_NE(expectedError(result), "");
+}
+
+// All frames are alike, so the first guess stays; another choice would have cost a second pass.
+TEST(SolveShot, ReportsAtMostThePassFromTheFirstGuessAndTheOneFromTheChoice) {
+  std::size_t calls = 0;
+  solveShot(movingShot(5), {}, [&](std::size_t done, std::size_t total) {
+    EXPECT_EQ(done, ++calls);
+    EXPECT_EQ(total, 1u + 4u + 4u);
+  });
+  EXPECT_EQ(calls, 5u);
 }
 
 TEST(SolveShot, TakesEveryTrackForAGoodOneWithoutALoss) {

@@ -108,6 +108,24 @@ TEST(ShotTracks, AreAllGoodWithLossNoneAndIgnoredInHeldFrames) {
   EXPECT_EQ(useIn(reduced, 3, 2), TrackUse::Absent);
 }
 
+// The last frame shows seven tracks within 3 px: too close together for a search of bad ones.
+TEST(ShotTracks, AreAllGoodWhereNothingTellsBadOnes) {
+  Tracks tracks = latticeShot(3);
+  for (int f = 0; f < 4; ++f) {
+    for (int t = 12; t < 19; ++t) {
+      see(tracks, t, f, map(motion(f), {300.0 + t % 3, 200.0 + t % 4}));
+    }
+  }
+  std::stable_sort(tracks.observations.begin(), tracks.observations.end(),
+                   [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
+  SolveOptions options;
+  options.base = 0;
+  const ShotResult result = solveShot(tracks, options);
+  ASSERT_EQ(result.frames[3].verdict.status, Status::Reduced);
+  ASSERT_TRUE(std::isnan(result.frames[3].sigma));
+  for (std::size_t t = 12; t < 19; ++t) EXPECT_EQ(useIn(result, t, 3), TrackUse::Good) << t;
+}
+
 TEST(ShotTracks, LieWhereTheBaseFrameSeesThem) {
   Tracks tracks = latticeShot(6);
   observationOf(tracks, 3, 2).weight = 0.0f;

@@ -272,6 +272,13 @@ TEST(ShotSweeps, LetsAllTracksDecideWhereTheyAgree) {
   }
 }
 
+// Most frames lie behind the last of the base frame's tracks, where all that is known has wandered.
+TEST(ShotSweeps, AsksOnlyFramesThatTheBaseFrameDecidesWhetherTheOthersContradict) {
+  const ShotResult result = solveShot(Relay(200, 0.3).tracks, fromFrame(0));
+  EXPECT_EQ(result.frames[4].handedOver, 0);
+  EXPECT_EQ(result.frames[5].handedOver, 8);
+}
+
 TEST(ShotSweeps, MakesOnePassWhereTheBaseFrameSeesAllTracks) {
   std::size_t calls = 0;
   solveShot(movingShot(5), fromFrame(2), [&](std::size_t, std::size_t total) {
