@@ -163,7 +163,8 @@ class ShotSolver {
   }
 
   void addTracks() {
-    const double variance = std::pow(usualNoise(), 2);
+    const double noise = usualNoise();
+    const double variance = noise * noise;
     for (std::size_t t = 0; t < tracks_.names.size(); ++t) {
       const int track = static_cast<int>(t);
       TrackResult result;
