@@ -6,6 +6,7 @@
 #include <string>
 
 #include "shot/solve/shot_solver.h"
+#include "tests/shot/known_shots.h"
 #include "tests/shot/random.h"
 
 using namespace cornerpin;
@@ -45,6 +46,23 @@ void append(Bits& bits, const FrameResult& frame) {
   for (double value : {frame.rms, frame.goodRms, frame.sigma, frame.figures.noise})
     append(bits, value);
   for (double deviation : frame.figures.deviations()) append(bits, deviation);
+}
+
+// With what the hand-over adds to it.
+void appendHandedOver(Bits& bits, const ShotResult& result) {
+  for (int value : {result.baseFrame, result.handedOver, result.leftOut}) {
+    bits.push_back(static_cast<std::uint64_t>(value));
+  }
+  for (const FrameResult& frame : result.frames) {
+    bits.push_back(static_cast<std::uint64_t>(frame.handedOver));
+    append(bits, frame);
+  }
+  for (const TrackResult& track : result.tracks) {
+    for (double value : {track.place.x, track.place.y, track.covariance.xx, track.covariance.xy,
+                         track.covariance.yy}) {
+      append(bits, value);
+    }
+  }
 }
 
 }  // namespace
@@ -88,6 +106,35 @@ SolveOptions options(std::uint32_t seed) {
   options.reduce = seed / 4 % 2 == 0;
   options.seed = seed;
   return options;
+}
+
+Tracks relayShot(std::uint32_t seed) {
+  constexpr Fault kFaults[] = {Fault::None,           Fault::Outlier,      Fault::Slide,
+                               Fault::SlideFromBirth, Fault::SlideAndStay, Fault::Jump};
+  Relay relay;
+  relay.frames = 30;
+  relay.life = 14;
+  relay.atATime = 16;
+  relay.faults = {kFaults[seed % 6], 0.2};
+  return made::relay(relay, seed).tracks;
+}
+
+SolveOptions relayOptions(std::uint32_t seed) {
+  constexpr Loss kLosses[] = {Loss::Tukey, Loss::Cauchy, Loss::Huber};
+  SolveOptions options;
+  options.loss = kLosses[seed % 3];
+  if (seed % 2 == 0) options.base = static_cast<int>(seed % 30);
+  if (seed % 5 == 0) options.reference = 7;
+  options.seed = seed;
+  return options;
+}
+
+Bits handedOver(std::uint32_t first, std::uint32_t last) {
+  Bits bits;
+  for (std::uint32_t seed = first; seed < last; ++seed) {
+    appendHandedOver(bits, solveShot(relayShot(seed), relayOptions(seed)));
+  }
+  return bits;
 }
 
 Bits solved(std::uint32_t first, std::uint32_t last) {

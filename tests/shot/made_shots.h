@@ -23,6 +23,15 @@ cornerpin::SolveOptions options(std::uint32_t seed);
 using Bits = std::vector<std::uint64_t>;
 Bits solved(std::uint32_t first, std::uint32_t last);
 
+// Tracks that live for half of 30 frames, each fault in turn; every second shot leaves the choice
+// of the base frame to the solve, every fifth has a reference frame.
+cornerpin::Tracks relayShot(std::uint32_t seed);
+cornerpin::SolveOptions relayOptions(std::uint32_t seed);
+
+// Of the relay shots first .. last - 1, in the same way: their base frames, results and figures of
+// trust, and the tracks' places with their covariances.
+Bits handedOver(std::uint32_t first, std::uint32_t last);
+
 }  // namespace made
 
 #endif

@@ -12,7 +12,9 @@ int main(int argc, char** argv) {
     std::fputs("usage: shot_bits FILE\n", stderr);
     return 2;
   }
-  const made::Bits bits = made::solved(1, 1001);
+  made::Bits bits = made::solved(1, 1001);
+  const made::Bits handedOver = made::handedOver(1, 61);
+  bits.insert(bits.end(), handedOver.begin(), handedOver.end());
   bool written = std::fwrite(bits.data(), sizeof bits[0], bits.size(), out) == bits.size();
   written = std::fclose(out) == 0 && written;
   return written ? 0 : 1;
