@@ -292,14 +292,16 @@ TEST(SolveShot, ChoosesTheSameBaseWhateverTheFirstFramesNumber) {
   EXPECT_NE(expectedError(result), "");
 }
 
-// All frames are alike, so the first guess stays; another choice would have cost a second pass.
+// All frames are alike, so the first guess, in the middle, stays; another choice would have cost a
+// second pass.
 TEST(SolveShot, ReportsAtMostThePassFromTheFirstGuessAndTheOneFromTheChoice) {
   std::size_t calls = 0;
-  solveShot(movingShot(5), {}, [&](std::size_t done, std::size_t total) {
+  const ShotResult result = solveShot(movingShot(41), {}, [&](std::size_t done, std::size_t total) {
     EXPECT_EQ(done, ++calls);
-    EXPECT_EQ(total, 1u + 4u + 4u);
+    EXPECT_EQ(total, 1u + 40u + 40u);
   });
-  EXPECT_EQ(calls, 5u);
+  EXPECT_EQ(calls, 41u);
+  EXPECT_EQ(result.baseFrame, 20);
 }
 
 TEST(SolveShot, TakesEveryTrackForAGoodOneWithoutALoss) {

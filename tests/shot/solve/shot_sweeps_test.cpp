@@ -377,3 +377,18 @@ TEST(ShotSweeps, GoesAsFarFromTheBaseAsTracksLead) {
   }
   EXPECT_GT(result.frames[199].handedOver, 40);
 }
+
+TEST(ShotSweeps, TellsTheCornersOfHandedOverFramesByTheWholeShot) {
+  Solved shot(Relay(40, 0.3).tracks, fromFrame(0));
+  const ShotResult result = solveShot(shot.tracks, shot.options);
+  Points corners;
+  for (Point corner : result.quads[0].corners) corners.add(corner);
+  const auto covariances = shot.sweeps.jointCovariancesOf(corners);
+  for (std::size_t f : {20u, 39u}) {
+    ASSERT_GT(result.frames[f].handedOver, 0);
+    for (std::size_t c = 0; c < 4; ++c) {
+      EXPECT_EQ(result.frames[f].figures.quads[0][c].xx, covariances[f][c].xx) << f;
+      EXPECT_EQ(result.frames[f].figures.quads[0][c].yy, covariances[f][c].yy) << f;
+    }
+  }
+}
