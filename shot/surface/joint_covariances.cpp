@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/surface/joint_covariances.h"
 
+#include <cmath>
+
 #include "shot/fit/residuals.h"
 #include "shot/surface/joint_elimination.h"
 #include "shot/surface/joint_shot.h"
@@ -20,6 +22,32 @@ Symmetric2 transformed(const Derivative& g, const Symmetric2& v) {
 Derivative inverse(const Derivative& d) {
   const double determinant = d.Xx * d.Yy - d.Xy * d.Yx;
   return {d.Yy / determinant, -d.Xy / determinant, -d.Yx / determinant, d.Xx / determinant};
+}
+
+// Weights say how much an observation is to count, not how noisy it is. All having the same noise
+// s, a fit to weights w has the covariance s^2 inv(A) B inv(A), A = sum of w^2 S'S and B = sum of
+// w^4 S'S. Where weights have nothing to do with places B is nearly c^2 A, c^2 = sum of w^4 / sum
+// of w^2, and the covariance is s^2 inv(A / c^2): that of weights w / c which do tell the noise.
+ObservationsOf withEqualNoise(const ObservationsOf& observations) {
+  return [&observations](std::size_t frame) {
+    const Matches matches = observations(frame);
+    double squares = 0.0;
+    double fourths = 0.0;
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+      if (!isSighting(matches[i])) continue;
+      const double w2 = matches[i].weight * matches[i].weight;
+      squares += w2;
+      fourths += w2 * w2;
+    }
+    const double c = std::sqrt(fourths / squares);
+    Matches result;
+    for (std::size_t i = 0; i < matches.size(); ++i) {
+      Match match = matches[i];
+      match.weight /= c;
+      result.add(match);
+    }
+    return result;
+  };
 }
 
 class Covariances : public WayBack {
@@ -148,7 +176,8 @@ std::vector<std::vector<Symmetric2>> jointCovariances(const std::vector<JointFra
                                                       std::vector<Place>& places,
                                                       const ObservationsOf& observations,
                                                       const Points& points) {
-  const JointShot shot = jointShot(frames, places, observations);
+  const ObservationsOf equallyNoisy = withEqualNoise(observations);
+  const JointShot shot = jointShot(frames, places, equallyNoisy);
   Covariances covariances(shot, points, places);
   return std::move(covariances.images);
 }

@@ -11,7 +11,8 @@ namespace cornerpin {
 
 /// How far noise lets the transforms and places of a joint fit be off, to first order: the inverse
 /// of the normal equations of `fitJointly`, linearised at the frames and places given. Observations
-/// are taken to have their frame's noise over their weight.
+/// are taken to have their frame's noise, whatever their weights. That is so exactly where weights
+/// are equal in each frame, and nearly so where they have nothing to do with the tracks' places.
 ///
 /// Fills in the covariance of each place, in the surface's pixels: of a track that `fitJointly`
 /// leaves out, that of the mean of its sightings and that of the transforms there, as if these had

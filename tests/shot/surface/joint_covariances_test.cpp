@@ -34,8 +34,23 @@ struct Fit {
   std::vector<Place> places;
 };
 
+// With sum of w^4 = sum of w^2 in each frame, weights tell the noise.
+relay::Shot withWeightsOfNoise(relay::Shot shot) {
+  for (auto& seen : shot.seen) {
+    double squares = 0.0;
+    double fourths = 0.0;
+    for (const Match& m : seen) {
+      squares += std::pow(m.weight, 2);
+      fourths += std::pow(m.weight, 4);
+    }
+    for (Match& m : seen) m.weight *= std::sqrt(squares / fourths);
+  }
+  return shot;
+}
+
 // The inverse of the dense normal matrix where the fit ends.
-void expectTheDenseCovariances(const relay::Shot& shot) {
+void expectTheDenseCovariances(const relay::Shot& weighted) {
+  const relay::Shot shot = withWeightsOfNoise(weighted);
   Fit fit(shot);
   relay::DenseJointFit dense(shot, fit.frames, fit.places, noiseOf(fit.frames));
   dense.minimise();
@@ -144,4 +159,43 @@ TEST(JointCovariances, OfTracksLeftOutHaveTheirOwnNoiseAndThatOfTheTransforms) {
     EXPECT_GT(ratio, 1.001) << t;
     EXPECT_LT(ratio, 1.4) << t;
   }
+}
+
+// The noise is the same whatever the weights, and so is what comes of it where each frame's are
+// equal.
+TEST(JointCovariances, DoNotGoWithTheSizeOfWeights) {
+  relay::Plan plan;
+  plan.alive = 12;
+  relay::Shot shot = relay::shot(plan);
+  for (auto& seen : shot.seen) {
+    for (Match& m : seen) m.weight = 1.0;
+  }
+  Fit fit(shot);
+  std::vector<Place> places = fit.places;
+  const auto ones = jointCovariances(fit.frames, places, shot.observations(), {{10, 20}});
+  for (std::size_t f = 0; f < shot.seen.size(); ++f) {
+    for (Match& m : shot.seen[f]) m.weight = f % 2 == 0 ? 0.1 : 1e20;
+  }
+  const auto others = jointCovariances(fit.frames, fit.places, shot.observations(), {{10, 20}});
+  for (std::size_t f = 0; f < ones.size(); ++f) expectNear(others[f][0], ones[f][0]);
+  for (std::size_t t = 0; t < places.size(); ++t) {
+    if (isKnown(places[t])) expectNear(fit.places[t].covariance, places[t].covariance);
+  }
+}
+
+TEST(JointCovariances, AreThoseWithoutTracksThatHardlyCount) {
+  relay::Plan plan;
+  plan.alive = 24;
+  relay::Shot shot = relay::shot(plan);
+  Fit fit(shot);
+  for (auto& seen : shot.seen) {
+    for (Match& m : seen) m.weight = m.track % 2 == 0 ? 2.0 : 1e-4;
+  }
+  std::vector<Place> places = fit.places;
+  const auto faint = jointCovariances(fit.frames, places, shot.observations(), {{10, 20}});
+  for (auto& seen : shot.seen) {
+    for (Match& m : seen) m.weight = m.track % 2 == 0 ? 1.0 : 0.0;
+  }
+  const auto gone = jointCovariances(fit.frames, fit.places, shot.observations(), {{10, 20}});
+  for (std::size_t f = 0; f < gone.size(); ++f) expectNear(faint[f][0], gone[f][0]);
 }
