@@ -34,6 +34,22 @@ Matches SurfaceMap::matchesIn(const Tracks& tracks, int frame) const {
   return matches;
 }
 
+// inv(W) = inv(D) sigma^2 (I + R) inv(D)', with R what the noise of all tracks makes of the
+// transform at the place.
+Symmetric2 LearningMap::SightingNoise::weightAt(Point p) const {
+  Symmetric2 v{1.0, 0.0, 1.0};
+  if (fit.isDetermined()) {
+    const Symmetric2 r = fit.responseAt(p);
+    v = {1.0 + r.xx, r.xy, 1.0 + r.yy};
+  }
+  const double scale = 1.0 / (sigma * sigma * (v.xx * v.yy - v.xy * v.xy));
+  const Symmetric2 w = {scale * v.yy, -scale * v.xy, scale * v.xx};
+  const auto [Xx, Xy, Yx, Yy] = derivative(h, p);
+  const double xx = w.xx * Xx + w.xy * Yx, yx = w.xy * Xx + w.yy * Yx;
+  const double xy = w.xx * Xy + w.xy * Yy, yy = w.xy * Xy + w.yy * Yy;
+  return {Xx * xx + Yx * yx, Xx * xy + Yx * yy, Xy * xy + Yy * yy};
+}
+
 LearningMap::LearningMap(const BaseFrame& base, std::size_t tracks)
     : map_(base, tracks), sightings_(tracks), inBase_(tracks) {
   for (int track : base.tracks()) inBase_[static_cast<std::size_t>(track)] = true;
@@ -41,24 +57,25 @@ LearningMap::LearningMap(const BaseFrame& base, std::size_t tracks)
 
 void LearningMap::learn(Tracks::Range seen, const Matches& matches, const std::vector<bool>& good,
                         const Homography& h, double sigma) {
-  const Point front = matches.base()[0];
+  FittedFrame fitted;
+  fitted.h = h;
+  for (bool isGood : good) fitted.weights.push_back(isGood ? 1.0 : 0.0);
+  const SightingNoise noise{h, sigma, LinearisedFit(matches, fitted), matches.base()[0]};
   std::size_t next = 0;  // of the matches, which are in the same order
   for (const Observation& o : seen) {
     const bool known = next < matches.size() && matches.tracks()[next] == o.track;
     const bool keepsToPlace = !known || good[next];
     if (known) ++next;
     if (inBase_[static_cast<std::size_t>(o.track)] || !(o.weight > 0.0f) || !keepsToPlace) continue;
-    learn(o.track, {o.x, o.y}, h, sigma, front);
+    learn(o.track, {o.x, o.y}, noise);
   }
 }
 
-void LearningMap::learn(int track, Point present, const Homography& h, double sigma, Point front) {
+void LearningMap::learn(int track, Point present, const SightingNoise& noise) {
+  const Homography& h = noise.h;
   const Point p = cornerpin::map(inverse(h), present);
-  if (!std::isfinite(p.x) || !std::isfinite(p.y) || !onSameSide(h, p, front)) return;
-  const auto [Xx, Xy, Yx, Yy] = derivative(h, p);
-  const double w = 1.0 / (sigma * sigma);
-  const Symmetric2 weight = {w * (Xx * Xx + Yx * Yx), w * (Xx * Xy + Yx * Yy),
-                             w * (Xy * Xy + Yy * Yy)};
+  if (!std::isfinite(p.x) || !std::isfinite(p.y) || !onSameSide(h, p, noise.front)) return;
+  const Symmetric2 weight = noise.weightAt(p);
   Sightings& all = sightings_[static_cast<std::size_t>(track)];
   all.add(p, weight);
   if (all.count < kSightingsToKnow) return;

@@ -37,7 +37,8 @@ class SurfaceMap {
 /// the sweep has solved.
 ///
 /// A solved frame carries a track's place there back to the surface. The sightings of a track are
-/// averaged, each with the weight that the noise of its frame gives it on the surface. A track
+/// averaged, each with the weight that the noise of its frame gives it on the surface: the track's
+/// own, and what the noise of all tracks makes of the transform there. A track
 /// becomes known with the fifth sighting if the five agree as normal errors do but in one of 1,000
 /// tracks; otherwise its sightings are counted anew from the last one, so a track that slides is
 /// learnt where it comes to rest. From then on, each frame in which it is good adds to its average.
@@ -68,7 +69,17 @@ class LearningMap {
     double pwp = 0.0;
   };
 
-  void learn(int track, Point present, const Homography& h, double sigma, Point front);
+  // How far off the place of a sighting may be.
+  struct SightingNoise {
+    Symmetric2 weightAt(Point p) const;
+
+    const Homography& h;
+    double sigma;
+    LinearisedFit fit;
+    Point front;
+  };
+
+  void learn(int track, Point present, const SightingNoise& noise);
 
   SurfaceMap map_;
   std::vector<Sightings> sightings_;  // by track

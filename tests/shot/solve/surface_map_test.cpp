@@ -114,19 +114,20 @@ TEST(LearningMap, LeavesTheBaseFramesTracksWhereTheyAre) {
   }
 }
 
-// Five places a pixel apart scatter by 2 * (4 + 1) / 0.25 = 40 noises squared, more than 26.1; half
-// a pixel apart by 10.
+// Five places two pixels apart scatter by 2 * (16 + 4) / 0.25 = 160 squared noises of a track, half
+// a pixel apart by 10; 26.1 is what they may. The four tracks of the base frame leave less than one
+// such noise to the transform in their midst.
 TEST(LearningMap, DoesNotKnowATrackThatSlidesUntilItRests) {
   Learning slow;
   for (int f = 1; f <= 5; ++f) slow.show(f, {0.5 * f, 0});
   EXPECT_TRUE(slow.knows());
   Learning fast;
-  for (int f = 1; f <= 9; ++f) fast.show(f, {1.0 * f, 0});
+  for (int f = 1; f <= 9; ++f) fast.show(f, {2.0 * f, 0});
   EXPECT_FALSE(fast.knows());
-  for (int f = 10; f <= 13; ++f) fast.show(f, {10, 0});
+  for (int f = 10; f <= 13; ++f) fast.show(f, {20, 0});
   ASSERT_TRUE(fast.knows());
   const Point away =
-      map(inverse(motion(13)), {map(motion(13), kPlace).x + 10, map(motion(13), kPlace).y});
+      map(inverse(motion(13)), {map(motion(13), kPlace).x + 20, map(motion(13), kPlace).y});
   EXPECT_NEAR(fast.place().x, away.x, 1.0);
 }
 
@@ -161,8 +162,9 @@ TEST(LearningMap, WeighsASightingByItsNoiseOnTheSurface) {
                    f == 5 ? twice : kIdentity, kSigma);
   }
   ASSERT_TRUE(learning.map().knows(4));
-  EXPECT_NEAR(learning.map().placeOf(4).x, 100.2, 1e-9);  // (4 * 100 + 4 * 100.4) / 8
-  EXPECT_NEAR(learning.map().placeOf(4).y, 50.0, 1e-9);
+  // (4 * 100 + 4 * 100.4) / 8; what the noise of the transform makes of it hardly changes there.
+  EXPECT_NEAR(learning.map().placeOf(4).x, 100.2, 1e-3);
+  EXPECT_NEAR(learning.map().placeOf(4).y, 50.0, 1e-3);
 }
 
 namespace {
@@ -223,8 +225,9 @@ TEST(LearningMap, AveragesOnWhereTheGoodSightingsOfAKnownTrackScatter) {
   Standing shot;
   for (int f = 1; f <= 5; ++f) shot.show(f, {100, 50});
   for (int f = 6; f <= 10; ++f) shot.show(f, {102, 50});
-  EXPECT_NEAR(shot.learning->map().placeOf(0).x, 101.0, 1e-9);
-  EXPECT_NEAR(shot.learning->map().placeOf(0).y, 50.0, 1e-9);
+  // The later ones weigh more: the track is in the fit, which is nearer to it then.
+  EXPECT_GT(shot.learning->map().placeOf(0).x, 101.0);
+  EXPECT_LT(shot.learning->map().placeOf(0).x, 101.95);
 }
 
 // The frame shows the surface's horizon on the line x + y / 2 = 1024.
@@ -236,4 +239,22 @@ TEST(LearningMap, TakesNoNoticeOfASightingOnTheHorizon) {
   EXPECT_FALSE(shot.knows());
   shot.show(6, {100, 50});
   EXPECT_TRUE(shot.knows());
+}
+
+// Frames of four tracks tell a place beyond them badly: the same scatter that speaks of a slide in
+// their midst is what their noise makes of it there.
+TEST(LearningMap, ExpectsMoreScatterWhereTheTransformsAreNoisy) {
+  for (const bool outside : {false, true}) {
+    Tracks tracks;
+    for (int t = 0; t < 4; ++t) see(tracks, t, 0, kCorners[static_cast<std::size_t>(t)]);
+    LearningMap learning(BaseFrame(tracks, 0), 5);
+    const Point place = outside ? Point{1500, 1200} : Point{300, 250};
+    for (int f = 1; f <= 5; ++f) {
+      for (int t = 0; t < 4; ++t) see(tracks, t, f, kCorners[static_cast<std::size_t>(t)]);
+      see(tracks, 4, f, {place.x + 2.0 * f, place.y});
+      const Matches matches = learning.map().matchesIn(tracks, f);
+      learning.learn(tracks.inFrame(f), matches, std::vector<bool>(4, true), kIdentity, kSigma);
+    }
+    EXPECT_EQ(learning.map().knows(4), outside);
+  }
 }
