@@ -44,7 +44,7 @@ bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenIn
 
 FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches,
                   Sweep& sweep) {
-  const FrameFit fit = fitter.fit(matches, sweep);
+  FrameFit fit = fitter.fit(matches, sweep);
   if (fit.verdict.status == Status::Solved && !allSeenIn(base, matches)) {
     const Points good = matches.subset(fit.robust.good).base();
     sweep.surface = squareAround(surfacePlaces(good, Loss::Tukey));
@@ -58,7 +58,7 @@ FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matc
   if (baseSuffices(base, matches.base(), older.base(), sweep.surface)) {
     const Homography neighbour = sweep.neighbour;
     const bool chainBroken = sweep.chainBroken;
-    const FrameFit fit = fitter.fit(older, sweep);
+    FrameFit fit = fitter.fit(older, sweep);
     if (fit.verdict.status == Status::Solved) {
       matches = older;
       return fit;
