@@ -32,7 +32,11 @@ namespace {
 
 Points grid(int n, double size) {
   Points points;
-  for (int i = 0; i < n * n; ++i) points.add({size * (i % n) / (n - 1), size * (i / n) / (n - 1)});
+  for (int row = 0; row < n; ++row) {
+    for (int column = 0; column < n; ++column) {
+      points.add({size * column / (n - 1), size * row / (n - 1)});
+    }
+  }
   return points;
 }
 
