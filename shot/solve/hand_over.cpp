@@ -8,15 +8,6 @@
 
 namespace cornerpin {
 
-namespace {
-
-bool allSeenIn(const BaseFrame& base, const Matches& matches) {
-  const std::vector<int>& tracks = matches.tracks();
-  return std::all_of(tracks.begin(), tracks.end(), [&](int track) { return base.sees(track); });
-}
-
-}  // namespace
-
 ObservationsOf observationsOf(const Tracks& tracks) {
   return [&tracks](std::size_t frame) {
     Matches matches;
@@ -25,6 +16,12 @@ ObservationsOf observationsOf(const Tracks& tracks) {
     }
     return matches;
   };
+}
+
+int othersIn(const BaseFrame& base, const Matches& matches) {
+  const std::vector<int>& tracks = matches.tracks();
+  return static_cast<int>(
+      std::count_if(tracks.begin(), tracks.end(), [&](int track) { return !base.sees(track); }));
 }
 
 std::vector<bool> seenIn(const BaseFrame& base, const Matches& matches) {
@@ -45,7 +42,7 @@ bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenIn
 FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches,
                   Sweep& sweep) {
   FrameFit fit = fitter.fit(matches, sweep);
-  if (fit.verdict.status == Status::Solved && !allSeenIn(base, matches)) {
+  if (fit.verdict.status == Status::Solved && othersIn(base, matches) > 0) {
     const Points good = matches.subset(fit.robust.good).base();
     sweep.surface = squareAround(surfacePlaces(good, Loss::Tukey));
   }
@@ -53,7 +50,7 @@ FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& mat
 }
 
 FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matches, Sweep& sweep) {
-  if (allSeenIn(base, matches)) return fitter.fit(matches, sweep);
+  if (othersIn(base, matches) == 0) return fitter.fit(matches, sweep);
   Matches older = matches.subset(seenIn(base, matches));
   if (baseSuffices(base, matches.base(), older.base(), sweep.surface)) {
     const Homography neighbour = sweep.neighbour;

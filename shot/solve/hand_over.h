@@ -16,6 +16,9 @@ namespace cornerpin {
 /// file's unit. Frames count from the shot's first; the tracks must outlive the function.
 ObservationsOf observationsOf(const Tracks& tracks);
 
+/// How many of the matches are of tracks that the base frame lacks.
+int othersIn(const BaseFrame& base, const Matches& matches);
+
 /// Whether the base frame sees the track of each match.
 std::vector<bool> seenIn(const BaseFrame& base, const Matches& matches);
 

@@ -209,6 +209,14 @@ std::vector<PilotFrame> pilotOf(const ShotSweeps& sweeps) {
   return pilot;
 }
 
+// Whether no base frame lacks a track.
+bool allSeenInAll(const Tracks& tracks) {
+  const auto isSeen = [](const Observation& o) { return o.weight > 0.0f; };
+  const auto seen = std::count_if(tracks.observations.begin(), tracks.observations.end(), isSeen);
+  return static_cast<std::size_t>(seen) ==
+         tracks.names.size() * static_cast<std::size_t>(tracks.frameCount());
+}
+
 // The quad that bases are compared by, in the pilot's base frame; none where it cannot be carried
 // there.
 std::optional<Quad> quadFor(const SolveOptions& options, const ShotSweeps& pilot) {
@@ -234,12 +242,14 @@ ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Pr
   const std::function<void()> report = [&] {
     if (progress) progress(++done, total);
   };
+  const bool handsOver = options.handOver && options.loss != Loss::None;
   const std::size_t others = static_cast<std::size_t>(tracks.frameCount()) - 1;
   std::optional<ShotSweeps> sweeps;
   const auto sweepFrom = [&](int base) {
     sweeps.emplace(tracks, options, base, report);
     if (total == 0) {
-      total = 1 + sweeps->mostReports() + (options.base ? 0 : others);
+      total = 1 + (options.base ? sweeps->mostReports()
+                                : (handsOver && !allSeenInAll(tracks) ? 3 : 2) * others);
       report();  // the base frame
     }
     sweeps->sweepFirst();
@@ -248,7 +258,6 @@ ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Pr
   if (options.base) {
     sweepFrom(*options.base);
   } else {
-    const bool handsOver = options.handOver && options.loss != Loss::None;
     sweepFrom(guessBaseFrame(tracks, handsOver));
     const BaseChoice choice = chooseBase(tracks, sweeps->base().frame(), pilotOf(*sweeps),
                                          quadFor(options, *sweeps), handsOver);

@@ -24,12 +24,6 @@ ShotUnits unitsOf(const Points& surface, Units units) {
   return {fileToFit, units == Units::Fit ? fileToFit : Similarity{}};
 }
 
-int countOthers(const BaseFrame& base, const Matches& matches) {
-  const auto& tracks = matches.tracks();
-  return static_cast<int>(
-      std::count_if(tracks.begin(), tracks.end(), [&](int t) { return !base.sees(t); }));
-}
-
 }  // namespace
 
 ShotSweeps::ShotSweeps(const Tracks& tracks, const SolveOptions& options, int base,
@@ -101,9 +95,7 @@ bool ShotSweeps::othersAgree(const std::vector<JointFrame>& joint) const {
   for (std::size_t f = 0; f < joint.size(); ++f) {
     const FrameResult& frame = frames_[f];
     if (frame.verdict.status != Status::Solved || frame.handedOver > 0) continue;
-    if (map_.matchesIn(tracks_, frame.frame).size() == static_cast<std::size_t>(frame.tracks)) {
-      continue;
-    }
+    if (othersIn(base_, map_.matchesIn(tracks_, frame.frame)) == 0) continue;
     moves.push_back(moveOf(frame, joint[f].h));
   }
   return moves.empty() || lowerMedian(moves) <= 1.0;
@@ -171,7 +163,7 @@ void ShotSweeps::record(int frame, const Matches& file, const FrameFit& fit) {
   result.h = fit.h;
   result.verdict = fit.verdict;
   result.tracks = static_cast<int>(file.size());
-  result.handedOver = countOthers(base_, file);
+  result.handedOver = othersIn(base_, file);
   result.rms = rmsResidual(file, fit.h);
   if (fit.robust.found) addRobust(fit, result);
   if (fit.verdict.status == Status::Solved) addSolved(file, fit, result);
@@ -202,7 +194,7 @@ bool ShotSweeps::toldBad(const FrameResult& frame) const {
 
 Matches ShotSweeps::usedIn(const FrameResult& frame) const {
   const Matches known = map_.matchesIn(tracks_, frame.frame);
-  return frame.handedOver > 0 ? known : known.subset(seenIn(base_, known));
+  return othersIn(base_, known) == frame.handedOver ? known : known.subset(seenIn(base_, known));
 }
 
 FittedFrame ShotSweeps::fittedAs(const FrameResult& frame, const Matches& used) const {

@@ -375,3 +375,28 @@ TEST(SolveShot, MeasuresInTheFilesUnit) {
   EXPECT_DOUBLE_EQ(twice.figures.noise, 2 * once.figures.noise);
   EXPECT_DOUBLE_EQ(twice.figures.deviations()[0], 2 * once.figures.deviations()[0]);
 }
+
+// The guess is the middle frame, the only one that sees all tracks; it is blurred, so another base
+// is taken, which lacks one, and is swept once more for that.
+TEST(SolveShot, NeverReportsMoreFramesThanItAnnounces) {
+  std::mt19937 random(4);
+  std::normal_distribution<double> normal(0.0, 1.0);
+  Tracks tracks;
+  for (int f = 0; f <= 20; ++f) {
+    for (int t = 0; t < 20; ++t) {
+      if (f != 10 && t == f % 20) continue;
+      const double noise = f == 10 ? 6.0 : 0.2;
+      const double dx = noise * normal(random);
+      const double dy = noise * normal(random);
+      see(tracks, t, f, {40.0 * (t * 3 % 11) + dx, 35.0 * (t * 5 % 13) + dy});
+    }
+  }
+  std::size_t calls = 0;
+  const ShotResult result = solveShot(tracks, {}, [&](std::size_t done, std::size_t total) {
+    EXPECT_EQ(done, ++calls);
+    EXPECT_LE(done, total);
+  });
+  EXPECT_NE(result.baseFrame, 10);
+  EXPECT_EQ(result.handedOver, 1);
+  EXPECT_EQ(calls, 1u + 3 * 20);
+}
