@@ -3,6 +3,7 @@
 #define SHOT_ROBUST_ORIGIN_H
 
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -33,6 +34,10 @@ struct Origin {
   // Of a search.
   std::optional<Stage> firstStage;  ///< the best before samples were drawn; none where none led on
   std::size_t firstGood = 0;        ///< good tracks of that one
+  bool budgetSpent = false;  ///< samples ended before a better transform was out of the question
+  /// The common logarithm of how many transforms of one picture chance would make as many tracks
+  /// agree on as closely; NaN where that was not counted.
+  double chance = std::numeric_limits<double>::quiet_NaN();
 };
 
 /// Such as "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks"; empty where

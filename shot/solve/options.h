@@ -32,6 +32,8 @@ struct SolveOptions {
   /// Tracks that the base frame lacks take part as soon as frames that are solved say where on the
   /// surface they are. Not with Loss::None.
   bool handOver = true;
+  /// The expected error above which a frame is doubtful; none: 0.5 % of the surface's extent.
+  std::optional<double> maxError;
   /// Keeps what every track does to every frame (`FrameResult::influences`): 40 bytes for each.
   bool influences = false;
 };

@@ -9,6 +9,7 @@
 
 #include "shot/fit/loss.h"
 #include "shot/plane/homography.h"
+#include "shot/solve/doubt.h"
 #include "shot/solve/named_quad.h"
 #include "shot/solve/track_runs.h"
 #include "shot/solve/units.h"
@@ -43,6 +44,10 @@ struct FrameResult {
   double width = 0.0;      ///< residual at which that loss bends
 
   FrameFigures figures;
+  /// Of all quads' corners, the largest deviation: the root mean square of how far it may be off.
+  /// NaN without figures, and in the reference frame.
+  double expectedError = kNoFigure;
+  std::vector<Doubt> doubts;               ///< none: the frame is good
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
 };
 
@@ -83,6 +88,7 @@ struct ShotResult {
   Units units = Units::Fit;
   Loss loss = Loss::None;
   std::uint64_t seed = 1;
+  double maxError = kNoFigure;  ///< the expected error above which a frame is doubtful
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
   std::vector<NamedQuad> quads;     ///< what the figures of trust are about
   std::vector<TrackResult> tracks;  ///< in the order of first appearance
