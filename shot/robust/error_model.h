@@ -18,11 +18,14 @@ constexpr double kLikelySigma = 1e-3;
 /// Of a homography.
 constexpr double kParameters = 8.0;
 
+/// Of nearly normal errors; fewer are heavy tails.
+constexpr int kNormalFreedom = 16;
+
 /// How the errors of a frame's tracks are distributed: a bivariate t distribution, whose core is
 /// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
 /// strays that lie anywhere in an area.
 struct ErrorModel {
-  int freedom = 16;     ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
+  int freedom = kNormalFreedom;     ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
   double spread = 0.0;  ///< the t distribution's own parameter, at least `kSigmaFloor`
   double strays = 0.1;
   double area = 4.0;  ///< stays as it is given; `strayArea`

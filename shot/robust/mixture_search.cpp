@@ -16,7 +16,6 @@ namespace {
 // Heavy tails fit any errors a little better than normal ones do: by this much, in units of the
 // score, they have to be better to be believed.
 constexpr double kForHeavyTails = 2.0;
-constexpr int kNormalFreedom = 16;
 
 // Ten likely sigmas: a fit as coarse as this explains bad matches too, and so does not tell how
 // many samples are needed.

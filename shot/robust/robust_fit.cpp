@@ -7,6 +7,7 @@
 
 #include "shot/fit/homography_fit.h"
 #include "shot/fit/residuals.h"
+#include "shot/robust/width_choice.h"
 
 namespace cornerpin {
 
@@ -35,18 +36,28 @@ Matches inFront(const Matches& matches, const Homography& h) {
   return matches.subset(front);
 }
 
-// The fit with the loss, whose width the mixture's spread says, from the best of the search.
-RobustFit finished(const Matches& matches, const MixtureSearch& search, Loss loss) {
+// The fit with the loss from the best of the search. Its width is what the mixture's spread says,
+// unless heavy tails leave open how wide the errors are and no frame before tells which tracks keep
+// to the surface.
+WidthChoice lossFit(const Matches& matches, const MixtureFit& best, const Prior& prior, Loss loss) {
+  const Matches front = inFront(matches, best.h);
+  const double width = bendOf(loss) * best.errors.spread;
+  const bool told = prior.recentSigma > 0.0 || best.errors.freedom == kNormalFreedom;
+  if (loss == Loss::Tukey && !told) return chooseWidth(front, best.h, width);
+  return {fitHomography(front, best.h, loss, width), width};
+}
+
+RobustFit finished(const Matches& matches, const MixtureSearch& search, const Prior& prior,
+                   Loss loss) {
   RobustFit fit;
   fit.origin.stage = search.stage();
   fit.loss = loss;
   if (!search.found()) return fit;
-  const MixtureFit& best = search.best();
-  fit.sigma = best.errors.sigma();
-  fit.width = bendOf(loss) * best.errors.spread;
-  const HomographyFit end = fitHomography(inFront(matches, best.h), best.h, loss, fit.width);
-  fit.found = std::isfinite(end.cost) && isFinite(end.h);
-  fit.h = end.h;
+  const WidthChoice end = lossFit(matches, search.best(), prior, loss);
+  fit.sigma = search.best().errors.sigma();
+  fit.width = end.width;
+  fit.found = std::isfinite(end.fit.cost) && isFinite(end.fit.h);
+  fit.h = end.fit.h;
   fit.good = goodMatches(matches, fit.h, fit.sigma);
   fit.goodCount = countOf(fit.good);
   return fit;
@@ -64,7 +75,7 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, 
   }
   search.fromSamples(options.seed);
   origin.stage = search.stage();
-  RobustFit fit = finished(matches, search, options.loss);
+  RobustFit fit = finished(matches, search, prior, options.loss);
   fit.origin = origin;
   return fit;
 }

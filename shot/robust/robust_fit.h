@@ -42,7 +42,8 @@ constexpr std::size_t kFewestForRobust = 6;
 /// 2. Else a mixture of good matches and strays is searched for (`MixtureSearch`), from each start
 ///    and from samples of four.
 /// 3. `fitHomography` with the loss goes on from there to convergence. Tukey's loss is flat from 7
-///    spreads of the mixture on, Cauchy's bends at 3, Huber's at 1.7.
+///    spreads of the mixture on, Cauchy's bends at 3, Huber's at 1.7. Where the prior has no recent
+///    sigma and the mixture has heavy tails, Tukey's may be wider (`chooseWidth`).
 ///
 /// The generator is std::mt19937_64 with the seed, afresh in each call. Fewer than
 /// `kFewestForRobust` matches: plain squares.
