@@ -33,6 +33,7 @@ struct SolveOptions {
   /// surface they are. Not with Loss::None.
   bool handOver = true;
   /// The expected error above which a frame is doubtful; none: 0.5 % of the surface's extent.
+  /// In the file's unit, above 0.
   std::optional<double> maxError;
   /// Keeps what every track does to every frame (`FrameResult::influences`): 40 bytes for each.
   bool influences = false;

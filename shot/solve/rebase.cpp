@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "shot/solve/judge.h"
+
 namespace cornerpin {
 
 namespace {
@@ -183,6 +185,7 @@ void rebase(ShotResult& result, int reference) {
   requireFrame(reference, result.frames.front().frame, result.frames.back().frame);
   if (reference == result.referenceFrame) return;
   Rebase(result, frameOf(result, reference)).apply();
+  judgeFigures(result);
 }
 
 }  // namespace cornerpin

@@ -9,7 +9,7 @@ namespace cornerpin {
 /// Makes a result relative to another reference frame. Nothing is fitted: transforms are multiplied
 /// by one inverse, and what lies on the surface (quads, tracks, covariances) is carried along. The
 /// base frame, from which the frames were fitted, stays what it is, as do rms, sigma, noise and all
-/// else that is about a frame's own picture.
+/// else that is about a frame's own picture. Doubts follow the figures (`judgeFigures`).
 ///
 /// A corner's covariance in a frame is that of the image of a point that is exact in the reference
 /// frame. The errors of two frames' fits are taken as independent: relative to the base frame they

@@ -21,6 +21,10 @@ std::string whyOf(const FrameResult& frame) {
                   static_cast<std::size_t>(frame.tracks));
 }
 
+const char* judgementOf(const FrameResult& frame) {
+  return frame.doubts.empty() ? "good" : "doubtful";
+}
+
 std::string describe(const WorstTrack& track) {
   const TrackStretch& s = track.stretch;
   const std::string frames = s.first == s.last ? fmt::format("frame {}", s.first)

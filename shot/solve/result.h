@@ -45,7 +45,7 @@ struct FrameResult {
 
   FrameFigures figures;
   /// Of all quads' corners, the largest deviation: the root mean square of how far it may be off.
-  /// NaN without figures, and in the reference frame.
+  /// 0 in the reference frame; NaN where a corner has no figure.
   double expectedError = kNoFigure;
   std::vector<Doubt> doubts;               ///< none: the frame is good
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
@@ -54,6 +54,9 @@ struct FrameResult {
 /// Why a solved frame's transform was found from where it was (`describe(Origin)`); empty for
 /// others.
 std::string whyOf(const FrameResult& frame);
+
+/// "good", or "doubtful" where there are doubts.
+const char* judgementOf(const FrameResult& frame);
 
 /// A track that the result leans on, by name.
 struct WorstTrack {
@@ -88,7 +91,7 @@ struct ShotResult {
   Units units = Units::Fit;
   Loss loss = Loss::None;
   std::uint64_t seed = 1;
-  double maxError = kNoFigure;  ///< the expected error above which a frame is doubtful
+  double maxError = kNoFigure;  ///< the expected error above which a frame is doubtful; NaN: none
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
   std::vector<NamedQuad> quads;     ///< what the figures of trust are about
   std::vector<TrackResult> tracks;  ///< in the order of first appearance

@@ -9,6 +9,7 @@
 #include "shot/plane/extent.h"
 #include "shot/plane/median.h"
 #include "shot/solve/base_choice.h"
+#include "shot/solve/judge.h"
 #include "shot/solve/rebase.h"
 #include "shot/solve/shot_sweeps.h"
 #include "shot/solve/track_runs.h"
@@ -19,11 +20,12 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kListed = 5;
-constexpr double kVisible = 1e-3;  // of the tracks' extent: a pixel of 1,000
+// Of the extent of the base frame's tracks.
+constexpr double kVisible = 1e-3;    // the least move of a corner that people see: a pixel of 1,000
+constexpr double kTolerable = 5e-3;  // the largest expected error of a good frame
 
-// The least move of a corner that people see.
-double visibleIn(const Box& surface) {
-  return kVisible * std::max(surface.high.x - surface.low.x, surface.high.y - surface.low.y);
+double extentOf(const Box& surface) {
+  return std::max(surface.high.x - surface.low.x, surface.high.y - surface.low.y);
 }
 
 std::vector<NamedQuad> quadsOf(const SolveOptions& options, const Points& surface) {
@@ -40,7 +42,8 @@ class ShotSolver {
         sweeps_(sweeps),
         base_(sweeps.base()),
         runs_(tracks.names.size()),
-        worst_(visibleIn(boxAround(sweeps.surface()))) {
+        extent_(extentOf(boxAround(sweeps.surface()))),
+        worst_(kVisible * extent_) {
     result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.tracks().size());
     result_.handedOver = sweeps.handedOver();
@@ -49,6 +52,7 @@ class ShotSolver {
     result_.units = options.units;
     result_.loss = options.loss;
     result_.seed = options.seed;
+    result_.maxError = options.maxError.value_or(kTolerable * extent_);
     result_.baseCentre = sweeps.units().fileToFit.centre;
     result_.frames = sweeps.frames();
   }
@@ -63,6 +67,7 @@ class ShotSolver {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
     addTracks();
+    judge(result_);
     makeRelative();
     return std::move(result_);
   }
@@ -187,6 +192,7 @@ class ShotSolver {
   TrackRuns runs_;
   std::vector<Quad> quads_;                           // in the base frame
   std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners
+  double extent_;                                     // of the surface in the base frame
   WorstTracks worst_;
   ShotResult result_;
 };
