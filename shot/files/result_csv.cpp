@@ -35,6 +35,15 @@ std::string csvFigures(const FrameResult& frame, std::size_t quad) {
   return text;
 }
 
+std::string csvJudgement(const FrameResult& frame) {
+  std::string codes;
+  for (const Doubt& doubt : frame.doubts) {
+    codes += codes.empty() ? "" : " ";
+    codes += nameOf(doubt.code);
+  }
+  return fmt::format(",{},{},{}", judgementOf(frame), csvNumber(frame.expectedError), codes);
+}
+
 // A frame with one of the quads, whose name stands there where there are several.
 std::string csvRow(const ShotResult& result, const FrameResult& frame, std::size_t quad) {
   const NamedQuad& named = result.quads[quad];
@@ -49,10 +58,11 @@ std::string csvRow(const ShotResult& result, const FrameResult& frame, std::size
                  : ",,,,";
   text += csvCorners(result, frame, named.corners);
   text += csvFigures(frame, quad);
-  return text + fmt::format(
-                    ",{},{},{},{}\n", csvText(frame.why), csvText(frame.reason),
-                    solved ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width)) : ",",
-                    frame.handedOver);
+  text +=
+      fmt::format(",{},{},{},{}", csvText(frame.why), csvText(frame.reason),
+                  solved ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width)) : ",",
+                  frame.handedOver);
+  return text + csvJudgement(frame) + "\n";
 }
 
 }  // namespace
@@ -63,7 +73,7 @@ void writeResultCsv(const ShotResult& result, OutputFile& out) {
       ",h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,good,good_rms,sigma,stage,"
       "qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,"
       "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width,"
-      "handed_over\n");
+      "handed_over,verdict,expected_error,doubts\n");
   for (const FrameResult& frame : result.frames) {
     for (std::size_t quad = 0; quad < result.quads.size(); ++quad) {
       out.write(csvRow(result, frame, quad));

@@ -58,6 +58,16 @@ Json jsonOf(const WorstTrack& track) {
           {"moves", s.moves},    {"off", s.off},     {"stands_out", s.standsOut}};
 }
 
+Json jsonOf(const Doubt& doubt) { return {{"code", nameOf(doubt.code)}, {"text", doubt.text}}; }
+
+// Whether it is good, and what makes it doubtful.
+void addJudgement(const FrameResult& frame, Json& json) {
+  json["verdict"] = judgementOf(frame);
+  json["expected_error"] = frame.expectedError;
+  Json& doubts = json["doubts"] = Json::array();
+  for (const Doubt& doubt : frame.doubts) doubts.push_back(jsonOf(doubt));
+}
+
 // Of a solved frame: how the fit came about.
 void addFit(const FrameResult& frame, Json& json) {
   json["good"] = frame.good;
@@ -97,6 +107,7 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame) {
   json["noise"] = frame.figures.noise;
   if (verdict.status == Status::Solved) addFit(frame, json);
   if (!frame.reason.empty()) json["reason"] = frame.reason;
+  addJudgement(frame, json);
   Json& quads = json["quads"] = Json::object();
   for (std::size_t q = 0; q < result.quads.size(); ++q) {
     quads[result.quads[q].name] = quadIn(result, frame, q);
@@ -153,6 +164,7 @@ void writeResultJson(const ShotResult& result, OutputFile& out) {
   file.add("units", nameOf(result.units));
   file.add("loss", nameOf(result.loss));
   file.add("seed", result.seed);
+  file.add("max_error", result.maxError);
   file.add("front", jsonOf(result.baseCentre));
   const auto asJson = [](const auto& item) { return jsonOf(item); };
   file.addList("quads", result.quads, asJson);

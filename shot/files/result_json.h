@@ -11,8 +11,8 @@ namespace cornerpin {
 /// quad, track and frame.
 ///
 /// What has no value is null: the rms of a frame without active tracks, the sigma with loss none, a
-/// covariance without a figure, a track's place that is not known, and the coordinates of a corner
-/// on or behind the horizon.
+/// covariance or an expected error without a figure, a track's place that is not known, and the
+/// coordinates of a corner on or behind the horizon.
 void writeResultJson(const ShotResult& result, OutputFile& out);
 
 }  // namespace cornerpin

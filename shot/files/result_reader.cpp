@@ -14,6 +14,7 @@
 #include "shot/files/json_field.h"
 #include "shot/files/quad_file.h"
 #include "shot/plane/extent.h"
+#include "shot/solve/judge.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
@@ -35,6 +36,15 @@ Named oneOf(const JsonField& field, std::initializer_list<Named> values) {
 
 Loss lossIn(const JsonField& field) {
   return oneOf(field, {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey});
+}
+
+std::vector<Doubt> doubtsIn(const JsonField& list) {
+  std::vector<Doubt> doubts;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const JsonField doubt = list.at(i);
+    doubts.push_back({oneOf(doubt.at("code"), kDoubtCodes), doubt.at("text").text()});
+  }
+  return doubts;
 }
 
 Point pointIn(const JsonField& field) {
@@ -102,6 +112,7 @@ class ResultReader {
     if (version_ > 1) requireFrameIn("reference_frame", result_.referenceFrame);
     if (version_ > 1) readTracks();
     readWorstTracks();
+    if (!isJudged()) judge(result_);
     return std::move(result_);
   }
 
@@ -132,6 +143,7 @@ class ResultReader {
     result_.units = oneOf(whole_.at("units"), {Units::Fit, Units::Raw});
     if (const auto loss = known(whole_, "loss")) result_.loss = lossIn(*loss);
     if (const auto seed = known(whole_, "seed")) result_.seed = seed->count();
+    if (isJudged()) result_.maxError = whole_.at("max_error").numberOrNull();
   }
 
   void readQuadsAndFront() {
@@ -149,6 +161,9 @@ class ResultReader {
     const Box box = boxAround({corners[0], corners[1], corners[2], corners[3]});
     result_.baseCentre = {box.low.x / 2 + box.high.x / 2, box.low.y / 2 + box.high.y / 2};
   }
+
+  // Whether whoever wrote the file knew doubts.
+  bool isJudged() const { return whole_.has("max_error"); }
 
   // A field that version 1 may lack.
   std::optional<JsonField> known(const JsonField& field, const char* name) const {
@@ -177,6 +192,10 @@ class ResultReader {
     if (frame.verdict.status != Status::Base) readModel(field, frame.verdict);
     if (frame.verdict.status == Status::Solved) readFit(field, frame);
     readCovariances(field, frame);
+    if (isJudged()) {
+      frame.expectedError = field.at("expected_error").numberOrNull();
+      frame.doubts = doubtsIn(field.at("doubts"));
+    }
     result_.frames.push_back(std::move(frame));
   }
 

@@ -15,7 +15,8 @@ namespace cornerpin {
 /// Of version 1 there are no tracks, and no covariances but those of the base frame; the quad is
 /// called "tracks", or "quad" where the frames say where its corners are; its middle counts as the
 /// place in front of the horizon. Neither version has the influences, the details of a verdict
-/// beyond its texts, and the good tracks and sigma of reduced frames.
+/// beyond its texts, and the good tracks and sigma of reduced frames. A file without `max_error`,
+/// which earlier programs wrote, is judged (`judge`), without a limit.
 ///
 /// Throws `InputError` with file and place for a file that is no result or of a newer version, and
 /// for fields that are missing or not what they ought to be.

@@ -13,10 +13,11 @@ TEST(ResultCsv, HasOneRowPerFrame) {
             "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,good,good_rms,sigma,stage,"
             "qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,"
             "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width,"
-            "handed_over\n"
-            "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,1,2,3,2,3,4.5,1,4.5,,,,0,0,0,0,,,,,0\n"
+            "handed_over,verdict,expected_error,doubts\n"
+            "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,1,2,3,2,3,4.5,1,4.5,,,,0,0,0,0,,,,,0,good,0,\n"
             "6,2,0,10,0,0.5,0,0,-0.25,1,,0,held,,,,,24,2,32,2,,,,,held,false,0.25,0.5,,"
-            "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,,2\n");
+            "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,,2,"
+            "doubtful,,no-figures held\n");
 }
 
 TEST(ResultCsv, HasOneRowPerFrameAndQuadWhereThereAreSeveral) {
@@ -57,7 +58,7 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
       written(result, Format::Csv)
           .find(",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
                 "054936363499605e-151,"
-                "too few tracks to tell a bad one,,huber,0.75,2\n"),
+                "too few tracks to tell a bad one,,huber,0.75,2,doubtful,,no-figures held\n"),
       std::string::npos);
 }
 

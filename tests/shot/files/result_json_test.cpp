@@ -81,6 +81,23 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
   EXPECT_EQ(j["frames"][1]["noise"], 0.25);
 }
 
+TEST(ResultJson, SaysWhatMakesAFrameDoubtful) {
+  ShotResult result = twoFrames();
+  result.frames[0].expectedError = 0.0625;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["max_error"], 0.1);
+  EXPECT_EQ(j["frames"][0]["verdict"], "good");
+  EXPECT_EQ(j["frames"][0]["expected_error"], 0.0625);
+  EXPECT_EQ(j["frames"][0]["doubts"], json::array());
+  EXPECT_EQ(j["frames"][1]["verdict"], "doubtful");
+  EXPECT_TRUE(j["frames"][1]["expected_error"].is_null());
+  EXPECT_EQ(j["frames"][1]["doubts"],
+            json::parse(R"([{"code":"no-figures","text":"corner 1 of \"tracks\""},)"
+                        R"({"code":"held","text":"b\n"}])"));
+  result.maxError = std::nan("");
+  EXPECT_TRUE(json::parse(written(result, Format::Json))["max_error"].is_null());
+}
+
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
   result.frames[1].reason = "\xff";

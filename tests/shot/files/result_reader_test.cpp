@@ -128,6 +128,14 @@ TEST(ReadResult, HoldsWhatTheFileSays) {
   EXPECT_TRUE(std::isnan(held.figures.quads[0][1].xx));
   EXPECT_EQ(result.worst[0].name, "a \"b\"");
   EXPECT_EQ(result.worst[0].stretch.moves, 9.3);
+  EXPECT_EQ(result.maxError, 0.1);
+  EXPECT_EQ(result.frames[0].expectedError, 0.0);
+  EXPECT_TRUE(result.frames[0].doubts.empty());
+  EXPECT_TRUE(std::isnan(held.expectedError));
+  ASSERT_EQ(held.doubts.size(), 2u);
+  EXPECT_EQ(held.doubts[0].code, DoubtCode::NoFigures);
+  EXPECT_EQ(held.doubts[0].text, "corner 1 of \"tracks\"");
+  EXPECT_EQ(held.doubts[1].code, DoubtCode::Held);
 }
 
 TEST(ReadResult, TakesVersion1) {
@@ -187,6 +195,38 @@ TEST(ReadResult, DoesWithoutWhatEarlierFilesOfVersion1Lack) {
   EXPECT_TRUE(std::isnan(result.frames[1].sigma));
 }
 
+TEST(ReadResult, KeepsDoubtsThatFollowFromNothingElseInTheFile) {
+  ShotResult result = twoFrames();
+  result.frames[1].doubts.clear();
+  for (DoubtCode code : kDoubtCodes) result.frames[1].doubts.push_back({code, nameOf(code)});
+  const ShotResult back = read(written(result, Format::Json));
+  ASSERT_EQ(back.frames[1].doubts.size(), 8u);
+  for (const Doubt& doubt : back.frames[1].doubts) EXPECT_EQ(doubt.text, nameOf(doubt.code));
+  expectReadBack(result);
+}
+
+// As programs wrote them that knew no doubts.
+TEST(ReadResult, JudgesWhatHasNoVerdicts) {
+  json j = good();
+  j.erase("max_error");
+  for (json& frame : j["frames"]) {
+    for (const char* name : {"verdict", "expected_error", "doubts"}) frame.erase(name);
+  }
+  const ShotResult result = read(j.dump());
+  EXPECT_TRUE(std::isnan(result.maxError));
+  EXPECT_EQ(result.frames[0].expectedError, 0.0);
+  EXPECT_TRUE(result.frames[0].doubts.empty());
+  const std::vector<Doubt>& doubts = result.frames[1].doubts;
+  ASSERT_EQ(doubts.size(), 2u);
+  EXPECT_EQ(doubts[0].code, DoubtCode::NoFigures);
+  EXPECT_EQ(doubts[1].text, "its neighbour's transform: the fit failed: a \"quoted\"\nreason");
+  expectReadBack(result);
+  const ShotResult first = read(kVersion1);
+  ASSERT_EQ(first.frames[1].doubts.size(), 2u);
+  EXPECT_EQ(first.frames[1].doubts[0].code, DoubtCode::NoFigures);
+  EXPECT_EQ(first.frames[1].doubts[1].code, DoubtCode::NothingToCheck);
+}
+
 TEST(ReadResult, SkipsFieldsThatItDoesNotKnow) {
   json j = good();
   j["new"] = {{"a", 1}};
@@ -234,6 +274,10 @@ TEST(ReadResult, NamesThePlaceOfWhatIsWrong) {
   EXPECT_EQ(with("/reference_frame", 7), ": reference_frame: not one of the frames");
   EXPECT_EQ(with("/tracks/0/good/0", json::parse("[6,5]")),
             ": tracks[0].good[0]: the run ends before it begins");
+  EXPECT_EQ(with("/frames/1/doubts/0/code", "mood"),
+            ": frames[1].doubts[0].code: not one of the words that it can be");
+  EXPECT_EQ(with("/frames/1/doubts/1", "held"), ": frames[1].doubts[1]: an object is needed");
+  EXPECT_EQ(with("/max_error", "5"), ": max_error: a number or null is needed");
   EXPECT_EQ(with("/units", "px"), ": units: not one of the words that it can be");
 }
 

@@ -25,6 +25,7 @@ inline cornerpin::ShotResult twoFrames() {
   result.baseTracks = 4;
   result.handedOver = 3;
   result.leftOut = 2;
+  result.maxError = 0.1;
   result.quads = {{"tracks", {{{1, 2}, {3, 2}, {3, 4.5}, {1, 4.5}}}}};
   result.baseCentre = {2, 3.25};
   result.tracks = {{"a \"b\"", {0.1, -2}, {0.25, 0.125, 0.5}, {{5, 6, TrackUse::Good}}}, {}};
@@ -38,6 +39,7 @@ inline cornerpin::ShotResult twoFrames() {
   base.rms = 0.0;
   base.h = kIdentity;
   base.figures = baseFrameFigures(1);
+  base.expectedError = 0.0;
   FrameResult held;
   held.frame = 6;
   held.handedOver = 2;
@@ -51,6 +53,7 @@ inline cornerpin::ShotResult twoFrames() {
   held.figures = {
       0.25,
       {{{{0.125, 0.0, 0.125}, {kNaN, kNaN, kNaN}, {0.0, 0.0, 0.015625}, {0.0, 0.0, 0x1p-1000}}}}};
+  held.doubts = {{DoubtCode::NoFigures, "corner 1 of \"tracks\""}, {DoubtCode::Held, "b\n"}};
   result.frames = {base, held};
   return result;
 }
