@@ -34,20 +34,84 @@ std::string unsolvedFrames(const Summary& s) {
   return text;
 }
 
+// "0-9, 55", of the doubtful frames; after five stretches "and 12 more".
+std::string doubtfulStretches(const ShotResult& result) {
+  std::vector<std::pair<int, int>> stretches;
+  int left = 0;
+  for (const FrameResult& f : result.frames) {
+    if (f.doubts.empty()) continue;
+    const bool goesOn = !stretches.empty() && stretches.back().second == f.frame - 1;
+    if (!goesOn && stretches.size() == kListed) {
+      ++left;
+      continue;
+    }
+    if (!goesOn) stretches.push_back({f.frame, f.frame});
+    stretches.back().second = f.frame;
+  }
+  std::string text;
+  for (const auto& [first, last] : stretches) {
+    text += text.empty() ? "" : ", ";
+    text += first == last ? fmt::format("{}", first) : fmt::format("{}-{}", first, last);
+  }
+  return left > 0 ? text + fmt::format(" and {} more", left) : text;
+}
+
+// How many frames have a doubt, and its text in the one with the largest expected error; none
+// counts as the largest.
+std::string doubtLine(const ShotResult& result, DoubtCode code) {
+  std::size_t count = 0;
+  double largest = -1.0;
+  const FrameResult* worst = nullptr;
+  const Doubt* example = nullptr;
+  for (const FrameResult& f : result.frames) {
+    const auto doubt = std::find_if(f.doubts.begin(), f.doubts.end(),
+                                    [&](const Doubt& d) { return d.code == code; });
+    if (doubt == f.doubts.end()) continue;
+    ++count;
+    const double error = std::isfinite(f.expectedError) ? f.expectedError : HUGE_VAL;
+    if (error <= largest) continue;
+    largest = error;
+    worst = &f;
+    example = &*doubt;
+  }
+  if (count == 0) return {};
+  return fmt::format("  {:<16} {:>5}  frame {}: {}\n", nameOf(code), count, worst->frame,
+                     example->text);
+}
+
+// How many frames are good, which are not, and why.
+std::string judgements(const ShotResult& result, const Summary& s) {
+  const std::size_t frames = result.frames.size();
+  std::string text = fmt::format("good          {} of {} frames\n", frames - s.doubtful, frames);
+  if (s.doubtful == 0) return text;
+  text += fmt::format("doubtful      {}: {}\n", s.doubtful, doubtfulStretches(result));
+  for (DoubtCode code : kDoubtCodes) text += doubtLine(result, code);
+  return text;
+}
+
 // The largest corner of each frame that has a figure: the median of them and the worst.
 std::string deviations(const ShotResult& result, std::size_t quad) {
   std::vector<std::pair<double, int>> figures;
+  std::size_t without = 0;
   for (const FrameResult& f : result.frames) {
     const auto d = f.figures.deviations(quad);
     const double largest = *std::max_element(d.begin(), d.end());
     const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
-    if (f.frame != result.referenceFrame && !none) figures.push_back({largest, f.frame});
+    if (f.frame == result.referenceFrame) continue;
+    if (none) {
+      ++without;
+    } else {
+      figures.push_back({largest, f.frame});
+    }
   }
-  if (figures.empty()) return {};
+  if (figures.empty() && without == 0) return {};
+  const std::string count = fmt::format("{} frame{}", without, without == 1 ? "" : "s");
+  if (figures.empty()) return "corner noise  no figure in any of " + count;
   std::sort(figures.begin(), figures.end());
   return fmt::format("corner noise  median {}, worst {} in frame {}",
                      decimals(figures[(figures.size() - 1) / 2].first),
-                     decimals(figures.back().first), figures.back().second);
+                     decimals(figures.back().first), figures.back().second) +
+         (without > 0 ? ", no figure in " + count : "");
 }
 
 // A line for each quad, with its name where there are several.
@@ -113,6 +177,7 @@ Summary summarise(const ShotResult& result) {
     if (frame.verdict.status == Status::Solved) solved.push_back(&frame);
     if (frame.verdict.status == Status::Reduced) ++summary.reduced;
     if (frame.verdict.status == Status::Held) ++summary.held;
+    if (!frame.doubts.empty()) ++summary.doubtful;
     const bool unsolved =
         frame.verdict.status == Status::Reduced || frame.verdict.status == Status::Held;
     if (unsolved && summary.firstUnsolved.size() < kListed) summary.firstUnsolved.push_back(&frame);
@@ -131,6 +196,13 @@ Summary summarise(const ShotResult& result) {
   return summary;
 }
 
+std::string doubtfulFrames(const ShotResult& result) {
+  const std::size_t doubtful = summarise(result).doubtful;
+  if (doubtful == 0) return {};
+  return fmt::format("{} of {} frames are doubtful: {}", doubtful, result.frames.size(),
+                     doubtfulStretches(result));
+}
+
 std::string summaryTable(const ShotResult& result) {
   const Summary s = summarise(result);
   std::string text =
@@ -145,6 +217,7 @@ std::string summaryTable(const ShotResult& result) {
   text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());
   text += fmt::format("reduced       {}\n", s.reduced);
   text += fmt::format("held          {}\n", s.held);
+  text += judgements(result, s);
   if (result.loss != Loss::None) text += goodTracks(result);
   text += fmt::format("RMS residual  median {}, worst {}{}\n", decimals(s.medianRms),
                       decimals(s.worstRms), result.loss == Loss::None ? "" : " of the good tracks");

@@ -16,6 +16,7 @@ struct Summary {
   std::size_t solved = 0;
   std::size_t reduced = 0;
   std::size_t held = 0;
+  std::size_t doubtful = 0;
   double medianRms = 0.0;  ///< the upper of the two middle ones
   double worstRms = 0.0;
   std::vector<const FrameResult*> worst;  ///< solved frames, largest RMS (or none) first, at most 5
@@ -24,6 +25,10 @@ struct Summary {
 
 /// The result must outlive the summary.
 Summary summarise(const ShotResult& result);
+
+/// "11 of 192 frames are doubtful: 0-9, 55"; empty where all are good. Of the stretches of frames
+/// at most the first five.
+std::string doubtfulFrames(const ShotResult& result);
 
 /// The summary as a short table for people, several lines. Of the worst tracks it names those that
 /// stand out (`TrackStretch::standsOut`).

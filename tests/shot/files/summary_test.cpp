@@ -72,12 +72,15 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
   result.baseTracks = 9;
   result.leftOut = 3;
   result.frames = {frame(12, Status::Base, 0.0), frame(13, Status::Held, 0.0)};
+  result.quads = {{"tracks", {}}};
   EXPECT_EQ(summaryTable(result),
             "base frame    12  (9 tracks, 3 absent there and left out)\n"
             "solved        1 of 2 frames\n"
             "reduced       0\n"
             "held          1\n"
+            "good          2 of 2 frames\n"
             "RMS residual  median -, worst -\n"
+            "corner noise  no figure in any of 1 frame\n"
             "not in full   frame  model        reason\n"
             "                 13  held         no tracks\n");
 }
@@ -99,6 +102,7 @@ TEST(Summary, SaysWhyTheBaseFrameWasChosen) {
 
 TEST(Summary, WritesNumbersOfAnySize) {
   ShotResult result;
+  result.referenceFrame = result.baseFrame = 1;
   result.frames = {frame(1, Status::Base, 0.0),           frame(2, Status::Solved, 3e30),
                    frame(3, Status::Solved, 0.000123456), frame(4, Status::Solved, 12345.67891),
                    frame(5, Status::Solved, 0.0),         frame(6, Status::Solved, std::nan(""))};
@@ -112,7 +116,8 @@ TEST(Summary, WritesNumbersOfAnySize) {
   EXPECT_NE(table.find("  5   0.0000       9\n"), std::string::npos) << table;
   EXPECT_NE(table.find("  6        -       9\n"), std::string::npos) << table;
   EXPECT_EQ(table.find("inf"), std::string::npos) << table;
-  EXPECT_NE(table.find("worst 2.5e-07 in frame 3\n"), std::string::npos) << table;
+  EXPECT_NE(table.find("worst 2.5e-07 in frame 3, no figure in 4 frames\n"), std::string::npos)
+      << table;
 }
 
 // Each frame by the largest of its four figures; of four frames the lower of the middle two counts.
@@ -128,7 +133,9 @@ TEST(Summary, GivesTheMedianAndTheWorstNoiseOfTheCorners) {
   setDeviations(result.frames[4], {20.0, 0.5, std::nan(""), 0.5});
   setDeviations(result.frames[5], {0.25, 0.5, 0.25, 0.25});
   const std::string table = summaryTable(result);
-  EXPECT_NE(table.find("corner noise  median 3.0000, worst 9.0000 in frame 2\n"), std::string::npos)
+  EXPECT_NE(
+      table.find("corner noise  median 3.0000, worst 9.0000 in frame 2, no figure in 1 frame\n"),
+      std::string::npos)
       << table;
 }
 
@@ -148,6 +155,7 @@ TEST(Summary, WritesFourDecimalsFromAThousandthToAHundredThousand) {
 
 TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   ShotResult result;
+  result.referenceFrame = result.baseFrame = 1;
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
                    frame(3, Status::Reduced, 0.25)};
   result.frames[2].verdict.model = Model::Affine;
@@ -163,8 +171,10 @@ TEST(Summary, SpeaksOfReducedFramesOfNoiseAndOfTheWorstTracks) {
   EXPECT_NE(table.find("solved        2 of 3 frames\n"
                        "reduced       1\n"
                        "held          0\n"
+                       "good          3 of 3 frames\n"
                        "RMS residual  median 0.5000, worst 0.5000\n"
-                       "corner noise  median 0.5000, worst 0.5000 in frame 2\n"),
+                       "corner noise  median 0.5000, worst 0.5000 in frame 2, no figure in 1 "
+                       "frame\n"),
             std::string::npos)
       << table;
   EXPECT_NE(
@@ -191,6 +201,7 @@ TEST(Summary, SpeaksOfTheGoodTracksOfARobustSolve) {
             "solved        4 of 4 frames\n"
             "reduced       0\n"
             "held          0\n"
+            "good          4 of 4 frames\n"
             "good tracks   median 100 %, fewest 67 % in frame 2\n"
             "started from  the library's fit 1, the neighbour 1, samples 1 (seed 7)\n"
             "RMS residual  median 0.2500, worst 0.5000 of the good tracks\n"
@@ -240,4 +251,50 @@ TEST(Summary, GivesTheNoiseOfEachQuadAndNamesTheReferenceFrame) {
                        "corner noise  median 0.5000, worst 1.0000 in frame 4 of sign\n"),
             std::string::npos)
       << table;
+}
+
+// Frame 3 has the largest expected error, frame 9 none that could be told.
+TEST(Summary, SaysWhichFramesAreDoubtfulAndWhy) {
+  ShotResult result;
+  for (int i = 0; i < 20; ++i) {
+    result.frames.push_back(frame(i, i == 5 ? Status::Base : Status::Solved, 1.0));
+    result.frames.back().expectedError = 1.0;
+  }
+  EXPECT_NE(summaryTable(result).find("held          0\ngood          20 of 20 frames\nRMS"),
+            std::string::npos);
+  EXPECT_EQ(doubtfulFrames(result), "");
+  for (std::size_t f : {2u, 3u, 4u}) {
+    result.frames[f].doubts = {{DoubtCode::ExpectedError, "of " + std::to_string(f)}};
+  }
+  result.frames[3].expectedError = 12.0;
+  result.frames[8].doubts = {{DoubtCode::NothingToCheck, "first"}};
+  result.frames[9].doubts = {{DoubtCode::NoFigures, "none"}, {DoubtCode::NothingToCheck, "second"}};
+  result.frames[9].expectedError = std::nan("");
+  result.frames[10].doubts = {{DoubtCode::NothingToCheck, "third"}};
+  EXPECT_EQ(summarise(result).doubtful, 6u);
+  EXPECT_EQ(doubtfulFrames(result), "6 of 20 frames are doubtful: 2-4, 8-10");
+  EXPECT_NE(summaryTable(result).find("good          14 of 20 frames\n"
+                                      "doubtful      6: 2-4, 8-10\n"
+                                      "  expected-error       3  frame 3: of 3\n"
+                                      "  no-figures           1  frame 9: none\n"
+                                      "  nothing-to-check     3  frame 9: second\n"
+                                      "RMS residual"),
+            std::string::npos)
+      << summaryTable(result);
+}
+
+TEST(Summary, NamesNoMoreThanFiveStretchesOfDoubtfulFrames) {
+  ShotResult result;
+  for (int i = 0; i < 20; ++i) {
+    result.frames.push_back(frame(i, Status::Solved, 1.0));
+    if (i % 3 != 2) result.frames.back().doubts = {{DoubtCode::Jump, "j"}};
+  }
+  result.frames.resize(14);
+  EXPECT_EQ(doubtfulFrames(result), "10 of 14 frames are doubtful: 0-1, 3-4, 6-7, 9-10, 12-13");
+  result.frames.push_back(result.frames[12]);
+  result.frames.back().frame = 16;
+  result.frames.push_back(result.frames[12]);
+  result.frames.back().frame = 17;
+  EXPECT_EQ(doubtfulFrames(result),
+            "12 of 16 frames are doubtful: 0-1, 3-4, 6-7, 9-10, 12-13 and 2 more");
 }
