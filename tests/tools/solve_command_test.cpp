@@ -585,9 +585,9 @@ TEST(SolveCommand, StartsItsHelpWithAnExampleAndNamesEveryOption) {
   const Outcome run = cornerpin({"solve", "--help"});
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
-  for (const char* option :
-       {"--output", "--format", "--json", "--base", "--reference", "--quad", "--quads", "--drop",
-        "--keep", "--explain", "--units", "--loss", "--hold", "--seed", "Exit codes"}) {
+  for (const char* option : {"--output", "--format", "--json", "--base", "--reference", "--quad",
+                             "--quads", "--drop", "--keep", "--explain", "--units", "--loss",
+                             "--hold", "--seed", "--max-error", "--strict", "Exit codes"}) {
     EXPECT_TRUE(contains(run.out, option)) << option;
   }
 }
@@ -603,7 +603,7 @@ TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
     EXPECT_LE(line.size(), 82u) << line;
     ++options;
   }
-  EXPECT_EQ(options, 16);
+  EXPECT_EQ(options, 18);
 }
 
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {

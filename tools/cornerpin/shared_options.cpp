@@ -246,6 +246,27 @@ std::uint64_t SeedOption::value() const {
   return *seed;
 }
 
+void MaxErrorOption::addTo(CLI::App& parser) {
+  parser
+      .add_option("--max-error", text, "Doubt frames whose corners are expected to be off by more")
+      ->check(refuseEmpty)
+      ->option_text("PX");
+}
+
+std::optional<double> MaxErrorOption::value() const {
+  if (text.empty()) return std::nullopt;
+  const std::optional<double> limit = parseWhole<double>(text);
+  if (!limit || !std::isfinite(*limit) || !(*limit > 0.0)) {
+    throw std::invalid_argument("--max-error takes a number of pixels above 0, not \"" + text +
+                                "\"");
+  }
+  return limit;
+}
+
+void StrictOption::addTo(CLI::App& parser) {
+  parser.add_flag("--strict", given, "End in 4 where frames are doubtful, too");
+}
+
 std::string refuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }
 
 }  // namespace cornerpin

@@ -116,6 +116,19 @@ struct SeedOption {
   std::uint64_t value() const;
 };
 
+/// --max-error: the expected error above which a frame is doubtful; none when it is not given.
+struct MaxErrorOption {
+  std::string text;
+  void addTo(CLI::App& parser);
+  std::optional<double> value() const;
+};
+
+/// --strict: doubtful frames end the program like those that are not solved in full.
+struct StrictOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
 /// Refuses an empty text, as a script's unset variable gives one: the reason, or empty.
 std::string refuseEmpty(const std::string& text);
 

@@ -2,6 +2,7 @@
 #include "tools/cornerpin/solve_command.h"
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -41,7 +42,8 @@ constexpr const char* kHelp =
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
     "4 written, but not every frame is solved in full: where its tracks allow only a simpler\n"
-    "transform a frame gets that one, and where they allow none its neighbour's.";
+    "transform a frame gets that one, and where they allow none its neighbour's; with --strict or\n"
+    "--max-error, also where a frame is doubtful. Otherwise doubtful frames are a warning.";
 
 struct Arguments {
   TracksArgument input;
@@ -57,6 +59,8 @@ struct Arguments {
   HoldOption hold;
   BaseOnlyOption baseOnly;
   SeedOption seed;
+  MaxErrorOption maxError;
+  StrictOption strict;
 };
 
 void addTo(CLI::App& parser, Arguments& arguments) {
@@ -77,6 +81,8 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.baseOnly.addTo(parser);
   arguments.hold.addTo(parser);
   arguments.seed.addTo(parser);
+  arguments.maxError.addTo(parser);
+  arguments.strict.addTo(parser);
 }
 
 SolveOptions optionsOf(const Arguments& arguments) {
@@ -90,6 +96,7 @@ SolveOptions optionsOf(const Arguments& arguments) {
   options.reference = arguments.reference.value();
   options.quads =
       arguments.quads.value(options.reference ? options.reference : arguments.base.value());
+  options.maxError = arguments.maxError.value();
   options.influences = !arguments.explanation.empty();
   return options;
 }
@@ -121,6 +128,17 @@ void writeExplanation(const std::string& path, const Tracks& tracks, const ShotR
   out.commit();
 }
 
+// Warns of doubtful frames on standard error.
+int exitCode(const Arguments& arguments, const ShotResult& result) {
+  const Summary summary = summarise(result);
+  if (summary.doubtful > 0) {
+    std::cerr << "cornerpin: warning: " << doubtfulFrames(result) << '\n';
+  }
+  const bool strict = arguments.strict.given || arguments.maxError.value().has_value();
+  const bool degraded = summary.held + summary.reduced > 0 || (strict && summary.doubtful > 0);
+  return degraded ? kDegraded : kSolved;
+}
+
 int run(const Arguments& arguments) {
   if (arguments.quads.given() != nullptr && arguments.output.path.empty() &&
       arguments.explanation.empty() && !arguments.json.given) {
@@ -147,8 +165,7 @@ int run(const Arguments& arguments) {
   } else if (!onStandardOutput) {
     print(summaryTable(result));
   }
-  const Summary summary = summarise(result);
-  return summary.held + summary.reduced > 0 ? kDegraded : kSolved;
+  return exitCode(arguments, result);
 }
 
 }  // namespace

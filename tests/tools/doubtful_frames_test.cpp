@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/support/files.h"
+#include "tests/tools/program.h"
+
+using nlohmann::json;
+
+// What the command says of doubtful frames, and how it ends.
+namespace {
+
+const std::string kScreen = CORNERPIN_DATA "/screen4.csv";
+
+// Twelve tracks in all of 30 frames of a camera that sways; in one frame all are 6 px off.
+std::string shotThatJumps(int off) {
+  std::string csv = "track,frame,x,y\n";
+  for (int f = 0; f < 30; ++f) {
+    const double x = 9.0 * std::sin(0.2 * f) + (f == off ? 6.0 : 0.0);
+    for (int t = 0; t < 12; ++t) {
+      const int column = t % 4;
+      const int row = t / 4;
+      csv += fmt::format("t{},{},{},{}\n", t, f, 250 * column + x, 250 * row + 2.0 * f);
+    }
+  }
+  return csv;
+}
+
+json solved(std::vector<std::string> words) {
+  words.insert(words.begin(), "solve");
+  words.push_back("--json");
+  return json::parse(cornerpin(words).out);
+}
+
+}  // namespace
+
+// The facade is expected to be off by 0.11 to 0.18 px.
+TEST(DoubtsOfTheSolveCommand, AreThoseBeyondTheLimit) {
+  const json plain = solved({kFacade});
+  const json& box = plain["quads"][0]["corners"];
+  const double width = box[2][0].get<double>() - box[0][0].get<double>();
+  const double height = box[2][1].get<double>() - box[0][1].get<double>();
+  EXPECT_DOUBLE_EQ(plain["max_error"].get<double>(), 0.005 * std::max(width, height));
+  for (const json& frame : plain["frames"]) EXPECT_EQ(frame["verdict"], "good");
+  const json strict = solved({kFacade, "--max-error", "0.125"});
+  EXPECT_EQ(strict["max_error"], 0.125);
+  int doubtful = 0;
+  for (std::size_t f = 0; f < strict["frames"].size(); ++f) {
+    const json& frame = strict["frames"][f];
+    EXPECT_EQ(frame["h"], plain["frames"][f]["h"]);
+    double worst = 0.0;
+    for (const json& d : frame["quads"]["tracks"]["deviation"]) {
+      worst = std::max(worst, d.get<double>());
+    }
+    EXPECT_EQ(frame["expected_error"], worst);
+    EXPECT_EQ(frame["verdict"], worst > 0.125 ? "doubtful" : "good");
+    EXPECT_EQ(frame["doubts"].size(), worst > 0.125 ? 1u : 0u);
+    doubtful += worst > 0.125 ? 1 : 0;
+  }
+  EXPECT_GT(doubtful, 10);
+  EXPECT_LT(doubtful, 60);
+}
+
+TEST(DoubtsOfTheSolveCommand, AreAWarningUnlessALimitOrStrictnessIsAskedFor) {
+  const TemporaryFolder folder;
+  const std::string in = folder / "in.csv";
+  writeFile(in, shotThatJumps(22));
+  const std::string warning = "cornerpin: warning: 1 of 30 frames are doubtful: 22\n";
+  const std::vector<std::string> words = {"solve", in, "--base", "10"};
+  const auto run = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), words.begin(), words.end());
+    return cornerpin(more);
+  };
+  const Outcome plain = run({});
+  EXPECT_EQ(plain.code, 0);
+  EXPECT_EQ(plain.err, warning);
+  EXPECT_TRUE(contains(plain.out,
+                       "\ngood          29 of 30 frames\ndoubtful      1: 22\n"
+                       "  jump                 1  frame 22: a corner is 5.8"))
+      << plain.out;
+  EXPECT_EQ(run({"--json"}).err, warning);
+  for (const std::vector<std::string>& more :
+       {std::vector<std::string>{"--strict"}, {"--max-error", "5"}, {"--strict", "--json"}}) {
+    const Outcome strict = run(more);
+    EXPECT_EQ(strict.code, 4);
+    EXPECT_EQ(strict.err, warning);
+  }
+  writeFile(in, shotThatJumps(-1));
+  for (const std::vector<std::string>& more :
+       {std::vector<std::string>{}, {"--strict"}, {"--max-error", "5"}}) {
+    const Outcome good = run(more);
+    EXPECT_EQ(good.code, 0);
+    EXPECT_EQ(good.err, "");
+  }
+}
+
+TEST(DoubtsOfTheSolveCommand, AreAllButTheBaseFrameWhereThereAreFourTracks) {
+  for (const char* loss : {"tukey", "none"}) {
+    const Outcome run = cornerpin({"solve", kScreen, "--loss", loss, "--base", "51"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_EQ(run.err, "cornerpin: warning: 103 of 104 frames are doubtful: 0-50, 52-103\n");
+    EXPECT_TRUE(contains(run.out, "\ngood          1 of 104 frames\n"));
+    EXPECT_TRUE(contains(run.out, "  nothing-to-check    91  frame 0: 4 tracks: too few"));
+    EXPECT_TRUE(contains(run.out, "  reduced             12  frame 87: affine: 3 of the 4 tracks"));
+    EXPECT_TRUE(contains(run.out, "corner noise  no figure in any of 103 frames\n"));
+  }
+  const Outcome held = cornerpin({"solve", kScreen, "--hold"});
+  EXPECT_EQ(held.code, 4);
+  EXPECT_TRUE(contains(held.out,
+                       "  held                12  frame 87: its neighbour's transform: "
+                       "3 of the 4 tracks needed\n"))
+      << held.out;
+}
+
+// The jump is none of the reference frame's, the expected errors are: seen from a frame with an
+// error of its own, the others have more.
+TEST(DoubtsOfTheSolveCommand, StayDoubtfulInARebase) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", shotThatJumps(22));
+  const std::string first = folder / "a.json";
+  cornerpin({"solve", folder / "in.csv", "--base", "10", "--max-error", "5", "-o", first});
+  const Outcome run = cornerpin({"rebase", first, "--reference", "3", "-o", folder / "b.json"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "");
+  const json a = json::parse(readFile(first));
+  const json b = json::parse(readFile(folder / "b.json"));
+  EXPECT_EQ(b["max_error"], 5.0);
+  EXPECT_EQ(b["frames"][22]["doubts"], a["frames"][22]["doubts"]);
+  EXPECT_EQ(b["frames"][22]["doubts"][0]["code"], "jump");
+  EXPECT_EQ(b["frames"][3]["expected_error"], 0.0);
+  EXPECT_EQ(b["frames"][10]["expected_error"], b["frames"][10]["quads"]["tracks"]["deviation"][0]);
+}
+
+TEST(DoubtsOfTheSolveCommand, AreSoRelativeToAnyFrame) {
+  const TemporaryFolder folder;
+  const std::vector<std::string> words = {kFacade, "--base", "20", "--max-error", "0.15"};
+  std::vector<std::string> relative = words;
+  relative.insert(relative.end(), {"--reference", "50"});
+  const json asked = solved(relative);
+  writeFile(folder / "a.json", solved(words).dump());
+  const json rebased = json::parse(
+      cornerpin({"rebase", folder / "a.json", "--reference", "50", "-o", "-", "--format", "json"})
+          .out);
+  EXPECT_EQ(asked["max_error"], 0.15);
+  for (std::size_t f = 0; f < asked["frames"].size(); ++f) {
+    EXPECT_EQ(asked["frames"][f]["doubts"], rebased["frames"][f]["doubts"]) << f;
+  }
+  EXPECT_EQ(asked["frames"][50]["verdict"], "good");
+  EXPECT_EQ(asked["frames"][20]["verdict"],
+            asked["frames"][20]["expected_error"] > 0.15 ? "doubtful" : "good");
+}
+
+TEST(DoubtsOfTheSolveCommand, HaveTheirCodesInTheCsv) {
+  const std::string csv =
+      cornerpin({"solve", kScreen, "--base", "51", "-o", "-", "--format", "csv"}).out;
+  EXPECT_TRUE(contains(csv, ",handed_over,verdict,expected_error,doubts\n"));
+  EXPECT_TRUE(contains(csv, ",0,doubtful,,no-figures nothing-to-check\n"));
+  EXPECT_TRUE(contains(csv, ",0,good,0,\n"));
+}
+
+TEST(DoubtsOfTheSolveCommand, HaveNoLimitThatIsNoLength) {
+  for (const char* text : {"0", "-1", "inf", "nan", "5px", "1e999"}) {
+    const Outcome run = cornerpin({"solve", kFacade, "--max-error", text});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.err, std::string("cornerpin: --max-error takes a number of pixels above 0, not "
+                                   "\"") +
+                           text + "\"\n");
+  }
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--max-error", ""}).code, 2);
+  EXPECT_EQ(cornerpin({"solve", kFacade, "--max-error"}).code, 2);
+}
