@@ -46,6 +46,8 @@ void append(Bits& bits, const FrameResult& frame) {
   for (double value : {frame.rms, frame.goodRms, frame.sigma, frame.figures.noise})
     append(bits, value);
   for (double deviation : frame.figures.deviations()) append(bits, deviation);
+  append(bits, frame.expectedError);
+  for (const Doubt& doubt : frame.doubts) bits.push_back(static_cast<std::uint64_t>(doubt.code));
 }
 
 // With what the hand-over adds to it.
