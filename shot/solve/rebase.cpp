@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -102,6 +103,12 @@ class Rebase {
         refuse(reference_, fmt::format("from it, frame {} has no finite transform", frame.frame));
       }
     }
+    for (const BetweenFrame& frame : result.between) {
+      between_.push_back({frame.frame, withLastOne(product(frame.h, back_))});
+      if (!isFinite(between_.back().h)) {
+        refuse(reference_, fmt::format("from it, frame {} has no finite transform", frame.frame));
+      }
+    }
   }
 
   void apply() {
@@ -110,6 +117,7 @@ class Rebase {
     }
     for (TrackResult& track : result_.tracks) carryPlace(track);
     for (std::size_t i = 0; i < transforms_.size(); ++i) result_.frames[i].h = transforms_[i];
+    result_.between = std::move(between_);
     result_.baseCentre = map(there_, result_.baseCentre);
     result_.quads = std::move(quads_);
     result_.referenceFrame = reference_;
@@ -165,7 +173,39 @@ class Rebase {
   Homography back_;
   std::vector<NamedQuad> quads_;        // in the new one
   std::vector<Homography> transforms_;  // from there, of each frame
+  std::vector<BetweenFrame> between_;
 };
+
+// The transforms and figures of the fit where something was done to some of them.
+std::optional<ShotResult> untouchedOf(const ShotResult& result) {
+  ShotResult untouched;
+  untouched.baseFrame = result.baseFrame;
+  untouched.referenceFrame = result.referenceFrame;
+  untouched.baseCentre = result.baseCentre;
+  untouched.quads = result.quads;
+  bool any = false;
+  for (const FrameResult& frame : result.frames) {
+    FrameResult fitted;
+    fitted.frame = frame.frame;
+    fitted.verdict.status = frame.verdict.status;
+    fitted.reason = frame.reason;
+    fitted.h = frame.untouched ? frame.untouched->h : frame.h;
+    fitted.figures.quads = frame.untouched ? frame.untouched->quads : frame.figures.quads;
+    untouched.frames.push_back(std::move(fitted));
+    any = any || frame.untouched;
+  }
+  return any ? std::optional<ShotResult>(std::move(untouched)) : std::nullopt;
+}
+
+// Relative to a smoothed frame all others have other transforms than the fit's.
+void setUntouched(std::vector<FrameResult>& frames, const std::vector<FrameResult>& untouched) {
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    frames[i].untouched.reset();
+    if (frames[i].h != untouched[i].h) {
+      frames[i].untouched = Untouched{untouched[i].h, untouched[i].figures.quads};
+    }
+  }
+}
 
 }  // namespace
 
@@ -184,7 +224,11 @@ std::vector<NamedQuad> carriedToBase(const std::vector<NamedQuad>& quads, const 
 void rebase(ShotResult& result, int reference) {
   requireFrame(reference, result.frames.front().frame, result.frames.back().frame);
   if (reference == result.referenceFrame) return;
-  Rebase(result, frameOf(result, reference)).apply();
+  Rebase rebased(result, frameOf(result, reference));
+  std::optional<ShotResult> untouched = untouchedOf(result);
+  if (untouched) Rebase(*untouched, frameOf(*untouched, reference)).apply();
+  rebased.apply();
+  if (untouched) setUntouched(result.frames, untouched->frames);
   judgeFigures(result);
 }
 

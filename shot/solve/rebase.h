@@ -17,6 +17,10 @@ namespace cornerpin {
 /// the transform between the two. This can be undone, so that many steps give what one gives, up
 /// to rounding; what has no figure takes no part in it.
 ///
+/// What the fit gave frames that were smoothed or filled in is made relative in the same way, to
+/// what it gave the reference frame. So where that was smoothed, all others have become different
+/// from the fit, and say so.
+///
 /// Throws `std::invalid_argument` with a text for people, the result unchanged, for a frame outside
 /// the shot, for a held one, and for one whose transform has no inverse, which does not show all
 /// corners of the quads in front of its horizon, or from which some frame has no finite transform.

@@ -7,11 +7,11 @@
 
 namespace cornerpin {
 
-Point carried(const ShotResult& result, const FrameResult& frame, Point reference) {
+Point carried(const ShotResult& result, const Homography& h, Point reference) {
   constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-  const Point p = map(frame.h, reference);
+  const Point p = map(h, reference);
   const bool visible =
-      onSameSide(frame.h, result.baseCentre, reference) && std::isfinite(p.x) && std::isfinite(p.y);
+      onSameSide(h, result.baseCentre, reference) && std::isfinite(p.x) && std::isfinite(p.y);
   return visible ? p : Point{kNone, kNone};
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,12 @@
 #include "shot/trust/worst_tracks.h"
 
 namespace cornerpin {
+
+/// What a frame had before its transform was smoothed or filled in.
+struct Untouched {
+  Homography h{};
+  std::vector<CornerCovariances> quads;
+};
 
 /// Lengths are in the file's unit.
 struct FrameResult {
@@ -49,6 +56,17 @@ struct FrameResult {
   double expectedError = kNoFigure;
   std::vector<Doubt> doubts;               ///< none: the frame is good
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
+
+  // What was done to the transform behind the fit; all else is about the fit.
+  double smoothed = 0.0;  ///< how far smoothing moved the corner of the first quad that moved most
+  bool filled = false;    ///< interpolated between frames on both sides
+  std::optional<Untouched> untouched;  ///< where `h` is not what the fit gave
+};
+
+/// A transform between two frames, or in one.
+struct BetweenFrame {
+  double frame = 0.0;
+  Homography h{};  ///< from the reference frame
 };
 
 /// Why a solved frame's transform was found from where it was (`describe(Origin)`); empty for
@@ -99,11 +117,19 @@ struct ShotResult {
   /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
   /// than a thousandth of the extent of the base frame's tracks does not stand out.
   std::vector<WorstTrack> worst;
+
+  std::optional<double>
+      smooth;         ///< the most that smoothing may have moved a corner, if it was done
+  bool fill = false;  ///< whether held and reduced frames were filled in
+  std::vector<BetweenFrame> between;  ///< by rising frame
 };
 
-/// A place of the reference frame in another frame; NaN on or behind the horizon, in front of which
-/// the base frame's tracks are.
-Point carried(const ShotResult& result, const FrameResult& frame, Point reference);
+/// A place of the reference frame in the frame that has the transform `h`; NaN on or behind the
+/// horizon, in front of which the base frame's tracks are.
+Point carried(const ShotResult& result, const Homography& h, Point reference);
+inline Point carried(const ShotResult& result, const FrameResult& frame, Point reference) {
+  return carried(result, frame.h, reference);
+}
 
 }  // namespace cornerpin
 

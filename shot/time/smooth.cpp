@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/time/smooth.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "shot/plane/quad_map.h"
+#include "shot/time/corner_path.h"
+#include "shot/time/smooth_path.h"
+#include "shot/time/untouched.h"
+
+namespace cornerpin {
+
+namespace {
+
+bool isKnown(const ShotResult& result, const FrameResult& frame) {
+  const Status status = frame.verdict.status;
+  if (status != Status::Base && status != Status::Solved) return false;
+  const std::array<double, 4> deviations = frame.figures.deviations();
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Point p = carried(result, frame, result.quads.front().corners[i]);
+    if (!std::isfinite(p.x) || !std::isfinite(deviations[i])) return false;
+  }
+  return true;
+}
+
+// What share of a move is made. Moves that are longer than the deviation are cut to that; where
+// they are longer than errors get, more and more of the motion stays, and in the end all of it.
+constexpr double kError = 2.5;  // deviations: one in 500
+constexpr double kMotion = 4.0;
+
+double shareOf(double distance, double deviation) {
+  if (!(distance > deviation)) return 1.0;
+  const double rest = (kMotion - distance / deviation) / (kMotion - kError);
+  return std::clamp(rest, 0.0, 1.0) * deviation / distance;
+}
+
+// What moves four corners: all alike, two sides against each other in either direction, and the
+// diagonals against each other, which is mostly perspective. Each is its own inverse times 4.
+constexpr std::array<std::array<double, 4>, 4> kModes = {
+    {{1, 1, 1, 1}, {1, -1, -1, 1}, {1, 1, -1, -1}, {1, -1, 1, -1}}};
+
+// One number for a frame: what it is worth beside others. The corners that are known well count
+// most.
+double errorOf(const FrameResult& frame) {
+  double worth = 0.0;
+  for (double d : frame.figures.deviations()) worth += 1.0 / (d * d);
+  return std::sqrt(4.0 / worth);
+}
+
+std::vector<Quad> smoothed(const std::vector<FrameResult*>& frames, const Quad& surface) {
+  std::vector<Quad> result(frames.size());
+  for (const auto& mode : kModes) {
+    std::vector<PathPoint> path;
+    for (const FrameResult* frame : frames) {
+      PathPoint p{frame->frame, {}, errorOf(*frame)};
+      for (std::size_t i = 0; i < 4; ++i) {
+        const Point corner = map(frame->h, surface[i]);
+        p.place.x += 0.25 * mode[i] * corner.x;
+        p.place.y += 0.25 * mode[i] * corner.y;
+      }
+      path.push_back(p);
+    }
+    const std::vector<Point> places = smoothPath(path);
+    for (std::size_t f = 0; f < frames.size(); ++f) {
+      for (std::size_t i = 0; i < 4; ++i) {
+        result[f][i].x += mode[i] * places[f].x;
+        result[f][i].y += mode[i] * places[f].y;
+      }
+    }
+  }
+  return result;
+}
+
+// The frame's corners, each moved towards where `smooth` has it.
+void moveCorners(const ShotResult& result, FrameResult& frame, const Homography& smooth,
+                 double most) {
+  const Quad& surface = result.quads.front().corners;
+  const std::array<double, 4> deviations = frame.figures.deviations();
+  Quad corners;
+  double furthest = 0.0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const Point from = map(frame.h, surface[i]);
+    const Point to = map(smooth, surface[i]);
+    const double distance = std::sqrt(squaredDistance(from, to));
+    const double share = std::min(shareOf(distance, deviations[i]), most / distance);
+    corners[i] = {from.x + share * (to.x - from.x), from.y + share * (to.y - from.y)};
+    furthest = std::max(furthest, squaredDistance(from, corners[i]));
+  }
+  const Homography h = quadToQuad(surface, corners);
+  if (!(furthest > 0.0) || !leadsTo(h, surface, corners, result.baseCentre)) return;
+  keepUntouched(frame);
+  frame.h = h;
+  frame.smoothed = std::sqrt(furthest);
+}
+
+}  // namespace
+
+void smooth(ShotResult& result, double most, int fixed) {
+  result.smooth = most;
+  std::vector<FrameResult*> frames;
+  std::vector<Homography> transforms;
+  for (FrameResult& frame : result.frames) {
+    if (!isKnown(result, frame)) continue;
+    frames.push_back(&frame);
+    transforms.push_back(frame.h);
+  }
+  const Quad surface = shownByAll(transforms, result.quads.front().corners, result.baseCentre);
+  const std::vector<Quad> corners = smoothed(frames, surface);
+  for (std::size_t f = 0; f < frames.size(); ++f) {
+    if (frames[f]->frame == result.baseFrame || frames[f]->frame == fixed) continue;
+    moveCorners(result, *frames[f], quadToQuad(surface, corners[f]), most);
+  }
+}
+
+}  // namespace cornerpin
