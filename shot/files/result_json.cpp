@@ -79,18 +79,34 @@ void addFit(const FrameResult& frame, Json& json) {
   if (!frame.why.empty()) json["why"] = frame.why;
 }
 
-// Of one quad in one frame.
-Json quadIn(const ShotResult& result, const FrameResult& frame, std::size_t q) {
-  const Quad& corners = result.quads[q].corners;
-  Quad places;
-  Json covariances = Json::array();
-  for (std::size_t i = 0; i < corners.size(); ++i) {
-    places[i] = carried(result, frame, corners[i]);
-    covariances.push_back(jsonOf(frame.figures.quads[q][i]));
+// Where a transform carries a quad.
+Json cornersIn(const ShotResult& result, const Homography& h, std::size_t q) {
+  Quad places = result.quads[q].corners;
+  for (Point& corner : places) corner = carried(result, h, corner);
+  return jsonOf(places);
+}
+
+// All quads by their names.
+Json quadsIn(const ShotResult& result, const Homography& h, const FrameFigures& figures) {
+  Json quads = Json::object();
+  for (std::size_t q = 0; q < result.quads.size(); ++q) {
+    Json covariances = Json::array();
+    for (const Symmetric2& covariance : figures.quads[q]) covariances.push_back(jsonOf(covariance));
+    quads[result.quads[q].name] = {{"corners", cornersIn(result, h, q)},
+                                   {"covariance", std::move(covariances)},
+                                   {"deviation", figures.deviations(q)}};
   }
-  return {{"corners", jsonOf(places)},
-          {"covariance", std::move(covariances)},
-          {"deviation", frame.figures.deviations(q)}};
+  return quads;
+}
+
+// What was done to the frame's transform.
+void addRetouch(const ShotResult& result, const FrameResult& frame, Json& json) {
+  json["smoothed"] = frame.smoothed;
+  json["filled"] = frame.filled;
+  if (!frame.untouched) return;
+  const FrameFigures figures = {kNoFigure, frame.untouched->quads};
+  json["untouched"] = {{"h", frame.untouched->h},
+                       {"quads", quadsIn(result, frame.untouched->h, figures)}};
 }
 
 Json jsonOf(const ShotResult& result, const FrameResult& frame) {
@@ -108,11 +124,17 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame) {
   if (verdict.status == Status::Solved) addFit(frame, json);
   if (!frame.reason.empty()) json["reason"] = frame.reason;
   addJudgement(frame, json);
-  Json& quads = json["quads"] = Json::object();
-  for (std::size_t q = 0; q < result.quads.size(); ++q) {
-    quads[result.quads[q].name] = quadIn(result, frame, q);
-  }
+  json["quads"] = quadsIn(result, frame.h, frame.figures);
+  addRetouch(result, frame, json);
   return json;
+}
+
+Json jsonOf(const ShotResult& result, const BetweenFrame& frame) {
+  Json quads = Json::object();
+  for (std::size_t q = 0; q < result.quads.size(); ++q) {
+    quads[result.quads[q].name] = {{"corners", cornersIn(result, frame.h, q)}};
+  }
+  return {{"frame", frame.frame}, {"h", frame.h}, {"quads", std::move(quads)}};
 }
 
 // An object whose members are written one by one, each on a line of its own, and those that are
@@ -172,6 +194,10 @@ void writeResultJson(const ShotResult& result, OutputFile& out) {
   file.addList("worst_tracks", result.worst, asJson);
   file.addList("frames", result.frames,
                [&](const FrameResult& frame) { return jsonOf(result, frame); });
+  file.add("smooth", result.smooth ? Json(*result.smooth) : Json(nullptr));
+  file.add("fill", result.fill);
+  file.addList("between", result.between,
+               [&](const BetweenFrame& frame) { return jsonOf(result, frame); });
   file.close();
 }
 

@@ -111,6 +111,7 @@ class ResultReader {
     requireFrameIn("base_frame", result_.baseFrame);
     if (version_ > 1) requireFrameIn("reference_frame", result_.referenceFrame);
     if (version_ > 1) readTracks();
+    readRetouch();
     readWorstTracks();
     if (!isJudged()) judge(result_);
     return std::move(result_);
@@ -191,11 +192,12 @@ class ResultReader {
     if (field.has("reason")) frame.reason = field.at("reason").text();
     if (frame.verdict.status != Status::Base) readModel(field, frame.verdict);
     if (frame.verdict.status == Status::Solved) readFit(field, frame);
-    readCovariances(field, frame);
+    frame.figures.quads = covariancesIn(field, frame.verdict.status);
     if (isJudged()) {
       frame.expectedError = field.at("expected_error").numberOrNull();
       frame.doubts = doubtsIn(field.at("doubts"));
     }
+    readRetouch(field, frame);
     result_.frames.push_back(std::move(frame));
   }
 
@@ -226,20 +228,48 @@ class ResultReader {
     if (field.has("why")) frame.why = field.at("why").text();
   }
 
-  void readCovariances(const JsonField& field, FrameResult& frame) const {
+  std::vector<CornerCovariances> covariancesIn(const JsonField& field, Status status) const {
     if (version_ == 1) {
       CornerCovariances none;
-      none.fill(frame.verdict.status == Status::Base ? Symmetric2{} : kNone);
-      frame.figures.quads = {none};
-      return;
+      none.fill(status == Status::Base ? Symmetric2{} : kNone);
+      return {none};
     }
+    std::vector<CornerCovariances> all;
     const JsonField quads = field.at("quads");
     for (const NamedQuad& quad : result_.quads) {
       const JsonField list = quads.at(quad.name).at("covariance");
       list.list(4);
       CornerCovariances covariances;
       for (std::size_t i = 0; i < 4; ++i) covariances[i] = covarianceIn(list.at(i));
-      frame.figures.quads.push_back(covariances);
+      all.push_back(covariances);
+    }
+    return all;
+  }
+
+  void readRetouch(const JsonField& field, FrameResult& frame) const {
+    if (field.has("smoothed")) frame.smoothed = field.at("smoothed").number();
+    if (field.has("filled")) frame.filled = field.at("filled").flag();
+    if (!field.has("untouched")) return;
+    const JsonField untouched = field.at("untouched");
+    frame.untouched =
+        Untouched{transformIn(untouched.at("h")), covariancesIn(untouched, frame.verdict.status)};
+  }
+
+  void readRetouch() {
+    if (whole_.has("smooth") && !whole_.at("smooth").isNull()) {
+      result_.smooth = whole_.at("smooth").number();
+    }
+    if (whole_.has("fill")) result_.fill = whole_.at("fill").flag();
+    if (!whole_.has("between")) return;
+    const JsonField list = whole_.at("between");
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const JsonField frame = list.at(i).at("frame");
+      const double number = frame.number();
+      const bool inside = number >= result_.frames.front().frame &&
+                          number <= result_.frames.back().frame &&
+                          (i == 0 || number > result_.between.back().frame);
+      if (!inside) frame.refuse("not between the frames, or not behind the one before");
+      result_.between.push_back({number, transformIn(list.at(i).at("h"))});
     }
   }
 

@@ -126,6 +126,30 @@ std::string deviations(const ShotResult& result) {
   return text;
 }
 
+// How far smoothing has moved corners, each frame by the one that moved most.
+std::string smoothing(const ShotResult& result) {
+  if (!result.smooth) return {};
+  std::vector<std::pair<double, int>> moves;
+  for (const FrameResult& f : result.frames) {
+    if (f.verdict.status == Status::Solved) moves.push_back({f.smoothed, f.frame});
+  }
+  if (moves.empty()) return {};
+  std::sort(moves.begin(), moves.end());
+  if (!(moves.back().first > 0.0)) return "smoothed      no corner moved\n";
+  return fmt::format("smoothed      corners moved by median {}, most {} in frame {}\n",
+                     decimals(moves[(moves.size() - 1) / 2].first), decimals(moves.back().first),
+                     moves.back().second);
+}
+
+std::string filling(const ShotResult& result, const Summary& summary) {
+  if (!result.fill) return {};
+  const auto filled = std::count_if(result.frames.begin(), result.frames.end(),
+                                    [](const FrameResult& f) { return f.filled; });
+  const auto all = static_cast<std::ptrdiff_t>(summary.reduced + summary.held);
+  return fmt::format("filled in     {} of {} reduced or held frames{}\n", filled, all,
+                     filled < all ? ", the others lack good frames on both sides" : "");
+}
+
 // How many tracks the fits go by, and what led to them: of the solved frames.
 std::string goodTracks(const ShotResult& result) {
   std::vector<std::pair<double, int>> shares;
@@ -222,6 +246,10 @@ std::string summaryTable(const ShotResult& result) {
   text += fmt::format("RMS residual  median {}, worst {}{}\n", decimals(s.medianRms),
                       decimals(s.worstRms), result.loss == Loss::None ? "" : " of the good tracks");
   text += deviations(result);
+  text += smoothing(result) + filling(result, s);
+  if (!result.between.empty()) {
+    text += fmt::format("between       {} more transforms\n", result.between.size());
+  }
   if (!s.worst.empty()) text += "worst frames  frame      RMS  tracks\n";
   for (const FrameResult* f : s.worst) {
     text += fmt::format("{:>19} {:>8} {:>7}", f->frame, decimals(f->goodRms), f->tracks);

@@ -48,8 +48,9 @@ void addMisses(const ShotResult& result, const FrameResult& frame, const Homogra
 bool isAnchor(const FrameResult& frame) {
   const Status status = frame.verdict.status;
   if (status != Status::Base && status != Status::Solved) return false;
-  return std::none_of(frame.doubts.begin(), frame.doubts.end(), [](Doubt doubt) {
-    return doubt == Doubt::ChanceAgreement || doubt == Doubt::BudgetSpent || doubt == Doubt::Jump;
+  return std::none_of(frame.doubts.begin(), frame.doubts.end(), [](const Doubt& doubt) {
+    return doubt.code == DoubtCode::ChanceAgreement || doubt.code == DoubtCode::BudgetSpent ||
+           doubt.code == DoubtCode::Jump;
   });
 }
 

@@ -48,7 +48,7 @@ def at(value, path):
 
 def damaged(result):
     """Copies of a result with one thing wrong, and what that is."""
-    optional = {"why"}
+    optional = {"why", "untouched"}
     for path in places(result):
         members = at(result, path)
         named = path and path[-1] == "quads"  # its members have the names of quads

@@ -189,3 +189,39 @@ TEST(ResultJson, SaysWhyAFrameIsReduced) {
     EXPECT_FALSE(reduced.contains(name)) << name;
   }
 }
+
+TEST(ResultJson, KeepsTheFitBesideWhatWasDoneToIt) {
+  ShotResult result = twoFrames();
+  const json plain = json::parse(written(result, Format::Json));
+  EXPECT_TRUE(plain["smooth"].is_null());
+  EXPECT_EQ(plain["fill"], false);
+  EXPECT_EQ(plain["between"], json::array());
+  EXPECT_EQ(plain["frames"][1]["smoothed"], 0);
+  EXPECT_EQ(plain["frames"][1]["filled"], false);
+  EXPECT_FALSE(plain["frames"][1].contains("untouched"));
+  FrameResult& frame = result.frames[1];
+  frame.untouched = Untouched{frame.h, frame.figures.quads};
+  frame.h = {{{1, 0, 0.5}, {0, 1, -2}, {0, 0, 1}}};
+  frame.smoothed = 0.75;
+  frame.filled = true;
+  result.smooth = 1.5;
+  result.fill = true;
+  const json j = json::parse(written(result, Format::Json));
+  EXPECT_EQ(j["smooth"], 1.5);
+  EXPECT_EQ(j["fill"], true);
+  const json& touched = j["frames"][1];
+  EXPECT_EQ(touched["smoothed"], 0.75);
+  EXPECT_EQ(touched["filled"], true);
+  EXPECT_EQ(touched["h"], json::parse("[[1,0,0.5],[0,1,-2],[0,0,1]]"));
+  EXPECT_EQ(touched["quads"]["tracks"]["corners"][0], json::parse("[1.5,0]"));
+  EXPECT_EQ(touched["untouched"]["h"], plain["frames"][1]["h"]);
+  EXPECT_EQ(touched["untouched"]["quads"], plain["frames"][1]["quads"]);
+}
+
+TEST(ResultJson, HasTransformsBetweenFrames) {
+  ShotResult result = twoFrames();
+  result.between = {{5.25, {{{1, 0, 0.5}, {0, 1, -2}, {0, 0, 1}}}}};
+  EXPECT_EQ(json::parse(written(result, Format::Json))["between"],
+            json::parse(R"([{"frame":5.25,"h":[[1,0,0.5],[0,1,-2],[0,0,1]],"quads":{"tracks":)"
+                        R"({"corners":[[1.5,0],[3.5,0],[3.5,2.5],[1.5,2.5]]}}}])"));
+}

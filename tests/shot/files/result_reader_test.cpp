@@ -90,6 +90,41 @@ TEST(ReadResult, GivesBackWhatWasWritten) {
   expectReadBack(result);
 }
 
+TEST(ReadResult, GivesBackWhatWasDoneToTransforms) {
+  ShotResult result = twoFrames();
+  FrameResult& frame = result.frames[1];
+  frame.untouched = Untouched{frame.h, frame.figures.quads};
+  frame.h = {{{1, 0, 0.5}, {0, 1, -2}, {0, 0, 1}}};
+  frame.smoothed = 0.75;
+  frame.filled = true;
+  result.smooth = 1.5;
+  result.fill = true;
+  result.between = {{5.0, kIdentity}, {5.25, frame.h}};
+  expectReadBack(result);
+  const ShotResult again = read(written(result, Format::Json));
+  EXPECT_EQ(again.smooth, 1.5);
+  EXPECT_TRUE(again.fill);
+  EXPECT_EQ(again.frames[1].smoothed, 0.75);
+  EXPECT_TRUE(again.frames[1].filled);
+  ASSERT_TRUE(again.frames[1].untouched);
+  EXPECT_EQ(again.frames[1].untouched->h, twoFrames().frames[1].h);
+  EXPECT_EQ(again.frames[1].untouched->quads[0][2].yy, 0.015625);
+  EXPECT_FALSE(again.frames[0].untouched);
+  EXPECT_EQ(again.between[1].frame, 5.25);
+  EXPECT_EQ(again.between[1].h, frame.h);
+}
+
+// A result that knows nothing of that has it not done.
+TEST(ReadResult, DoesWithoutWhatWasDoneToTransforms) {
+  json j = good();
+  for (const char* name : {"smooth", "fill", "between"}) j.erase(name);
+  for (json& frame : j["frames"]) {
+    frame.erase("smoothed");
+    frame.erase("filled");
+  }
+  EXPECT_EQ(json::parse(written(read(j.dump()), Format::Json)), good());
+}
+
 TEST(ReadResult, GivesBackRealShots) {
   const Tracks facade = readTracks(CORNERPIN_DATA "/facade.csv");
   const Tracks screen = readTracks(CORNERPIN_DATA "/screen4.csv");
@@ -278,6 +313,15 @@ TEST(ReadResult, NamesThePlaceOfWhatIsWrong) {
             ": frames[1].doubts[0].code: not one of the words that it can be");
   EXPECT_EQ(with("/frames/1/doubts/1", "held"), ": frames[1].doubts[1]: an object is needed");
   EXPECT_EQ(with("/max_error", "5"), ": max_error: a number or null is needed");
+  EXPECT_EQ(with("/frames/1/untouched", json::parse(R"({"h":[[1,0,0],[0,1,0],[0,0,1]]})")),
+            ": frames[1].untouched.quads: missing");
+  const char* const kBetween = R"([{"frame":%,"h":[[1,0,0],[0,1,0],[0,0,1]],"quads":{}}])";
+  for (const char* outside : {"4.75", "6.25"}) {
+    std::string list = kBetween;
+    list.replace(list.find('%'), 1, outside);
+    EXPECT_EQ(with("/between", json::parse(list)),
+              ": between[0].frame: not between the frames, or not behind the one before");
+  }
   EXPECT_EQ(with("/units", "px"), ": units: not one of the words that it can be");
 }
 

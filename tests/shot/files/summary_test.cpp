@@ -298,3 +298,33 @@ TEST(Summary, NamesNoMoreThanFiveStretchesOfDoubtfulFrames) {
   EXPECT_EQ(doubtfulFrames(result),
             "12 of 16 frames are doubtful: 0-1, 3-4, 6-7, 9-10, 12-13 and 2 more");
 }
+
+TEST(SummaryTable, SaysWhatWasDoneToTransforms) {
+  ShotResult result;
+  for (int f = 0; f < 6; ++f) result.frames.push_back(frame(f, Status::Solved, 0.5));
+  result.frames[0].verdict.status = Status::Base;
+  result.frames[4].verdict.status = Status::Held;
+  result.frames[5].verdict.status = Status::Reduced;
+  result.frames[1].smoothed = 0.25;
+  result.frames[2].smoothed = 0.75;
+  result.frames[4].filled = true;
+  EXPECT_EQ(summaryTable(result).find("smoothed"), std::string::npos);
+  EXPECT_EQ(summaryTable(result).find("filled in"), std::string::npos);
+  EXPECT_EQ(summaryTable(result).find("between"), std::string::npos);
+  result.smooth = 1.0;
+  result.fill = true;
+  result.between = {{0.5, kIdentity}, {1.5, kIdentity}};
+  const std::string table = summaryTable(result);
+  EXPECT_NE(
+      table.find("\nsmoothed      corners moved by median 0.2500, most 0.7500 in frame 2\n"
+                 "filled in     1 of 2 reduced or held frames, the others lack good frames on "
+                 "both sides\n"
+                 "between       2 more transforms\n"),
+      std::string::npos)
+      << table;
+  result.frames[5].filled = true;
+  for (FrameResult& f : result.frames) f.smoothed = 0.0;
+  EXPECT_NE(summaryTable(result).find("\nsmoothed      no corner moved\n"
+                                      "filled in     2 of 2 reduced or held frames\n"),
+            std::string::npos);
+}

@@ -20,7 +20,7 @@ void lose(ShotResult& result, int first, int last, Status status = Status::Held)
     if (frame.frame < first || frame.frame > last) continue;
     frame.verdict.status = status;
     frame.h = kWrong;
-    frame.doubts = {status == Status::Held ? Doubt::Held : Doubt::Reduced};
+    frame.doubts = {{status == Status::Held ? DoubtCode::Held : DoubtCode::Reduced, ""}};
   }
 }
 
@@ -129,7 +129,7 @@ TEST(Fill, GoesByNoFrameThatMayBeWrong) {
   ShotResult result = made::result(made::swaying, 0, 60, 0);
   lose(result, 30, 33);
   result.frames[34].h = kWrong;
-  result.frames[34].doubts = {Doubt::Jump};
+  result.frames[34].doubts = {{DoubtCode::Jump, ""}};
   fill(result);
   EXPECT_EQ(result.frames[34].h, kWrong);
   EXPECT_FALSE(result.frames[34].filled);

@@ -23,12 +23,13 @@ std::vector<double> times(const std::vector<TimedTransform>& ends) {
 TEST(IsAnchor, WantsATransformOfItsOwnThatMayBeRight) {
   FrameResult frame = made::frame(3, kIdentity, Status::Solved, 0.5);
   EXPECT_TRUE(isAnchor(frame));
-  for (Doubt mild : {Doubt::ExpectedError, Doubt::NoFigures, Doubt::NothingToCheck}) {
-    frame.doubts = {mild};
+  for (DoubtCode mild :
+       {DoubtCode::ExpectedError, DoubtCode::NoFigures, DoubtCode::NothingToCheck}) {
+    frame.doubts = {{mild, ""}};
     EXPECT_TRUE(isAnchor(frame));
   }
-  for (Doubt grave : {Doubt::ChanceAgreement, Doubt::BudgetSpent, Doubt::Jump}) {
-    frame.doubts = {Doubt::NothingToCheck, grave};
+  for (DoubtCode grave : {DoubtCode::ChanceAgreement, DoubtCode::BudgetSpent, DoubtCode::Jump}) {
+    frame.doubts = {{DoubtCode::NothingToCheck, ""}, {grave, ""}};
     EXPECT_FALSE(isAnchor(frame));
   }
   frame.doubts.clear();
