@@ -273,3 +273,29 @@ TEST(SeedOption, TakesAWholeNumberOf64Bits) {
                   text + "\"");
   }
 }
+
+TEST(SmoothOption, TakesPixelsAboveZero) {
+  EXPECT_FALSE(parsed<SmoothOption>({}).value());
+  EXPECT_EQ(parsed<SmoothOption>({"--smooth", "0.25"}).value(), 0.25);
+  for (const char* text : {"0", "-1", "inf", "nan", "1px", "1e999"}) {
+    EXPECT_EQ(refusal([&] { SmoothOption{text}.value(); }),
+              std::string("--smooth takes a number of pixels above 0, not \"") + text + "\"");
+  }
+  EXPECT_THROW(parsed<SmoothOption>({"--smooth", ""}), CLI::ValidationError);
+}
+
+TEST(FillOption, IsAFlag) {
+  EXPECT_FALSE(parsed<FillOption>({}).given);
+  EXPECT_TRUE(parsed<FillOption>({"--fill"}).given);
+}
+
+TEST(AtOption, TakesListsOfFrames) {
+  EXPECT_TRUE(parsed<AtOption>({}).value().empty());
+  EXPECT_EQ(parsed<AtOption>({"--at", "10.5,11.25", "--at", "-3"}).value(),
+            (std::vector<double>{10.5, 11.25, -3}));
+  for (const char* text : {"", "x", "1.5s", "inf", "nan", "1e999"}) {
+    EXPECT_EQ(refusal([&] { AtOption{{std::string("1,") + text}}.value(); }),
+              std::string("--at takes frames such as 10.5,11.25, not \"") + text + "\"");
+  }
+  EXPECT_THROW(parsed<AtOption>({"--at", ""}), CLI::ValidationError);
+}

@@ -585,9 +585,10 @@ TEST(SolveCommand, StartsItsHelpWithAnExampleAndNamesEveryOption) {
   const Outcome run = cornerpin({"solve", "--help"});
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
-  for (const char* option : {"--output", "--format", "--json", "--base", "--reference", "--quad",
-                             "--quads", "--drop", "--keep", "--explain", "--units", "--loss",
-                             "--hold", "--seed", "--max-error", "--strict", "Exit codes"}) {
+  for (const char* option :
+       {"--output",    "--format", "--json",    "--base",  "--reference", "--quad",    "--quads",
+        "--drop",      "--keep",   "--explain", "--units", "--loss",      "--hold",    "--seed",
+        "--max-error", "--strict", "--smooth",  "--fill",  "--at",        "Exit codes"}) {
     EXPECT_TRUE(contains(run.out, option)) << option;
   }
 }
@@ -603,7 +604,7 @@ TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
     EXPECT_LE(line.size(), 82u) << line;
     ++options;
   }
-  EXPECT_EQ(options, 18);
+  EXPECT_EQ(options, 21);
 }
 
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/shared_options.h"
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -55,6 +57,17 @@ void addFile(const std::string& path, int frame, std::vector<NamedQuad>& quads) 
                                 ", not on " + std::to_string(frame) + ": add --reference " + its);
   }
   quads.insert(quads.end(), file.quads.begin(), file.quads.end());
+}
+
+// A length above 0; none for an empty text.
+std::optional<double> parsePixels(const char* option, const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  const std::optional<double> length = parseWhole<double>(text);
+  if (!length || !std::isfinite(*length) || !(*length > 0.0)) {
+    throw std::invalid_argument(
+        fmt::format("{} takes a number of pixels above 0, not \"{}\"", option, text));
+  }
+  return length;
 }
 
 }  // namespace
@@ -253,18 +266,46 @@ void MaxErrorOption::addTo(CLI::App& parser) {
       ->option_text("PX");
 }
 
-std::optional<double> MaxErrorOption::value() const {
-  if (text.empty()) return std::nullopt;
-  const std::optional<double> limit = parseWhole<double>(text);
-  if (!limit || !std::isfinite(*limit) || !(*limit > 0.0)) {
-    throw std::invalid_argument("--max-error takes a number of pixels above 0, not \"" + text +
-                                "\"");
-  }
-  return limit;
-}
+std::optional<double> MaxErrorOption::value() const { return parsePixels("--max-error", text); }
 
 void StrictOption::addTo(CLI::App& parser) {
   parser.add_flag("--strict", given, "End in 4 where frames are doubtful, too");
+}
+
+void SmoothOption::addTo(CLI::App& parser) {
+  parser.add_option("--smooth", text, "Take jitter out, moving no corner by more than this")
+      ->check(refuseEmpty)
+      ->option_text("PX");
+}
+
+std::optional<double> SmoothOption::value() const { return parsePixels("--smooth", text); }
+
+void FillOption::addTo(CLI::App& parser) {
+  parser.add_flag("--fill", given, "Interpolate held and reduced frames between good ones");
+}
+
+void AtOption::addTo(CLI::App& parser) {
+  parser.add_option("--at", lists, "Write transforms between frames, too: 10.5,11.25")
+      ->check(refuseEmpty)
+      ->allow_extra_args(false)
+      ->option_text("FRAMES");
+}
+
+std::vector<double> AtOption::value() const {
+  std::vector<double> frames;
+  for (const std::string& list : lists) {
+    for (std::size_t start = 0; start <= list.size();) {
+      const std::size_t end = std::min(list.find(',', start), list.size());
+      const std::string text = list.substr(start, end - start);
+      const std::optional<double> frame = parseWhole<double>(text);
+      if (!frame || !std::isfinite(*frame)) {
+        throw std::invalid_argument("--at takes frames such as 10.5,11.25, not \"" + text + "\"");
+      }
+      frames.push_back(*frame);
+      start = end + 1;
+    }
+  }
+  return frames;
 }
 
 std::string refuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }

@@ -129,6 +129,26 @@ struct StrictOption {
   void addTo(CLI::App& parser);
 };
 
+/// --smooth: how far jitter is taken out, in pixels; none when it is not given.
+struct SmoothOption {
+  std::string text;
+  void addTo(CLI::App& parser);
+  std::optional<double> value() const;
+};
+
+/// --fill: held and reduced frames are interpolated.
+struct FillOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
+/// --at: times between frames, in the order given.
+struct AtOption {
+  std::vector<std::string> lists;
+  void addTo(CLI::App& parser);
+  std::vector<double> value() const;
+};
+
 /// Refuses an empty text, as a script's unset variable gives one: the reason, or empty.
 std::string refuseEmpty(const std::string& text);
 

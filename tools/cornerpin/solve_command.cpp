@@ -14,6 +14,8 @@
 #include "shot/files/summary.h"
 #include "shot/files/track_csv.h"
 #include "shot/solve/shot_solver.h"
+#include "shot/time/between.h"
+#include "shot/time/retouch.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
 #include "tools/cornerpin/shared_options.h"
@@ -37,7 +39,11 @@ constexpr const char* kHelp =
     "part once other frames have told where on the surface it is.\n\n"
     "With --reference F the transforms start from frame F instead, and quads are corners read\n"
     "there; without it they are read on the frame given by --base. F has no influence on the "
-    "fit.\n";
+    "fit.\n\n"
+    "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than "
+    "it\n"
+    "may be off; --fill leaves frames at the ends of the shot as they are; --at takes any times\n"
+    "from the first frame to the last. What the fit gave is kept beside it in the JSON.\n";
 
 constexpr const char* kExitCodes =
     "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
@@ -61,6 +67,9 @@ struct Arguments {
   SeedOption seed;
   MaxErrorOption maxError;
   StrictOption strict;
+  SmoothOption smooth;
+  FillOption fill;
+  AtOption at;
 };
 
 void addTo(CLI::App& parser, Arguments& arguments) {
@@ -83,6 +92,9 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.seed.addTo(parser);
   arguments.maxError.addTo(parser);
   arguments.strict.addTo(parser);
+  arguments.smooth.addTo(parser);
+  arguments.fill.addTo(parser);
+  arguments.at.addTo(parser);
 }
 
 SolveOptions optionsOf(const Arguments& arguments) {
@@ -99,6 +111,31 @@ SolveOptions optionsOf(const Arguments& arguments) {
   options.maxError = arguments.maxError.value();
   options.influences = !arguments.explanation.empty();
   return options;
+}
+
+RetouchOptions retouchOf(const Arguments& arguments) {
+  return {arguments.smooth.value(), arguments.fill.given, arguments.at.value()};
+}
+
+// What the times are refused for is known before anything is solved.
+void checkTimes(const std::vector<double>& at, const Tracks& tracks) {
+  try {
+    requireBetween(at, tracks.firstFrame(), tracks.lastFrame());
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(std::string("--at: ") + error.what());
+  }
+}
+
+// Refuses options for what the table does not show where nothing else is written.
+void checkShown(const Arguments& arguments) {
+  if (!arguments.output.path.empty() || arguments.json.given) return;
+  if (arguments.quads.given() != nullptr && arguments.explanation.empty()) {
+    throw std::invalid_argument(std::string(arguments.quads.given()) +
+                                ": the table has no corners: add -o FILE or --json");
+  }
+  if (!arguments.at.lists.empty()) {
+    throw std::invalid_argument("--at: the table has no transforms: add -o FILE or --json");
+  }
 }
 
 // Refuses outputs that would replace the input or one another.
@@ -140,18 +177,17 @@ int exitCode(const Arguments& arguments, const ShotResult& result) {
 }
 
 int run(const Arguments& arguments) {
-  if (arguments.quads.given() != nullptr && arguments.output.path.empty() &&
-      arguments.explanation.empty() && !arguments.json.given) {
-    throw std::invalid_argument(std::string(arguments.quads.given()) +
-                                ": the table has no corners: add -o FILE or --json");
-  }
+  checkShown(arguments);
   const SolveOptions options = optionsOf(arguments);
+  const RetouchOptions retouches = retouchOf(arguments);
   const Format format = arguments.output.format();
   checkOutputs(arguments);
 
   Tracks tracks = readTracks(arguments.input.path);
   arguments.selection.apply(tracks);
-  const ShotResult result = solveWithBar(tracks, options);
+  checkTimes(retouches.at, tracks);
+  ShotResult result = solveWithBar(tracks, options);
+  retouch(result, retouches);
   if (!arguments.explanation.empty()) writeExplanation(arguments.explanation, tracks, result);
   const auto write = [&](const std::string& path, Format as) {
     OutputFile out(path);
