@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// robustness_table [WORD] prints how far the solve's corners lie from the truth on made shots with
-// known faults, beside plain squares and, where OpenCV is there, its robust estimators on the same
-// frames. With a word only the shots in whose name it is.
+// robustness_table [WORD [time]] prints how far the solve's corners lie from the truth on made
+// shots with known faults, beside plain squares and, where OpenCV is there, its robust estimators
+// on the same frames. With a word only the shots in whose name it is; with "time" what smoothing
+// and filling in are worth on these.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -20,6 +21,7 @@
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/key_frames.h"
 #include "tests/shot/known_shots.h"
+#include "tests/shot/time_table.h"
 
 using namespace cornerpin;
 
@@ -358,6 +360,13 @@ void printRow(const Row& row, const std::vector<Entry>& entries) {
 
 int main(int argc, char** argv) {
   const std::string word = argc > 1 ? argv[1] : "";
+  if (argc > 2 && argv[2] == std::string("time")) {
+    made::printTimeHeader();
+    for (const Row& row : rows()) {
+      if (row.name.find(word) != std::string::npos) made::printTimeRow(row.name, row.make, kShots);
+    }
+    return 0;
+  }
   std::vector<Entry> entries = {
       {"default", ours(Loss::Tukey)}, {"cauchy", ours(Loss::Cauchy)}, {"none", ours(Loss::None)}};
 #ifdef CORNERPIN_TABLE_OPENCV
