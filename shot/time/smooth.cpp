@@ -15,15 +15,12 @@ namespace cornerpin {
 
 namespace {
 
-bool isKnown(const ShotResult& result, const FrameResult& frame) {
+bool isKnown(const FrameResult& frame) {
   const Status status = frame.verdict.status;
   if (status != Status::Base && status != Status::Solved) return false;
   const std::array<double, 4> deviations = frame.figures.deviations();
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Point p = carried(result, frame, result.quads.front().corners[i]);
-    if (!std::isfinite(p.x) || !std::isfinite(deviations[i])) return false;
-  }
-  return true;
+  return std::all_of(deviations.begin(), deviations.end(),
+                     [](double d) { return std::isfinite(d); });
 }
 
 // What share of a move is made. Moves that are longer than the deviation are cut to that; where
@@ -103,14 +100,14 @@ void smooth(ShotResult& result, double most, int fixed) {
   std::vector<FrameResult*> frames;
   std::vector<Homography> transforms;
   for (FrameResult& frame : result.frames) {
-    if (!isKnown(result, frame)) continue;
+    if (!isKnown(frame)) continue;
     frames.push_back(&frame);
     transforms.push_back(frame.h);
   }
   const Quad surface = shownByAll(transforms, result.quads.front().corners, result.baseCentre);
   const std::vector<Quad> corners = smoothed(frames, surface);
   for (std::size_t f = 0; f < frames.size(); ++f) {
-    if (frames[f]->frame == result.baseFrame || frames[f]->frame == fixed) continue;
+    if (frames[f]->frame == fixed) continue;  // the base frame has deviations of 0
     moveCorners(result, *frames[f], quadToQuad(surface, corners[f]), most);
   }
 }

@@ -87,9 +87,11 @@ TEST(LeadsTo, WantsEachCornerInFrontAndAtItsPlace) {
   EXPECT_TRUE(leadsTo(moved(10, 0), kQuad, to, kFront));
   EXPECT_FALSE(leadsTo(moved(10.1, 0), kQuad, to, kFront));
   const Homography tilted = {{{1, 0, 0}, {0, 1, 0}, {-1.2e-3, 0, 1}}};
+  const Quad far = {{{900, 60}, {950, 60}, {950, 540}, {900, 540}}};  // the horizon is at x = 833
   Quad behind;
-  for (std::size_t i = 0; i < 4; ++i) behind[i] = map(tilted, kQuad[i]);
-  EXPECT_FALSE(leadsTo(tilted, kQuad, behind, kFront));
+  for (std::size_t i = 0; i < 4; ++i) behind[i] = map(tilted, far[i]);
+  EXPECT_FALSE(leadsTo(tilted, far, behind, kFront));
+  EXPECT_TRUE(leadsTo(tilted, far, behind, {920, 300}));
   Homography nowhere = kIdentity;
   nowhere[0][0] = std::nan("");
   EXPECT_FALSE(leadsTo(nowhere, kQuad, kQuad, kFront));
