@@ -18,17 +18,6 @@ bool isGap(const FrameResult& frame) {
   return frame.verdict.status == Status::Reduced || frame.verdict.status == Status::Held;
 }
 
-double expectedErrorOf(const FrameResult& frame) {
-  double largest = 0.0;
-  for (std::size_t q = 0; q < frame.figures.quads.size(); ++q) {
-    for (double deviation : frame.figures.deviations(q)) {
-      if (!(deviation <= largest)) largest = deviation;
-      if (std::isnan(largest)) return kNoFigure;
-    }
-  }
-  return largest;
-}
-
 class Fill {
  public:
   explicit Fill(ShotResult& result) : result_(result) {}
@@ -53,7 +42,6 @@ class Fill {
           frame.figures.quads[q][c] = {half, 0.0, half};
         }
       }
-      frame.expectedError = expectedErrorOf(frame);
     }
   }
 

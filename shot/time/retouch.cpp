@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/time/retouch.h"
 
+#include "shot/solve/judge.h"
 #include "shot/solve/rebase.h"
 #include "shot/time/between.h"
 #include "shot/time/fill.h"
@@ -20,7 +21,6 @@ void take(FrameResult& frame, const FrameResult& retouched) {
   if (!retouched.filled) return;
   frame.filled = true;
   frame.figures.quads = retouched.figures.quads;
-  frame.expectedError = retouched.expectedError;
 }
 
 }  // namespace
@@ -35,6 +35,7 @@ void retouch(ShotResult& result, const RetouchOptions& options) {
     for (std::size_t i = 0; i < result.frames.size(); ++i) {
       take(result.frames[i], relative.frames[i]);
     }
+    judgeFigures(result);
     result.smooth = options.smooth;
     result.fill = options.fill;
   }

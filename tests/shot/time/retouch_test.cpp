@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -80,6 +82,25 @@ TEST(Retouch, KeepsWhatTheFitGaveBesideIt) {
     }
     EXPECT_EQ(touched, reference ? 58 : 59);
     EXPECT_EQ(after.frames[10].untouched.has_value(), false);
+  }
+}
+
+// The expected error follows what a filled frame's corners may be off, in every reference frame.
+TEST(Retouch, JudgesFilledFramesByTheirNewFigures) {
+  for (std::optional<int> reference : {std::optional<int>(), std::optional<int>(44)}) {
+    const ShotResult after = retouched({std::nullopt, true, {}}, reference);
+    for (std::size_t f = 30; f <= 36; ++f) {
+      const FrameResult& frame = after.frames[f];
+      const std::array<double, 4> deviations = frame.figures.deviations();
+      const double worst = *std::max_element(deviations.begin(), deviations.end());
+      ASSERT_TRUE(std::isfinite(worst));
+      EXPECT_EQ(frame.expectedError, worst);
+      const bool above =
+          std::any_of(frame.doubts.begin(), frame.doubts.end(),
+                      [](const Doubt& doubt) { return doubt.code == DoubtCode::ExpectedError; });
+      EXPECT_EQ(above, worst > after.maxError);
+      EXPECT_FALSE(frame.doubts.empty());
+    }
   }
 }
 
