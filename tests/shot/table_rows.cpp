@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tests/shot/table_rows.h"
+
+#include <cmath>
+#include <random>
+
+using namespace cornerpin;
+
+namespace made {
+
+namespace {
+
+constexpr int kFrames = 60;
+constexpr double kWidth = 1000.0;
+constexpr double kHeight = 600.0;
+
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+  double uniform(double low, double high) {
+    return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0;
+  }
+  double normal() {
+    const double length = std::sqrt(-2.0 * std::log(uniform(1e-12, 1.0)));
+    return length * std::cos(uniform(0.0, 6.283185307179586));
+  }
+
+ private:
+  std::mt19937 engine_;
+};
+
+Homography steady(int f) {
+  const double t = f;
+  return {{{1 + 0.003 * t, 0.002 * t, 4 * t},
+           {-0.003 * t, 1 + 0.001 * t, -2 * t},
+           {2e-6 * t, -3e-6 * t, 1}}};
+}
+
+Homography jumping(int f) {
+  Homography h = steady(f);
+  if (f < kFrames / 2) return h;
+  const Homography turn = {{{-0.6, 0.7, 500}, {-0.7, -0.6, 900}, {0, 0, 1}}};
+  Homography product{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j) {
+      for (std::size_t k = 0; k < 3; ++k) product[i][j] += turn[i][k] * h[k][j];
+    }
+  }
+  return product;
+}
+
+// The far edge comes within a tenth of the horizon.
+Homography grazing(int f) {
+  Homography h = steady(f);
+  h[2][1] = -0.9 / kHeight * f / (kFrames - 1.0);
+  return h;
+}
+
+struct Scenario {
+  std::string name;
+  Homography (*motion)(int);
+  // Changes the true position of track t in frame f; false when it is not seen.
+  std::function<bool(int t, int f, Point& p, Random&)> fault;
+  int tracks = 60;
+  double noise = 0.5;  // standard deviation in pixels
+  // The frames whose errors count.
+  int first = 1;
+  int last = kFrames - 1;
+};
+
+bool sound(int, int, Point&, Random&) { return true; }
+
+Point anywhere(Random& random) { return {random.uniform(0, kWidth), random.uniform(0, kHeight)}; }
+
+Scenario outliers(int percent, int tracks = 60, double noise = 0.5) {
+  return {std::to_string(percent) + " % outliers", steady,
+          [=](int t, int, Point& p, Random& r) {
+            if (t * 100 < percent * tracks) p = anywhere(r);
+            return true;
+          },
+          tracks, noise};
+}
+
+Scenario renamed(Scenario scenario, const char* name) {
+  scenario.name = name;
+  return scenario;
+}
+
+std::vector<Scenario> scenarios() {
+  std::vector<Scenario> all = {{"clean", steady, sound}};
+  for (int percent : {10, 20, 40, 60, 80}) all.push_back(outliers(percent));
+  all.push_back({"30 % slide 1 px a frame", steady, [](int t, int f, Point& p, Random&) {
+                   if (t % 10 < 3) p.x += f, p.y += 0.3 * f;
+                   return true;
+                 }});
+  all.push_back({"40 % drive off together", steady, [](int t, int f, Point& p, Random&) {
+                   if (t % 5 < 2) p.x += 6 * f;
+                   return true;
+                 }});
+  all.push_back({"tracks die, 8 are left", steady,
+                 [](int t, int f, Point&, Random&) { return t < 8 || f < (t * kFrames) / 60; }});
+  all.push_back({"half hidden, 20 % outliers", steady, [](int t, int f, Point& p, Random& r) {
+                   if (t < 12) p = anywhere(r);
+                   return f < 20 || f > 40 || t % 2 == 0;
+                 }});
+  all.push_back({"jump, 30 % outliers", jumping, [](int t, int, Point& p, Random& r) {
+                   if (t < 18) p = anywhere(r);
+                   return true;
+                 }});
+  all.push_back({"near the horizon, 20 % outliers", grazing, [](int t, int, Point& p, Random& r) {
+                   if (t < 12) p = anywhere(r);
+                   return true;
+                 }});
+  all.push_back({"noise of 3 px", steady, sound, 60, 3.0});
+  all.push_back(renamed(outliers(20, 60, 3.0), "noise of 3 px, 20 % outliers"));
+  all.push_back(renamed(outliers(20, 60, 0.1), "noise of 0.1 px, 20 % outliers"));
+  all.push_back({"half creep 0.05 px a frame", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (t % 2 == 0) p.x += (t % 4 ? 0.05 : -0.05) * f, p.y += 0.02 * f;
+                   return true;
+                 },
+                 60, 0.1});
+  all.push_back({"heavy tails", steady,
+                 [](int, int, Point& p, Random& r) {
+                   const double length = 0.5 / std::sqrt(r.uniform(1e-4, 1.0));
+                   const double angle = r.uniform(0.0, 6.283185307179586);
+                   p.x += length * std::cos(angle), p.y += length * std::sin(angle);
+                   return true;
+                 },
+                 60, 0.1});
+  all.push_back({"12 tracks, one 20 px off", steady,
+                 [](int t, int, Point& p, Random&) {
+                   if (t == 0) p.x += 20.0;
+                   return true;
+                 },
+                 12, 0.5});
+  all.push_back({"12 tracks, 4 wander off", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (t < 4) p.x += 0.3 * t * f, p.y += 0.3 * f;
+                   return true;
+                 },
+                 12, 0.5});
+  all.push_back({"8 tracks", steady, sound, 8, 0.5});
+  all.push_back(renamed(outliers(40, 300, 0.5), "300 tracks, 40 % outliers"));
+  all.push_back({"a tenth close on another surface", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (t % 10 == 0) p.x += 3 + 0.1 * f + 0.01 * p.y;
+                   return true;
+                 },
+                 60, 1.0});
+  for (int left : {1, 2, 3, 4, 5}) {
+    all.push_back({std::to_string(left) + (left > 1 ? " tracks" : " track") + " for 10 frames",
+                   steady,
+                   [left](int t, int f, Point&, Random&) { return f < 25 || f >= 35 || t < left; },
+                   60, 0.5, 25, 34});
+  }
+  all.push_back({"tracks near one line for 10 frames", steady,
+                 [](int t, int f, Point& p, Random&) {
+                   if (f < 25 || f >= 35) return true;
+                   const Point centre = map(steady(f), {500, 300});
+                   return t % 2 == 0 && std::fabs(p.y - centre.y) < 40.0;
+                 },
+                 120, 0.5, 25, 34});
+  all.push_back({"tracks in one corner for 10 frames", steady,
+                 [](int, int f, Point& p, Random&) {
+                   if (f < 25 || f >= 35) return true;
+                   const Point corner = map(steady(f), {100, 100});
+                   return std::hypot(p.x - corner.x, p.y - corner.y) < 90.0;
+                 },
+                 200, 0.5, 25, 34});
+  return all;
+}
+
+// With these OpenCV's estimators do well on the whole. Left at a third or a half, their corners are
+// up to three times as far off on the relay shots and the pans; frame to frame, up to four times on
+// the late tracks, and still half as far again where key frames need 20 tracks and those have 12.
+constexpr KeyFrames kKeyFrames = {0.8, 12};
+
+KnownShot shotOf(const Scenario& scenario, unsigned seed) {
+  Random random(seed);
+  KnownShot shot;
+  for (int t = 0; t < scenario.tracks; ++t) {
+    shot.tracks.names.push_back("t" + std::to_string(t));
+    shot.places.push_back(anywhere(random));
+  }
+  for (int f = 0; f < kFrames; ++f) {
+    shot.motion.push_back(scenario.motion(f));
+    const Homography& motion = shot.motion.back();
+    shot.corners.push_back({map(motion, {100, 60}), map(motion, {900, 60}), map(motion, {900, 540}),
+                            map(motion, {100, 540})});
+    for (int t = 0; t < scenario.tracks; ++t) {
+      Point p = map(motion, shot.places[static_cast<std::size_t>(t)]);
+      if (f > 0 && !scenario.fault(t, f, p, random)) continue;
+      Observation o;
+      o.x = p.x + (f > 0 ? scenario.noise * random.normal() : 0.0);
+      o.y = p.y + (f > 0 ? scenario.noise * random.normal() : 0.0);
+      o.track = t;
+      o.frame = f;
+      shot.tracks.observations.push_back(o);
+    }
+  }
+  return shot;
+}
+
+TableRow rowOf(const Scenario& scenario) {
+  return {scenario.name, [scenario](unsigned seed) { return shotOf(scenario, seed); },
+          scenario.first, scenario.last, kBaseAlone};
+}
+
+TableRow relayRow(const char* name, int atATime, Faults faults = {}) {
+  Relay what;
+  what.atATime = atATime;
+  what.faults = faults;
+  return {name, [what](unsigned seed) { return relay(what, seed); }, 1, what.frames - 1,
+          kKeyFrames};
+}
+
+TableRow panRow(const char* name, bool thereAndBack, Faults faults = {}) {
+  Pan what;
+  what.thereAndBack = thereAndBack;
+  what.faults = faults;
+  return {name, [what](unsigned seed) { return pan(what, seed); }, 1, what.frames - 1, kKeyFrames};
+}
+
+TableRow lateRow(const char* name, Faults faults = {}) {
+  Late what;
+  what.faults = faults;
+  return {name, [what](unsigned seed) { return late(what, seed); }, 1, what.frames - 1, kKeyFrames};
+}
+
+TableRow renamedRow() {
+  Late what;
+  what.frames = 150;
+  what.fromTheStart = 60;
+  what.later = 0;
+  return {"60 tracks renamed every 40 frames",
+          [what](unsigned seed) { return renamed(late(what, seed), 40, 10); }, 1, what.frames - 1,
+          kKeyFrames};
+}
+
+}  // namespace
+
+std::vector<TableRow> tableRows() {
+  std::vector<TableRow> all;
+  for (const Scenario& scenario : scenarios()) all.push_back(rowOf(scenario));
+  all.push_back(relayRow("relay, 30 at a time", 30));
+  all.push_back(relayRow("relay, 100 at a time", 100));
+  all.push_back(relayRow("relay, 60 at a time, 20 % outliers", 60, {Fault::Outlier, 0.2}));
+  all.push_back(
+      relayRow("relay, 60 at a time, 30 % slide and stay", 60, {Fault::SlideAndStay, 0.3}));
+  all.push_back(relayRow("relay, 60 at a time, 30 % jump", 60, {Fault::Jump, 0.3}));
+  all.push_back(panRow("pan along a wall", false));
+  all.push_back(panRow("pan along a wall, 20 % outliers", false, {Fault::Outlier, 0.2}));
+  all.push_back(panRow("pan there and back", true));
+  all.push_back(lateRow("late tracks"));
+  all.push_back(lateRow("late tracks, 30 % slide and come back", {Fault::Slide, 0.3}));
+  all.push_back(lateRow("late tracks, 30 % slide and stay", {Fault::SlideAndStay, 0.3}));
+  all.push_back(lateRow("late tracks, 30 % slide from birth", {Fault::SlideFromBirth, 0.3}));
+  all.push_back(lateRow("late tracks, 30 % jump", {Fault::Jump, 0.3}));
+  all.push_back(renamedRow());
+  return all;
+}
+
+}  // namespace made
