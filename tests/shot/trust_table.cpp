@@ -6,6 +6,7 @@
 // A frame holds when the worst corner of its quad lies within two of that corner's deviations of
 // the truth.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -115,9 +116,10 @@ void addShot(const made::TableRow& row, unsigned seed, Line& line) {
   }
 }
 
-// The board's outline in frame 60, from which its truth leads. The truth fits the corners that it
-// was made from to 0.14 px.
-constexpr Quad kBoard = {{{267.35, 184.63}, {403.59, 56.38}, {609.57, 236.28}, {399.49, 399.15}}};
+// The board in frame 60, from which its truth leads: the outer ones of the inner corners, which the
+// truth was made from and fits to 0.14 px, and its outline, to which the truth is extended.
+constexpr Quad kInner = {{{308.49, 182.45}, {394.53, 103.06}, {527.65, 235.23}, {410.71, 329.38}}};
+constexpr Quad kOutline = {{{267.35, 184.63}, {403.59, 56.38}, {609.57, 236.28}, {399.49, 399.15}}};
 constexpr int kBoardFrame = 60;
 constexpr double kBoardNoise = 0.14;
 
@@ -141,20 +143,20 @@ std::vector<std::optional<Homography>> boardTruth(const Tracks& tracks) {
 }
 
 // With a base the quad is given there, else where it has been carried to.
-void printBoard(const std::string& name, std::optional<int> base) {
+void printBoard(const std::string& name, const Quad& board, std::optional<int> base) {
   const Tracks tracks = readTracks(CORNERPIN_DATA "/board.csv");
   const auto truth = boardTruth(tracks);
   SolveOptions options;
   options.base = base;
   if (!base) options.base = solveShot(tracks, {}).baseFrame;
   const auto& toBase = truth[static_cast<std::size_t>(*options.base - tracks.firstFrame())];
-  options.quads = {{"board", imagesOf(kBoard, *options.base == kBoardFrame ? kIdentity : *toBase)}};
+  options.quads = {{"board", imagesOf(board, *options.base == kBoardFrame ? kIdentity : *toBase)}};
   const ShotResult result = solveShot(tracks, options);
   Line line;
   for (std::size_t f = 0; f < result.frames.size(); ++f) {
     const FrameResult& frame = result.frames[f];
     if (!truth[f] || frame.verdict.status == Status::Base) continue;
-    line.add(imagesOf(options.quads[0].corners, frame.h), imagesOf(kBoard, *truth[f]),
+    line.add(imagesOf(options.quads[0].corners, frame.h), imagesOf(board, *truth[f]),
              frame.figures.deviations(), kBoardNoise);
   }
   line.print(name + " from frame " + std::to_string(*options.base));
@@ -176,7 +178,9 @@ int main(int argc, char** argv) {
     line.print(row.name);
   }
   if (wanted("board")) {
-    printBoard("board", kBoardFrame);
-    printBoard("board", std::nullopt);
+    for (const std::optional<int>& base : {std::optional<int>(kBoardFrame), std::optional<int>()}) {
+      printBoard("board, inner corners,", kInner, base);
+      printBoard("board, outline,", kOutline, base);
+    }
   }
 }
