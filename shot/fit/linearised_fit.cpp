@@ -58,6 +58,24 @@ Slopes slopesOf(const Homography& h, Point p) {
           {0.0, 0.0, 0.0, a.x, a.y, 1.0 / s, -q.y * a.x, -q.y * a.y}};
 }
 
+Symmetric2 sum(const Symmetric2& a, const Symmetric2& b) {
+  return {a.xx + b.xx, a.xy + b.xy, a.yy + b.yy};
+}
+
+Symmetric2 times(double factor, const Symmetric2& s) {
+  return {factor * s.xx, factor * s.xy, factor * s.yy};
+}
+
+Symmetric2 covarianceOf(const Slopes& slopes, const std::array<Parameters, 8>& covariance) {
+  Parameters x{};
+  Parameters y{};
+  for (std::size_t i = 0; i < kSize; ++i) {
+    x[i] = dot(covariance[i], slopes.x);
+    y[i] = dot(covariance[i], slopes.y);
+  }
+  return {dot(slopes.x, x), dot(slopes.y, x), dot(slopes.y, y)};
+}
+
 LinearisedFit::LinearisedFit(const Matches& matches, const FittedFrame& frame)
     : model_(frame.model), kept_(frame.kept) {
   Points from;

@@ -47,6 +47,12 @@ struct Symmetric2 {
   double yy = 0.0;
 };
 
+Symmetric2 sum(const Symmetric2& a, const Symmetric2& b);
+Symmetric2 times(double factor, const Symmetric2& s);
+
+/// S C S': of a point's image, with C the covariance of the parameters.
+Symmetric2 covarianceOf(const Slopes& slopes, const std::array<Parameters, 8>& covariance);
+
 /// A weighted least-squares fit linearised at its solution, A = sum of w^2 S'S with S a track's
 /// slopes. Parameters and slopes are those between coordinates of the tracks' own boxes: squared
 /// pixels would leave A without a usable inverse.

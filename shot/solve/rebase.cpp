@@ -74,10 +74,6 @@ Derivative inverse(const Derivative& d) {
   return {d.Yy / determinant, -d.Xy / determinant, -d.Yx / determinant, d.Xx / determinant};
 }
 
-Symmetric2 sum(const Symmetric2& a, const Symmetric2& b) {
-  return {a.xx + b.xx, a.xy + b.xy, a.yy + b.yy};
-}
-
 // Where rounding has left less than nothing, nothing is left.
 Symmetric2 difference(const Symmetric2& a, const Symmetric2& b) {
   Symmetric2 c = {a.xx - b.xx, a.xy - b.xy, a.yy - b.yy};

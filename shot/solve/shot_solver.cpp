@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
 #include "shot/plane/median.h"
 #include "shot/solve/base_choice.h"
@@ -14,6 +15,7 @@
 #include "shot/solve/shot_sweeps.h"
 #include "shot/solve/track_runs.h"
 #include "shot/trust/final_weights.h"
+#include "shot/trust/lasting_errors.h"
 
 namespace cornerpin {
 
@@ -43,6 +45,7 @@ class ShotSolver {
         base_(sweeps.base()),
         runs_(tracks.names.size()),
         extent_(extentOf(boxAround(sweeps.surface()))),
+        lasting_(tracks.names.size()),
         worst_(kVisible * extent_) {
     result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.tracks().size());
@@ -55,6 +58,7 @@ class ShotSolver {
     result_.maxError = options.maxError.value_or(kTolerable * extent_);
     result_.baseCentre = sweeps.units().fileToFit.centre;
     result_.frames = sweeps.frames();
+    errors_.resize(result_.frames.size());
   }
 
   ShotResult solve() {
@@ -63,6 +67,7 @@ class ShotSolver {
     for (int track : base_.tracks()) runs_.add(track, base_.frame(), TrackUse::Good);
     addTrust(+1, tracks_.lastFrame());
     addTrust(-1, tracks_.firstFrame());
+    addFigures();
     for (const TrackStretch& stretch : worst_.worst(kListed)) {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
@@ -73,9 +78,11 @@ class ShotSolver {
   }
 
  private:
-  FrameResult& resultOf(int frame) {
-    return result_.frames[static_cast<std::size_t>(frame - tracks_.firstFrame())];
+  std::size_t indexOf(int frame) const {
+    return static_cast<std::size_t>(frame - tracks_.firstFrame());
   }
+  FrameResult& resultOf(int frame) { return result_.frames[indexOf(frame)]; }
+  FrameErrors& errorsOf(const FrameResult& result) { return errors_[indexOf(result.frame)]; }
 
   // Puts what the figures of trust are about into the base frame.
   void placeQuads() {
@@ -111,15 +118,15 @@ class ShotSolver {
     }
   }
 
-  // The figures of trust: of the frame about its good tracks alone, of each track with the weight
-  // that the fit left it.
+  // What the figures of trust come from: the frame's errors, of its good tracks alone, and what
+  // each track does, with the weight that the fit left it.
   void addTrust(FrameResult& result) {
     const Point front = result_.baseCentre;
     const Matches used = sweeps_.usedIn(result);
     FittedFrame fitted = sweeps_.fittedAs(result, used);
-    result.figures = figuresOf(used, fitted, quads_, front);
+    errorsOf(result) = cornerpin::errorsOf(used, fitted, quads_, front);
     const bool solved = result.verdict.status == Status::Solved;
-    if (result.handedOver > 0 && solved) takeJoint(result);
+    if (solved) addResiduals(result, used, fitted.weights);
     if (sweeps_.toldBad(result) && solved) {
       fitted.weights = lossWeights(used, result.h, front, result.loss, result.width);
     }
@@ -131,13 +138,36 @@ class ShotSolver {
     addUses(result);
   }
 
-  // The covariances of a frame that was fitted to places which others have told.
-  void takeJoint(FrameResult& result) const {
-    const auto& all = covariances_[static_cast<std::size_t>(result.frame - tracks_.firstFrame())];
-    for (std::size_t q = 0; q < quads_.size(); ++q) {
-      CornerCovariances& quad = result.figures.quads[q];
-      std::copy_n(all.begin() + static_cast<std::ptrdiff_t>(4 * q), 4, quad.begin());
+  // Of the good tracks whose places other frames have told.
+  void addResiduals(const FrameResult& result, const Matches& used,
+                    const std::vector<double>& weights) {
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      const Match match = used[i];
+      if (!(weights[i] > 0.0) || base_.sees(match.track)) continue;
+      lasting_.add(match.track, result.frame, residual(match, result.h));
     }
+  }
+
+  // How far the corners of all frames may be off, with what the frames say of each other's noise.
+  void addFigures() {
+    const NoiseEstimate shot = noiseOfShot();
+    for (FrameResult& result : result_.frames) {
+      if (result.frame == base_.frame()) continue;
+      const FrameErrors& errors = errorsOf(result);
+      result.figures = figuresOf(errors, shot);
+      if (result.handedOver > 0 && result.verdict.status == Status::Solved) {
+        takeJoint(covariances_[indexOf(result.frame)], lasting_.varianceRatio(), errors,
+                  result.figures);
+      }
+    }
+  }
+
+  NoiseEstimate noiseOfShot() const {
+    std::vector<NoiseEstimate> frames;
+    for (const FrameErrors& one : errors_) {
+      if (std::isfinite(one.noise)) frames.push_back({one.noise * one.noise, one.freedom});
+    }
+    return shotNoise(frames);
   }
 
   // What each track that is seen in a frame is there. A track that the fit did without may still
@@ -176,7 +206,7 @@ class ShotSolver {
       result.name = tracks_.names[t];
       result.place = sweeps_.surfaceMap().placeOf(track);
       if (!base_.sees(track) && sweeps_.surfaceMap().knows(track)) {
-        result.covariance = sweeps_.places()[t].covariance;
+        result.covariance = times(lasting_.varianceRatio(), sweeps_.places()[t].covariance);
       } else if (sweeps_.surfaceMap().knows(track) && std::isfinite(variance)) {
         result.covariance = {variance, 0.0, variance};
       }
@@ -193,6 +223,8 @@ class ShotSolver {
   std::vector<Quad> quads_;                           // in the base frame
   std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners
   double extent_;                                     // of the surface in the base frame
+  LastingErrors lasting_;
+  std::vector<FrameErrors> errors_;  // by frame
   WorstTracks worst_;
   ShotResult result_;
 };

@@ -13,7 +13,7 @@
 #include "shot/surface/joint_fit.h"
 #include "shot/surface/start_places.h"
 #include "shot/trust/final_weights.h"
-#include "shot/trust/frame_figures.h"
+#include "shot/trust/uncertainty.h"
 
 namespace cornerpin {
 
@@ -105,12 +105,12 @@ bool ShotSweeps::othersAgree(const std::vector<JointFrame>& joint) const {
 double ShotSweeps::moveOf(const FrameResult& frame, const Homography& h) const {
   const Quad corners = cornersOf(boxAround(surface_));
   const Matches used = usedIn(frame);
-  const FrameFigures figures =
-      figuresOf(used, fittedAs(frame, used), {corners}, units_.fileToFit.centre);
+  const Uncertainty uncertainty(used, fittedAs(frame, used));
   double sum = 0.0;
-  for (std::size_t c = 0; c < 4; ++c) {
-    sum +=
-        squaredDistance(map(h, corners[c]), map(frame.h, corners[c])) / figures.quads[0][c].trace();
+  for (Point corner : corners) {
+    if (!onSameSide(frame.h, corner, units_.fileToFit.centre)) return kNoFigure;
+    sum += squaredDistance(map(h, corner), map(frame.h, corner)) /
+           uncertainty.covarianceAt(corner).trace();
   }
   return sum / 4.0;
 }

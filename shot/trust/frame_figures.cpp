@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "shot/trust/jackknife.h"
 #include "shot/trust/uncertainty.h"
 
 namespace cornerpin {
@@ -26,17 +27,52 @@ FrameFigures baseFrameFigures(std::size_t quads) {
   return {kNoFigure, std::vector<CornerCovariances>(quads)};
 }
 
-FrameFigures figuresOf(const Matches& matches, const FittedFrame& fitted,
-                       const std::vector<Quad>& quads, Point front) {
+FrameErrors errorsOf(const Matches& matches, const FittedFrame& fitted,
+                     const std::vector<Quad>& quads, Point front) {
   const Uncertainty uncertainty(matches, fitted);
-  FrameFigures figures{uncertainty.noise(), std::vector<CornerCovariances>(quads.size())};
+  const CornerCovariances none = {kNoCovariance, kNoCovariance, kNoCovariance, kNoCovariance};
+  const std::vector<CornerCovariances> nothing(quads.size(), none);
+  FrameErrors errors{uncertainty.noise(), uncertainty.freedom(), nothing, nothing};
+  if (fitted.model == Model::Held || !uncertainty.isDetermined()) return errors;
+  const Jackknife jackknife(matches, fitted, uncertainty.fit());
   for (std::size_t q = 0; q < quads.size(); ++q) {
     for (std::size_t i = 0; i < 4; ++i) {
-      const bool seen = onSameSide(fitted.h, quads[q][i], front);
-      figures.quads[q][i] = seen ? uncertainty.covarianceAt(quads[q][i]) : kNoCovariance;
+      const Point corner = quads[q][i];
+      if (!onSameSide(fitted.h, corner, front)) continue;
+      errors.ofOne[q][i] = uncertainty.unitCovarianceAt(corner);
+      errors.jackknife[q][i] = jackknife.covarianceAt(corner);
+    }
+  }
+  return errors;
+}
+
+FrameFigures figuresOf(const FrameErrors& errors, const NoiseEstimate& shot) {
+  FrameFigures figures{errors.noise, errors.ofOne};
+  const NoiseEstimate noise = pooled({errors.noise * errors.noise, errors.freedom}, shot);
+  const double variance =
+      noise.freedom > 0.0 ? noise.variance * estimatedNoiseFactor(noise.freedom) : kNoFigure;
+  for (std::size_t q = 0; q < figures.quads.size(); ++q) {
+    for (std::size_t i = 0; i < 4; ++i) {
+      Symmetric2& covariance = figures.quads[q][i];
+      covariance = times(variance, covariance);
+      const Symmetric2& other = errors.jackknife[q][i];
+      if (other.trace() > covariance.trace()) covariance = other;
     }
   }
   return figures;
+}
+
+void takeJoint(const std::vector<Symmetric2>& joint, double lasting, const FrameErrors& errors,
+               FrameFigures& figures) {
+  const double variance = errors.noise * errors.noise;
+  for (std::size_t q = 0; q < figures.quads.size(); ++q) {
+    for (std::size_t i = 0; i < 4; ++i) {
+      Symmetric2& covariance = figures.quads[q][i];
+      const double share = 1.0 - variance * errors.ofOne[q][i].trace() / covariance.trace();
+      const Symmetric2 beyond = times(share > 0.0 ? share : 0.0, covariance);
+      covariance = sum(times(lasting, joint[4 * q + i]), beyond);
+    }
+  }
 }
 
 }  // namespace cornerpin

@@ -10,13 +10,13 @@
 #include "shot/fit/linearised_fit.h"
 #include "shot/fit/matches.h"
 #include "shot/plane/points.h"
+#include "shot/trust/shot_noise.h"
 
 namespace cornerpin {
 
 constexpr double kNoFigure = std::numeric_limits<double>::quiet_NaN();
 
-/// How far noise lets the images of a quad's corners be off: their covariances
-/// (`Uncertainty::covarianceAt`).
+/// How far errors let the images of a quad's corners be off: their covariances, in pixels^2.
 using CornerCovariances = std::array<Symmetric2, 4>;
 
 /// The figures of trust of one frame: how far its transform can be relied on.
@@ -33,14 +33,36 @@ struct FrameFigures {
   std::vector<CornerCovariances> quads;
 };
 
+/// What a frame's own fit says of its errors. NaN where it says nothing.
+struct FrameErrors {
+  double noise = kNoFigure;                  ///< of its residuals
+  double freedom = 0.0;                      ///< `Uncertainty::freedom`
+  std::vector<CornerCovariances> ofOne;      ///< of each quad: what noise of 1 pixel makes of it
+  std::vector<CornerCovariances> jackknife;  ///< of each quad: by leaving out tracks
+};
+
 /// Of the base frame, whose transform is given.
 FrameFigures baseFrameFigures(std::size_t quads);
 
 /// \param fitted  with the weights of the good tracks, in full
 /// \param quads   in the base frame
 /// \param front   a place in the base frame that is in front of the horizon
-FrameFigures figuresOf(const Matches& matches, const FittedFrame& fitted,
-                       const std::vector<Quad>& quads, Point front);
+FrameErrors errorsOf(const Matches& matches, const FittedFrame& fitted,
+                     const std::vector<Quad>& quads, Point front);
+
+/// A corner's covariance is the larger of two: that of equal noise, as much of it as the frame and
+/// the shot say (`pooled`), enlarged where few errors have told it (`estimatedNoiseFactor`); and
+/// the jackknife's.
+FrameFigures figuresOf(const FrameErrors& errors, const NoiseEstimate& shot);
+
+/// Of a frame that was fitted to places which other frames have told: adds to the covariances of
+/// the fit of all frames together what `figuresOf` the frame alone has beyond equal noise as its
+/// residuals tell it.
+///
+/// \param joint    of the corners of all quads, in order
+/// \param lasting  by how much errors that last enlarge those (`LastingErrors::varianceRatio`)
+void takeJoint(const std::vector<Symmetric2>& joint, double lasting, const FrameErrors& errors,
+               FrameFigures& figures);
 
 }  // namespace cornerpin
 

@@ -69,18 +69,12 @@ Uncertainty::Uncertainty(const Matches& matches, const FittedFrame& frame)
   const double left = total - absorbed;
   if (count > tracksFor(frame.model) && left > kNothingLeft * total) {
     noise_ = std::sqrt(squares / left);
+    freedom_ = 2.0 * static_cast<double>(count - tracksFor(frame.model));
   }
 }
 
 Symmetric2 Uncertainty::unitCovarianceAt(Point base) const {
-  const Slopes s = fit_.slopesAt(base);
-  Parameters x{};
-  Parameters y{};
-  for (std::size_t i = 0; i < 8; ++i) {
-    x[i] = dot(unitCovariance_[i], s.x);
-    y[i] = dot(unitCovariance_[i], s.y);
-  }
-  return {dot(s.x, x), dot(s.y, x), dot(s.y, y)};
+  return covarianceOf(fit_.slopesAt(base), unitCovariance_);
 }
 
 Symmetric2 Uncertainty::covarianceAt(Point base) const {

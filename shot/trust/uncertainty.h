@@ -29,6 +29,10 @@ class Uncertainty {
   /// s: the standard deviation of a track along each axis, in pixels. NaN where the model meets
   /// its tracks exactly whatever they are (as four tracks do) and for a held frame.
   double noise() const { return noise_; }
+  /// How many errors told the noise: two for each track beyond those that the model meets. 0 where
+  /// there is none.
+  double freedom() const { return freedom_; }
+  const LinearisedFit& fit() const { return fit_; }
   /// The covariance of the image of a point that is exact in the base frame, in pixels^2.
   Symmetric2 covarianceAt(Point base) const;
   /// The same for noise of 1 pixel, whatever the residuals say.
@@ -41,6 +45,7 @@ class Uncertainty {
   std::array<Parameters, 8>
       unitCovariance_{};  // of the parameters, for noise of 1: inv(A) B inv(A)
   double noise_;
+  double freedom_ = 0.0;
 };
 
 }  // namespace cornerpin

@@ -100,8 +100,9 @@ int main(int argc, char** argv) {
   const std::string word = argc > 1 ? argv[1] : "";
   if (argc > 2 && argv[2] == std::string("time")) {
     made::printTimeHeader();
-    for (const Row& row : rows()) {
-      if (row.name.find(word) != std::string::npos) made::printTimeRow(row.name, row.make, kShots);
+    for (const made::TableRow& row : made::tableRows()) {
+      if (row.name.find(word) != std::string::npos)
+        made::printTimeRow(row.name, row.make, made::kTableShots);
     }
     return 0;
   }

@@ -64,54 +64,71 @@ void forEachInfluence(const ShotResult& result,
 
 }  // namespace
 
-TEST(Trust, GivesTheSpreadOfTheCornersOverAThousandNoisyCopiesOfAShot) {
-  constexpr int kCopies = 1000;
-  double figure[3][4] = {};
-  double seen[3][4] = {};
-  for (unsigned copy = 0; copy < kCopies; ++copy) {
-    const Tracks tracks = noisyShot(24, 0.5, copy);
-    const ShotResult result = solveShot(tracks, fromTheFirstFrame(kCorners));
-    for (std::size_t f = 1; f < 3; ++f) {
-      for (std::size_t c = 0; c < 4; ++c) {
-        const Point p = map(result.frames[f].h, kCorners[c]);
-        const Point q = map(motion(static_cast<int>(f)), kCorners[c]);
-        seen[f][c] += (std::pow(p.x - q.x, 2) + std::pow(p.y - q.y, 2)) / kCopies;
-        figure[f][c] += std::pow(result.frames[f].figures.deviations()[c], 2) / kCopies;
-      }
-    }
-  }
-  for (std::size_t f = 1; f < 3; ++f) {
+namespace {
+
+// Of many noisy copies of a shot: in each corner of a frame what the figures say, as a mean square,
+// and what happens; and in how many copies the worst corner lies within two deviations.
+struct Copies {
+  explicit Copies(int count) : count(count) {}
+
+  void add(const FrameResult& frame) {
+    const std::array<double, 4> deviations = frame.figures.deviations();
+    std::array<double, 4> errors{};
     for (std::size_t c = 0; c < 4; ++c) {
-      std::printf("frame %zu corner %zu: figure %.4f px, spread %.4f px\n", f, c,
-                  std::sqrt(figure[f][c]), std::sqrt(seen[f][c]));
-      EXPECT_NEAR(std::sqrt(figure[f][c] / seen[f][c]), 1.0, 0.1);
+      errors[c] = std::sqrt(
+          squaredDistance(map(frame.h, kCorners[c]), map(motion(frame.frame), kCorners[c])));
+      seen[c] += errors[c] * errors[c] / count;
+      figure[c] += deviations[c] * deviations[c] / count;
+    }
+    const auto worst =
+        static_cast<std::size_t>(std::max_element(errors.begin(), errors.end()) - errors.begin());
+    if (errors[worst] <= 2.0 * deviations[worst]) ++within;
+  }
+
+  // Somewhat careful: the larger of two estimates is more than either.
+  void expectThatTwoDeviationsHold() const {
+    std::printf("within two deviations %.1f %%\n", 100.0 * within / count);
+    EXPECT_GE(within, 0.92 * count);
+    EXPECT_LE(within, 0.99 * count);
+    for (std::size_t c = 0; c < 4; ++c) {
+      std::printf("corner %zu: figure %.4f px, spread %.4f px\n", c, std::sqrt(figure[c]),
+                  std::sqrt(seen[c]));
+      EXPECT_GT(std::sqrt(figure[c] / seen[c]), 1.0);
+      EXPECT_LT(std::sqrt(figure[c] / seen[c]), 1.5);
     }
   }
+
+  int count;
+  int within = 0;
+  std::array<double, 4> figure{};
+  std::array<double, 4> seen{};
+};
+
+}  // namespace
+
+TEST(Trust, HoldsTheWorstCornerOfAThousandNoisyCopiesOfAShot) {
+  Copies first(1000);
+  Copies second(1000);
+  for (unsigned copy = 0; copy < 1000; ++copy) {
+    const ShotResult result = solveShot(noisyShot(24, 0.5, copy), fromTheFirstFrame(kCorners));
+    first.add(result.frames[1]);
+    second.add(result.frames[2]);
+  }
+  first.expectThatTwoDeviationsHold();
+  second.expectThatTwoDeviationsHold();
 }
 
 // Every sixth track is somewhere else in every frame but the base; the figure is about the rest.
-TEST(Trust, GivesTheSpreadOfTheCornersWithBadTracksAmongTheGood) {
-  constexpr int kCopies = 300;
-  double figure[4] = {};
-  double seen[4] = {};
-  for (unsigned copy = 0; copy < kCopies; ++copy) {
+TEST(Trust, HoldsTheWorstCornerWithBadTracksAmongTheGood) {
+  Copies copies(500);
+  for (unsigned copy = 0; copy < 500; ++copy) {
     Tracks tracks = noisyShot(36, 0.5, copy);
     for (Observation& o : tracks.observations) {
       if (o.track % 6 == 5 && o.frame > 0) o.x += 25 + o.track;
     }
-    const ShotResult result = solveShot(tracks, fromTheFirstFrame(kCorners));
-    for (std::size_t c = 0; c < 4; ++c) {
-      const Point p = map(result.frames[2].h, kCorners[c]);
-      const Point q = map(motion(2), kCorners[c]);
-      seen[c] += (std::pow(p.x - q.x, 2) + std::pow(p.y - q.y, 2)) / kCopies;
-      figure[c] += std::pow(result.frames[2].figures.deviations()[c], 2) / kCopies;
-    }
+    copies.add(solveShot(tracks, fromTheFirstFrame(kCorners)).frames[2]);
   }
-  for (std::size_t c = 0; c < 4; ++c) {
-    std::printf("corner %zu: figure %.4f px, spread %.4f px\n", c, std::sqrt(figure[c]),
-                std::sqrt(seen[c]));
-    EXPECT_NEAR(std::sqrt(figure[c] / seen[c]), 1.0, 0.15);
-  }
+  copies.expectThatTwoDeviationsHold();
 }
 
 TEST(Trust, GivesBadTracksNoWeightAndNoInfluence) {
@@ -164,18 +181,46 @@ class DenseFigures {
     if (a_.size() == 0) a_ = b_ = Eigen::MatrixXd::Zero(s.cols(), s.cols());
     a_ += w2 * s.transpose() * s;
     b_ += w2 * w2 * s.transpose() * v * s;
-    squares_ += w2 * (std::pow(present.x - image.x, 2) + std::pow(present.y - image.y, 2));
+    const Eigen::Vector2d r(present.x - image.x, present.y - image.y);
+    squares_ += w2 * r.squaredNorm();
     total_ += w2 * v.trace();
+    tracks_.push_back({s, r, w2});
   }
   double noise() const { return std::sqrt(squares_ / (total_ - a_.ldlt().solve(b_).trace())); }
+  // The larger of equal noise's, which two errors a track beyond its parameters have told, and the
+  // jackknife's.
   double deviationAt(Point base) const {
     const Eigen::MatrixXd s = slopes(base);
     const Eigen::MatrixXd inverse = a_.inverse();
-    return noise() * std::sqrt((s * inverse * b_ * inverse * s.transpose()).trace());
+    const double left = 2.0 * static_cast<double>(tracks_.size()) - static_cast<double>(a_.rows());
+    const double factor = left / 8.0 * (std::exp(8.0 / left) - 1.0);
+    const double equal = (s * inverse * b_ * inverse * s.transpose()).trace();
+    return std::sqrt(std::max(factor * std::pow(noise(), 2) * equal, jackknifeAt(s)));
   }
 
  private:
   static constexpr double kLength = 300.0;
+
+  struct Track {
+    Eigen::MatrixXd slopes;
+    Eigen::Vector2d residual;
+    double squaredWeight;
+  };
+  // A residual counts at most eight times for what the fit has come towards its track.
+  double jackknifeAt(const Eigen::MatrixXd& s) const {
+    const Eigen::MatrixXd inverse = a_.inverse();
+    double sum = 0.0;
+    for (const auto& [t, r, w2] : tracks_) {
+      const Eigen::SelfAdjointEigenSolver<Eigen::Matrix2d> left(Eigen::Matrix2d::Identity() -
+                                                                w2 * t * inverse * t.transpose());
+      const Eigen::Vector2d share = left.eigenvalues().cwiseMax(0.125);
+      const Eigen::Vector2d actual = left.eigenvectors() * share.cwiseInverse().asDiagonal() *
+                                     left.eigenvectors().transpose() * r;
+      sum += (w2 * s * inverse * t.transpose() * actual).squaredNorm();
+    }
+    const auto count = static_cast<double>(tracks_.size());
+    return (count - 1.0) / count * sum;
+  }
 
   // By differences: the model's own formulas are not needed.
   Eigen::Matrix2d derivatives(Point p) const {
@@ -208,6 +253,7 @@ class DenseFigures {
   Homography h_;
   std::optional<Homography> kept_;
   Eigen::MatrixXd a_, b_;
+  std::vector<Track> tracks_;
   double squares_ = 0.0;
   double total_ = 0.0;
 };
@@ -366,6 +412,35 @@ TEST(Trust, SaysNothingOfWhatItCannotKnow) {
   EXPECT_TRUE(std::isnan(result.frames[1].figures.noise));
   EXPECT_TRUE(std::isnan(result.frames[1].figures.deviations()[0]));
   EXPECT_TRUE(result.worst.empty());
+}
+
+// Four tracks say nothing of the noise; the frames around them do.
+TEST(Trust, TakesTheNoiseOfFourTracksFromTheShot) {
+  Tracks tracks;
+  std::mt19937_64 random(4);
+  std::normal_distribution<double> normal(0, 0.5);
+  constexpr int kFrames = 9;
+  for (int t = 0; t < 24; ++t) tracks.names.push_back("t" + std::to_string(t));
+  for (int f = 0; f < kFrames; ++f) {
+    for (int t = 0; t < (f == 4 ? 4 : 24); ++t) {
+      const Point p =
+          t < 4 ? kCorners[static_cast<std::size_t>(t)]
+                : Point{90.0 + 460.0 * (t * 37 % 101) / 100, 90.0 + 320.0 * (t * 61 % 97) / 96};
+      const double nx = normal(random), ny = normal(random);
+      const Point q = map(motion(f > 4 ? 1 : 0), p);
+      Observation o;
+      o.track = t;
+      o.frame = f;
+      o.x = q.x + nx;
+      o.y = q.y + ny;
+      tracks.observations.push_back(o);
+    }
+  }
+  const FrameResult frame = solveShot(tracks, fromTheFirstFrame(kCorners)).frames[4];
+  ASSERT_EQ(frame.verdict.status, Status::Solved);
+  EXPECT_TRUE(std::isnan(frame.figures.noise));
+  // A corner is a track's place: it is as noisy as the track in each of the two frames.
+  for (double deviation : frame.figures.deviations()) EXPECT_NEAR(deviation, 1.0, 0.2);
 }
 
 TEST(Trust, HasNoFigureForACornerBehindTheHorizon) {

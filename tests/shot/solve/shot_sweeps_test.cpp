@@ -7,7 +7,10 @@
 #include <functional>
 #include <random>
 
+#include "shot/fit/residuals.h"
 #include "shot/solve/shot_solver.h"
+#include "shot/trust/frame_figures.h"
+#include "shot/trust/lasting_errors.h"
 #include "tests/shot/solve/small_shots.h"
 
 using namespace cornerpin;
@@ -378,17 +381,41 @@ TEST(ShotSweeps, GoesAsFarFromTheBaseAsTracksLead) {
   EXPECT_GT(result.frames[199].handedOver, 40);
 }
 
+// The covariances of the joint fit, enlarged by the errors that last in the tracks that other
+// frames have told, and what the frame by itself has beyond equal noise.
 TEST(ShotSweeps, TellsTheCornersOfHandedOverFramesByTheWholeShot) {
   Solved shot(Relay(40, 0.3).tracks, fromFrame(0));
   const ShotResult result = solveShot(shot.tracks, shot.options);
-  Points corners;
-  for (Point corner : result.quads[0].corners) corners.add(corner);
-  const auto covariances = shot.sweeps.jointCovariancesOf(corners);
-  for (std::size_t f : {20u, 39u}) {
-    ASSERT_GT(result.frames[f].handedOver, 0);
-    for (std::size_t c = 0; c < 4; ++c) {
-      EXPECT_EQ(result.frames[f].figures.quads[0][c].xx, covariances[f][c].xx) << f;
-      EXPECT_EQ(result.frames[f].figures.quads[0][c].yy, covariances[f][c].yy) << f;
+  const std::vector<Quad> quads = {result.quads[0].corners};
+  std::vector<FrameErrors> errors(1);  // the base frame's
+  std::vector<NoiseEstimate> noises;
+  LastingErrors lasting(shot.tracks.names.size());
+  for (std::size_t f = 1; f < 40; ++f) {
+    const FrameResult& frame = shot.sweeps.frames()[f];
+    const Matches used = shot.sweeps.usedIn(frame);
+    const FittedFrame fitted = shot.sweeps.fittedAs(frame, used);
+    errors.push_back(errorsOf(used, fitted, quads, result.baseCentre));
+    noises.push_back({errors[f].noise * errors[f].noise, errors[f].freedom});
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      const Match m = used[i];
+      if (!(fitted.weights[i] > 0.0) || shot.sweeps.base().sees(m.track)) continue;
+      lasting.add(m.track, frame.frame, residual(m, frame.h));
     }
   }
+  Points corners;
+  for (Point corner : quads[0]) corners.add(corner);
+  const auto joint = shot.sweeps.jointCovariancesOf(corners);
+  EXPECT_GT(lasting.varianceRatio(), 1.0);
+  for (std::size_t f : {20u, 39u}) {
+    ASSERT_GT(result.frames[f].handedOver, 0);
+    FrameFigures expected = figuresOf(errors[f], shotNoise(noises));
+    takeJoint(joint[f], lasting.varianceRatio(), errors[f], expected);
+    for (std::size_t c = 0; c < 4; ++c) {
+      EXPECT_EQ(result.frames[f].figures.quads[0][c].xx, expected.quads[0][c].xx) << f;
+      EXPECT_EQ(result.frames[f].figures.quads[0][c].yy, expected.quads[0][c].yy) << f;
+      EXPECT_GT(expected.quads[0][c].trace(), joint[f][c].trace());
+    }
+  }
+  const double place = shot.sweeps.places().back().covariance.trace();
+  EXPECT_NEAR(result.tracks.back().covariance.trace() / place, lasting.varianceRatio(), 1e-12);
 }

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/trust/jackknife.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "shot/trust/uncertainty.h"
+#include "tests/shot/lists.h"
+#include "tests/shot/refit.h"
+
+using namespace cornerpin;
+using lists::Frame;
+
+namespace {
+
+const Point kCorner = {560, 430};
+const Homography kTilted = {{{1.1, 0.12, 30}, {-0.15, 0.95, -20}, {4e-4, -3e-4, 1}}};
+
+Symmetric2 covarianceOf(const Frame& frame) {
+  const Matches matches = frame.arrays();
+  const FittedFrame fitted = frame.fitted();
+  const LinearisedFit fit(matches, fitted);
+  return Jackknife(matches, fitted, fit).covarianceAt(kCorner);
+}
+
+// Noise of its own for each track.
+Frame noisy(std::size_t count, unsigned seed, double noise, bool weighted) {
+  std::mt19937_64 random(seed);
+  std::uniform_real_distribution<double> x(60, 560), y(70, 430), w(0.5, 2);
+  std::normal_distribution<double> normal(0, noise);
+  Frame frame;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double px = x(random), py = y(random), nx = normal(random), ny = normal(random);
+    const Point q = map(kTilted, {px, py});
+    frame.matches.push_back({{px, py}, {q.x + nx, q.y + ny}, weighted ? w(random) : 1.0});
+  }
+  return frame;
+}
+
+// By a fit without each track in turn.
+Symmetric2 refitted(const Frame& frame, const Eigen::MatrixXd& directions) {
+  Symmetric2 sum;
+  const auto count = static_cast<double>(frame.matches.size());
+  const Point all = map(frame.h, kCorner);
+  for (std::size_t i = 0; i < frame.matches.size(); ++i) {
+    std::vector<Match> others = frame.matches;
+    others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
+    const Point without = map(refit::fit(others, frame.h, directions), kCorner);
+    const double dx = without.x - all.x, dy = without.y - all.y;
+    sum.xx += dx * dx * (count - 1) / count;
+    sum.xy += dx * dy * (count - 1) / count;
+    sum.yy += dy * dy * (count - 1) / count;
+  }
+  return sum;
+}
+
+}  // namespace
+
+// Of a mean of n it is the variance of a mean: the sum of r^2 over n (n - 1).
+TEST(Jackknife, OfATranslationIsTheVarianceOfAMean) {
+  Frame frame;
+  frame.model = Model::Translation;
+  frame.h = {{{1, 0, 10}, {0, 1, 0}, {0, 0, 1}}};
+  frame.matches = {{{0, 0}, {11, 2}}, {{5, 0}, {14, 0}}, {{9, 4}, {19, 2}}};
+  // Residuals (1, 2), (-1, 0), (0, -2).
+  const Symmetric2 c = covarianceOf(frame);
+  EXPECT_NEAR(c.xx, 2.0 / 6, 1e-12);
+  EXPECT_NEAR(c.xy, 2.0 / 6, 1e-12);
+  EXPECT_NEAR(c.yy, 8.0 / 6, 1e-12);
+}
+
+TEST(Jackknife, IsThatOfFitsWithoutEachTrack) {
+  for (bool weighted : {false, true}) {
+    Frame frame = noisy(9, 3, 5.0, weighted);
+    frame.model = Model::Affine;
+    frame.h = refit::fit(frame.matches, kIdentity, refit::affineDirections());
+    const Symmetric2 c = covarianceOf(frame);
+    const Symmetric2 plain = refitted(frame, refit::affineDirections());
+    EXPECT_NEAR(c.xx / plain.xx, 1.0, 1e-8);
+    EXPECT_NEAR(c.xy / plain.xy, 1.0, 1e-8);
+    EXPECT_NEAR(c.yy / plain.yy, 1.0, 1e-8);
+  }
+}
+
+// To first order for a projective fit.
+TEST(Jackknife, IsThatOfProjectiveFitsWithoutEachTrack) {
+  Frame frame = noisy(9, 5, 1e-4, true);
+  frame.h = refit::fit(frame.matches, kTilted);
+  const Symmetric2 c = covarianceOf(frame);
+  const Symmetric2 plain = refitted(frame, refit::projectiveDirections());
+  EXPECT_NEAR(c.xx / plain.xx, 1.0, 1e-4);
+  EXPECT_NEAR(c.yy / plain.yy, 1.0, 1e-4);
+}
+
+TEST(Jackknife, PassesOverTracksWithoutWeight) {
+  Frame frame = noisy(9, 3, 0.5, false);
+  frame.h = refit::fit(frame.matches, kTilted);
+  const double before = covarianceOf(frame).trace();
+  frame.matches.push_back({{300, 200}, {900, 900}, 0.0});
+  EXPECT_EQ(covarianceOf(frame).trace(), before);
+}
+
+// Four tracks are met wherever they are.
+TEST(Jackknife, IsNothingWhereAllTracksAreMet) {
+  Frame frame;
+  frame.h = kTilted;
+  for (const Point& p : {Point{60, 70}, Point{560, 90}, Point{540, 430}, Point{80, 410}}) {
+    frame.matches.push_back({p, map(kTilted, p)});
+  }
+  EXPECT_LT(covarianceOf(frame).trace(), 1e-12);
+}
+
+// A shift by two tracks of the weights 4 and 1, which are 17 px apart. Their leverages are 16 / 17
+// and 1 / 17, their residuals 1 and 16: without the second the first moves the fit by 1, without
+// the first it would move by 16, which counts as 16 / 17 * 8.
+TEST(Jackknife, BelievesNoResidualMoreThanEightTimes) {
+  Frame frame;
+  frame.model = Model::Translation;
+  frame.matches = {{{-3, 0}, {-3, 0}, 4.0}, {{3, 0}, {20, 0}, 1.0}};
+  frame.h = {{{1, 0, 1}, {0, 1, 0}, {0, 0, 1}}};
+  const double first = 16.0 / 17 * 8;
+  EXPECT_NEAR(covarianceOf(frame).xx, (first * first + 1.0) / 2, 1e-9);
+  EXPECT_NEAR(covarianceOf(frame).yy, 0.0, 1e-12);
+}
+
+// The tracks towards the corner are eight times as noisy as the others, on which an average noise
+// is based; 2,000 copies.
+TEST(Jackknife, HoldsWhereNoiseIsNotTheSameEverywhere) {
+  constexpr int kCopies = 2000;
+  std::mt19937_64 random(11);
+  std::normal_distribution<double> normal;
+  double seen = 0.0, jackknife = 0.0, equal = 0.0;
+  for (int copy = 0; copy < kCopies; ++copy) {
+    Frame frame;
+    for (int i = 0; i < 40; ++i) {
+      const Point p = {100.0 + 60 * (i % 8), 100.0 + 75 * (i / 8)};
+      const double noise = i % 8 >= 6 && i / 8 >= 3 ? 0.8 : 0.1;
+      const double nx = noise * normal(random), ny = noise * normal(random);
+      const Point q = map(kTilted, p);
+      frame.matches.push_back({p, {q.x + nx, q.y + ny}});
+    }
+    frame.h = refit::fit(frame.matches, kTilted);
+    seen += squaredDistance(map(frame.h, kCorner), map(kTilted, kCorner));
+    jackknife += covarianceOf(frame).trace();
+    equal += Uncertainty(frame.arrays(), frame.fitted()).covarianceAt(kCorner).trace();
+  }
+  std::printf("variance %.4f, jackknife %.4f, of equal noise %.4f\n", seen / kCopies,
+              jackknife / kCopies, equal / kCopies);
+  EXPECT_LT(equal, 0.6 * seen);
+  EXPECT_GT(jackknife, 0.95 * seen);
+  EXPECT_LT(jackknife, 2.0 * seen);
+}
