@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/trust/frame_figures.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "shot/trust/jackknife.h"
@@ -68,9 +69,12 @@ void takeJoint(const std::vector<Symmetric2>& joint, double lasting, const Frame
   for (std::size_t q = 0; q < figures.quads.size(); ++q) {
     for (std::size_t i = 0; i < 4; ++i) {
       Symmetric2& covariance = figures.quads[q][i];
-      const double share = 1.0 - variance * errors.ofOne[q][i].trace() / covariance.trace();
-      const Symmetric2 beyond = times(share > 0.0 ? share : 0.0, covariance);
-      covariance = sum(times(lasting, joint[4 * q + i]), beyond);
+      const Symmetric2& all = joint[4 * q + i];
+      const double own = variance * errors.ofOne[q][i].trace();
+      const double ownShare = own > 0.0 ? std::min(own / all.trace(), 1.0) : 0.0;
+      const double beyond = own > 0.0 ? std::max(1.0 - own / covariance.trace(), 0.0) : 1.0;
+      covariance =
+          sum(times(ownShare + lasting * (1.0 - ownShare), all), times(beyond, covariance));
     }
   }
 }

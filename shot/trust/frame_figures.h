@@ -55,12 +55,13 @@ FrameErrors errorsOf(const Matches& matches, const FittedFrame& fitted,
 /// the jackknife's.
 FrameFigures figuresOf(const FrameErrors& errors, const NoiseEstimate& shot);
 
-/// Of a frame that was fitted to places which other frames have told: adds to the covariances of
-/// the fit of all frames together what `figuresOf` the frame alone has beyond equal noise as its
-/// residuals tell it.
+/// Of a frame that was fitted to places which other frames have told: the covariances of the fit of
+/// all frames together, and what `figuresOf` the frame alone has beyond equal noise as its
+/// residuals tell it. Of the former, what is not the frame's own comes from means over frames,
+/// which errors that last make worse.
 ///
 /// \param joint    of the corners of all quads, in order
-/// \param lasting  by how much errors that last enlarge those (`LastingErrors::varianceRatio`)
+/// \param lasting  `LastingErrors::varianceRatio`
 void takeJoint(const std::vector<Symmetric2>& joint, double lasting, const FrameErrors& errors,
                FrameFigures& figures);
 

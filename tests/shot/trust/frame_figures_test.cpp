@@ -98,13 +98,14 @@ TEST(FiguresOf, AFrameAreTheJackknifesWhereThatIsLarger) {
 }
 
 // The frame's own figures have the trace 12, of which equal noise as its residuals tell it, of
-// variance 1, has 3: three quarters are beyond.
+// variance 1, has 3: three quarters are beyond. The same 3 are a quarter of the joint ones, whose
+// other three quarters errors that last make twice as large.
 TEST(TakeJoint, AddsWhatTheFrameHasBeyondEqualNoise) {
   const FrameErrors errors = errorsWith(1.0, 8.0, {2, 1, 10});
   FrameFigures figures = figuresOf(errors, {});
   const std::vector<Symmetric2> joint(4, {7, 3, 5});
   takeJoint(joint, 2.0, errors, figures);
-  expectNear(figures.quads[0][2], {14 + 1.5, 6 + 0.75, 10 + 7.5});
+  expectNear(figures.quads[0][2], {1.75 * 7 + 1.5, 1.75 * 3 + 0.75, 1.75 * 5 + 7.5});
 }
 
 TEST(TakeJoint, LeavesNothingWhereTheJointFitSaysNothing) {
