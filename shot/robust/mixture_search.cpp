@@ -3,27 +3,28 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <random>
+#include <utility>
 
+#include "shot/fit/homography_fit.h"
 #include "shot/fit/residuals.h"
 #include "shot/plane/median.h"
-#include "shot/robust/quad_samples.h"
+#include "shot/robust/chance.h"
 
 namespace cornerpin {
 
 namespace {
 
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
 // Heavy tails fit any errors a little better than normal ones do: by this much, in units of the
 // score, they have to be better to be believed.
 constexpr double kForHeavyTails = 2.0;
 
-// Ten likely sigmas: a fit as coarse as this explains bad matches too, and so does not tell how
-// many samples are needed.
+// Ten likely sigmas: a fit as coarse as this explains bad matches too, and so does not end the
+// search for a close one of few: of more than a quarter.
 constexpr double kCoarseSigma = 0.01;
-
-// The square of the distance from which on all errors of a sample are equally bad: as wide as the
-// surface.
-constexpr double kFarthest = 4.0;
+constexpr std::size_t kOfCoarse = 4;
 
 // A surface that shrinks to this many spreads over half its width shows nothing but errors.
 constexpr double kLeastWidth = 2.0;
@@ -31,7 +32,16 @@ constexpr double kLeastWidth = 2.0;
 // Two fits that differ by less than this, in spreads, are one: the search has been there.
 constexpr double kSameFit = 0.05;
 
-constexpr std::ptrdiff_t kRefinedSamples = 4;
+// Matches between 3 sigmas and these may be good for another fit close by; normal errors put 1 %
+// beyond 3.
+constexpr double kGoodUntil = 3.0;
+constexpr double kStrayFrom = 12.0;
+constexpr double kMostBetween = 0.05;
+constexpr int kHalves = 4;
+
+constexpr std::size_t kKeptSamples = 8;
+// Two samples that share more than this of the matches that either is good for.
+constexpr double kNearlySame = 0.9;
 
 // The quantiles of the errors that give a walk its first spread. Up from heavy tails: the closest
 // quarter is good even where three quarters of the matches are bad. Down from normal errors: half.
@@ -41,14 +51,6 @@ constexpr double kHalf = 0.5;
 // Samples meet their own four matches, not the rest: their spread starts this much wider.
 constexpr double kSampledWidening = 2.0;
 constexpr double kFirstStrays = 0.1;
-
-// Of a positive number, within 0.09: its exponent, and its mantissa as if the logarithm were
-// straight in between.
-double roughLog2(double value) {
-  std::int64_t bits = 0;
-  std::memcpy(&bits, &value, sizeof bits);
-  return static_cast<double>(bits) * 0x1p-52;
-}
 
 // The standard deviation of normal errors of which this share lies within the share's quantile.
 double sigmaOf(const std::vector<double>& squares, double share) {
@@ -74,17 +76,38 @@ double leastGrowth(const Homography& h, Point p) {
   return std::fabs(Xx * Yy - Xy * Yx) / std::sqrt(Xx * Xx + Xy * Xy + Yx * Yx + Yy * Yy);
 }
 
-// Whether the fit flattens the surface around most of its good matches to hardly more than their
-// errors. Matches that stand at one place or on one line, as stuck tracks do, are met so whatever
-// they show.
-bool isFlattened(const Matches& matches, const MixtureFit& fit) {
-  const double least = kLeastWidth * fit.errors.spread;
-  const std::vector<bool> good = goodMatches(matches, fit.h, fit.errors.sigma());
+// Whether the transform flattens the surface around most of its good matches to hardly more than
+// their errors. Matches that stand at one place or on one line, as stuck tracks do, are met so
+// whatever they show.
+bool isFlattened(const Matches& matches, const Homography& h, double sigma, double spread) {
+  const std::vector<bool> good = goodMatches(matches, h, sigma);
   std::size_t flat = 0;
   for (std::size_t i = 0; i < good.size(); ++i) {
-    if (good[i] && !(leastGrowth(fit.h, matches.base()[i]) > least)) ++flat;
+    if (good[i] && !(leastGrowth(h, matches.base()[i]) > kLeastWidth * spread)) ++flat;
   }
   return 2 * flat > countOf(good);
+}
+
+bool isFlattened(const Matches& matches, const MixtureFit& fit) {
+  return isFlattened(matches, fit.h, fit.errors.sigma(), fit.errors.spread);
+}
+
+std::vector<std::size_t> indicesOf(const std::vector<bool>& flags) {
+  std::vector<std::size_t> indices;
+  for (std::size_t i = 0; i < flags.size(); ++i) {
+    if (flags[i]) indices.push_back(i);
+  }
+  return indices;
+}
+
+bool nearlySame(const std::vector<bool>& a, const std::vector<bool>& b) {
+  std::size_t both = 0;
+  std::size_t either = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    both += a[i] && b[i];
+    either += a[i] || b[i];
+  }
+  return static_cast<double>(both) > kNearlySame * static_cast<double>(either);
 }
 
 }  // namespace
@@ -106,7 +129,8 @@ MixtureSearch::MixtureSearch(const Matches& matches, const Prior& prior)
     : matches_(matches),
       prior_(prior),
       votes_(votesOf(matches)),
-      area_(strayArea(matches.present())) {}
+      area_(strayArea(matches.present())),
+      score_(matches, votes_, likelySigma()) {}
 
 // A start near the answer may still have all matches off by the motion of a frame.
 void MixtureSearch::from(const Start& start) {
@@ -118,40 +142,113 @@ void MixtureSearch::from(const Start& start) {
 
 void MixtureSearch::fromSamples(std::uint64_t seed) {
   QuadSamples samples(matches_, prior_.confidence, seed);
-  std::vector<Sample> best;
+  drawUntilSure(samples);
+  fromHalves();
+}
+
+// Whether more matches lie between the good ones and the strays than normal errors explain.
+bool MixtureSearch::isAmbiguous() const {
+  if (best_.errors.freedom < kNormalFreedom) return true;
+  const double variance = best_.errors.sigma() * best_.errors.sigma();
   std::vector<double> squares;
-  Sample sample;
-  std::size_t needed = QuadSamples::kMost;
-  for (std::size_t drawn = 0; drawn < needed; ++drawn) {
-    if (!samples.draw(sample.h)) continue;
-    squaredResiduals(matches_, sample.h, squares);
-    sample.score = scoreOf(squares);
-    rank(sample, best, needed);
+  squaredResiduals(matches_, best_.h, squares);
+  std::size_t near = 0;
+  std::size_t good = 0;
+  for (double square : squares) {
+    near += square < kStrayFrom * kStrayFrom * variance;
+    good += square <= kGoodUntil * kGoodUntil * variance;
   }
-  for (const Sample& one : best) {
-    walk({Stage::Sampled, one.h}, {1, 2, 4, 16}, kSampledWidening * likelySigma());
+  return static_cast<double>(near - good) > kMostBetween * static_cast<double>(near);
+}
+
+// From fits to halves of the good matches, which lie on all sides of the best fit: so the best is
+// the best around. The halves are the same for every seed.
+void MixtureSearch::fromHalves() {
+  if (!found() || !isAmbiguous()) return;
+  std::mt19937_64 random(1);
+  for (int half = 0; half < kHalves; ++half) {
+    const std::vector<bool> good = goodMatches(matches_, best_.h, best_.errors.sigma());
+    std::vector<double> squaredWeights = matches_.squaredWeights();
+    for (std::size_t i = 0; i < good.size(); ++i) {
+      const bool chosen = random() >> 63 != 0;
+      if (!chosen || !good[i]) squaredWeights[i] = 0.0;
+    }
+    Homography step;
+    Homography h;
+    if (gaussNewtonStep(matches_, squaredWeights, best_.h, step) &&
+        gaussNewtonStep(matches_, squaredWeights, step, h)) {
+      walk({stage_, h}, {1, 2, 4, 16}, best_.errors.sigma() / 2.0);
+    }
   }
 }
 
-// Puts the sample among the best where it belongs there. A new best one says how many samples are
-// needed; one that flattens the surface is passed over.
-void MixtureSearch::rank(const Sample& sample, std::vector<Sample>& best,
-                         std::size_t& needed) const {
-  const auto place =
-      std::upper_bound(best.begin(), best.end(), sample.score,
-                       [](double score, const Sample& other) { return score < other.score; });
-  if (place - best.begin() == kRefinedSamples) return;
-  if (place == best.begin()) {
-    const ErrorModel errors = {1, kSampledWidening * likelySigma(), kFirstStrays, area_};
-    const MixtureFit fit = fitMixture(matches_, sample.h, errors, prior_);
-    if (!fit.found || isFlattened(matches_, fit)) return;
-    // A coarse fit of many does not end the search for a close one of few.
-    if (fit.errors.sigma() <= kCoarseSigma) {
-      needed = QuadSamples::needed(goodOf(fit), matches_.size());
+// In stages, each as long as all before: the best samples of each tell how many are needed.
+void MixtureSearch::drawUntilSure(QuadSamples& samples) {
+  std::size_t needed = QuadSamples::kFewest;
+  while (samples.drawnFromAll() < needed) {
+    const std::size_t until =
+        std::min(needed, std::max(2 * samples.drawnFromAll(), QuadSamples::kFewest));
+    if (2.0 * static_cast<double>(until) >= samples.quadruples()) {
+      tryAll(samples);
+      return;
     }
+    Homography h;
+    while (samples.drawnFromAll() < until) {
+      if (samples.draw(h)) rank(h);
+    }
+    refine();
+    needed = neededOf(samples);
   }
-  best.insert(place, sample);
-  if (best.end() - best.begin() > kRefinedSamples) best.pop_back();
+  budgetSpent_ = needed == QuadSamples::kMost;
+}
+
+void MixtureSearch::tryAll(const QuadSamples& samples) {
+  samples_.clear();
+  walked_.clear();
+  forAllFours(matches_.size(), [&](const std::array<std::size_t, 4>& four) {
+    Homography h;
+    if (samples.through(four, h)) rank(h);
+  });
+  refine();
+}
+
+// Puts the transform among the best samples where it belongs there. One that would be the best but
+// flattens the surface is passed over.
+void MixtureSearch::rank(const Homography& h) {
+  const double worst = samples_.size() < kKeptSamples ? kInfinity : samples_.back().score;
+  const Sample sample = {score_.of(h, worst), h, {}};
+  if (!(sample.score < worst)) return;
+  const auto place =
+      std::upper_bound(samples_.begin(), samples_.end(), sample.score,
+                       [](double score, const Sample& other) { return score < other.score; });
+  const double spread = kSampledWidening * likelySigma();
+  if (place == samples_.begin() && isFlattened(matches_, h, spread, spread)) return;
+  samples_.insert(place, sample);
+  if (samples_.size() > kKeptSamples) samples_.pop_back();
+}
+
+// Goes on from each of the best samples but those that are good for nearly the same matches as one
+// before: they lead to the same.
+void MixtureSearch::refine() {
+  const double spread = kSampledWidening * likelySigma();
+  for (Sample& sample : samples_) {
+    if (!sample.good.empty()) continue;
+    sample.good = goodMatches(matches_, sample.h, spread);
+    const bool known =
+        std::any_of(walked_.begin(), walked_.end(),
+                    [&](const std::vector<bool>& other) { return nearlySame(other, sample.good); });
+    if (known) continue;
+    walked_.push_back(sample.good);
+    walk({Stage::Sampled, sample.h}, {1, 2, 4, 16}, spread);
+  }
+}
+
+std::size_t MixtureSearch::neededOf(const QuadSamples& samples) const {
+  if (!found()) return QuadSamples::kMost;
+  const double sigma = best_.errors.sigma();
+  std::vector<std::size_t> good = indicesOf(goodMatches(matches_, best_.h, sigma));
+  if (sigma > kCoarseSigma) good.resize(std::min(good.size(), matches_.size() / kOfCoarse));
+  return samples.needed(good);
 }
 
 // Through the degrees of freedom, each fit from the one before; ends where a walk has been.
@@ -175,21 +272,21 @@ void MixtureSearch::walk(const Start& start, std::initializer_list<int> freedoms
 void MixtureSearch::consider(const MixtureFit& fit, Stage stage) {
   double score = fit.score;
   if (fit.errors.freedom < kNormalFreedom) score += kForHeavyTails;
-  if (score >= bestScore_ || isFlattened(matches_, fit)) return;
+  const bool isWorse = score >= bestScore_;
+  if (isWorse && bestIsNoAccident_) return;
+  const bool isNoAccident = chanceOfAgreement(fit.h) <= kMostByChance;
+  if (isNoAccident == bestIsNoAccident_ ? isWorse : bestIsNoAccident_) return;
+  if (isFlattened(matches_, fit)) return;
+  bestIsNoAccident_ = isNoAccident;
   bestScore_ = score;
   best_ = fit;
   stage_ = stage;
 }
 
-// The sum of the logarithms of the errors: follows the many matches that are close rather than the
-// few that are not.
-double MixtureSearch::scoreOf(const std::vector<double>& squares) const {
-  const double least = likelySigma() * likelySigma();
-  double sum = 0.0;
-  for (std::size_t i = 0; i < squares.size(); ++i) {
-    sum += votes_[i] * roughLog2(std::min(squares[i], kFarthest) + least);
-  }
-  return sum;
+double MixtureSearch::chanceOfAgreement(const Homography& h) const {
+  std::vector<double> squares;
+  squaredResiduals(matches_, h, squares);
+  return chanceOf(std::move(squares), area_);
 }
 
 double MixtureSearch::likelySigma() const {

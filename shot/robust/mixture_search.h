@@ -12,6 +12,8 @@
 #include "shot/plane/homography.h"
 #include "shot/robust/mixture_fit.h"
 #include "shot/robust/origin.h"
+#include "shot/robust/quad_samples.h"
+#include "shot/robust/sample_score.h"
 
 namespace cornerpin {
 
@@ -31,7 +33,8 @@ std::size_t countOf(const std::vector<bool>& flags);
 
 /// Looks for the transform and error model that explain a frame's matches best (`fitMixture`), from
 /// one start after the other. The best score wins; heavy tails must be better by 2. A fit that
-/// flattens the surface to hardly more than its errors does not count.
+/// chance explains (`chanceOf`) gives way to one that it does not. A fit that flattens the surface
+/// to hardly more than its errors does not count.
 class MixtureSearch {
  public:
   /// \param matches  in the fit's unit; outlives the search, as the prior does
@@ -40,11 +43,15 @@ class MixtureSearch {
   /// Through all degrees of freedom up and down.
   void from(const Start& start);
 
-  /// Draws transforms that are exact for four matches (`QuadSamples`) until one of good matches
-  /// alone has been missed with a chance of 1 in 1,000, and goes on from the best four. They
-  /// compare by the sum of the logarithms of their errors, which needs no distance beyond which a
-  /// match is bad.
+  /// Draws transforms that are exact for four matches (`QuadSamples`) and goes on from the best
+  /// eight (`SampleScore`), until four of the best transform's good matches would have been missed
+  /// with a chance below one in a million. Where there are no more quadruples than draws to come,
+  /// all are tried instead, whatever the seed. Goes on from fits to halves of the best transform's
+  /// matches too, where matches lie between the good ones and the strays.
   void fromSamples(std::uint64_t seed);
+
+  /// Whether the draws ended before that (`QuadSamples::kMost`).
+  bool budgetSpent() const { return budgetSpent_; }
 
   bool found() const { return best_.found; }
   Stage stage() const { return stage_; }  ///< of the start that led to the best
@@ -55,12 +62,19 @@ class MixtureSearch {
   struct Sample {
     double score = 0.0;
     Homography h{};
+    std::vector<bool> good;  // once refined
   };
 
   void walk(const Start& start, std::initializer_list<int> freedoms, double spread);
   void consider(const MixtureFit& fit, Stage stage);
-  void rank(const Sample& sample, std::vector<Sample>& best, std::size_t& needed) const;
-  double scoreOf(const std::vector<double>& squares) const;
+  void drawUntilSure(QuadSamples& samples);
+  void tryAll(const QuadSamples& samples);
+  void rank(const Homography& h);
+  void refine();
+  bool isAmbiguous() const;
+  void fromHalves();
+  std::size_t neededOf(const QuadSamples& samples) const;
+  double chanceOfAgreement(const Homography& h) const;
   double likelySigma() const;
   std::size_t goodOf(const MixtureFit& fit) const;
 
@@ -68,9 +82,14 @@ class MixtureSearch {
   const Prior& prior_;
   std::vector<double> votes_;
   double area_;
+  SampleScore score_;
+  std::vector<Sample> samples_;            // the best so far, the best first
+  std::vector<std::vector<bool>> walked_;  // the good matches of those that were gone on from
+  bool budgetSpent_ = false;
   std::vector<MixtureFit> seen_;
   MixtureFit best_;
   double bestScore_ = std::numeric_limits<double>::infinity();
+  bool bestIsNoAccident_ = false;
   Stage stage_ = Stage::Library;
 };
 

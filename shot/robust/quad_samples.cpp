@@ -16,15 +16,21 @@ namespace {
 constexpr std::size_t kFirstGroup = 5;
 constexpr std::size_t kGrowth = 10;
 
-// Samples to draw even where nearly all matches are good: errors of four good ones may be large.
-constexpr std::size_t kFewest = 50;
-constexpr double kChance = 1e-3;  // of having missed a sample of good matches alone
+constexpr double kChance = 1e-6;  // of having missed a sample of good matches alone
+// Good matches whose quadruples tell how many of all good ones lead to a transform.
+constexpr std::size_t kTried = 8;
 // Twice the area of the thinnest triangle, where the surface is 2 wide: three places within half a
 // ten-thousandth of one line leave the transform to their errors.
 constexpr double kThinnest = 1e-4;
 
 double twiceArea(Point a, Point b, Point c) {
   return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+Quad placesOf(const Points& points, const std::array<std::size_t, 4>& chosen) {
+  Quad places;
+  for (std::size_t i = 0; i < 4; ++i) places[i] = points[chosen[i]];
+  return places;
 }
 
 // A camera keeps the sense of every triangle that lies in front of it.
@@ -39,6 +45,11 @@ bool seenAlike(const Quad& from, const Quad& to) {
     }
   }
   return true;
+}
+
+double choicesOfFour(std::size_t count) {
+  const auto n = static_cast<double>(count);
+  return n * (n - 1.0) * (n - 2.0) * (n - 3.0) / 24.0;
 }
 
 }  // namespace
@@ -60,29 +71,46 @@ bool QuadSamples::draw(Homography& h) {
   const std::size_t group = std::min(order_.size(), kFirstGroup + drawn_ / kGrowth);
   const std::size_t pool = drawn_ % 2 == 0 ? group : order_.size();
   ++drawn_;
+  if (pool == order_.size()) ++drawnFromAll_;
   std::array<std::size_t, 4> chosen{};
   for (std::size_t i = 0; i < 4; ++i) {
     do {
       chosen[i] = below(pool);
     } while (std::find(chosen.begin(), chosen.begin() + i, chosen[i]) != chosen.begin() + i);
   }
-  Quad from;
-  Quad to;
-  for (std::size_t i = 0; i < 4; ++i) {
-    from[i] = matches_.base()[order_[chosen[i]]];
-    to[i] = matches_.present()[order_[chosen[i]]];
-  }
+  for (std::size_t& one : chosen) one = order_[one];
+  return through(chosen, h);
+}
+
+bool QuadSamples::through(const std::array<std::size_t, 4>& chosen, Homography& h) const {
+  const Quad from = placesOf(matches_.base(), chosen);
+  const Quad to = placesOf(matches_.present(), chosen);
   if (!seenAlike(from, to)) return false;
   h = quadToQuad(from, to);
   return isFinite(h);
 }
 
-std::size_t QuadSamples::needed(std::size_t good, std::size_t count) {
-  const double share = static_cast<double>(good) / static_cast<double>(count);
-  const double all = share * share * share * share;
-  const double samples = std::log(kChance) / std::log1p(-all);  // infinite without a good one
-  return samples < static_cast<double>(kMost) ? std::max(static_cast<std::size_t>(samples), kFewest)
-                                              : kMost;
+double QuadSamples::quadruples() const { return choicesOfFour(order_.size()); }
+
+// Of the quadruples of good matches, how many lead to a transform: that of a few, evenly spread.
+double QuadSamples::usableShare(const std::vector<std::size_t>& good) const {
+  const std::size_t tried = std::min(good.size(), kTried);
+  std::size_t usable = 0;
+  forAllFours(tried, [&](std::array<std::size_t, 4> chosen) {
+    for (std::size_t& one : chosen) one = good[one * good.size() / tried];
+    if (seenAlike(placesOf(matches_.base(), chosen), placesOf(matches_.present(), chosen))) {
+      ++usable;
+    }
+  });
+  return static_cast<double>(usable) / choicesOfFour(tried);
+}
+
+std::size_t QuadSamples::needed(const std::vector<std::size_t>& good) const {
+  if (good.size() < 4) return kMost;
+  const double one = choicesOfFour(good.size()) / quadruples() * usableShare(good);
+  const double draws = std::ceil(std::log(kChance) / std::log1p(-one));  // infinite for none
+  return draws < static_cast<double>(kMost) ? std::max(static_cast<std::size_t>(draws), kFewest)
+                                            : kMost;
 }
 
 }  // namespace cornerpin

@@ -13,32 +13,64 @@
 
 namespace cornerpin {
 
-/// Transforms that are exact for four matches, drawn at random.
+/// Calls with every four of so many indices, in their order.
+template <typename Call>
+void forAllFours(std::size_t count, Call call) {
+  std::array<std::size_t, 4> four{};
+  auto& [i, j, k, l] = four;
+  for (i = 0; i < count; ++i) {
+    for (j = i + 1; j < count; ++j) {
+      for (k = j + 1; k < count; ++k) {
+        for (l = k + 1; l < count; ++l) call(four);
+      }
+    }
+  }
+}
+
+/// Transforms that are exact for four matches.
 ///
-/// Every other sample comes from the most confident matches, a group that grows by one every ten
-/// samples; the others from all. The numbers are those of std::mt19937_64 scaled by multiplication,
-/// so they are the same everywhere.
+/// Four matches that no camera sees so lead to none: three of them nearly on one line in either
+/// frame, or the two quads turned over against each other.
 class QuadSamples {
  public:
-  static constexpr std::size_t kMost = 5000;
+  /// Draws from all matches before a frame is given up. Of 60 tracks or fewer that is every
+  /// quadruple; of more it finds a tenth that is good, and takes about 0.1 s.
+  static constexpr std::size_t kMost = 500000;
+
+  /// And however many are good: errors of four good ones may be large, and half of the matches may
+  /// agree more closely than all. Of a half it finds four with a chance of one in a million.
+  static constexpr std::size_t kFewest = 214;
 
   QuadSamples(const Matches& matches, const std::vector<double>& confidence, std::uint64_t seed);
 
-  /// False for four matches that no camera sees so: three of them nearly on one line in either
-  /// frame, or the two quads turned over against each other.
+  /// At random: every other one from the most confident matches, a group that grows by one every
+  /// ten draws; the others from all. The numbers are those of std::mt19937_64 scaled by
+  /// multiplication, so they are the same everywhere. False where the four lead to no transform.
   bool draw(Homography& h);
 
-  /// Samples until four good matches have been missed with a chance of 1 in 1,000, when `good` of
-  /// `count` matches are; at most `kMost`.
-  static std::size_t needed(std::size_t good, std::size_t count);
+  /// How many of the draws were from all matches, each quadruple as likely as another.
+  std::size_t drawnFromAll() const { return drawnFromAll_; }
+
+  /// The transform through the matches `chosen`; false where they lead to none.
+  bool through(const std::array<std::size_t, 4>& chosen, Homography& h) const;
+
+  /// How many quadruples the matches have.
+  double quadruples() const;
+
+  /// Draws from all matches until the chance that none was four of the good ones and led to a
+  /// transform is below one in a million; between `kFewest` and `kMost`. How many of the good ones'
+  /// quadruples lead to a transform is that of up to eight of them. \param good  indices
+  std::size_t needed(const std::vector<std::size_t>& good) const;
 
  private:
   std::size_t below(std::size_t bound);
+  double usableShare(const std::vector<std::size_t>& good) const;
 
   const Matches& matches_;
   std::vector<std::size_t> order_;  // by falling confidence
   std::mt19937_64 random_;
   std::size_t drawn_ = 0;
+  std::size_t drawnFromAll_ = 0;
 };
 
 }  // namespace cornerpin

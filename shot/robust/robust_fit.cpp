@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "shot/fit/homography_fit.h"
 #include "shot/fit/residuals.h"
+#include "shot/plane/extent.h"
+#include "shot/robust/chance.h"
 #include "shot/robust/width_choice.h"
 
 namespace cornerpin {
@@ -75,7 +78,13 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, 
   }
   search.fromSamples(options.seed);
   origin.stage = search.stage();
+  origin.budgetSpent = search.budgetSpent();
   RobustFit fit = finished(matches, search, prior, options.loss);
+  if (fit.found) {
+    std::vector<double> squares;
+    squaredResiduals(matches, fit.h, squares);
+    origin.chance = chanceOf(std::move(squares), strayArea(matches.present()));
+  }
   fit.origin = origin;
   return fit;
 }
@@ -104,15 +113,27 @@ RobustFit plainFit(const Matches& matches, const std::vector<Start>& starts, Gro
   return best;
 }
 
-// Whether a plain fit shows no sign of a bad match.
-bool isClean(const RobustFit& fit, const Matches& matches, double recentSigma) {
-  if (!fit.found) return false;
-  const double count = static_cast<double>(matches.size());
+// Whether a plain fit, whose largest squared error is known, shows no sign of a bad match.
+bool isClean(const RobustFit& fit, double count, double largest, double recentSigma) {
   const double farthest = -2.0 * std::log(kChance / count) * fit.sigma * fit.sigma;
+  return fit.sigma <= (1.0 + kMostAbove / std::sqrt(2.0 * count - kParameters)) * recentSigma &&
+         largest <= farthest;
+}
+
+// Plain squares where they show no sign of a bad match; not found otherwise.
+RobustFit cleanFit(const Matches& matches, const Start& start, double recentSigma) {
+  RobustFit fit = plainFit(matches, {start}, Grounds::NoBadTrack);
+  if (!fit.found) return fit;
   std::vector<double> squares;
   squaredResiduals(matches, fit.h, squares);
-  return fit.sigma <= (1.0 + kMostAbove / std::sqrt(2.0 * count - kParameters)) * recentSigma &&
-         *std::max_element(squares.begin(), squares.end()) <= farthest;
+  const double largest = *std::max_element(squares.begin(), squares.end());
+  fit.found = isClean(fit, static_cast<double>(matches.size()), largest, recentSigma);
+  if (fit.found) {
+    const auto [low, high] = boxAround(matches.present());
+    const double area = (high.x - low.x) * (high.y - low.y);
+    fit.origin.chance = chanceOf(matches.size(), matches.size(), largest, area);
+  }
+  return fit;
 }
 
 }  // namespace
@@ -121,8 +142,8 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, 
                       const RobustOptions& options) {
   if (matches.size() < kFewestForRobust) return plainFit(matches, starts, Grounds::TooFew);
   if (prior.recentSigma > 0.0 && !starts.empty()) {
-    RobustFit plain = plainFit(matches, {starts.front()}, Grounds::NoBadTrack);
-    if (isClean(plain, matches, prior.recentSigma)) return plain;
+    RobustFit clean = cleanFit(matches, starts.front(), prior.recentSigma);
+    if (clean.found) return clean;
   }
   return searchedFit(matches, starts, prior, options);
 }

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <utility>
 
+#include "shot/robust/chance.h"
 #include "shot/robust/robust_fit.h"
 #include "shot/solve/jumps.h"
 
@@ -17,7 +18,6 @@ namespace cornerpin {
 namespace {
 
 constexpr int kFewestToCheck = static_cast<int>(kFewestForRobust);
-constexpr double kLikelyChance = -6.0;  // one picture in a million
 
 // Three digits, or all in front of the point.
 std::string pixels(double length) {
@@ -87,7 +87,7 @@ void judgeTracks(const ShotResult& result, const FrameResult& frame, std::vector
 
 void judgeSearch(const FrameResult& frame, std::vector<Doubt>& doubts) {
   const Origin& origin = frame.verdict.origin;
-  if (origin.chance > kLikelyChance) {
+  if (origin.chance > kMostByChance) {
     const double pictures = std::pow(10.0, -origin.chance);
     doubts.push_back(
         {DoubtCode::ChanceAgreement,

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 #include <set>
+#include <vector>
 
 #include "shot/fit/residuals.h"
 #include "tests/shot/robust/random_errors.h"
@@ -61,6 +63,12 @@ bool isDrawn(const Quad& base, const Quad& present) {
   const bool first = samples.draw(h);
   for (int i = 0; i < 20; ++i) EXPECT_EQ(samples.draw(h), first) << "in whatever order";
   return first;
+}
+
+std::vector<std::size_t> firstOf(std::size_t count) {
+  std::vector<std::size_t> indices(count);
+  std::iota(indices.begin(), indices.end(), std::size_t{0});
+  return indices;
 }
 
 const Quad kSquare = {{{-1, -1}, {1, -1}, {1, 1}, {-1, 1}}};
@@ -146,25 +154,72 @@ TEST(QuadSamples, TurnAQuadByAnyAngle) {
   EXPECT_TRUE(isDrawn(kSquare, {{{1, 1}, {-1, 1}, {-1, -1}, {1, -1}}}));
 }
 
-// So many that the chance of having missed falls to 1 in 1,000, to the sample.
-TEST(QuadSamplesNeeded, MissesFourGoodMatchesWithAChanceOfOneInAThousand) {
-  for (std::size_t count : {7u, 20u, 31u, 100u, 1000u}) {
-    for (std::size_t good = 1; good <= count; ++good) {
-      const double share = static_cast<double>(good) / static_cast<double>(count);
-      const double missed = 1.0 - std::pow(share, 4);
-      double chance = missed;  // after one sample more
-      std::size_t samples = 0;
-      for (; samples < 5000 && chance >= 1e-3; ++samples) chance *= missed;
-      EXPECT_EQ(QuadSamples::needed(good, count), std::max<std::size_t>(samples, 50))
-          << good << " of " << count;
+TEST(QuadSamples, CountTheDrawsFromAllMatches) {
+  // The group grows from 5 by one every ten draws: it has all 30 from the 250th draw on.
+  const Matches matches = jitteredMatches(30);
+  QuadSamples samples(matches, {}, 1);
+  Homography h;
+  for (int i = 0; i < 250; ++i) samples.draw(h);
+  EXPECT_EQ(samples.drawnFromAll(), 125u);
+  for (int i = 0; i < 50; ++i) samples.draw(h);
+  EXPECT_EQ(samples.drawnFromAll(), 175u);
+}
+
+TEST(ForAllFours, CallsWithEveryFourOnce) {
+  std::set<std::set<std::size_t>> fours;
+  std::size_t calls = 0;
+  forAllFours(7, [&](const std::array<std::size_t, 4>& four) {
+    fours.insert({four.begin(), four.end()});
+    ++calls;
+  });
+  EXPECT_EQ(calls, 35u);
+  EXPECT_EQ(fours.size(), 35u);
+  EXPECT_EQ(*fours.begin(), (std::set<std::size_t>{0, 1, 2, 3}));
+  EXPECT_EQ(*fours.rbegin(), (std::set<std::size_t>{3, 4, 5, 6}));
+  EXPECT_EQ(QuadSamples(jitteredMatches(7), {}, 1).quadruples(), 35.0);
+}
+
+// Until the chance that no draw was four of the good ones falls below one in a million, to the
+// draw.
+TEST(QuadSamplesNeeded, MissesFourGoodMatchesWithAChanceBelowOneInAMillion) {
+  for (std::size_t count : {8u, 31u, 60u}) {
+    const Matches matches = jitteredMatches(static_cast<int>(count));
+    const QuadSamples samples(matches, {}, 1);
+    for (std::size_t good = 5; good <= count; good += 3) {
+      double chance = 1.0;  // that four drawn one after the other are good
+      for (std::size_t i = 0; i < 4; ++i) {
+        chance *= static_cast<double>(good - i) / static_cast<double>(count - i);
+      }
+      const std::size_t draws = samples.needed(firstOf(good));
+      if (draws == QuadSamples::kMost || draws == QuadSamples::kFewest) continue;
+      const double missed = static_cast<double>(draws) * std::log1p(-chance);
+      EXPECT_LT(missed, std::log(1e-6)) << good << " of " << count;
+      EXPECT_GT(missed, std::log(1e-6) + 2.0 * std::log1p(-chance)) << good << " of " << count;
     }
   }
 }
 
-TEST(QuadSamplesNeeded, IsWithinFiftyAndFiveThousand) {
-  EXPECT_EQ(QuadSamples::needed(0, 100), 5000u);
-  EXPECT_EQ(QuadSamples::needed(4, 1000000), 5000u);
-  EXPECT_EQ(QuadSamples::needed(100, 100), 50u);
-  // log 1e-3 / log (1 - 1/16) = 107.03.
-  EXPECT_EQ(QuadSamples::needed(50, 100), 107u);
+TEST(QuadSamplesNeeded, IsWithinTheFewestAndTheMost) {
+  const Matches matches = jitteredMatches(100);
+  const QuadSamples samples(matches, {}, 1);
+  EXPECT_EQ(samples.needed({}), QuadSamples::kMost);
+  EXPECT_EQ(samples.needed(firstOf(4)), QuadSamples::kMost);
+  EXPECT_EQ(samples.needed(firstOf(100)), QuadSamples::kFewest);
+}
+
+TEST(QuadSamplesNeeded, CountsOnlyTheQuadruplesThatLeadToATransform) {
+  errors::Random random(kSeed);
+  Matches spread;
+  Matches inLine;
+  for (int i = 0; i < 40; ++i) {
+    const Point base = random.place();
+    const Point onLine = {base.x, i < 6 ? 0.3 * base.x : base.y};
+    spread.add({base, base});
+    inLine.add({onLine, onLine});
+  }
+  // Of 70 those with at most two of the six: 15 with both of the others.
+  const double usable = 15.0 / 70.0;
+  const auto all = static_cast<double>(QuadSamples(spread, {}, 1).needed(firstOf(8)));
+  const auto fewer = static_cast<double>(QuadSamples(inLine, {}, 1).needed(firstOf(8)));
+  EXPECT_NEAR(fewer, all / usable, 1e-3 * fewer);
 }

@@ -3,12 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <random>
 
 #include "shot/fit/homography_fit.h"
 #include "shot/fit/residuals.h"
+#include "shot/plane/extent.h"
+#include "shot/robust/chance.h"
+#include "tests/shot/robust/random_errors.h"
 
 using namespace cornerpin;
 
@@ -450,4 +454,40 @@ TEST(RobustFit, SaysHowManyTheBestStartFits) {
   const RobustFit none = fitRobustly(shot.matches, {}, shot.prior, {});
   EXPECT_FALSE(none.origin.firstStage.has_value());
   EXPECT_EQ(none.origin.firstGood, 0u);
+}
+
+TEST(RobustFit, SaysHowManyTransformsChanceMakesAgreeAsMuch) {
+  const Shot shot = normalShot(60, 20, 2e-3);
+  const RobustFit searched = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, {});
+  std::vector<double> squares;
+  squaredResiduals(shot.matches, searched.h, squares);
+  EXPECT_EQ(searched.origin.chance, chanceOf(squares, strayArea(shot.matches.present())));
+  EXPECT_LT(searched.origin.chance, kMostByChance);
+
+  const Matches clean = normalShot(60, 0, 1e-3).matches;
+  const RobustFit plain = plainFitOf(clean);
+  squaredResiduals(clean, plain.h, squares);
+  const auto [low, high] = boxAround(clean.present());
+  EXPECT_EQ(plain.origin.chance, chanceOf(60, 60, *std::max_element(squares.begin(), squares.end()),
+                                          (high.x - low.x) * (high.y - low.y)));
+}
+
+// Each match lies anywhere: whatever transform is found, chance has made it.
+TEST(RobustFit, SaysThatChanceAgreesWhereAllMatchesAreWrong) {
+  errors::Random random(kSeed);
+  for (int count : {12, 40}) {
+    Matches matches;
+    for (int i = 0; i < count; ++i) {
+      const Point base = random.place();
+      matches.add({base, random.place()});
+    }
+    const RobustFit fit = fitRobustly(matches, {}, {}, {});
+    EXPECT_GT(fit.origin.chance, kMostByChance) << count;
+    EXPECT_FALSE(fit.origin.budgetSpent) << "all quadruples are tried";
+  }
+}
+
+TEST(RobustFit, CountsNoChanceWhereNothingTellsABadMatch) {
+  const Matches matches = normalShot(5, 0, 1e-3).matches;
+  EXPECT_TRUE(std::isnan(fitRobustly(matches, {{Stage::Library, kView}}, {}, {}).origin.chance));
 }

@@ -212,7 +212,13 @@ TEST(FitByAll, LeavesTheSurfaceWhereItIsWithTheBaseFramesTracksAlone) {
 
 TEST(FitHandedOver, LeavesTheSurfaceWhereNoTransformIsFound) {
   Handing shot;
-  Matches frame = strewn(shot.matches(1, {0, 0}), 71);
+  const Matches strays = strewn(shot.matches(1, {0, 0}), 71);
+  Matches frame;
+  for (std::size_t i = 0; i < strays.size(); ++i) {
+    Match match = strays[i];
+    match.present.y = 100.0;
+    frame.add(match);
+  }
   EXPECT_NE(shot.fit(frame).verdict.status, Status::Solved);
   for (std::size_t c = 0; c < 4; ++c) {
     EXPECT_EQ(shot.sweep.surface[c].x, shot.surface[c].x);
