@@ -487,6 +487,16 @@ TEST(RobustFit, SaysThatChanceAgreesWhereAllMatchesAreWrong) {
   }
 }
 
+TEST(RobustFit, SaysWhenTheSearchEndedBeforeItWasSure) {
+  errors::Random random(kSeed);
+  Matches matches;
+  for (int i = 0; i < 150; ++i) {
+    const Point base = random.place();
+    matches.add({base, random.place()});
+  }
+  EXPECT_TRUE(fitRobustly(matches, {}, {}, {}).origin.budgetSpent);
+}
+
 TEST(RobustFit, CountsNoChanceWhereNothingTellsABadMatch) {
   const Matches matches = normalShot(5, 0, 1e-3).matches;
   EXPECT_TRUE(std::isnan(fitRobustly(matches, {{Stage::Library, kView}}, {}, {}).origin.chance));
