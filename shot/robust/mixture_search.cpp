@@ -50,7 +50,6 @@ constexpr double kHalf = 0.5;
 
 // Samples meet their own four matches, not the rest: their spread starts this much wider.
 constexpr double kSampledWidening = 2.0;
-constexpr double kFirstStrays = 0.1;
 
 // The standard deviation of normal errors of which this share lies within the share's quantile.
 double sigmaOf(const std::vector<double>& squares, double share) {
