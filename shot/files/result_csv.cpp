@@ -17,7 +17,7 @@ const std::string kColumns =
     ",h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,good,good_rms,sigma,stage,"
     "qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,"
     "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width,"
-    "handed_over,verdict,expected_error,doubts,smoothed,filled";
+    "handed_over,kept_from,verdict,expected_error,doubts,smoothed,filled";
 
 std::string csvTransform(const Homography& h) {
   std::string text;
@@ -60,6 +60,10 @@ std::string csvJudgement(const FrameResult& frame) {
   return fmt::format(",{},{},{}", judgementOf(frame), csvNumber(frame.expectedError), codes);
 }
 
+std::string csvFrames(const std::vector<int>& frames) {
+  return fmt::format("{}", fmt::join(frames, " "));
+}
+
 // A frame with one of the quads.
 std::string csvRow(const ShotResult& result, const FrameResult& frame, std::size_t quad) {
   const NamedQuad& named = result.quads[quad];
@@ -73,9 +77,9 @@ std::string csvRow(const ShotResult& result, const FrameResult& frame, std::size
   text += csvCorners(result, frame.h, named.corners);
   text += csvFigures(frame, quad);
   text +=
-      fmt::format(",{},{},{},{}", csvText(frame.why), csvText(frame.reason),
+      fmt::format(",{},{},{},{},{}", csvText(frame.why), csvText(frame.reason),
                   solved ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width)) : ",",
-                  frame.handedOver);
+                  frame.handedOver, csvFrames(frame.verdict.keptFrom));
   return text + csvJudgement(frame) +
          fmt::format(",{},{}\n", csvNumber(frame.smoothed), frame.filled);
 }

@@ -10,7 +10,8 @@ namespace cornerpin {
 /// Writes a result as CSV (docs/result.md), a row for each frame: the columns
 /// frame,h00,h01,...,h22,rms,tracks,status,good,good_rms,sigma,stage, the corners' places
 /// qx0,qy0,...,qx3,qy3, then model,on_top,noise,deviation0,...,deviation3,why,reason,loss,width,
-/// handed_over,verdict,expected_error,doubts, the last of these the codes with a space between.
+/// handed_over,kept_from,verdict,expected_error,doubts,smoothed,filled; frames and codes are parted
+/// by spaces.
 /// With several quads a row for each frame and quad, whose name is in a column `quad` behind the
 /// frame.
 ///

@@ -115,6 +115,7 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame) {
   if (verdict.status != Status::Base) {
     json["model"] = nameOf(verdict.model);
     json["on_top"] = verdict.onTop;
+    if (!verdict.keptFrom.empty()) json["kept_from"] = verdict.keptFrom;
   }
   json["tracks"] = frame.tracks;
   json["handed_over"] = frame.handedOver;

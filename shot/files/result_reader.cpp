@@ -208,6 +208,9 @@ class ResultReader {
                                      Model::Affine, Model::Projective});
     }
     if (const auto onTop = known(field, "on_top")) verdict.onTop = onTop->flag();
+    if (!field.has("kept_from")) return;
+    const JsonField kept = field.at("kept_from");
+    for (std::size_t i = 0; i < kept.size(); ++i) verdict.keptFrom.push_back(kept.at(i).integer());
   }
 
   void readFit(const JsonField& field, FrameResult& frame) const {

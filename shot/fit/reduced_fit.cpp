@@ -104,7 +104,7 @@ Matches carriedBy(const Homography& kept, const Matches& matches) {
 }
 
 // The model fitted on top of `kept`; without a finite cost where that makes no transform.
-Candidate fitOnTop(const Matches& matches, Model model, const Homography& kept) {
+Candidate candidateOnTop(const Matches& matches, Model model, const Homography& kept) {
   Candidate result;
   if (!onOneSide(kept, matches.base())) return result;
   const Matches carried = carriedBy(kept, matches);
@@ -125,11 +125,17 @@ Candidate fitOnTop(const Matches& matches, Model model, const Homography& kept) 
 
 }  // namespace
 
+std::optional<Homography> fitOnTop(const Matches& matches, Model model, const Homography& kept) {
+  const Candidate candidate = candidateOnTop(matches, model, kept);
+  if (!candidate.counts()) return std::nullopt;
+  return candidate.h;
+}
+
 ReducedFit fitReduced(const Matches& matches, Model model, const Homography& neighbour) {
   for (Model lower : {Model::Affine, Model::Similarity, Model::Translation}) {
     if (lower > model || matches.size() < tracksFor(lower)) continue;
-    const Candidate onTop = fitOnTop(matches, lower, neighbour);
-    const Candidate alone = fitOnTop(matches, lower, kIdentity);
+    const Candidate onTop = candidateOnTop(matches, lower, neighbour);
+    const Candidate alone = candidateOnTop(matches, lower, kIdentity);
     const bool clearly = alone.counts() && !onTop.exact && alone.cost < onTop.cost / 2;
     if (clearly) return {lower, alone.h, false};
     if (onTop.counts()) return {lower, onTop.h, true};

@@ -2,6 +2,8 @@
 #ifndef SHOT_FIT_REDUCED_FIT_H
 #define SHOT_FIT_REDUCED_FIT_H
 
+#include <optional>
+
 #include "shot/fit/matches.h"
 #include "shot/fit/model.h"
 #include "shot/plane/homography.h"
@@ -14,6 +16,12 @@ struct ReducedFit {
   Homography h = kIdentity;  ///< the neighbour's when held
   bool onTop = true;         ///< fitted on top of the neighbour's transform
 };
+
+/// The model (translation, similarity or affine) that carries the matches' places behind `kept` to
+/// their present ones, with `kept` before it: by weighted least squares (closed form, double
+/// precision). None where that is not finite, turns the surface over, or does not have all tracks
+/// in front.
+std::optional<Homography> fitOnTop(const Matches& matches, Model model, const Homography& kept);
 
 /// Fits a translation, similarity or affine transform by weighted least squares (closed form,
 /// double precision) in two ways: on top of the neighbour's transform, which keeps its perspective

@@ -13,10 +13,10 @@ namespace cornerpin {
 /// bunched or nearly on one line, infinite where they do not fix the model.
 double noiseGain(Model model, const Points& points, const Quad& corners);
 
-/// Models with more gain than this are not supported. Half a pixel of noise then puts the worst
-/// corner 10 px off, more than a lower model on top of the neighbour's transform misses of the
-/// motion over a good many frames. Of the shots under data/ no frame of four or more tracks that
-/// fix a transform has more than 14.
+/// No frame leans on a transform whose model has more gain than this while a shot is swept. Half a
+/// pixel of noise then puts the worst corner 10 px off, more than a lower model on top of the
+/// neighbour's transform misses of the motion over a good many frames. Of the shots under data/ no
+/// frame of four or more tracks that fix a transform has more than 14.
 constexpr double kLargestGain = 20.0;
 
 /// The highest model up to `highest` that has enough points and a gain up to `kLargestGain`. A

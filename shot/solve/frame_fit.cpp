@@ -2,10 +2,11 @@
 #include "shot/solve/frame_fit.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "shot/fit/general_position.h"
 #include "shot/fit/reduced_fit.h"
-#include "shot/fit/support.h"
+#include "shot/plane/extent.h"
 #include "shot/plane/similarity.h"
 
 namespace cornerpin {
@@ -14,15 +15,15 @@ namespace {
 
 constexpr std::size_t kFewestAgreeing = 5;  // some transform meets any four
 
-// Whether a full fit to these places keeps noise within bounds.
-bool supportsFullModel(const Points& base, const Quad& surface) {
-  return noiseGain(Model::Projective, base, surface) <= kLargestGain;
+double fullGain(const Points& base, const Quad& surface) {
+  return noiseGain(Model::Projective, base, surface);
 }
 
 // What stands against the transform that the good tracks agree on. Where none was found and the
 // library's fit had failed already, that stays the reason.
-void judgeGood(const Matches& file, const RobustFit& robust, const Quad& surface,
-               Verdict& verdict) {
+void judgeGood(const Matches& file, const Quad& surface, FrameFit& fit) {
+  const RobustFit& robust = fit.robust;
+  Verdict& verdict = fit.verdict;
   verdict.good = robust.goodCount;
   if (!robust.found) {
     if (!inGeneralPosition(file.present())) {
@@ -40,9 +41,10 @@ void judgeGood(const Matches& file, const RobustFit& robust, const Quad& surface
   const Matches good = file.subset(robust.good);
   if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
     verdict.shortfall = Shortfall::GoodOnOneLine;
-  } else if (!supportsFullModel(good.base(), surface)) {
-    verdict.shortfall = Shortfall::GoodBunchedInBase;
+    return;
   }
+  fit.gain = fullGain(good.base(), surface);
+  if (!std::isfinite(fit.gain)) verdict.shortfall = Shortfall::GoodBunchedInBase;
 }
 
 // Fits a lower model to the good tracks where they support one; `fit.h` is the neighbour's
@@ -63,6 +65,11 @@ void reduce(const Matches& file, const Quad& surface, FrameFit& fit) {
 
 }  // namespace
 
+void cover(const Points& places, Sweep& sweep) {
+  sweep.surface = squareAround(places);
+  sweep.corners = cornersOf(boxAround(places));
+}
+
 FrameFitter::FrameFitter(const ShotUnits& units, const SolveOptions& options)
     : units_(units),
       loss_(options.loss),
@@ -80,15 +87,20 @@ FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
     fit.verdict.status = Status::Solved;
     fit.verdict.model = Model::Projective;
     fit.verdict.origin = fit.robust.origin;
-    sweep.start = transform;
-    if (loss_ != Loss::None) sweep.memory.rememberGood(file, fit.robust.good);
-  } else {
-    sweep.chainBroken = true;
-    fit.h = sweep.neighbour;
-    if (reduces_ && wantsLowerModel(fit.verdict)) reduce(file, sweep.surface, fit);
   }
-  sweep.neighbour = fit.h;
-  return fit;
+  if (fit.isFirm()) {
+    sweep.start = transform;
+    sweep.neighbour = fit.h;
+    if (loss_ != Loss::None) sweep.memory.rememberGood(file, fit.robust.good);
+    return fit;
+  }
+  sweep.chainBroken = true;
+  FrameFit lower = fit;
+  lower.h = sweep.neighbour;
+  const bool solved = fit.verdict.status == Status::Solved;
+  if (reduces_ && (solved || wantsLowerModel(fit.verdict))) reduce(file, sweep.surface, lower);
+  sweep.neighbour = lower.h;
+  return solved ? fit : lower;
 }
 
 // What stands against a full transform before anything is fitted.
@@ -107,7 +119,7 @@ Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const
   const bool tellsBad = loss_ != Loss::None && file.size() >= kFewestForRobust;
   if (!inGeneralPosition(base)) return because(Shortfall::OnOneLineInBase);
   if (!tellsBad && !inGeneralPosition(file.present())) return because(Shortfall::OnOneLine);
-  if (loss_ != Loss::None && !supportsFullModel(base, surface))
+  if (loss_ != Loss::None && !std::isfinite(fullGain(base, surface)))
     return because(Shortfall::BunchedInBase);
   return verdict;
 }
@@ -148,11 +160,12 @@ LibraryTransform FrameFitter::fitRobust(const Matches& file, const LibraryResult
   starts.push_back({Stage::Neighbour, units_.toFit(sweep.neighbour)});
   fit.robust =
       fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file), robustOptions_);
-  judgeGood(file, fit.robust, sweep.surface, fit.verdict);
+  judgeGood(file, sweep.surface, fit);
   if (fit.verdict.shortfall != Shortfall::None) return {};
   fit.h = units_.fromFit(fit.robust.h);
   if (!isFinite(fit.h)) fit.verdict.shortfall = Shortfall::NotFinite;
-  if (fit.robust.origin.grounds == Grounds::Searched) sweep.memory.rememberSigma(fit.robust.sigma);
+  const bool searched = fit.robust.origin.grounds == Grounds::Searched;
+  if (searched && fit.gain <= kLargestGain) sweep.memory.rememberSigma(fit.robust.sigma);
   return toLibrary(units_.toLibrary(fit.h));
 }
 

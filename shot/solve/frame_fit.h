@@ -3,6 +3,7 @@
 #define SHOT_SOLVE_FRAME_FIT_H
 
 #include "shot/fit/matches.h"
+#include "shot/fit/support.h"
 #include "shot/plane/homography.h"
 #include "shot/robust/robust_fit.h"
 #include "shot/solve/base_frame.h"
@@ -21,17 +22,27 @@ struct Sweep {
   bool chainBroken = false;  ///< some frame was not fitted from its neighbour
   SweepMemory memory;
   Quad surface{};  ///< what a transform has to carry well: the square around tracks, on the surface
+  Quad corners{};  ///< of the box around the same tracks
 };
+
+/// Lets a sweep carry the surface around these places.
+void cover(const Points& places, Sweep& sweep);
 
 /// How a frame came out, before its figures. Transforms in the file's unit.
 struct FrameFit {
   Verdict verdict;
   Homography h{};    ///< the neighbour's when held
   RobustFit robust;  ///< not found with Loss::None, and where no fit was tried; in the fit's unit
+  /// Of the full transform with a loss: `noiseGain` of the good tracks.
+  double gain = 0.0;
+
+  /// Whether others may lean on the frame's transform.
+  bool isFirm() const { return verdict.status == Status::Solved && gain <= kLargestGain; }
 };
 
 /// Fits one frame after the other: decides whether the tracks fix a transform, fits it, and takes a
-/// lower model or the neighbour's transform where they do not.
+/// lower model or the neighbour's transform where they do not. A frame whose full transform noise
+/// may throw about (`kLargestGain`) hands a lower model's transform on to the next.
 class FrameFitter {
  public:
   FrameFitter(const ShotUnits& units, const SolveOptions& options);

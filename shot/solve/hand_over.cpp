@@ -42,9 +42,8 @@ bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenIn
 FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches,
                   Sweep& sweep) {
   FrameFit fit = fitter.fit(matches, sweep);
-  if (fit.verdict.status == Status::Solved && othersIn(base, matches) > 0) {
-    const Points good = matches.subset(fit.robust.good).base();
-    sweep.surface = squareAround(surfacePlaces(good, Loss::Tukey));
+  if (fit.isFirm() && othersIn(base, matches) > 0) {
+    cover(surfacePlaces(matches.subset(fit.robust.good).base(), Loss::Tukey), sweep);
   }
   return fit;
 }
@@ -56,7 +55,7 @@ FrameFit fitHandedOver(FrameFitter& fitter, const BaseFrame& base, Matches& matc
     const Homography neighbour = sweep.neighbour;
     const bool chainBroken = sweep.chainBroken;
     FrameFit fit = fitter.fit(older, sweep);
-    if (fit.verdict.status == Status::Solved) {
+    if (fit.isFirm()) {
       matches = older;
       return fit;
     }

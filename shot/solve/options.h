@@ -21,8 +21,8 @@ struct SolveOptions {
   /// Loss::None: the library's solve alone, to the bit, of every frame that it can fit; how
   /// well the tracks support it (`noiseGain`) is not looked at.
   Loss loss = Loss::Tukey;
-  /// Fits frames whose tracks do not support the full transform with a lower model instead of
-  /// holding them.
+  /// Fits frames whose tracks fix no full transform with a lower model instead of holding them, and
+  /// with a loss those too for which a lower model is expected to be nearer (`ModelPass`).
   bool reduce = true;
   std::uint64_t seed = 1;  ///< of the samples drawn where a frame has many bad tracks
   /// What the figures of trust are about, in the reference frame; none: one named "tracks", which

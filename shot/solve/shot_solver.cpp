@@ -155,7 +155,8 @@ class ShotSolver {
       if (result.frame == base_.frame()) continue;
       const FrameErrors& errors = errorsOf(result);
       result.figures = figuresOf(errors, shot);
-      if (result.handedOver > 0 && result.verdict.status == Status::Solved) {
+      sweeps_.takeCovariances(result, quads_, result.figures);
+      if (result.handedOver > 0 && sweeps_.isFirm(result)) {
         takeJoint(covariances_[indexOf(result.frame)], lasting_.varianceRatio(), errors,
                   result.figures);
       }
@@ -241,8 +242,8 @@ void check(const Tracks& tracks, const SolveOptions& options) {
 std::vector<PilotFrame> pilotOf(const ShotSweeps& sweeps) {
   std::vector<PilotFrame> pilot;
   for (const FrameResult& frame : sweeps.frames()) {
-    const Status status = frame.verdict.status;
-    pilot.push_back({status == Status::Base || status == Status::Solved, frame.h, frame.sigma});
+    const bool counts = frame.verdict.status == Status::Base || sweeps.isFirm(frame);
+    pilot.push_back({counts, frame.h, frame.sigma});
   }
   return pilot;
 }
@@ -303,6 +304,7 @@ ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Pr
     why = choice.why;
   }
   sweeps->handOver();
+  sweeps->chooseModels();
   ShotResult result = ShotSolver(tracks, options, *sweeps).solve();
   result.whyBase = why;
   return result;

@@ -28,15 +28,16 @@ using Progress = std::function<void(std::size_t done, std::size_t total)>;
 /// library's fit may fail then.
 ///
 /// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
-/// frame (`inGeneralPosition`), or lie too close together or too near one line in the base frame
-/// (not with Loss::None; with a loss the good tracks count), or of whose six or more tracks only
-/// four agree, as any four do, is reduced where the options say so: fitted with the highest model
-/// below the projective one that its tracks support in both frames (`supportedModel`), best on top
-/// of its neighbour's transform (`fitReduced`). It is held without active tracks; with positions
-/// beyond single precision; where no more than three of six or more tracks agree; and when its fit
-/// throws, is not finite, or puts an active track on the horizon or two of them on its two sides.
-/// Both break the chain of neighbours: from there to the end of the sweep each frame is fitted from
-/// the linear solution (`linearFit`) too, and the fit with the lower weighted cost counts.
+/// frame (`inGeneralPosition`), or of whose six or more tracks only four agree, as any four do, is
+/// reduced where the options say so: fitted with the highest model below the projective one that
+/// its tracks support in both frames (`supportedModel`), best on top of its neighbour's transform
+/// (`fitReduced`). With a loss `ModelPass` then chooses the models of these frames, and of those
+/// whose full transform noise may throw about, from all that the shot tells. It is held without
+/// active tracks; with positions beyond single precision; where no more than three of six or more
+/// tracks agree; and when its fit throws, is not finite, or puts an active track on the horizon or
+/// two of them on its two sides. Both break the chain of neighbours: from there to the end of the
+/// sweep each frame is fitted from the linear solution (`linearFit`) too, and the fit with the
+/// lower weighted cost counts.
 ///
 /// Throws `std::invalid_argument` for a base frame outside the shot or without tracks, for a
 /// reference frame that `rebase` refuses, and for quads with a flaw (`flawOf`).

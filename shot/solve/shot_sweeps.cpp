@@ -36,7 +36,8 @@ ShotSweeps::ShotSweeps(const Tracks& tracks, const SolveOptions& options, int ba
       units_(unitsOf(surface_, options.units)),
       fitter_(units_, options),
       map_(base_, tracks.names.size()),
-      frames_(static_cast<std::size_t>(tracks.frameCount())) {
+      frames_(static_cast<std::size_t>(tracks.frameCount())),
+      swept_(frames_.size()) {
   FrameResult& result = frames_[static_cast<std::size_t>(base - tracks.firstFrame())];
   result.frame = base;
   result.verdict.status = Status::Base;
@@ -94,7 +95,7 @@ bool ShotSweeps::othersAgree(const std::vector<JointFrame>& joint) const {
   std::vector<double> moves;
   for (std::size_t f = 0; f < joint.size(); ++f) {
     const FrameResult& frame = frames_[f];
-    if (frame.verdict.status != Status::Solved || frame.handedOver > 0) continue;
+    if (!isFirm(frame) || frame.handedOver > 0) continue;
     if (othersIn(base_, map_.matchesIn(tracks_, frame.frame)) == 0) continue;
     moves.push_back(moveOf(frame, joint[f].h));
   }
@@ -120,7 +121,7 @@ std::vector<JointFrame> ShotSweeps::jointFrames() const {
   for (const FrameResult& frame : frames_) {
     JointFrame::Part part = JointFrame::Part::None;
     if (frame.verdict.status == Status::Base) part = JointFrame::Part::Fixed;
-    if (frame.verdict.status == Status::Solved) part = JointFrame::Part::Free;
+    if (isFirm(frame)) part = JointFrame::Part::Free;
     frames.push_back({frame.h, part, std::isfinite(frame.sigma) ? frame.sigma : 0.0});
   }
   return frames;
@@ -137,18 +138,19 @@ void ShotSweeps::sweepBothWays(bool learns) {
 
 // From the base frame to the last one, each frame from its neighbour.
 void ShotSweeps::sweep(int step, int last, bool learns) {
-  Sweep sweep{toLibrary(kIdentity), kIdentity, false, SweepMemory(tracks_.names.size()),
-              squareAround(surface_)};
+  Sweep sweep{toLibrary(kIdentity), kIdentity, false, SweepMemory(tracks_.names.size())};
+  cover(surface_, sweep);
   std::optional<LearningMap> learning;
   if (learns) learning.emplace(base_, tracks_.names.size());
   for (int frame = base_.frame(); frame != last;) {
     frame += step;
     const SurfaceMap& map = learning ? learning->map() : map_;
     Matches file = map.matchesIn(tracks_, frame);
+    const Quad corners = sweep.corners;
     const FrameFit fit = trusted_ ? fitByAll(fitter_, base_, file, sweep)
                                   : fitHandedOver(fitter_, base_, file, sweep);
-    record(frame, file, fit);
-    if (learning && fit.verdict.status == Status::Solved) {
+    record(frame, file, fit, corners);
+    if (learning && fit.isFirm()) {
       learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,
                       units_.lengthFromFit(fit.robust.sigma));
     }
@@ -156,15 +158,46 @@ void ShotSweeps::sweep(int step, int last, bool learns) {
   }
 }
 
-void ShotSweeps::record(int frame, const Matches& file, const FrameFit& fit) {
+int ShotSweeps::neighbourOf(int frame) const { return frame + (frame > base_.frame() ? -1 : 1); }
+
+std::size_t ShotSweeps::indexOf(const FrameResult& frame) const {
+  return static_cast<std::size_t>(frame.frame - tracks_.firstFrame());
+}
+
+bool ShotSweeps::isFirm(const FrameResult& frame) const {
+  return frame.verdict.status == Status::Solved && swept_[indexOf(frame)].gain <= kLargestGain;
+}
+
+void ShotSweeps::chooseModels() {
+  if (options_.loss == Loss::None || !options_.reduce) return;
+  models_.emplace(
+      frames_, swept_, static_cast<std::size_t>(base_.frame() - tracks_.firstFrame()),
+      [this](const FrameResult& frame) { return usedIn(frame); },
+      [this](const FrameResult& frame) { return map_.matchesIn(tracks_, frame.frame); },
+      [this](const Matches& file, const Homography& start, double sigma) {
+        Prior prior;
+        prior.recentSigma = prior.lowSigma = sigma * units_.fileToFit.scale;
+        RobustFit fit =
+            fitRobustly(file.in(units_.fileToFit), {{Stage::Neighbour, units_.toFit(start)}}, prior,
+                        {options_.loss, options_.seed});
+        fit.h = units_.fromFit(fit.h);
+        return fit;
+      },
+      units_.lengthFromFit(kLikelySigma));
+}
+
+void ShotSweeps::record(int frame, const Matches& file, const FrameFit& fit, const Quad& corners) {
   FrameResult& result = frames_[static_cast<std::size_t>(frame - tracks_.firstFrame())];
   result = {};
   result.frame = frame;
   result.h = fit.h;
   result.verdict = fit.verdict;
+  if (result.verdict.onTop) result.verdict.keptFrom = {neighbourOf(frame)};
   result.tracks = static_cast<int>(file.size());
   result.handedOver = othersIn(base_, file);
   result.rms = rmsResidual(file, fit.h);
+  swept_[indexOf(result)] = {corners, fit.gain, {}};
+  if (fit.robust.found) swept_[indexOf(result)].good = fit.robust.good;
   if (fit.robust.found) addRobust(fit, result);
   if (fit.verdict.status == Status::Solved) addSolved(file, fit, result);
 }
@@ -199,15 +232,24 @@ Matches ShotSweeps::usedIn(const FrameResult& frame) const {
 
 FittedFrame ShotSweeps::fittedAs(const FrameResult& frame, const Matches& used) const {
   FittedFrame fitted{frame.verdict.model, kIdentity, frame.h, used.weights()};
-  if (frame.verdict.onTop) {
-    const int neighbour = frame.frame + (frame.frame > base_.frame() ? -1 : 1);
-    fitted.kept = frames_[static_cast<std::size_t>(neighbour - tracks_.firstFrame())].h;
+  if (models_ && frame.verdict.status == Status::Reduced) {
+    fitted.kept = models_->keptIn(indexOf(frame));
+  } else if (frame.verdict.onTop) {
+    fitted.kept =
+        frames_[static_cast<std::size_t>(neighbourOf(frame.frame) - tracks_.firstFrame())].h;
   }
   if (frame.handedOver > 0) fitted.placeNoise = 0.0;
   if (toldBad(frame)) {
     fitted.weights = goodWeights(used, frame.h, units_.fileToFit.centre, frame.sigma);
   }
   return fitted;
+}
+
+void ShotSweeps::takeCovariances(const FrameResult& frame, const std::vector<Quad>& quads,
+                                 FrameFigures& figures) const {
+  if (models_ && frame.verdict.status == Status::Reduced) {
+    models_->takeCovariances(indexOf(frame), quads, figures);
+  }
 }
 
 }  // namespace cornerpin

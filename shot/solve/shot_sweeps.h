@@ -3,12 +3,14 @@
 #define SHOT_SOLVE_SHOT_SWEEPS_H
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "shot/fit/linearised_fit.h"
 #include "shot/fit/matches.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/frame_fit.h"
+#include "shot/solve/model_pass.h"
 #include "shot/solve/options.h"
 #include "shot/solve/result.h"
 #include "shot/solve/surface_map.h"
@@ -41,6 +43,12 @@ class ShotSweeps {
   /// Hands over where there is something to hand over to.
   void handOver();
 
+  /// Chooses the models of the frames that no others may lean on, where frames may be reduced.
+  void chooseModels();
+
+  /// Whether others may lean on the frame's transform.
+  bool isFirm(const FrameResult& frame) const;
+
   const BaseFrame& base() const { return base_; }
   const Points& surface() const { return surface_; }
   const ShotUnits& units() const { return units_; }
@@ -60,6 +68,11 @@ class ShotSweeps {
   /// How a frame was fitted, with the weights of its good tracks in full.
   FittedFrame fittedAs(const FrameResult& frame, const Matches& used) const;
 
+  /// The covariances of a reduced frame's corners, with what its model is expected to miss; where
+  /// nothing told them they stay.
+  void takeCovariances(const FrameResult& frame, const std::vector<Quad>& quads,
+                       FrameFigures& figures) const;
+
   /// Of the images of places in every frame, with all that the shot's other frames say; fills in
   /// those of the tracks' places.
   std::vector<std::vector<Symmetric2>> jointCovariancesOf(const Points& places);
@@ -67,7 +80,9 @@ class ShotSweeps {
  private:
   void sweepBothWays(bool learns);
   void sweep(int step, int last, bool learns);
-  void record(int frame, const Matches& file, const FrameFit& fit);
+  void record(int frame, const Matches& file, const FrameFit& fit, const Quad& corners);
+  std::size_t indexOf(const FrameResult& frame) const;
+  int neighbourOf(int frame) const;
   void addRobust(const FrameFit& fit, FrameResult& result) const;
   void addSolved(const Matches& file, const FrameFit& fit, FrameResult& result) const;
   bool hasOthers() const;
@@ -89,6 +104,8 @@ class ShotSweeps {
   bool trusted_ = false;       // all known tracks decide, not the base frame's where they suffice
   int handedOver_ = 0;         // known tracks that the base frame lacks, where they take part
   std::vector<FrameResult> frames_;
+  std::vector<SweptFrame> swept_;    // by frame
+  std::optional<ModelPass> models_;  // none where frames keep what the sweeps made of them
 };
 
 }  // namespace cornerpin

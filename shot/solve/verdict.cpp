@@ -38,6 +38,10 @@ std::string describe(const Verdict& v) {
       return "all its good tracks but one, or all of them, lie on one line";
     case Shortfall::GoodBunchedInBase:
       return "its good tracks lie too close together or too near one line in the base frame";
+    case Shortfall::LowerIsNearer:
+      return fmt::format(
+          "the {} model agrees with its tracks too and is expected to be nearer at the corners",
+          nameOf(v.model));
   }
   return {};
 }
@@ -67,6 +71,7 @@ bool wantsLowerModel(const Verdict& verdict) {
     case Shortfall::BunchedInBase:
     case Shortfall::GoodOnOneLine:
     case Shortfall::GoodBunchedInBase:
+    case Shortfall::LowerIsNearer:
       return true;
     case Shortfall::FewAgree:
       return verdict.good >= kFewestTracks;

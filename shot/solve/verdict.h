@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "shot/fit/model.h"
 #include "shot/robust/origin.h"
@@ -39,14 +40,17 @@ enum class Shortfall {
   FewAgree,     ///< some transform meets any four
   GoodOnOneLine,
   GoodBunchedInBase,
+  LowerIsNearer,  ///< a lower model's corners are expected to be nearer to the truth
 };
 
 /// How a frame came out: what was fitted, from where, and why not more.
 struct Verdict {
   Status status = Status::Held;
   Model model = Model::Held;  ///< projective where solved; means nothing in the base frame
-  bool onTop = false;  ///< reduced, and the model moves the neighbour's transform, which it keeps
-  Origin origin;       ///< of a solved frame's transform
+  bool onTop = false;         ///< reduced, and the model moves a transform that it keeps
+  /// Where that is from: its frame, or the two that it lies between.
+  std::vector<int> keptFrom;
+  Origin origin;  ///< of a solved frame's transform
   Shortfall shortfall = Shortfall::None;
   std::size_t tracks = 0;  ///< seen there and in the base frame
   std::size_t good = 0;    ///< of these, the good ones of the search

@@ -159,7 +159,7 @@ TEST(DoubtsOfTheSolveCommand, AreSoRelativeToAnyFrame) {
 TEST(DoubtsOfTheSolveCommand, HaveTheirCodesInTheCsv) {
   const std::string csv =
       cornerpin({"solve", kScreen, "--base", "51", "-o", "-", "--format", "csv"}).out;
-  EXPECT_TRUE(contains(csv, ",handed_over,verdict,expected_error,doubts,smoothed,filled\n"));
+  EXPECT_TRUE(contains(csv, ",handed_over,kept_from,verdict,expected_error,doubts,smoothed,filled\n"));
   EXPECT_TRUE(contains(csv, ",0,doubtful,,no-figures nothing-to-check,0,false\n"));
   EXPECT_TRUE(contains(csv, ",0,good,0,,0,false\n"));
 }

@@ -31,10 +31,10 @@ TEST(ResultCsv, HasOneRowPerFrame) {
       "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,rms,tracks,status,good,good_rms,sigma,stage,"
       "qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3,"
       "model,on_top,noise,deviation0,deviation1,deviation2,deviation3,why,reason,loss,width,"
-      "handed_over,verdict,expected_error,doubts,smoothed,filled\n"
-      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,1,2,3,2,3,4.5,1,4.5,,,,0,0,0,0,,,,,0,good,0,,0,false\n"
+      "handed_over,kept_from,verdict,expected_error,doubts,smoothed,filled\n"
+      "5,1,0,0,0,1,0,0,0,1,0,4,base,,,,,1,2,3,2,3,4.5,1,4.5,,,,0,0,0,0,,,,,0,,good,0,,0,false\n"
       "6,2,0,10,0,0.5,0,0,-0.25,1,,0,held,,,,,24,2,32,2,,,,,held,false,0.25,0.5,,"
-      "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,,2,"
+      "0.125,3.054936363499605e-151,,\"the fit failed: a \"\"quoted\"\"\nreason\",,,2,,"
       "doubtful,,no-figures held,0,false\n");
 }
 
@@ -77,7 +77,7 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
           .find(
               ",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
               "054936363499605e-151,"
-              "too few tracks to tell a bad one,,huber,0.75,2,doubtful,,no-figures held,0,false\n"),
+              "too few tracks to tell a bad one,,huber,0.75,2,,doubtful,,no-figures held,0,false\n"),
       std::string::npos);
 }
 
@@ -97,14 +97,14 @@ TEST(ResultCsv, HasRowsForTransformsBetweenFrames) {
   const std::string csv = written(result, Format::Csv);
   EXPECT_NE(csv.find("\n5,1,0,0,0,1,0,0,0,1,0,4,base,"), std::string::npos) << csv;
   EXPECT_NE(
-      csv.find(",0,false\n5,1,0,0,0,1,0,0,0,1,,,between,,,,,1,2,3,2,3,4.5,1,4.5,,,,,,,,,,,,,,,,,\n"
+      csv.find(",0,false\n5,1,0,0,0,1,0,0,0,1,,,between,,,,,1,2,3,2,3,4.5,1,4.5,,,,,,,,,,,,,,,,,,\n"
                "5.25,1,0,0.5,0,1,-2,0,0,1,,,between,,,,,1.5,0,3.5,0,3.5,2.5,1.5,2.5"
-               ",,,,,,,,,,,,,,,,,\n6,2,0,10,"),
+               ",,,,,,,,,,,,,,,,,,\n6,2,0,10,"),
       std::string::npos)
       << csv;
   EXPECT_EQ(csv.substr(csv.rfind("\n6,")),
             "\n6,1,0,0.5,0,1,-2,0,0,1,,,between,,,,,1.5,0,3.5,0,3.5,2.5,"
-            "1.5,2.5,,,,,,,,,,,,,,,,,\n");
+            "1.5,2.5,,,,,,,,,,,,,,,,,,\n");
   result.quads.push_back({"b", {{{0, 0}, {4, 0}, {4, 1}, {0, 1}}}});
   for (FrameResult& frame : result.frames) frame.figures.quads.emplace_back();
   EXPECT_NE(written(result, Format::Csv)
@@ -161,6 +161,9 @@ TEST(ResultCsv, SaysWhyAFrameIsReduced) {
             "3 of the 4 tracks needed, too close together or too near one line");
   EXPECT_EQ(field(result, "model"), "similarity");
   EXPECT_EQ(field(result, "on_top"), "true");
+  EXPECT_EQ(field(result, "kept_from"), "");
+  frame.verdict.keptFrom = {4, 17};
+  EXPECT_EQ(field(result, "kept_from"), "4 17");
   for (const char* column : {"why", "stage", "good", "good_rms", "sigma"}) {
     EXPECT_EQ(field(result, column), "") << column;
   }

@@ -78,6 +78,9 @@ TEST(ResultJson, SaysHowFarToTrustAFrame) {
   EXPECT_EQ(j["frames"][1]["status"], "reduced");
   EXPECT_EQ(j["frames"][1]["model"], "affine");
   EXPECT_EQ(j["frames"][1]["on_top"], true);
+  EXPECT_FALSE(j["frames"][1].contains("kept_from"));
+  result.frames[1].verdict.keptFrom = {4, 17};
+  EXPECT_EQ(json::parse(written(result, Format::Json))["frames"][1]["kept_from"], json({4, 17}));
   EXPECT_EQ(j["frames"][1]["noise"], 0.25);
 }
 

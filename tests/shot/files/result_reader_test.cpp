@@ -85,6 +85,7 @@ TEST(ReadResult, GivesBackWhatWasWritten) {
   frame.verdict.status = Status::Reduced;
   frame.verdict.model = Model::Affine;
   frame.verdict.onTop = true;
+  frame.verdict.keptFrom = {4, 17};
   frame.verdict.shortfall = Shortfall::TooFewTracks;
   addTexts(frame);
   expectReadBack(result);

@@ -166,3 +166,17 @@ TEST(FitReduced, MeasuresExactnessByTheDistanceFromTheOrigin) {
   EXPECT_TRUE(onTop(0.98 * 5e-9));
   EXPECT_FALSE(onTop(1.02 * 5e-9));
 }
+
+TEST(FitOnTop, PutsTheModelBehindWhatIsKept) {
+  const Matches matches = lists::matches(matchesFor(product(kShear, kTilted), 4));
+  const std::optional<Homography> h = fitOnTop(matches, Model::Affine, kTilted);
+  ASSERT_TRUE(h);
+  EXPECT_LT(worstError(*h, product(kShear, kTilted)), 1e-9);
+}
+
+TEST(FitOnTop, MakesNoTransformThatTurnsTheSurfaceOverOrHasTracksBehind) {
+  const Homography over = {{{1, 0, 0}, {0, -1, 0}, {0, 0, 1}}};
+  EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(over, 4)), Model::Affine, kIdentity));
+  const Homography behind = {{{1, 0, 0}, {0, 1, 0}, {-4e-3, 0, 1}}};
+  EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(kShift, 4)), Model::Affine, behind));
+}

@@ -116,7 +116,7 @@ TEST(SolveShot, IsNearerToTheTruthWithALowerModelWhereTracksAreBunched) {
     if (reduced) {
       EXPECT_LT(squares[1], squares[0]) << size;
     }
-    EXPECT_EQ(reduced, size < 0.17) << size;
+    EXPECT_EQ(reduced, size < 0.3) << size;
   }
 }
 
@@ -387,16 +387,15 @@ TEST(SolveShot, FitsALowerModelToTheGoodTracksOfALine) {
   EXPECT_GT(frames, 10);
 }
 
-TEST(SolveShot, FitsALowerModelToTheGoodTracksOfAPatch) {
+// Between two frames nothing says that the surface hardly turned.
+TEST(SolveShot, FitsTheFullTransformToTheGoodTracksOfAPatch) {
   std::vector<Point> patch;
   for (double y : {230, 250, 270}) {
     for (double x : {280, 300, 320}) patch.push_back({x, y});
   }
   const FrameResult frame = fittedBesideJumps(patch, kFarApart, 3);
-  EXPECT_EQ(frame.verdict.status, Status::Reduced);
-  EXPECT_EQ(frame.verdict.shortfall, Shortfall::GoodBunchedInBase);
-  EXPECT_EQ(frame.verdict.model, Model::Affine);
-  EXPECT_EQ(frame.verdict.fitted, 9u);
+  EXPECT_EQ(frame.verdict.status, Status::Solved);
+  EXPECT_LT(errorAtCorners(frame), 1e-6);
   EXPECT_EQ(frame.good, 9);
   for (std::size_t i = 0; i < 14; ++i) {
     EXPECT_EQ(frame.influences[i].weight, i < 9 ? 1.0 : 0.0) << i;
@@ -412,7 +411,7 @@ TEST(SolveShot, ReducesBunchedTracksOnlyWhereALossAsksForTheirSpread) {
     options.loss = loss;
     const Verdict verdict = solveShot(tracks, options).frames[3].verdict;
     EXPECT_EQ(verdict.status, Status::Reduced) << nameOf(loss);
-    EXPECT_EQ(verdict.shortfall, Shortfall::BunchedInBase) << nameOf(loss);
+    EXPECT_EQ(verdict.shortfall, Shortfall::LowerIsNearer) << nameOf(loss);
   }
 }
 

@@ -317,7 +317,9 @@ TEST(Trust, HasTheFiguresOfADenseComputationForAReducedFrame) {
   for (Observation& o : tracks.observations) {
     if (o.frame == 2 && o.track > 2) o.weight = 0.0f;
   }
-  const ShotResult result = solveShot(tracks, fromTheFirstFrame(kCorners));
+  SolveOptions options = fromTheFirstFrame(kCorners);
+  options.loss = Loss::None;
+  const ShotResult result = solveShot(tracks, options);
   const FrameResult& frame = result.frames[2];
   ASSERT_EQ(frame.verdict.model, Model::Similarity);
   ASSERT_TRUE(frame.verdict.onTop);

@@ -33,6 +33,8 @@ const Case kCases[] = {
      true},
     {Shortfall::GoodBunchedInBase,
      "its good tracks lie too close together or too near one line in the base frame", true},
+    {Shortfall::LowerIsNearer,
+     "the held model agrees with its tracks too and is expected to be nearer at the corners", true},
 };
 
 Verdict verdictOf(Shortfall shortfall) {

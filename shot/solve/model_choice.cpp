@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/model_choice.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "shot/fit/reduced_fit.h"
+#include "shot/fit/residuals.h"
+#include "shot/plane/extent.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// What a model may be expected to miss where the shot does not tell, in the surface's extent.
+constexpr double kMissedByAffine = 0.25;
+constexpr double kMissedBySimilarity = 0.5;
+constexpr double kMissedByTranslation = 1.0;
+
+Points pointsOf(const Quad& quad) { return {quad[0], quad[1], quad[2], quad[3]}; }
+
+double extentOf(const Homography& h, const Quad& corners) {
+  Points seen;
+  for (Point corner : corners) seen.add(map(h, corner));
+  const Box box = boxAround(seen);
+  return std::max(box.high.x - box.low.x, box.high.y - box.low.y);
+}
+
+bool inFront(const Homography& h, const Quad& corners, Point front) {
+  return std::all_of(corners.begin(), corners.end(),
+                     [&](Point corner) { return onSameSide(h, corner, front); });
+}
+
+}  // namespace
+
+ModelChoice::ModelChoice(const WeakFrame& frame, const MotionTrials& trials, const Noise& usual)
+    : frame_(frame), trials_(trials), pairs_(frame.tracks.size()), noise_(usual) {
+  noise_.sigma = std::max(noise_.sigma, frame.sigma);
+  if (!frame.full) return;
+  full_.emplace(frame.tracks,
+                FittedFrame{Model::Projective, kIdentity, *frame.full, frame.tracks.weights()});
+  if (!full_->isDetermined()) {
+    full_.reset();
+    return;
+  }
+  fullSquares_ = squaresOf(*frame.full);
+  const std::size_t own = pairs_ - tracksFor(Model::Projective);
+  pairs_ = tracksFor(Model::Projective);
+  noise_.pairs += own;
+  const double squares =
+      fullSquares_ + 2.0 * static_cast<double>(usual.pairs) * usual.sigma * usual.sigma;
+  noise_.sigma =
+      std::max(frame.sigma, std::sqrt(squares / (2.0 * static_cast<double>(noise_.pairs))));
+}
+
+// Of weights whose mean square is 1.
+double ModelChoice::squaresOf(const Homography& h) const {
+  double weights = 0.0;
+  for (double squaredWeight : frame_.tracks.squaredWeights()) weights += squaredWeight;
+  return weightedSquares(frame_.tracks, h) * static_cast<double>(frame_.tracks.size()) / weights;
+}
+
+double ModelChoice::fullVariance(Point p) const {
+  if (!full_ || !onSameSide(*frame_.full, p, frame_.tracks.base()[0])) return kInfinity;
+  return noise_.sigma * noise_.sigma * full_->responseAt(p).trace();
+}
+
+double ModelChoice::fullError() const {
+  double worst = 0.0;
+  for (Point corner : frame_.corners) worst = std::max(worst, fullVariance(corner));
+  return std::sqrt(worst);
+}
+
+std::size_t ModelChoice::pairsLeftBy(const Candidate& candidate) const {
+  return pairs_ - tracksFor(candidate.lower.model);
+}
+
+bool ModelChoice::isContradicted(const Candidate& candidate) const {
+  const double beyond = squaresOf(candidate.h) - fullSquares_;
+  return contradicts(std::max(beyond, 0.0), pairsLeftBy(candidate), noise_);
+}
+
+double ModelChoice::priorOf(Model model) const {
+  const double share = model == Model::Affine       ? kMissedByAffine
+                       : model == Model::Similarity ? kMissedBySimilarity
+                                                    : kMissedByTranslation;
+  return share * extentOf(frame_.seen, frame_.corners);
+}
+
+std::vector<double> ModelChoice::squaredBias(const Candidate& candidate,
+                                             const Points& points) const {
+  const TrialFrame trial{frame_.tracks, frame_.corners, frame_.seen, pairs_};
+  std::vector<double> squares = trials_.misses(candidate.lower, trial, points, noise_);
+  if (squares.empty()) {
+    const double prior = priorOf(candidate.lower.model);
+    squares.assign(points.size(), prior * prior);
+  }
+  const LinearisedFit fit(frame_.tracks, {candidate.lower.model, candidate.kept.h, candidate.h,
+                                          frame_.tracks.weights()});
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    squares[i] += candidate.kept.squaredError;
+    const double own = noise_.sigma * noise_.sigma * fit.responseAt(points[i]).trace();
+    const double noise = std::max(fullVariance(points[i]) - own, 0.0);
+    if (!std::isfinite(noise)) continue;
+    const double share = squares[i] > 0.0 ? squares[i] / (squares[i] + noise) : 0.0;
+    const double off = squaredDistance(map(*frame_.full, points[i]), map(candidate.h, points[i]));
+    squares[i] = share * share * off + share * noise;
+  }
+  return squares;
+}
+
+std::vector<Symmetric2> ModelChoice::covariances(const Candidate& candidate,
+                                                 const Points& points) const {
+  const LinearisedFit fit(frame_.tracks, {candidate.lower.model, candidate.kept.h, candidate.h,
+                                          frame_.tracks.weights()});
+  const double variance = fit.isDetermined() ? noise_.sigma * noise_.sigma : kInfinity;
+  const std::vector<double> bias = squaredBias(candidate, points);
+  std::vector<Symmetric2> all;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const Symmetric2 unit = fit.responseAt(points[i]);
+    all.push_back({variance * unit.xx + bias[i] / 2.0, variance * unit.xy,
+                   variance * unit.yy + bias[i] / 2.0});
+  }
+  return all;
+}
+
+double ModelChoice::squaredError(const Candidate& candidate) const {
+  double worst = 0.0;
+  for (const Symmetric2& covariance : covariances(candidate, pointsOf(frame_.corners))) {
+    const double square = covariance.trace();
+    worst = std::isfinite(square) ? std::max(worst, square) : kInfinity;
+  }
+  return worst;
+}
+
+std::vector<Candidate> ModelChoice::candidatesOn(const std::vector<Kept>& kept) const {
+  std::vector<Candidate> all;
+  for (const Kept& ground : kept) {
+    for (Model model : {Model::Affine, Model::Similarity, Model::Translation}) {
+      if (frame_.tracks.size() < tracksFor(model)) continue;
+      const std::optional<Homography> h = fitOnTop(frame_.tracks, model, ground.h);
+      if (!h || !inFront(*h, frame_.corners, frame_.tracks.base()[0])) continue;
+      all.push_back({{model, ground.from}, ground, *h});
+    }
+  }
+  return all;
+}
+
+std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candidates) const {
+  std::optional<Candidate> best;
+  double least = kInfinity;
+  for (const Candidate& candidate : candidates) {
+    if (isContradicted(candidate)) continue;
+    const double square = squaredError(candidate);
+    if (!(square < least)) continue;
+    least = square;
+    best = candidate;
+  }
+  return best;
+}
+
+std::optional<Candidate> ModelChoice::bestOnTopOf(const std::vector<Kept>& kept) {
+  const std::vector<Candidate> candidates = candidatesOn(kept);
+  std::optional<Candidate> best = bestOf(candidates);
+  if (best || full_ || candidates.empty()) return best;
+  double least = kInfinity;
+  for (const Candidate& candidate : candidates) {
+    const double pairs = static_cast<double>(pairsLeftBy(candidate));
+    if (pairs > 0.0) least = std::min(least, squaresOf(candidate.h) / (2.0 * pairs));
+  }
+  noise_.sigma = std::max(noise_.sigma, std::sqrt(least));
+  return bestOf(candidates);
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,305 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/model_pass.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <map>
+#include <utility>
+
+#include "shot/fit/reduced_fit.h"
+#include "shot/fit/residuals.h"
+#include "shot/fit/support.h"
+#include "shot/plane/extent.h"
+#include "shot/plane/median.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// What a firm frame's worst corner may be off, in the surface's extent.
+constexpr double kFirm = 0.005;
+// The expected error is at most this many times the noise gain and sigma: two coordinates, noise in
+// both frames, and a corner that may be seen larger than the surface as a whole.
+constexpr double kMostOfGain = 4.0;
+// A lower model has to come so much nearer than the full one.
+constexpr double kNearer = 0.5;
+// The sigma of the shot counts as much as this many tracks of the frame beyond the four that a
+// transform meets.
+constexpr std::size_t kUsualPairs = 5;
+constexpr int kFramesAround = 8;  // on each side
+
+double extentOf(const Quad& corners) {
+  const Box box = boxAround({corners[0], corners[1], corners[2], corners[3]});
+  return std::max(box.high.x - box.low.x, box.high.y - box.low.y);
+}
+
+std::size_t shifted(std::size_t frame, std::ptrdiff_t offset) {
+  return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(frame) + offset);
+}
+
+// Of tracks with these squared residuals; 0 without any. What slid off in some frames counts as far
+// as four times the median.
+double sigmaOf(const std::vector<std::vector<double>>& squares, const std::vector<bool>& chosen) {
+  std::vector<double> all;
+  for (std::size_t t = 0; t < squares.size(); ++t) {
+    if (chosen[t]) all.insert(all.end(), squares[t].begin(), squares[t].end());
+  }
+  if (all.empty()) return 0.0;
+  const double most = 16.0 * lowerMedian(all);
+  double sum = 0.0;
+  for (double square : all) sum += std::min(square, most);
+  return std::sqrt(sum / (2.0 * static_cast<double>(all.size())));
+}
+
+std::ptrdiff_t distance(std::size_t from, std::size_t to) {
+  return static_cast<std::ptrdiff_t>(to) - static_cast<std::ptrdiff_t>(from);
+}
+
+}  // namespace
+
+ModelPass::ModelPass(std::vector<FrameResult>& frames, const std::vector<SweptFrame>& swept,
+                     std::size_t base, TracksOf tracksOf, TracksOf knownIn, Refit refit,
+                     double likely)
+    : frames_(frames),
+      swept_(swept),
+      base_(base),
+      tracksOf_(std::move(tracksOf)),
+      knownIn_(std::move(knownIn)),
+      refit_(std::move(refit)),
+      firm_(frames.size()),
+      settled_(frames.size()) {
+  findFirm(likely);
+  trials_.emplace(firm_);
+  for (std::size_t f = base; f + 1 < frames.size(); ++f) settle(f + 1, +1);
+  for (std::size_t f = base; f > 0; --f) settle(f - 1, -1);
+}
+
+void ModelPass::findFirm(double likely) {
+  std::vector<double> sigmas;
+  for (std::size_t f = 0; f < frames_.size(); ++f) {
+    const bool counts =
+        frames_[f].verdict.status == Status::Solved && swept_[f].gain <= kLargestGain;
+    if (counts && std::isfinite(frames_[f].sigma)) sigmas.push_back(frames_[f].sigma);
+  }
+  usual_ = sigmas.empty() ? Noise{likely, 1} : Noise{lowerMedian(sigmas), kUsualPairs};
+  for (std::size_t f = 0; f < frames_.size(); ++f) {
+    if (f == base_ || isFirm(f)) firm_[f] = frames_[f].h;
+  }
+}
+
+bool ModelPass::isFirm(std::size_t frame) const {
+  const FrameResult& result = frames_[frame];
+  if (result.verdict.status != Status::Solved) return false;
+  Quad seen;
+  for (std::size_t i = 0; i < 4; ++i) seen[i] = map(result.h, swept_[frame].corners[i]);
+  const double limit = kFirm * extentOf(swept_[frame].corners);
+  const double magnified = std::max(extentOf(seen) / extentOf(swept_[frame].corners), 1.0);
+  const double sigma = std::max(result.sigma, usual_.sigma);
+  if (kMostOfGain * swept_[frame].gain * sigma * magnified <= limit) return true;
+  const WeakFrame weak = weakFrame(frame);
+  const MotionTrials none({});
+  return ModelChoice(weak, none, usual_).fullError() <= limit;
+}
+
+WeakFrame ModelPass::weakFrame(std::size_t frame) const {
+  const FrameResult& result = frames_[frame];
+  WeakFrame weak;
+  weak.tracks = tracksOf_(result);
+  if (!swept_[frame].good.empty()) weak.tracks = weak.tracks.subset(swept_[frame].good);
+  if (result.verdict.status == Status::Solved) weak.full = result.h;
+  weak.corners = swept_[frame].corners;
+  return weak;
+}
+
+// With the tracks that the frames around call good, and the full transform that these agree on
+// where they are others than those of the search.
+WeakFrame ModelPass::seenAround(std::size_t frame) const {
+  WeakFrame weak = weakFrame(frame);
+  const Matches used = tracksOf_(frames_[frame]);
+  std::vector<bool> good = swept_[frame].good;
+  if (good.empty()) good.assign(used.size(), true);
+  const Around others = around(frame, used, good);
+  weak.seen = *firm_[*firmFrom(frame, frame > base_ ? -1 : 1)];
+  weak.sigma = sigmaOf(others.squares, others.reliable);
+  if (others.reliable == good) return weak;
+  const Matches reliable = used.subset(others.reliable);
+  if (!weak.full || reliable.size() < kFewestForRobust) {
+    weak.tracks = reliable;
+    weak.full.reset();
+    return weak;
+  }
+  const RobustFit again = refit_(reliable, *weak.full, usual_.sigma);
+  if (!again.found) return weak;
+  weak.tracks = reliable.subset(again.good);
+  weak.full = again.h;
+  return weak;
+}
+
+// What the nearest firm frames on both sides, but for the base frame, say of a frame's tracks:
+// which of them are good there more often than not, on each side where they are seen. Of a track
+// that is seen in none the frame itself says.
+ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
+                                    const std::vector<bool>& good) const {
+  std::map<int, std::vector<double>> squares;  // by track
+  std::map<int, bool> bad;
+  for (int track : tracks.tracks()) squares[track];
+  for (std::ptrdiff_t step : {-1, 1}) {
+    std::map<int, int> votes;
+    std::optional<std::size_t> near = firmFrom(frame, step);
+    for (int i = 0; near && i < kFramesAround; ++i, near = firmFrom(*near, step)) {
+      if (*near == base_) continue;
+      const Matches there = knownIn_(frames_[*near]);
+      const double farthest = kGoodWithin * frames_[*near].sigma;
+      for (std::size_t t = 0; t < there.size(); ++t) {
+        const auto found = squares.find(there.tracks()[t]);
+        if (found == squares.end()) continue;
+        found->second.push_back(squaredResidual(there[t], *firm_[*near]));
+        votes[found->first] += found->second.back() <= farthest * farthest ? 1 : -1;
+      }
+    }
+    for (const auto& [track, vote] : votes) bad[track] = bad[track] || vote <= 0;
+  }
+  Around result;
+  for (std::size_t t = 0; t < tracks.size(); ++t) {
+    const int track = tracks.tracks()[t];
+    result.squares.push_back(squares[track]);
+    result.reliable.push_back(squares[track].empty() ? good[t] : !bad[track]);
+  }
+  if (countOf(result.reliable) == 0) result.reliable = good;
+  return result;
+}
+
+std::optional<std::size_t> ModelPass::firmFrom(std::size_t frame, std::ptrdiff_t step) const {
+  for (std::size_t f = shifted(frame, step); f < firm_.size(); f = shifted(f, step)) {
+    if (firm_[f]) return f;
+  }
+  return std::nullopt;
+}
+
+// The farthest firm frame up to so many frames behind the first one.
+std::optional<std::size_t> ModelPass::secondFrom(std::size_t first, std::ptrdiff_t step,
+                                                 std::ptrdiff_t most) const {
+  for (; most > 0; --most) {
+    const std::size_t frame = shifted(first, step * most);
+    if (frame < firm_.size() && firm_[frame]) return frame;
+  }
+  return std::nullopt;
+}
+
+std::vector<Kept> ModelPass::groundsFor(std::size_t frame, std::ptrdiff_t step,
+                                        const Quad& corners) const {
+  std::vector<Kept> grounds;
+  const auto add = [&](const std::vector<std::size_t>& others) {
+    Kept kept;
+    std::vector<Homography> transforms;
+    for (std::size_t other : others) {
+      transforms.push_back(*firm_[other]);
+      kept.from.push_back(distance(frame, other));
+    }
+    kept.h = takenFrom(transforms, kept.from, corners);
+    if (isFinite(kept.h)) grounds.push_back(std::move(kept));
+  };
+  const std::size_t near = *firmFrom(frame, -step);
+  const std::optional<std::size_t> far = firmFrom(frame, step);
+  const std::ptrdiff_t apart = std::abs(distance(near, far.value_or(frame)));
+  add({near});
+  if (far) add({*far});
+  if (far) add({near, *far});
+  for (std::ptrdiff_t reach : {(apart + 2) / 3, apart}) {
+    const std::optional<std::size_t> beforeNear = secondFrom(near, -step, reach);
+    if (beforeNear) add({near, *beforeNear});
+    if (!far) continue;
+    const std::optional<std::size_t> behindFar = secondFrom(*far, step, reach);
+    if (behindFar) add({*far, *behindFar});
+    if (beforeNear && behindFar) add({near, *far, *beforeNear, *behindFar});
+  }
+  if (near != base_) add({base_});
+  const std::size_t neighbour = shifted(frame, -step);
+  if (neighbour != near && std::isfinite(settled_[neighbour].squaredError)) {
+    grounds.push_back({frames_[neighbour].h, {-step}, settled_[neighbour].squaredError});
+  }
+  return grounds;
+}
+
+void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
+  if (firm_[frame]) return;
+  const std::size_t neighbour = shifted(frame, -step);
+  const Status status = frames_[frame].verdict.status;
+  settled_[frame].squaredError = kInfinity;
+  if (status == Status::Held) {
+    frames_[frame].h = frames_[neighbour].h;
+    frames_[frame].rms = rmsResidual(tracksOf_(frames_[frame]), frames_[frame].h);
+    return;
+  }
+  const WeakFrame weak = seenAround(frame);
+  ModelChoice choice(weak, *trials_, usual_);
+  const double fullError =
+      weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
+  const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
+  const double least = best ? choice.squaredError(*best) : kInfinity;
+  if (best && (status != Status::Solved || least < kNearer * kNearer * fullError * fullError)) {
+    reduceTo(*best, weak, frame);
+    if (frames_[frame].sigma < choice.sigma()) frames_[frame].sigma = choice.sigma();
+    settled_[frame] = {weak, *best, least};
+  } else if (status == Status::Solved) {
+    settled_[frame].squaredError = fullError * fullError;
+  } else {
+    keepSwept(weak, frame, neighbour);
+  }
+}
+
+void ModelPass::reduceTo(const Candidate& candidate, const WeakFrame& weak, std::size_t frame) {
+  FrameResult& result = frames_[frame];
+  if (result.verdict.status == Status::Solved) {
+    result.verdict.shortfall = Shortfall::LowerIsNearer;
+    result.loss = Loss::None;
+    result.width = 0.0;
+    result.goodRms = kNoFigure;
+  }
+  result.verdict.status = Status::Reduced;
+  result.verdict.model = candidate.lower.model;
+  result.verdict.onTop = true;
+  result.verdict.fitted = weak.tracks.size();
+  result.verdict.keptFrom.clear();
+  for (std::ptrdiff_t offset : candidate.lower.from) {
+    result.verdict.keptFrom.push_back(result.frame + static_cast<int>(offset));
+  }
+  std::sort(result.verdict.keptFrom.begin(), result.verdict.keptFrom.end());
+  result.h = candidate.h;
+  result.rms = rmsResidual(tracksOf_(result), result.h);
+}
+
+// The sweep's model, on top of what the neighbour has come out as.
+void ModelPass::keepSwept(const WeakFrame& weak, std::size_t frame, std::size_t neighbour) {
+  FrameResult& result = frames_[frame];
+  const ReducedFit fit = fitReduced(weak.tracks, result.verdict.model, frames_[neighbour].h);
+  settled_[frame].candidate.kept.h = fit.onTop ? frames_[neighbour].h : kIdentity;
+  result.verdict.model = fit.model;
+  result.verdict.onTop = fit.onTop;
+  result.verdict.keptFrom = {};
+  if (fit.onTop) result.verdict.keptFrom = {frames_[neighbour].frame};
+  result.verdict.status = fit.model == Model::Held ? Status::Held : Status::Reduced;
+  result.h = fit.h;
+  result.rms = rmsResidual(tracksOf_(result), result.h);
+}
+
+const Homography& ModelPass::keptIn(std::size_t frame) const {
+  return settled_[frame].candidate.kept.h;
+}
+
+void ModelPass::takeCovariances(std::size_t frame, const std::vector<Quad>& quads,
+                                FrameFigures& figures) const {
+  const Settled& settled = settled_[frame];
+  if (!std::isfinite(settled.squaredError)) return;
+  const ModelChoice choice(settled.weak, *trials_, usual_);
+  for (std::size_t q = 0; q < quads.size(); ++q) {
+    const std::vector<Symmetric2> covariances =
+        choice.covariances(settled.candidate, {quads[q][0], quads[q][1], quads[q][2], quads[q][3]});
+    std::copy(covariances.begin(), covariances.end(), figures.quads[q].begin());
+  }
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/motion_trials.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "cornerpin/geometry/MGeometry.h"
+#include "shot/fit/reduced_fit.h"
+#include "shot/fit/residuals.h"
+#include "shot/fit/variance_ratio.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr double kLevel = 1e-3;
+constexpr std::size_t kMostTrials = 50;
+constexpr double kFewestTrials = 2.0;
+// Few trials may all be lucky: the mean square counts as if there were so many more like it.
+constexpr double kUnseen = 2.0;
+
+LvVector2<double> corner(Point p) { return LvVector2<double>(p.x, p.y); }
+
+Homography quadToQuad(const Quad& from, const Quad& to) {
+  LvMatrix44Tmpl<double> m;
+  MComputeQuadToQuadProjectionMatrix(corner(from[0]), corner(from[1]), corner(from[2]),
+                                     corner(from[3]), corner(to[0]), corner(to[1]), corner(to[2]),
+                                     corner(to[3]), m);
+  constexpr std::array<int, 3> kPlane = {0, 1, 3};  // z stays out
+  Homography h;
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j) h[i][j] = m(kPlane[i], kPlane[j]);
+  }
+  return withLastOne(h);
+}
+
+std::ptrdiff_t halved(std::ptrdiff_t offset) {
+  return offset / 2 != 0 ? offset / 2 : (offset > 0 ? 1 : -1);
+}
+
+// By how much the square of what is missed grows from the shorter offsets to the longer ones: the
+// polynomial's error has their product as a factor.
+double growth(const Offsets& longer, const Offsets& shorter) {
+  double factor = 1.0;
+  for (std::size_t i = 0; i < longer.size(); ++i) {
+    const double times = static_cast<double>(longer[i]) / static_cast<double>(shorter[i]);
+    factor *= times * times;
+  }
+  return factor;
+}
+
+// Of each of the frames at the offsets in the polynomial through them, where that is at 0.
+std::vector<double> sharesOf(const Offsets& from) {
+  std::vector<double> shares(from.size(), 1.0);
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    for (std::size_t j = 0; j < from.size(); ++j) {
+      if (j == i) continue;
+      shares[i] *= static_cast<double>(from[j]) / static_cast<double>(from[j] - from[i]);
+    }
+  }
+  return shares;
+}
+
+// Half the offsets, with all of them apart.
+Offsets halved(const Offsets& from) {
+  Offsets shorter;
+  for (std::ptrdiff_t offset : from) {
+    std::ptrdiff_t half = halved(offset);
+    while (std::find(shorter.begin(), shorter.end(), half) != shorter.end()) {
+      half += offset > 0 ? 1 : -1;
+    }
+    shorter.push_back(half);
+  }
+  return shorter;
+}
+
+bool allInFront(const Homography& h, const Points& points, const Points& tracks) {
+  for (Point p : points) {
+    if (!onSameSide(h, p, tracks[0])) return false;
+  }
+  return onOneSide(h, tracks);
+}
+
+// The matches as they would be without noise.
+Matches exactlySeen(const TrialFrame& frame) {
+  Matches exact;
+  for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
+    Match match = frame.tracks[i];
+    match.present = map(frame.seen, match.base);
+    exact.add(match);
+  }
+  return exact;
+}
+
+}  // namespace
+
+Homography takenFrom(const std::vector<Homography>& others, const Offsets& from,
+                     const Quad& corners) {
+  if (others.size() == 1) return others.front();
+  const std::vector<double> shares = sharesOf(from);
+  Quad taken{};
+  for (std::size_t i = 0; i < 4; ++i) {
+    for (std::size_t k = 0; k < others.size(); ++k) {
+      const Point place = map(others[k], corners[i]);
+      taken[i] = {taken[i].x + shares[k] * place.x, taken[i].y + shares[k] * place.y};
+    }
+  }
+  return quadToQuad(corners, taken);
+}
+
+bool contradicts(double squares, std::size_t pairs, const Noise& noise) {
+  if (pairs == 0) return false;
+  const double mean = squares / static_cast<double>(2 * pairs);
+  return chanceOfRatio(mean / (noise.sigma * noise.sigma), pairs, noise.pairs) < kLevel;
+}
+
+MotionTrials::MotionTrials(std::vector<std::optional<Homography>> known)
+    : known_(std::move(known)) {}
+
+// Well known frames from which those at the offsets are well known too.
+std::vector<std::size_t> MotionTrials::framesFor(const Offsets& from) const {
+  std::vector<std::size_t> all;
+  const auto count = static_cast<std::ptrdiff_t>(known_.size());
+  const auto isKnown = [&](std::ptrdiff_t frame) {
+    return frame >= 0 && frame < count && known_[static_cast<std::size_t>(frame)];
+  };
+  for (std::ptrdiff_t f = 0; f < count; ++f) {
+    bool usable = isKnown(f);
+    for (std::ptrdiff_t offset : from) usable = usable && isKnown(f + offset);
+    if (usable) all.push_back(static_cast<std::size_t>(f));
+  }
+  if (all.size() <= kMostTrials) return all;
+  std::vector<std::size_t> spread;
+  for (std::size_t i = 0; i < kMostTrials; ++i) spread.push_back(all[i * all.size() / kMostTrials]);
+  return spread;
+}
+
+std::optional<Homography> MotionTrials::keptIn(std::size_t trial, const Offsets& from,
+                                               const TrialFrame& frame) const {
+  const Homography back = product(inverse(*known_[trial]), frame.seen);
+  std::vector<Homography> others;
+  for (std::ptrdiff_t offset : from) {
+    const auto other = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(trial) + offset);
+    others.push_back(product(*known_[other], back));
+  }
+  // The motion from the frames at the offsets to the trial's, ending in what is seen.
+  const Homography kept = takenFrom(others, from, frame.corners);
+  if (!isFinite(kept)) return std::nullopt;
+  return kept;
+}
+
+std::vector<double> MotionTrials::missesAt(const Offsets& from, Model model,
+                                           const TrialFrame& frame, const Points& points,
+                                           const Noise& noise) const {
+  const Matches exact = exactlySeen(frame);
+  double count = 0.0;
+  std::vector<double> sums(points.size(), 0.0);
+  for (std::size_t trial : framesFor(from)) {
+    const std::optional<Homography> kept = keptIn(trial, from, frame);
+    if (!kept || !allInFront(*kept, points, exact.base())) continue;
+    const std::optional<Homography> h = fitOnTop(exact, model, *kept);
+    if (!h || contradicts(weightedSquares(exact, *h), frame.pairs - tracksFor(model), noise)) {
+      continue;
+    }
+    count += 1.0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      sums[i] += squaredDistance(map(*h, points[i]), map(frame.seen, points[i]));
+    }
+  }
+  if (count < kFewestTrials) return {};
+  for (double& sum : sums) sum *= (count + kUnseen) / (count * count);
+  return sums;
+}
+
+std::vector<double> MotionTrials::misses(const LowerModel& lower, const TrialFrame& frame,
+                                         const Points& points, const Noise& noise) const {
+  if (!allInFront(frame.seen, points, frame.tracks.base())) return {};
+  for (Offsets from = lower.from;;) {
+    std::vector<double> squares = missesAt(from, lower.model, frame, points, noise);
+    const double factor = growth(lower.from, from);
+    for (double& square : squares) square *= factor;
+    Offsets shorter = halved(from);
+    if (!squares.empty() || shorter == from) return squares;
+    from = std::move(shorter);
+  }
+}
+
+}  // namespace cornerpin
