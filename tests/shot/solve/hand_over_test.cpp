@@ -210,6 +210,21 @@ TEST(FitByAll, LeavesTheSurfaceWhereItIsWithTheBaseFramesTracksAlone) {
   expectSame(shot.sweep.surface, shot.surface);
 }
 
+// Tracks in a corner do not tell how far the surface reaches, nor where the next frame starts.
+TEST(FitByAll, LeavesTheSurfaceWhereTheTransformIsWeak) {
+  Handing shot;
+  Matches close;
+  int track = 36;
+  for (Point p : grid(5, 20)) close.add({p, map(shot.h, p), 1.0, track++});
+  const FrameFit fit = fitByAll(shot.fitter, shot.base, close, shot.sweep);
+  EXPECT_EQ(fit.verdict.status, Status::Solved);
+  EXPECT_GT(fit.gain, kLargestGain);
+  EXPECT_FALSE(fit.isFirm());
+  expectSame(shot.sweep.surface, shot.surface);
+  EXPECT_NE(shot.sweep.neighbour, fit.h);
+  EXPECT_TRUE(shot.sweep.chainBroken);
+}
+
 TEST(FitHandedOver, LeavesTheSurfaceWhereNoTransformIsFound) {
   Handing shot;
   const Matches strays = strewn(shot.matches(1, {0, 0}), 71);
@@ -226,8 +241,8 @@ TEST(FitHandedOver, LeavesTheSurfaceWhereNoTransformIsFound) {
   }
 }
 
-// The base frame's tracks fix no more than a translation well, as all that keep to their places are within a
-// few pixels; with all others the frame is held, as one of these is beyond single precision.
+// The base frame's tracks fix no more than a translation well, as all that keep to their places are
+// within a few pixels; with all others the frame is held, as one of these is beyond single precision.
 TEST(FitHandedOver, HoldsTheNeighbourAndNotWhatTheBaseFramesTracksLedTo) {
   Handing shot;
   Matches close;
