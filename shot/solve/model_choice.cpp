@@ -14,7 +14,8 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// What a model may be expected to miss where the shot does not tell, in the surface's extent.
+// What a model may be expected to miss at most where the shot does not tell, in the surface's
+// extent.
 constexpr double kMissedByAffine = 0.25;
 constexpr double kMissedBySimilarity = 0.5;
 constexpr double kMissedByTranslation = 1.0;
@@ -82,11 +83,23 @@ bool ModelChoice::isContradicted(const Candidate& candidate) const {
   return contradicts(std::max(beyond, 0.0), pairsLeftBy(candidate), noise_);
 }
 
-double ModelChoice::priorOf(Model model) const {
+double ModelChoice::priorOf(const Candidate& candidate) const {
+  const Model model = candidate.lower.model;
   const double share = model == Model::Affine       ? kMissedByAffine
                        : model == Model::Similarity ? kMissedBySimilarity
                                                     : kMissedByTranslation;
-  return share * extentOf(frame_.seen, frame_.corners);
+  Points moves;
+  Point mean;
+  for (Point corner : frame_.corners) {
+    const Point to = map(candidate.h, corner);
+    const Point from = map(candidate.kept.h, corner);
+    moves.add({to.x - from.x, to.y - from.y});
+    mean = {mean.x + (to.x - from.x) / 4.0, mean.y + (to.y - from.y) / 4.0};
+  }
+  if (model == Model::Translation) mean = {};
+  double moved = 0.0;
+  for (Point move : moves) moved = std::max(moved, squaredDistance(move, mean));
+  return std::min(share * extentOf(frame_.seen, frame_.corners), std::sqrt(moved));
 }
 
 std::vector<double> ModelChoice::squaredBias(const Candidate& candidate,
@@ -94,7 +107,7 @@ std::vector<double> ModelChoice::squaredBias(const Candidate& candidate,
   const TrialFrame trial{frame_.tracks, frame_.corners, frame_.seen, pairs_};
   std::vector<double> squares = trials_.misses(candidate.lower, trial, points, noise_);
   if (squares.empty()) {
-    const double prior = priorOf(candidate.lower.model);
+    const double prior = priorOf(candidate);
     squares.assign(points.size(), prior * prior);
   }
   const LinearisedFit fit(frame_.tracks, {candidate.lower.model, candidate.kept.h, candidate.h,

@@ -49,10 +49,11 @@ struct Candidate {
 ///   the sigma of the frame and of the shot together, or where it is larger that of the frame's
 ///   tracks in other frames: errors that last a fit to few tracks takes for motion. The bias of a
 ///   lower model is taken to be normal with the mean square t^2 that `MotionTrials` find in the
-///   shot, or where they find nothing a quarter of the surface's extent (an affine one), a half (a
-///   similarity), or the whole (a translation). The full transform tells of it too: it lies d off,
-///   of which noise makes V. Together, with k = t^2 / (t^2 + V), the bias has the mean square k^2
-///   d^2 + k V.
+///   shot. Where they find nothing t is as far as the model itself carries a corner off the mean of
+///   all (a translation: as it carries them), but no more than a quarter of the surface's extent
+///   (an affine one), a half (a similarity), or the whole (a translation). The full transform tells
+///   of it too: it lies d off, of which noise makes V. Together, with k = t^2 / (t^2 + V), the bias
+///   has the mean square k^2 d^2 + k V.
 ///
 /// The largest of the corners counts.
 class ModelChoice {
@@ -83,7 +84,7 @@ class ModelChoice {
   std::optional<Candidate> bestOf(const std::vector<Candidate>& candidates) const;
   std::size_t pairsLeftBy(const Candidate& candidate) const;
   bool isContradicted(const Candidate& candidate) const;
-  double priorOf(Model model) const;
+  double priorOf(const Candidate& candidate) const;
   double fullVariance(Point p) const;
   double squaresOf(const Homography& h) const;
 

@@ -291,15 +291,16 @@ TEST(SolveCommand, EndsInFourWithTheFileWrittenWhenFramesAreNotSolvedInFull) {
   EXPECT_EQ(j["frames"][87]["status"], "reduced");
   EXPECT_EQ(j["frames"][87]["model"], "affine");
   EXPECT_EQ(j["frames"][87]["reason"], "3 of the 4 tracks needed");
-  EXPECT_EQ(j["frames"][87]["h"][2], j["frames"][86]["h"][2]);
+  EXPECT_EQ(j["frames"][87]["kept_from"], json({86, 89}));
+  EXPECT_EQ(j["frames"][96]["h"][2], j["frames"][95]["h"][2]);
 }
 
 TEST(SolveCommand, EndsInFourWhereFramesAreOnlyReducedOrOnlyHeld) {
-  const std::vector<std::string> four = {"solve", kFacade, "--keep", firstTracks(kFacade, 4)};
-  const Outcome reduced = cornerpin(four);
+  const std::vector<std::string> three = {"solve", kFacade, "--keep", firstTracks(kFacade, 3)};
+  const Outcome reduced = cornerpin(three);
   EXPECT_EQ(reduced.code, 4);
   EXPECT_TRUE(contains(reduced.out, "reduced       70\nheld          0\n")) << reduced.out;
-  std::vector<std::string> holding = four;
+  std::vector<std::string> holding = three;
   holding.push_back("--hold");
   const Outcome held = cornerpin(holding);
   EXPECT_EQ(held.code, 4);

