@@ -107,9 +107,14 @@ TEST(DoubtsOfTheSolveCommand, AreAllButTheBaseFrameWhereThereAreFourTracks) {
     EXPECT_EQ(run.err, "cornerpin: warning: 103 of 104 frames are doubtful: 0-50, 52-103\n");
     EXPECT_TRUE(contains(run.out, "\ngood          1 of 104 frames\n"));
     EXPECT_TRUE(contains(run.out, "  nothing-to-check    91  frame 0: 4 tracks: too few"));
-    EXPECT_TRUE(contains(run.out, "  reduced             12  frame 87: affine: 3 of the 4 tracks"));
-    EXPECT_TRUE(contains(run.out, "corner noise  no figure in any of 103 frames\n"));
+    EXPECT_TRUE(contains(run.out, "  reduced             12  frame ")) << run.out;
   }
+  // Four tracks say nothing of their noise, and no other frame does; with a loss, what a reduced
+  // frame keeps of others says how far it may be off.
+  const Outcome none = cornerpin({"solve", kScreen, "--loss", "none", "--base", "51"});
+  EXPECT_TRUE(contains(none.out, "corner noise  no figure in any of 103 frames\n"));
+  const Outcome tukey = cornerpin({"solve", kScreen, "--base", "51"});
+  EXPECT_TRUE(contains(tukey.out, ", no figure in 91 frames\n")) << tukey.out;
   const Outcome held = cornerpin({"solve", kScreen, "--hold"});
   EXPECT_EQ(held.code, 4);
   EXPECT_TRUE(contains(held.out,
@@ -134,7 +139,9 @@ TEST(DoubtsOfTheSolveCommand, StayDoubtfulInARebase) {
   EXPECT_EQ(b["frames"][22]["doubts"], a["frames"][22]["doubts"]);
   EXPECT_EQ(b["frames"][22]["doubts"][0]["code"], "jump");
   EXPECT_EQ(b["frames"][3]["expected_error"], 0.0);
-  EXPECT_EQ(b["frames"][10]["expected_error"], b["frames"][10]["quads"]["tracks"]["deviation"][0]);
+  const std::vector<double> deviations = b["frames"][10]["quads"]["tracks"]["deviation"];
+  EXPECT_EQ(b["frames"][10]["expected_error"],
+            *std::max_element(deviations.begin(), deviations.end()));
 }
 
 TEST(DoubtsOfTheSolveCommand, AreSoRelativeToAnyFrame) {
@@ -159,9 +166,10 @@ TEST(DoubtsOfTheSolveCommand, AreSoRelativeToAnyFrame) {
 TEST(DoubtsOfTheSolveCommand, HaveTheirCodesInTheCsv) {
   const std::string csv =
       cornerpin({"solve", kScreen, "--base", "51", "-o", "-", "--format", "csv"}).out;
-  EXPECT_TRUE(contains(csv, ",handed_over,kept_from,verdict,expected_error,doubts,smoothed,filled\n"));
-  EXPECT_TRUE(contains(csv, ",0,doubtful,,no-figures nothing-to-check,0,false\n"));
-  EXPECT_TRUE(contains(csv, ",0,good,0,,0,false\n"));
+  EXPECT_TRUE(
+      contains(csv, ",handed_over,kept_from,verdict,expected_error,doubts,smoothed,filled\n"));
+  EXPECT_TRUE(contains(csv, ",0,,doubtful,,no-figures nothing-to-check,0,false\n"));
+  EXPECT_TRUE(contains(csv, ",0,,good,0,,0,false\n"));
 }
 
 TEST(DoubtsOfTheSolveCommand, HaveNoLimitThatIsNoLength) {
