@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include "shot/robust/chance.h"
+
 namespace cornerpin {
 
 namespace {
@@ -27,6 +29,8 @@ const char* nameOf(Stage stage) {
   if (stage == Stage::Library) return "library";
   return stage == Stage::Neighbour ? "neighbour" : "sampled";
 }
+
+bool isLikelyByChance(const Origin& origin) { return origin.chance > kMostByChance; }
 
 std::string describe(const Origin& origin, std::size_t good, std::size_t tracks) {
   switch (origin.grounds) {

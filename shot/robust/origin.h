@@ -40,6 +40,9 @@ struct Origin {
   double chance = std::numeric_limits<double>::quiet_NaN();
 };
 
+/// Whether chance makes as many tracks agree in more than one picture in a million.
+bool isLikelyByChance(const Origin& origin);
+
 /// Such as "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks"; empty where
 /// nothing was done about bad tracks. \param good  tracks of the frame's own transform
 std::string describe(const Origin& origin, std::size_t good, std::size_t tracks);

@@ -100,7 +100,12 @@ FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
   const bool solved = fit.verdict.status == Status::Solved;
   if (reduces_ && (solved || wantsLowerModel(fit.verdict))) reduce(file, sweep.surface, lower);
   sweep.neighbour = lower.h;
-  return solved ? fit : lower;
+  if (!solved) return lower;
+  // A transform that meets its four or five tracks whatever they are says nothing against less.
+  const bool unchecked = loss_ != Loss::None && file.size() < kFewestForRobust;
+  if (!unchecked || lower.verdict.status != Status::Reduced) return fit;
+  lower.verdict.shortfall = Shortfall::BunchedInBase;
+  return lower;
 }
 
 // What stands against a full transform before anything is fitted.

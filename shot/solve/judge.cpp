@@ -9,7 +9,6 @@
 #include <iterator>
 #include <utility>
 
-#include "shot/robust/chance.h"
 #include "shot/robust/robust_fit.h"
 #include "shot/solve/jumps.h"
 
@@ -87,7 +86,7 @@ void judgeTracks(const ShotResult& result, const FrameResult& frame, std::vector
 
 void judgeSearch(const FrameResult& frame, std::vector<Doubt>& doubts) {
   const Origin& origin = frame.verdict.origin;
-  if (origin.chance > kMostByChance) {
+  if (isLikelyByChance(origin)) {
     const double pictures = std::pow(10.0, -origin.chance);
     doubts.push_back(
         {DoubtCode::ChanceAgreement,

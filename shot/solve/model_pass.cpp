@@ -92,7 +92,9 @@ void ModelPass::findFirm(double likely) {
 
 bool ModelPass::isFirm(std::size_t frame) const {
   const FrameResult& result = frames_[frame];
-  if (result.verdict.status != Status::Solved) return false;
+  if (result.verdict.status != Status::Solved || isLikelyByChance(result.verdict.origin)) {
+    return false;
+  }
   Quad seen;
   for (std::size_t i = 0; i < 4; ++i) seen[i] = map(result.h, swept_[frame].corners[i]);
   const double limit = kFirm * extentOf(swept_[frame].corners);

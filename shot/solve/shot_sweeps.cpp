@@ -150,7 +150,7 @@ void ShotSweeps::sweep(int step, int last, bool learns) {
     const FrameFit fit = trusted_ ? fitByAll(fitter_, base_, file, sweep)
                                   : fitHandedOver(fitter_, base_, file, sweep);
     record(frame, file, fit, corners);
-    if (learning && fit.isFirm()) {
+    if (learning && isFirm(frames_[static_cast<std::size_t>(frame - tracks_.firstFrame())])) {
       learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,
                       units_.lengthFromFit(fit.robust.sigma));
     }
@@ -165,7 +165,8 @@ std::size_t ShotSweeps::indexOf(const FrameResult& frame) const {
 }
 
 bool ShotSweeps::isFirm(const FrameResult& frame) const {
-  return frame.verdict.status == Status::Solved && swept_[indexOf(frame)].gain <= kLargestGain;
+  return frame.verdict.status == Status::Solved && swept_[indexOf(frame)].gain <= kLargestGain &&
+         !isLikelyByChance(frame.verdict.origin);
 }
 
 void ShotSweeps::chooseModels() {

@@ -48,3 +48,12 @@ TEST(DescribeOrigin, SaysWhereNoStartLedOn) {
             "nothing to start from, this one 25 of 31 tracks");
   EXPECT_EQ(describe(searched(Stage::Library, std::nullopt, 0), 0, 31), "nothing to start from");
 }
+
+TEST(IsLikelyByChance, CountsMoreThanOnePictureInAMillion) {
+  Origin origin;
+  EXPECT_FALSE(isLikelyByChance(origin));  // not counted
+  origin.chance = -6.0;
+  EXPECT_FALSE(isLikelyByChance(origin));
+  origin.chance = -5.99;
+  EXPECT_TRUE(isLikelyByChance(origin));
+}

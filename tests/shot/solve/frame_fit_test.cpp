@@ -508,6 +508,27 @@ TEST(FrameFitter, GoesOnFromASolvedFramesTransform) {
   EXPECT_FALSE(fitting.sweep.chainBroken);
 }
 
+// The full transform meets four tracks whatever they are, and five nearly so: in a corner of the
+// surface that is no reason to throw the other corners about.
+TEST(FrameFitter, GivesFourOrFiveTracksInACornerALowerModel) {
+  const Point patch[] = {{200, 150}, {230, 155}, {205, 185}, {240, 190}, {220, 165}, {212, 171}};
+  for (int count : {4, 5, 6}) {
+    Tracks tracks;
+    seeAll(tracks, 0);
+    for (int t = 0; t < count; ++t) see(tracks, 5 + t, 0, patch[t]);
+    for (int t = 0; t < count; ++t) see(tracks, 5 + t, 1, map(motion(1), patch[t]));
+    Fitting fitting(tracks, Loss::Tukey);
+    const FrameFit fit = fitting.fit(1);
+    EXPECT_GT(fit.gain, kLargestGain);
+    EXPECT_EQ(fit.verdict.status, count < 6 ? Status::Reduced : Status::Solved) << count;
+    EXPECT_EQ(fit.verdict.shortfall, count < 6 ? Shortfall::BunchedInBase : Shortfall::None);
+    SolveOptions options = based(0);
+    options.loss = Loss::Tukey;
+    options.reduce = false;
+    EXPECT_EQ(solveShot(tracks, options).frames[1].verdict.status, Status::Solved) << count;
+  }
+}
+
 TEST(FrameFitter, LetsTheLibraryStartWhereTheLastSolvedFrameWasButForTheNeighbour) {
   Tracks tracks = movingShot(2);
   seeAll(tracks, 2, 3);

@@ -242,7 +242,8 @@ TEST(FitHandedOver, LeavesTheSurfaceWhereNoTransformIsFound) {
 }
 
 // The base frame's tracks fix no more than a translation well, as all that keep to their places are
-// within a few pixels; with all others the frame is held, as one of these is beyond single precision.
+// within a few pixels; with all others the frame is held, as one of these is beyond single
+// precision.
 TEST(FitHandedOver, HoldsTheNeighbourAndNotWhatTheBaseFramesTracksLedTo) {
   Handing shot;
   Matches close;

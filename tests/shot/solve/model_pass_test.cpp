@@ -121,6 +121,32 @@ TEST(ModelPass, LeavesFramesAloneThatAreWellDetermined) {
   }
 }
 
+// In frame 14 all tracks are anywhere, and as many agree, as closely, by chance.
+TEST(ModelPass, StandsOnNoFrameWhoseTracksAgreeAsByChance) {
+  std::mt19937 random(3);
+  int accidents = 0;
+  for (int attempt = 0; attempt < 40 && accidents < 1; ++attempt) {
+    Tracks tracks = Patchy{}.tracks();
+    for (Observation& o : tracks.observations) {
+      if (o.frame != 14) continue;
+      o.x = static_cast<double>(random() % 600);
+      o.y = static_cast<double>(random() % 500);
+    }
+    const ShotResult full = solved(tracks, false);
+    const FrameResult& accident = at(full, 14);
+    if (accident.verdict.status != Status::Solved || !(accident.expectedError < 2.0)) continue;
+    ASSERT_TRUE(isLikelyByChance(accident.verdict.origin));
+    ++accidents;
+    const ShotResult result = solved(tracks);
+    for (int f = 16; f <= 24; ++f) {
+      const std::vector<int>& from = at(result, f).verdict.keptFrom;
+      ASSERT_FALSE(from.empty()) << f;
+      EXPECT_EQ(std::count(from.begin(), from.end(), 14), 0) << f;
+    }
+  }
+  EXPECT_EQ(accidents, 1);
+}
+
 TEST(ModelPass, LeavesTheFullTransformWhereFramesAreNotToBeReduced) {
   for (const FrameResult& frame : solved(Patchy{}.tracks(), false).frames) {
     if (frame.frame > 0) {

@@ -337,6 +337,15 @@ TEST(ShotSweeps, TellsWhatAFrameWasFittedTo) {
   }
 }
 
+TEST(ShotSweeps, LeansOnNoFrameWhoseTracksAgreeAsByChance) {
+  Creeping creeping;
+  const Solved shot(creeping.tracks(), fromFrame(0));
+  FrameResult frame = shot.sweeps.frames()[1];
+  EXPECT_TRUE(shot.sweeps.isFirm(frame));
+  frame.verdict.origin.chance = -5.0;
+  EXPECT_FALSE(shot.sweeps.isFirm(frame));
+}
+
 TEST(ShotSweeps, KeepsTheNeighbourOnTheSideOfTheBase) {
   Tracks tracks = movingShot(9);
   for (Observation& o : tracks.observations) {
