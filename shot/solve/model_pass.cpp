@@ -24,8 +24,10 @@ constexpr double kFirm = 0.005;
 // The expected error is at most this many times the noise gain and sigma: two coordinates, noise in
 // both frames, and a corner that may be seen larger than the surface as a whole.
 constexpr double kMostOfGain = 4.0;
-// A lower model has to come so much nearer than the full one.
+// A lower model has to come so much nearer than the full one; where the tracks are well spread, and
+// only their noise is large, nearer yet.
 constexpr double kNearer = 0.5;
+constexpr double kNearerWhereSpread = 0.25;
 // The sigma of the shot counts as much as this many tracks of the frame beyond the four that a
 // transform meets.
 constexpr std::size_t kUsualPairs = 5;
@@ -242,7 +244,8 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
       weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
   const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
   const double least = best ? choice.squaredError(*best) : kInfinity;
-  if (best && (status != Status::Solved || least < kNearer * kNearer * fullError * fullError)) {
+  const double nearer = swept_[frame].gain > kLargestGain ? kNearer : kNearerWhereSpread;
+  if (best && (status != Status::Solved || least < nearer * nearer * fullError * fullError)) {
     reduceTo(*best, weak, frame);
     if (frames_[frame].sigma < choice.sigma()) frames_[frame].sigma = choice.sigma();
     settled_[frame] = {weak, *best, least};

@@ -27,11 +27,11 @@ struct SweptFrame {
 ///
 /// A frame is firm when its worst corner is expected to be off by no more than 0.5 % of the
 /// surface's extent. All others, from the base frame on, are given the model of `ModelChoice`, a
-/// lower one only where it is expected to be less than half as far off as the full one. A
-/// lower model stands on the transform of the nearest firm frame on the base frame's side, on that
-/// of the nearest one on the other side, on one between the two, on the neighbour's as that has
-/// come out, or on nothing. Frames without tracks, or without a transform for other reasons, keep
-/// their neighbour's.
+/// lower one only where it is expected to be less than half as far off as the full one, or, where
+/// the tracks support the full one (`kLargestGain`), less than a quarter. A lower model stands on
+/// the transform of the nearest firm frame on the base frame's side, on that of the nearest one on
+/// the other side, on one between the two, on the neighbour's as that has come out, or on nothing.
+/// Frames without tracks, or without a transform for other reasons, keep their neighbour's.
 class ModelPass {
  public:
   using TracksOf = std::function<Matches(const FrameResult&)>;
