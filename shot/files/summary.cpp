@@ -146,8 +146,9 @@ std::string filling(const ShotResult& result, const Summary& summary) {
   const auto filled = std::count_if(result.frames.begin(), result.frames.end(),
                                     [](const FrameResult& f) { return f.filled; });
   const auto all = static_cast<std::ptrdiff_t>(summary.reduced + summary.held);
-  return fmt::format("filled in     {} of {} reduced or held frames{}\n", filled, all,
-                     filled < all ? ", the others lack good frames on both sides" : "");
+  return fmt::format(
+      "filled in     {} of {} reduced or held frames{}\n", filled, all,
+      filled < all ? ", the others lack good frames on both sides or contradict them" : "");
 }
 
 // How many tracks the fits go by, and what led to them: of the solved frames.

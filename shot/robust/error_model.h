@@ -25,8 +25,8 @@ constexpr int kNormalFreedom = 16;
 /// normal and whose tails are the heavier the fewer degrees of freedom it has, and a share of
 /// strays that lie anywhere in an area.
 struct ErrorModel {
-  int freedom = kNormalFreedom;     ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
-  double spread = 0.0;  ///< the t distribution's own parameter, at least `kSigmaFloor`
+  int freedom = kNormalFreedom;  ///< 1, 2, 4 or 16: from heavy tails to nearly normal errors
+  double spread = 0.0;           ///< the t distribution's own parameter, at least `kSigmaFloor`
   double strays = 0.1;
   double area = 4.0;  ///< stays as it is given; `strayArea`
 

@@ -214,7 +214,8 @@ void MixtureSearch::tryAll(const QuadSamples& samples) {
 // Puts the transform among the best samples where it belongs there. One that would be the best but
 // flattens the surface is passed over.
 void MixtureSearch::rank(const Homography& h) {
-  const double worst = samples_.size() < kKeptSamples ? kInfinity : samples_.back().score;
+  double worst = kInfinity;
+  if (samples_.size() == kKeptSamples) worst = samples_.back().score;
   const Sample sample = {score_.of(h, worst), h, {}};
   if (!(sample.score < worst)) return;
   const auto place =

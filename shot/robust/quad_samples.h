@@ -16,12 +16,10 @@ namespace cornerpin {
 /// Calls with every four of so many indices, in their order.
 template <typename Call>
 void forAllFours(std::size_t count, Call call) {
-  std::array<std::size_t, 4> four{};
-  auto& [i, j, k, l] = four;
-  for (i = 0; i < count; ++i) {
-    for (j = i + 1; j < count; ++j) {
-      for (k = j + 1; k < count; ++k) {
-        for (l = k + 1; l < count; ++l) call(four);
+  for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t j = i + 1; j < count; ++j) {
+      for (std::size_t k = j + 1; k < count; ++k) {
+        for (std::size_t l = k + 1; l < count; ++l) call(std::array<std::size_t, 4>{i, j, k, l});
       }
     }
   }

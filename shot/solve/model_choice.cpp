@@ -143,7 +143,8 @@ double ModelChoice::squaredError(const Candidate& candidate) const {
   double worst = 0.0;
   for (const Symmetric2& covariance : covariances(candidate, pointsOf(frame_.corners))) {
     const double square = covariance.trace();
-    worst = std::isfinite(square) ? std::max(worst, square) : kInfinity;
+    if (!std::isfinite(square)) return kInfinity;
+    worst = std::max(worst, square);
   }
   return worst;
 }

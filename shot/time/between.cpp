@@ -59,6 +59,7 @@ void addBetween(ShotResult& result, std::vector<double> frames) {
   std::sort(frames.begin(), frames.end());
   frames.erase(std::unique(frames.begin(), frames.end()), frames.end());
   std::vector<BetweenFrame> between;
+  between.reserve(frames.size());
   for (double frame : frames) between.push_back(betweenAt(result, frame));
   result.between = std::move(between);
 }

@@ -65,6 +65,7 @@ std::optional<Homography> transformBetween(const std::vector<TimedTransform>& kn
     if (t.frame == frame) return t.h;
   }
   std::vector<Homography> transforms;
+  transforms.reserve(known.size());
   for (const TimedTransform& t : known) transforms.push_back(t.h);
   const Quad surface = shownByAll(transforms, quad, front);
   const std::vector<double> shares = sharesAt(known, frame);

@@ -14,6 +14,9 @@ namespace cornerpin {
 
 namespace {
 
+// Deviations between what a frame's tracks say and where it is put.
+constexpr double kFarthest = 4.0;
+
 bool isGap(const FrameResult& frame) {
   return frame.verdict.status == Status::Reduced || frame.verdict.status == Status::Held;
 }
@@ -22,13 +25,16 @@ class Fill {
  public:
   explicit Fill(ShotResult& result) : result_(result) {}
 
-  // Gives the frames first .. last (indices all of them) transforms between two anchors.
+  // Gives the frames first .. last (indices all of them) transforms between two anchors, unless one
+  // of them knows better.
   void bridge(std::size_t before, std::size_t after, std::size_t first, std::size_t last) {
     const std::size_t length = after - before - 1;
     const auto [bridge, ends] = bridgeOver(before, length);
     const std::optional<Misses>& misses = missesOver(length, bridge);
+    std::vector<FrameResult> filled(result_.frames.begin() + static_cast<std::ptrdiff_t>(first),
+                                    result_.frames.begin() + static_cast<std::ptrdiff_t>(last) + 1);
     for (std::size_t i = first; i <= last; ++i) {
-      FrameResult& frame = result_.frames[i];
+      FrameResult& frame = filled[i - first];
       const std::optional<Homography> h =
           transformBetween(ends, frame.frame, result_.quads.front().corners, result_.baseCentre);
       if (!h) continue;
@@ -42,7 +48,10 @@ class Fill {
           frame.figures.quads[q][c] = {half, 0.0, half};
         }
       }
+      if (isContradicted(result_.frames[i], frame)) return;
     }
+    std::move(filled.begin(), filled.end(),
+              result_.frames.begin() + static_cast<std::ptrdiff_t>(first));
   }
 
  private:
@@ -60,6 +69,22 @@ class Fill {
     const auto found = misses_.find({length, bridge});
     if (found != misses_.end()) return found->second;
     return misses_[{length, bridge}] = missesOf(result_, length, bridge);
+  }
+
+  // Whether what a reduced frame's tracks say of a corner is too far from where it is put.
+  bool isContradicted(const FrameResult& own, const FrameResult& filled) const {
+    if (own.verdict.status != Status::Reduced) return false;
+    for (std::size_t q = 0; q < result_.quads.size(); ++q) {
+      for (std::size_t c = 0; c < 4; ++c) {
+        const Point corner = result_.quads[q].corners[c];
+        const double square =
+            squaredDistance(carried(result_, own, corner), carried(result_, filled, corner));
+        const double variance =
+            own.figures.quads[q][c].trace() + filled.figures.quads[q][c].trace();
+        if (square > kFarthest * kFarthest * variance) return true;
+      }
+    }
+    return false;
   }
 
   // The larger of the two frames' mean squares of a corner's error.

@@ -10,7 +10,9 @@ namespace cornerpin {
 /// (`transformBetween`): by a cubic through four of them, or by a straight line where the outer two
 /// are missing or where a line misses less when stretches of the same length are left out elsewhere
 /// in the shot. Status, reason and doubts stay. Stretches with no anchor (`isAnchor`) before
-/// or behind them, as at the ends of a shot, stay as they are.
+/// or behind them, as at the ends of a shot, stay as they are; so do stretches in which a reduced
+/// frame has a corner more than four deviations, its own and the interpolation's together, from
+/// where it would be put: the camera did something there.
 ///
 /// A corner's new covariance is round: that of the worse of the two anchors next to the stretch,
 /// plus the mean square by which left-out stretches were missed at the same place. It is unknown

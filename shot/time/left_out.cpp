@@ -67,6 +67,7 @@ std::vector<TimedTransform> bridgeEnds(const ShotResult& result, std::size_t bef
   std::vector<std::size_t> ends = {before, after};
   if (outer > 0) ends = {before - outer, before, after, after + outer};
   std::vector<TimedTransform> transforms;
+  transforms.reserve(ends.size());
   for (std::size_t i : ends) {
     transforms.push_back({static_cast<double>(result.frames[i].frame), result.frames[i].h});
   }

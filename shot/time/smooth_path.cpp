@@ -110,6 +110,7 @@ double scoreOf(const PathEquations& equations, const std::vector<double>& weight
 
 std::vector<Point> smoothPath(const std::vector<PathPoint>& path) {
   std::vector<Point> given;
+  given.reserve(path.size());
   for (const PathPoint& p : path) given.push_back(p.place);
   std::vector<Point> best = given;
   if (path.size() < kFewest) return best;

@@ -74,10 +74,10 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
   addTexts(solved);
   EXPECT_NE(
       written(result, Format::Csv)
-          .find(
-              ",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
-              "054936363499605e-151,"
-              "too few tracks to tell a bad one,,huber,0.75,2,,doubtful,,no-figures held,0,false\n"),
+          .find(",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
+                "054936363499605e-151,"
+                "too few tracks to tell a bad one,,huber,0.75,2,,doubtful,,no-figures "
+                "held,0,false\n"),
       std::string::npos);
 }
 

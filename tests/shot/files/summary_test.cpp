@@ -318,7 +318,7 @@ TEST(SummaryTable, SaysWhatWasDoneToTransforms) {
   EXPECT_NE(
       table.find("\nsmoothed      corners moved by median 0.2500, most 0.7500 in frame 2\n"
                  "filled in     1 of 2 reduced or held frames, the others lack good frames on "
-                 "both sides\n"
+                 "both sides or contradict them\n"
                  "between       2 more transforms\n"),
       std::string::npos)
       << table;

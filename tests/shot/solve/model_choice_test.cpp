@@ -21,7 +21,7 @@ const MotionTrials kStill(std::vector<std::optional<Homography>>(10, kIdentity))
 WeakFrame patch(double step, const Homography& motion = kIdentity) {
   WeakFrame frame;
   for (int i = 0; i < 9; ++i) {
-    const Point p = {50 + step * (i % 3 - 1), 50 + step * (i / 3 - 1)};
+    const Point p = {50 + step * (i % 3 - 1), 50 + step * (std::floor(i / 3.0) - 1)};
     frame.tracks.add({p, map(motion, p)});
   }
   frame.full = motion;

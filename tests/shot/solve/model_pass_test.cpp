@@ -40,7 +40,7 @@ struct Patchy {
     for (int f = 0; f < frames; ++f) {
       int there = 0;
       for (int t = 0; t < 63; ++t) {
-        const Point place = {20.0 + 70 * (t % 9), 20.0 + 75 * (t / 9)};
+        const Point place = {20.0 + 70 * (t % 9), 20.0 + 75 * std::floor(t / 9.0)};
         const Point q = map(curving(f), place);
         const Point off = creep && f > 0 ? creep(t, f) : Point{};
         const double x = q.x + off.x + (f > 0 ? normal(random) : 0.0);
@@ -186,8 +186,8 @@ TEST(ModelPass, FitsInFullBetweenTwoPhotographs) {
   for (int f : {0, 1}) {
     count = 0;
     for (int t = 0; t < 100; ++t) {
-      const Point p = {5.0 + 60 * (t % 10), 5.0 + 50 * (t / 10)};
-      const Point q = {40.0 + 12 * (t % 10), 30.0 + 10 * (t / 10)};
+      const Point p = {5.0 + 60 * (t % 10), 5.0 + 50 * std::floor(t / 10.0)};
+      const Point q = {40.0 + 12 * (t % 10), 30.0 + 10 * std::floor(t / 10.0)};
       if (f == 0) see(tracks, count, f, t < 60 ? q : p);
       const Point seen = map(h, q);
       const double x = seen.x + noise(random);

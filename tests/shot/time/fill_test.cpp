@@ -20,6 +20,7 @@ void lose(ShotResult& result, int first, int last, Status status = Status::Held)
     if (frame.frame < first || frame.frame > last) continue;
     frame.verdict.status = status;
     frame.h = kWrong;
+    if (status == Status::Reduced) frame.figures.quads[0].fill({1e6, 0.0, 1e6});
     frame.doubts = {{status == Status::Held ? DoubtCode::Held : DoubtCode::Reduced, ""}};
   }
 }
@@ -61,6 +62,31 @@ TEST(Fill, LeavesTheEndsOfAShot) {
 }
 
 // In frames 30 to 33 the corners wait at one place: a cubic swings across, and a line does not.
+// In one of three reduced frames a corner is 50 px from where its neighbours put it.
+TEST(Fill, LeavesAStretchInWhichTheCameraDidSomething) {
+  for (double variance : {100.0, 10000.0}) {
+    ShotResult result = made::result(made::swaying, 0, 60, 0);
+    lose(result, 30, 32, Status::Reduced);
+    lose(result, 45, 46);
+    for (int f : {30, 31, 32}) {
+      FrameResult& frame = result.frames[static_cast<std::size_t>(f)];
+      frame.h = made::swaying(f);
+      frame.figures.quads[0].fill({0.5 * variance, 0.0, 0.5 * variance});
+    }
+    result.frames[31].h[0][2] += 50.0;  // 5 deviations, or half a one
+    const Homography before = at(result, 30).h;
+    fill(result);
+    for (int f : {30, 31, 32}) {
+      EXPECT_EQ(at(result, f).filled, variance > 100.0) << f;
+      EXPECT_EQ(at(result, f).untouched.has_value(), variance > 100.0) << f;
+    }
+    if (variance == 100.0) {
+      EXPECT_EQ(at(result, 30).h, before);
+    }
+    EXPECT_TRUE(at(result, 45).filled);
+  }
+}
+
 TEST(Fill, GoesStraightWhereALineMissesLess) {
   const auto stepping = [](double t) {
     const double x = 40.0 * std::floor(t / 2.0);

@@ -135,7 +135,7 @@ TEST(Jackknife, HoldsWhereNoiseIsNotTheSameEverywhere) {
   for (int copy = 0; copy < kCopies; ++copy) {
     Frame frame;
     for (int i = 0; i < 40; ++i) {
-      const Point p = {100.0 + 60 * (i % 8), 100.0 + 75 * (i / 8)};
+      const Point p = {100.0 + 60 * (i % 8), 100.0 + 75 * std::floor(static_cast<double>(i) / 8.0)};
       const double noise = i % 8 >= 6 && i / 8 >= 3 ? 0.8 : 0.1;
       const double nx = noise * normal(random), ny = noise * normal(random);
       const Point q = map(kTilted, p);
