@@ -71,6 +71,7 @@ ModelPass::ModelPass(std::vector<FrameResult>& frames, const std::vector<SweptFr
       tracksOf_(std::move(tracksOf)),
       knownIn_(std::move(knownIn)),
       refit_(std::move(refit)),
+      certain_(frames.size()),
       firm_(frames.size()),
       settled_(frames.size()) {
   findFirm(likely);
@@ -88,15 +89,14 @@ void ModelPass::findFirm(double likely) {
   }
   usual_ = sigmas.empty() ? Noise{likely, 1} : Noise{lowerMedian(sigmas), kUsualPairs};
   for (std::size_t f = 0; f < frames_.size(); ++f) {
-    if (f == base_ || isFirm(f)) firm_[f] = frames_[f].h;
+    certain_[f] = f == base_ || isCertain(f);
+    if (certain_[f] && !isLikelyByChance(frames_[f].verdict.origin)) firm_[f] = frames_[f].h;
   }
 }
 
-bool ModelPass::isFirm(std::size_t frame) const {
+bool ModelPass::isCertain(std::size_t frame) const {
   const FrameResult& result = frames_[frame];
-  if (result.verdict.status != Status::Solved || isLikelyByChance(result.verdict.origin)) {
-    return false;
-  }
+  if (result.verdict.status != Status::Solved) return false;
   Quad seen;
   for (std::size_t i = 0; i < 4; ++i) seen[i] = map(result.h, swept_[frame].corners[i]);
   const double limit = kFirm * extentOf(swept_[frame].corners);
@@ -233,6 +233,7 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   const std::size_t neighbour = shifted(frame, -step);
   const Status status = frames_[frame].verdict.status;
   settled_[frame].squaredError = kInfinity;
+  if (certain_[frame]) return;  // and yet it may be an accident
   if (status == Status::Held) {
     frames_[frame].h = frames_[neighbour].h;
     frames_[frame].rms = rmsResidual(tracksOf_(frames_[frame]), frames_[frame].h);

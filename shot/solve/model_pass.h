@@ -25,13 +25,15 @@ struct SweptFrame {
 /// The choice of a model for the frames that no others may lean on, once all frames have been
 /// swept.
 ///
-/// A frame is firm when its worst corner is expected to be off by no more than 0.5 % of the
-/// surface's extent. All others, from the base frame on, are given the model of `ModelChoice`, a
-/// lower one only where it is expected to be less than half as far off as the full one, or, where
-/// the tracks support the full one (`kLargestGain`), less than a quarter. A lower model stands on
-/// the transform of the nearest firm frame on the base frame's side, on that of the nearest one on
-/// the other side, on one between the two, on the neighbour's as that has come out, or on nothing.
-/// Frames without tracks, or without a transform for other reasons, keep their neighbour's.
+/// A frame is certain when its worst corner is expected to be off by no more than 0.5 % of the
+/// surface's extent, and then keeps its transform; it is firm when chance does not explain that its
+/// tracks agree, either. All that are not certain, from the base frame on, are given the model of
+/// `ModelChoice`, a lower one only where it is expected to be less than half as far off as the full
+/// one, or, where the tracks support the full one (`kLargestGain`), less than a quarter. A lower
+/// model stands on the transform of the nearest firm frame on the base frame's side, on that of the
+/// nearest one on the other side, on one between the two, on the neighbour's as that has come out,
+/// or on nothing. Frames without tracks, or without a transform for other reasons, keep their
+/// neighbour's.
 class ModelPass {
  public:
   using TracksOf = std::function<Matches(const FrameResult&)>;
@@ -65,7 +67,7 @@ class ModelPass {
     std::vector<std::vector<double>> squares;  // per match: of its track's residuals there
   };
   Around around(std::size_t frame, const Matches& tracks, const std::vector<bool>& good) const;
-  bool isFirm(std::size_t frame) const;
+  bool isCertain(std::size_t frame) const;
   WeakFrame weakFrame(std::size_t frame) const;
   WeakFrame seenAround(std::size_t frame) const;
   std::vector<Kept> groundsFor(std::size_t frame, std::ptrdiff_t step, const Quad& corners) const;
@@ -83,6 +85,7 @@ class ModelPass {
   TracksOf knownIn_;
   Refit refit_;
   Noise usual_;
+  std::vector<bool> certain_;                    // by frame
   std::vector<std::optional<Homography>> firm_;  // by frame
   std::optional<MotionTrials> trials_;
   std::vector<Settled> settled_;  // by frame

@@ -97,7 +97,7 @@ TEST(SolveCommandRetouch, FillsWhatHasGoodFramesOnBothSides) {
   EXPECT_EQ(table.code, 4);
   EXPECT_TRUE(contains(table.out,
                        "\nfilled in     5 of 8 reduced or held frames, the others lack "
-                       "good frames on both sides\n"))
+                       "good frames on both sides or contradict them\n"))
       << table.out;
 }
 
