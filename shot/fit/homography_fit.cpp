@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/fit/homography_fit.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -148,7 +149,7 @@ HomographyFit fitHomography(const Matches& matches, const Homography& start, Los
         // Too little to measure: taken on trust.
         fit.converged = true;
         fit.h = next;
-        fit.cost -= std::fmax(step.decrease, 0.0);
+        fit.cost -= std::clamp(step.decrease, 0.0, fit.cost);
         return fit;
       }
       const NormalEquations there = sum(next);
