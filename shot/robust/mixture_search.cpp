@@ -139,9 +139,9 @@ void MixtureSearch::from(const Start& start) {
   walk(start, {16, 4, 2, 1}, sigmaOf(squares, kHalf));
 }
 
-void MixtureSearch::fromSamples(std::uint64_t seed) {
+void MixtureSearch::fromSamples(std::uint64_t seed, std::size_t least) {
   QuadSamples samples(matches_, prior_.confidence, seed);
-  drawUntilSure(samples);
+  drawUntilSure(samples, least);
   fromHalves();
 }
 
@@ -182,7 +182,7 @@ void MixtureSearch::fromHalves() {
 }
 
 // In stages, each as long as all before: the best samples of each tell how many are needed.
-void MixtureSearch::drawUntilSure(QuadSamples& samples) {
+void MixtureSearch::drawUntilSure(QuadSamples& samples, std::size_t least) {
   std::size_t needed = QuadSamples::kFewest;
   while (samples.drawnFromAll() < needed) {
     const std::size_t until =
@@ -196,7 +196,7 @@ void MixtureSearch::drawUntilSure(QuadSamples& samples) {
       if (samples.draw(h)) rank(h);
     }
     refine();
-    needed = neededOf(samples);
+    needed = std::min(neededOf(samples), samples.needed(least));
   }
   budgetSpent_ = needed == QuadSamples::kMost;
 }

@@ -48,7 +48,8 @@ class MixtureSearch {
   /// with a chance below one in a million. Where there are no more quadruples than draws to come,
   /// all are tried instead, whatever the seed. Goes on from fits to halves of the best transform's
   /// matches too, where matches lie between the good ones and the strays.
-  void fromSamples(std::uint64_t seed);
+  /// \param least  transforms with fewer good matches than this may be missed
+  void fromSamples(std::uint64_t seed, std::size_t least = 0);
 
   /// Whether the draws ended before that (`QuadSamples::kMost`).
   bool budgetSpent() const { return budgetSpent_; }
@@ -67,7 +68,7 @@ class MixtureSearch {
 
   void walk(const Start& start, std::initializer_list<int> freedoms, double spread);
   void consider(const MixtureFit& fit, Stage stage);
-  void drawUntilSure(QuadSamples& samples);
+  void drawUntilSure(QuadSamples& samples, std::size_t least);
   void tryAll(const QuadSamples& samples);
   void rank(const Homography& h);
   void refine();

@@ -35,6 +35,7 @@ struct Origin {
   std::optional<Stage> firstStage;  ///< the best before samples were drawn; none where none led on
   std::size_t firstGood = 0;        ///< good tracks of that one
   bool budgetSpent = false;  ///< samples ended before a better transform was out of the question
+  bool rivalled = false;     ///< other tracks support another transform about as well
   /// The common logarithm of how many transforms of one picture chance would make as many tracks
   /// agree on as closely; NaN where that was not counted.
   double chance = std::numeric_limits<double>::quiet_NaN();

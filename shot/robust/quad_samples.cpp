@@ -106,8 +106,14 @@ double QuadSamples::usableShare(const std::vector<std::size_t>& good) const {
 }
 
 std::size_t QuadSamples::needed(const std::vector<std::size_t>& good) const {
-  if (good.size() < 4) return kMost;
-  const double one = choicesOfFour(good.size()) / quadruples() * usableShare(good);
+  return neededFor(good.size(), usableShare(good));
+}
+
+std::size_t QuadSamples::needed(std::size_t good) const { return neededFor(good, 1.0); }
+
+std::size_t QuadSamples::neededFor(std::size_t good, double usableShare) const {
+  if (good < 4) return kMost;
+  const double one = choicesOfFour(good) / quadruples() * usableShare;
   const double draws = std::ceil(std::log(kChance) / std::log1p(-one));  // infinite for none
   return draws < static_cast<double>(kMost) ? std::max(static_cast<std::size_t>(draws), kFewest)
                                             : kMost;

@@ -60,9 +60,13 @@ class QuadSamples {
   /// quadruples lead to a transform is that of up to eight of them. \param good  indices
   std::size_t needed(const std::vector<std::size_t>& good) const;
 
+  /// The same for so many good ones, all of whose quadruples lead to a transform.
+  std::size_t needed(std::size_t good) const;
+
  private:
   std::size_t below(std::size_t bound);
   double usableShare(const std::vector<std::size_t>& good) const;
+  std::size_t neededFor(std::size_t good, double usableShare) const;
 
   const Matches& matches_;
   std::vector<std::size_t> order_;  // by falling confidence

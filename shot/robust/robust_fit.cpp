@@ -10,6 +10,7 @@
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
 #include "shot/robust/chance.h"
+#include "shot/robust/rival.h"
 #include "shot/robust/width_choice.h"
 
 namespace cornerpin {
@@ -84,6 +85,7 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, 
     std::vector<double> squares;
     squaredResiduals(matches, fit.h, squares);
     origin.chance = chanceOf(std::move(squares), strayArea(matches.present()));
+    origin.rivalled = hasRival(matches, search.best(), prior, options.seed);
   }
   fit.origin = origin;
   return fit;

@@ -15,6 +15,8 @@ const char* nameOf(DoubtCode code) {
       return "chance";
     case DoubtCode::BudgetSpent:
       return "budget";
+    case DoubtCode::Rival:
+      return "rival";
     case DoubtCode::Jump:
       return "jump";
     case DoubtCode::Reduced:

@@ -14,18 +14,24 @@ enum class DoubtCode {
   NothingToCheck,   ///< its tracks are so few that a wrong one could not be told
   ChanceAgreement,  ///< chance makes as many tracks agree
   BudgetSpent,      ///< the search ended before it was sure to have missed nothing better
+  Rival,            ///< other tracks support another transform about as well
   Jump,             ///< its corners stand out against those of the frames around
   Reduced,          ///< fewer than eight parameters were fitted
   Held,             ///< none was
 };
 
-constexpr std::initializer_list<DoubtCode> kDoubtCodes = {
-    DoubtCode::ExpectedError,   DoubtCode::NoFigures,   DoubtCode::NothingToCheck,
-    DoubtCode::ChanceAgreement, DoubtCode::BudgetSpent, DoubtCode::Jump,
-    DoubtCode::Reduced,         DoubtCode::Held};
+constexpr std::initializer_list<DoubtCode> kDoubtCodes = {DoubtCode::ExpectedError,
+                                                          DoubtCode::NoFigures,
+                                                          DoubtCode::NothingToCheck,
+                                                          DoubtCode::ChanceAgreement,
+                                                          DoubtCode::BudgetSpent,
+                                                          DoubtCode::Rival,
+                                                          DoubtCode::Jump,
+                                                          DoubtCode::Reduced,
+                                                          DoubtCode::Held};
 
-/// "expected-error", "no-figures", "nothing-to-check", "chance", "budget", "jump", "reduced",
-/// "held".
+/// "expected-error", "no-figures", "nothing-to-check", "chance", "budget", "rival", "jump",
+/// "reduced", "held".
 const char* nameOf(DoubtCode code);
 
 /// A frame without any is good.

@@ -100,6 +100,9 @@ void judgeSearch(const FrameResult& frame, std::vector<Doubt>& doubts) {
         {DoubtCode::BudgetSpent,
          "the search ended at its limit: it may have missed a transform that fits more tracks"});
   }
+  if (origin.rivalled) {
+    doubts.push_back({DoubtCode::Rival, "other tracks agree on another transform about as well"});
+  }
 }
 
 void judgeJump(const FrameResult& frame, double jump, std::vector<Doubt>& doubts) {

@@ -50,7 +50,7 @@ bool isAnchor(const FrameResult& frame) {
   if (status != Status::Base && status != Status::Solved) return false;
   return std::none_of(frame.doubts.begin(), frame.doubts.end(), [](const Doubt& doubt) {
     return doubt.code == DoubtCode::ChanceAgreement || doubt.code == DoubtCode::BudgetSpent ||
-           doubt.code == DoubtCode::Jump;
+           doubt.code == DoubtCode::Rival || doubt.code == DoubtCode::Jump;
   });
 }
 

@@ -236,7 +236,7 @@ TEST(ReadResult, KeepsDoubtsThatFollowFromNothingElseInTheFile) {
   result.frames[1].doubts.clear();
   for (DoubtCode code : kDoubtCodes) result.frames[1].doubts.push_back({code, nameOf(code)});
   const ShotResult back = read(written(result, Format::Json));
-  ASSERT_EQ(back.frames[1].doubts.size(), 8u);
+  ASSERT_EQ(back.frames[1].doubts.size(), 9u);
   for (const Doubt& doubt : back.frames[1].doubts) EXPECT_EQ(doubt.text, nameOf(doubt.code));
   expectReadBack(result);
 }

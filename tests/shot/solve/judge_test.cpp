@@ -155,6 +155,12 @@ TEST(Judge, DoubtsASearchThatEndedAtItsLimit) {
             "tracks\n");
 }
 
+TEST(Judge, DoubtsATransformThatHasARival) {
+  ShotResult result = twoGood();
+  result.frames[1].verdict.origin.rivalled = true;
+  EXPECT_EQ(doubtsIn(result), "rival: other tracks agree on another transform about as well\n");
+}
+
 TEST(Judge, DoubtsReducedAndHeldFramesForTheirReasons) {
   ShotResult result = twoGood();
   FrameResult& f = result.frames[1];

@@ -28,7 +28,8 @@ TEST(IsAnchor, WantsATransformOfItsOwnThatMayBeRight) {
     frame.doubts = {{mild, ""}};
     EXPECT_TRUE(isAnchor(frame));
   }
-  for (DoubtCode grave : {DoubtCode::ChanceAgreement, DoubtCode::BudgetSpent, DoubtCode::Jump}) {
+  for (DoubtCode grave :
+       {DoubtCode::ChanceAgreement, DoubtCode::BudgetSpent, DoubtCode::Rival, DoubtCode::Jump}) {
     frame.doubts = {{DoubtCode::NothingToCheck, ""}, {grave, ""}};
     EXPECT_FALSE(isAnchor(frame));
   }

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/robust/rival.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include "shot/robust/mixture_search.h"
+
+namespace cornerpin {
+
+namespace {
+
+// A track more makes a transform thousands of times as likely: of so many fewer it is no rival.
+constexpr std::size_t kFewer = 2;
+constexpr std::size_t kFewestMatches = 6;         // of fewer, some transform meets nearly all
+constexpr double kMostLess = 13.815510557964274;  // log 1e6
+
+std::vector<double> chosenOf(const std::vector<double>& values, const std::vector<bool>& chosen) {
+  std::vector<double> result;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (chosen[i]) result.push_back(values[i]);
+  }
+  return result;
+}
+
+}  // namespace
+
+bool hasRival(const Matches& matches, const MixtureFit& best, const Prior& prior,
+              std::uint64_t seed) {
+  const std::vector<bool> good = goodMatches(matches, best.h, best.errors.sigma());
+  std::vector<bool> bad = good;
+  bad.flip();
+  const std::size_t least = countOf(good) - std::min(countOf(good), kFewer);
+  if (countOf(bad) < std::max(least, kFewestMatches)) return false;
+
+  const Matches others = matches.subset(bad);
+  const Prior ofOthers = {prior.recentSigma, prior.lowSigma, chosenOf(prior.odds, bad),
+                          chosenOf(prior.confidence, bad)};
+  MixtureSearch amongOthers(others, ofOthers);
+  amongOthers.fromSamples(seed, least);
+  if (!amongOthers.found()) return false;
+  MixtureSearch amongAll(matches, prior);
+  amongAll.from({Stage::Sampled, amongOthers.best().h});
+  if (!amongAll.found()) return false;
+
+  const MixtureFit& rival = amongAll.best();
+  if (!(rival.score < best.score + kMostLess)) return false;
+  const std::vector<bool> its = goodMatches(matches, rival.h, rival.errors.sigma());
+  std::size_t shared = 0;
+  for (std::size_t i = 0; i < good.size(); ++i) shared += good[i] && its[i];
+  return 2 * shared < std::min(countOf(good), countOf(its));
+}
+
+}  // namespace cornerpin
