@@ -2,13 +2,12 @@
 #include "shot/solve/motion_trials.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
-#include "cornerpin/geometry/MGeometry.h"
 #include "shot/fit/reduced_fit.h"
 #include "shot/fit/residuals.h"
 #include "shot/fit/variance_ratio.h"
+#include "shot/plane/quad_map.h"
 
 namespace cornerpin {
 
@@ -19,21 +18,6 @@ constexpr std::size_t kMostTrials = 50;
 constexpr double kFewestTrials = 2.0;
 // Few trials may all be lucky: the mean square counts as if there were so many more like it.
 constexpr double kUnseen = 2.0;
-
-LvVector2<double> corner(Point p) { return LvVector2<double>(p.x, p.y); }
-
-Homography quadToQuad(const Quad& from, const Quad& to) {
-  LvMatrix44Tmpl<double> m;
-  MComputeQuadToQuadProjectionMatrix(corner(from[0]), corner(from[1]), corner(from[2]),
-                                     corner(from[3]), corner(to[0]), corner(to[1]), corner(to[2]),
-                                     corner(to[3]), m);
-  constexpr std::array<int, 3> kPlane = {0, 1, 3};  // z stays out
-  Homography h;
-  for (std::size_t i = 0; i < 3; ++i) {
-    for (std::size_t j = 0; j < 3; ++j) h[i][j] = m(kPlane[i], kPlane[j]);
-  }
-  return withLastOne(h);
-}
 
 std::ptrdiff_t halved(std::ptrdiff_t offset) {
   return offset / 2 != 0 ? offset / 2 : (offset > 0 ? 1 : -1);
