@@ -17,6 +17,7 @@
 #include "shot/files/track_csv.h"
 #include "shot/solve/base_choice.h"
 #include "shot/solve/shot_solver.h"
+#include "tests/shot/table_random.h"
 
 using namespace cornerpin;
 
@@ -25,20 +26,7 @@ namespace {
 constexpr double kWidth = 1000.0;
 constexpr double kHeight = 600.0;
 
-class Random {
- public:
-  explicit Random(unsigned seed) : engine_(seed) {}
-  double uniform(double low, double high) {
-    return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0;
-  }
-  double normal() {
-    const double length = std::sqrt(-2.0 * std::log(uniform(1e-12, 1.0)));
-    return length * std::cos(uniform(0.0, 6.283185307179586));
-  }
-
- private:
-  std::mt19937 engine_;
-};
+using Random = made::TableRandom;
 
 // A shot with a quad on its surface and, for each frame, the transform that carries the surface
 // there.

@@ -22,6 +22,7 @@
 #include "shot/plane/extent.h"
 #include "shot/robust/chance.h"
 #include "shot/solve/shot_solver.h"
+#include "tests/shot/table_random.h"
 
 using namespace cornerpin;
 
@@ -34,23 +35,13 @@ constexpr double kMostDifference = 0.1;  // in expected errors
 constexpr double kMostExpected = 0.005;  // of the extent of the base frame's tracks
 constexpr int kFewestChecked = 6;        // tracks
 
-class Random {
+class Random : public made::TableRandom {
  public:
-  explicit Random(unsigned seed) : engine_(seed) {}
-  double uniform(double low, double high) {
-    return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0;
-  }
-  double normal() {
-    const double length = std::sqrt(-2.0 * std::log(uniform(1e-12, 1.0)));
-    return length * std::cos(uniform(0.0, 6.283185307179586));
-  }
+  using TableRandom::TableRandom;
   Point anywhere() {
     const double x = uniform(0.0, kWidth);
     return {x, uniform(0.0, kHeight)};
   }
-
- private:
-  std::mt19937 engine_;
 };
 
 struct SolvedShot {

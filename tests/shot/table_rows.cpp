@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tests/shot/table_rows.h"
+#include "tests/shot/table_random.h"
 
 #include <cmath>
 #include <random>
@@ -14,20 +15,7 @@ constexpr int kFrames = 60;
 constexpr double kWidth = 1000.0;
 constexpr double kHeight = 600.0;
 
-class Random {
- public:
-  explicit Random(unsigned seed) : engine_(seed) {}
-  double uniform(double low, double high) {
-    return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0;
-  }
-  double normal() {
-    const double length = std::sqrt(-2.0 * std::log(uniform(1e-12, 1.0)));
-    return length * std::cos(uniform(0.0, 6.283185307179586));
-  }
-
- private:
-  std::mt19937 engine_;
-};
+using Random = made::TableRandom;
 
 Homography steady(int f) {
   const double t = f;
