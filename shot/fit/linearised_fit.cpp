@@ -36,6 +36,15 @@ Slopes slopesOf(Model model, const Homography& h, Point p) {
   return slopesOf(h, p);
 }
 
+Slopes times(const Symmetric2& k, const Slopes& s) {
+  Slopes product;
+  for (std::size_t i = 0; i < kSize; ++i) {
+    product.x[i] = k.xx * s.x[i] + k.xy * s.y[i];
+    product.y[i] = k.xy * s.x[i] + k.yy * s.y[i];
+  }
+  return product;
+}
+
 Homography stepped(Homography h, const Parameters& step) {
   for (std::size_t i = 0; i < kSize; ++i) h[i / 3][i % 3] += step[i];
   return h;
@@ -89,10 +98,11 @@ LinearisedFit::LinearisedFit(const Matches& matches, const FittedFrame& frame)
   from_ = Similarity::fitting(from);
   to_ = Similarity::fitting(to);
   fitted_ = normalised(frame.h, from_, to_);
-  invert(matches.base(), frame.weights);
+  invert(matches.base(), frame);
 }
 
-void LinearisedFit::invert(const Points& base, const std::vector<double>& weights) {
+void LinearisedFit::invert(const Points& base, const FittedFrame& frame) {
+  const std::vector<double>& weights = frame.weights;
   // The largest weight is taken out: squares could overflow.
   const double largest = *std::max_element(weights.begin(), weights.end());
   for (std::size_t i = 2 * tracksFor(model_); i < kSize; ++i) inverse_[i * kSize + i] = 1.0;
@@ -100,9 +110,10 @@ void LinearisedFit::invert(const Points& base, const std::vector<double>& weight
     if (!(weights[k] > 0.0)) continue;
     const double w = weights[k] / largest;
     const Slopes s = slopesAt(base[k]);
+    const Slopes pull = frame.stiffness.empty() ? s : times(frame.stiffness[k], s);
     for (std::size_t j = 0; j < kSize; ++j) {
       for (std::size_t i = 0; i <= j; ++i) {
-        inverse_[j * kSize + i] += w * w * (s.x[i] * s.x[j] + s.y[i] * s.y[j]);
+        inverse_[j * kSize + i] += w * w * (s.x[i] * pull.x[j] + s.y[i] * pull.y[j]);
       }
     }
   }

@@ -13,6 +13,18 @@
 
 namespace cornerpin {
 
+/// A symmetric 2 x 2 matrix.
+struct Symmetric2 {
+  double trace() const { return xx + yy; }
+
+  double xx = 0.0;
+  double xy = 0.0;
+  double yy = 0.0;
+};
+
+Symmetric2 sum(const Symmetric2& a, const Symmetric2& b);
+Symmetric2 times(double factor, const Symmetric2& s);
+
 /// How a frame's matches were fitted: `h` is the model's transform behind `kept`, which is the
 /// neighbour's where the model was fitted on top of it, and else the identity.
 struct FittedFrame {
@@ -23,6 +35,9 @@ struct FittedFrame {
   /// How noisy the base places are, as a share of the noise in the frame: 1 where one frame has
   /// told them, 0 where many have.
   double placeNoise = 1.0;
+  /// Of each match, by what its pull on the fit grows with its residual, in units of its squared
+  /// weight. Empty where each is the identity, as without a loss.
+  std::vector<Symmetric2> stiffness = {};
 };
 
 using Parameters = std::array<double, 8>;
@@ -38,23 +53,11 @@ struct Slopes {
 /// Those of a homography's first eight elements, row by row, at p; the last is 1.
 Slopes slopesOf(const Homography& h, Point p);
 
-/// A symmetric 2 x 2 matrix.
-struct Symmetric2 {
-  double trace() const { return xx + yy; }
-
-  double xx = 0.0;
-  double xy = 0.0;
-  double yy = 0.0;
-};
-
-Symmetric2 sum(const Symmetric2& a, const Symmetric2& b);
-Symmetric2 times(double factor, const Symmetric2& s);
-
 /// S C S': of a point's image, with C the covariance of the parameters.
 Symmetric2 covarianceOf(const Slopes& slopes, const std::array<Parameters, 8>& covariance);
 
-/// A weighted least-squares fit linearised at its solution, A = sum of w^2 S'S with S a track's
-/// slopes. Parameters and slopes are those between coordinates of the tracks' own boxes: squared
+/// A fit linearised at its solution, A = sum of w^2 S'K S with S a track's slopes and K its
+/// stiffness. Parameters and slopes are those between coordinates of the tracks' own boxes: squared
 /// pixels would leave A without a usable inverse.
 class LinearisedFit {
  public:
@@ -78,7 +81,7 @@ class LinearisedFit {
   Point displacement(Point base, const Parameters& step) const;
 
  private:
-  void invert(const Points& base, const std::vector<double>& weights);
+  void invert(const Points& base, const FittedFrame& frame);
 
   Model model_;
   Homography kept_;

@@ -34,4 +34,20 @@ double lossWeight(Loss loss, double residual, double width) {
   return bentSquare(loss, residual * residual, width).weight;
 }
 
+double logWeightSlope(Loss loss, double residual, double width) {
+  const double square = residual * residual;
+  const double bound = width * width;
+  switch (loss) {
+    case Loss::None:
+      break;
+    case Loss::Huber:
+      return square > bound ? -0.5 / square : 0.0;
+    case Loss::Cauchy:
+      return -1.0 / (bound + square);
+    case Loss::Tukey:
+      return square < bound ? -2.0 / (bound - square) : 0.0;
+  }
+  return 0.0;
+}
+
 }  // namespace cornerpin

@@ -22,6 +22,9 @@ BentSquare bentSquare(Loss loss, double square, double width);
 /// The weight alone, of a residual: 1 near 0. `width`, where the loss bends, has its unit.
 double lossWeight(Loss loss, double residual, double width);
 
+/// The derivative of that weight's logarithm by the squared residual; 0 where the weight is 1.
+double logWeightSlope(Loss loss, double residual, double width);
+
 }  // namespace cornerpin
 
 #endif

@@ -123,14 +123,15 @@ class ShotSolver {
   void addTrust(FrameResult& result) {
     const Point front = result_.baseCentre;
     const Matches used = sweeps_.usedIn(result);
-    FittedFrame fitted = sweeps_.fittedAs(result, used);
-    errorsOf(result) = cornerpin::errorsOf(used, fitted, quads_, front);
+    const FittedFrame good = sweeps_.fittedAs(result, used);
+    FittedFrame last = good;
     const bool solved = result.verdict.status == Status::Solved;
-    if (solved) addResiduals(result, used, fitted.weights);
-    if (sweeps_.toldBad(result) && solved) {
-      fitted.weights = lossWeights(used, result.h, front, result.loss, result.width);
-    }
-    std::vector<TrackInfluence> influences = influencesOf(used, fitted, quads_.front());
+    if (solved) addResiduals(result, used, good.weights);
+    const bool bent = solved && sweeps_.toldBad(result);
+    if (bent) last.weights = lossWeights(used, result.h, front, result.loss, result.width);
+    std::vector<TrackInfluence> influences = influencesOf(used, last, quads_.front());
+    if (bent) last.stiffness = lossStiffness(used, result.h, result.loss, result.width);
+    errorsOf(result) = cornerpin::errorsOf(used, good, last, quads_, front);
     worst_.addFrame(result.frame, influences);
     if (options_.influences) result.influences = std::move(influences);
     result.why = whyOf(result);

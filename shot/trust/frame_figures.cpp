@@ -28,18 +28,19 @@ FrameFigures baseFrameFigures(std::size_t quads) {
   return {kNoFigure, std::vector<CornerCovariances>(quads)};
 }
 
-FrameErrors errorsOf(const Matches& matches, const FittedFrame& fitted,
+FrameErrors errorsOf(const Matches& matches, const FittedFrame& good, const FittedFrame& last,
                      const std::vector<Quad>& quads, Point front) {
-  const Uncertainty uncertainty(matches, fitted);
+  const Uncertainty uncertainty(matches, good);
   const CornerCovariances none = {kNoCovariance, kNoCovariance, kNoCovariance, kNoCovariance};
   const std::vector<CornerCovariances> nothing(quads.size(), none);
   FrameErrors errors{uncertainty.noise(), uncertainty.freedom(), nothing, nothing};
-  if (fitted.model == Model::Held || !uncertainty.isDetermined()) return errors;
-  const Jackknife jackknife(matches, fitted, uncertainty.fit());
+  if (good.model == Model::Held || !uncertainty.isDetermined()) return errors;
+  const Jackknife ofLast(matches, last);
+  const Jackknife jackknife = ofLast.isDetermined() ? ofLast : Jackknife(matches, good);
   for (std::size_t q = 0; q < quads.size(); ++q) {
     for (std::size_t i = 0; i < 4; ++i) {
       const Point corner = quads[q][i];
-      if (!onSameSide(fitted.h, corner, front)) continue;
+      if (!onSameSide(good.h, corner, front)) continue;
       errors.ofOne[q][i] = uncertainty.unitCovarianceAt(corner);
       errors.jackknife[q][i] = jackknife.covarianceAt(corner);
     }

@@ -44,10 +44,12 @@ struct FrameErrors {
 /// Of the base frame, whose transform is given.
 FrameFigures baseFrameFigures(std::size_t quads);
 
-/// \param fitted  with the weights of the good tracks, in full
-/// \param quads   in the base frame
-/// \param front   a place in the base frame that is in front of the horizon
-FrameErrors errorsOf(const Matches& matches, const FittedFrame& fitted,
+/// \param good   with the weights of the good tracks, in full
+/// \param last   with the weights and the stiffness of the fit's last step; where they fix nothing,
+///               the good one counts
+/// \param quads  in the base frame
+/// \param front  a place in the base frame that is in front of the horizon
+FrameErrors errorsOf(const Matches& matches, const FittedFrame& good, const FittedFrame& last,
                      const std::vector<Quad>& quads, Point front);
 
 /// A corner's covariance is the larger of two: that of equal noise, as much of it as the frame and

@@ -28,23 +28,29 @@ Point withoutTrack(const Symmetric2& hat, Point r) {
   return {a * r.x + b * (half * r.x + hat.xy * r.y), a * r.y + b * (hat.xy * r.x - half * r.y)};
 }
 
+FittedFrame withoutStiffness(FittedFrame frame) {
+  frame.stiffness.clear();
+  return frame;
+}
+
 }  // namespace
 
-// With S a track's slopes, A the normal matrix and G = S inv(A) S', the others' parameters are
-// w^2 inv(A) S' inv(I - w^2 G) r away from those of all (Sherman, Morrison, Woodbury).
-Jackknife::Jackknife(const Matches& matches, const FittedFrame& frame, const LinearisedFit& fit)
-    : fit_(fit) {
+// With S a track's slopes, A the plain normal matrix and G = S inv(A) S', the others' parameters
+// are w^2 inv(A) S' inv(I - w^2 G) r away from those of all (Sherman, Morrison, Woodbury). With a
+// loss the first inverse is that of the fit's own matrix.
+Jackknife::Jackknife(const Matches& matches, const FittedFrame& frame)
+    : plain_(matches, withoutStiffness(frame)), fit_(matches, frame) {
   double count = 0.0;
   for (std::size_t t = 0; t < matches.size(); ++t) {
     if (!(frame.weights[t] > 0.0)) continue;
     count += 1.0;
     const double w2 = frame.weights[t] * frame.weights[t];
     const Match match = matches[t];
-    const Slopes s = fit.slopesAt(match.base);
-    const Parameters x = fit.solve(s.x);
-    const Parameters y = fit.solve(s.y);
-    const Symmetric2 hat = {w2 * dot(s.x, x), w2 * dot(s.y, x), w2 * dot(s.y, y)};
-    const Point r = withoutTrack(hat, residual(match, frame.h));
+    const Slopes s = fit_.slopesAt(match.base);
+    const Point r =
+        withoutTrack(times(w2, plain_.responseAt(match.base)), residual(match, frame.h));
+    const Parameters x = fit_.solve(s.x);
+    const Parameters y = fit_.solve(s.y);
     Parameters step{};
     for (std::size_t i = 0; i < 8; ++i) step[i] = w2 * (r.x * x[i] + r.y * y[i]);
     for (std::size_t i = 0; i < 8; ++i) {

@@ -21,18 +21,24 @@ namespace cornerpin {
 /// The fit comes towards each track by its leverage l, and a track that is left out is off by
 /// 1 / (1 - l) times its residual. Of a track that stands alone that says next to nothing but is
 /// the largest move of all; so the residual counts at most `kMostHidden` times.
+///
+/// A fit with a loss is less stiff than its weights alone would have it, as a track that is nearly
+/// left out pulls less the further it is off: all moves are larger.
 class Jackknife {
  public:
-  /// \param fit  of these matches, determined
-  Jackknife(const Matches& matches, const FittedFrame& frame, const LinearisedFit& fit);
+  Jackknife(const Matches& matches, const FittedFrame& frame);
 
+  /// False where the tracks do not fix the fit (`LinearisedFit::isDetermined`), or where so many
+  /// are nearly left out that it has no stiffness; the rest then means nothing.
+  bool isDetermined() const { return plain_.isDetermined() && fit_.isDetermined(); }
   /// Of the image of a point that is exact in the base frame, in pixels^2.
   Symmetric2 covarianceAt(Point base) const;
 
   static constexpr double kMostHidden = 8.0;
 
  private:
-  const LinearisedFit& fit_;
+  LinearisedFit plain_;  // as if the weights were given
+  LinearisedFit fit_;
   std::array<Parameters, 8> covariance_{};  // of the parameters
 };
 

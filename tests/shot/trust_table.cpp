@@ -16,6 +16,8 @@
 #include <vector>
 
 #include "shot/files/track_csv.h"
+#include "shot/fit/linearised_fit.h"
+#include "shot/plane/quad_map.h"
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/known_shots.h"
 #include "tests/shot/table_rows.h"
@@ -26,25 +28,25 @@ namespace {
 
 class Line {
  public:
-  // \param truthNoise  how far the truth itself may be off
-  void add(const Quad& images, const Quad& truth, const std::array<double, 4>& deviations,
-           double truthNoise = 0.0) {
+  // \param ofTruth  how far the truth itself may be off
+  void add(const Quad& images, const Quad& truth, std::array<double, 4> deviations,
+           const std::array<double, 4>& ofTruth = {}) {
     ++frames_;
     std::size_t worst = 0;
     std::array<double, 4> errors{};
     for (std::size_t c = 0; c < 4; ++c) {
       errors[c] = std::sqrt(squaredDistance(images[c], truth[c]));
       if (!(errors[c] <= errors[worst])) worst = c;
+      deviations[c] = std::hypot(deviations[c], ofTruth[c]);
     }
     if (!std::isfinite(deviations[worst])) return;
     bool allWithin = true;
     for (std::size_t c = 0; c < 4; ++c) {
-      allWithin = allWithin && errors[c] <= 2.0 * std::hypot(deviations[c], truthNoise);
+      allWithin = allWithin && errors[c] <= 2.0 * deviations[c];
     }
-    const double deviation = std::hypot(deviations[worst], truthNoise);
     errors_.push_back(errors[worst]);
-    deviations_.push_back(deviation);
-    ratios_.push_back(errors[worst] / deviation);
+    deviations_.push_back(deviations[worst]);
+    ratios_.push_back(errors[worst] / deviations[worst]);
     if (allWithin) ++allWithin_;
   }
 
@@ -116,12 +118,48 @@ void addShot(const made::TableRow& row, unsigned seed, Line& line) {
   }
 }
 
-// The board in frame 60, from which its truth leads: the outer ones of the inner corners, which the
-// truth was made from and fits to 0.14 px, and its outline, to which the truth is extended.
-constexpr Quad kInner = {{{308.49, 182.45}, {394.53, 103.06}, {527.65, 235.23}, {410.71, 329.38}}};
+// The board's outline in frame 60, from which its truth leads: 5 by 7 squares, of which the
+// inner corners were seen.
 constexpr Quad kOutline = {{{267.35, 184.63}, {403.59, 56.38}, {609.57, 236.28}, {399.49, 399.15}}};
 constexpr int kBoardFrame = 60;
-constexpr double kBoardNoise = 0.14;
+constexpr int kAcross = 5;
+constexpr int kDown = 7;
+constexpr double kBoardNoise = 0.14;  // px, the distance at which the truth meets what it fits
+
+// From places on the board, in squares, to frame 60.
+Homography fromSquares() {
+  return quadToQuad({{{0.0, 0.0}, {kAcross, 0.0}, {kAcross, kDown}, {0.0, kDown}}}, kOutline);
+}
+
+Quad innerCorners() {
+  const Quad squares = {
+      {{1.0, 1.0}, {kAcross - 1.0, 1.0}, {kAcross - 1.0, kDown - 1.0}, {1.0, kDown - 1.0}}};
+  return imagesOf(squares, fromSquares());
+}
+
+// How far the truth is off at the corners of `board`: the covariance of a fit of the 4 by 6 inner
+// corners that meets them to `kBoardNoise`.
+std::array<double, 4> truthDeviations(const Quad& board, const Homography& truth) {
+  const Homography place = fromSquares();
+  Matches corners;
+  for (int i = 1; i < kAcross; ++i) {
+    for (int j = 1; j < kDown; ++j) {
+      const Point base = map(place, {static_cast<double>(i), static_cast<double>(j)});
+      corners.add({base, map(truth, base)});
+    }
+  }
+  const auto count = static_cast<double>(corners.size());
+  const double variance = kBoardNoise * kBoardNoise * count / (2.0 * count - 8.0);
+  FittedFrame fitted;
+  fitted.h = truth;
+  fitted.weights.assign(corners.size(), 1.0);
+  const LinearisedFit fit(corners, fitted);
+  std::array<double, 4> deviations{};
+  for (std::size_t c = 0; c < 4; ++c) {
+    deviations[c] = std::sqrt(variance * fit.responseAt(board[c]).trace());
+  }
+  return deviations;
+}
 
 std::vector<std::optional<Homography>> boardTruth(const Tracks& tracks) {
   std::vector<std::optional<Homography>> truth(static_cast<std::size_t>(tracks.frameCount()));
@@ -142,7 +180,9 @@ std::vector<std::optional<Homography>> boardTruth(const Tracks& tracks) {
   return truth;
 }
 
-// With a base the quad is given there, else where it has been carried to.
+// With a base the quad is given there, else where it has been carried to. Once with what the
+// truth's fit says of its errors at the quad, once with the distance at which it meets the inner
+// corners.
 void printBoard(const std::string& name, const Quad& board, std::optional<int> base) {
   const Tracks tracks = readTracks(CORNERPIN_DATA "/board.csv");
   const auto truth = boardTruth(tracks);
@@ -152,14 +192,21 @@ void printBoard(const std::string& name, const Quad& board, std::optional<int> b
   const auto& toBase = truth[static_cast<std::size_t>(*options.base - tracks.firstFrame())];
   options.quads = {{"board", imagesOf(board, *options.base == kBoardFrame ? kIdentity : *toBase)}};
   const ShotResult result = solveShot(tracks, options);
-  Line line;
+  Line byFit;
+  Line byDistance;
   for (std::size_t f = 0; f < result.frames.size(); ++f) {
     const FrameResult& frame = result.frames[f];
     if (!truth[f] || frame.verdict.status == Status::Base) continue;
-    line.add(imagesOf(options.quads[0].corners, frame.h), imagesOf(board, *truth[f]),
-             frame.figures.deviations(), kBoardNoise);
+    const Quad images = imagesOf(options.quads[0].corners, frame.h);
+    const Quad expected = imagesOf(board, *truth[f]);
+    const std::array<double, 4> deviations = frame.figures.deviations();
+    byFit.add(images, expected, deviations, truthDeviations(board, *truth[f]));
+    byDistance.add(images, expected, deviations,
+                   {kBoardNoise, kBoardNoise, kBoardNoise, kBoardNoise});
   }
-  line.print(name + " from frame " + std::to_string(*options.base));
+  const std::string from = name + " from frame " + std::to_string(*options.base);
+  byFit.print(from);
+  byDistance.print(from + ", 0.14 px");
 }
 
 }  // namespace
@@ -179,7 +226,7 @@ int main(int argc, char** argv) {
   }
   if (wanted("board")) {
     for (const std::optional<int>& base : {std::optional<int>(kBoardFrame), std::optional<int>()}) {
-      printBoard("board, inner corners,", kInner, base);
+      printBoard("board, inner corners,", innerCorners(), base);
       printBoard("board, outline,", kOutline, base);
     }
   }

@@ -32,6 +32,18 @@ TEST(LossWeight, OfWhatIsFarIsNothingForTukeyAlone) {
   EXPECT_EQ(lossWeight(Loss::Huber, 1e9, 1.0), 1e-9);
 }
 
+// By hand: of (1 - t)^2 with t = r^2 / w^2 it is -2 / ((1 - t) w^2), of 1 / (1 + t) it is
+// -1 / ((1 + t) w^2), of 1 / sqrt(t) it is -1 / (2 t w^2).
+TEST(LogWeightSlope, IsTheWeightsOwnOverTheWeight) {
+  EXPECT_EQ(logWeightSlope(Loss::None, 5.0, 1.0), 0.0);
+  EXPECT_EQ(logWeightSlope(Loss::Tukey, 1.0, 2.0), -2.0 / 3.0);
+  EXPECT_EQ(logWeightSlope(Loss::Tukey, 2.0, 2.0), 0.0);
+  EXPECT_EQ(logWeightSlope(Loss::Tukey, 3.0, 2.0), 0.0);
+  EXPECT_EQ(logWeightSlope(Loss::Cauchy, 4.0, 3.0), -0.04);
+  EXPECT_EQ(logWeightSlope(Loss::Huber, 4.0, 3.0), -1.0 / 32.0);
+  EXPECT_EQ(logWeightSlope(Loss::Huber, 2.0, 3.0), 0.0);
+}
+
 TEST(BentSquare, HasTheLossBesideItsWeight) {
   EXPECT_EQ(bentSquare(Loss::None, 25.0, 1.0).loss, 25.0);
   EXPECT_NEAR(bentSquare(Loss::Tukey, 2.25, 3.0).loss, 3.0 * (1.0 - 0.75 * 0.75 * 0.75), 1e-15);

@@ -9,6 +9,7 @@
 
 #include "shot/fit/residuals.h"
 #include "shot/solve/shot_solver.h"
+#include "shot/trust/final_weights.h"
 #include "shot/trust/frame_figures.h"
 #include "shot/trust/lasting_errors.h"
 #include "tests/shot/solve/small_shots.h"
@@ -403,7 +404,10 @@ TEST(ShotSweeps, TellsTheCornersOfHandedOverFramesByTheWholeShot) {
     const FrameResult& frame = shot.sweeps.frames()[f];
     const Matches used = shot.sweeps.usedIn(frame);
     const FittedFrame fitted = shot.sweeps.fittedAs(frame, used);
-    errors.push_back(errorsOf(used, fitted, quads, result.baseCentre));
+    FittedFrame last = fitted;
+    last.weights = lossWeights(used, frame.h, result.baseCentre, frame.loss, frame.width);
+    last.stiffness = lossStiffness(used, frame.h, frame.loss, frame.width);
+    errors.push_back(errorsOf(used, fitted, last, quads, result.baseCentre));
     noises.push_back({errors[f].noise * errors[f].noise, errors[f].freedom});
     for (std::size_t i = 0; i < used.size(); ++i) {
       const Match m = used[i];

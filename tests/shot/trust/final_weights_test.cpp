@@ -60,6 +60,43 @@ TEST(LossWeights, AreZeroBehindTheHorizon) {
   }
 }
 
+// What a match pulls is its loss's weight times its residual: moved a little along an axis, over
+// the weight. Huber's loss pulls alike from 4 px on, the others pull more the further off.
+TEST(LossStiffness, IsByWhatThePullGrowsWithTheResidual) {
+  constexpr double kStep = 1e-6;
+  const Point r = {3.0, 4.0};
+  const Matches matches = {{{1, 2}, {4, 6}, 0.5}};
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    const double width = loss == Loss::Huber ? 4.0 : 12.0;
+    const auto pull = [&](double x, double y) {
+      const double weight = lossWeight(loss, std::hypot(x, y), width);
+      return Point{weight * x, weight * y};
+    };
+    const double scale = 2.0 * kStep * lossWeight(loss, 5.0, width);
+    const Symmetric2 k = lossStiffness(matches, kIdentity, loss, width)[0];
+    const Point right = pull(r.x + kStep, r.y), left = pull(r.x - kStep, r.y);
+    const Point below = pull(r.x, r.y + kStep), above = pull(r.x, r.y - kStep);
+    EXPECT_NEAR(k.xx, (right.x - left.x) / scale, 1e-7) << nameOf(loss);
+    EXPECT_NEAR(k.xy, (below.x - above.x) / scale, 1e-7) << nameOf(loss);
+    EXPECT_NEAR(k.yy, (below.y - above.y) / scale, 1e-7) << nameOf(loss);
+  }
+}
+
+// At 5 px of 6 Tukey's loss has bent back.
+TEST(LossStiffness, IsNothingAlongAResidualThatPullsTheLessTheLargerItIs) {
+  const Symmetric2 k = lossStiffness(kMatches, kIdentity, Loss::Tukey, 6.0)[0];
+  EXPECT_NEAR(k.xx * 3.0 + k.xy * 4.0, 0.0, 1e-14);
+  EXPECT_NEAR(k.xy * 3.0 + k.yy * 4.0, 0.0, 1e-14);
+  EXPECT_NEAR(k.xx * -4.0 + k.xy * 3.0, -4.0, 1e-14);
+}
+
+TEST(LossStiffness, IsTheIdentityOfAMatchThatIsMet) {
+  const Symmetric2 k = lossStiffness(kMatches, kIdentity, Loss::Tukey, 6.0)[1];
+  EXPECT_EQ(k.xx, 1.0);
+  EXPECT_EQ(k.xy, 0.0);
+  EXPECT_EQ(k.yy, 1.0);
+}
+
 TEST(GoodWeights, AreTheMatchesOwnWithinThreeAndAHalfSigmas) {
   for (double sigma : {5 / 3.49, 5 / 3.51}) {
     const std::vector<double> weights = goodWeights(kMatches, kIdentity, {0, 0}, sigma);
