@@ -148,7 +148,10 @@ std::string filling(const ShotResult& result, const Summary& summary) {
   const auto all = static_cast<std::ptrdiff_t>(summary.reduced + summary.held);
   return fmt::format(
       "filled in     {} of {} reduced or held frames{}\n", filled, all,
-      filled < all ? ", the others lack good frames on both sides or contradict them" : "");
+      filled < all
+          ? ", the others are surer as they are, lack good frames on both sides or contradict "
+            "them"
+          : "");
 }
 
 // How many tracks the fits go by, and what led to them: of the solved frames.

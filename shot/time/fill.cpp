@@ -21,6 +21,17 @@ bool isGap(const FrameResult& frame) {
   return frame.verdict.status == Status::Reduced || frame.verdict.status == Status::Held;
 }
 
+// The largest deviation; NaN where a corner has none.
+double expectedErrorOf(const FrameResult& frame) {
+  double largest = 0.0;
+  for (std::size_t q = 0; q < frame.figures.quads.size(); ++q) {
+    for (double deviation : frame.figures.deviations(q)) {
+      if (!(deviation <= largest)) largest = deviation;
+    }
+  }
+  return largest;
+}
+
 class Fill {
  public:
   explicit Fill(ShotResult& result) : result_(result) {}
@@ -31,30 +42,36 @@ class Fill {
     const std::size_t length = after - before - 1;
     const auto [bridge, ends] = bridgeOver(before, length);
     const std::optional<Misses>& misses = missesOver(length, bridge);
-    std::vector<FrameResult> filled(result_.frames.begin() + static_cast<std::ptrdiff_t>(first),
-                                    result_.frames.begin() + static_cast<std::ptrdiff_t>(last) + 1);
+    std::vector<FrameResult> filled;
     for (std::size_t i = first; i <= last; ++i) {
-      FrameResult& frame = filled[i - first];
-      const std::optional<Homography> h =
-          transformBetween(ends, frame.frame, result_.quads.front().corners, result_.baseCentre);
+      const std::optional<Homography> h = transformBetween(
+          ends, result_.frames[i].frame, result_.quads.front().corners, result_.baseCentre);
       if (!h) continue;
+      FrameResult& frame = filled.emplace_back(result_.frames[i]);
       keepUntouched(frame);
       frame.h = *h;
       frame.filled = true;
       for (std::size_t q = 0; q < result_.quads.size(); ++q) {
         for (std::size_t c = 0; c < 4; ++c) {
-          const double miss = misses ? misses->squares[i - before - 1][q][c] : kNoFigure;
-          const double half = 0.5 * (miss + worseOf(before, after, q, c));
+          const double motion = misses ? misses->motion[i - before - 1][q][c] : kNoFigure;
+          const double half = 0.5 * (motion + worseOf(before, after, q, c));
           frame.figures.quads[q][c] = {half, 0.0, half};
         }
       }
       if (isContradicted(result_.frames[i], frame)) return;
     }
-    std::move(filled.begin(), filled.end(),
-              result_.frames.begin() + static_cast<std::ptrdiff_t>(first));
+    for (FrameResult& frame : filled) takeIfBetter(frame);
   }
 
  private:
+  // A frame whose own figures say nothing takes what it can get.
+  void takeIfBetter(FrameResult& filled) {
+    FrameResult& own =
+        result_.frames[static_cast<std::size_t>(filled.frame - result_.frames.front().frame)];
+    const double error = expectedErrorOf(own);
+    if (std::isnan(error) || expectedErrorOf(filled) < error) own = std::move(filled);
+  }
+
   std::pair<Bridge, std::vector<TimedTransform>> bridgeOver(std::size_t before,
                                                             std::size_t length) {
     std::vector<TimedTransform> cubic = bridgeEnds(result_, before, length, Bridge::Cubic);

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kFewest = 3;
 constexpr std::size_t kMost = 100;  // stretches, from all over the shot
+constexpr double kUnseen = 2.0;
 
 bool areAnchors(const ShotResult& result, std::size_t first, std::size_t last) {
   const auto from = result.frames.begin() + static_cast<std::ptrdiff_t>(first);
@@ -33,12 +34,35 @@ std::vector<std::size_t> trials(const ShotResult& result, std::size_t length, Br
   return some;
 }
 
-void addMisses(const ShotResult& result, const FrameResult& frame, const Homography& h,
-               std::vector<std::array<double, 4>>& squares) {
-  for (std::size_t q = 0; q < result.quads.size(); ++q) {
-    for (std::size_t i = 0; i < 4; ++i) {
-      const Point corner = result.quads[q].corners[i];
-      squares[q][i] += squaredDistance(carried(result, h, corner), carried(result, frame, corner));
+// How many of them do not overlap.
+double separate(const std::vector<std::size_t>& trials, std::size_t length) {
+  double count = 0.0;
+  std::size_t next = 0;
+  for (std::size_t before : trials) {
+    if (before < next) continue;
+    count += 1.0;
+    next = before + length;
+  }
+  return count;
+}
+
+// Adds up what interpolation misses the frames of a stretch by, and these frames' own variances.
+void addMisses(const ShotResult& result, std::size_t before, Bridge bridge,
+               std::vector<Misses::Corners>& squares, std::vector<Misses::Corners>& variances) {
+  const std::vector<TimedTransform> ends = bridgeEnds(result, before, squares.size(), bridge);
+  for (std::size_t k = 0; k < squares.size(); ++k) {
+    const FrameResult& frame = result.frames[before + 1 + k];
+    const Homography h =
+        transformBetween(ends, frame.frame, result.quads.front().corners, result.baseCentre)
+            .value_or(ends[bridge == Bridge::Cubic ? 1 : 0].h);
+    for (std::size_t q = 0; q < result.quads.size(); ++q) {
+      for (std::size_t i = 0; i < 4; ++i) {
+        const Point corner = result.quads[q].corners[i];
+        squares[k][q][i] +=
+            squaredDistance(carried(result, h, corner), carried(result, frame, corner));
+        const double variance = frame.figures.quads[q][i].trace();
+        if (std::isfinite(variance)) variances[k][q][i] += variance;
+      }
     }
   }
 }
@@ -75,27 +99,23 @@ std::vector<TimedTransform> bridgeEnds(const ShotResult& result, std::size_t bef
 }
 
 std::optional<Misses> missesOf(const ShotResult& result, std::size_t length, Bridge bridge) {
+  const std::vector<std::size_t> all = trials(result, length, bridge);
+  if (all.size() < kFewest) return std::nullopt;
   Misses misses;
-  misses.squares.assign(length,
-                        std::vector<std::array<double, 4>>(result.quads.size(), {0, 0, 0, 0}));
-  double count = 0.0;
-  for (std::size_t before : trials(result, length, bridge)) {
-    const std::vector<TimedTransform> ends = bridgeEnds(result, before, length, bridge);
-    for (std::size_t k = 0; k < length; ++k) {
-      const FrameResult& frame = result.frames[before + 1 + k];
-      const std::optional<Homography> h =
-          transformBetween(ends, frame.frame, result.quads.front().corners, result.baseCentre);
-      addMisses(result, frame, h.value_or(ends[bridge == Bridge::Cubic ? 1 : 0].h),
-                misses.squares[k]);
+  misses.squares.assign(length, Misses::Corners(result.quads.size(), {0, 0, 0, 0}));
+  misses.motion = misses.squares;
+  std::vector<Misses::Corners> variances = misses.squares;
+  for (std::size_t before : all) addMisses(result, before, bridge, misses.squares, variances);
+  const double unseen = 1.0 + kUnseen / separate(all, length);
+  const auto count = static_cast<double>(all.size());
+  for (std::size_t k = 0; k < length; ++k) {
+    for (std::size_t q = 0; q < result.quads.size(); ++q) {
+      for (std::size_t i = 0; i < 4; ++i) {
+        double& square = misses.squares[k][q][i] /= count;
+        misses.motion[k][q][i] = unseen * std::max(0.0, square - variances[k][q][i] / count);
+        if (q == 0) misses.total += square;
+      }
     }
-    count += 1.0;
-  }
-  if (count < static_cast<double>(kFewest)) return std::nullopt;
-  for (auto& frame : misses.squares) {
-    for (auto& quad : frame) {
-      for (double& square : quad) square /= count;
-    }
-    for (double square : frame.front()) misses.total += square;
   }
   return misses;
 }

@@ -33,9 +33,15 @@ std::vector<TimedTransform> bridgeEnds(const ShotResult& result, std::size_t bef
 /// How far interpolation misses, told by stretches of the same length that are left out where the
 /// result has all frames.
 struct Misses {
-  /// Mean squares of all quads' corners, by frame of the stretch, first to last.
-  std::vector<std::vector<std::array<double, 4>>> squares;
-  double total = 0.0;  ///< all of the first quad's added up
+  using Corners = std::vector<std::array<double, 4>>;  // of all quads
+
+  /// Mean squares of the corners, by frame of the stretch, first to last.
+  std::vector<Corners> squares;
+  /// What of these the left-out frames' own variances do not explain, which is motion. Few
+  /// stretches may all be lucky: it counts as if there were two more like the mean with nothing to
+  /// their credit, besides those that do not overlap.
+  std::vector<Corners> motion;
+  double total = 0.0;  ///< all squares of the first quad added up
 };
 
 /// None where fewer than three stretches can be left out.

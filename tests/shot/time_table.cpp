@@ -78,23 +78,26 @@ struct Sum {
   double jitter() const { return std::sqrt(squares / count); }
 };
 
-// Frames that were filled in.
-struct Filled {
+// Frames without a full transform of their own.
+struct Weak {
   Sum before, after;
-  std::size_t held = 0;  // two deviations hold all corners
+  std::size_t filled = 0;
+  std::size_t held = 0;  // two deviations hold all corners of so many that are filled in
 
-  void add(const KnownShot& shot, const ShotResult& plain, const ShotResult& filled) {
+  void add(const KnownShot& shot, const ShotResult& plain, const ShotResult& filledIn) {
     for (std::size_t f = 0; f < plain.frames.size(); ++f) {
-      const FrameResult& frame = filled.frames[f];
-      if (!frame.filled) continue;
-      const Quad errors = errorsOf(shot, filled, frame);
+      const FrameResult& frame = filledIn.frames[f];
+      if (isSolved(frame)) continue;
+      const Quad errors = errorsOf(shot, filledIn, frame);
       before.errors.push_back(largest(errorsOf(shot, plain, plain.frames[f])));
       after.errors.push_back(largest(errors));
+      if (!frame.filled) continue;
       const auto deviations = frame.figures.deviations();
       bool within = true;
       for (std::size_t i = 0; i < 4; ++i) {
         within = within && std::sqrt(squaredDistance(errors[i], {})) <= 2.0 * deviations[i];
       }
+      ++filled;
       held += within;
     }
   }
@@ -109,15 +112,14 @@ ShotResult retouched(ShotResult result, const RetouchOptions& options) {
 
 void printTimeHeader() {
   std::printf(
-      "| shot | jitter, solved | smoothed | error, solved | smoothed | filled in | before | after "
-      "| "
-      "within two deviations |\n|---|---|---|---|---|---|---|---|---|\n");
+      "| shot | jitter, solved | smoothed | error, solved | smoothed | not solved | before | after "
+      "| filled in | within two deviations |\n|---|---|---|---|---|---|---|---|---|---|\n");
 }
 
 void printTimeRow(const std::string& name, const std::function<KnownShot(unsigned seed)>& make,
                   unsigned shots) {
   Sum solved, smoothed;
-  Filled filled;
+  Weak weak;
   SolveOptions options;
   options.base = 0;
   for (unsigned seed = 1; seed <= shots; ++seed) {
@@ -125,18 +127,19 @@ void printTimeRow(const std::string& name, const std::function<KnownShot(unsigne
     const ShotResult plain = solveShot(shot.tracks, options);
     solved.add(shot, plain);
     smoothed.add(shot, retouched(plain, {kNoBudget, false, {}}));
-    filled.add(shot, plain, retouched(plain, {std::nullopt, true, {}}));
+    weak.add(shot, plain, retouched(plain, {std::nullopt, true, {}}));
   }
   std::printf("| %s | %.2f | %.2f | %.2f / %.2f | %.2f / %.2f |", name.c_str(), solved.jitter(),
               smoothed.jitter(), solved.at(0.5), solved.at(1.0), smoothed.at(0.5),
               smoothed.at(1.0));
-  const std::size_t count = filled.after.errors.size();
-  if (count > 0) {
-    std::printf(" %zu | %.2f / %.2f | %.2f / %.2f | %.0f %% |\n", count, filled.before.at(0.5),
-                filled.before.at(1.0), filled.after.at(0.5), filled.after.at(1.0),
-                100.0 * static_cast<double>(filled.held) / static_cast<double>(count));
+  if (weak.after.errors.empty()) {
+    std::printf(" 0 | | | | |\n");
   } else {
-    std::printf(" 0 | | | |\n");
+    std::printf(" %zu | %.2f / %.2f | %.2f / %.2f | %zu |", weak.after.errors.size(),
+                weak.before.at(0.5), weak.before.at(1.0), weak.after.at(0.5), weak.after.at(1.0),
+                weak.filled);
+    const double share = 100.0 * static_cast<double>(weak.held) / static_cast<double>(weak.filled);
+    std::printf(weak.filled > 0 ? " %.0f %% |\n" : " |\n", share);
   }
   std::fflush(stdout);
 }

@@ -315,12 +315,12 @@ TEST(SummaryTable, SaysWhatWasDoneToTransforms) {
   result.fill = true;
   result.between = {{0.5, kIdentity}, {1.5, kIdentity}};
   const std::string table = summaryTable(result);
-  EXPECT_NE(
-      table.find("\nsmoothed      corners moved by median 0.2500, most 0.7500 in frame 2\n"
-                 "filled in     1 of 2 reduced or held frames, the others lack good frames on "
-                 "both sides or contradict them\n"
-                 "between       2 more transforms\n"),
-      std::string::npos)
+  EXPECT_NE(table.find("\nsmoothed      corners moved by median 0.2500, most 0.7500 in frame 2\n"
+                       "filled in     1 of 2 reduced or held frames, the others are surer as they "
+                       "are, lack good "
+                       "frames on both sides or contradict them\n"
+                       "between       2 more transforms\n"),
+            std::string::npos)
       << table;
   result.frames[5].filled = true;
   for (FrameResult& f : result.frames) f.smoothed = 0.0;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "tests/shot/time/made_result.h"
 
 using namespace cornerpin;
@@ -80,9 +82,26 @@ TEST(MissesOf, AreThoseOfStretchesLeftOut) {
   EXPECT_LT(cubic->total, 1e-12);
 }
 
+// The variances are 0.25; nine of the stretches of three do not overlap.
+TEST(MissesOf, TellMotionFromTheFramesOwnErrors) {
+  ShotResult result = made::result(speeding, 0, 30, 0);
+  const auto line = missesOf(result, 3, Bridge::Line);
+  ASSERT_TRUE(line);
+  for (double square : line->motion[0][0]) EXPECT_NEAR(square, 0.3125 * 11.0 / 9.0, 1e-9);
+  for (double square : line->motion[1][0]) EXPECT_NEAR(square, 0.75 * 11.0 / 9.0, 1e-9);
+  const auto cubic = missesOf(result, 3, Bridge::Cubic);
+  ASSERT_TRUE(cubic);
+  for (double square : cubic->motion[1][0]) EXPECT_EQ(square, 0.0);
+  for (FrameResult& frame : result.frames) frame.figures.quads[0][2].xx = std::nan("");
+  const auto blind = missesOf(result, 3, Bridge::Line);
+  ASSERT_TRUE(blind);
+  EXPECT_NEAR(blind->motion[1][0][2], 11.0 / 9.0, 1e-9);
+}
+
 TEST(MissesOf, AreAboutEveryQuad) {
   ShotResult result = made::result(made::swaying, 0, 40, 0);
   result.quads.push_back({"small", {{{450, 250}, {550, 250}, {550, 350}, {450, 350}}}});
+  for (FrameResult& frame : result.frames) frame.figures.quads.push_back(frame.figures.quads[0]);
   const auto misses = missesOf(result, 9, Bridge::Line);
   ASSERT_TRUE(misses);
   ASSERT_EQ(misses->squares[4].size(), 2u);
