@@ -58,7 +58,7 @@ struct FrameResult {
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
 
   // What was done to the transform behind the fit; all else is about the fit.
-  double smoothed = 0.0;  ///< how far smoothing moved the corner of the first quad that moved most
+  double smoothed = 0.0;  ///< how far smoothing moved the corner of any quad that moved most
   bool filled = false;    ///< interpolated between frames on both sides
   std::optional<Untouched> untouched;  ///< where `h` is not what the fit gave
 };

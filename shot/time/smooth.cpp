@@ -71,26 +71,82 @@ std::vector<Quad> smoothed(const std::vector<FrameResult*>& frames, const Quad& 
   return result;
 }
 
-// The frame's corners, each moved towards where `smooth` has it.
+Quad carriedQuad(const Homography& h, Quad quad) {
+  for (Point& corner : quad) corner = map(h, corner);
+  return quad;
+}
+
+Point between(Point a, Point b, double share) {
+  return {a.x + share * (b.x - a.x), a.y + share * (b.y - a.y)};
+}
+
+// How far a new transform moves the corners of all quads.
+struct Move {
+  double furthest = 0.0;
+  double ofLimit = 0.0;  // the largest share of what a corner may move
+};
+
+Move moveOf(const ShotResult& result, const FrameResult& frame, const Homography& h, double most) {
+  Move move;
+  for (std::size_t q = 0; q < result.quads.size(); ++q) {
+    const std::array<double, 4> deviations = frame.figures.deviations(q);
+    for (std::size_t i = 0; i < 4; ++i) {
+      const Point corner = result.quads[q].corners[i];
+      const double distance =
+          std::sqrt(squaredDistance(carried(result, frame.h, corner), carried(result, h, corner)));
+      // What is NaN, of corners that the horizon hides, does not count.
+      const double limit = std::min(most, deviations[i]);
+      move.furthest = std::max(move.furthest, distance);
+      move.ofLimit = std::max(move.ofLimit, distance / limit);
+    }
+  }
+  return move;
+}
+
+// The first quad's corners, each moved from where it is towards where `smooth` has it, by what it
+// may.
+Quad movedCorners(const Quad& from, const Quad& smooth, const std::array<double, 4>& deviations,
+                  double most) {
+  Quad corners;
+  for (std::size_t i = 0; i < 4; ++i) {
+    const double distance = std::sqrt(squaredDistance(from[i], smooth[i]));
+    const double share = std::min(shareOf(distance, deviations[i]), most / distance);
+    corners[i] = between(from[i], smooth[i], share);
+  }
+  return corners;
+}
+
+bool isSame(const Quad& a, const Quad& b) {
+  return std::equal(a.begin(), a.end(), b.begin(),
+                    [](Point p, Point q) { return p.x == q.x && p.y == q.y; });
+}
+
+// All corners move less together where some corner of another quad would move too far. Moves are
+// nearly in proportion, so that few steps do.
 void moveCorners(const ShotResult& result, FrameResult& frame, const Homography& smooth,
                  double most) {
+  constexpr int kSteps = 20;
+  constexpr double kRounding = 1e-9;
   const Quad& surface = result.quads.front().corners;
-  const std::array<double, 4> deviations = frame.figures.deviations();
-  Quad corners;
-  double furthest = 0.0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const Point from = map(frame.h, surface[i]);
-    const Point to = map(smooth, surface[i]);
-    const double distance = std::sqrt(squaredDistance(from, to));
-    const double share = std::min(shareOf(distance, deviations[i]), most / distance);
-    corners[i] = {from.x + share * (to.x - from.x), from.y + share * (to.y - from.y)};
-    furthest = std::max(furthest, squaredDistance(from, corners[i]));
+  const Quad from = carriedQuad(frame.h, surface);
+  const Quad to =
+      movedCorners(from, carriedQuad(smooth, surface), frame.figures.deviations(), most);
+  if (isSame(from, to)) return;
+  Quad corners = to;
+  double share = 1.0;
+  for (int step = 0; step < kSteps; ++step) {
+    const Homography h = quadToQuad(surface, corners);
+    if (!leadsTo(h, surface, corners, result.baseCentre)) return;
+    const Move move = moveOf(result, frame, h, most);
+    if (move.ofLimit <= 1.0 + kRounding) {
+      keepUntouched(frame);
+      frame.h = h;
+      frame.smoothed = move.furthest;
+      return;
+    }
+    share /= move.ofLimit;
+    for (std::size_t i = 0; i < 4; ++i) corners[i] = between(from[i], to[i], share);
   }
-  const Homography h = quadToQuad(surface, corners);
-  if (!(furthest > 0.0) || !leadsTo(h, surface, corners, result.baseCentre)) return;
-  keepUntouched(frame);
-  frame.h = h;
-  frame.smoothed = std::sqrt(furthest);
 }
 
 }  // namespace

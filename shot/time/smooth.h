@@ -10,8 +10,8 @@ namespace cornerpin {
 /// quad (`shownByAll`), are smoothed over time (`smoothPath`), and make the frames' new transforms.
 /// Smoothed are not the corners one by one but what they do together and against each other,
 /// because a camera's shaking moves all four alike, and a fit's errors mostly one against the
-/// other. In each frame each corner of the first quad moves by no more than its deviation and never
-/// by more than `most`.
+/// other. In each frame each corner of each quad moves by no more than its deviation and never by
+/// more than `most`: where a corner of another quad would, the first quad's move less together.
 ///
 /// Only solved frames take part, and of these the ones whose four corners have deviations; all
 /// others stay as they are, as does the frame `fixed` besides the base frame. The figures of trust

@@ -128,6 +128,65 @@ TEST(Smooth, MovesNoCornerByMoreThanTheBudget) {
   EXPECT_GT(atTheLimit, 40);
 }
 
+// What is further than four deviations from the path is not even rounded.
+TEST(Smooth, LeavesWhatStandsOutToTheBit) {
+  ShotResult result = shakenResult(8);
+  for (FrameResult& frame : result.frames) {
+    if (frame.frame != 0) frame.figures.quads[0].fill({1e-6, 0.0, 1e-6});
+  }
+  const ShotResult before = result;
+  smooth(result, kNoBudget, kNone);
+  int same = 0;
+  for (std::size_t f = 1; f < 80; ++f) {
+    EXPECT_EQ(result.frames[f].untouched.has_value(), result.frames[f].smoothed > 0.0);
+    same += !result.frames[f].untouched && result.frames[f].h == before.frames[f].h;
+  }
+  EXPECT_GT(same, 60);
+}
+
+// The second quad reaches far beyond the first, so that its corners move further.
+ShotResult shakenWithALargeQuad(std::uint32_t seed, double itsDeviation) {
+  ShotResult result = shakenResult(seed, 1.0);
+  result.quads.push_back({"large", {{{-200, -150}, {1200, -150}, {1200, 750}, {-200, 750}}}});
+  const double half = 0.5 * itsDeviation * itsDeviation;
+  for (FrameResult& frame : result.frames) {
+    frame.figures.quads.push_back(frame.figures.quads[0]);
+    if (frame.frame != 0) frame.figures.quads[1].fill({half, 0.0, half});
+  }
+  return result;
+}
+
+double furthestOfLargeQuad(const ShotResult& result, const FrameResult& frame) {
+  const Homography before = frame.untouched ? frame.untouched->h : frame.h;
+  return worstCorner(before, frame.h, result.quads[1].corners);
+}
+
+TEST(Smooth, KeepsToTheDeviationsOfAllQuads) {
+  ShotResult result = shakenWithALargeQuad(6, 0.4);
+  smooth(result, kNoBudget, kNone);
+  int atTheLimit = 0;
+  for (const FrameResult& frame : result.frames) {
+    EXPECT_LE(furthestOfLargeQuad(result, frame), 0.4 + 1e-8) << frame.frame;
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_LE(moved(frame, i), 1.0 + 1e-8) << frame.frame;
+    atTheLimit += frame.smoothed > 0.399;
+  }
+  EXPECT_GT(atTheLimit, 40);
+}
+
+TEST(Smooth, KeepsToTheBudgetInAllQuads) {
+  ShotResult result = shakenWithALargeQuad(6, 100.0);
+  for (Symmetric2& c : result.frames[50].figures.quads[1]) c.xx = std::nan("");
+  smooth(result, 0.25, kNone);
+  int atTheLimit = 0;
+  for (const FrameResult& frame : result.frames) {
+    const double furthest = furthestOfLargeQuad(result, frame);
+    EXPECT_LE(furthest, 0.25 + 1e-8) << frame.frame;
+    EXPECT_NEAR(frame.smoothed, furthest, 1e-8) << frame.frame;
+    atTheLimit += furthest > 0.2499;
+  }
+  EXPECT_GT(atTheLimit, 60);
+}
+
 TEST(Smooth, LeavesTheBaseFrameAndTheFixedOne) {
   ShotResult result = shakenResult(8);
   const Homography before = result.frames[31].h;
