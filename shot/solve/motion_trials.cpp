@@ -8,6 +8,7 @@
 #include "shot/fit/residuals.h"
 #include "shot/fit/variance_ratio.h"
 #include "shot/plane/quad_map.h"
+#include "shot/plane/quad_path.h"
 
 namespace cornerpin {
 
@@ -32,18 +33,6 @@ double growth(const Offsets& longer, const Offsets& shorter) {
     factor *= times * times;
   }
   return factor;
-}
-
-// Of each of the frames at the offsets in the polynomial through them, where that is at 0.
-std::vector<double> sharesOf(const Offsets& from) {
-  std::vector<double> shares(from.size(), 1.0);
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    for (std::size_t j = 0; j < from.size(); ++j) {
-      if (j == i) continue;
-      shares[i] *= static_cast<double>(from[j]) / static_cast<double>(from[j] - from[i]);
-    }
-  }
-  return shares;
 }
 
 // Half the offsets, with all of them apart.
@@ -82,15 +71,8 @@ Matches exactlySeen(const TrialFrame& frame) {
 Homography takenFrom(const std::vector<Homography>& others, const Offsets& from,
                      const Quad& corners) {
   if (others.size() == 1) return others.front();
-  const std::vector<double> shares = sharesOf(from);
-  Quad taken{};
-  for (std::size_t i = 0; i < 4; ++i) {
-    for (std::size_t k = 0; k < others.size(); ++k) {
-      const Point place = map(others[k], corners[i]);
-      taken[i] = {taken[i].x + shares[k] * place.x, taken[i].y + shares[k] * place.y};
-    }
-  }
-  return quadToQuad(corners, taken);
+  const std::vector<double> times(from.begin(), from.end());
+  return quadToQuad(corners, quadAt(0.0, times, others, corners));
 }
 
 bool contradicts(double squares, std::size_t pairs, const Noise& noise) {

@@ -27,9 +27,8 @@ bool contradicts(double squares, std::size_t pairs, const Noise& noise);
 /// Which frames a transform is taken from: so many frames off.
 using Offsets = std::vector<std::ptrdiff_t>;
 
-/// The transform of a frame by those of others: each corner is where the polynomial in time through
-/// its places in these frames has it, a straight line for two. Of one frame its own. Not finite
-/// where there is none.
+/// The transform of a frame by those of others, by the paths of the corners (`quadAt`). Of one
+/// frame its own. Not finite where there is none.
 Homography takenFrom(const std::vector<Homography>& others, const Offsets& from,
                      const Quad& corners);
 

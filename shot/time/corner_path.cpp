@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "shot/plane/quad_map.h"
+#include "shot/plane/quad_path.h"
 #include "shot/plane/quad_shape.h"
 
 namespace cornerpin {
@@ -25,17 +26,6 @@ bool showsAll(const std::vector<Homography>& transforms, const Quad& quad, Point
     }
   }
   return true;
-}
-
-// What each of the places counts at a time (Lagrange); they add up to 1.
-std::vector<double> sharesAt(const std::vector<TimedTransform>& known, double frame) {
-  std::vector<double> shares(known.size(), 1.0);
-  for (std::size_t i = 0; i < known.size(); ++i) {
-    for (std::size_t j = 0; j < known.size(); ++j) {
-      if (j != i) shares[i] *= (frame - known[j].frame) / (known[i].frame - known[j].frame);
-    }
-  }
-  return shares;
 }
 
 }  // namespace
@@ -64,19 +54,14 @@ std::optional<Homography> transformBetween(const std::vector<TimedTransform>& kn
   for (const TimedTransform& t : known) {
     if (t.frame == frame) return t.h;
   }
+  std::vector<double> times;
   std::vector<Homography> transforms;
-  transforms.reserve(known.size());
-  for (const TimedTransform& t : known) transforms.push_back(t.h);
-  const Quad surface = shownByAll(transforms, quad, front);
-  const std::vector<double> shares = sharesAt(known, frame);
-  Quad corners;
-  for (std::size_t t = 0; t < known.size(); ++t) {
-    for (std::size_t i = 0; i < 4; ++i) {
-      const Point p = map(known[t].h, surface[i]);
-      corners[i].x += shares[t] * p.x;
-      corners[i].y += shares[t] * p.y;
-    }
+  for (const TimedTransform& t : known) {
+    times.push_back(t.frame);
+    transforms.push_back(t.h);
   }
+  const Quad surface = shownByAll(transforms, quad, front);
+  const Quad corners = quadAt(frame, times, transforms, surface);
   const Homography h = quadToQuad(surface, corners);
   if (!leadsTo(h, surface, corners, front)) return std::nullopt;
   return h;

@@ -25,9 +25,8 @@ bool leadsTo(const Homography& h, const Quad& from, const Quad& to, Point front)
 Quad shownByAll(const std::vector<Homography>& transforms, Quad quad, Point front);
 
 /// The transform at a time from those at two to four others (at rising times), by the paths of four
-/// corners: each goes along the polynomial through its places, a cubic where there are four. At one
-/// of the given times it is the one given. The corners are those of `shownByAll`. None where the
-/// corners come to lie so that no transform leads there.
+/// corners (`quadAt`), those of `shownByAll`. At one of the given times it is the one given. None
+/// where the corners come to lie so that no transform leads there.
 std::optional<Homography> transformBetween(const std::vector<TimedTransform>& known, double frame,
                                            const Quad& quad, Point front);
 

@@ -59,16 +59,6 @@ TEST(TakenFrom, GoesStraightBetweenTwoFrames) {
   EXPECT_NEAR(p.y, 80.0, 1e-9);
 }
 
-TEST(TakenFrom, FollowsACubicThroughFourFrames) {
-  const auto place = [](double t) { return 1.0 + 2.0 * t - 0.5 * t * t + 0.25 * t * t * t; };
-  const Offsets from = {-2, 3, -5, 4};
-  std::vector<Homography> others;
-  for (std::ptrdiff_t offset : from) {
-    others.push_back(shifted(place(static_cast<double>(offset)), 0));
-  }
-  EXPECT_NEAR(map(takenFrom(others, from, kSurface), {0, 0}).x, place(0.0), 1e-9);
-}
-
 // The corners decide: where they go straight, a transform with perspective does not.
 TEST(TakenFrom, CarriesTheCornersAndNotTheElements) {
   const Homography bent = {{{1.2, 0.1, 5}, {-0.1, 1.1, 7}, {1e-3, -5e-4, 1}}};
