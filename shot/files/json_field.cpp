@@ -74,9 +74,16 @@ double JsonField::number() const {
   return value_->get<double>();
 }
 
-double JsonField::numberOrNull() const {
+double JsonField::length() const {
+  if (!value_->is_number() || value_->get<double>() < 0.0) refuse("a number from 0 on is needed");
+  return value_->get<double>();
+}
+
+double JsonField::lengthOrNull() const {
   if (isNull()) return std::numeric_limits<double>::quiet_NaN();
-  if (!value_->is_number()) refuse("a number or null is needed");
+  if (!value_->is_number() || value_->get<double>() < 0.0) {
+    refuse("a number from 0 on or null is needed");
+  }
   return value_->get<double>();
 }
 
@@ -88,6 +95,11 @@ int JsonField::integer() const {
                      value_->get<std::uint64_t>() <= std::uint64_t{std::numeric_limits<int>::max()};
   if (!fits) refuse("a whole number of 32 bits is needed");
   return value_->get<int>();
+}
+
+int JsonField::tally() const {
+  if (integer() < 0) refuse("a whole number from 0 on is needed");
+  return integer();
 }
 
 std::uint64_t JsonField::count() const {

@@ -32,8 +32,10 @@ class JsonField {
   const JsonField& list(std::size_t length) const;
 
   double number() const;
-  double numberOrNull() const;  ///< NaN for null
+  double length() const;        ///< a number from 0 on
+  double lengthOrNull() const;  ///< NaN for null
   int integer() const;
+  int tally() const;  ///< an integer from 0 on
   std::uint64_t count() const;
   bool flag() const;
   const std::string& text() const;

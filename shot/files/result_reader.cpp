@@ -55,9 +55,11 @@ Point pointIn(const JsonField& field) {
 Symmetric2 covarianceIn(const JsonField& field) {
   if (field.isNull()) return kNone;
   field.list(2);
-  const Point first = pointIn(field.at(std::size_t{0}));
-  const Point second = pointIn(field.at(std::size_t{1}));
-  return {first.x, first.y, second.y};
+  const JsonField first = field.at(std::size_t{0}).list(2);
+  const JsonField second = field.at(std::size_t{1}).list(2);
+  second.at(std::size_t{0}).number();
+  return {first.at(std::size_t{0}).length(), first.at(std::size_t{1}).number(),
+          second.at(std::size_t{1}).length()};
 }
 
 Homography transformIn(const JsonField& field) {
@@ -70,6 +72,11 @@ Homography transformIn(const JsonField& field) {
   }
   if (h[2][2] != 1.0) field.refuse("the last element has to be 1");
   return h;
+}
+
+// They follow from the covariances.
+void checkDeviations(const JsonField& list) {
+  for (std::size_t i = 0; i < list.size(); ++i) list.at(i).lengthOrNull();
 }
 
 void addRuns(const JsonField& list, TrackUse use, std::vector<TrackRun>& runs) {
@@ -138,13 +145,13 @@ class ResultReader {
     }
     result_.referenceFrame =
         version_ > 1 ? whole_.at("reference_frame").integer() : result_.baseFrame;
-    result_.baseTracks = whole_.at("base_tracks").integer();
-    if (const auto count = known(whole_, "handed_over")) result_.handedOver = count->integer();
-    result_.leftOut = whole_.at("left_out").integer();
+    result_.baseTracks = whole_.at("base_tracks").tally();
+    if (const auto count = known(whole_, "handed_over")) result_.handedOver = count->tally();
+    result_.leftOut = whole_.at("left_out").tally();
     result_.units = oneOf(whole_.at("units"), {Units::Fit, Units::Raw});
     if (const auto loss = known(whole_, "loss")) result_.loss = lossIn(*loss);
     if (const auto seed = known(whole_, "seed")) result_.seed = seed->count();
-    if (isJudged()) result_.maxError = whole_.at("max_error").numberOrNull();
+    if (isJudged()) result_.maxError = whole_.at("max_error").lengthOrNull();
   }
 
   void readQuadsAndFront() {
@@ -184,17 +191,17 @@ class ResultReader {
     if ((frame.verdict.status == Status::Base) != (frame.frame == result_.baseFrame)) {
       field.at("status").refuse("\"base\" is for the base frame, and for no other");
     }
-    frame.tracks = field.at("tracks").integer();
-    if (const auto count = known(field, "handed_over")) frame.handedOver = count->integer();
-    frame.rms = field.at("rms").numberOrNull();
+    frame.tracks = field.at("tracks").tally();
+    if (const auto count = known(field, "handed_over")) frame.handedOver = count->tally();
+    frame.rms = field.at("rms").lengthOrNull();
     frame.h = transformIn(field.at("h"));
-    if (const auto noise = known(field, "noise")) frame.figures.noise = noise->numberOrNull();
+    if (const auto noise = known(field, "noise")) frame.figures.noise = noise->lengthOrNull();
     if (field.has("reason")) frame.reason = field.at("reason").text();
     if (frame.verdict.status != Status::Base) readModel(field, frame.verdict);
     if (frame.verdict.status == Status::Solved) readFit(field, frame);
     frame.figures.quads = covariancesIn(field, frame.verdict.status);
     if (isJudged()) {
-      frame.expectedError = field.at("expected_error").numberOrNull();
+      frame.expectedError = field.at("expected_error").lengthOrNull();
       frame.doubts = doubtsIn(field.at("doubts"));
     }
     readRetouch(field, frame);
@@ -215,15 +222,15 @@ class ResultReader {
 
   void readFit(const JsonField& field, FrameResult& frame) const {
     const bool first = version_ == 1;
-    if (const auto good = known(field, first ? "inliers" : "good")) frame.good = good->integer();
+    if (const auto good = known(field, first ? "inliers" : "good")) frame.good = good->tally();
     if (const auto rms = known(field, first ? "inlier_rms" : "good_rms")) {
-      frame.goodRms = rms->numberOrNull();
+      frame.goodRms = rms->lengthOrNull();
     }
     if (const auto sigma = known(field, first ? "scale" : "sigma")) {
-      frame.sigma = sigma->numberOrNull();
+      frame.sigma = sigma->lengthOrNull();
     }
     if (const auto loss = known(field, "loss")) frame.loss = lossIn(*loss);
-    if (const auto width = known(field, "width")) frame.width = width->number();
+    if (const auto width = known(field, "width")) frame.width = width->length();
     if (const auto stage = known(field, "stage")) {
       frame.verdict.origin.stage =
           oneOf(*stage, {Stage::Library, Stage::Neighbour, Stage::Sampled});
@@ -240,17 +247,18 @@ class ResultReader {
     std::vector<CornerCovariances> all;
     const JsonField quads = field.at("quads");
     for (const NamedQuad& quad : result_.quads) {
-      const JsonField list = quads.at(quad.name).at("covariance");
-      list.list(4);
+      const JsonField inFrame = quads.at(quad.name);
+      const JsonField list = inFrame.at("covariance").list(4);
       CornerCovariances covariances;
       for (std::size_t i = 0; i < 4; ++i) covariances[i] = covarianceIn(list.at(i));
       all.push_back(covariances);
+      if (inFrame.has("deviation")) checkDeviations(inFrame.at("deviation").list(4));
     }
     return all;
   }
 
   void readRetouch(const JsonField& field, FrameResult& frame) const {
-    if (field.has("smoothed")) frame.smoothed = field.at("smoothed").number();
+    if (field.has("smoothed")) frame.smoothed = field.at("smoothed").length();
     if (field.has("filled")) frame.filled = field.at("filled").flag();
     if (!field.has("untouched")) return;
     const JsonField untouched = field.at("untouched");
@@ -260,7 +268,9 @@ class ResultReader {
 
   void readRetouch() {
     if (whole_.has("smooth") && !whole_.at("smooth").isNull()) {
-      result_.smooth = whole_.at("smooth").number();
+      const JsonField smooth = whole_.at("smooth");
+      if (!(smooth.number() > 0.0)) smooth.refuse("a number above 0 or null is needed");
+      result_.smooth = smooth.number();
     }
     if (whole_.has("fill")) result_.fill = whole_.at("fill").flag();
     if (!whole_.has("between")) return;
@@ -300,8 +310,8 @@ class ResultReader {
                        item.at("first").integer(),
                        item.at("last").integer(),
                        item.at("peak").integer(),
-                       item.at("moves").number(),
-                       item.at("off").numberOrNull(),
+                       item.at("moves").length(),
+                       item.at("off").lengthOrNull(),
                        item.at("stands_out").flag()};
       result_.worst.push_back(std::move(worst));
     }

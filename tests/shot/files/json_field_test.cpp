@@ -42,8 +42,9 @@ std::string refusalOf(const std::string& value, const std::function<void(const J
 
 TEST(JsonField, HoldsWhatTheFileHolds) {
   const TemporaryFolder folder;
-  writeFile(folder / "a", R"({"n":-1.5e-300,"i":-2147483648,"u":18446744073709551615,"t":"x",)"
-                          R"("f":true,"none":null,"list":[1,{"deep":2}]})");
+  writeFile(folder / "a",
+            R"({"n":-1.5e-300,"i":-2147483648,"u":18446744073709551615,"t":"x",)"
+            R"("f":true,"l":2.5,"o":0,"m":2147483647,"none":null,"list":[1,{"deep":2}]})");
   const JsonFile file(folder / "a");
   const JsonField whole = file.whole();
   EXPECT_EQ(whole.at("n").number(), -1.5e-300);
@@ -51,8 +52,12 @@ TEST(JsonField, HoldsWhatTheFileHolds) {
   EXPECT_EQ(whole.at("u").count(), 18446744073709551615u);
   EXPECT_EQ(whole.at("t").text(), "x");
   EXPECT_TRUE(whole.at("f").flag());
-  EXPECT_TRUE(std::isnan(whole.at("none").numberOrNull()));
-  EXPECT_EQ(whole.at("n").numberOrNull(), -1.5e-300);
+  EXPECT_TRUE(std::isnan(whole.at("none").lengthOrNull()));
+  EXPECT_EQ(whole.at("l").lengthOrNull(), 2.5);
+  EXPECT_EQ(whole.at("l").length(), 2.5);
+  EXPECT_EQ(whole.at("o").length(), 0.0);
+  EXPECT_EQ(whole.at("o").tally(), 0);
+  EXPECT_EQ(whole.at("m").tally(), 2147483647);
   EXPECT_EQ(whole.at("list").list(2).at(1).at("deep").integer(), 2);
   EXPECT_TRUE(whole.has("t"));
   EXPECT_FALSE(whole.has("x"));
@@ -61,8 +66,16 @@ TEST(JsonField, HoldsWhatTheFileHolds) {
 TEST(JsonField, SaysWhatIsNeededAndWhere) {
   EXPECT_EQ(refusalOf("\"x\"", [](const JsonField& f) { f.number(); }), ": a: a number is needed");
   EXPECT_EQ(refusalOf("null", [](const JsonField& f) { f.number(); }), ": a: a number is needed");
-  EXPECT_EQ(refusalOf("[]", [](const JsonField& f) { f.numberOrNull(); }),
-            ": a: a number or null is needed");
+  for (const char* value : {"[]", "-1", "-1e-300", "true"}) {
+    EXPECT_EQ(refusalOf(value, [](const JsonField& f) { f.lengthOrNull(); }),
+              ": a: a number from 0 on or null is needed");
+    EXPECT_EQ(refusalOf(value, [](const JsonField& f) { f.length(); }),
+              ": a: a number from 0 on is needed");
+  }
+  EXPECT_EQ(refusalOf("-1", [](const JsonField& f) { f.tally(); }),
+            ": a: a whole number from 0 on is needed");
+  EXPECT_EQ(refusalOf("2147483648", [](const JsonField& f) { f.tally(); }),
+            ": a: a whole number of 32 bits is needed");
   EXPECT_EQ(refusalOf("1", [](const JsonField& f) { f.text(); }), ": a: a text is needed");
   EXPECT_EQ(refusalOf("1", [](const JsonField& f) { f.flag(); }), ": a: true or false is needed");
   EXPECT_EQ(refusalOf("1", [](const JsonField& f) { f.size(); }), ": a: a list is needed");

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "shot/files/input_error.h"
@@ -32,6 +34,17 @@ std::string refusal(const std::string& text) {
     return std::string(error.what()).substr(error.file.size());
   }
   return "nothing thrown";
+}
+
+// "/frames/1/h" as messages have it: "frames[1].h".
+std::string placeOf(const std::string& pointer) {
+  std::string place;
+  std::istringstream names(pointer.substr(1));
+  for (std::string name; std::getline(names, name, '/');) {
+    const bool isIndex = std::isdigit(static_cast<unsigned char>(name[0])) != 0;
+    place += isIndex ? "[" + name + "]" : (place.empty() ? "" : ".") + name;
+  }
+  return place;
 }
 
 void expectReadBack(const ShotResult& result) {
@@ -313,7 +326,7 @@ TEST(ReadResult, NamesThePlaceOfWhatIsWrong) {
   EXPECT_EQ(with("/frames/1/doubts/0/code", "mood"),
             ": frames[1].doubts[0].code: not one of the words that it can be");
   EXPECT_EQ(with("/frames/1/doubts/1", "held"), ": frames[1].doubts[1]: an object is needed");
-  EXPECT_EQ(with("/max_error", "5"), ": max_error: a number or null is needed");
+  EXPECT_EQ(with("/max_error", "5"), ": max_error: a number from 0 on or null is needed");
   EXPECT_EQ(with("/frames/1/untouched", json::parse(R"({"h":[[1,0,0],[0,1,0],[0,0,1]]})")),
             ": frames[1].untouched.quads: missing");
   const char* const kBetween = R"([{"frame":%,"h":[[1,0,0],[0,1,0],[0,0,1]],"quads":{}}])";
@@ -324,6 +337,37 @@ TEST(ReadResult, NamesThePlaceOfWhatIsWrong) {
               ": between[0].frame: not between the frames, or not behind the one before");
   }
   EXPECT_EQ(with("/units", "px"), ": units: not one of the words that it can be");
+}
+
+TEST(ReadResult, RefusesWhatIsBelowNothing) {
+  json whole = good();
+  json& solved = whole["frames"][1];
+  solved.update(json::parse(R"({"status":"solved","good":1,"good_rms":1,"sigma":1,"loss":"tukey",
+      "width":1,"stage":"library"})"));
+  solved["untouched"] = {{"h", solved["h"]}, {"quads", solved["quads"]}};
+  whole["smooth"] = 1;
+  ASSERT_EQ(refusal(whole.dump()), "nothing thrown");
+  const auto expectRefused = [&](const std::string& pointer, const json& value, const char* why) {
+    json j = whole;
+    j[json::json_pointer(pointer)] = value;
+    EXPECT_EQ(refusal(j.dump()), ": " + placeOf(pointer) + why);
+  };
+  for (const char* count : {"/base_tracks", "/handed_over", "/left_out", "/seed",
+                            "/frames/1/tracks", "/frames/1/handed_over", "/frames/1/good"}) {
+    expectRefused(count, -1, ": a whole number from 0 on is needed");
+  }
+  for (const char* length :
+       {"/worst_tracks/0/moves", "/frames/1/width", "/frames/1/smoothed",
+        "/frames/1/quads/tracks/covariance/0/0/0", "/frames/1/quads/tracks/covariance/2/1/1",
+        "/frames/1/untouched/quads/tracks/covariance/0/0/0", "/tracks/0/covariance/1/1"}) {
+    expectRefused(length, -0.25, ": a number from 0 on is needed");
+  }
+  for (const char* length : {"/max_error", "/worst_tracks/0/off", "/frames/1/rms",
+                             "/frames/1/noise", "/frames/1/good_rms", "/frames/1/sigma",
+                             "/frames/1/expected_error", "/frames/1/quads/tracks/deviation/0"}) {
+    expectRefused(length, -0.25, ": a number from 0 on or null is needed");
+  }
+  expectRefused("/smooth", 0.0, ": a number above 0 or null is needed");
 }
 
 // Every field that is taken away, or is of another type, is read or refused, and never ends in
