@@ -14,11 +14,15 @@ namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr int kMostRounds = 60;
-// A fit ends where a round changes the spread by less than this share and h by less than it in
-// spreads, far below what tells two fits apart. The bound on the rounds ends those that creep,
-// where strays and heavy tails are hard to tell from each other.
-constexpr double kSame = 3e-3;
+// A fit ends where a round changes the spread by less than `same` of it and h by less than `same`
+// spreads. The bound on the rounds ends those that creep, where strays and heavy tails are hard to
+// tell from each other.
+struct End {
+  double same;
+  int mostRounds;
+};
+constexpr End kEnd = {3e-3, 60};  // far below what tells two fits apart
+constexpr End kSettled = {1e-9, 1000};
 constexpr double kMostStrays = 0.95;
 
 // (1 + q)^(-(freedom + 2) / 2)
@@ -33,8 +37,9 @@ double tail(double q, int freedom) {
 class Fitter {
  public:
   Fitter(const Matches& matches, const Homography& start, const ErrorModel& errors,
-         const Prior& prior)
+         const Prior& prior, End end)
       : matches_(matches),
+        end_(end),
         votes_(votesOf(matches)),
         odds_(prior.odds),
         lowSigma_(std::min(prior.lowSigma, kLikelySigma)),
@@ -47,11 +52,11 @@ class Fitter {
   }
 
   MixtureFit run() {
-    for (int round = 0; round < kMostRounds; ++round) {
+    for (int round = 0; round < end_.mostRounds; ++round) {
       squaredResiduals(matches_, fit_.h, squares_);
       const double spread = fit_.errors.spread;
       weigh();
-      const bool settled = std::fabs(fit_.errors.spread - spread) <= kSame * spread;
+      const bool settled = std::fabs(fit_.errors.spread - spread) <= end_.same * spread;
       for (std::size_t i = 0; i < factors_.size(); ++i) {
         squaredWeights_[i] = matches_.squaredWeights()[i] * factors_[i];
       }
@@ -59,7 +64,7 @@ class Fitter {
       if (!gaussNewtonStep(matches_, squaredWeights_, fit_.h, next)) return fit_;
       const double moved = distance(fit_.h, next);
       fit_.h = next;
-      if (settled && moved <= kSame * fit_.errors.spread) break;
+      if (settled && moved <= end_.same * fit_.errors.spread) break;
     }
     squaredResiduals(matches_, fit_.h, squares_);
     judge();
@@ -159,6 +164,7 @@ class Fitter {
   }
 
   const Matches& matches_;
+  End end_;
   std::vector<double> votes_;
   std::vector<double> odds_;
   double lowSigma_;
@@ -173,7 +179,11 @@ class Fitter {
 
 MixtureFit fitMixture(const Matches& matches, const Homography& start, const ErrorModel& errors,
                       const Prior& prior) {
-  return Fitter(matches, start, errors, prior).run();
+  return Fitter(matches, start, errors, prior, kEnd).run();
+}
+
+MixtureFit settled(const Matches& matches, const MixtureFit& fit, const Prior& prior) {
+  return Fitter(matches, fit.h, fit.errors, prior, kSettled).run();
 }
 
 }  // namespace cornerpin

@@ -38,6 +38,10 @@ struct MixtureFit {
 MixtureFit fitMixture(const Matches& matches, const Homography& start, const ErrorModel& errors,
                       const Prior& prior = {});
 
+/// The fit taken on until nothing moves: wherever fits to the same optimum ended, this is the same
+/// to some nine digits.
+MixtureFit settled(const Matches& matches, const MixtureFit& fit, const Prior& prior = {});
+
 }  // namespace cornerpin
 
 #endif

@@ -21,10 +21,18 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 // score, they have to be better to be believed.
 constexpr double kForHeavyTails = 2.0;
 
+// By this much, a fit that samples led to has to be better than the best that every seed comes to:
+// of two that are as likely, which one is found must not decide.
+constexpr double kForSamples = 2.0;
+
 // Ten likely sigmas: a fit as coarse as this explains bad matches too, and so does not end the
 // search for a close one of few: of more than a quarter.
 constexpr double kCoarseSigma = 0.01;
 constexpr std::size_t kOfCoarse = 4;
+
+double scoreOf(const MixtureFit& fit) {
+  return fit.score + (fit.errors.freedom < kNormalFreedom ? kForHeavyTails : 0.0);
+}
 
 // A surface that shrinks to this many spreads over half its width shows nothing but errors.
 constexpr double kLeastWidth = 2.0;
@@ -140,17 +148,40 @@ void MixtureSearch::from(const Start& start) {
 }
 
 void MixtureSearch::fromSamples(std::uint64_t seed, std::size_t least) {
+  const Best before = best_;
+  const std::size_t seenBefore = seen_.size();
   QuadSamples samples(matches_, prior_.confidence, seed);
   drawUntilSure(samples, least);
+  keepUnlessBetter(before);
+  // What comes now must not depend on where samples led to.
+  seen_.resize(seenBefore);
+  settle();
   fromHalves();
+  settle();
+}
+
+// The best fit before the samples is the same for every seed.
+void MixtureSearch::keepUnlessBetter(const Best& before) {
+  if (!before.fit.found || best_.isNoAccident != before.isNoAccident) return;
+  if (best_.score < before.score - kForSamples) return;
+  best_ = before;
+}
+
+// Takes the best on to its optimum, which does not depend on the start.
+void MixtureSearch::settle() {
+  if (!found()) return;
+  const MixtureFit there = settled(matches_, best_.fit, prior_);
+  if (!there.found) return;
+  best_.fit = there;
+  best_.score = scoreOf(there);
 }
 
 // Whether more matches lie between the good ones and the strays than normal errors explain.
 bool MixtureSearch::isAmbiguous() const {
-  if (best_.errors.freedom < kNormalFreedom) return true;
-  const double variance = best_.errors.sigma() * best_.errors.sigma();
+  if (best_.fit.errors.freedom < kNormalFreedom) return true;
+  const double variance = best_.fit.errors.sigma() * best_.fit.errors.sigma();
   std::vector<double> squares;
-  squaredResiduals(matches_, best_.h, squares);
+  squaredResiduals(matches_, best_.fit.h, squares);
   std::size_t near = 0;
   std::size_t good = 0;
   for (double square : squares) {
@@ -166,7 +197,7 @@ void MixtureSearch::fromHalves() {
   if (!found() || !isAmbiguous()) return;
   std::mt19937_64 random(1);
   for (int half = 0; half < kHalves; ++half) {
-    const std::vector<bool> good = goodMatches(matches_, best_.h, best_.errors.sigma());
+    const std::vector<bool> good = goodMatches(matches_, best_.fit.h, best_.fit.errors.sigma());
     std::vector<double> squaredWeights = matches_.squaredWeights();
     for (std::size_t i = 0; i < good.size(); ++i) {
       const bool chosen = random() >> 63 != 0;
@@ -174,9 +205,9 @@ void MixtureSearch::fromHalves() {
     }
     Homography step;
     Homography h;
-    if (gaussNewtonStep(matches_, squaredWeights, best_.h, step) &&
+    if (gaussNewtonStep(matches_, squaredWeights, best_.fit.h, step) &&
         gaussNewtonStep(matches_, squaredWeights, step, h)) {
-      walk({stage_, h}, {1, 2, 4, 16}, best_.errors.sigma() / 2.0);
+      walk({best_.stage, h}, {1, 2, 4, 16}, best_.fit.errors.sigma() / 2.0);
     }
   }
 }
@@ -245,8 +276,8 @@ void MixtureSearch::refine() {
 
 std::size_t MixtureSearch::neededOf(const QuadSamples& samples) const {
   if (!found()) return QuadSamples::kMost;
-  const double sigma = best_.errors.sigma();
-  std::vector<std::size_t> good = indicesOf(goodMatches(matches_, best_.h, sigma));
+  const double sigma = best_.fit.errors.sigma();
+  std::vector<std::size_t> good = indicesOf(goodMatches(matches_, best_.fit.h, sigma));
   if (sigma > kCoarseSigma) good.resize(std::min(good.size(), matches_.size() / kOfCoarse));
   return samples.needed(good);
 }
@@ -270,17 +301,13 @@ void MixtureSearch::walk(const Start& start, std::initializer_list<int> freedoms
 }
 
 void MixtureSearch::consider(const MixtureFit& fit, Stage stage) {
-  double score = fit.score;
-  if (fit.errors.freedom < kNormalFreedom) score += kForHeavyTails;
-  const bool isWorse = score >= bestScore_;
-  if (isWorse && bestIsNoAccident_) return;
+  const double score = scoreOf(fit);
+  const bool isWorse = score >= best_.score;
+  if (isWorse && best_.isNoAccident) return;
   const bool isNoAccident = chanceOfAgreement(fit.h) <= kMostByChance;
-  if (isNoAccident == bestIsNoAccident_ ? isWorse : bestIsNoAccident_) return;
+  if (isNoAccident == best_.isNoAccident ? isWorse : best_.isNoAccident) return;
   if (isFlattened(matches_, fit)) return;
-  bestIsNoAccident_ = isNoAccident;
-  bestScore_ = score;
-  best_ = fit;
-  stage_ = stage;
+  best_ = {fit, score, isNoAccident, stage};
 }
 
 double MixtureSearch::chanceOfAgreement(const Homography& h) const {

@@ -54,16 +54,23 @@ class MixtureSearch {
   /// Whether the draws ended before that (`QuadSamples::kMost`).
   bool budgetSpent() const { return budgetSpent_; }
 
-  bool found() const { return best_.found; }
-  Stage stage() const { return stage_; }  ///< of the start that led to the best
-  const MixtureFit& best() const { return best_; }
-  std::size_t good() const { return goodOf(best_); }  ///< matches of the best
+  bool found() const { return best_.fit.found; }
+  Stage stage() const { return best_.stage; }  ///< of the start that led to the best
+  const MixtureFit& best() const { return best_.fit; }
+  std::size_t good() const { return goodOf(best_.fit); }  ///< matches of the best
 
  private:
   struct Sample {
     double score = 0.0;
     Homography h{};
     std::vector<bool> good;  // once refined
+  };
+
+  struct Best {
+    MixtureFit fit;
+    double score = std::numeric_limits<double>::infinity();  // heavy tails counted in
+    bool isNoAccident = false;
+    Stage stage = Stage::Library;
   };
 
   void walk(const Start& start, std::initializer_list<int> freedoms, double spread);
@@ -73,6 +80,8 @@ class MixtureSearch {
   void rank(const Homography& h);
   void refine();
   bool isAmbiguous() const;
+  void keepUnlessBetter(const Best& before);
+  void settle();
   void fromHalves();
   std::size_t neededOf(const QuadSamples& samples) const;
   double chanceOfAgreement(const Homography& h) const;
@@ -88,10 +97,7 @@ class MixtureSearch {
   std::vector<std::vector<bool>> walked_;  // the good matches of those that were gone on from
   bool budgetSpent_ = false;
   std::vector<MixtureFit> seen_;
-  MixtureFit best_;
-  double bestScore_ = std::numeric_limits<double>::infinity();
-  bool bestIsNoAccident_ = false;
-  Stage stage_ = Stage::Library;
+  Best best_;
 };
 
 }  // namespace cornerpin

@@ -237,7 +237,7 @@ struct Plain {
   bool settled = false;
 };
 
-Plain plainRounds(const Matches& matches, const ErrorModel& start, int most) {
+Plain plainRounds(const Matches& matches, const ErrorModel& start, int most, double same = 3e-3) {
   Plain fit;
   fit.errors = start;
   const auto n = static_cast<Eigen::Index>(matches.size());
@@ -275,8 +275,8 @@ Plain plainRounds(const Matches& matches, const ErrorModel& start, int most) {
     for (Eigen::Index i = 0; i < 8; ++i) {
       fit.h[static_cast<std::size_t>(i) / 3][static_cast<std::size_t>(i) % 3] += step[i];
     }
-    fit.settled = std::fabs(sigma - fit.errors.spread) <= 3e-3 * fit.errors.spread &&
-                  step.cwiseAbs().maxCoeff() <= 3e-3 * sigma;
+    fit.settled = std::fabs(sigma - fit.errors.spread) <= same * fit.errors.spread &&
+                  step.cwiseAbs().maxCoeff() <= same * sigma;
     fit.errors.spread = sigma;
   }
   return fit;
@@ -319,4 +319,34 @@ TEST(MixtureFit, TakesNoMoreThanNineteenOfTwentyForStrays) {
   ErrorModel start = guess(matches, 16);
   start.spread = 1e-3;
   EXPECT_EQ(fitMixture(matches, kView, start).errors.strays, 0.95);
+}
+
+// From starts on all sides, to the same end, where the likelihood falls on all sides.
+TEST_P(MixtureFitOf, SettlesAtTheSameEndFromEveryStart) {
+  const Matches matches = matchesWith(30, 6, GetParam(), 5e-4);
+  ErrorModel start = guess(matches, GetParam());
+  const MixtureFit first = settled(matches, fitMixture(matches, kView, start));
+  for (double spread : {2e-4, 1e-3, 3e-3}) {
+    start.spread = spread;
+    Homography h = kView;
+    h[0][2] += spread;
+    const MixtureFit other = settled(matches, fitMixture(matches, h, start));
+    ASSERT_TRUE(other.found);
+    EXPECT_NEAR(other.errors.spread, first.errors.spread, 1e-6 * first.errors.spread);
+    EXPECT_NEAR(other.score, scoreOf(matches, other.h, other.errors), 1e-6);
+    for (std::size_t i = 0; i < 9; ++i) {
+      EXPECT_NEAR(other.h[i / 3][i % 3], first.h[i / 3][i % 3], 1e-6 * first.errors.spread);
+    }
+  }
+}
+
+// A fit that creeps is taken on for a thousand rounds.
+TEST(MixtureFit, SettlesWhereItsFirstRoundsDidNot) {
+  const Matches matches = matchesWith(20, 14, 2, 2e-4);
+  ErrorModel start = guess(matches, 2);
+  start.spread = 0.3;
+  const MixtureFit fit = fitMixture(matches, kView, start);
+  const MixtureFit end = settled(matches, fit);
+  ASSERT_GT(std::fabs(end.errors.spread - fit.errors.spread), 1e-5 * fit.errors.spread);
+  expectEnd(end, plainRounds(matches, start, 1060, 1e-9));
 }
