@@ -152,7 +152,7 @@ void ShotSweeps::sweep(int step, int last, bool learns) {
     record(frame, file, fit, corners);
     if (learning && isFirm(frames_[static_cast<std::size_t>(frame - tracks_.firstFrame())])) {
       learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,
-                      units_.lengthFromFit(fit.robust.sigma));
+                      units_.lengthFromFit(sweep.memory.sigmaOf(fit.robust)));
     }
     report_();
   }

@@ -31,6 +31,11 @@ void SweepMemory::rememberSigma(double sigma) {
   sortedSigmas_.insert(std::upper_bound(sortedSigmas_.begin(), sortedSigmas_.end(), sigma), sigma);
 }
 
+double SweepMemory::sigmaOf(const RobustFit& fit) const {
+  if (fit.origin.grounds != Grounds::TooFew) return fit.sigma;
+  return std::max(fit.sigma, sigmas_.empty() ? kLikelySigma : recentSigma());
+}
+
 void SweepMemory::rememberGood(const Matches& matches, const std::vector<bool>& good) {
   for (std::size_t i = 0; i < matches.size(); ++i) {
     Record& record = records_[static_cast<std::size_t>(matches.tracks()[i])];

@@ -7,6 +7,7 @@
 
 #include "shot/fit/matches.h"
 #include "shot/robust/error_model.h"
+#include "shot/robust/robust_fit.h"
 
 namespace cornerpin {
 
@@ -28,6 +29,11 @@ class SweepMemory {
 
   /// Of a frame that was searched, in the fit's unit.
   void rememberSigma(double sigma);
+
+  /// The sigma to take a solved frame's for: of as few tracks as cannot tell a bad one, which a
+  /// transform meets whatever they are, no less than the recent one or, before a frame was
+  /// searched, the likely one.
+  double sigmaOf(const RobustFit& fit) const;
 
   /// Of a solved frame.
   void rememberGood(const Matches& matches, const std::vector<bool>& good);

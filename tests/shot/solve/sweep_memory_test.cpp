@@ -82,3 +82,21 @@ TEST(SweepMemory, CountsTheFramesInWhichATrackWasGood) {
   EXPECT_EQ(prior.confidence,
             (std::vector<double>{0.5 * (1.0 / 4), 0.5 * (3.0 / 5), 0.5 * (3.0 / 4)}));
 }
+
+// Four tracks leave nothing over.
+TEST(SweepMemory, TakesNoFrameOfFewTracksForLessNoisyThanTheRecentOnes) {
+  RobustFit few;
+  few.origin.grounds = Grounds::TooFew;
+  few.sigma = 0.5 * kLikelySigma;
+  SweepMemory memory(0);
+  EXPECT_EQ(memory.sigmaOf(few), kLikelySigma);
+  for (double sigma : {3.0, 5.0, 4.0}) memory.rememberSigma(sigma);
+  EXPECT_EQ(memory.sigmaOf(few), 4.0);
+  few.sigma = 7.0;
+  EXPECT_EQ(memory.sigmaOf(few), 7.0);
+  few.sigma = 0.5;
+  for (Grounds told : {Grounds::Searched, Grounds::NoBadTrack}) {
+    few.origin.grounds = told;
+    EXPECT_EQ(memory.sigmaOf(few), 0.5);
+  }
+}
