@@ -152,6 +152,7 @@ void MixtureSearch::fromSamples(std::uint64_t seed, std::size_t least) {
   const std::size_t seenBefore = seen_.size();
   QuadSamples samples(matches_, prior_.confidence, seed);
   drawUntilSure(samples, least);
+  if (isAmbiguous()) refineAll();
   keepUnlessBetter(before);
   // What comes now must not depend on where samples led to.
   seen_.resize(seenBefore);
@@ -178,6 +179,7 @@ void MixtureSearch::settle() {
 
 // Whether more matches lie between the good ones and the strays than normal errors explain.
 bool MixtureSearch::isAmbiguous() const {
+  if (!found()) return false;
   if (best_.fit.errors.freedom < kNormalFreedom) return true;
   const double variance = best_.fit.errors.sigma() * best_.fit.errors.sigma();
   std::vector<double> squares;
@@ -194,7 +196,7 @@ bool MixtureSearch::isAmbiguous() const {
 // From fits to halves of the good matches, which lie on all sides of the best fit: so the best is
 // the best around. The halves are the same for every seed.
 void MixtureSearch::fromHalves() {
-  if (!found() || !isAmbiguous()) return;
+  if (!isAmbiguous()) return;
   std::mt19937_64 random(1);
   for (int half = 0; half < kHalves; ++half) {
     const std::vector<bool> good = goodMatches(matches_, best_.fit.h, best_.fit.errors.sigma());
@@ -270,8 +272,18 @@ void MixtureSearch::refine() {
                     [&](const std::vector<bool>& other) { return nearlySame(other, sample.good); });
     if (known) continue;
     walked_.push_back(sample.good);
-    walk({Stage::Sampled, sample.h}, {1, 2, 4, 16}, spread);
+    refine(sample);
   }
+}
+
+// Where many fits are close together, samples that are good for the same matches may lead to
+// different ones.
+void MixtureSearch::refineAll() {
+  for (const Sample& sample : samples_) refine(sample);
+}
+
+void MixtureSearch::refine(const Sample& sample) {
+  walk({Stage::Sampled, sample.h}, {1, 2, 4, 16}, kSampledWidening * likelySigma());
 }
 
 std::size_t MixtureSearch::neededOf(const QuadSamples& samples) const {

@@ -46,8 +46,9 @@ class MixtureSearch {
   /// Draws transforms that are exact for four matches (`QuadSamples`) and goes on from the best
   /// eight (`SampleScore`), until four of the best transform's good matches would have been missed
   /// with a chance below one in a million. Where there are no more quadruples than draws to come,
-  /// all are tried instead, whatever the seed. Goes on from fits to halves of the best transform's
-  /// matches too, where matches lie between the good ones and the strays.
+  /// all are tried instead, whatever the seed. What they lead to has to be better by 2 than the best
+  /// before. Goes on from fits to halves of the best transform's matches too, where matches lie
+  /// between the good ones and the strays. The best is taken to its optimum (`settled`).
   /// \param least  transforms with fewer good matches than this may be missed
   void fromSamples(std::uint64_t seed, std::size_t least = 0);
 
@@ -79,6 +80,8 @@ class MixtureSearch {
   void tryAll(const QuadSamples& samples);
   void rank(const Homography& h);
   void refine();
+  void refineAll();
+  void refine(const Sample& sample);
   bool isAmbiguous() const;
   void keepUnlessBetter(const Best& before);
   void settle();

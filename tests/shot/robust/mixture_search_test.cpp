@@ -248,7 +248,7 @@ TEST(MixtureSearch, KeepsTheFirstOfTwoStartsThatLeadToTheSame) {
 }
 
 TEST(MixtureSearch, StopsSamplingAfterACloseModel) {
-  EXPECT_LT(findsTheExactOnes(rivalsWithSigma(0.0098)), 5);
+  EXPECT_LT(findsTheExactOnes(rivalsWithSigma(0.0098)), 8);
 }
 
 TEST(MixtureSearch, GoesOnSamplingAfterACoarseModel) {
