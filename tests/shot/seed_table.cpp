@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // seed_table [WORD] solves shots with twelve seeds each and prints in how many frames the seeds
-// differ, and how many frames are doubtful: made shots with wrong tracks, pairs of pictures with
-// wrong matches on repeated texture, and the shots of data/, whole and as pairs of the base frame
-// and one other. With a word only the rows in whose name it is.
+// differ, and how many frames are doubtful: made shots with wrong tracks, some of whose tracks come
+// and go, pairs of pictures with wrong matches on repeated texture, and the shots of data/, whole,
+// as pairs of the base frame and one other, and with new names every 40 frames. With a word only
+// the rows in whose name it is.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -19,9 +20,8 @@
 #include <vector>
 
 #include "shot/files/track_csv.h"
-#include "shot/plane/extent.h"
-#include "shot/robust/chance.h"
 #include "shot/solve/shot_solver.h"
+#include "tests/shot/known_shots.h"
 #include "tests/shot/table_random.h"
 
 using namespace cornerpin;
@@ -32,8 +32,6 @@ constexpr std::uint64_t kSeeds = 12;
 constexpr double kWidth = 1000.0;
 constexpr double kHeight = 600.0;
 constexpr double kMostDifference = 0.1;  // in expected errors
-constexpr double kMostExpected = 0.005;  // of the extent of the base frame's tracks
-constexpr int kFewestChecked = 6;        // tracks
 
 class Random : public made::TableRandom {
  public:
@@ -142,6 +140,63 @@ Row textures(int count, int percent) {
   return row;
 }
 
+struct NamedFault {
+  made::Fault fault;
+  const char* name;
+};
+constexpr NamedFault kFaults[] = {{made::Fault::Outlier, "outliers"},
+                                  {made::Fault::Slide, "slide and come back"},
+                                  {made::Fault::SlideAndStay, "slide and stay"},
+                                  {made::Fault::SlideFromBirth, "slide from birth"},
+                                  {made::Fault::Jump, "jump"}};
+
+// Of the tracks that are there before half of the shot, every fifth alone lives on behind it.
+Tracks narrowed(const Tracks& tracks, int half) {
+  Tracks result = tracks;
+  std::vector<int> first(tracks.names.size(), half);
+  for (const Observation& o : tracks.observations) {
+    int& its = first[static_cast<std::size_t>(o.track)];
+    its = std::min(its, o.frame);
+  }
+  const auto ends = [&](const Observation& o) {
+    return o.frame >= half && first[static_cast<std::size_t>(o.track)] < half && o.track % 5 != 0;
+  };
+  auto& all = result.observations;
+  all.erase(std::remove_if(all.begin(), all.end(), ends), all.end());
+  return result;
+}
+
+void addRelays(std::vector<Row>& rows) {
+  constexpr std::uint32_t kShots = 3;
+  const auto add = [&](const std::string& name, const std::function<Tracks(std::uint32_t)>& make) {
+    Row row = {name, {}};
+    for (std::uint32_t seed = 1; seed <= kShots; ++seed) row.shots.push_back({make(seed), 0});
+    rows.push_back(row);
+  };
+  for (const auto& [fault, name] : kFaults) {
+    for (int percent : {20, 35, 50}) {
+      const made::Faults faults = {fault, percent / 100.0};
+      const std::string what = ", " + std::to_string(percent) + " % " + name;
+      made::Relay relay;
+      relay.frames = 120;
+      relay.atATime = 40;
+      relay.faults = faults;
+      made::Late late;
+      late.faults = faults;
+      add("relay" + what, [=](auto seed) { return made::relay(relay, seed).tracks; });
+      add("relay through few" + what,
+          [=](auto seed) { return narrowed(made::relay(relay, seed).tracks, 60); });
+      add("late tracks" + what, [=](auto seed) { return made::late(late, seed).tracks; });
+      if (percent > 35) continue;
+      made::Pan pan;
+      pan.frames = 120;
+      pan.thereAndBack = true;
+      pan.faults = faults;
+      add("pan there and back" + what, [=](auto seed) { return made::pan(pan, seed).tracks; });
+    }
+  }
+}
+
 SolvedShot readShot(const std::string& name) {
   const std::string stem = std::string(CORNERPIN_DATA "/") + name;
   std::ifstream file(stem + ".json");
@@ -174,6 +229,10 @@ void addReal(std::vector<Row>& rows, const std::string& name) {
     before = o.frame;
   }
   rows.push_back(pairs);
+  made::KnownShot tracks;
+  tracks.tracks = shot.tracks;
+  tracks.places.resize(shot.tracks.names.size());
+  rows.push_back({name + ", renamed", {{made::renamed(tracks, 40, 10).tracks, shot.base}}});
 }
 
 std::vector<Row> rows() {
@@ -182,28 +241,12 @@ std::vector<Row> rows() {
     for (int percent : {0, 20, 40, 60, 80, 90}) all.push_back(strays(count, percent));
   }
   for (int count : {220, 400, 1000}) all.push_back(textures(count, 78));
+  addRelays(all);
   for (const char* name :
        {"graf13", "boardphotos", "screen4", "facade", "highway", "box", "board", "planks"}) {
     addReal(all, name);
   }
   return all;
-}
-
-double expectedErrorOf(const FrameResult& frame) {
-  double most = 0.0;
-  for (std::size_t q = 0; q < frame.figures.quads.size(); ++q) {
-    for (double deviation : frame.figures.deviations(q)) {
-      if (!(deviation <= most)) most = deviation;  // NaN stays
-    }
-  }
-  return most;
-}
-
-bool isDoubtful(const FrameResult& frame, double mostExpected) {
-  const Origin& origin = frame.verdict.origin;
-  return frame.verdict.status != Status::Solved || frame.tracks < kFewestChecked ||
-         !(expectedErrorOf(frame) <= mostExpected) || origin.chance > kMostByChance ||
-         origin.budgetSpent;
 }
 
 // How far two transforms carry a corner of the quad apart.
@@ -226,16 +269,15 @@ struct Count {
 };
 
 // One frame as the seeds have it.
-void add(const std::vector<const FrameResult*>& seeds, const Quad& quad, double mostExpected,
-         Count& count) {
+void add(const std::vector<const FrameResult*>& seeds, const Quad& quad, Count& count) {
   ++count.frames;
   double most = 0.0;
   bool anyGood = false;
   for (const FrameResult* good : seeds) {
-    if (isDoubtful(*good, mostExpected)) continue;
+    if (!good->doubts.empty()) continue;
     anyGood = true;
     for (const FrameResult* other : seeds) {
-      const double apart = difference(good->h, other->h, quad) / expectedErrorOf(*good);
+      const double apart = difference(good->h, other->h, quad) / good->expectedError;
       if (!(apart <= most)) most = apart;
     }
   }
@@ -255,13 +297,12 @@ void add(const SolvedShot& shot, Count& count) {
   }
   count.seconds += static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
   const Quad& quad = results.front().quads.front().corners;
-  const double extent = std::max(std::hypot(quad[2].x - quad[0].x, quad[2].y - quad[0].y), 0.0);
   for (std::size_t f = 0; f < results.front().frames.size(); ++f) {
     std::vector<const FrameResult*> seeds;
     for (const ShotResult& result : results) seeds.push_back(&result.frames[f]);
     const int frame = seeds.front()->frame;
     if (frame == shot.base || seeds.front()->tracks == 0) continue;
-    add(seeds, quad, kMostExpected * extent, count);
+    add(seeds, quad, count);
   }
 }
 
