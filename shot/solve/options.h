@@ -35,6 +35,8 @@ struct SolveOptions {
   /// The expected error above which a frame is doubtful; none: 0.5 % of the surface's extent.
   /// In the file's unit, above 0.
   std::optional<double> maxError;
+  /// At most so many threads at once, at least 1. The result has the same bits with any number.
+  unsigned threads = 2;
   /// Keeps what every track does to every frame (`FrameResult::influences`): 40 bytes for each.
   bool influences = false;
 };

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 
@@ -279,7 +280,9 @@ ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Pr
   check(tracks, options);
   std::size_t done = 0;
   std::size_t total = 0;
+  std::mutex reporting;
   const std::function<void()> report = [&] {
+    const std::lock_guard<std::mutex> alone(reporting);
     if (progress) progress(++done, total);
   };
   const bool handsOver = options.handOver && options.loss != Loss::None;

@@ -11,11 +11,12 @@
 
 namespace cornerpin {
 
-/// Called after each frame with the number of frames done.
+/// Called after each frame with the number of frames done: from several threads, but from one at a
+/// time.
 using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
 /// Finds for every frame the transform that carries the tracks' places on the surface to their
-/// places there, by `MMatchmove`: forward from the base frame, then backward, each frame starting
+/// places there, by `MMatchmove`: forward and backward from the base frame, each frame starting
 /// from its neighbour (`ShotSweeps`, which also says how tracks take part that the base frame
 /// lacks). Without a base frame in the options a first pair of sweeps from a guess says which one
 /// to take (`chooseBase`).

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 #include <optional>
 
 #include "shot/fit/residuals.h"
@@ -34,7 +35,6 @@ ShotSweeps::ShotSweeps(const Tracks& tracks, const SolveOptions& options, int ba
       base_(tracks, base),
       surface_(surfacePlaces(base_.places(), options.loss)),
       units_(unitsOf(surface_, options.units)),
-      fitter_(units_, options),
       map_(base_, tracks.names.size()),
       frames_(static_cast<std::size_t>(tracks.frameCount())),
       swept_(frames_.size()) {
@@ -132,12 +132,19 @@ std::vector<std::vector<Symmetric2>> ShotSweeps::jointCovariancesOf(const Points
 }
 
 void ShotSweeps::sweepBothWays(bool learns) {
+  const auto sweepBack = [&] { sweep(-1, tracks_.firstFrame(), learns); };
+  const bool atOnce = options_.threads > 1 && base_.frame() != tracks_.firstFrame() &&
+                      base_.frame() != tracks_.lastFrame();
+  // Deferred until `get` where no thread is to be had.
+  const auto policy = atOnce ? std::launch::async | std::launch::deferred : std::launch::deferred;
+  std::future<void> back = std::async(policy, sweepBack);
   sweep(+1, tracks_.lastFrame(), learns);
-  sweep(-1, tracks_.firstFrame(), learns);
+  back.get();
 }
 
 // From the base frame to the last one, each frame from its neighbour.
 void ShotSweeps::sweep(int step, int last, bool learns) {
+  FrameFitter fitter(units_, options_);
   Sweep sweep{toLibrary(kIdentity), kIdentity, false, SweepMemory(tracks_.names.size())};
   cover(surface_, sweep);
   std::optional<LearningMap> learning;
@@ -147,8 +154,8 @@ void ShotSweeps::sweep(int step, int last, bool learns) {
     const SurfaceMap& map = learning ? learning->map() : map_;
     Matches file = map.matchesIn(tracks_, frame);
     const Quad corners = sweep.corners;
-    const FrameFit fit = trusted_ ? fitByAll(fitter_, base_, file, sweep)
-                                  : fitHandedOver(fitter_, base_, file, sweep);
+    const FrameFit fit =
+        trusted_ ? fitByAll(fitter, base_, file, sweep) : fitHandedOver(fitter, base_, file, sweep);
     record(frame, file, fit, corners);
     if (learning && isFirm(frames_[static_cast<std::size_t>(frame - tracks_.firstFrame())])) {
       learning->learn(tracks_.inFrame(frame), file, fit.robust.good, fit.h,

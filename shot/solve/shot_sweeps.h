@@ -23,14 +23,15 @@ namespace cornerpin {
 /// A shot from one base frame: the transforms of all frames, and where the tracks are on the
 /// surface.
 ///
-/// A sweep goes from the base frame to one end of the shot, each frame from its neighbour. With
+/// A sweep goes from the base frame to one end of the shot, each frame from its neighbour; the two
+/// sweeps know nothing of each other, and run at the same time where there may be two threads. With
 /// tracks to hand over to, both sweeps learn these tracks' places (`LearningMap`). The places then
 /// follow from all solved frames, whichever sweep they belong to (`startPlaces`), and are refined
 /// together with the transforms (`fitJointly`); the base frame's tracks stay where it sees them.
 /// The shot is swept once more with the places known from the start, where that is of any use.
 class ShotSweeps {
  public:
-  /// \param report  called after each frame
+  /// \param report  called after each frame, at the same time from both sweeps
   ShotSweeps(const Tracks& tracks, const SolveOptions& options, int base,
              const std::function<void()>& report);
 
@@ -98,7 +99,6 @@ class ShotSweeps {
   BaseFrame base_;
   Points surface_;  // the places in the base frame that tell how far the surface reaches
   ShotUnits units_;
-  FrameFitter fitter_;
   SurfaceMap map_;
   std::vector<Place> places_;  // as the solved frames have told them; empty where nobody asked
   bool trusted_ = false;       // all known tracks decide, not the base frame's where they suffice

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <set>
 #include <thread>
 #include <vector>
 
 #include "tests/shot/made_shots.h"
+
+using namespace cornerpin;
 
 namespace {
 
@@ -30,8 +34,55 @@ TEST(SolveShot, HandsOverWithTheSameBitsOnSeveralThreadsAtOnce) {
   expectSameBits(made::handedOver, 1, 7);
 }
 
+// The bit patterns of the transforms and of the figures of trust.
+made::Bits bitsOf(const ShotResult& result) {
+  made::Bits bits;
+  const auto add = [&](double value) {
+    bits.emplace_back();
+    std::memcpy(&bits.back(), &value, sizeof value);
+  };
+  for (const FrameResult& frame : result.frames) {
+    for (const auto& row : frame.h) {
+      for (double element : row) add(element);
+    }
+    for (double deviation : frame.figures.deviations()) add(deviation);
+  }
+  return bits;
+}
+
+TEST(SolveShot, HasTheSameBitsWithAnyNumberOfThreads) {
+  for (std::uint32_t seed = 1; seed < 16; ++seed) {
+    SolveOptions options = made::relayOptions(seed);
+    options.threads = 1;
+    const made::Bits alone = bitsOf(solveShot(made::relayShot(seed), options));
+    for (unsigned threads : {2u, 3u, 1024u}) {
+      options.threads = threads;
+      EXPECT_EQ(bitsOf(solveShot(made::relayShot(seed), options)), alone) << seed;
+    }
+  }
+}
+
+// As progress tells. From the first frame there is one sweep.
+TEST(SolveShot, SweepsBothWaysAtOnceWhereItMay) {
+  const Tracks tracks = made::shot(1);
+  for (int base : {tracks.firstFrame(), tracks.firstFrame() + tracks.frameCount() / 2}) {
+    for (unsigned threads : {1u, 2u}) {
+      SolveOptions options;
+      options.base = base;
+      options.threads = threads;
+      std::set<std::thread::id> seen;
+      std::vector<std::size_t> counts;
+      solveShot(tracks, options, [&](std::size_t done, std::size_t) {
+        seen.insert(std::this_thread::get_id());
+        counts.push_back(done);
+      });
+      EXPECT_EQ(seen.size(), base == tracks.firstFrame() ? 1u : threads);
+      for (std::size_t i = 0; i < counts.size(); ++i) EXPECT_EQ(counts[i], i + 1);
+    }
+  }
+}
+
 TEST(SolveShot, GoesEveryWayInTheMadeShots) {
-  using namespace cornerpin;
   bool stages[3] = {};
   bool statuses[4] = {};
   for (std::uint32_t seed = 1; seed < 33; ++seed) {
@@ -46,7 +97,6 @@ TEST(SolveShot, GoesEveryWayInTheMadeShots) {
 }
 
 TEST(SolveShot, HandsOverInTheRelayShots) {
-  using namespace cornerpin;
   for (std::uint32_t seed = 1; seed < 61; ++seed) {
     const ShotResult result = solveShot(made::relayShot(seed), made::relayOptions(seed));
     EXPECT_GT(result.handedOver, 0) << seed;

@@ -274,6 +274,15 @@ TEST(SeedOption, TakesAWholeNumberOf64Bits) {
   }
 }
 
+TEST(ThreadsOption, TakesAWholeNumberFrom1To1024) {
+  EXPECT_EQ(parsed<ThreadsOption>({}).value(), 2u);
+  EXPECT_EQ(parsed<ThreadsOption>({"--threads", "1024"}).value(), 1024u);
+  for (const char* text : {"", "0", "-1", "1.5", "1025", "4294967297", "two"}) {
+    EXPECT_EQ(refusal([&] { ThreadsOption{text}.value(); }),
+              std::string("--threads takes a whole number from 1 to 1024, not \"") + text + "\"");
+  }
+}
+
 TEST(SmoothOption, TakesPixelsAboveZero) {
   EXPECT_FALSE(parsed<SmoothOption>({}).value());
   EXPECT_EQ(parsed<SmoothOption>({"--smooth", "0.25"}).value(), 0.25);

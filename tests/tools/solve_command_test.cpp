@@ -434,6 +434,7 @@ TEST(SolveCommand, EndsInTwoOnWrongUsage) {
       {"solve", kFacade, "--seed", "1.5"},
       {"solve", kFacade, "--seed", ""},
       {"solve", kFacade, "--seed", "18446744073709551616"},
+      {"solve", kFacade, "--threads", "0"},
       {"solve", kFacade, "--drop"},
       {"solve", kFacade, "--drop", ""},
       {"solve", kFacade, "--keep", ","},
@@ -587,9 +588,10 @@ TEST(SolveCommand, StartsItsHelpWithAnExampleAndNamesEveryOption) {
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
   for (const char* option :
-       {"--output",    "--format", "--json",    "--base",  "--reference", "--quad",    "--quads",
-        "--drop",      "--keep",   "--explain", "--units", "--loss",      "--hold",    "--seed",
-        "--max-error", "--strict", "--smooth",  "--fill",  "--at",        "Exit codes"}) {
+       {"--output", "--format", "--json",    "--base",      "--reference", "--quad",
+        "--quads",  "--drop",   "--keep",    "--explain",   "--units",     "--loss",
+        "--hold",   "--seed",   "--threads", "--max-error", "--strict",    "--smooth",
+        "--fill",   "--at",     "Exit codes"}) {
     EXPECT_TRUE(contains(run.out, option)) << option;
   }
 }
@@ -605,7 +607,7 @@ TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
     EXPECT_LE(line.size(), 82u) << line;
     ++options;
   }
-  EXPECT_EQ(options, 21);
+  EXPECT_EQ(options, 22);
 }
 
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {

@@ -259,6 +259,21 @@ std::uint64_t SeedOption::value() const {
   return *seed;
 }
 
+void ThreadsOption::addTo(CLI::App& parser) {
+  parser.add_option("--threads", text, "Threads at once; the result is the same with any number")
+      ->option_text("NUMBER=2");
+}
+
+unsigned ThreadsOption::value() const {
+  constexpr unsigned kMost = 1024;
+  const std::optional<unsigned> threads = parseWhole<unsigned>(text);
+  if (!threads || *threads < 1 || *threads > kMost) {
+    throw std::invalid_argument("--threads takes a whole number from 1 to " +
+                                std::to_string(kMost) + ", not \"" + text + "\"");
+  }
+  return *threads;
+}
+
 void MaxErrorOption::addTo(CLI::App& parser) {
   parser
       .add_option("--max-error", text, "Doubt frames whose corners are expected to be off by more")

@@ -116,6 +116,13 @@ struct SeedOption {
   std::uint64_t value() const;
 };
 
+/// --threads: how many at most.
+struct ThreadsOption {
+  std::string text = "2";
+  void addTo(CLI::App& parser);
+  unsigned value() const;
+};
+
 /// --max-error: the expected error above which a frame is doubtful; none when it is not given.
 struct MaxErrorOption {
   std::string text;

@@ -65,6 +65,7 @@ struct Arguments {
   HoldOption hold;
   BaseOnlyOption baseOnly;
   SeedOption seed;
+  ThreadsOption threads;
   MaxErrorOption maxError;
   StrictOption strict;
   SmoothOption smooth;
@@ -90,6 +91,7 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.baseOnly.addTo(parser);
   arguments.hold.addTo(parser);
   arguments.seed.addTo(parser);
+  arguments.threads.addTo(parser);
   arguments.maxError.addTo(parser);
   arguments.strict.addTo(parser);
   arguments.smooth.addTo(parser);
@@ -105,6 +107,7 @@ SolveOptions optionsOf(const Arguments& arguments) {
   options.reduce = !arguments.hold.given;
   options.handOver = !arguments.baseOnly.given;
   options.seed = arguments.seed.value();
+  options.threads = arguments.threads.value();
   options.reference = arguments.reference.value();
   options.quads =
       arguments.quads.value(options.reference ? options.reference : arguments.base.value());
