@@ -15,6 +15,10 @@ constexpr std::size_t kFewestFrames = 5;
 constexpr double kDeviationOfMedian = 1.4826022185056018;  // over the median distance, if normal
 constexpr double kMostAbove = 2.0;                         // standard errors
 
+constexpr std::size_t kOfQuiet = 10;
+constexpr double kQuietDeviations = 1.2815515655446004;  // below the mean lies a tenth of all
+constexpr double kQuietFreedom = 16.0;
+
 // The trigamma function is nearly 1 / x + 1 / (2 x^2): a tenth too low at 1, exact for large x.
 double trigamma(double x) { return 1.0 / x + 0.5 / (x * x); }
 double inverseTrigamma(double y) { return (1.0 + std::sqrt(1.0 + 2.0 * y)) / (2.0 * y); }
@@ -37,6 +41,18 @@ NoiseEstimate shotNoise(const std::vector<NoiseEstimate>& frames) {
   const double deviation = kDeviationOfMedian * lowerMedian(variances);
   const double own = deviation * deviation - trigamma(lowerMedian(freedoms) / 2.0);
   return {usual, own > 0.0 ? std::min(2.0 * inverseTrigamma(own), all) : all};
+}
+
+NoiseEstimate quietNoise(const std::vector<NoiseEstimate>& frames, const NoiseEstimate& likely) {
+  std::vector<double> variances;
+  for (const NoiseEstimate& frame : frames) {
+    if (!(frame.freedom > 0.0) || !(frame.variance > 0.0)) continue;
+    const double part = 2.0 / (9.0 * frame.freedom);
+    const double root = 1.0 - part - kQuietDeviations * std::sqrt(part);
+    variances.push_back(frame.variance / (root * root * root));
+  }
+  if (variances.size() < kFewestFrames) return likely;
+  return {ranked(variances, variances.size() / kOfQuiet), kQuietFreedom};
 }
 
 NoiseEstimate pooled(const NoiseEstimate& frame, const NoiseEstimate& shot) {

@@ -23,6 +23,13 @@ struct NoiseEstimate {
 /// Statistical Applications in Genetics and Molecular Biology 3 (2004).
 NoiseEstimate shotNoise(const std::vector<NoiseEstimate>& frames);
 
+/// What the quietest frames of a shot say of any of them: the lower tenth of their variances, each
+/// over what the lower tenth of variances is that as many errors tell (E. B. Wilson, M. M.
+/// Hilferty, "The distribution of chi-square", Proceedings of the National Academy of Sciences 17
+/// (1931)). Tracks that are off only ever enlarge a variance. A single frame's noise may well be
+/// another: all together they count as 16 errors. Of fewer than five frames `likely`.
+NoiseEstimate quietNoise(const std::vector<NoiseEstimate>& frames, const NoiseEstimate& likely);
+
 /// A frame's noise by its own errors and by the shot's, in proportion to their freedom. Where its
 /// own say more than the shot's by two standard errors, they alone count: a blurred frame is not
 /// excused by sharp ones.

@@ -99,3 +99,30 @@ TEST(EstimatedNoise, LeavesTwoDeviationsTheirMeaning) {
     EXPECT_NEAR(static_cast<double>(within) / kErrors, 1.0 - std::exp(-4.0), 0.001) << freedom;
   }
 }
+
+// Of errors that are normal, whatever their number.
+TEST(QuietNoise, IsThatOfTheFramesWhereTheyDoNotDiffer) {
+  for (double freedom : {4.0, 8.0, 60.0}) {
+    const NoiseEstimate noise = quietNoise(frames(4000, 2.0, 0.0, freedom), {});
+    EXPECT_NEAR(noise.variance, 2.0, 0.15) << freedom;
+    EXPECT_EQ(noise.freedom, 16.0);
+  }
+}
+
+TEST(QuietNoise, IsThatOfTheQuietestTenth) {
+  // 60 frames of 8 errors each; in 50 of them bad tracks enlarge the variance.
+  std::vector<NoiseEstimate> shot = frames(60, 1.0, 0.0, 8);
+  for (std::size_t i = 10; i < shot.size(); ++i) shot[i].variance *= 30.0;
+  const double noise = quietNoise(shot, {}).variance;
+  EXPECT_GT(noise, 0.5);
+  EXPECT_LT(noise, 4.0);
+}
+
+TEST(QuietNoise, OfFewFramesIsWhatIsLikely) {
+  const std::vector<NoiseEstimate> four(4, {1, 8});
+  EXPECT_EQ(quietNoise(four, {0.3, 4}).variance, 0.3);
+  EXPECT_EQ(quietNoise(four, {0.3, 4}).freedom, 4.0);
+  EXPECT_EQ(quietNoise(std::vector<NoiseEstimate>(5, {1, 8}), {0.3, 4}).freedom, 16.0);
+  // What has no freedom or is exact tells nothing.
+  EXPECT_EQ(quietNoise({{1, 8}, {1, 8}, {1, 8}, {1, 8}, {1, 0}, {0, 8}}, {0.3, 4}).freedom, 4.0);
+}
