@@ -17,6 +17,7 @@
 #include "shot/solve/track_runs.h"
 #include "shot/trust/final_weights.h"
 #include "shot/trust/lasting_errors.h"
+#include "shot/trust/subset_posterior.h"
 
 namespace cornerpin {
 
@@ -31,10 +32,29 @@ double extentOf(const Box& surface) {
   return std::max(surface.high.x - surface.low.x, surface.high.y - surface.low.y);
 }
 
+// What is likely of the tracks' noise, where no frames tell it, counts as much as so many errors.
+constexpr double kLikelyFreedom = 4.0;
+
 std::vector<NamedQuad> quadsOf(const SolveOptions& options, const Points& surface) {
   if (!options.quads.empty()) return options.quads;
   return {{"tracks", cornersOf(boxAround(surface))}};
 }
+
+// In how many solved frames a track is good, and in how many it is not.
+class TrackRecord {
+ public:
+  void add(bool good) { ++(good ? good_ : missed_); }
+
+  // The share of the latter in all frames but one, in which it is good or not.
+  double shareMissedBut(bool good) const {
+    const int others = good_ + missed_ - 1;
+    return others > 0 ? static_cast<double>(missed_ - (good ? 0 : 1)) / others : 0.0;
+  }
+
+ private:
+  int good_ = 0;
+  int missed_ = 0;
+};
 
 // What comes after the sweeps: the figures of trust, and what became of the tracks.
 class ShotSolver {
@@ -47,7 +67,8 @@ class ShotSolver {
         runs_(tracks.names.size()),
         extent_(extentOf(boxAround(sweeps.surface()))),
         lasting_(tracks.names.size()),
-        worst_(kVisible * extent_) {
+        worst_(kVisible * extent_),
+        records_(tracks.names.size()) {
     result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.tracks().size());
     result_.handedOver = sweeps.handedOver();
@@ -129,6 +150,7 @@ class ShotSolver {
     const bool solved = result.verdict.status == Status::Solved;
     if (solved) addResiduals(result, used, good.weights);
     const bool bent = solved && sweeps_.toldBad(result);
+    if (bent) addRecords(used, good.weights);
     if (bent) last.weights = lossWeights(used, result.h, front, result.loss, result.width);
     std::vector<TrackInfluence> influences = influencesOf(used, last, quads_.front());
     if (bent) last.stiffness = lossStiffness(used, result.h, result.loss, result.width);
@@ -150,13 +172,22 @@ class ShotSolver {
     }
   }
 
+  void addRecords(const Matches& used, const std::vector<double>& weights) {
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      records_[static_cast<std::size_t>(used.tracks()[i])].add(weights[i] > 0.0);
+    }
+  }
+
   // How far the corners of all frames may be off, with what the frames say of each other's noise.
   void addFigures() {
-    const NoiseEstimate shot = noiseOfShot();
+    const NoiseEstimate shot = shotNoise(noises());
+    const double likely = sweeps_.units().lengthFromFit(kLikelySigma);
+    const NoiseEstimate quiet = quietNoise(noises(), {likely * likely, kLikelyFreedom});
     for (FrameResult& result : result_.frames) {
       if (result.frame == base_.frame()) continue;
       const FrameErrors& errors = errorsOf(result);
       result.figures = figuresOf(errors, shot);
+      addOpinions(quiet, result);
       sweeps_.takeCovariances(result, quads_, result.figures);
       if (result.handedOver > 0 && sweeps_.isFirm(result)) {
         takeJoint(covariances_[indexOf(result.frame)], lasting_.varianceRatio(), errors,
@@ -165,12 +196,45 @@ class ShotSolver {
     }
   }
 
-  NoiseEstimate noiseOfShot() const {
+  // Without tracks that are off by more than the surface is wide, or lie behind the horizon: nobody
+  // takes these for good ones.
+  Matches nearIn(const FrameResult& result) const {
+    const Matches used = sweeps_.usedIn(result);
+    std::vector<bool> near(used.size());
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      near[i] = onSameSide(result.h, used.base()[i], result_.baseCentre) &&
+                squaredResidual(used[i], result.h) <= extent_ * extent_;
+    }
+    return used.subset(near);
+  }
+
+  // What is open about a solved frame: which of its tracks keep to the surface.
+  void addOpinions(const NoiseEstimate& quiet, FrameResult& result) const {
+    if (result.verdict.status != Status::Solved || !sweeps_.toldBad(result)) return;
+    const Matches near = nearIn(result);
+    const FittedFrame fitted = sweeps_.fittedAs(result, near);
+    std::vector<double> missed;
+    for (std::size_t i = 0; i < near.size(); ++i) {
+      const TrackRecord& record = records_[static_cast<std::size_t>(near.tracks()[i])];
+      missed.push_back(record.shareMissedBut(fitted.weights[i] > 0.0));
+    }
+    const SubsetPosterior opinions(near, fitted, quiet, missed);
+    if (!opinions.isKnown()) return;
+    for (std::size_t q = 0; q < quads_.size(); ++q) {
+      for (std::size_t i = 0; i < 4; ++i) {
+        Symmetric2& covariance = result.figures.quads[q][i];
+        const Symmetric2 ofAll = opinions.covarianceAt(quads_[q][i]);
+        if (ofAll.trace() > covariance.trace()) covariance = ofAll;
+      }
+    }
+  }
+
+  std::vector<NoiseEstimate> noises() const {
     std::vector<NoiseEstimate> frames;
     for (const FrameErrors& one : errors_) {
       if (std::isfinite(one.noise)) frames.push_back({one.noise * one.noise, one.freedom});
     }
-    return shotNoise(frames);
+    return frames;
   }
 
   // What each track that is seen in a frame is there. A track that the fit did without may still
@@ -229,6 +293,7 @@ class ShotSolver {
   LastingErrors lasting_;
   std::vector<FrameErrors> errors_;  // by frame
   WorstTracks worst_;
+  std::vector<TrackRecord> records_;  // by track
   ShotResult result_;
 };
 

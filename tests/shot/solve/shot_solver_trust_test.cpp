@@ -9,6 +9,10 @@
 #include <functional>
 #include <optional>
 #include <random>
+#include <string>
+#include <vector>
+
+#include "tests/shot/random.h"
 
 using namespace cornerpin;
 
@@ -535,4 +539,85 @@ TEST(Trust, NamesABadTrackAndNoGoodOne) {
     EXPECT_EQ(result.worst[0].name, "t7") << "seed " << seed;
     EXPECT_TRUE(result.worst[0].stretch.standsOut) << "seed " << seed;
   }
+}
+
+namespace {
+
+// 40 frames of tracks that lie anywhere, the first `bad` of which slide off by `way` a frame, with
+// noise of half a pixel everywhere.
+Tracks slidingShot(int count, int bad, const std::vector<Point>& ways, std::uint32_t seed) {
+  made::Random random(seed);
+  Tracks tracks;
+  std::vector<Point> places;
+  for (int t = 0; t < count; ++t) {
+    tracks.names.push_back("t" + std::to_string(t));
+    const double x = random.real(0, 1000);
+    const double y = random.real(0, 600);
+    places.push_back({x, y});
+  }
+  for (int f = 0; f < 40; ++f) {
+    for (int t = 0; t < count; ++t) {
+      const auto i = static_cast<std::size_t>(t);
+      Observation o;
+      o.track = t;
+      o.frame = f;
+      o.x = places[i].x + 3.0 * f + (t < bad ? ways[i].x * f : 0.0) + random.noise(0.5);
+      o.y = places[i].y - 2.0 * f + (t < bad ? ways[i].y * f : 0.0) + random.noise(0.5);
+      tracks.observations.push_back(o);
+    }
+  }
+  return tracks;
+}
+
+struct Called {
+  int good = 0;
+  int wrong = 0;  // of these, off by more than three deviations and the limit
+};
+
+void judgeShot(const Tracks& tracks, Called& called) {
+  SolveOptions options;
+  options.base = 0;
+  options.quads = {{"quad", {{{100, 60}, {900, 60}, {900, 540}, {100, 540}}}}};
+  for (const FrameResult& frame : solveShot(tracks, options).frames) {
+    if (frame.verdict.status == Status::Base || !frame.doubts.empty()) continue;
+    ++called.good;
+    bool wrong = false;
+    for (std::size_t c = 0; c < 4; ++c) {
+      const Point p = options.quads[0].corners[c];
+      const Point q = map(frame.h, p);
+      const double error = std::hypot(q.x - p.x - 3.0 * frame.frame, q.y - p.y + 2.0 * frame.frame);
+      wrong = wrong || (error > 3.0 * frame.figures.deviations()[c] && error > 4.0);
+    }
+    if (wrong) ++called.wrong;
+  }
+}
+
+}  // namespace
+
+TEST(ShotSolver, CallsFewFramesGoodAndWrongWhereSomeOfFewTracksSlide) {
+  Called called;
+  for (std::uint32_t seed = 1; seed <= 40; ++seed) {
+    made::Random random(1000 + seed);
+    std::vector<Point> ways;
+    for (int t = 0; t < 2; ++t) {
+      const double x = random.noise(0.6);
+      const double y = random.noise(0.6);
+      ways.push_back({x, y});
+    }
+    judgeShot(slidingShot(8, 2, ways, seed), called);
+  }
+  std::printf("8 tracks, 2 slide: %d frames good, %d of them wrong\n", called.good, called.wrong);
+  EXPECT_GT(called.good, 200);
+  EXPECT_LT(called.wrong, called.good / 20);
+}
+
+TEST(ShotSolver, CallsFewFramesGoodAndWrongWhereASecondSurfaceDriftsOff) {
+  Called called;
+  for (std::uint32_t seed = 1; seed <= 10; ++seed) {
+    const std::vector<Point> alike(6, {3.0, 1.0});
+    judgeShot(slidingShot(15, 6, alike, seed), called);
+  }
+  std::printf("6 of 15 drift off: %d frames good, %d of them wrong\n", called.good, called.wrong);
+  EXPECT_GT(called.good, 200);
+  EXPECT_LT(called.wrong, called.good / 40);
 }
