@@ -232,6 +232,51 @@ KnownShot shotOf(const Scenario& scenario, unsigned seed) {
   return shot;
 }
 
+// The same with noise in the base frame too.
+KnownShot noisy(const Scenario& scenario, unsigned seed) {
+  KnownShot shot = shotOf(scenario, seed);
+  Random random(seed + 1000);
+  for (Observation& o : shot.tracks.observations) {
+    if (o.frame > 0) continue;
+    o.x += scenario.noise * random.normal();
+    o.y += scenario.noise * random.normal();
+  }
+  return shot;
+}
+
+// Six to nine tracks, of which one to three slide, each its own way, by some tenths of a pixel to a
+// pixel and a half a frame.
+KnownShot fewThatSlide(unsigned seed) {
+  Random random(seed + 2000);
+  const int tracks = 6 + static_cast<int>(random.uniform(0.0, 4.0));
+  const int bad = 1 + static_cast<int>(random.uniform(0.0, 3.0));
+  std::vector<Point> ways;
+  for (int t = 0; t < bad; ++t) {
+    const double x = 0.6 * random.normal();
+    const double y = 0.6 * random.normal();
+    ways.push_back({x, y});
+  }
+  const auto slide = [&](int t, int f, Point& p, Random&) {
+    if (t >= bad) return true;
+    p.x += ways[static_cast<std::size_t>(t)].x * f;
+    p.y += ways[static_cast<std::size_t>(t)].y * f;
+    return true;
+  };
+  return noisy({"", steady, slide, tracks, 0.5}, seed);
+}
+
+// 40 % of 15 to 80 tracks lie on another surface, which moves along the first by 3 px a frame from
+// the base frame on.
+KnownShot secondSurface(unsigned seed) {
+  const int tracks = seed % 3 == 0 ? 80 : 15 * static_cast<int>(seed % 3);
+  const auto drift = [](int t, int f, Point& p, Random&) {
+    const Point place = map(inverse(steady(f)), p);
+    if (t % 5 < 2) p = map(steady(f), {place.x + 3.0 * f, place.y + f});
+    return true;
+  };
+  return noisy({"", steady, drift, tracks, 0.5}, seed);
+}
+
 TableRow rowOf(const Scenario& scenario) {
   return {scenario.name, [scenario](unsigned seed) { return shotOf(scenario, seed); },
           scenario.first, scenario.last, kBaseAlone};
@@ -311,6 +356,8 @@ TableRow photographsRow(const char* name, double part, int good, int bad) {
 std::vector<TableRow> tableRows() {
   std::vector<TableRow> all;
   for (const Scenario& scenario : scenarios()) all.push_back(rowOf(scenario));
+  all.push_back({"6 to 9 tracks, 1 to 3 slide", fewThatSlide, 1, kFrames - 1, kBaseAlone});
+  all.push_back({"40 % on a surface that drifts off", secondSurface, 1, 29, kBaseAlone});
   all.push_back(photographsRow("two photographs, 40 tracks in a fifth", 0.2, 40, 0));
   all.push_back(photographsRow("two photographs, 40 tracks in a tenth", 0.1, 40, 0));
   all.push_back(photographsRow("two photographs, 40 tracks in a thirtieth", 1.0 / 30.0, 40, 0));
