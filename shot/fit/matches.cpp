@@ -4,6 +4,7 @@
 namespace cornerpin {
 
 Matches::Matches(std::initializer_list<Match> matches) {
+  reserve(matches.size());
   for (const Match& match : matches) add(match);
 }
 
@@ -16,8 +17,17 @@ void Matches::add(const Match& match) {
   tracks_.push_back(match.track);
 }
 
+void Matches::reserve(std::size_t size) {
+  base_.reserve(size);
+  present_.reserve(size);
+  weights_.reserve(size);
+  squaredWeights_.reserve((size + 3) / 4 * 4);
+  tracks_.reserve(size);
+}
+
 Matches Matches::subset(const std::vector<bool>& chosen) const {
   Matches result;
+  result.reserve(size());
   for (std::size_t i = 0; i < size(); ++i) {
     if (chosen[i]) result.add((*this)[i]);
   }
@@ -26,6 +36,7 @@ Matches Matches::subset(const std::vector<bool>& chosen) const {
 
 Matches Matches::in(const Similarity& unit) const {
   Matches result;
+  result.reserve(size());
   for (std::size_t i = 0; i < size(); ++i) {
     result.add({unit.apply(base_[i]), unit.apply(present_[i]), weights_[i], tracks_[i]});
   }

@@ -30,6 +30,9 @@ class Matches {
 
   void add(const Match& match);
 
+  /// Makes room for so many matches at once.
+  void reserve(std::size_t size);
+
   std::size_t size() const { return tracks_.size(); }
   bool empty() const { return tracks_.empty(); }
   Match operator[](std::size_t i) const { return {base_[i], present_[i], weights_[i], tracks_[i]}; }

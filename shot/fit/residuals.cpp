@@ -6,15 +6,6 @@
 
 namespace cornerpin {
 
-Point residual(const Match& match, const Homography& h) {
-  const Point image = map(h, match.base);
-  return {match.present.x - image.x, match.present.y - image.y};
-}
-
-double squaredResidual(const Match& match, const Homography& h) {
-  return squaredDistance(map(h, match.base), match.present);
-}
-
 double weightedSquares(const Matches& matches, const Homography& h) {
   double sum = 0.0;
   for (std::size_t i = 0; i < matches.size(); ++i) {

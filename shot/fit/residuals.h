@@ -14,8 +14,13 @@ namespace cornerpin {
 constexpr double kHorizon = 1e-6;
 
 /// From where the transform carries the match's base place to its present place.
-Point residual(const Match& match, const Homography& h);
-double squaredResidual(const Match& match, const Homography& h);
+inline Point residual(const Match& match, const Homography& h) {
+  const Point image = map(h, match.base);
+  return {match.present.x - image.x, match.present.y - image.y};
+}
+inline double squaredResidual(const Match& match, const Homography& h) {
+  return squaredDistance(map(h, match.base), match.present);
+}
 
 /// The sum of w^2 r^2: what the library's solver minimises.
 double weightedSquares(const Matches& matches, const Homography& h);

@@ -5,25 +5,6 @@
 
 namespace cornerpin {
 
-double denominator(const Homography& h, Point p) { return h[2][0] * p.x + h[2][1] * p.y + h[2][2]; }
-
-Point map(const Homography& h, Point p) {
-  const double s = denominator(h, p);
-  return {(h[0][0] * p.x + h[0][1] * p.y + h[0][2]) / s,
-          (h[1][0] * p.x + h[1][1] * p.y + h[1][2]) / s};
-}
-
-Derivative derivative(const Homography& h, Point p) {
-  const double s = denominator(h, p);
-  const Point q = map(h, p);
-  return {(h[0][0] - q.x * h[2][0]) / s, (h[0][1] - q.x * h[2][1]) / s,
-          (h[1][0] - q.y * h[2][0]) / s, (h[1][1] - q.y * h[2][1]) / s};
-}
-
-bool onSameSide(const Homography& h, Point a, Point b) {
-  return denominator(h, a) * denominator(h, b) > 0.0;
-}
-
 bool onOneSide(const Homography& h, const Points& points) {
   const bool front = denominator(h, points[0]) > 0.0;
   for (Point p : points) {

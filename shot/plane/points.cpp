@@ -3,24 +3,20 @@
 
 namespace cornerpin {
 
-double squaredDistance(Point a, Point b) {
-  const double x = a.x - b.x;
-  const double y = a.y - b.y;
-  return x * x + y * y;
-}
-
 Points::Points(std::initializer_list<Point> points) {
+  reserve(points.size());
   for (Point p : points) add(p);
 }
 
-void Points::add(Point p) {
-  if (size_ == x_.size()) {
-    x_.resize(size_ + 4);
-    y_.resize(size_ + 4);
-  }
-  x_[size_] = p.x;
-  y_[size_] = p.y;
-  ++size_;
+void Points::reserve(std::size_t size) {
+  const std::size_t padded = (size + 3) / 4 * 4;
+  x_.reserve(padded);
+  y_.reserve(padded);
+}
+
+void Points::makeRoom() {
+  x_.resize(size_ + 4);
+  y_.resize(size_ + 4);
 }
 
 }  // namespace cornerpin

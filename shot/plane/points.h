@@ -14,7 +14,11 @@ struct Point {
   double y = 0.0;
 };
 
-double squaredDistance(Point a, Point b);
+inline double squaredDistance(Point a, Point b) {
+  const double x = a.x - b.x;
+  const double y = a.y - b.y;
+  return x * x + y * y;
+}
 
 /// Four corners, in order around.
 using Quad = std::array<Point, 4>;
@@ -40,7 +44,15 @@ class Points {
   Points() = default;
   Points(std::initializer_list<Point> points);
 
-  void add(Point p);
+  void add(Point p) {
+    if (size_ == x_.size()) makeRoom();
+    x_[size_] = p.x;
+    y_[size_] = p.y;
+    ++size_;
+  }
+
+  /// Makes room for so many points at once.
+  void reserve(std::size_t size);
 
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
@@ -54,6 +66,8 @@ class Points {
   std::size_t paddedSize() const { return x_.size(); }
 
  private:
+  void makeRoom();
+
   std::size_t size_ = 0;
   std::vector<double> x_;
   std::vector<double> y_;
