@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
 
@@ -35,7 +34,7 @@ int chooseBaseFrame(const Tracks& tracks) {
   return bestFrame;
 }
 
-BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame) {
+BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame), seen_(tracks.names.size()) {
   if (frame < tracks.firstFrame() || frame > tracks.lastFrame()) {
     throw std::invalid_argument(fmt::format("base frame {} lies outside the shot's frames {}..{}",
                                             frame, tracks.firstFrame(), tracks.lastFrame()));
@@ -44,14 +43,11 @@ BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame) {
     if (!(o.weight > 0.0f)) continue;
     tracks_.push_back(o.track);
     places_.add({o.x, o.y});
+    seen_[static_cast<std::size_t>(o.track)] = true;
   }
   if (places_.empty()) {
     throw std::invalid_argument(fmt::format("base frame {} has no track", frame));
   }
-}
-
-bool BaseFrame::sees(int track) const {
-  return std::binary_search(tracks_.begin(), tracks_.end(), track);
 }
 
 Points surfacePlaces(const Points& base, Loss loss) {

@@ -2,6 +2,7 @@
 #ifndef SHOT_SOLVE_BASE_FRAME_H
 #define SHOT_SOLVE_BASE_FRAME_H
 
+#include <cstddef>
 #include <vector>
 
 #include "shot/fit/loss.h"
@@ -25,12 +26,13 @@ class BaseFrame {
   /// The tracks, in their order, and their places here.
   const std::vector<int>& tracks() const { return tracks_; }
   const Points& places() const { return places_; }
-  bool sees(int track) const;
+  bool sees(int track) const { return seen_[static_cast<std::size_t>(track)]; }
 
  private:
   int frame_;
   std::vector<int> tracks_;
   Points places_;
+  std::vector<bool> seen_;  // by track
 };
 
 /// The places in the base frame that tell how far the surface reaches: all of them, or with a
