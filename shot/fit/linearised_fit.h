@@ -3,11 +3,13 @@
 #define SHOT_FIT_LINEARISED_FIT_H
 
 #include <array>
+#include <cstddef>
 #include <vector>
 
 #include "shot/fit/lapack.h"
 #include "shot/fit/matches.h"
 #include "shot/fit/model.h"
+#include "shot/fit/track_slopes.h"
 #include "shot/plane/homography.h"
 #include "shot/plane/similarity.h"
 
@@ -42,26 +44,67 @@ struct FittedFrame {
 
 using Parameters = std::array<double, 8>;
 
-double dot(const Parameters& a, const Parameters& b);
+inline double dot(const Parameters& a, const Parameters& b) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < 8; ++i) sum += a[i] * b[i];
+  return sum;
+}
 
-/// How the two coordinates of a point's image move with the model's parameters; 0 beyond them.
+/// How the two coordinates of a point's image move with the parameters.
 struct Slopes {
   Parameters x{};
   Parameters y{};
 };
 
-/// Those of a homography's first eight elements, row by row, at p; the last is 1.
-Slopes slopesOf(const Homography& h, Point p);
+/// Those of a homography's first eight elements, row by row, at p; the last is 1. With X = U / s,
+/// dX/dh0i = m_i / s and dX/dh2i = -X m_i / s.
+inline Slopes slopesOf(const Homography& h, Point p) {
+  const double s = denominator(h, p);
+  const Point q = map(h, p);
+  const Point a = {p.x / s, p.y / s};
+  return {{a.x, a.y, 1.0 / s, 0.0, 0.0, 0.0, -q.x * a.x, -q.x * a.y},
+          {0.0, 0.0, 0.0, a.x, a.y, 1.0 / s, -q.y * a.x, -q.y * a.y}};
+}
+
+Parameters multiplied(const SquareMatrix<8>& a, const Parameters& v);
+SquareMatrix<8> multiplied(const SquareMatrix<8>& a, const SquareMatrix<8>& b);
 
 /// S C S': of a point's image, with C the covariance of the parameters.
+Symmetric2 covarianceOf(const Slopes& slopes, const SquareMatrix<8>& covariance);
 Symmetric2 covarianceOf(const Slopes& slopes, const std::array<Parameters, 8>& covariance);
 
+/// Where a fit is linearised. Its parameters are a homography's first eight elements row by row,
+/// the last being 1, between coordinates of the tracks' own boxes; a lower model moves some of
+/// them, or sums of them.
+struct FitPlace {
+  FitPlace() = default;
+  /// \param weights  of the matches; the boxes are those around all above 0
+  FitPlace(const Matches& matches, const FittedFrame& frame, const std::vector<double>& weights);
+
+  Slopes slopesAt(Point base) const { return slopesOf(fitted, from.apply(map(kept, base))); }
+
+  Homography kept = kIdentity;
+  Similarity from;  // behind `kept`
+  Similarity to;
+  Homography fitted =
+      kIdentity;  // of a lower model, to which its parameters are added, the identity
+};
+
+/// The same with the slopes of all matches, for all the fits of a frame.
+struct FrameSlopes {
+  /// \param weights  above 0 for the matches that any of the fits counts
+  FrameSlopes(const Matches& matches, const FittedFrame& frame, const std::vector<double>& weights);
+
+  FitPlace place;
+  TrackSlopes tracks;
+};
+
 /// A fit linearised at its solution, A = sum of w^2 S'K S with S a track's slopes and K its
-/// stiffness. Parameters and slopes are those between coordinates of the tracks' own boxes: squared
-/// pixels would leave A without a usable inverse.
+/// stiffness. Squared pixels would leave A without a usable inverse: see `FitPlace`.
 class LinearisedFit {
  public:
   LinearisedFit(const Matches& matches, const FittedFrame& frame);
+  LinearisedFit(const FrameSlopes& slopes, const FittedFrame& frame);
 
   /// False when the tracks of a weight above 0 do not fix the parameters, or so weakly (also by
   /// weights a million times smaller than others) that A has no inverse in double precision; the
@@ -69,26 +112,28 @@ class LinearisedFit {
   bool isDetermined() const { return determined_; }
 
   /// One pixel of the frame in the coordinates of the slopes.
-  double scale() const { return to_.scale; }
-  Slopes slopesAt(Point base) const;
-  /// inv(A) * v.
+  double scale() const { return place_.to.scale; }
+  Slopes slopesAt(Point base) const { return place_.slopesAt(base); }
+  /// inv(A) * v, nothing for what the model does not move.
   Parameters solve(const Parameters& v) const;
   /// S inv(A) S' at a point of the base frame: its image's covariance, were each track's noise
   /// 1 / w. At a track, times w^2, the track's block of the hat matrix.
   Symmetric2 responseAt(Point base) const;
-  /// How far the image of a point of the base frame moves, in pixels, when `step` is added to the
-  /// parameters: exact for every model, not the slopes times the step.
-  Point displacement(Point base, const Parameters& step) const;
+
+  /// With the weights over the largest of them, whose squares can overflow: inv(A), and squares as
+  /// many as there are slopes.
+  const SquareMatrix<8>& relativeInverse() const { return inverse_; }
+  const std::vector<double>& relativeSquares() const { return squares_; }
+  /// The tracks' blocks of the hat matrix, w^2 S inv(A) S'.
+  Symmetric2s hatsOf(const TrackSlopes& slopes) const;
 
  private:
-  void invert(const Points& base, const FittedFrame& frame);
+  void invert(const TrackSlopes& slopes, const FittedFrame& frame);
 
-  Model model_;
-  Homography kept_;
-  Similarity from_;
-  Similarity to_;
-  Homography fitted_;          // of a projective model, between normalised coordinates
-  SquareMatrix<8> inverse_{};  // of A; the identity beyond the model's parameters
+  FitPlace place_;
+  double largest_ = 1.0;  // weight
+  std::vector<double> squares_;
+  SquareMatrix<8> inverse_{};
   bool determined_ = false;
 };
 

@@ -152,9 +152,10 @@ class ShotSolver {
     const bool bent = solved && sweeps_.toldBad(result);
     if (bent) addRecords(used, good.weights);
     if (bent) last.weights = lossWeights(used, result.h, front, result.loss, result.width);
-    std::vector<TrackInfluence> influences = influencesOf(used, last, quads_.front());
     if (bent) last.stiffness = lossStiffness(used, result.h, result.loss, result.width);
-    errorsOf(result) = cornerpin::errorsOf(used, good, last, quads_, front);
+    const FrameFits fits(used, good, last);
+    std::vector<TrackInfluence> influences = influencesOf(fits, quads_.front());
+    errorsOf(result) = cornerpin::errorsOf(fits, quads_, front);
     worst_.addFrame(result.frame, influences);
     if (options_.influences) result.influences = std::move(influences);
     result.why = whyOf(result);

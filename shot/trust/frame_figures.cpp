@@ -28,19 +28,18 @@ FrameFigures baseFrameFigures(std::size_t quads) {
   return {kNoFigure, std::vector<CornerCovariances>(quads)};
 }
 
-FrameErrors errorsOf(const Matches& matches, const FittedFrame& good, const FittedFrame& last,
-                     const std::vector<Quad>& quads, Point front) {
-  const Uncertainty uncertainty(matches, good);
+FrameErrors errorsOf(const FrameFits& fits, const std::vector<Quad>& quads, Point front) {
+  const Uncertainty uncertainty(fits);
   const CornerCovariances none = {kNoCovariance, kNoCovariance, kNoCovariance, kNoCovariance};
   const std::vector<CornerCovariances> nothing(quads.size(), none);
   FrameErrors errors{uncertainty.noise(), uncertainty.freedom(), nothing, nothing};
-  if (good.model == Model::Held || !uncertainty.isDetermined()) return errors;
-  const Jackknife ofLast(matches, last);
-  const Jackknife jackknife = ofLast.isDetermined() ? ofLast : Jackknife(matches, good);
+  if (fits.good().model == Model::Held || !uncertainty.isDetermined()) return errors;
+  const Jackknife ofLast = Jackknife::ofLast(fits);
+  const Jackknife jackknife = ofLast.isDetermined() ? ofLast : Jackknife::ofGood(fits);
   for (std::size_t q = 0; q < quads.size(); ++q) {
     for (std::size_t i = 0; i < 4; ++i) {
       const Point corner = quads[q][i];
-      if (!onSameSide(good.h, corner, front)) continue;
+      if (!onSameSide(fits.good().h, corner, front)) continue;
       errors.ofOne[q][i] = uncertainty.unitCovarianceAt(corner);
       errors.jackknife[q][i] = jackknife.covarianceAt(corner);
     }

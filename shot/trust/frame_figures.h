@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "shot/fit/linearised_fit.h"
-#include "shot/fit/matches.h"
 #include "shot/plane/points.h"
+#include "shot/trust/frame_fits.h"
 #include "shot/trust/shot_noise.h"
 
 namespace cornerpin {
@@ -44,13 +44,10 @@ struct FrameErrors {
 /// Of the base frame, whose transform is given.
 FrameFigures baseFrameFigures(std::size_t quads);
 
-/// \param good   with the weights of the good tracks, in full
-/// \param last   with the weights and the stiffness of the fit's last step; where they fix nothing,
-///               the good one counts
+/// Where the weights and the stiffness of the fit's last step fix nothing, the good tracks count.
 /// \param quads  in the base frame
 /// \param front  a place in the base frame that is in front of the horizon
-FrameErrors errorsOf(const Matches& matches, const FittedFrame& good, const FittedFrame& last,
-                     const std::vector<Quad>& quads, Point front);
+FrameErrors errorsOf(const FrameFits& fits, const std::vector<Quad>& quads, Point front);
 
 /// A corner's covariance is the larger of two: that of equal noise, as much of it as the frame and
 /// the shot say (`pooled`), enlarged where few errors have told it (`estimatedNoiseFactor`); and

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <limits>
 
-#include "shot/fit/residuals.h"
-
 namespace cornerpin {
 
 namespace {
@@ -16,69 +14,79 @@ constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 // Below this determinant of I - hat the other tracks do not fix the model.
 constexpr double kNoneLeft = 1e-9;
 
-// What the parameters change by when the match, of this weight in the fit, leaves; false when the
-// others do not fix them. With A the normal matrix, S the match's slopes and G = S inv(A) S', the
-// matrix without the match is A - w^2 S'S, whose inverse is
+// What each match pulls the parameters by when it leaves; NaN where the others do not fix them.
+// With A the normal matrix, S the match's slopes and G = S inv(A) S', the matrix without the match
+// is A - w^2 S'S, whose inverse is
 //
 //     inv(A) + w^2 inv(A) S' inv(I - w^2 G) S inv(A)    (Sherman, Morrison, Woodbury).
 //
 // The gradient of the others is w^2 S' r, r being the match's residual, as all together it is 0; so
-// the step is -w^2 inv(A) S' inv(I - w^2 G) r.
-bool stepWithout(const LinearisedFit& fit, const Match& m, double weight, Point r,
-                 Parameters& step) {
-  const Slopes s = fit.slopesAt(m.base);
-  const Symmetric2 g = fit.responseAt(m.base);
-  const double w2 = weight * weight;
-  const double a = 1.0 - w2 * g.xx;
-  const double b = -w2 * g.xy;
-  const double d = 1.0 - w2 * g.yy;
-  const double det = a * d - b * b;
-  if (!(det > kNoneLeft)) return false;
-  const double k = -w2 * fit.scale() / det;
-  const double x = k * (d * r.x - b * r.y);
-  const double y = k * (a * r.y - b * r.x);
-  for (std::size_t i = 0; i < step.size(); ++i) step[i] = s.x[i] * x + s.y[i] * y;
-  step = fit.solve(step);
-  return true;
+// the step is inv(A) S' times the pull -w^2 inv(I - w^2 G) r.
+Columns<2> pullsWithout(const FrameFits& fits, const Symmetric2s& hats) {
+  const std::vector<double>& squares = fits.lastFit().relativeSquares();
+  Columns<2> pulls(squares.size());
+  for (std::size_t i = 0; i < fits.matches().size(); ++i) {
+    const double a = 1.0 - hats[0][i];
+    const double b = -hats[1][i];
+    const double d = 1.0 - hats[2][i];
+    const double det = a * d - b * b;
+    const double k = det > kNoneLeft ? -squares[i] / det : kNone;
+    const double x = fits.residuals()[0][i];
+    const double y = fits.residuals()[1][i];
+    pulls[0][i] = k * (d * x - b * y);
+    pulls[1][i] = k * (a * y - b * x);
+  }
+  return pulls;
 }
 
-double worstMove(const LinearisedFit& fit, const Parameters& step, const Quad& corners) {
-  double worst = 0.0;
-  for (const Point& corner : corners) {
-    const Point d = fit.displacement(corner, step);
-    const double distance = std::hypot(d.x, d.y);
-    if (!std::isfinite(distance)) return kNone;
-    worst = std::max(worst, distance);
+// The largest squared move of a corner when the match leaves: exact for every model, not only to
+// first order. With n = S d the move of a corner's image that its slopes make of a step d, and m
+// the first two of its (x, y, 1) / s, the image moves by n / (1 + m' (d6, d7)).
+std::vector<double> squaredMoves(const FrameFits& fits, const Symmetric2s& hats,
+                                 const Quad& corners) {
+  const SquareMatrix<8>& inverse = fits.lastFit().relativeInverse();
+  const double scale = fits.lastFit().scale();
+  double rows[12][8];
+  for (std::size_t c = 0; c < 4; ++c) {
+    const Slopes s = fits.place().slopesAt(corners[c]);
+    const Parameters depth = {0, 0, 0, 0, 0, 0, scale * s.x[0], scale * s.x[1]};
+    const Parameters of[3] = {multiplied(inverse, s.x), multiplied(inverse, s.y),
+                              multiplied(inverse, depth)};
+    for (std::size_t k = 0; k < 3; ++k) std::copy(of[k].begin(), of[k].end(), rows[3 * c + k]);
   }
-  return worst;
+  const Columns<2> pulls = pullsWithout(fits, hats);
+  std::vector<double> squares(pulls.count());
+  fastestSlopePasses().moves(fits.slopes()[0], pulls[0], rows, pulls.count(), squares.data());
+  return squares;
+}
+
+void addFit(const FrameFits& fits, const Quad& corners, std::vector<TrackInfluence>& result) {
+  const LinearisedFit& fit = fits.lastFit();
+  const Symmetric2s hats = fit.hatsOf(fits.slopes());
+  const std::vector<double> moves = squaredMoves(fits, hats, corners);
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    const double weight = fits.last().weights[i];
+    if (!(weight > 0.0)) continue;
+    const double leverage = (hats[0][i] + hats[2][i]) / 2.0;
+    result[i].weight = weight;
+    result[i].leverage = fit.isDetermined() ? std::clamp(leverage, 0.0, 1.0) : kNone;
+    result[i].influence = fit.isDetermined() ? std::sqrt(moves[i]) : kNone;
+  }
 }
 
 }  // namespace
 
-std::vector<TrackInfluence> influencesOf(const Matches& matches, const FittedFrame& frame,
-                                         const Quad& corners) {
-  std::vector<TrackInfluence> result(matches.size());
+std::vector<TrackInfluence> influencesOf(const FrameFits& fits, const Quad& corners) {
+  std::vector<TrackInfluence> result(fits.matches().size());
   bool fitted = false;
   for (std::size_t i = 0; i < result.size(); ++i) {
-    const Point r = residual(matches[i], frame.h);
-    result[i].track = matches.tracks()[i];
-    result[i].residual = std::hypot(r.x, r.y);
-    fitted = fitted || frame.weights[i] > 0.0;
+    const double x = fits.residuals()[0][i];
+    const double y = fits.residuals()[1][i];
+    result[i].track = fits.matches().tracks()[i];
+    result[i].residual = std::sqrt(x * x + y * y);
+    fitted = fitted || fits.last().weights[i] > 0.0;
   }
-  if (!fitted || frame.model == Model::Held) return result;
-  const LinearisedFit fit(matches, frame);
-  for (std::size_t i = 0; i < result.size(); ++i) {
-    const Match m = matches[i];
-    const double weight = frame.weights[i];
-    if (!(weight > 0.0)) continue;
-    result[i].weight = weight;
-    const double leverage = weight * weight * fit.responseAt(m.base).trace() / 2.0;
-    result[i].leverage = fit.isDetermined() ? std::clamp(leverage, 0.0, 1.0) : kNone;
-    Parameters step{};
-    const bool fixed =
-        fit.isDetermined() && stepWithout(fit, m, weight, residual(m, frame.h), step);
-    result[i].influence = fixed ? worstMove(fit, step, corners) : kNone;
-  }
+  if (fitted && fits.last().model != Model::Held) addFit(fits, corners, result);
   return result;
 }
 

@@ -5,9 +5,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "shot/fit/linearised_fit.h"
-#include "shot/fit/matches.h"
-#include "shot/plane/similarity.h"
+#include "shot/plane/points.h"
+#include "shot/trust/frame_fits.h"
 
 namespace cornerpin {
 
@@ -24,11 +23,11 @@ struct TrackInfluence {
   double influence = 0.0;
 };
 
-/// For each match, in their order. The influence is one step of the fit with the track's two rows
-/// taken out of the normal matrix: exact for models below the projective one, for that one as good
-/// as the fit is linear over the step. The other tracks keep their weights.
-std::vector<TrackInfluence> influencesOf(const Matches& matches, const FittedFrame& frame,
-                                         const Quad& corners);
+/// For each match, in their order, by the weights of the fit's last step. The influence is one step
+/// of the fit with the track's two rows taken out of the normal matrix: exact for models below the
+/// projective one, for that one as good as the fit is linear over the step. The other tracks keep
+/// their weights.
+std::vector<TrackInfluence> influencesOf(const FrameFits& fits, const Quad& corners);
 
 }  // namespace cornerpin
 

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <cstddef>
 
-#include "shot/fit/residuals.h"
-
 namespace cornerpin {
 
 namespace {
@@ -20,6 +18,11 @@ double hidden(double leverage) {
 // m - d and m + d, a function has the value a I + b (hat - m I) with a the mean of its two values,
 // and b their difference over 2 d.
 Point withoutTrack(const Symmetric2& hat, Point r) {
+  if (hat.trace() <= 1.0 - 1.0 / Jackknife::kMostHidden) {  // so no eigenvalue is out of bounds
+    const double det = (1.0 - hat.xx) * (1.0 - hat.yy) - hat.xy * hat.xy;
+    return {((1.0 - hat.yy) * r.x + hat.xy * r.y) / det,
+            (hat.xy * r.x + (1.0 - hat.xx) * r.y) / det};
+  }
   const double m = 0.5 * (hat.xx + hat.yy);
   const double half = 0.5 * (hat.xx - hat.yy);
   const double d = std::sqrt(half * half + hat.xy * hat.xy);
@@ -28,42 +31,36 @@ Point withoutTrack(const Symmetric2& hat, Point r) {
   return {a * r.x + b * (half * r.x + hat.xy * r.y), a * r.y + b * (hat.xy * r.x - half * r.y)};
 }
 
-FittedFrame withoutStiffness(FittedFrame frame) {
-  frame.stiffness.clear();
-  return frame;
-}
-
 }  // namespace
 
 // With S a track's slopes, A the plain normal matrix and G = S inv(A) S', the others' parameters
 // are w^2 inv(A) S' inv(I - w^2 G) r away from those of all (Sherman, Morrison, Woodbury). With a
 // loss the first inverse is that of the fit's own matrix.
-Jackknife::Jackknife(const Matches& matches, const FittedFrame& frame)
-    : plain_(matches, withoutStiffness(frame)), fit_(matches, frame) {
+Jackknife::Jackknife(const FrameFits& fits, const FittedFrame& frame, const LinearisedFit& plain,
+                     const LinearisedFit& fit)
+    : place_(fits.place()), determined_(plain.isDetermined() && fit.isDetermined()) {
+  if (!determined_) return;
+  const Symmetric2s hats = plain.hatsOf(fits.slopes());
+  Symmetric2s v(fits.matches().size());
   double count = 0.0;
-  for (std::size_t t = 0; t < matches.size(); ++t) {
-    if (!(frame.weights[t] > 0.0)) continue;
+  for (std::size_t i = 0; i < fits.matches().size(); ++i) {
+    if (!(frame.weights[i] > 0.0)) continue;
     count += 1.0;
-    const double w2 = frame.weights[t] * frame.weights[t];
-    const Match match = matches[t];
-    const Slopes s = fit_.slopesAt(match.base);
-    const Point r =
-        withoutTrack(times(w2, plain_.responseAt(match.base)), residual(match, frame.h));
-    const Parameters x = fit_.solve(s.x);
-    const Parameters y = fit_.solve(s.y);
-    Parameters step{};
-    for (std::size_t i = 0; i < 8; ++i) step[i] = w2 * (r.x * x[i] + r.y * y[i]);
-    for (std::size_t i = 0; i < 8; ++i) {
-      for (std::size_t j = 0; j < 8; ++j) covariance_[i][j] += step[i] * step[j];
-    }
+    const double w2 = plain.relativeSquares()[i];
+    const Point r = withoutTrack({hats[0][i], hats[1][i], hats[2][i]},
+                                 {fits.residuals()[0][i], fits.residuals()[1][i]});
+    const Point pull = {w2 * r.x, w2 * r.y};
+    v[0][i] = pull.x * pull.x;
+    v[1][i] = pull.x * pull.y;
+    v[2][i] = pull.y * pull.y;
   }
-  for (Parameters& row : covariance_) {
-    for (double& element : row) element *= (count - 1.0) / count;
-  }
+  const SquareMatrix<8>& inverse = fit.relativeInverse();
+  covariance_ = multiplied(inverse, multiplied(sumOfProducts(fits.slopes(), v), inverse));
+  for (double& element : covariance_) element *= (count - 1.0) / count;
 }
 
 Symmetric2 Jackknife::covarianceAt(Point base) const {
-  return covarianceOf(fit_.slopesAt(base), covariance_);
+  return covarianceOf(place_.slopesAt(base), covariance_);
 }
 
 }  // namespace cornerpin

@@ -2,10 +2,8 @@
 #ifndef SHOT_TRUST_JACKKNIFE_H
 #define SHOT_TRUST_JACKKNIFE_H
 
-#include <array>
-
 #include "shot/fit/linearised_fit.h"
-#include "shot/fit/matches.h"
+#include "shot/trust/frame_fits.h"
 
 namespace cornerpin {
 
@@ -26,20 +24,30 @@ namespace cornerpin {
 /// left out pulls less the further it is off: all moves are larger.
 class Jackknife {
  public:
-  Jackknife(const Matches& matches, const FittedFrame& frame);
+  /// Of the fit with the weights and the stiffness of its last step.
+  static Jackknife ofLast(const FrameFits& fits) {
+    return {fits, fits.last(), fits.lastFit(), fits.stiffFit()};
+  }
+  /// Of plain squares of the good tracks.
+  static Jackknife ofGood(const FrameFits& fits) {
+    return {fits, fits.good(), fits.goodFit(), fits.goodFit()};
+  }
 
   /// False where the tracks do not fix the fit (`LinearisedFit::isDetermined`), or where so many
   /// are nearly left out that it has no stiffness; the rest then means nothing.
-  bool isDetermined() const { return plain_.isDetermined() && fit_.isDetermined(); }
+  bool isDetermined() const { return determined_; }
   /// Of the image of a point that is exact in the base frame, in pixels^2.
   Symmetric2 covarianceAt(Point base) const;
 
   static constexpr double kMostHidden = 8.0;
 
  private:
-  LinearisedFit plain_;  // as if the weights were given
-  LinearisedFit fit_;
-  std::array<Parameters, 8> covariance_{};  // of the parameters
+  Jackknife(const FrameFits& fits, const FittedFrame& frame, const LinearisedFit& plain,
+            const LinearisedFit& fit);
+
+  FitPlace place_;
+  bool determined_;
+  SquareMatrix<8> covariance_{};  // of the parameters
 };
 
 }  // namespace cornerpin

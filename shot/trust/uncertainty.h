@@ -2,10 +2,9 @@
 #ifndef SHOT_TRUST_UNCERTAINTY_H
 #define SHOT_TRUST_UNCERTAINTY_H
 
-#include <array>
-
 #include "shot/fit/linearised_fit.h"
 #include "shot/fit/matches.h"
+#include "shot/trust/frame_fits.h"
 
 namespace cornerpin {
 
@@ -23,6 +22,8 @@ namespace cornerpin {
 class Uncertainty {
  public:
   Uncertainty(const Matches& matches, const FittedFrame& frame);
+  /// Of the good tracks.
+  explicit Uncertainty(const FrameFits& fits);
 
   /// `LinearisedFit::isDetermined`; without it there are no figures.
   bool isDetermined() const { return fit_.isDetermined(); }
@@ -32,7 +33,6 @@ class Uncertainty {
   /// How many errors told the noise: two for each track beyond those that the model meets. 0 where
   /// there is none.
   double freedom() const { return freedom_; }
-  const LinearisedFit& fit() const { return fit_; }
   /// The covariance of the image of a point that is exact in the base frame, in pixels^2.
   Symmetric2 covarianceAt(Point base) const;
   /// The same for noise of 1 pixel, whatever the residuals say.
@@ -42,8 +42,7 @@ class Uncertainty {
 
  private:
   LinearisedFit fit_;
-  std::array<Parameters, 8>
-      unitCovariance_{};  // of the parameters, for noise of 1: inv(A) B inv(A)
+  SquareMatrix<8> unitCovariance_{};  // of the parameters, for noise of 1: inv(A) B inv(A)
   double noise_;
   double freedom_ = 0.0;
 };

@@ -447,7 +447,7 @@ TEST(ShotSweeps, TellsTheCornersOfHandedOverFramesByTheWholeShot) {
     FittedFrame last = fitted;
     last.weights = lossWeights(used, frame.h, result.baseCentre, frame.loss, frame.width);
     last.stiffness = lossStiffness(used, frame.h, frame.loss, frame.width);
-    errors.push_back(errorsOf(used, fitted, last, quads, result.baseCentre));
+    errors.push_back(errorsOf(FrameFits(used, fitted, last), quads, result.baseCentre));
     noises.push_back({errors[f].noise * errors[f].noise, errors[f].freedom});
     for (std::size_t i = 0; i < used.size(); ++i) {
       const Match m = used[i];

@@ -33,6 +33,12 @@ FrameErrors errorsWith(double noise, double freedom, const Symmetric2& jackknife
           {{jackknife, jackknife, jackknife, jackknife}}};
 }
 
+FrameErrors errorsIn(const lists::Frame& frame, const Quad& corners, Point front) {
+  const Matches matches = frame.arrays();
+  const FittedFrame fitted = frame.fitted();
+  return errorsOf(FrameFits(matches, fitted, fitted), {corners}, front);
+}
+
 Symmetric2 figureOf(const FrameErrors& errors, const NoiseEstimate& shot) {
   const FrameFigures figures = figuresOf(errors, shot);
   EXPECT_EQ(figures.quads.size(), 1u);
@@ -56,8 +62,7 @@ TEST(ErrorsOf, AShiftAreThoseOfAMeanInEveryCorner) {
                               {{{1, 0, 10}, {0, 1, 0}, {0, 0, 1}}},
                               {{{-3, 0}, {7, -3}}, {{3, 0}, {13, 3}}}};
   const Quad corners = {{{0, 0}, {50, 0}, {50, 60}, {-1e4, 7}}};
-  const FrameErrors errors =
-      errorsOf(frame.arrays(), frame.fitted(), frame.fitted(), {corners}, {0, 0});
+  const FrameErrors errors = errorsIn(frame, corners, {0, 0});
   EXPECT_NEAR(errors.noise, std::sqrt(4.5), 1e-12);
   EXPECT_EQ(errors.freedom, 2.0);
   for (std::size_t c = 0; c < 4; ++c) {
@@ -69,8 +74,7 @@ TEST(ErrorsOf, AShiftAreThoseOfAMeanInEveryCorner) {
 TEST(ErrorsOf, AHeldFrameAreNotKnown) {
   lists::Frame frame = {Model::Held, kIdentity, {{{-3, 0}, {7, -3}}, {{3, 0}, {13, 3}}}};
   const Quad corners = {{{0, 0}, {50, 0}, {50, 60}, {0, 60}}};
-  const FrameErrors errors =
-      errorsOf(frame.arrays(), frame.fitted(), frame.fitted(), {corners}, {0, 0});
+  const FrameErrors errors = errorsIn(frame, corners, {0, 0});
   EXPECT_TRUE(std::isnan(errors.ofOne[0][0].xx));
   EXPECT_TRUE(std::isnan(errors.jackknife[0][0].xx));
   EXPECT_EQ(errors.freedom, 0.0);
@@ -126,14 +130,12 @@ TEST(FiguresOf, AFrameHaveNoneForACornerOnOrBehindTheHorizon) {
     frame.matches.push_back({p, {q.x + (i % 2 ? 0.5 : -0.5), q.y}});
   }
   const Quad corners = {{{20, 0}, {99, 0}, {100, 5}, {101, 0}}};
-  const FrameFigures before =
-      figuresOf(errorsOf(frame.arrays(), frame.fitted(), frame.fitted(), {corners}, {0, 0}), {});
+  const FrameFigures before = figuresOf(errorsIn(frame, corners, {0, 0}), {});
   EXPECT_GT(before.deviations()[0], 0.0);
   EXPECT_GT(before.deviations()[1], before.deviations()[0]);
   EXPECT_TRUE(std::isnan(before.deviations()[2]));
   EXPECT_TRUE(std::isnan(before.deviations()[3]));
-  const FrameFigures behind =
-      figuresOf(errorsOf(frame.arrays(), frame.fitted(), frame.fitted(), {corners}, {200, 0}), {});
+  const FrameFigures behind = figuresOf(errorsIn(frame, corners, {200, 0}), {});
   EXPECT_TRUE(std::isnan(behind.deviations()[1]));
   EXPECT_TRUE(std::isnan(behind.deviations()[2]));
   EXPECT_GT(behind.deviations()[3], 0.0);

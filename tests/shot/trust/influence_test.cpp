@@ -31,7 +31,9 @@ std::vector<Match> noisyMatches(std::size_t count, double noise) {
 }
 
 std::vector<TrackInfluence> influencesIn(const Frame& frame) {
-  return influencesOf(frame.arrays(), frame.fitted(), kCorners);
+  const Matches matches = frame.arrays();
+  const FittedFrame fitted = frame.fitted();
+  return influencesOf(FrameFits(matches, fitted, fitted), kCorners);
 }
 
 double worstMove(const Homography& a, const Homography& b) {

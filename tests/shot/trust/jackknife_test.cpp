@@ -20,9 +20,13 @@ namespace {
 const Point kCorner = {560, 430};
 const Homography kTilted = {{{1.1, 0.12, 30}, {-0.15, 0.95, -20}, {4e-4, -3e-4, 1}}};
 
+Symmetric2 covarianceOf(const Matches& matches, const FittedFrame& fitted) {
+  return Jackknife::ofLast(FrameFits(matches, fitted, fitted)).covarianceAt(kCorner);
+}
+
 Symmetric2 covarianceOf(const Frame& frame) {
   const Matches matches = frame.arrays();
-  return Jackknife(matches, frame.fitted()).covarianceAt(kCorner);
+  return covarianceOf(matches, frame.fitted());
 }
 
 // Noise of its own for each track.
@@ -117,9 +121,9 @@ TEST(Jackknife, IsThatOfFitsWithALossWithoutEachTrack) {
   const Matches matches = frame.arrays();
   FittedFrame fitted = frame.fitted();
   fitted.weights = lossWeights(matches, frame.h, {300, 200}, Loss::Tukey, kWidth);
-  const double ofSquares = Jackknife(matches, fitted).covarianceAt(kCorner).trace();
+  const double ofSquares = covarianceOf(matches, fitted).trace();
   fitted.stiffness = lossStiffness(matches, frame.h, Loss::Tukey, kWidth);
-  const double ofLoss = Jackknife(matches, fitted).covarianceAt(kCorner).trace();
+  const double ofLoss = covarianceOf(matches, fitted).trace();
   std::printf("moved %.5f, of squares %.5f, of the loss %.5f\n", moved, ofSquares, ofLoss);
   EXPECT_NEAR(ofLoss / moved, 1.0, 0.15);
   EXPECT_LT(ofSquares / moved, 0.8);
