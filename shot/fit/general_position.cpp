@@ -3,12 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "shot/fit/lapack.h"
+#include "shot/fit/track_slopes.h"
 
 namespace cornerpin {
 
 namespace {
+
+constexpr double kClear = 10.0 * kGeneralPosition;  // of the ratio
 
 // The points centred on their mean and scaled to an RMS distance of sqrt(2); none when they
 // coincide.
@@ -38,6 +42,46 @@ Points normalised(const Points& points) {
   return result;
 }
 
+// By the pivots of an elimination.
+bool isPositiveDefinite(SquareMatrix<8>& a) {
+  for (std::size_t k = 0; k < 8; ++k) {
+    const double pivot = a[k * 8 + k];
+    if (!(pivot > 0.0)) return false;
+    for (std::size_t j = k + 1; j < 8; ++j) {
+      const double factor = a[k * 8 + j] / pivot;
+      for (std::size_t i = k + 1; i < 8; ++i) a[j * 8 + i] -= factor * a[k * 8 + i];
+    }
+  }
+  return true;
+}
+
+// Whether the ratio is far above its limit, without eigenvalues: the largest is no more than their
+// sum, the trace, and all are above a number by which the diagonal can be lowered. The system's
+// rows are the slopes of the identity.
+bool isClear(const Points& points) {
+  const double count = static_cast<double>(points.size());
+  Point sum;
+  double squares = 0.0;
+  for (std::size_t i = 0; i < points.size(); ++i)
+    sum = {sum.x + points.x()[i], sum.y + points.y()[i]};
+  const Point mean = {sum.x / count, sum.y / count};
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    squares += squaredDistance({points.x()[i], points.y()[i]}, mean);
+  }
+  const double scale = std::sqrt(2.0 * count / squares);
+  if (!std::isnormal(scale)) return false;
+  Symmetric2s alike(points.size());
+  std::fill_n(alike[0], points.size(), 1.0);
+  std::fill_n(alike[2], points.size(), 1.0);
+  std::vector<double> weights(alike[0], alike[0] + alike.count());
+  SquareMatrix<8> normal =
+      sumOfProducts(trackSlopes(points, {mean, scale}, kIdentity, weights), alike);
+  double trace = 0.0;
+  for (std::size_t i = 0; i < 8; ++i) trace += normal[i * 8 + i];
+  for (std::size_t i = 0; i < 8; ++i) normal[i * 8 + i] -= kClear * kClear * trace;
+  return isPositiveDefinite(normal);
+}
+
 }  // namespace
 
 // A homography's eight parameters are fixed when the linear system of the identity, u s = U and
@@ -56,6 +100,8 @@ double positionRatio(const Points& points) {
   return std::sqrt(std::max(squares.front(), 0.0) / squares.back());
 }
 
-bool inGeneralPosition(const Points& points) { return positionRatio(points) > kGeneralPosition; }
+bool inGeneralPosition(const Points& points) {
+  return isClear(points) || positionRatio(points) > kGeneralPosition;
+}
 
 }  // namespace cornerpin

@@ -70,6 +70,15 @@ TEST(GeneralPosition, EndsAtOnePartInAHundredThousand) {
   EXPECT_FALSE(inGeneralPosition(strip(thicknessOf(0.98e-5))));
 }
 
+// Whatever is decided without the ratio.
+TEST(GeneralPosition, IsWhatTheRatioSays) {
+  for (double thickness = 1.0; thickness > 1e-7; thickness *= 0.9) {
+    const Points points = moved(strip(thickness), 700.0, {900, -400});
+    EXPECT_EQ(inGeneralPosition(points), positionRatio(points) > cornerpin::kGeneralPosition)
+        << thickness;
+  }
+}
+
 TEST(GeneralPosition, HoldsForASquare) {
   EXPECT_TRUE(inGeneralPosition(kSquare));
   EXPECT_GT(positionRatio(kSquare), 0.1);
