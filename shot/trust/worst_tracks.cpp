@@ -2,11 +2,11 @@
 #include "shot/trust/worst_tracks.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <tuple>
-#include <utility>
 
 #include "shot/plane/median.h"
 
@@ -25,29 +25,33 @@ double unfitted(const TrackInfluence& t) { return t.residual / std::sqrt(1.0 - t
 }  // namespace
 
 void WorstTracks::addFrame(int frame, const std::vector<TrackInfluence>& influences) {
-  std::vector<double> residuals;
-  for (const TrackInfluence& t : influences) {
-    if (t.weight > 0.0 && std::isfinite(unfitted(t))) residuals.push_back(unfitted(t));
+  residuals_.clear();
+  std::array<std::size_t, kPerFrame> greatest{};  // the greatest first
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < influences.size(); ++i) {
+    const TrackInfluence& t = influences[i];
+    if (t.weight > 0.0 && std::isfinite(unfitted(t))) residuals_.push_back(unfitted(t));
+    if (!(t.influence > 0.0)) continue;
+    const auto isGreater = [&](std::size_t other) {
+      return std::tie(influences[other].influence, t.track) <
+             std::tie(t.influence, influences[other].track);
+    };
+    if (kept == kPerFrame && !isGreater(greatest.back())) continue;
+    std::size_t place = kept < kPerFrame ? kept++ : kPerFrame - 1;
+    for (; place > 0 && isGreater(greatest[place - 1]); --place) {
+      greatest[place] = greatest[place - 1];
+    }
+    greatest[place] = i;
   }
   double deviation = kNone;
-  if (residuals.size() >= kFewest) {
-    deviation = lowerMedian(std::move(residuals)) / kMedianOfLengths;
+  if (residuals_.size() >= kFewest) {
+    deviation = lowerMedian(residuals_) / kMedianOfLengths;
     deviations_.push_back(deviation);
   }
-  std::vector<Entry> entries;
-  for (const TrackInfluence& t : influences) {
-    if (t.influence > 0.0) {
-      entries.push_back({t.track, frame, t.influence, unfitted(t), deviation});
-    }
+  for (std::size_t k = 0; k < kept; ++k) {
+    const TrackInfluence& t = influences[greatest[k]];
+    entries_.push_back({t.track, frame, t.influence, unfitted(t), deviation});
   }
-  const auto greater = [](const Entry& a, const Entry& b) {
-    return std::tie(b.moves, a.track) < std::tie(a.moves, b.track);
-  };
-  const std::size_t kept = std::min(entries.size(), kPerFrame);
-  std::partial_sort(entries.begin(), entries.begin() + static_cast<std::ptrdiff_t>(kept),
-                    entries.end(), greater);
-  entries_.insert(entries_.end(), entries.begin(),
-                  entries.begin() + static_cast<std::ptrdiff_t>(kept));
 }
 
 TrackStretch WorstTracks::judged(const Entry& entry, double usual) const {

@@ -63,6 +63,7 @@ class WorstTracks {
   double visible_;
   std::vector<Entry> entries_;
   std::vector<double> deviations_;  // of the frames that have one
+  std::vector<double> residuals_;   // room for those of a frame
 };
 
 }  // namespace cornerpin
