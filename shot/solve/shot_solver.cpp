@@ -148,7 +148,7 @@ class ShotSolver {
     const FittedFrame good = sweeps_.fittedAs(result, used);
     FittedFrame last = good;
     const bool solved = result.verdict.status == Status::Solved;
-    if (solved) addResiduals(result, used, good.weights);
+    if (solved && result.handedOver > 0) addResiduals(result, used, good.weights);
     const bool bent = solved && sweeps_.toldBad(result);
     if (bent) addRecords(used, good.weights);
     if (bent) last.weights = lossWeights(used, result.h, front, result.loss, result.width);
@@ -160,7 +160,7 @@ class ShotSolver {
     if (options_.influences) result.influences = std::move(influences);
     result.why = whyOf(result);
     result.reason = reasonOf(result.verdict);
-    addUses(result);
+    addUses(result, used, good.weights);
   }
 
   // Of the good tracks whose places other frames have told.
@@ -238,22 +238,27 @@ class ShotSolver {
     return frames;
   }
 
-  // What each track that is seen in a frame is there. A track that the fit did without may still
-  // keep to its place.
-  void addUses(const FrameResult& result) {
-    const Matches known = sweeps_.surfaceMap().matchesIn(tracks_, result.frame);
-    std::vector<double> weights = known.weights();
-    if (sweeps_.toldBad(result))
-      weights = goodWeights(known, result.h, result_.baseCentre, result.sigma);
+  // What each track that is seen in a frame is there.
+  void addUses(const FrameResult& result, const Matches& used, const std::vector<double>& weights) {
     const bool held = result.verdict.status == Status::Held;
     std::size_t i = 0;  // of the matches, which have the order of the observations
     for (const Observation& o : tracks_.inFrame(result.frame)) {
       if (!(o.weight > 0.0f)) continue;
-      const bool isKnown = i < known.size() && known.tracks()[i] == o.track;
-      const bool good = isKnown && weights[i] > 0.0 && !held;
-      runs_.add(o.track, result.frame, good ? TrackUse::Good : TrackUse::Ignored);
-      if (isKnown) ++i;
+      const bool isUsed = i < used.size() && used.tracks()[i] == o.track;
+      const bool good = isUsed ? weights[i] > 0.0 : keepsToPlace(o, result);
+      runs_.add(o.track, result.frame, good && !held ? TrackUse::Good : TrackUse::Ignored);
+      if (isUsed) ++i;
     }
+  }
+
+  // Of a track that the fit did without: it may still be good.
+  bool keepsToPlace(const Observation& o, const FrameResult& result) const {
+    const SurfaceMap& map = sweeps_.surfaceMap();
+    if (!map.knows(o.track)) return false;
+    if (!sweeps_.toldBad(result)) return true;
+    const Matches one = {
+        {map.placeOf(o.track), {o.x, o.y}, static_cast<double>(o.weight), o.track}};
+    return goodWeights(one, result.h, result_.baseCentre, result.sigma).front() > 0.0;
   }
 
   // The standard deviation of one coordinate of a track in the median frame.

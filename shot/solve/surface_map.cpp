@@ -26,8 +26,10 @@ SurfaceMap::SurfaceMap(const BaseFrame& base, std::size_t tracks)
 bool SurfaceMap::knows(int track) const { return !std::isnan(placeOf(track).x); }
 
 Matches SurfaceMap::matchesIn(const Tracks& tracks, int frame) const {
+  const Tracks::Range seen = tracks.inFrame(frame);
   Matches matches;
-  for (const Observation& o : tracks.inFrame(frame)) {
+  matches.reserve(static_cast<std::size_t>(seen.last - seen.first));
+  for (const Observation& o : seen) {
     if (!(o.weight > 0.0f) || !knows(o.track)) continue;
     matches.add({placeOf(o.track), {o.x, o.y}, static_cast<double>(o.weight), o.track});
   }
