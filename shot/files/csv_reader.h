@@ -12,11 +12,23 @@
 
 namespace cornerpin {
 
+/// Without the blanks and tabs at both ends.
+inline std::string_view trimmed(std::string_view text) {
+  const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
 /// Reads the records of a comma-separated file one by one, in memory proportional to the longest.
 ///
 /// Takes quoted fields (with line ends inside), LF, CRLF and CR line ends, a leading byte-order
 /// mark, and skips blank lines. Blanks around an unquoted field are dropped. Throws `InputError`
 /// when the file cannot be read, for a stray quote, and for a quote that is never closed.
+///
+/// Cost: a line without a quote is cut at its commas where it stands in the file's block; only
+/// lines with one go through libcsv. Blocks are read, not mapped, so that a file that somebody cuts
+/// off meanwhile simply ends there.
 class CsvReader {
  public:
   /// "-" reads standard input, which errors call "<stdin>".
@@ -30,17 +42,30 @@ class CsvReader {
 
   std::size_t fieldCount() const { return ends_.size(); }
   /// Field i of the current record; valid until `next`.
-  std::string_view field(std::size_t i) const;
+  std::string_view field(std::size_t i) const {
+    const std::size_t begin = i == 0 ? 0 : ends_[i - 1] + 1;
+    const std::string_view text(text_ + begin, ends_[i] - begin);
+    return padded_ ? trimmed(text) : text;
+  }
   /// The line on which the current record starts, from 1; lines past 2^32 - 1 are not counted.
   std::uint32_t line() const { return recordLine_; }
   const std::string& name() const { return name_; }
 
+  /// About how many records the whole file has, from the lines in a sample of it; none for what is
+  /// not a plain file.
+  std::size_t estimatedRecords() const;
+
  private:
   static void onField(void* text, std::size_t length, void* self);
   static void onRecord(int terminator, void* self);
+  bool nextLine();
+  bool scan();
+  void countLine();
   bool fill();
-  std::string_view nextPiece();
-  void feed(std::string_view piece);
+  std::size_t readSome(char* to, std::size_t most);
+  void parseQuoted();
+  void feedLine();
+  std::string_view line(std::size_t length) const { return {buffer_.data() + begin_, length}; }
   [[noreturn]] void fail(const std::string& text) const;
 
   std::string name_;
@@ -48,19 +73,26 @@ class CsvReader {
   csv_parser parser_;
 
   std::vector<char> buffer_;
-  std::size_t position_ = 0;
+  std::size_t begin_ = 0;   // of the current line
+  std::size_t length_ = 0;  // of it without its end
+  std::size_t next_ = 0;    // behind its end
   std::size_t filled_ = 0;
   bool ended_ = false;
+  bool hasQuote_ = false;
+  bool hasBlank_ = false;
 
-  std::uint32_t line_ = 1;  // of the piece to be fed next
+  std::uint32_t nextNumber_ = 1;  // of the line behind the current one
   bool afterReturn_ = false;
   std::uint32_t recordLine_ = 1;
-  bool begun_ = false;
+
+  const char* text_ = nullptr;     // the record's fields, each with one character behind it
+  std::vector<std::size_t> ends_;  // where each of them ends
+  bool padded_ = false;            // blanks may stand around them that do not belong to them
+
+  std::string parsed_;  // the fields of a record with a quote
+  std::vector<std::size_t> parsedEnds_;
   bool complete_ = false;
   bool outOfMemory_ = false;
-
-  std::string text_;               // the record's fields, one behind the other
-  std::vector<std::size_t> ends_;  // where each of them ends
 };
 
 }  // namespace cornerpin

@@ -40,12 +40,6 @@ std::string shown(std::string_view value) {
   return "\"" + text + (value.size() > kShownLength ? "...\"" : "\"");
 }
 
-std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
 // The whole text as a number; a leading plus is fine.
 template <class T>
 bool parses(std::string_view text, T& value) {

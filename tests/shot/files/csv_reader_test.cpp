@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "shot/files/input_error.h"
+#include "tests/shot/random.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -17,14 +19,15 @@ namespace {
 
 using Record = std::pair<unsigned, std::vector<std::string>>;  // its line and its fields
 
+Record recordOf(const CsvReader& reader) {
+  Record record = {reader.line(), {}};
+  for (std::size_t i = 0; i < reader.fieldCount(); ++i) record.second.emplace_back(reader.field(i));
+  return record;
+}
+
 std::vector<Record> recordsFrom(CsvReader& reader) {
   std::vector<Record> records;
-  while (reader.next()) {
-    records.push_back({reader.line(), {}});
-    for (std::size_t i = 0; i < reader.fieldCount(); ++i) {
-      records.back().second.emplace_back(reader.field(i));
-    }
-  }
+  while (reader.next()) records.push_back(recordOf(reader));
   return records;
 }
 
@@ -93,6 +96,154 @@ TEST(CsvReader, JoinsWhatTheEndsOfItsBlocksPart) {
     EXPECT_EQ(recordsOf(first + ",\"q\"\"\"\r\nb\r\n"),
               (std::vector<Record>{{1, {first, "q\""}}, {2, {"b"}}}))
         << length;
+  }
+}
+
+TEST(CsvReader, TakesLinesLongerThanItsBlocks) {
+  std::string line = "a";
+  for (int i = 1; i < 500000; ++i) line += i % 2 == 0 ? ", b" : ",c";
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "x\n" + line + "\ny," + std::string(700000, 'z'));
+  CsvReader reader(folder / "in.csv");
+  ASSERT_TRUE(reader.next() && reader.next());
+  ASSERT_EQ(reader.fieldCount(), 500000u);
+  for (std::size_t i = 1; i < 500000; ++i) ASSERT_EQ(reader.field(i), i % 2 == 0 ? "b" : "c");
+  ASSERT_TRUE(reader.next());
+  EXPECT_EQ(reader.field(1), std::string(700000, 'z'));
+  EXPECT_EQ(reader.line(), 3u);
+  EXPECT_FALSE(reader.next());
+}
+
+namespace {
+
+// The CSV library fed with one byte after the other: the records, and what is refused.
+class ByteByByte {
+ public:
+  explicit ByteByByte(const std::string& text) {
+    csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI);
+    const std::size_t mark = text.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+    for (std::size_t i = mark; i < text.size() && refusal.empty(); ++i) take(text[i]);
+    if (refusal.empty() && csv_fini(&parser_, onField, onRecord, this) != 0) {
+      refusal = at() + "a quote is never closed";
+    }
+    csv_free(&parser_);
+    if (refusal.empty()) refusal = "accepted";
+  }
+  ByteByByte(const ByteByByte&) = delete;
+  ByteByByte& operator=(const ByteByByte&) = delete;
+
+  std::vector<Record> records;
+  std::string refusal;
+
+ private:
+  void take(char c) {
+    if (!begun_ && std::string(" \t\r\n").find(c) == std::string::npos) {
+      begun_ = true;
+      begin_ = line_;
+    }
+    if (csv_parse(&parser_, &c, 1, onField, onRecord, this) != 1) {
+      refusal = at() + "a quote stands where none belongs";
+    }
+    line_ += c == '\r' || (c == '\n' && last_ != '\r');
+    last_ = c;
+  }
+  std::string at() const { return ":" + std::to_string(begin_) + ": "; }
+
+  static void onField(void* text, std::size_t length, void* self) {
+    static_cast<ByteByByte*>(self)->fields_.emplace_back(static_cast<const char*>(text), length);
+  }
+  static void onRecord(int, void* self) {
+    auto& me = *static_cast<ByteByByte*>(self);
+    me.records.push_back({me.begin_, me.fields_});
+    me.fields_.clear();
+    me.begun_ = false;
+  }
+
+  csv_parser parser_;
+  std::vector<std::string> fields_;
+  unsigned line_ = 1;
+  unsigned begin_ = 1;
+  bool begun_ = false;
+  char last_ = '\0';
+};
+
+std::string oneOf(made::Random& random, const std::vector<std::string>& pieces) {
+  return pieces[static_cast<std::size_t>(random.real(0.0, static_cast<double>(pieces.size())))];
+}
+
+// Mostly well-formed text: fields with and without quotes, and now and then a quote anywhere.
+std::string randomText(made::Random& random) {
+  const std::vector<std::string> plain = {"a",
+                                          "-",
+                                          "+",
+                                          ".",
+                                          "7",
+                                          "\xFF",
+                                          "!",
+                                          "/",
+                                          " ",
+                                          "\t",
+                                          ";",
+                                          std::string(1, '\0'),
+                                          "\xEF\xBB\xBF",
+                                          "longer text"};
+  const std::vector<std::string> inside = {"a",    " ",    ",",  "\n",         "\r",
+                                           "\r\n", "\"\"", "\t", "longer text"};
+  const std::vector<std::string> behind = {",",  ",",    ",",    ",",   "\n",
+                                           "\r", "\r\n", "\n\n", " \n", "\n \t\r\n"};
+  std::string text;
+  const double count = random.real(0.0, 40.0);
+  for (double n = 0.0; n < count; ++n) {
+    const bool quoted = random.chance(0.2);
+    if (quoted) text += random.chance(0.3) ? " \"" : "\"";
+    while (random.chance(0.6)) text += oneOf(random, quoted ? inside : plain);
+    if (quoted) text += random.chance(0.3) ? "\"\t" : "\"";
+    if (random.chance(0.01)) text += '"';
+    text += oneOf(random, behind);
+  }
+  if (random.chance(0.5) && !text.empty()) text.pop_back();
+  return text;
+}
+
+// Whether the text is refused; what comes before that is compared as well.
+bool readsLikeByteByByte(const std::string& path, const std::string& text) {
+  writeFile(path, text);
+  const ByteByByte expected(text);
+  std::vector<Record> records;
+  std::string refusal = "accepted";
+  try {
+    CsvReader reader(path);
+    while (reader.next()) records.push_back(recordOf(reader));
+  } catch (const InputError& error) {
+    refusal = std::string(error.what()).substr(path.size());
+  }
+  EXPECT_EQ(refusal, expected.refusal) << text;
+  EXPECT_EQ(records, expected.records) << text;
+  return refusal != "accepted";
+}
+
+}  // namespace
+
+TEST(CsvReader, ReadsRandomTextLikeTheCsvLibrary) {
+  const TemporaryFolder folder;
+  made::Random random(14);
+  int refused = 0;
+  for (int i = 0; i < 600 && !HasFailure(); ++i) {
+    refused += readsLikeByteByByte(folder / "in.csv", randomText(random));
+  }
+  EXPECT_GT(refused, 100);
+  EXPECT_LT(refused, 300);
+}
+
+// The block ends at every byte of the text in turn.
+TEST(CsvReader, ReadsRandomTextAtTheEndOfABlockLikeTheCsvLibrary) {
+  constexpr std::size_t kBlock = std::size_t{256} * 1024;
+  const TemporaryFolder folder;
+  made::Random random(15);
+  for (std::size_t i = 0; i < 100 && !HasFailure(); ++i) {
+    const std::string text = randomText(random);
+    const std::size_t before = kBlock - std::min(text.size(), i);
+    readsLikeByteByByte(folder / "in.csv", std::string(before - 1, 'x') + "\n" + text);
   }
 }
 
@@ -177,4 +328,37 @@ TEST(CsvReader, SaysThatStandardInputIsClosed) {
   } catch (const InputError& error) {
     EXPECT_STREQ(error.what(), "<stdin>: standard input is closed");
   }
+}
+
+TEST(CsvReader, EstimatesTheRecordsOfASmallFileByItsLines) {
+  const TemporaryFolder folder;
+  const auto estimated = [&](const std::string& text) {
+    writeFile(folder / "in.csv", text);
+    return CsvReader(folder / "in.csv").estimatedRecords();
+  };
+  for (const std::string end : {"\n", "\r", "\r\n", "\n\n"}) {
+    std::string text;
+    for (int i = 0; i < 100; ++i) text += "a,b" + end;
+    EXPECT_NEAR(static_cast<double>(estimated(text)), 100.0, 1.0);
+  }
+  EXPECT_EQ(estimated(""), 0u);
+}
+
+// Its lines get longer and then shorter.
+TEST(CsvReader, EstimatesTheRecordsOfALargeFileFromASample) {
+  constexpr int kRows = 200000;
+  std::string text;
+  for (int i = 0; i < kRows; ++i)
+    text += std::to_string(std::min(i, 3 * (kRows - i)) % 100000) + ",b,c\n";
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", text);
+  CsvReader reader(folder / "in.csv");
+  EXPECT_NEAR(static_cast<double>(reader.estimatedRecords()), kRows, 0.02 * kRows);
+  ASSERT_TRUE(reader.next());
+  EXPECT_EQ(reader.field(0), "0");  // what was looked at is still to be read
+}
+
+TEST(CsvReader, EstimatesNothingForAPipe) {
+  const StandardInput input("a,b\nc,d\n");
+  EXPECT_EQ(CsvReader("-").estimatedRecords(), 0u);
 }
