@@ -2,13 +2,17 @@
 #include "tests/support/allocations.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
 
 std::size_t madeCount = 0;
 std::size_t liveCount = 0;
+std::size_t liveBytes = 0;
+std::size_t peakBytes = 0;
 std::size_t untilFailure = 0;  // 0: disarmed
 bool hasFailed = false;
 
@@ -21,6 +25,8 @@ void* allocate(std::size_t bytes) {
   if (block == nullptr) throw std::bad_alloc();
   ++madeCount;
   ++liveCount;
+  liveBytes += ::malloc_usable_size(block);
+  peakBytes = std::max(peakBytes, liveBytes);
   return block;
 }
 
@@ -35,6 +41,7 @@ void* allocateOrNull(std::size_t bytes) noexcept {
 void deallocate(void* block) noexcept {
   if (block == nullptr) return;
   --liveCount;
+  liveBytes -= ::malloc_usable_size(block);
   std::free(block);
 }
 
@@ -58,6 +65,13 @@ namespace allocations {
 
 std::size_t made() { return madeCount; }
 std::size_t live() { return liveCount; }
+
+std::size_t peakBytesOf(const std::function<void()>& action) {
+  const std::size_t before = liveBytes;
+  peakBytes = liveBytes;
+  action();
+  return peakBytes - before;
+}
 
 FailAt::FailAt(std::size_t k) {
   hasFailed = false;

@@ -13,6 +13,9 @@ namespace allocations {
 std::size_t made();  // since the program started
 std::size_t live();  // not released yet
 
+// How many bytes more than before were taken at most while the action ran.
+std::size_t peakBytesOf(const std::function<void()>& action);
+
 // Makes the k-th allocation from now on (counted from 1) throw std::bad_alloc, once. Disarmed by
 // the destructor.
 class FailAt {

@@ -3,10 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "shot/files/input_error.h"
+#include "tests/shot/random.h"
+#include "tests/support/allocations.h"
 #include "tests/support/files.h"
 
 using cornerpin::InputError;
@@ -120,6 +125,117 @@ TEST(ReadTracks, FindsAFramesObservations) {
   EXPECT_EQ(count(10), 0);
 }
 
+namespace {
+
+// A number as text: up to 19 digits, a point somewhere or not, a sign or not, now and then an
+// exponent.
+std::string randomNumber(made::Random& random) {
+  std::string text = random.chance(0.3) ? "-" : "";
+  const int count = static_cast<int>(random.real(1.0, 20.0));
+  const int point = static_cast<int>(random.real(-2.0, count + 2.0));
+  for (int i = 0; i < count; ++i) {
+    if (i == point) text += '.';
+    text += static_cast<char>('0' + static_cast<int>(random.real(0.0, 10.0)));
+  }
+  if (count == point) text += '.';
+  if (random.chance(0.1)) text += random.chance(0.5) ? "e-3" : "E7";
+  return text;
+}
+
+}  // namespace
+
+TEST(ReadTracks, RoundsEveryNumberToTheNearestDouble) {
+  made::Random random(7);
+  std::vector<std::string> numbers = {"0",
+                                      "-0",
+                                      ".5",
+                                      "5.",
+                                      "-.25",
+                                      "000000000000001",
+                                      "-0.000",
+                                      "9007199254740993",
+                                      "999999999999999",
+                                      "0.00000000000001"};
+  while (numbers.size() < 50000) numbers.push_back(randomNumber(random));
+  std::string text = "track,frame,x,y\n";
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    text += "a," + std::to_string(i) + "," + numbers[i] + ",\t+7 \n";
+  }
+  const Tracks tracks = read(text);
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    const double expected = std::strtod(numbers[i].c_str(), nullptr);
+    ASSERT_EQ(tracks.observations[i].x, expected) << numbers[i];
+    ASSERT_EQ(std::signbit(tracks.observations[i].x), std::signbit(expected)) << numbers[i];
+    ASSERT_EQ(tracks.observations[i].y, 7.0);
+  }
+}
+
+// Tracks come, go and change their order from frame to frame.
+TEST(ReadTracks, KnowsEachTrackByItsNameWhateverTheOrder) {
+  made::Random random(9);
+  const std::vector<std::string> names = {"a", "b", "ab", "a b", "\"a,b\"", "B", "1", "01", "1.0"};
+  std::string text = "frame,x,y,track\n";
+  std::vector<std::string> order;
+  for (int f = 0; f < 300; ++f) {
+    std::size_t first = static_cast<std::size_t>(random.real(0.0, 9.0));
+    for (std::size_t n = 0; n < names.size(); ++n) {
+      if (random.chance(0.1)) continue;
+      order.push_back(names[(first + n) % names.size()]);
+      text +=
+          std::to_string(f) + "," + std::to_string(order.size() - 1) + ",0," + order.back() + "\n";
+    }
+  }
+  const Tracks tracks = read(text);
+  ASSERT_EQ(tracks.observations.size(), order.size());
+  ASSERT_EQ(tracks.names.size(), names.size());
+  for (const Observation& o : tracks.observations) {
+    std::string name = order[static_cast<std::size_t>(o.x)];
+    name.erase(std::remove(name.begin(), name.end(), '"'), name.end());
+    EXPECT_EQ(tracks.names[static_cast<std::size_t>(o.track)], name) << o.line;
+  }
+}
+
+namespace {
+
+constexpr int kManyFrames = 1000;
+constexpr int kManyTracks = 200;
+
+std::string row(int track, int frame) {
+  return "t" + std::to_string(track) + "," + std::to_string(frame) + "," +
+         std::to_string(10 * track) + ".25," + std::to_string(frame) + ".125\n";
+}
+
+// What reading takes at most, in bytes for each row.
+double bytesPerRow(const std::string& text) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", text);
+  constexpr double kBlock = 256 * 1024;
+  const std::size_t peak = allocations::peakBytesOf([&] { readTracks(folder / "in.csv"); });
+  return (static_cast<double>(peak) - kBlock) / (kManyFrames * kManyTracks);
+}
+
+}  // namespace
+
+TEST(ReadTracks, TakesFortyBytesForEachRow) {
+  std::string byFrame = "track,frame,x,y\n";
+  std::string byTrack = byFrame;
+  for (int f = 0; f < kManyFrames; ++f) {
+    for (int t = 0; t < kManyTracks; ++t) byFrame += row(t, f);
+  }
+  for (int t = 0; t < kManyTracks; ++t) {
+    for (int f = kManyFrames - 1; f >= 0; --f) byTrack += row(t, f);
+  }
+  EXPECT_LT(bytesPerRow(byFrame), 34.0);
+  EXPECT_LT(bytesPerRow(byTrack), 38.0);
+}
+
+TEST(ReadTracks, LeavesNothingBehindWhereMemoryRunsOut) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv",
+            "track,frame,x,y\n\"a, long name that needs memory\",1,1,2\nb,0,1,2\n");
+  EXPECT_GT(allocations::expectNoLeakOnAnyFailure([&] { readTracks(folder / "in.csv"); }), 8u);
+}
+
 TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
   std::string text = "track,frame,x,y\n";
   for (int i = 0; i < 100000; ++i)
@@ -152,7 +268,11 @@ TEST(ReadTracksRefuses, ANumberThatDoesNotParse) {
   EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5\",1\n"), "2: y must be a number, not \"2,5\"");
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,high\n"), "2: weight must be a number, not \"high\"");
   EXPECT_EQ(refusal(kHeader + "a,0,1e999,2,1\n"), "2: x must be a number, not \"1e999\"");
-  EXPECT_EQ(refusal(kHeader + "a,0,+-1,2,1\n"), "2: x must be a number, not \"+-1\"");
+  for (const std::string text : {"+-1", ".", "-", "-.", "+", "--1", "1-", "1.2.3", "1..2", "- 1",
+                                 "0x1", "1e", "1 2", "++1", "1,"}) {
+    EXPECT_EQ(refusal(kHeader + "a,0,\"" + text + "\",2,1\n"),
+              "2: x must be a number, not \"" + text + "\"");
+  }
 }
 
 TEST(ReadTracksRefuses, APositionThatIsNotFinite) {
