@@ -204,9 +204,9 @@ void CsvReader::feedLine() {
 void CsvReader::onField(void* text, std::size_t length, void* self) {
   auto& reader = *static_cast<CsvReader*>(self);
   try {
+    if (!reader.parsedEnds_.empty()) reader.parsed_.push_back(',');
     reader.parsed_.append(static_cast<const char*>(text), length);
     reader.parsedEnds_.push_back(reader.parsed_.size());
-    reader.parsed_.push_back(',');
   } catch (const std::bad_alloc&) {
     reader.outOfMemory_ = true;
   }

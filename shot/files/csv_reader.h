@@ -85,7 +85,7 @@ class CsvReader {
   bool afterReturn_ = false;
   std::uint32_t recordLine_ = 1;
 
-  const char* text_ = nullptr;     // the record's fields, each with one character behind it
+  const char* text_ = nullptr;     // the record's fields, one character between them
   std::vector<std::size_t> ends_;  // where each of them ends
   bool padded_ = false;            // blanks may stand around them that do not belong to them
 

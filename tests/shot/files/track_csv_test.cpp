@@ -343,6 +343,11 @@ TEST(ReadTracksRefuses, AHeaderAlone) {
   EXPECT_EQ(refusal(kHeader), " there is a header but no track below it");
 }
 
+TEST(ReadTracksRefuses, TracksOfWhichNoneIsPresent) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,0\nb,0,1,2,0.0\n"), " no track has a weight above 0");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,0.5\nb,0,1,2,0\n"), "accepted");
+}
+
 TEST(ReadTracksRefuses, AMissingFileAndAFolder) {
   const TemporaryFolder folder;
   EXPECT_THROW(readTracks(folder / "none.csv"), InputError);
