@@ -13,12 +13,17 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "bench/support/machine.h"
 #include "bench/support/shot.h"
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/solver/kernels/frame_kernels.h"
+#ifdef CORNERPIN_BENCH_SHOT
+#include "bench/support/matches.h"
+#include "shot/fit/homography_fit.h"
+#endif
 
 namespace {
 
@@ -39,6 +44,21 @@ std::function<void()> solveOf(int tracks) {
   bench::fill(*scene, bench::syntheticShot(tracks, 20));
   return [scene] { scene->solve(); };
 }
+
+#ifdef CORNERPIN_BENCH_SHOT
+// Plain squares, each frame from the fit of its neighbour. The fit takes the fastest kernels that
+// the processor runs: those for AVX2 where a simulator has no AVX-512.
+std::function<void()> fitsOf(int tracks) {
+  using namespace cornerpin;
+  auto frames = std::make_shared<std::vector<std::pair<Matches, Homography>>>();
+  for (const bench::Frame& frame : bench::framesOf(bench::syntheticShot(tracks, 100))) {
+    frames->emplace_back(bench::matchesOf(frame), bench::homographyOf(frame.start));
+  }
+  return [frames] {
+    for (const auto& [matches, start] : *frames) fitHomography(matches, start);
+  };
+}
+#endif
 
 volatile float sink;
 
@@ -62,6 +82,12 @@ const Scenario scenarios[] = {
     {"solve-100-tracks", [] { return solveOf(100); }},
     {"solve-300-tracks", [] { return solveOf(300); }},
     {"norms-0-to-1000", norms},
+#ifdef CORNERPIN_BENCH_SHOT
+    {"fit-8-tracks", [] { return fitsOf(8); }},
+    {"fit-32-tracks", [] { return fitsOf(32); }},
+    {"fit-100-tracks", [] { return fitsOf(100); }},
+    {"fit-300-tracks", [] { return fitsOf(300); }},
+#endif
 };
 
 void printEnvironment() {

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "bench/peers/competitor.h"
+#include "bench/support/matches.h"
 #include "shot/fit/homography_fit.h"
 
 namespace bench {
@@ -10,18 +11,6 @@ namespace {
 
 using cornerpin::Homography;
 using cornerpin::Matches;
-
-Matches matchesOf(const Frame& frame) {
-  Matches matches;
-  for (std::size_t i = 0; i < frame.x.size(); ++i) {
-    matches.add({{frame.x[i], frame.y[i]}, {frame.u[i], frame.v[i]}, frame.w[i]});
-  }
-  return matches;
-}
-
-Homography homographyOf(const Parameters& p) {
-  return {{{p[0], p[3], p[6]}, {p[1], p[4], p[7]}, {p[2], p[5], 1.0}}};
-}
 
 Parameters parametersOf(const Homography& h) {
   return {h[0][0], h[1][0], h[2][0], h[0][1], h[1][1], h[2][1], h[0][2], h[1][2]};
