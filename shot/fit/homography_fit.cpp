@@ -21,10 +21,12 @@ constexpr double kMostDamping = 1e12;
 // difference: some 50 units in the last place.
 constexpr double kLeastPivot = 1e-14;
 
-// A fit ends when the next step would lower the cost by less than this share of it, or by the
-// rounding of squared residuals in coordinates near 1.
+// A fit ends when the next step, or the one after it if steps go on shrinking as they do, would
+// lower the cost by less than this share of it, or by the rounding of squared residuals in
+// coordinates near 1. How steps shrink is believed only near the end.
 constexpr double kTolerance = 1e-14;
 constexpr double kNoise = 1e-30;
+constexpr double kNearTheEnd = 1e-9;
 
 // A cost that grows by no more than this share has grown by the rounding of its own sum.
 constexpr double kRounding = 1e-13;
@@ -32,24 +34,42 @@ constexpr double kRounding = 1e-13;
 // A narrow loss may take hundreds of passes, plain squares a handful.
 constexpr int kMostIterations = 1000;
 
-using Three = std::array<double, 3>;
+// The normal equations of the eight numbers a, b and c that vary a transform are
+//
+//     | M   0   A |  | a |   | ga |
+//     | 0   M   B |  | b | = | gb |
+//     | A'  B'  C |  | c |   | gc |
+//
+// in 3 x 3 and 3 x 2 blocks: the two coordinates of an image share none of the first six numbers,
+// and both have the same block M = sum of q m m'. With M = L D L', eliminating them leaves
+//
+//     (C - A' inv(M) A - B' inv(M) B) c = gc - A' inv(M) ga - B' inv(M) gb,
+//
+// two equations, and then L' a = inv(D) inv(L) (ga - A c), b alike. What is done for A and ga is
+// done for B and gb in the other half of a pair. The second column of A is the first of B. Damping
+// multiplies the diagonal of the whole by 1 + damping.
+using Pair = double __attribute__((vector_size(16)));
 
-// The normal equations of the eight parameters, with m = (x, y, 1), are
-//
-//     | M   0   Bx |  | step of h00 h01 h02 |   | gx |
-//     | 0   M   By |  | step of h10 h11 h12 | = | gy |
-//     | Bx' By' Z  |  | step of h20 h21     |   | gz |
-//
-// in 3 x 3 and 3 x 2 blocks: the two coordinates of an image share no parameter of the first two
-// rows, and both have the same block M = sum of q / s^2 m m'. Eliminating these rows leaves
-//
-//     (Z - Bx' inv(M) Bx - By' inv(M) By) z = gz - Bx' inv(M) gx - By' inv(M) gy,
-//
-// two equations for the perspective terms z, and then x = inv(M) (gx - Bx z), y alike. One
-// factorisation of a 3 x 3 matrix is all that it takes. Damping multiplies the diagonal of the
-// whole by 1 + damping.
+Pair pairAt(const double* p) { return Pair{p[0], p[1]}; }
 
-// The factors L D L' of M, given as its elements xx xy yy x y 1.
+double sum(Pair p) { return p[0] + p[1]; }
+
+// Three rows of pairs: three numbers of a in the first halves, three of b in the second.
+struct Rows {
+  Pair r0, r1, r2;
+};
+
+Rows scaled(const Rows& a, double d0, double d1, double d2) {
+  return {a.r0 * d0, a.r1 * d1, a.r2 * d2};
+}
+
+Rows lessTimes(const Rows& a, const Rows& b, double factor) {
+  return {a.r0 - b.r0 * factor, a.r1 - b.r1 * factor, a.r2 - b.r2 * factor};
+}
+
+double dot(const Rows& a, const Rows& b) { return sum(a.r0 * b.r0 + a.r1 * b.r1 + a.r2 * b.r2); }
+
+// The factors L D L' of M, given as its elements XX XY YY X Y 1.
 struct Factors {
   double l10, l20, l21, r0, r1, r2;  // the r are 1 / D
   bool positive;
@@ -70,24 +90,24 @@ struct Factors {
     positive = a > 0.0 && d1 > kLeastPivot * c && d2 > kLeastPivot * f;
   }
 
-  Three solve(const Three& b) const {
-    const double y1 = b[1] - l10 * b[0];
-    const double y2 = b[2] - l20 * b[0] - l21 * y1;
-    const double x2 = y2 * r2;
-    const double x1 = y1 * r1 - l21 * x2;
-    return {b[0] * r0 - l10 * x1 - l20 * x2, x1, x2};
+  Rows lower(Pair b0, Pair b1, Pair b2) const {
+    const Pair y1 = b1 - b0 * l10;
+    return {b0, y1, b2 - b0 * l20 - y1 * l21};
+  }
+
+  Rows overPivots(const Rows& y) const { return scaled(y, r0, r1, r2); }
+
+  Rows upper(const Rows& y) const {
+    const Pair x1 = y.r1 - y.r2 * l21;
+    return {y.r0 - x1 * l10 - y.r2 * l20, x1, y.r2};
   }
 };
 
-Three three(const double (&v)[3]) { return {v[0], v[1], v[2]}; }
-
-double dot(const Three& a, const Three& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-// The step to take away from the parameters, and by how much it lowers the cost as far as that is
-// quadratic: the step times the gradient.
+// The step to take away, and by how much it lowers the cost as far as that is quadratic: the step
+// times the gradient.
 struct Step {
-  Three x{}, y{};
-  std::array<double, 2> z{};
+  Rows ab{};
+  double c0 = 0.0, c1 = 0.0;
   double decrease = 0.0;
   bool found = false;
 };
@@ -96,68 +116,87 @@ Step solve(const NormalEquations& n, double damping) {
   Step step;
   const Factors factors(n.mm, damping);
   if (!factors.positive) return step;
-  // Columns of the two coupling blocks, which carry a minus sign.
-  const Three bx0 = {-n.xmm[0], -n.xmm[1], -n.xmm[3]}, bx1 = {-n.xmm[1], -n.xmm[2], -n.xmm[4]};
-  const Three by0 = {-n.ymm[0], -n.ymm[1], -n.ymm[3]}, by1 = {-n.ymm[1], -n.ymm[2], -n.ymm[4]};
-  const Three cx0 = factors.solve(bx0), cx1 = factors.solve(bx1);
-  const Three cy0 = factors.solve(by0), cy1 = factors.solve(by1);
-  const Three gx = three(n.gx), gy = three(n.gy);
-  const Three ax = factors.solve(gx), ay = factors.solve(gy);
-  const double z00 = n.zmm[0] * (1.0 + damping), z11 = n.zmm[2] * (1.0 + damping);
-  const double s00 = z00 - dot(bx0, cx0) - dot(by0, cy0);
-  const double s01 = n.zmm[1] - dot(bx0, cx1) - dot(by0, cy1);
-  const double s11 = z11 - dot(bx1, cx1) - dot(by1, cy1);
-  const double b0 = n.gz[0] - dot(bx0, ax) - dot(by0, ay);
-  const double b1 = n.gz[1] - dot(bx1, ax) - dot(by1, ay);
+  const Rows p = factors.lower(pairAt(n.cubic), pairAt(n.cubic + 1), pairAt(n.mm));
+  const Rows q = factors.lower(pairAt(n.cubic + 1), pairAt(n.cubic + 2), pairAt(n.mm + 1));
+  const Rows g = factors.lower(pairAt(n.ab), pairAt(n.ab + 2), pairAt(n.ab + 4));
+  const Rows pd = factors.overPivots(p), qd = factors.overPivots(q), gd = factors.overPivots(g);
+  const double c00 = n.cc[0] * (1.0 + damping), c11 = n.cc[2] * (1.0 + damping);
+  const double s00 = c00 - dot(p, pd), s01 = n.cc[1] - dot(p, qd), s11 = c11 - dot(q, qd);
+  const double b0 = n.c[0] - dot(g, pd), b1 = n.c[1] - dot(g, qd);
   const double determinant = s00 * s11 - s01 * s01;
-  if (!(s00 > kLeastPivot * z00) || !(determinant > kLeastPivot * z11 * s00)) return step;
-  step.z = {(s11 * b0 - s01 * b1) / determinant, (s00 * b1 - s01 * b0) / determinant};
-  for (std::size_t i = 0; i < 3; ++i) {
-    step.x[i] = ax[i] - cx0[i] * step.z[0] - cx1[i] * step.z[1];
-    step.y[i] = ay[i] - cy0[i] * step.z[0] - cy1[i] * step.z[1];
-  }
-  step.decrease = dot(step.x, gx) + dot(step.y, gy) + step.z[0] * n.gz[0] + step.z[1] * n.gz[1];
+  if (!(s00 > kLeastPivot * c00) || !(determinant > kLeastPivot * c11 * s00)) return step;
+  step.c0 = (s11 * b0 - s01 * b1) / determinant;
+  step.c1 = (s00 * b1 - s01 * b0) / determinant;
+  step.ab = factors.upper(lessTimes(lessTimes(gd, pd, step.c0), qd, step.c1));
+  step.decrease = dot(g, gd) + step.c0 * b0 + step.c1 * b1;
   step.found = std::isfinite(step.decrease);
   return step;
 }
 
+// As seen from the image of the origin, the transform has the rows x, y and w, of which x and y end
+// with 0 and w with 1. Taken away are a of (x, y, w) from x, b of them from y, and less c of (x, y)
+// from w, which keeps its end.
 Homography moved(const Homography& h, const Step& step) {
-  return {{{h[0][0] - step.x[0], h[0][1] - step.x[1], h[0][2] - step.x[2]},
-           {h[1][0] - step.y[0], h[1][1] - step.y[1], h[1][2] - step.y[2]},
-           {h[2][0] - step.z[0], h[2][1] - step.z[1], h[2][2]}}};
+  Homography next = h;
+  const Pair centre = {h[0][2], h[1][2]};
+  const Pair last = centre - step.ab.r2;
+  for (std::size_t k = 0; k < 2; ++k) {
+    const Pair xy = Pair{h[0][k], h[1][k]} - centre * h[2][k];
+    const double w = h[2][k] + (step.c0 * xy[0] + step.c1 * xy[1]);
+    const Pair at = xy - step.ab.r0 * xy[0] - step.ab.r1 * xy[1] - step.ab.r2 * h[2][k];
+    const Pair there = at + centre * w;
+    next[0][k] = there[0];
+    next[1][k] = there[1];
+    next[2][k] = w;
+  }
+  next[0][2] = last[0];
+  next[1][2] = last[1];
+  return next;
+}
+
+// Whether an undamped step that lowers the cost by `decrease`, after one that lowered it by `last`
+// (0: none), is the last worth taking.
+bool isLast(double decrease, double last, double cost, double noise) {
+  const double least = kTolerance * cost + noise;
+  return decrease <= least ||
+         (decrease <= kNearTheEnd * cost && decrease * decrease <= least * last);
 }
 
 }  // namespace
 
 HomographyFit fitHomography(const Matches& matches, const Homography& start, Loss loss,
                             double width) {
-  const auto sum = [&](const Homography& h) {
-    return normalEquations(matches, matches.squaredWeights(), h, loss, width);
-  };
+  NormalEquationsPass sum(matches, matches.squaredWeights(), loss, width);
   HomographyFit fit;
   fit.h = withLastOne(start);
-  NormalEquations here = sum(fit.h);
+  NormalEquations here;
+  NormalEquations there;
+  sum(fit.h, here);
   fit.iterations = 1;
   fit.cost = here.cost;
   if (!std::isfinite(fit.cost)) return fit;
   double damping = 0.0;
+  double lastDecrease = 0.0;  // none
   while (fit.iterations < kMostIterations && damping < kMostDamping) {
     const Step step = solve(here, damping);
     if (step.found) {
       const Homography next = moved(fit.h, step);
-      if (damping == 0.0 && step.decrease <= kTolerance * fit.cost + kNoise * here.mm[5]) {
+      const double noise = kNoise * here.mm[5];
+      if (damping > 0.0 && step.decrease <= noise) return fit;  // only rounding is left
+      if (damping == 0.0 && isLast(step.decrease, lastDecrease, fit.cost, noise)) {
         // Too little to measure: taken on trust.
         fit.converged = true;
         fit.h = next;
         fit.cost -= std::clamp(step.decrease, 0.0, fit.cost);
         return fit;
       }
-      const NormalEquations there = sum(next);
+      sum(next, there);
       ++fit.iterations;
       if (there.cost < fit.cost) {
         fit.h = next;
         fit.cost = there.cost;
         here = there;
+        lastDecrease = damping == 0.0 ? step.decrease : 0.0;
         damping = damping > kFirstDamping ? damping / kDampingGrowth : 0.0;
         continue;
       }
@@ -171,7 +210,9 @@ HomographyFit fitHomography(const Matches& matches, const Homography& start, Los
 
 bool gaussNewtonStep(const Matches& matches, const std::vector<double>& squaredWeights,
                      const Homography& h, Homography& next) {
-  const Step step = solve(normalEquations(matches, squaredWeights, h, Loss::None, 0.0), 0.0);
+  NormalEquations sums;
+  NormalEquationsPass(matches, squaredWeights, Loss::None, 0.0)(h, sums);
+  const Step step = solve(sums, 0.0);
   if (!step.found) return false;
   next = moved(h, step);
   return true;

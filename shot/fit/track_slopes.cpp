@@ -5,7 +5,7 @@
 
 namespace cornerpin {
 
-#ifdef CORNERPIN_HAVE_AVX2
+#ifdef CORNERPIN_X86_64
 extern const SlopePasses kAvx2SlopePasses;
 #endif
 
@@ -18,7 +18,7 @@ constexpr std::size_t kProduct[3][3] = {{0, 1, 3}, {1, 2, 4}, {3, 4, 5}};
 const std::vector<SlopePasses>& slopePasses() {
   static const std::vector<SlopePasses> passes = [] {
     std::vector<SlopePasses> available = {passesNamed("base")};
-#ifdef CORNERPIN_HAVE_AVX2
+#ifdef CORNERPIN_X86_64
     if (__builtin_cpu_supports("avx2")) available.push_back(kAvx2SlopePasses);
 #endif
     return available;

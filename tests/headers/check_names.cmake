@@ -10,7 +10,7 @@ set(problems "")
 
 file(GLOB_RECURSE sources RELATIVE "${SOURCE}" "${SOURCE}/shot/*.cpp" "${SOURCE}/tools/cornerpin/*.cpp")
 foreach(source IN LISTS sources)
-  string(REGEX REPLACE "(_avx2)?\\.cpp$" "" unit "${source}")
+  string(REGEX REPLACE "(_avx2|_avx512)?\\.cpp$" "" unit "${source}")
   string(REGEX REPLACE "^tools/cornerpin/" "tools/" test "${unit}")
   if(NOT EXISTS "${SOURCE}/tests/${test}_test.cpp")
     list(APPEND problems "${source} has no tests/${test}_test.cpp")

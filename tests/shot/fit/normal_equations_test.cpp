@@ -28,13 +28,29 @@ Matches scatteredMatches(int count) {
   return matches;
 }
 
-// Each the variable of its own derivative.
-std::array<MDeriv<double>, 8> variables(const Homography& h) {
-  auto p = defined::parameters<MDeriv<double>>(h);
-  for (std::size_t i = 0; i < 8; ++i) {
-    std::array<double, 8> d{};
-    d[i] = 1.0;
-    p[i] = MDeriv<double>(p[i].x(), d.data(), 8, true);
+using Derivative8 = MDeriv<double>;
+
+// The variable number i of eight, which is 0.
+Derivative8 variable(std::size_t i) {
+  std::array<double, 8> d{};
+  d[i] = 1.0;
+  return {0.0, d.data(), 8, true};
+}
+
+// The transform, varied by a, b and c: its image (X, Y), seen from that of the origin, is carried
+// on by the rows (1 + a0, a1, a2), (b0, 1 + b1, b2) and (-c0, -c1, 1).
+std::array<Derivative8, 8> varied(const Homography& h) {
+  const auto v = [](std::size_t i) { return variable(i); };
+  const double cx = h[0][2], cy = h[1][2];
+  std::array<Derivative8, 8> p;
+  for (std::size_t k = 0; k < 3; ++k) {
+    const double x = h[0][k] - cx * h[2][k], y = h[1][k] - cy * h[2][k], w = h[2][k];
+    const Derivative8 newX = x + v(0) * x + v(1) * y + v(2) * w;
+    const Derivative8 newY = y + v(3) * x + v(4) * y + v(5) * w;
+    const Derivative8 newW = w - (v(6) * x + v(7) * y);
+    p[k] = newX + cx * newW;
+    p[3 + k] = newY + cy * newW;
+    if (k < 2) p[6 + k] = newW;
   }
   return p;
 }
@@ -76,7 +92,7 @@ Derivatives derivativesOf(const View& view, Loss loss, double width) {
   for (std::size_t i = 0; i < view.matches.size(); ++i) {
     const Match m = view.matches[i];
     const double w2 = m.weight * m.weight;
-    const auto [dx, dy] = defined::residualOf(m, variables(view.h));
+    const auto [dx, dy] = defined::residualOf(m, varied(view.h));
     const MDeriv<double> r2 = dx * dx + dy * dy;
     const MDeriv<double> cost = w2 * defined::lossOf(loss, width, r2);
     double one[] = {1.0};
@@ -103,21 +119,21 @@ Eigen::Matrix<double, 8, 8> normalOf(const NormalEquations& n) {
   block << n.mm[0], n.mm[1], n.mm[3], n.mm[1], n.mm[2], n.mm[4], n.mm[3], n.mm[4], n.mm[5];
   Eigen::Matrix<double, 8, 8> normal = Eigen::Matrix<double, 8, 8>::Zero();
   normal.block<3, 3>(0, 0) = normal.block<3, 3>(3, 3) = block;
-  normal.block<3, 2>(0, 6) << -n.xmm[0], -n.xmm[1], -n.xmm[1], -n.xmm[2], -n.xmm[3], -n.xmm[4];
-  normal.block<3, 2>(3, 6) << -n.ymm[0], -n.ymm[1], -n.ymm[1], -n.ymm[2], -n.ymm[3], -n.ymm[4];
+  normal.block<3, 2>(0, 6) << n.cubic[0], n.cubic[1], n.cubic[1], n.cubic[2], n.mm[0], n.mm[1];
+  normal.block<3, 2>(3, 6) << n.cubic[1], n.cubic[2], n.cubic[2], n.cubic[3], n.mm[1], n.mm[2];
   normal.block<2, 6>(6, 0) = normal.block<6, 2>(0, 6).transpose().eval();
-  normal.block<2, 2>(6, 6) << n.zmm[0], n.zmm[1], n.zmm[1], n.zmm[2];
+  normal.block<2, 2>(6, 6) << n.cc[0], n.cc[1], n.cc[1], n.cc[2];
   return normal;
 }
 
 std::array<double, 8> gradientOf(const NormalEquations& n) {
-  return {n.gx[0], n.gx[1], n.gx[2], n.gy[0], n.gy[1], n.gy[2], n.gz[0], n.gz[1]};
+  return {n.ab[0], n.ab[2], n.ab[4], n.ab[1], n.ab[3], n.ab[5], n.c[0], n.c[1]};
 }
 
 NormalEquations sumBy(const NormalEquationsVariant& variant, const Matches& matches,
                       const Homography& h, Loss loss, double width) {
   NormalEquations sums;
-  variant.run(inputOf(matches, matches.squaredWeights(), h, loss, width), sums);
+  NormalEquationsPass(matches, matches.squaredWeights(), loss, width, variant)(h, sums);
   return sums;
 }
 
@@ -131,7 +147,9 @@ Matches atDenominator(double s) {
 }
 
 NormalEquations sumOf(const Matches& matches, const Homography& h, Loss loss, double width) {
-  return normalEquations(matches, matches.squaredWeights(), h, loss, width);
+  NormalEquations sums;
+  NormalEquationsPass(matches, matches.squaredWeights(), loss, width)(h, sums);
+  return sums;
 }
 
 }  // namespace
@@ -182,19 +200,20 @@ TEST_P(SumsOf, HasTheSameBitsInEveryVariant) {
 }
 
 TEST(NormalEquations, OfOneMatchAreTheProductsByHand) {
-  // s = 2, (X, Y) = (1.5, 1), w^2 / s^2 = 9 / 4, the residual is (1, -1).
-  const Matches matches = {{{1, 2}, {0.5, 2}, 3.0}};
+  // s = 2 and the image (3, 1); that of the origin is (1, 2), so (X, Y) = (2, -1). The residual is
+  // (1, -1).
+  const Matches matches = {{{1, 2}, {2, 2}, 3.0}};
   const NormalEquations n =
-      sumOf(matches, {{{1, 0.5, 1}, {2, 0, 0}, {0.5, 0.25, 1}}}, Loss::None, 0.0);
-  const double mm[] = {2.25, 4.5, 9, 2.25, 4.5, 2.25};
-  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(n.mm[i], mm[i]) << i;
-  for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(n.xmm[i], 1.5 * mm[i]) << i;
-  for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(n.ymm[i], mm[i]) << i;
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(n.zmm[i], 3.25 * mm[i]) << i;
-  const double m[] = {1, 2, 1};
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(n.gx[i], 4.5 * m[i]) << i;
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(n.gy[i], -4.5 * m[i]) << i;
-  for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(n.gz[i], -4.5 * 0.5 * m[i]) << i;
+      sumOf(matches, {{{3, 1, 1}, {2, -1, 2}, {0.5, 0.25, 1}}}, Loss::None, 0.0);
+  const double mm[] = {4, -2, 1, 2, -1, 1};
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(n.mm[i], 9.0 * mm[i]) << i;
+  const double cubic[] = {8, -4, 2, -1};
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(n.cubic[i], 9.0 * cubic[i]) << i;
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(n.cc[i], 9.0 * 5.0 * mm[i]) << i;
+  const double ab[] = {2, -2, -1, 1, 1, -1};
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(n.ab[i], 9.0 * ab[i]) << i;
+  const double c[] = {2 * 3, -1 * 3};
+  for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(n.c[i], 9.0 * c[i]) << i;
   EXPECT_EQ(n.cost, 18.0);
 }
 
@@ -209,7 +228,8 @@ TEST(NormalEquations, TakeTheWeightsThatTheyAreGiven) {
     squaredWeights[i] = m.weight * m.weight;
     heavier.add(m);
   }
-  const NormalEquations given = normalEquations(matches, squaredWeights, h, Loss::Huber, 0.2);
+  NormalEquations given;
+  NormalEquationsPass(matches, squaredWeights, Loss::Huber, 0.2)(h, given);
   const NormalEquations own = sumOf(heavier, h, Loss::Huber, 0.2);
   EXPECT_EQ(std::memcmp(&given, &own, sizeof own), 0);
 }
@@ -217,14 +237,15 @@ TEST(NormalEquations, TakeTheWeightsThatTheyAreGiven) {
 TEST(NormalEquations, CountAMatchJustInFrontOfTheHorizon) {
   const NormalEquations n = sumOf(atDenominator(1.02e-6), kBowed, Loss::None, 0.0);
   EXPECT_TRUE(std::isfinite(n.cost));
-  EXPECT_NEAR(n.mm[5] * 1.02e-6 * 1.02e-6, 4.0, 1e-8);
+  EXPECT_EQ(n.mm[5], 5.0);
+  EXPECT_NEAR(n.cost * 1.02e-6 * 1.02e-6, 4.0 * 1.0625, 1e-4);
 }
 
 TEST(NormalEquations, LeaveOutAMatchOnOrBehindTheHorizon) {
   for (double s : {0.98e-6, 0.0, -1e-6, -1.0}) {
     const NormalEquations n = sumOf(atDenominator(s), kBowed, Loss::None, 0.0);
     EXPECT_EQ(n.mm[5], 1.0) << s;
-    EXPECT_EQ(n.gy[2], -3.0) << s;
+    EXPECT_EQ(n.ab[5], -3.0) << s;
     EXPECT_EQ(n.cost, HUGE_VAL) << s;
   }
 }
@@ -238,8 +259,8 @@ TEST(NormalEquations, CountAMatchBehindTheHorizonWithTheBoundOfTheLoss) {
 }
 
 TEST(NormalEquationsVariants, AreThoseThatTheProcessorRuns) {
-  std::vector<std::string> expected = {"base"};
-  if (processor::flags().count("avx2") > 0) expected.emplace_back("avx2");
+  std::vector<std::string> expected = processor::kernelVariants();
+  expected.front() = "base";
   std::vector<std::string> names;
   for (const NormalEquationsVariant& variant : normalEquationsVariants()) {
     names.emplace_back(variant.name);
