@@ -4,7 +4,14 @@
 #include <cmath>
 #include <limits>
 
+#include "shot/fit/residuals.inc"
+
 namespace cornerpin {
+
+#ifdef CORNERPIN_X86_64
+void squaresAvx2(const SquaresInput& in, double* squares);
+void squaresAvx512(const SquaresInput& in, double* squares);
+#endif
 
 double weightedSquares(const Matches& matches, const Homography& h) {
   double sum = 0.0;
@@ -21,21 +28,33 @@ double rmsResidual(const Matches& matches, const Homography& h) {
   return std::isfinite(rms) ? rms : std::numeric_limits<double>::quiet_NaN();
 }
 
-void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares) {
+const std::vector<SquaresVariant>& squaresVariants() {
+  static const std::vector<SquaresVariant> variants = [] {
+    std::vector<SquaresVariant> available = {{"base", squaresOf}};
+#ifdef CORNERPIN_X86_64
+    if (__builtin_cpu_supports("avx2")) available.push_back({"avx2", squaresAvx2});
+    if (__builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq")) {
+      available.push_back({"avx512", squaresAvx512});
+    }
+#endif
+    return available;
+  }();
+  return variants;
+}
+
+void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares,
+                      const SquaresVariant& variant) {
+  SquaresInput in = {matches.base().x(),    matches.base().y(),          matches.present().x(),
+                     matches.present().y(), matches.base().paddedSize(), {}};
+  for (std::size_t i = 0; i < 9; ++i) in.h[i] = h[i / 3][i % 3];
+  squares.resize(in.count);
+  variant.run(in, squares.data());
   squares.resize(matches.size());
-  const double* x = matches.base().x();
-  const double* y = matches.base().y();
-  const double* u = matches.present().x();
-  const double* v = matches.present().y();
-  for (std::size_t i = 0; i < squares.size(); ++i) {
-    const double s = h[2][0] * x[i] + h[2][1] * y[i] + h[2][2];
-    const double t = 1.0 / s;
-    const double dx = (h[0][0] * x[i] + h[0][1] * y[i] + h[0][2]) * t - u[i];
-    const double dy = (h[1][0] * x[i] + h[1][1] * y[i] + h[1][2]) * t - v[i];
-    const double square = dx * dx + dy * dy;
-    squares[i] = std::numeric_limits<double>::infinity();
-    if (s > kHorizon) squares[i] = square;
-  }
+}
+
+void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares) {
+  static const SquaresVariant fastest = squaresVariants().back();
+  squaredResiduals(matches, h, squares, fastest);
 }
 
 }  // namespace cornerpin

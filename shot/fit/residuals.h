@@ -2,6 +2,7 @@
 #ifndef SHOT_FIT_RESIDUALS_H
 #define SHOT_FIT_RESIDUALS_H
 
+#include <cstddef>
 #include <vector>
 
 #include "shot/fit/matches.h"
@@ -31,6 +32,26 @@ double rmsResidual(const Matches& matches, const Homography& h);
 
 /// The squared residuals; infinite on and behind the horizon.
 void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares);
+
+/// What that reads: arrays of `count` numbers, a multiple of 4; the transform row by row.
+struct SquaresInput {
+  const double* x;
+  const double* y;
+  const double* u;
+  const double* v;
+  std::size_t count;
+  double h[9];
+};
+
+/// Its variants, the same bits from each; as `NormalEquationsVariant`.
+struct SquaresVariant {
+  const char* name;
+  void (*run)(const SquaresInput& in, double* squares);
+};
+const std::vector<SquaresVariant>& squaresVariants();
+
+void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares,
+                      const SquaresVariant& variant);
 
 }  // namespace cornerpin
 

@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
+
+#include "tests/support/processor.h"
 
 using namespace cornerpin;
 
@@ -64,4 +67,27 @@ TEST(SquaredResiduals, AreInfiniteOnAndBehindTheHorizon) {
   }
   squaredResiduals({{{1.02e-6 - 1.0, 0}, {0, 0}}}, kBowed, squares);
   EXPECT_NEAR(squares[0] * 1.02e-6 * 1.02e-6, 1.0, 1e-5);
+}
+
+TEST(SquaredResiduals, HaveTheSameBitsInEveryVariant) {
+  const Homography tilted = {{{1.1, 0.2, 0.3}, {-0.1, 0.9, 0.4}, {0.7, -0.6, 1.0}}};
+  Matches matches;
+  for (int i = 0; i < 41; ++i) {
+    matches.add({{std::cos(1.1 * i) - 0.5, std::sin(0.9 * i)}, {std::sin(1.7 * i), 0.1 * i}});
+    std::vector<double> base(3, -1.0);
+    squaredResiduals(matches, tilted, base, squaresVariants().front());
+    for (const SquaresVariant& variant : squaresVariants()) {
+      std::vector<double> fast;
+      squaredResiduals(matches, tilted, fast, variant);
+      EXPECT_EQ(fast, base) << variant.name << ", " << matches.size() << " matches";
+    }
+  }
+}
+
+TEST(SquaresVariants, AreThoseThatTheProcessorRuns) {
+  std::vector<std::string> expected = processor::kernelVariants();
+  expected.front() = "base";
+  std::vector<std::string> names;
+  for (const SquaresVariant& variant : squaresVariants()) names.emplace_back(variant.name);
+  EXPECT_EQ(names, expected);
 }
