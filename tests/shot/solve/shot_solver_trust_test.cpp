@@ -383,7 +383,8 @@ TEST(Trust, ListsTheFiveWorstTracks) {
   EXPECT_EQ(solveShot(noisyShot(24, 0.5, 1), fromTheFirstFrame()).worst.size(), 5u);
 }
 
-// The wider of the two extents counts. All influences grow with the distance of the far-off track.
+// The wider of the two extents counts. All influences grow with the distance of the far-off track,
+// but for the last of the library's single precision, up to a hundredth here.
 TEST(Trust, NamesATrackThatMovesACornerByAThousandthOfTheExtent) {
   SolveOptions plain = fromTheFirstFrame();
   plain.loss = Loss::None;
@@ -399,8 +400,11 @@ TEST(Trust, NamesATrackThatMovesACornerByAThousandthOfTheExtent) {
   ASSERT_GT(extent, box[2].y - box[0].y);
   for (double share : {0.99e-3, 1.01e-3}) {
     double off = 5.0;
-    for (int i = 0; i < 3; ++i) off *= share * extent / worstWith(off).worst[0].stretch.moves;
-    const TrackStretch stretch = worstWith(off).worst[0].stretch;
+    TrackStretch stretch = worstWith(off).worst[0].stretch;
+    for (int i = 0; i < 30 && std::fabs(stretch.moves / (share * extent) - 1.0) > 0.005; ++i) {
+      off *= share * extent / stretch.moves;
+      stretch = worstWith(off).worst[0].stretch;
+    }
     EXPECT_NEAR(stretch.moves, share * extent, 0.005 * share * extent);
     EXPECT_GT(stretch.off, 6.0);
     EXPECT_EQ(stretch.standsOut, share > 1e-3);
