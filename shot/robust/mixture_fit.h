@@ -3,10 +3,12 @@
 #define SHOT_ROBUST_MIXTURE_FIT_H
 
 #include <limits>
+#include <vector>
 
 #include "shot/fit/matches.h"
 #include "shot/plane/homography.h"
 #include "shot/robust/error_model.h"
+#include "shot/robust/mixture_sums.h"
 
 namespace cornerpin {
 
@@ -21,9 +23,9 @@ struct MixtureFit {
   double score = std::numeric_limits<double>::infinity();
 };
 
-/// Fits both by expectation maximisation from `start` and `errors`, whose freedom and area stay:
-/// each round weighs the matches by how likely they are no strays and by how far out in the tails
-/// they lie, takes one Gauss-Newton step and sets the spread and the share of strays anew.
+/// Fits both by expectation maximisation: each round weighs the matches by how likely they are no
+/// strays and by how far out in the tails they lie, takes one Gauss-Newton step and sets the spread
+/// and the share of strays anew.
 ///
 /// With a low sigma in the prior, the eight errors that the transform explains by itself count as
 /// if they had it: the score has 4 (low / sigma)^2 + 8 log(sigma / spread), sigma the model's,
@@ -35,12 +37,42 @@ struct MixtureFit {
 ///
 /// K. L. Lange, R. J. A. Little, J. M. G. Taylor, "Robust statistical modeling using the t
 /// distribution", Journal of the American Statistical Association 84 (1989).
-MixtureFit fitMixture(const Matches& matches, const Homography& start, const ErrorModel& errors,
-                      const Prior& prior = {});
+class MixtureFitter {
+ public:
+  /// \param matches  outlives the fitter
+  MixtureFitter(const Matches& matches, const Prior& prior);
 
-/// The fit taken on until nothing moves: wherever fits to the same optimum ended, this is the same
-/// to some nine digits.
-MixtureFit settled(const Matches& matches, const MixtureFit& fit, const Prior& prior = {});
+  /// From `start` and `errors`, whose freedom and area stay.
+  MixtureFit fit(const Homography& start, const ErrorModel& errors);
+
+  /// The fit taken on until nothing moves: wherever fits to the same optimum ended, this is the
+  /// same to some nine digits.
+  MixtureFit settled(const MixtureFit& fit);
+
+  const std::vector<double>& votes() const { return votes_; }  ///< `votesOf`, filled up with zeros
+
+ private:
+  // A fit ends where a round changes the spread by less than `same` of it and h by less than `same`
+  // spreads. The bound on the rounds ends those that creep, where strays and heavy tails are hard
+  // to tell from each other.
+  struct End {
+    double same;
+    int mostRounds;
+  };
+
+  MixtureFit run(MixtureFit fit, End end);
+  bool round(MixtureFit& fit, double& moved);
+  MixtureInput inputOf(const MixtureFit& fit) const;
+  double nextSpread(const ErrorModel& errors, const MixtureSums& sums) const;
+  void judge(MixtureFit& fit) const;
+  double ofParameters(const ErrorModel& errors) const;
+
+  const Matches& matches_;
+  std::vector<double> votes_;
+  std::vector<double> odds_;
+  double lowSigma_;
+  std::vector<double> squaredWeights_;  // times the factors, for the step
+};
 
 }  // namespace cornerpin
 

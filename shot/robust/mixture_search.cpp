@@ -135,9 +135,9 @@ std::size_t countOf(const std::vector<bool>& flags) {
 MixtureSearch::MixtureSearch(const Matches& matches, const Prior& prior)
     : matches_(matches),
       prior_(prior),
-      votes_(votesOf(matches)),
+      fitter_(matches, prior),
       area_(strayArea(matches.present())),
-      score_(matches, votes_, likelySigma()) {}
+      score_(matches, fitter_.votes(), likelySigma()) {}
 
 // A start near the answer may still have all matches off by the motion of a frame.
 void MixtureSearch::from(const Start& start) {
@@ -171,7 +171,7 @@ void MixtureSearch::keepUnlessBetter(const Best& before) {
 // Takes the best on to its optimum, which does not depend on the start.
 void MixtureSearch::settle() {
   if (!found()) return;
-  const MixtureFit there = settled(matches_, best_.fit, prior_);
+  const MixtureFit there = fitter_.settled(best_.fit);
   if (!there.found) return;
   best_.fit = there;
   best_.score = scoreOf(there);
@@ -302,7 +302,7 @@ void MixtureSearch::walk(const Start& start, std::initializer_list<int> freedoms
   fit.errors.area = area_;
   for (int freedom : freedoms) {
     fit.errors.freedom = freedom;
-    fit = fitMixture(matches_, fit.h, fit.errors, prior_);
+    fit = fitter_.fit(fit.h, fit.errors);
     if (!fit.found) return;
     for (const MixtureFit& other : seen_) {
       if (alike(fit, other)) return;

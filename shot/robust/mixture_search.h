@@ -31,8 +31,8 @@ constexpr double kGoodWithin = 3.5;
 std::vector<bool> goodMatches(const Matches& matches, const Homography& h, double sigma);
 std::size_t countOf(const std::vector<bool>& flags);
 
-/// Looks for the transform and error model that explain a frame's matches best (`fitMixture`), from
-/// one start after the other. The best score wins; heavy tails must be better by 2. A fit that
+/// Looks for the transform and error model that explain a frame's matches best (`MixtureFitter`),
+/// from one start after the other. The best score wins; heavy tails must be better by 2. A fit that
 /// chance explains (`chanceOf`) gives way to one that it does not. A fit that flattens the surface
 /// to hardly more than its errors does not count.
 class MixtureSearch {
@@ -46,10 +46,11 @@ class MixtureSearch {
   /// Draws transforms that are exact for four matches (`QuadSamples`) and goes on from the best
   /// eight (`SampleScore`), until four of the best transform's good matches would have been missed
   /// with a chance below one in a million. Where there are no more quadruples than draws to come,
-  /// all are tried instead, whatever the seed. What they lead to has to be better by 2 than the best
-  /// before. Goes on from fits to halves of the best transform's matches too, where matches lie
-  /// between the good ones and the strays. The best is taken to its optimum (`settled`).
-  /// \param least  transforms with fewer good matches than this may be missed
+  /// all are tried instead, whatever the seed. What they lead to has to be better by 2 than the
+  /// best before. Goes on from fits to halves of the best transform's matches too, where matches
+  /// lie between the good ones and the strays. The best is taken to its optimum
+  /// (`MixtureFitter::settled`). \param least  transforms with fewer good matches than this may be
+  /// missed
   void fromSamples(std::uint64_t seed, std::size_t least = 0);
 
   /// Whether the draws ended before that (`QuadSamples::kMost`).
@@ -93,7 +94,7 @@ class MixtureSearch {
 
   const Matches& matches_;
   const Prior& prior_;
-  std::vector<double> votes_;
+  MixtureFitter fitter_;
   double area_;
   SampleScore score_;
   std::vector<Sample> samples_;            // the best so far, the best first

@@ -81,6 +81,15 @@ Prior lowSigma(double sigma) {
   return prior;
 }
 
+MixtureFit fitMixture(const Matches& matches, const Homography& start, const ErrorModel& errors,
+                      const Prior& prior = {}) {
+  return MixtureFitter(matches, prior).fit(start, errors);
+}
+
+MixtureFit settled(const Matches& matches, const MixtureFit& fit) {
+  return MixtureFitter(matches, {}).settled(fit);
+}
+
 class MixtureFitOf : public testing::TestWithParam<int> {};
 
 }  // namespace

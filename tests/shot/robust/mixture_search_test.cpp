@@ -98,7 +98,7 @@ double gainOfTails(const Matches& matches) {
   for (int freedom : {1, 2, 4, 16}) {
     const ErrorModel start = {freedom, 1e-3, 0.1, strayArea(matches.present())};
     double& best = freedom == 16 ? normal : heavy;
-    best = std::min(best, fitMixture(matches, kView, start).score);
+    best = std::min(best, MixtureFitter(matches, {}).fit(kView, start).score);
   }
   return normal - heavy;
 }
