@@ -41,6 +41,11 @@ fs::path folderOf(const std::string& path) {
   return folder.empty() ? fs::path(".") : folder;
 }
 
+// As opening would tell, whoever started the process.
+bool mayWrite(const std::string& path) {
+  return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
 // Names of the temporary files that are there, null where there is none.
 std::array<std::atomic<const char*>, kMostUnfinished> unfinished{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
@@ -101,7 +106,7 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
   } catch (const fs::filesystem_error& error) {
     throw std::system_error(error.code(), name_);
   }
-  if (exists && ::access(target_.c_str(), W_OK) != 0) fail();
+  if (exists && !mayWrite(target_)) fail();
   openTemporary();
   if (exists && ::fchmod(fd_, info.st_mode & 07777) != 0) {
     const int code = errno;
@@ -109,6 +114,19 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
     ::close(fd_);
     errno = code;
     fail();
+  }
+}
+
+void OutputFile::check(const std::string& path) {
+  struct stat info;
+  const bool exists = ::stat(path.c_str(), &info) == 0;
+  if (path == "-" || !exists || S_ISREG(info.st_mode)) {
+    const OutputFile begun(path);
+    return;
+  }
+  if (S_ISDIR(info.st_mode)) errno = EISDIR;
+  if (S_ISDIR(info.st_mode) || !mayWrite(path)) {
+    throw std::system_error(errno, std::generic_category(), path);
   }
 }
 

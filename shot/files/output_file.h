@@ -26,6 +26,10 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
+  /// Throws where a file of that path could not be begun, and leaves nothing behind. Of pipes and
+  /// devices, which it does not open, only the rights are looked at.
+  static void check(const std::string& path);
+
   void write(std::string_view text);
   void commit();
 

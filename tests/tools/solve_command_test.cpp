@@ -510,13 +510,19 @@ TEST(SolveCommand, EndsInOneWhenTheDiskIsFull) {
             "cornerpin: standard output: No space left on device\n");
 }
 
-TEST(SolveCommand, EndsInOneWhenTheFolderCannotBeWritten) {
+TEST(SolveCommand, EndsInOneAtOnceWhenTheFolderCannotBeWritten) {
   const TemporaryFolder folder;
   writeFile(folder / "file", "");
-  const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "file/out.json"});
-  EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "cornerpin: " + folder / "file/out.json" + ": Not a directory\n");
+  for (const char* option : {"-o", "--explain"}) {
+    const std::string out = folder / "file/out.json";
+    // Before anything is read: there are no such tracks.
+    const Outcome run = cornerpin({"solve", folder / "none.csv", option, out});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.err, "cornerpin: cannot write \"" + out +
+                           "\": a part of the path is a file, not a folder: name another\n");
+  }
   EXPECT_EQ(cornerpin({"solve", kFacade, "-o", "/proc/out.json"}).code, 1);
+  EXPECT_EQ(folder.entryCount(), 1u);
 }
 
 TEST(SolveCommand, KeepsTheOldFileWhereTheNewOneMayNotGrow) {
@@ -571,7 +577,8 @@ TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
 TEST(SolveCommand, DrawsABarOnATerminalAndClearsIt) {
   const TemporaryFolder folder;
   std::string text;
-  for (int frames = 500; text.empty() && frames <= 128000; frames *= 4) {  // until it takes long
+  for (int frames = 500; text.empty() && frames <= 128000;
+       frames *= 4) {  // until it takes long
     writeFile(folder / "in.csv", stillShot(150, frames));
     text = writtenOnATerminal([&](const std::string& terminal) {
       ChildOptions options;

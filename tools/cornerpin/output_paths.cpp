@@ -11,6 +11,19 @@ namespace cornerpin {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+std::string adviceFor(const std::error_code& code) {
+  if (code == std::errc::no_such_file_or_directory)
+    return "its folder does not exist: make it, or name another";
+  if (code == std::errc::not_a_directory)
+    return "a part of the path is a file, not a folder: name another";
+  if (code == std::errc::is_a_directory) return "it is a folder: name a file in it";
+  return code.message() + ": name another file or folder, or change its rights";
+}
+
+}  // namespace
+
 bool isStandardOutput(const std::string& path) { return path == "-" || path == "/dev/stdout"; }
 
 void refuseInput(const std::string& input, const std::string& output) {
@@ -29,6 +42,15 @@ void refuseSame(const char* firstOption, const std::string& first, const char* s
   if (fs::weakly_canonical(first, ignored) == fs::weakly_canonical(second, ignored)) {
     throw std::invalid_argument(std::string(firstOption) + " and " + secondOption +
                                 " both want \"" + second + "\"");
+  }
+}
+
+void requireWritable(const std::string& path) {
+  if (path.empty() || isStandardOutput(path)) return;
+  try {
+    OutputFile::check(path);
+  } catch (const std::system_error& error) {
+    throw std::runtime_error("cannot write \"" + path + "\": " + adviceFor(error.code()));
   }
 }
 

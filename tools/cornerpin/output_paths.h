@@ -20,6 +20,11 @@ void refuseInput(const std::string& input, const std::string& output);
 void refuseSame(const char* firstOption, const std::string& first, const char* secondOption,
                 const std::string& second);
 
+/// Refuses an output that cannot be written, as far as that can be told beforehand: throws
+/// `std::runtime_error` with the path and what to do. Leaves nothing behind; an empty output is
+/// none.
+void requireWritable(const std::string& path);
+
 /// Prints on standard output. Throws `std::system_error`.
 void print(const std::string& text);
 

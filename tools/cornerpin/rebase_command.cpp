@@ -39,6 +39,7 @@ int run(const Arguments& arguments) {
   const Format format = arguments.output.format();
   const bool onStandardOutput = arguments.output.isStandardOutput();
   if (!onStandardOutput) refuseInput(arguments.input, arguments.output.path);
+  requireWritable(arguments.output.path);
   ShotResult result = readResult(arguments.input);
   rebase(result, reference);
   OutputFile out(onStandardOutput ? "-" : arguments.output.path);

@@ -141,7 +141,7 @@ void checkShown(const Arguments& arguments) {
   }
 }
 
-// Refuses outputs that would replace the input or one another.
+// Refuses outputs that would replace the input or one another, or cannot be written.
 void checkOutputs(const Arguments& arguments) {
   const std::string& output = arguments.output.path;
   const bool onStandardOutput = arguments.output.isStandardOutput();
@@ -154,6 +154,8 @@ void checkOutputs(const Arguments& arguments) {
   if (isStandardOutput(arguments.explanation)) {
     throw std::invalid_argument("--explain wants a file");
   }
+  requireWritable(output);
+  requireWritable(arguments.explanation);
 }
 
 ShotResult solveWithBar(const Tracks& tracks, const SolveOptions& options) {
