@@ -93,6 +93,13 @@ std::size_t CsvReader::estimatedRecords() const {
   return static_cast<std::size_t>(perByte * static_cast<double>(file.st_size));
 }
 
+CsvReader::Position CsvReader::position() const {
+  struct stat file {};
+  if (::fstat(fd_, &file) != 0 || !S_ISREG(file.st_mode)) return {};
+  return {static_cast<std::size_t>(::lseek(fd_, 0, SEEK_CUR)),
+          static_cast<std::size_t>(file.st_size)};
+}
+
 bool CsvReader::next() {
   do {
     recordLine_ = nextNumber_;

@@ -54,6 +54,12 @@ class CsvReader {
   /// About how many records the whole file has, from the lines in a sample of it; none for what is
   /// not a plain file.
   std::size_t estimatedRecords() const;
+  /// How many bytes have been read, and how many there are: 0 where that is no plain file.
+  struct Position {
+    std::size_t done = 0;
+    std::size_t total = 0;
+  };
+  Position position() const;
 
  private:
   static void onField(void* text, std::size_t length, void* self);

@@ -7,7 +7,9 @@
 
 namespace cornerpin {
 
-void writeExplanationCsv(const ShotResult& result, const Tracks& tracks, OutputFile& out) {
+void writeExplanationCsv(const ShotResult& result, const Tracks& tracks, OutputFile& out,
+                         const Progress& progress) {
+  PhaseCount count(progress, Phase::Writing, result.frames.size());
   out.write("track,frame,residual,weight,leverage,influence\n");
   for (const FrameResult& frame : result.frames) {
     for (const TrackInfluence& t : frame.influences) {
@@ -16,6 +18,7 @@ void writeExplanationCsv(const ShotResult& result, const Tracks& tracks, OutputF
                             csvNumber(t.residual), csvNumber(t.weight), csvNumber(t.leverage),
                             csvNumber(t.influence)));
     }
+    count.add();
   }
 }
 

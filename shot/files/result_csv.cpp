@@ -103,7 +103,8 @@ void writeRows(const ShotResult& result, const Frame& frame, OutputFile& out) {
 
 }  // namespace
 
-void writeResultCsv(const ShotResult& result, OutputFile& out) {
+void writeResultCsv(const ShotResult& result, OutputFile& out, const Progress& progress) {
+  PhaseCount count(progress, Phase::Writing, result.frames.size());
   out.write((result.quads.size() > 1 ? "frame,quad" : "frame") + kColumns + "\n");
   auto between = result.between.begin();
   for (const FrameResult& frame : result.frames) {
@@ -111,6 +112,7 @@ void writeResultCsv(const ShotResult& result, OutputFile& out) {
     for (; between != result.between.end() && between->frame < frame.frame + 1.0; ++between) {
       writeRows(result, *between, out);
     }
+    count.add();
   }
 }
 

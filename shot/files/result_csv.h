@@ -3,6 +3,7 @@
 #define SHOT_FILES_RESULT_CSV_H
 
 #include "shot/files/output_file.h"
+#include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
@@ -17,7 +18,7 @@ namespace cornerpin {
 ///
 /// What has no value is empty: the rms of a frame without active tracks, the sigma with loss none,
 /// what only some frames have, and a corner on or behind the horizon.
-void writeResultCsv(const ShotResult& result, OutputFile& out);
+void writeResultCsv(const ShotResult& result, OutputFile& out, const Progress& progress = {});
 
 }  // namespace cornerpin
 

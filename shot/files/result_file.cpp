@@ -18,8 +18,10 @@ std::optional<Format> formatOf(const std::string& path) {
   return std::nullopt;
 }
 
-void writeResult(const ShotResult& result, Format format, OutputFile& out) {
-  format == Format::Json ? writeResultJson(result, out) : writeResultCsv(result, out);
+void writeResult(const ShotResult& result, Format format, OutputFile& out,
+                 const Progress& progress) {
+  format == Format::Json ? writeResultJson(result, out, progress)
+                         : writeResultCsv(result, out, progress);
 }
 
 }  // namespace cornerpin

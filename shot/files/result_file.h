@@ -6,6 +6,7 @@
 #include <string>
 
 #include "shot/files/output_file.h"
+#include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
@@ -16,7 +17,8 @@ enum class Format { Json, Csv };
 std::optional<Format> formatOf(const std::string& path);
 
 /// Writes a result in a format. Numbers read back as the same doubles, in every locale.
-void writeResult(const ShotResult& result, Format format, OutputFile& out);
+void writeResult(const ShotResult& result, Format format, OutputFile& out,
+                 const Progress& progress = {});
 
 }  // namespace cornerpin
 

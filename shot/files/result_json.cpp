@@ -175,7 +175,8 @@ class JsonFile {
 
 }  // namespace
 
-void writeResultJson(const ShotResult& result, OutputFile& out) {
+void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress) {
+  PhaseCount count(progress, Phase::Writing, result.frames.size());
   JsonFile file(out);
   file.add("cornerpin", 2);
   file.add("base_frame", result.baseFrame);
@@ -193,8 +194,10 @@ void writeResultJson(const ShotResult& result, OutputFile& out) {
   file.addList("quads", result.quads, asJson);
   file.addList("tracks", result.tracks, asJson);
   file.addList("worst_tracks", result.worst, asJson);
-  file.addList("frames", result.frames,
-               [&](const FrameResult& frame) { return jsonOf(result, frame); });
+  file.addList("frames", result.frames, [&](const FrameResult& frame) {
+    count.add();
+    return jsonOf(result, frame);
+  });
   file.add("smooth", result.smooth ? Json(*result.smooth) : Json(nullptr));
   file.add("fill", result.fill);
   file.addList("between", result.between,

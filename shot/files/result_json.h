@@ -3,6 +3,7 @@
 #define SHOT_FILES_RESULT_JSON_H
 
 #include "shot/files/output_file.h"
+#include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
@@ -13,7 +14,7 @@ namespace cornerpin {
 /// What has no value is null: the rms of a frame without active tracks, the sigma with loss none, a
 /// covariance or an expected error without a figure, a track's place that is not known, and the
 /// coordinates of a corner on or behind the horizon.
-void writeResultJson(const ShotResult& result, OutputFile& out);
+void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress = {});
 
 }  // namespace cornerpin
 

@@ -21,6 +21,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kShownLength = 60;
+constexpr std::size_t kReported = 65536;  // rows between two reports
 
 // Room is made for one row more in so many than the file is estimated to have.
 constexpr std::size_t kMargin = 32;
@@ -97,13 +98,18 @@ constexpr std::size_t kNoColumn = std::numeric_limits<std::size_t>::max();
 
 class TrackReader {
  public:
-  explicit TrackReader(const std::string& path) : csv_(path) {}
+  TrackReader(const std::string& path, const Progress& progress)
+      : csv_(path), progress_(progress) {}
 
   Tracks read() {
     readHeader();
     const std::size_t rows = csv_.estimatedRecords();
     tracks_.observations.reserve(rows + rows / kMargin);
-    while (csv_.next()) readRow();
+    report();
+    while (csv_.next()) {
+      readRow();
+      if (tracks_.observations.size() % kReported == 0) report();
+    }
     if (tracks_.observations.empty()) {
       throw InputError(csv_.name(), "there is a header but no track below it");
     }
@@ -113,6 +119,12 @@ class TrackReader {
   }
 
  private:
+  void report() const {
+    if (!progress_) return;
+    const CsvReader::Position position = csv_.position();
+    progress_(Phase::Reading, position.done, position.total);
+  }
+
   [[noreturn]] void refuse(const std::string& text) const {
     throw InputError(csv_.name(), csv_.line(), text);
   }
@@ -250,6 +262,7 @@ class TrackReader {
   }
 
   CsvReader csv_;
+  const Progress& progress_;
   std::array<std::size_t, kColumnCount> columns_{};
   std::size_t fieldCount_ = 0;
   Tracks tracks_;
@@ -264,6 +277,8 @@ class TrackReader {
 
 }  // namespace
 
-Tracks readTracks(const std::string& path) { return TrackReader(path).read(); }
+Tracks readTracks(const std::string& path, const Progress& progress) {
+  return TrackReader(path, progress).read();
+}
 
 }  // namespace cornerpin

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "shot/solve/progress.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
@@ -22,7 +23,7 @@ namespace cornerpin {
 ///
 /// Cost: 33 bytes per row, and 4 more while rows are sorted that are not in the order of their
 /// frames and tracks; up to three times that from a pipe, whose length is not known beforehand.
-Tracks readTracks(const std::string& path);
+Tracks readTracks(const std::string& path, const Progress& progress = {});
 
 }  // namespace cornerpin
 

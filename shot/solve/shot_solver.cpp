@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <mutex>
 #include <optional>
 #include <stdexcept>
 
@@ -59,10 +58,12 @@ class TrackRecord {
 // What comes after the sweeps: the figures of trust, and what became of the tracks.
 class ShotSolver {
  public:
-  ShotSolver(const Tracks& tracks, const SolveOptions& options, ShotSweeps& sweeps)
+  ShotSolver(const Tracks& tracks, const SolveOptions& options, ShotSweeps& sweeps,
+             const Progress& progress)
       : tracks_(tracks),
         options_(options),
         sweeps_(sweeps),
+        count_(progress, Phase::Figures, passes(sweeps) * sweeps.frames().size()),
         base_(sweeps.base()),
         runs_(tracks.names.size()),
         extent_(extentOf(boxAround(sweeps.surface()))),
@@ -100,6 +101,9 @@ class ShotSolver {
   }
 
  private:
+  // In which all frames are looked at: a third where tracks were handed over to.
+  static std::size_t passes(const ShotSweeps& sweeps) { return sweeps.handedOver() > 0 ? 3 : 2; }
+
   std::size_t indexOf(int frame) const {
     return static_cast<std::size_t>(frame - tracks_.firstFrame());
   }
@@ -129,7 +133,7 @@ class ShotSolver {
     for (const Quad& quad : quads_) {
       for (Point corner : quad) corners.add(corner);
     }
-    covariances_ = sweeps_.jointCovariancesOf(corners);
+    covariances_ = sweeps_.jointCovariancesOf(corners, [this] { count_.add(); });
   }
 
   // Of the frames of a sweep, in its order.
@@ -137,6 +141,7 @@ class ShotSolver {
     for (int frame = base_.frame(); frame != last;) {
       frame += step;
       addTrust(resultOf(frame));
+      count_.add();
     }
   }
 
@@ -185,6 +190,7 @@ class ShotSolver {
     const double likely = sweeps_.units().lengthFromFit(kLikelySigma);
     const NoiseEstimate quiet = quietNoise(noises(), {likely * likely, kLikelyFreedom});
     for (FrameResult& result : result_.frames) {
+      count_.add();
       if (result.frame == base_.frame()) continue;
       const FrameErrors& errors = errorsOf(result);
       result.figures = figuresOf(errors, shot);
@@ -291,6 +297,7 @@ class ShotSolver {
   const Tracks& tracks_;
   const SolveOptions& options_;
   ShotSweeps& sweeps_;
+  PhaseCount count_;
   const BaseFrame& base_;
   TrackRuns runs_;
   std::vector<Quad> quads_;                           // in the base frame
@@ -349,22 +356,17 @@ std::optional<Quad> quadFor(const SolveOptions& options, const ShotSweeps& pilot
 
 ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Progress& progress) {
   check(tracks, options);
-  std::size_t done = 0;
-  std::size_t total = 0;
-  std::mutex reporting;
-  const std::function<void()> report = [&] {
-    const std::lock_guard<std::mutex> alone(reporting);
-    if (progress) progress(++done, total);
-  };
   const bool handsOver = options.handOver && options.loss != Loss::None;
+  std::optional<PhaseCount> frames;
+  const std::function<void()> report = [&frames] { frames->add(); };
   const std::size_t others = static_cast<std::size_t>(tracks.frameCount()) - 1;
   std::optional<ShotSweeps> sweeps;
   const auto sweepFrom = [&](int base) {
     sweeps.emplace(tracks, options, base, report);
-    if (total == 0) {
-      total = 1 + (options.base ? sweeps->mostReports()
-                                : (handsOver && !allSeenInAll(tracks) ? 3 : 2) * others);
-      report();  // the base frame
+    if (!frames) {
+      frames.emplace(progress, Phase::Solving,
+                     options.base ? sweeps->mostReports()
+                                  : (handsOver && !allSeenInAll(tracks) ? 3 : 2) * others);
     }
     sweeps->sweepFirst();
   };
@@ -373,14 +375,15 @@ ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Pr
     sweepFrom(*options.base);
   } else {
     sweepFrom(guessBaseFrame(tracks, handsOver));
+    const PhaseCount choosing(progress, Phase::ChoosingBase, 0);
     const BaseChoice choice = chooseBase(tracks, sweeps->base().frame(), pilotOf(*sweeps),
                                          quadFor(options, *sweeps), handsOver);
     if (choice.frame != sweeps->base().frame()) sweepFrom(choice.frame);
     why = choice.why;
   }
-  sweeps->handOver();
+  sweeps->handOver(progress);
   sweeps->chooseModels();
-  ShotResult result = ShotSolver(tracks, options, *sweeps).solve();
+  ShotResult result = ShotSolver(tracks, options, *sweeps, progress).solve();
   result.whyBase = why;
   return result;
 }

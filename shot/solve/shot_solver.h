@@ -2,18 +2,12 @@
 #ifndef SHOT_SOLVE_SHOT_SOLVER_H
 #define SHOT_SOLVE_SHOT_SOLVER_H
 
-#include <cstddef>
-#include <functional>
-
 #include "shot/solve/options.h"
+#include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
-
-/// Called after each frame with the number of frames done: from several threads, but from one at a
-/// time.
-using Progress = std::function<void(std::size_t done, std::size_t total)>;
 
 /// Finds for every frame the transform that carries the tracks' places on the surface to their
 /// places there, by `MMatchmove`: forward and backward from the base frame, each frame starting

@@ -50,13 +50,14 @@ std::size_t ShotSweeps::mostReports() const { return (hasOthers() ? 2 : 1) * (fr
 
 void ShotSweeps::sweepFirst() { sweepBothWays(hasOthers()); }
 
-void ShotSweeps::handOver() {
+void ShotSweeps::handOver(const Progress& progress) {
   if (!hasOthers()) return;
+  PhaseCount steps(progress, Phase::HandingOver, kMostJointSteps);
   const ObservationsOf observations = observationsOf(tracks_);
   std::vector<JointFrame> frames = jointFrames();
   places_ = startPlaces(frames, observations, tracks_.names.size());
   if (takePlaces() == 0) return;
-  fitJointly(frames, places_, observations);
+  fitJointly(frames, places_, observations, [&steps] { steps.add(); });
   trusted_ = othersAgree(frames);
   if (!trusted_ && !usesOthers()) return;
   handedOver_ = takePlaces();
@@ -127,8 +128,9 @@ std::vector<JointFrame> ShotSweeps::jointFrames() const {
   return frames;
 }
 
-std::vector<std::vector<Symmetric2>> ShotSweeps::jointCovariancesOf(const Points& places) {
-  return jointCovariances(jointFrames(), places_, observationsOf(tracks_), places);
+std::vector<std::vector<Symmetric2>> ShotSweeps::jointCovariancesOf(
+    const Points& places, const std::function<void()>& report) {
+  return jointCovariances(jointFrames(), places_, observationsOf(tracks_), places, report);
 }
 
 void ShotSweeps::sweepBothWays(bool learns) {

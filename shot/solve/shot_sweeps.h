@@ -12,6 +12,7 @@
 #include "shot/solve/frame_fit.h"
 #include "shot/solve/model_pass.h"
 #include "shot/solve/options.h"
+#include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 #include "shot/solve/surface_map.h"
 #include "shot/solve/tracks.h"
@@ -42,7 +43,7 @@ class ShotSweeps {
   void sweepFirst();
 
   /// Hands over where there is something to hand over to.
-  void handOver();
+  void handOver(const Progress& progress = {});
 
   /// Chooses the models of the frames that no others may lean on, where frames may be reduced.
   void chooseModels();
@@ -76,7 +77,9 @@ class ShotSweeps {
 
   /// Of the images of places in every frame, with all that the shot's other frames say; fills in
   /// those of the tracks' places.
-  std::vector<std::vector<Symmetric2>> jointCovariancesOf(const Points& places);
+  /// \param report  called after each frame that takes part
+  std::vector<std::vector<Symmetric2>> jointCovariancesOf(
+      const Points& places, const std::function<void()>& report = [] {});
 
  private:
   void sweepBothWays(bool learns);

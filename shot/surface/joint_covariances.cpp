@@ -52,11 +52,13 @@ ObservationsOf withEqualNoise(const ObservationsOf& observations) {
 
 class Covariances : public WayBack {
  public:
-  Covariances(const JointShot& shot, const Points& points, std::vector<Place>& places)
+  Covariances(const JointShot& shot, const Points& points, std::vector<Place>& places,
+              const std::function<void()>& report)
       : images(shot.frames.size(), std::vector<Symmetric2>(points.size(), Place{}.covariance)),
         shot_(shot),
         points_(points),
         places_(places),
+        report_(report),
         slots_(slotsOf(shot)),
         covariance_(4 * slots_ * slots_) {
     for (Place& place : places) place.covariance = Place{}.covariance;
@@ -95,6 +97,7 @@ class Covariances : public WayBack {
       images[frame][i] = equations.covarianceAt(points_[i]);
     }
     if (!others_.empty()) addOthers(frame, equations);
+    report_();
   }
 
   std::vector<std::vector<Symmetric2>> images;
@@ -165,6 +168,7 @@ class Covariances : public WayBack {
   const JointShot& shot_;
   const Points& points_;
   std::vector<Place>& places_;
+  const std::function<void()>& report_;
   std::size_t slots_;
   FrontVector covariance_;     // of the places alive
   std::vector<Other> others_;  // by track; empty if nobody is left out
@@ -175,10 +179,11 @@ class Covariances : public WayBack {
 std::vector<std::vector<Symmetric2>> jointCovariances(const std::vector<JointFrame>& frames,
                                                       std::vector<Place>& places,
                                                       const ObservationsOf& observations,
-                                                      const Points& points) {
+                                                      const Points& points,
+                                                      const std::function<void()>& report) {
   const ObservationsOf equallyNoisy = withEqualNoise(observations);
   const JointShot shot = jointShot(frames, places, equallyNoisy);
-  Covariances covariances(shot, points, places);
+  Covariances covariances(shot, points, places, report);
   return std::move(covariances.images);
 }
 

@@ -2,6 +2,7 @@
 #ifndef SHOT_SURFACE_JOINT_COVARIANCES_H
 #define SHOT_SURFACE_JOINT_COVARIANCES_H
 
+#include <functional>
 #include <vector>
 
 #include "shot/plane/points.h"
@@ -19,13 +20,14 @@ namespace cornerpin {
 /// one error in common. Not a number where the place is not known or nothing says where it is.
 ///
 /// \param points  exact on the surface
+/// \param report  called after each frame that takes part
 /// \return        for each frame the covariances of their images, in pixels^2: 0 in the fixed
 /// frame;
 ///                not a number in frames that do not take part, and behind the horizon
-std::vector<std::vector<Symmetric2>> jointCovariances(const std::vector<JointFrame>& frames,
-                                                      std::vector<Place>& places,
-                                                      const ObservationsOf& observations,
-                                                      const Points& points);
+std::vector<std::vector<Symmetric2>> jointCovariances(
+    const std::vector<JointFrame>& frames, std::vector<Place>& places,
+    const ObservationsOf& observations, const Points& points,
+    const std::function<void()>& report = [] {});
 
 }  // namespace cornerpin
 

@@ -14,7 +14,6 @@ namespace cornerpin {
 
 namespace {
 
-constexpr int kMostSteps = 10;
 constexpr double kEnough = 1e-3;  // the largest move that is none, in noises
 
 // Where a step leads.
@@ -94,16 +93,17 @@ double shareOf(const Step& step, double& cost) {
 }  // namespace
 
 void fitJointly(std::vector<JointFrame>& frames, std::vector<Place>& places,
-                const ObservationsOf& observations) {
+                const ObservationsOf& observations, const std::function<void()>& report) {
   const JointShot shot = jointShot(frames, places, observations);
   double cost = 0.0;
-  for (int i = 0; i < kMostSteps; ++i) {
+  for (int i = 0; i < kMostJointSteps; ++i) {
     const Step step(shot);
     if (i == 0) cost = step.cost(0.0);
     const double share = shareOf(step, cost);
     if (share == 0.0) break;
     for (std::size_t f = 0; f < frames.size(); ++f) frames[f].h = step.transform(f, share);
     for (std::size_t t = 0; t < places.size(); ++t) places[t].point = step.place(t, share);
+    report();
     if (step.largestMove() < kEnough) break;
   }
   std::vector<bool> others(places.size());

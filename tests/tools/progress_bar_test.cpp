@@ -6,12 +6,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
+#include <regex>
 #include <thread>
+#include <utility>
 
 #include "tests/support/child.h"
 #include "tests/support/terminal.h"
 
 using namespace std::chrono_literals;
+using cornerpin::Phase;
 using cornerpin::ProgressBar;
 
 namespace {
@@ -27,25 +31,120 @@ std::string onATerminal(const std::function<void()>& action) {
   });
 }
 
+bool startsWith(const std::string& text, const std::string& part) {
+  return text.rfind(part, 0) == 0;
+}
+
+bool matches(const std::string& text, const char* pattern) {
+  return std::regex_search(text, std::regex(pattern));
+}
+
 }  // namespace
 
 TEST(ProgressBar, AppearsOnATerminalAfterHalfASecondAndClearsItself) {
+  const std::string line = "\rsolving [############..................] 40 %\033[K";
+  const std::string text = onATerminal([] {
+    ProgressBar bar;
+    bar.update(Phase::Solving, 2, 5);
+    std::this_thread::sleep_for(300ms);
+    bar.update(Phase::Solving, 2, 5);
+    std::this_thread::sleep_for(250ms);
+  });
+  EXPECT_EQ(text.substr(0, line.size()), line);
+  EXPECT_EQ(text.substr(text.size() - 4), "\r\033[K");
   EXPECT_EQ(onATerminal([] {
               ProgressBar bar;
-              bar.update(0, 5);
-              std::this_thread::sleep_for(550ms);
-              bar.update(2, 5);
+              bar.update(Phase::Solving, 2, 5);
+              std::this_thread::sleep_for(100ms);
             }),
-            "\rsolving [############..................] 2/5\r\033[K");
+            "");
 }
 
 TEST(ProgressBar, IsFullAtTheEnd) {
-  EXPECT_EQ(onATerminal([] {
-              ProgressBar bar;
-              std::this_thread::sleep_for(550ms);
-              bar.update(7, 7);
-            }),
-            "\rsolving [##############################] 7/7\r\033[K");
+  const std::string text = onATerminal([] {
+    ProgressBar bar;
+    bar.update(Phase::Solving, 0, 7);
+    bar.update(Phase::Solving, 7, 7);
+    std::this_thread::sleep_for(550ms);
+  });
+  EXPECT_TRUE(startsWith(text, "\rsolving [##############################] 100 %\033[K")) << text;
+}
+
+TEST(ProgressBar, NamesEveryPhase) {
+  const std::pair<Phase, const char*> phases[] = {{Phase::Reading, "reading"},
+                                                  {Phase::Solving, "solving"},
+                                                  {Phase::ChoosingBase, "choosing the base frame"},
+                                                  {Phase::HandingOver, "handing over"},
+                                                  {Phase::Figures, "figures of trust"},
+                                                  {Phase::Writing, "writing"}};
+  const std::string text = onATerminal([&] {
+    ProgressBar bar;
+    bar.update(Phase::Reading, 0, 0);
+    std::this_thread::sleep_for(600ms);
+    for (const auto& phase : phases) {
+      bar.update(phase.first, 0, 0);
+      std::this_thread::sleep_for(150ms);
+    }
+  });
+  std::size_t at = 0;
+  for (const auto& phase : phases) {
+    at = text.find(std::string("\r") + phase.second + "\033[K", at);
+    EXPECT_NE(at, std::string::npos) << phase.second;
+  }
+}
+
+// Nobody reports anything meanwhile, as while a single long step is under way.
+TEST(ProgressBar, SaysHowLongItTakesYetAndCountsDown) {
+  const std::string text = onATerminal([] {
+    ProgressBar bar;
+    bar.update(Phase::HandingOver, 0, 10);
+    std::this_thread::sleep_for(1s);
+    bar.update(Phase::HandingOver, 2, 10);
+    std::this_thread::sleep_for(1300ms);
+  });
+  const std::size_t four = text.find(" 20 %, 4 s left\033[K");
+  const std::size_t three = text.find(" 20 %, 3 s left\033[K");
+  EXPECT_LT(four, three);
+  EXPECT_NE(three, std::string::npos) << text;
+}
+
+// Each second takes 0.1 % or 0.01 % of the phase.
+TEST(ProgressBar, CountsMinutesAndHours) {
+  const auto lineAt = [](std::size_t total) {
+    return onATerminal([&] {
+      ProgressBar bar;
+      bar.update(Phase::Figures, 0, total);
+      std::this_thread::sleep_for(1s);
+      bar.update(Phase::Figures, 1, total);
+      std::this_thread::sleep_for(150ms);
+    });
+  };
+  EXPECT_TRUE(matches(lineAt(1001), " 0 %, 16:[34]. left"));     // 1,000 s
+  EXPECT_TRUE(matches(lineAt(10001), " 0 %, 2:4[67]:.. left"));  // 10,000 s
+}
+
+// What the phases before took tells nothing.
+TEST(ProgressBar, StartsAfreshWithEachPhase) {
+  const std::string text = onATerminal([] {
+    ProgressBar bar;
+    bar.update(Phase::Solving, 0, 100);
+    bar.update(Phase::Solving, 50, 100);
+    std::this_thread::sleep_for(2s);
+    bar.update(Phase::ChoosingBase, 0, 0);
+    bar.update(Phase::Solving, 51, 100);
+    std::this_thread::sleep_for(500ms);
+    bar.update(Phase::Solving, 76, 100);
+    std::this_thread::sleep_for(150ms);
+    bar.update(Phase::Writing, 0, 100);
+    std::this_thread::sleep_for(1s);
+    bar.update(Phase::Writing, 0, 10);
+    std::this_thread::sleep_for(1s);
+    bar.update(Phase::Writing, 5, 10);
+    std::this_thread::sleep_for(150ms);
+  });
+  EXPECT_TRUE(matches(text, " 51 %\033")) << text;                 // nothing to go by yet
+  EXPECT_TRUE(matches(text, " 76 %, 1 s left\033")) << text;       // 24 frames at 50 a second
+  EXPECT_TRUE(matches(text, "writing.* 50 %, 1 s left")) << text;  // 5 more in a second
 }
 
 TEST(ProgressBar, DrawsTenTimesASecondAtMost) {
@@ -53,10 +152,10 @@ TEST(ProgressBar, DrawsTenTimesASecondAtMost) {
   const std::string text = onATerminal([] {
     ProgressBar bar;
     const auto end = std::chrono::steady_clock::now() + 1s;
-    while (std::chrono::steady_clock::now() < end) bar.update(1, 2);
+    while (std::chrono::steady_clock::now() < end) bar.update(Phase::Solving, 1, 2);
   });
   const auto tenths = (std::chrono::steady_clock::now() - start) / 100ms;
-  const auto drawn = std::count(text.begin(), text.end(), '[') - 1;  // one in the code that clears
+  const auto drawn = std::count(text.begin(), text.end(), '[') / 2;  // one in the code that clears
   EXPECT_GE(drawn, 1);
   EXPECT_LE(drawn, tenths);
 }
@@ -64,9 +163,23 @@ TEST(ProgressBar, DrawsTenTimesASecondAtMost) {
 TEST(ProgressBar, WritesNothingElsewhere) {
   const ChildRun run = runInChild([] {
     ProgressBar bar;
+    bar.update(Phase::Solving, 1, 2);
     std::this_thread::sleep_for(550ms);
-    bar.update(1, 2);
   });
   EXPECT_TRUE(run.exited);
   EXPECT_EQ(run.err, "");
+}
+
+// The thread that draws leaves signals to those that hold them back while they write a file.
+TEST(ProgressBar, TakesNoSignals) {
+  const std::string text = onATerminal([] {
+    ProgressBar bar;
+    bar.update(Phase::Writing, 1, 2);
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    ::kill(::getpid(), SIGTERM);
+    std::this_thread::sleep_for(600ms);
+  });
+  EXPECT_TRUE(startsWith(text, "\rwriting [")) << text;
 }

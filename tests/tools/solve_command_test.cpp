@@ -577,7 +577,7 @@ TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
 TEST(SolveCommand, DrawsABarOnATerminalAndClearsIt) {
   const TemporaryFolder folder;
   std::string text;
-  for (int frames = 500; text.empty() && frames <= 128000;
+  for (int frames = 500; !contains(text, "solving [") && frames <= 128000;
        frames *= 4) {  // until it takes long
     writeFile(folder / "in.csv", stillShot(150, frames));
     text = writtenOnATerminal([&](const std::string& terminal) {

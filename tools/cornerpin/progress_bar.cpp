@@ -1,37 +1,116 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/progress_bar.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
+#include <csignal>
 #include <cstdio>
 
 namespace cornerpin {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 500ms;
+constexpr auto kPeriod = 100ms;
 constexpr std::size_t kWidth = 30;
-constexpr const char* kFull = "##############################";
-constexpr const char* kEmpty = "..............................";
+
+const char* nameOf(Phase phase) {
+  switch (phase) {
+    case Phase::Reading:
+      return "reading";
+    case Phase::Solving:
+      return "solving";
+    case Phase::ChoosingBase:
+      return "choosing the base frame";
+    case Phase::HandingOver:
+      return "handing over";
+    case Phase::Figures:
+      return "figures of trust";
+    case Phase::Writing:
+      return "writing";
+  }
+  return "";
+}
+
+// "1:05:09", "2:07" or "9 s".
+std::string textOf(double seconds) {
+  const auto whole = static_cast<long long>(std::ceil(seconds));
+  if (whole < 60) return fmt::format("{} s", whole);
+  if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
+  return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+}
 
 }  // namespace
 
-ProgressBar::ProgressBar()
-    : shown_(::isatty(STDERR_FILENO) != 0), next_(Clock::now() + std::chrono::milliseconds(500)) {}
-
-ProgressBar::~ProgressBar() {
-  if (drawn_) std::fputs("\r\033[K", stderr);
+// The drawer takes no signals: their handlers belong to the thread that writes files.
+ProgressBar::ProgressBar() {
+  if (::isatty(STDERR_FILENO) == 0) return;
+  sigset_t all;
+  sigset_t before;
+  ::sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  drawer_ = std::thread([this] { drawUntilStopped(); });
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-void ProgressBar::update(std::size_t done, std::size_t total) {
-  if (!shown_) return;
+ProgressBar::~ProgressBar() {
+  if (!drawer_.joinable()) return;
+  {
+    const std::lock_guard<std::mutex> alone(mutex_);
+    stopped_ = true;
+  }
+  stop_.notify_one();
+  drawer_.join();
+}
+
+void ProgressBar::update(Phase phase, std::size_t done, std::size_t total) {
+  if (!drawer_.joinable()) return;
   const auto now = Clock::now();
-  if (now < next_) return;
-  next_ = now + std::chrono::milliseconds(100);
-  const int filled = static_cast<int>(done * kWidth / total);
-  const int empty = static_cast<int>(kWidth) - filled;
-  std::fprintf(stderr, "\rsolving [%.*s%.*s] %zu/%zu", filled, kFull, empty, kEmpty, done, total);
-  std::fflush(stderr);
-  drawn_ = true;
+  const std::lock_guard<std::mutex> alone(mutex_);
+  if (!begun_ || phase != phase_ || done == 0) {
+    begin_ = now;
+    doneBefore_ = done;
+  }
+  begun_ = true;
+  phase_ = phase;
+  done_ = done;
+  total_ = total;
+  reported_ = now;
+}
+
+void ProgressBar::drawUntilStopped() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  const auto isStopped = [this] { return stopped_; };
+  bool drawn = false;
+  for (auto wait = kPatience; !stop_.wait_for(lock, wait, isStopped); wait = kPeriod) {
+    if (!begun_) continue;
+    std::fputs(line().c_str(), stderr);
+    std::fflush(stderr);
+    drawn = true;
+  }
+  if (drawn) std::fputs("\r\033[K", stderr);
+}
+
+std::string ProgressBar::line() const {
+  if (total_ == 0) return fmt::format("\r{}\033[K", nameOf(phase_));
+  const std::size_t done = std::min(done_, total_);
+  const std::size_t filled = done * kWidth / total_;
+  return fmt::format("\r{} [{:#<{}}{:.<{}}] {} %{}\033[K", nameOf(phase_), "", filled, "",
+                     kWidth - filled, done * 100 / total_, secondsLeft(Clock::now()));
+}
+
+// Goes on counting down between two reports.
+std::string ProgressBar::secondsLeft(Clock::time_point now) const {
+  if (done_ <= doneBefore_ || done_ >= total_) return "";
+  const auto seconds = [](Clock::duration d) { return std::chrono::duration<double>(d).count(); };
+  const double each = seconds(reported_ - begin_) / static_cast<double>(done_ - doneBefore_);
+  const double left = each * static_cast<double>(total_ - done_) - seconds(now - reported_);
+  return fmt::format(", {} left", textOf(std::max(left, 1.0)));
 }
 
 }  // namespace cornerpin

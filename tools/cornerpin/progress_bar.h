@@ -3,12 +3,20 @@
 #define TOOLS_CORNERPIN_PROGRESS_BAR_H
 
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "shot/solve/progress.h"
 
 namespace cornerpin {
 
-/// A bar on standard error, where that is a terminal and the work has taken half a second. It
-/// clears itself away at its end.
+/// A line on standard error, where that is a terminal and the work has taken half a second: the
+/// phase, how much of it is done, and how long it takes yet if it goes on as it did. A thread of
+/// its own draws it ten times a second, so that it lives where reports are far between. It clears
+/// itself away at its end.
 class ProgressBar {
  public:
   ProgressBar();
@@ -16,14 +24,32 @@ class ProgressBar {
   ProgressBar& operator=(const ProgressBar&) = delete;
   ~ProgressBar();
 
-  /// Draws at most ten times a second.
-  void update(std::size_t done, std::size_t total);
+  /// From any thread.
+  void update(Phase phase, std::size_t done, std::size_t total);
+
+  /// A `Progress` that leads here.
+  Progress progress() {
+    return [this](Phase phase, std::size_t done, std::size_t total) { update(phase, done, total); };
+  }
 
  private:
   using Clock = std::chrono::steady_clock;
-  bool shown_;
-  bool drawn_ = false;
-  Clock::time_point next_;
+
+  void drawUntilStopped();
+  std::string line() const;
+  std::string secondsLeft(Clock::time_point now) const;
+
+  std::mutex mutex_;
+  bool begun_ = false;
+  Phase phase_ = Phase::Reading;
+  std::size_t done_ = 0;
+  std::size_t total_ = 0;
+  Clock::time_point begin_;  // of the phase, and what of it had been done by then
+  std::size_t doneBefore_ = 0;
+  Clock::time_point reported_;
+  bool stopped_ = false;
+  std::condition_variable stop_;
+  std::thread drawer_;  // none where nothing is shown
 };
 
 }  // namespace cornerpin

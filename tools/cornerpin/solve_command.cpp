@@ -158,15 +158,36 @@ void checkOutputs(const Arguments& arguments) {
   requireWritable(arguments.explanation);
 }
 
-ShotResult solveWithBar(const Tracks& tracks, const SolveOptions& options) {
-  ProgressBar bar;
-  return solveShot(tracks, options,
-                   [&](std::size_t done, std::size_t total) { bar.update(done, total); });
+ShotResult solve(const Arguments& arguments, const SolveOptions& options,
+                 const RetouchOptions& retouches, Tracks& tracks, const Progress& progress) {
+  tracks = readTracks(arguments.input.path, progress);
+  arguments.selection.apply(tracks);
+  checkTimes(retouches.at, tracks);
+  ShotResult result = solveShot(tracks, options, progress);
+  retouch(result, retouches);
+  return result;
 }
 
-void writeExplanation(const std::string& path, const Tracks& tracks, const ShotResult& result) {
-  OutputFile out(path);
-  writeExplanationCsv(result, tracks, out);
+void writeFiles(const Arguments& arguments, Format format, const Tracks& tracks,
+                const ShotResult& result, const Progress& progress) {
+  if (!arguments.explanation.empty()) {
+    OutputFile out(arguments.explanation);
+    writeExplanationCsv(result, tracks, out, progress);
+    out.commit();
+  }
+  if (arguments.output.path.empty() || arguments.output.isStandardOutput()) return;
+  OutputFile out(arguments.output.path);
+  writeResult(result, format, out, progress);
+  out.commit();
+}
+
+void printResult(const Arguments& arguments, Format format, const ShotResult& result) {
+  if (!arguments.json.given && !arguments.output.isStandardOutput()) {
+    print(summaryTable(result));
+    return;
+  }
+  OutputFile out("-");
+  writeResult(result, arguments.json.given ? Format::Json : format, out);
   out.commit();
 }
 
@@ -188,24 +209,14 @@ int run(const Arguments& arguments) {
   const Format format = arguments.output.format();
   checkOutputs(arguments);
 
-  Tracks tracks = readTracks(arguments.input.path);
-  arguments.selection.apply(tracks);
-  checkTimes(retouches.at, tracks);
-  ShotResult result = solveWithBar(tracks, options);
-  retouch(result, retouches);
-  if (!arguments.explanation.empty()) writeExplanation(arguments.explanation, tracks, result);
-  const auto write = [&](const std::string& path, Format as) {
-    OutputFile out(path);
-    writeResult(result, as, out);
-    out.commit();
-  };
-  const bool onStandardOutput = arguments.output.isStandardOutput();
-  if (!arguments.output.path.empty()) write(onStandardOutput ? "-" : arguments.output.path, format);
-  if (arguments.json.given) {
-    write("-", Format::Json);
-  } else if (!onStandardOutput) {
-    print(summaryTable(result));
-  }
+  Tracks tracks;
+  const ShotResult result = [&] {
+    ProgressBar bar;  // gone before anything is printed
+    ShotResult solved = solve(arguments, options, retouches, tracks, bar.progress());
+    writeFiles(arguments, format, tracks, solved, bar.progress());
+    return solved;
+  }();
+  printResult(arguments, format, result);
   return exitCode(arguments, result);
 }
 

@@ -368,7 +368,9 @@ TEST(SolveRelative, RefusesFramesAndQuadsThatTheReferenceCannotHave) {
   Tracks tracks = noisyShot();
   SolveOptions outside = relativeTo(11);
   outside.quads = {{"sign", kSquare}};
-  const auto progress = [](std::size_t, std::size_t) { ADD_FAILURE() << "refused too late"; };
+  const auto progress = [](Phase, std::size_t, std::size_t) {
+    ADD_FAILURE() << "refused too late";
+  };
   EXPECT_THROW(solveShot(tracks, outside, progress), std::invalid_argument);
   small_shots::see(tracks, 3, 12, {1, 1}, 0.0f);
   EXPECT_THROW(solveShot(tracks, relativeTo(12)), std::invalid_argument);  // held
