@@ -5,6 +5,7 @@
 // scenarios; --environment tells what counts depend on. The match-move kernels are those for AVX2
 // whatever else the processor could run.
 #include <gnu/libc-version.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -21,8 +23,11 @@
 #include "cornerpin/foundation/norm.h"
 #include "cornerpin/solver/kernels/frame_kernels.h"
 #ifdef CORNERPIN_BENCH_SHOT
+#include "bench/command/inputs.h"
 #include "bench/support/matches.h"
+#include "shot/files/track_csv.h"
 #include "shot/fit/homography_fit.h"
+#include "shot/solve/shot_solver.h"
 #endif
 
 namespace {
@@ -58,6 +63,40 @@ std::function<void()> fitsOf(int tracks) {
     for (const auto& [matches, start] : *frames) fitHomography(matches, start);
   };
 }
+
+// A track file that goes with its owner.
+class TrackFile {
+ public:
+  TrackFile(int tracks, int frames)
+      : path_((std::filesystem::temp_directory_path() /
+               ("cornerpin-instructions-" + std::to_string(::getpid()) + ".csv"))
+                  .string()) {
+    bench::synthetic(tracks, frames, path_);
+  }
+  TrackFile(const TrackFile&) = delete;
+  TrackFile& operator=(const TrackFile&) = delete;
+  ~TrackFile() { std::filesystem::remove(path_); }
+
+  cornerpin::Tracks read() const { return cornerpin::readTracks(path_); }
+
+ private:
+  std::string path_;
+};
+
+std::function<void()> reading() {
+  const auto file = std::make_shared<const TrackFile>(100, 100);
+  return [file] { file->read(); };
+}
+
+// All of `solveShot`, from the first of 20 frames.
+std::function<void()> solveShotWith(cornerpin::Loss loss) {
+  const auto tracks = std::make_shared<const cornerpin::Tracks>(TrackFile(100, 20).read());
+  cornerpin::SolveOptions options;
+  options.base = 0;
+  options.loss = loss;
+  options.threads = 1;
+  return [tracks, options] { cornerpin::solveShot(*tracks, options); };
+}
 #endif
 
 volatile float sink;
@@ -87,6 +126,9 @@ const Scenario scenarios[] = {
     {"fit-32-tracks", [] { return fitsOf(32); }},
     {"fit-100-tracks", [] { return fitsOf(100); }},
     {"fit-300-tracks", [] { return fitsOf(300); }},
+    {"read-10000-rows", reading},
+    {"solve-shot-none", [] { return solveShotWith(cornerpin::Loss::None); }},
+    {"solve-shot-tukey", [] { return solveShotWith(cornerpin::Loss::Tukey); }},
 #endif
 };
 
