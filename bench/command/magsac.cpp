@@ -59,7 +59,8 @@ void fitByMagsac(const Pairs& pairs) {
   const auto points = [&](const std::vector<float>& v) {
     return cv::Mat(static_cast<int>(pairs.count()), 1, CV_32FC2, const_cast<float*>(v.data()));
   };
-  cv::findHomography(points(pairs.base), points(pairs.moved), cv::USAC_MAGSAC, 3.0);
+  cv::Mat good;
+  cv::findHomography(points(pairs.base), points(pairs.moved), cv::USAC_MAGSAC, 3.0, good);
 }
 #else
 void fitByMagsac(const Pairs&) {}

@@ -8,7 +8,8 @@
 namespace bench {
 
 // The robust fit of a frame as the command does it, library's fit and figures of trust included,
-// beside one call of OpenCV's findHomography(USAC_MAGSAC, 3) on the same frame.
+// beside one call of OpenCV's findHomography(USAC_MAGSAC, 3) on the same frame. Both say which
+// tracks are good.
 struct Beside {
   std::string shot;
   double tracks = 0.0;          // median of the frames
