@@ -17,8 +17,7 @@ namespace cornerpin {
 ///
 /// An opinion is a set of tracks that are off; the others, at least five, are fitted by weighted
 /// least squares. Its probability is the product of
-/// - the likelihood of the others, integrated over the transform, with an even prior, and over
-/// their
+/// - the likelihood of the others, integrated over the transform with an even prior and over their
 ///   noise, of which the shot tells as much as `noise` says;
 /// - for each track that is off, at a distance r from where the others put it: a distance of any
 ///   order of magnitude is as likely as of any other, so its density is one over r^2;
@@ -30,7 +29,7 @@ namespace cornerpin {
 /// most frames do without: then these are tried as well as the frame's own good ones.
 class SubsetPosterior {
  public:
-  static constexpr std::size_t kMost = 12;
+  static constexpr std::size_t kMost = 16;
 
   /// \param matches  all of the frame that are in front of the horizon
   /// \param frame    how its transform was fitted; 0 is the weight of the tracks it takes to be off

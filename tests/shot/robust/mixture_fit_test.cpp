@@ -292,13 +292,12 @@ Plain plainRounds(const Matches& matches, const ErrorModel& start, int most, dou
 }
 
 // Rounds that do not settle carry the rounding of the first on and enlarge it.
-void expectEnd(const MixtureFit& fit, const Plain& plain) {
-  constexpr double kTolerance = 1e-7;
+void expectEnd(const MixtureFit& fit, const Plain& plain, double tolerance = 1e-7) {
   ASSERT_TRUE(fit.found);
-  EXPECT_NEAR(fit.errors.spread, plain.errors.spread, kTolerance * plain.errors.spread);
-  EXPECT_NEAR(fit.errors.strays, plain.errors.strays, kTolerance);
+  EXPECT_NEAR(fit.errors.spread, plain.errors.spread, tolerance * plain.errors.spread);
+  EXPECT_NEAR(fit.errors.strays, plain.errors.strays, tolerance);
   for (std::size_t i = 0; i < 9; ++i) {
-    EXPECT_NEAR(fit.h[i / 3][i % 3], plain.h[i / 3][i % 3], kTolerance * plain.errors.spread);
+    EXPECT_NEAR(fit.h[i / 3][i % 3], plain.h[i / 3][i % 3], tolerance * plain.errors.spread);
   }
 }
 
@@ -322,7 +321,7 @@ TEST(MixtureFit, EndsAfterSixtyRoundsThatDoNotSettle) {
   EXPECT_FALSE(plain.settled);
   const double further = plainRounds(matches, start, 61).errors.spread;
   ASSERT_GT(std::fabs(further - plain.errors.spread), 1e-5 * plain.errors.spread);
-  expectEnd(fitMixture(matches, kView, start), plain);
+  expectEnd(fitMixture(matches, kView, start), plain, 1e-6);  // such rounds enlarge rounding
 }
 
 TEST(MixtureFit, TakesNoMoreThanNineteenOfTwentyForStrays) {
