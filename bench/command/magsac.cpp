@@ -153,6 +153,7 @@ Beside besideMagsac(const std::string& name, const Tracks& tracks, int baseFrame
     beside.mostlyWrong = own[1].size();
   }
   std::vector<double> counts;
+  counts.reserve(frames.size());
   for (const Pairs& pairs : frames) counts.push_back(static_cast<double>(pairs.count()));
   beside.tracks = median(counts);
   beside.frames = frames.size();

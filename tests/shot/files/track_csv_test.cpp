@@ -270,8 +270,11 @@ TEST(ReadTracksRefuses, ANumberThatDoesNotParse) {
   EXPECT_EQ(refusal(kHeader + "a,0,1e999,2,1\n"), "2: x must be a number, not \"1e999\"");
   for (const std::string text : {"+-1", ".", "-", "-.", "+", "--1", "1-", "1.2.3", "1..2", "- 1",
                                  "0x1", "1e", "1 2", "++1", "1,"}) {
-    EXPECT_EQ(refusal(kHeader + "a,0,\"" + text + "\",2,1\n"),
-              "2: x must be a number, not \"" + text + "\"");
+    std::string rows = kHeader;
+    rows.append("a,0,\"").append(text).append("\",2,1\n");
+    std::string message = "2: x must be a number, not \"";
+    message.append(text).append("\"");
+    EXPECT_EQ(refusal(rows), message);
   }
 }
 
