@@ -26,13 +26,16 @@ class BaseFrame {
   /// The tracks, in their order, and their places here.
   const std::vector<int>& tracks() const { return tracks_; }
   const Points& places() const { return places_; }
-  bool sees(int track) const { return seen_[static_cast<std::size_t>(track)]; }
+  bool sees(int track) const {
+    const auto t = static_cast<std::size_t>(track);
+    return t < seen_.size() && seen_[t];
+  }
 
  private:
   int frame_;
   std::vector<int> tracks_;
   Points places_;
-  std::vector<bool> seen_;  // by track
+  std::vector<bool> seen_;  // by track; up to the last of the shot that has a name
 };
 
 /// The places in the base frame that tell how far the surface reaches: all of them, or with a

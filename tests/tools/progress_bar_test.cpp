@@ -3,11 +3,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <regex.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
-#include <regex>
 #include <thread>
 #include <utility>
 
@@ -36,7 +36,11 @@ bool startsWith(const std::string& text, const std::string& part) {
 }
 
 bool matches(const std::string& text, const char* pattern) {
-  return std::regex_search(text, std::regex(pattern));
+  regex_t compiled;
+  if (::regcomp(&compiled, pattern, REG_EXTENDED | REG_NOSUB) != 0) return false;
+  const bool found = ::regexec(&compiled, text.c_str(), 0, nullptr, 0) == 0;
+  ::regfree(&compiled);
+  return found;
 }
 
 }  // namespace
