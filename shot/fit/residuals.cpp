@@ -42,11 +42,16 @@ const std::vector<SquaresVariant>& squaresVariants() {
   return variants;
 }
 
-void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares,
-                      const SquaresVariant& variant) {
+SquaresInput squaresInput(const Matches& matches, const Homography& h) {
   SquaresInput in = {matches.base().x(),    matches.base().y(),          matches.present().x(),
                      matches.present().y(), matches.base().paddedSize(), {}};
   for (std::size_t i = 0; i < 9; ++i) in.h[i] = h[i / 3][i % 3];
+  return in;
+}
+
+void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares,
+                      const SquaresVariant& variant) {
+  const SquaresInput in = squaresInput(matches, h);
   squares.resize(in.count);
   variant.run(in, squares.data());
   squares.resize(matches.size());

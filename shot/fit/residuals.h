@@ -33,7 +33,8 @@ double rmsResidual(const Matches& matches, const Homography& h);
 /// The squared residuals; infinite on and behind the horizon.
 void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares);
 
-/// What that reads: arrays of `count` numbers, a multiple of 4; the transform row by row.
+/// What that reads, as other passes do: arrays of `count` numbers, a multiple of 4; the transform
+/// row by row.
 struct SquaresInput {
   const double* x;
   const double* y;
@@ -49,6 +50,9 @@ struct SquaresVariant {
   void (*run)(const SquaresInput& in, double* squares);
 };
 const std::vector<SquaresVariant>& squaresVariants();
+
+/// The matches' arrays and the transform.
+SquaresInput squaresInput(const Matches& matches, const Homography& h);
 
 void squaredResiduals(const Matches& matches, const Homography& h, std::vector<double>& squares,
                       const SquaresVariant& variant);

@@ -81,17 +81,11 @@ bool MixtureFitter::round(MixtureFit& fit, double& moved) {
 
 MixtureInput MixtureFitter::inputOf(const MixtureFit& fit) const {
   const ErrorModel& errors = fit.errors;
-  const Homography& h = fit.h;
   const double variance = errors.spread * errors.spread;
-  return {matches_.base().x(),
-          matches_.base().y(),
-          matches_.present().x(),
-          matches_.present().y(),
+  return {squaresInput(matches_, fit.h),
           matches_.squaredWeights().data(),
           votes_.data(),
           odds_.data(),
-          squaredWeights_.size(),
-          {h[0][0], h[0][1], h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]},
           errors.freedom,
           1.0 / (errors.freedom * variance),
           (1.0 - errors.strays) / (kTwoPi * variance),

@@ -2,26 +2,22 @@
 #ifndef SHOT_ROBUST_MIXTURE_SUMS_H
 #define SHOT_ROBUST_MIXTURE_SUMS_H
 
-#include <cstddef>
 #include <vector>
+
+#include "shot/fit/residuals.h"
 
 namespace cornerpin {
 
-/// What the passes over a mixture's matches read: arrays of `count` numbers, a multiple of 4, whose
-/// votes behind the last match are 0; the transform row by row.
+/// What the passes over a mixture's matches read beside the matches and the transform: arrays as
+/// long as theirs, whose votes behind the last match are 0.
 ///
 /// With f the freedom and s the spread of the errors, a match with the squared residual r^2 is
 /// this likely no stray, times its odds: density (1 + r^2 / (f s^2))^(-(f + 2) / 2).
 struct MixtureInput {
-  const double* x;
-  const double* y;
-  const double* u;
-  const double* v;
+  SquaresInput matches;
   const double* w2;
   const double* votes;
   const double* odds;
-  std::size_t count;
-  double h[9];
   int freedom;       ///< 1, 2, 4 or 16
   double perSquare;  ///< 1 / (f s^2)
   double density;    ///< (1 - strays) / (2 pi s^2)

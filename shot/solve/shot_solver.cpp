@@ -186,9 +186,10 @@ class ShotSolver {
 
   // How far the corners of all frames may be off, with what the frames say of each other's noise.
   void addFigures() {
-    const NoiseEstimate shot = shotNoise(noises());
+    const std::vector<NoiseEstimate> ofFrames = noises();
+    const NoiseEstimate shot = shotNoise(ofFrames);
     const double likely = sweeps_.units().lengthFromFit(kLikelySigma);
-    const NoiseEstimate quiet = quietNoise(noises(), {likely * likely, kLikelyFreedom});
+    const NoiseEstimate quiet = quietNoise(ofFrames, {likely * likely, kLikelyFreedom});
     for (FrameResult& result : result_.frames) {
       count_.add();
       if (result.frame == base_.frame()) continue;

@@ -49,9 +49,9 @@ FrameFigures baseFrameFigures(std::size_t quads);
 /// \param front  a place in the base frame that is in front of the horizon
 FrameErrors errorsOf(const FrameFits& fits, const std::vector<Quad>& quads, Point front);
 
-/// A corner's covariance is the larger of two: that of equal noise, as much of it as the frame and
-/// the shot say (`pooled`), enlarged where few errors have told it (`estimatedNoiseFactor`); and
-/// the jackknife's.
+/// By the frame alone a corner's covariance is the larger of two: that of equal noise, as much of
+/// it as the frame and the shot say (`pooled`), enlarged where few errors have told it
+/// (`estimatedNoiseFactor`); and the jackknife's.
 FrameFigures figuresOf(const FrameErrors& errors, const NoiseEstimate& shot);
 
 /// Of a frame that was fitted to places which other frames have told: the covariances of the fit of

@@ -64,8 +64,8 @@ unsigned bitsOf(const std::vector<std::size_t>& indices) {
 
 SubsetPosterior::SubsetPosterior(const Matches& matches, const FittedFrame& frame,
                                  const NoiseEstimate& noise, const std::vector<double>& missed)
-    : fit_(matches, byAll(matches, frame)), noise_(noise), most_(-kInfinity) {
-  if (!fit_.isDetermined() || matches.size() <= kFewestLeft || !(noise.freedom > 0.0)) return;
+    : noise_(noise), most_(-kInfinity) {
+  if (matches.size() <= kFewestLeft || !(noise.freedom > 0.0)) return;
   std::vector<bool> own(matches.size());
   std::vector<bool> others(matches.size());
   bool differ = false;
@@ -75,7 +75,9 @@ SubsetPosterior::SubsetPosterior(const Matches& matches, const FittedFrame& fram
     differ = differ || (others[i] && !own[i]);
   }
   if (matches.size() > kMost && !differ) return;
-  const double scale = fit_.scale();
+  fit_.emplace(matches, byAll(matches, frame));
+  if (!fit_->isDetermined()) return;
+  const double scale = fit_->scale();
   noise_.variance *= scale * scale * residualVariance(matches, frame);
   const Box box = boxAround(matches.present());
   reach_ = scale * std::hypot(box.high.x - box.low.x, box.high.y - box.low.y);
@@ -98,8 +100,8 @@ void SubsetPosterior::addSights(const Matches& matches, const FittedFrame& frame
   for (std::size_t i = 0; i < matches.size(); ++i) {
     const Match match = matches[i];
     const Point r = residual(match, frame.h);
-    sights_.push_back({fit_.slopesAt(match.base),
-                       {fit_.scale() * r.x, fit_.scale() * r.y},
+    sights_.push_back({fit_->slopesAt(match.base),
+                       {fit_->scale() * r.x, fit_->scale() * r.y},
                        weights[i] * weights[i],
                        std::log1p(kForMissed * missed[i])});
   }
@@ -116,12 +118,12 @@ SubsetPosterior::Opinion SubsetPosterior::noneOff() const {
       gradient[k] += w2 * (sight.slopes.x[k] * r.x + sight.slopes.y[k] * r.y);
     }
   }
-  none.step = fit_.solve(gradient);
+  none.step = fit_->solve(gradient);
   none.squares = std::max(none.squares - dot(none.step, gradient), 0.0);
   for (std::size_t k = 0; k < 8; ++k) {
     Parameters unit{};
     unit[k] = 1.0;
-    none.inverse[k] = fit_.solve(unit);
+    none.inverse[k] = fit_->solve(unit);
   }
   return none;
 }
@@ -256,8 +258,8 @@ double SubsetPosterior::logOf(const Opinion& opinion) const {
 }
 
 Symmetric2 SubsetPosterior::covarianceAt(Point base) const {
-  const double scale = fit_.scale();
-  return times(1.0 / (scale * scale * total_), covarianceOf(fit_.slopesAt(base), moments_));
+  const double scale = fit_->scale();
+  return times(1.0 / (scale * scale * total_), covarianceOf(fit_->slopesAt(base), moments_));
 }
 
 }  // namespace cornerpin

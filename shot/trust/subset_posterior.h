@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "shot/fit/linearised_fit.h"
@@ -74,9 +75,9 @@ class SubsetPosterior {
   void add(Opinion& opinion);
   double logOf(const Opinion& opinion) const;
 
-  LinearisedFit fit_;
-  NoiseEstimate noise_;  // of a residual's coordinate, in the unit of the slopes
-  double reach_ = 0.0;   // the greatest distance
+  std::optional<LinearisedFit> fit_;  // to all tracks; none where there is nothing to ask
+  NoiseEstimate noise_;               // of a residual's coordinate, in the unit of the slopes
+  double reach_ = 0.0;                // the greatest distance
   std::vector<Sight> sights_;
   std::vector<double> ofCount_;  // by the number of tracks off
   double most_ = 0.0;  // the largest logarithm so far, in units of whose probability the sums are

@@ -41,15 +41,10 @@ struct Frame {
 
   MixtureInput at(const Homography& h, int freedom) const {
     const double variance = kSpread * kSpread;
-    return {matches.base().x(),
-            matches.base().y(),
-            matches.present().x(),
-            matches.present().y(),
+    return {squaresInput(matches, h),
             matches.squaredWeights().data(),
             votes.data(),
             odds.data(),
-            votes.size(),
-            {h[0][0], h[0][1], h[0][2], h[1][0], h[1][1], h[1][2], h[2][0], h[2][1], h[2][2]},
             freedom,
             1.0 / (freedom * variance),
             (1.0 - kStrays) / (kTwoPi * variance),
