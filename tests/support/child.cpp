@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tests/support/child.h"
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,6 +25,7 @@ void flushAll() {
   int code = kWholeRun;
   try {
     action();
+    if (::testing::Test::HasFailure()) code = 98;
   } catch (...) {
     code = 99;
   }
@@ -41,22 +43,30 @@ std::string contents(std::FILE* file) {
 
 }  // namespace
 
+pid_t startChild(const std::function<void()>& action) {
+  flushAll();
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("no child process");
+  if (child == 0) runAndLeave(action);
+  return child;
+}
+
+bool endsWell(pid_t child) {
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == kWholeRun;
+}
+
 ChildRun runInChild(const std::function<void()>& action) {
   std::FILE* const out = std::tmpfile();
   std::FILE* const err = std::tmpfile();
   if (out == nullptr || err == nullptr) throw std::runtime_error("no temporary file");
-  flushAll();
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("no child process");
-  if (child == 0) {
+  ChildRun run;
+  run.exited = endsWell(startChild([&] {
     dup2(fileno(out), 1);
     dup2(fileno(err), 2);
-    runAndLeave(action);
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  ChildRun run;
-  run.exited = WIFEXITED(status) && WEXITSTATUS(status) == kWholeRun;
+    action();
+  }));
   run.out = contents(out);
   run.err = contents(err);
   return run;

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-// Makes a terminal, gives its name to `use`, and returns what was written on it until then.
+// Makes a terminal, gives its name to `use` in a forked child, and returns what was written on it.
 std::string writtenOnATerminal(const std::function<void(const std::string& name)>& use);
 
 #endif
