@@ -39,6 +39,7 @@ struct ErrorModel {
 struct Prior {
   double recentSigma = 0.0;  ///< the usual one of the frames searched last; 0 where nothing tells
   double lowSigma = 0.0;     ///< a low one of all frames searched; 0 where nothing tells
+  int freedom = 0;           ///< of the frame searched last; 0 where nothing tells
   std::vector<double> odds;  ///< per match, that it is a good one over a stray; empty: even
   /// Per match: the larger, the sooner samples are drawn from it; empty: all alike.
   std::vector<double> confidence;

@@ -40,6 +40,8 @@ std::string describe(const Origin& origin, std::size_t good, std::size_t tracks)
       return "too few tracks to tell a bad one";
     case Grounds::NoBadTrack:
       return "no sign of a bad track";
+    case Grounds::Continued:
+      return "the tracks that were good before agree as they did";
     case Grounds::Searched:
       return describeSearch(origin, good, tracks);
   }

@@ -24,6 +24,7 @@ enum class Grounds {
   None,        ///< nothing: the library's solve alone
   TooFew,      ///< nothing tells a bad one among so few
   NoBadTrack,  ///< plain squares show no sign of one
+  Continued,   ///< the tracks that were good before agree as they did
   Searched,    ///< the transform was searched for together with a model of the errors
 };
 

@@ -26,17 +26,21 @@ std::vector<double> chosenOf(const std::vector<double>& values, const std::vecto
 
 }  // namespace
 
+bool isTooFewForRival(std::size_t bad, std::size_t good) {
+  return bad < std::max(good - std::min(good, kFewer), kFewestMatches);
+}
+
 bool hasRival(const Matches& matches, const MixtureFit& best, const Prior& prior,
               std::uint64_t seed) {
   const std::vector<bool> good = goodMatches(matches, best.h, best.errors.sigma());
   std::vector<bool> bad = good;
   bad.flip();
   const std::size_t least = countOf(good) - std::min(countOf(good), kFewer);
-  if (countOf(bad) < std::max(least, kFewestMatches)) return false;
+  if (isTooFewForRival(countOf(bad), countOf(good))) return false;
 
   const Matches others = matches.subset(bad);
-  const Prior ofOthers = {prior.recentSigma, prior.lowSigma, chosenOf(prior.odds, bad),
-                          chosenOf(prior.confidence, bad)};
+  const Prior ofOthers = {prior.recentSigma, prior.lowSigma, prior.freedom,
+                          chosenOf(prior.odds, bad), chosenOf(prior.confidence, bad)};
   MixtureSearch amongOthers(others, ofOthers);
   amongOthers.fromSamples(seed, least);
   if (!amongOthers.found()) return false;

@@ -2,6 +2,7 @@
 #ifndef SHOT_ROBUST_RIVAL_H
 #define SHOT_ROBUST_RIVAL_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "shot/fit/matches.h"
@@ -20,6 +21,9 @@ namespace cornerpin {
 /// \param best     of the search among all of them
 bool hasRival(const Matches& matches, const MixtureFit& best, const Prior& prior,
               std::uint64_t seed);
+
+/// Whether so many bad matches are too few to look for a rival of so many good ones among them.
+bool isTooFewForRival(std::size_t bad, std::size_t good);
 
 }  // namespace cornerpin
 

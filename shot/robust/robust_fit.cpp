@@ -10,6 +10,7 @@
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
 #include "shot/robust/chance.h"
+#include "shot/robust/continued_mixture.h"
 #include "shot/robust/rival.h"
 #include "shot/robust/width_choice.h"
 
@@ -51,20 +52,25 @@ WidthChoice lossFit(const Matches& matches, const MixtureFit& best, const Prior&
   return {fitHomography(front, best.h, loss, width), width};
 }
 
-RobustFit finished(const Matches& matches, const MixtureSearch& search, const Prior& prior,
-                   Loss loss) {
+RobustFit finished(const Matches& matches, const MixtureFit& best, const Prior& prior, Loss loss) {
   RobustFit fit;
-  fit.origin.stage = search.stage();
   fit.loss = loss;
-  if (!search.found()) return fit;
-  const WidthChoice end = lossFit(matches, search.best(), prior, loss);
-  fit.sigma = search.best().errors.sigma();
+  if (!best.found) return fit;
+  const WidthChoice end = lossFit(matches, best, prior, loss);
+  fit.sigma = best.errors.sigma();
+  fit.freedom = best.errors.freedom;
   fit.width = end.width;
   fit.found = std::isfinite(end.fit.cost) && isFinite(end.fit.h);
   fit.h = end.fit.h;
   fit.good = goodMatches(matches, fit.h, fit.sigma);
   fit.goodCount = countOf(fit.good);
   return fit;
+}
+
+double chanceOfAgreement(const Matches& matches, const Homography& h) {
+  std::vector<double> squares;
+  squaredResiduals(matches, h, squares);
+  return chanceOf(std::move(squares), strayArea(matches.present()));
 }
 
 RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, const Prior& prior,
@@ -80,11 +86,9 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, 
   search.fromSamples(options.seed);
   origin.stage = search.stage();
   origin.budgetSpent = search.budgetSpent();
-  RobustFit fit = finished(matches, search, prior, options.loss);
+  RobustFit fit = finished(matches, search.best(), prior, options.loss);
   if (fit.found) {
-    std::vector<double> squares;
-    squaredResiduals(matches, fit.h, squares);
-    origin.chance = chanceOf(std::move(squares), strayArea(matches.present()));
+    origin.chance = chanceOfAgreement(matches, fit.h);
     origin.rivalled = hasRival(matches, search.best(), prior, options.seed);
   }
   fit.origin = origin;
@@ -138,6 +142,16 @@ RobustFit cleanFit(const Matches& matches, const Start& start, double recentSigm
   return fit;
 }
 
+// As in the frames before; not found where it is not.
+RobustFit continuedFit(const Matches& matches, const Start& start, const Prior& prior, Loss loss) {
+  RobustFit fit = finished(matches, continuedMixture(matches, start.h, prior), prior, loss);
+  if (!fit.found) return fit;
+  fit.origin.stage = start.stage;
+  fit.origin.grounds = Grounds::Continued;
+  fit.origin.chance = chanceOfAgreement(matches, fit.h);
+  return fit;
+}
+
 }  // namespace
 
 RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, const Prior& prior,
@@ -146,6 +160,8 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, 
   if (prior.recentSigma > 0.0 && !starts.empty()) {
     RobustFit clean = cleanFit(matches, starts.front(), prior.recentSigma);
     if (clean.found) return clean;
+    RobustFit continued = continuedFit(matches, starts.front(), prior, options.loss);
+    if (continued.found) return continued;
   }
   return searchedFit(matches, starts, prior, options);
 }

@@ -25,6 +25,7 @@ struct RobustFit {
   Homography h{};
   Origin origin;
   double sigma = 0.0;      ///< standard deviation of one coordinate of a good match
+  int freedom = 0;         ///< of the errors' tails (`ErrorModel`); 0 where they were not looked at
   std::vector<bool> good;  ///< per match: within `kGoodWithin` sigmas of its place
   std::size_t goodCount = 0;
   Loss loss = Loss::None;  ///< that the fit ended with; None for plain squares
@@ -39,11 +40,13 @@ constexpr std::size_t kFewestForRobust = 6;
 /// 1. Where the prior has a recent sigma, plain squares from the first start. They are the answer
 ///    when nothing speaks of a bad match: a sigma no more than two standard errors or so above the
 ///    recent one, and no error so far out that one frame in 1,000 would have one by chance.
-/// 2. Else a mixture of good matches and strays is searched for (`MixtureSearch`), from each start
-///    and from samples of four.
-/// 3. `fitHomography` with the loss goes on from there to convergence. Tukey's loss is flat from 7
-///    spreads of the mixture on, Cauchy's bends at 3, Huber's at 1.7. Where the prior has no recent
-///    sigma and the mixture has heavy tails, Tukey's may be wider (`chooseWidth`).
+/// 2. Else a mixture of good matches and strays is fitted on from the matches that were good
+///    before, where they agree as they did (`continuedMixture`).
+/// 3. Else such a mixture is searched for (`MixtureSearch`), from each start and from samples of
+///    four.
+/// 4. After either, `fitHomography` with the loss goes on to convergence. Tukey's loss is flat from
+///    7 spreads of the mixture on, Cauchy's bends at 3, Huber's at 1.7. Where the prior has no
+///    recent sigma and the mixture has heavy tails, Tukey's may be wider (`chooseWidth`).
 ///
 /// The generator is std::mt19937_64 with the seed, afresh in each call. Fewer than
 /// `kFewestForRobust` matches: plain squares.

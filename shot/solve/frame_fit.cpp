@@ -170,7 +170,8 @@ LibraryTransform FrameFitter::fitRobust(const Matches& file, const LibraryResult
   fit.h = units_.fromFit(fit.robust.h);
   if (!isFinite(fit.h)) fit.verdict.shortfall = Shortfall::NotFinite;
   const bool searched = fit.robust.origin.grounds == Grounds::Searched;
-  if (searched && fit.gain <= kLargestGain) sweep.memory.rememberSigma(fit.robust.sigma);
+  if (searched && fit.gain <= kLargestGain)
+    sweep.memory.rememberErrors(fit.robust.sigma, fit.robust.freedom);
   return toLibrary(units_.toLibrary(fit.h));
 }
 

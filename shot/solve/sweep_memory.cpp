@@ -18,6 +18,7 @@ Prior SweepMemory::priorFor(const Matches& matches) const {
   Prior prior;
   prior.recentSigma = recentSigma();
   prior.lowSigma = lowSigma();
+  prior.freedom = freedom_;
   for (std::size_t i = 0; i < matches.size(); ++i) {
     const Record& record = records_[static_cast<std::size_t>(matches.tracks()[i])];
     prior.odds.push_back((1.0 + record.good) / (1.0 + record.seen - record.good));
@@ -26,7 +27,8 @@ Prior SweepMemory::priorFor(const Matches& matches) const {
   return prior;
 }
 
-void SweepMemory::rememberSigma(double sigma) {
+void SweepMemory::rememberErrors(double sigma, int freedom) {
+  freedom_ = freedom;
   sigmas_.push_back(sigma);
   sortedSigmas_.insert(std::upper_bound(sortedSigmas_.begin(), sortedSigmas_.end(), sigma), sigma);
 }

@@ -28,7 +28,7 @@ class SweepMemory {
   Prior priorFor(const Matches& matches) const;
 
   /// Of a frame that was searched, in the fit's unit.
-  void rememberSigma(double sigma);
+  void rememberErrors(double sigma, int freedom);
 
   /// The sigma to take a solved frame's for: of as few tracks as cannot tell a bad one, which a
   /// transform meets whatever they are, no less than the recent one or, before a frame was
@@ -46,6 +46,7 @@ class SweepMemory {
   double recentSigma() const;
   double lowSigma() const;
 
+  int freedom_ = 0;                   // of the errors of the frame searched last
   std::vector<Record> records_;       // by track
   std::vector<double> sigmas_;        // in the order of the frames
   std::vector<double> sortedSigmas_;  // the same, the lowest first

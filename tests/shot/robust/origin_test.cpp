@@ -27,6 +27,8 @@ TEST(DescribeOrigin, SaysWhyNothingWasSearched) {
   EXPECT_EQ(describe(origin, 5, 5), "too few tracks to tell a bad one");
   origin.grounds = Grounds::NoBadTrack;
   EXPECT_EQ(describe(origin, 31, 31), "no sign of a bad track");
+  origin.grounds = Grounds::Continued;
+  EXPECT_EQ(describe(origin, 20, 31), "the tracks that were good before agree as they did");
 }
 
 TEST(DescribeOrigin, SaysHowManyTracksTheStartFits) {

@@ -71,6 +71,14 @@ TEST(HasRival, GoesByWhatFramesBeforeSayOfTheTracks) {
   EXPECT_FALSE(isRivalled(matches, prior));
 }
 
+TEST(HasRival, TakesSixMatchesAndTwoFewerThanTheGoodOnesAtLeast) {
+  EXPECT_TRUE(isTooFewForRival(17, 20));
+  EXPECT_FALSE(isTooFewForRival(18, 20));
+  EXPECT_TRUE(isTooFewForRival(5, 4));
+  EXPECT_FALSE(isTooFewForRival(6, 4));
+  EXPECT_FALSE(isTooFewForRival(6, 1));
+}
+
 TEST(RobustFit, SaysWhetherItHasARival) {
   const auto originOf = [](const Matches& matches) {
     Prior prior;

@@ -587,8 +587,9 @@ TEST(FrameFitter, RemembersTheSigmaOfASearchAlone) {
   const FrameFit searched = many.fit(1);
   EXPECT_EQ(searched.robust.origin.grounds, Grounds::Searched);
   EXPECT_EQ(many.sweep.memory.priorFor({}).recentSigma, searched.robust.sigma);
-  many.sweep.memory.rememberSigma(7.0);
-  many.sweep.memory.rememberSigma(5.0);
+  EXPECT_EQ(many.sweep.memory.priorFor({}).freedom, searched.robust.freedom);
+  many.sweep.memory.rememberErrors(7.0, 16);
+  many.sweep.memory.rememberErrors(5.0, 16);
   EXPECT_EQ(many.fit(2).robust.origin.grounds, Grounds::NoBadTrack);
   EXPECT_EQ(many.sweep.memory.priorFor({}).recentSigma, 5.0);
   Fitting few(movingShot(2), Loss::Tukey);

@@ -11,13 +11,13 @@ namespace {
 
 double recentOf(const std::vector<double>& sigmas) {
   SweepMemory memory(0);
-  for (double sigma : sigmas) memory.rememberSigma(sigma);
+  for (double sigma : sigmas) memory.rememberErrors(sigma, 16);
   return memory.priorFor({}).recentSigma;
 }
 
 double lowOf(const std::vector<double>& sigmas) {
   SweepMemory memory(0);
-  for (double sigma : sigmas) memory.rememberSigma(sigma);
+  for (double sigma : sigmas) memory.rememberErrors(sigma, 16);
   return memory.priorFor({}).lowSigma;
 }
 
@@ -83,6 +83,14 @@ TEST(SweepMemory, CountsTheFramesInWhichATrackWasGood) {
             (std::vector<double>{0.5 * (1.0 / 4), 0.5 * (3.0 / 5), 0.5 * (3.0 / 4)}));
 }
 
+TEST(SweepMemory, KnowsTheTailsOfTheFrameSearchedLast) {
+  SweepMemory memory(0);
+  EXPECT_EQ(memory.priorFor({}).freedom, 0);
+  memory.rememberErrors(2.0, 4);
+  memory.rememberErrors(1.0, 2);
+  EXPECT_EQ(memory.priorFor({}).freedom, 2);
+}
+
 // Four tracks leave nothing over.
 TEST(SweepMemory, TakesNoFrameOfFewTracksForLessNoisyThanTheRecentOnes) {
   RobustFit few;
@@ -90,7 +98,7 @@ TEST(SweepMemory, TakesNoFrameOfFewTracksForLessNoisyThanTheRecentOnes) {
   few.sigma = 0.5 * kLikelySigma;
   SweepMemory memory(0);
   EXPECT_EQ(memory.sigmaOf(few), kLikelySigma);
-  for (double sigma : {3.0, 5.0, 4.0}) memory.rememberSigma(sigma);
+  for (double sigma : {3.0, 5.0, 4.0}) memory.rememberErrors(sigma, 16);
   EXPECT_EQ(memory.sigmaOf(few), 4.0);
   few.sigma = 7.0;
   EXPECT_EQ(memory.sigmaOf(few), 7.0);
