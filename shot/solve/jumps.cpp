@@ -2,6 +2,7 @@
 #include "shot/solve/jumps.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -35,10 +36,15 @@ struct Miss {
   double gain = kNone;
 };
 
-using Neighbours = std::vector<const Sight*>;
+// Up to four, in the order of time.
+struct Neighbours {
+  std::array<const Sight*, 4> sights{};
+  std::size_t count = 0;
+};
 
 std::vector<Sight> sightsOf(const ShotResult& result, std::size_t quad, std::size_t corner) {
   std::vector<Sight> sights;
+  sights.reserve(result.frames.size());
   for (const FrameResult& frame : result.frames) {
     const Status status = frame.verdict.status;
     const bool fitted = status == Status::Base || status == Status::Solved;
@@ -49,28 +55,31 @@ std::vector<Sight> sightsOf(const ShotResult& result, std::size_t quad, std::siz
   return sights;
 }
 
-// The nearest on one side, the nearest first.
+// The nearest on one side that take part, up to four, the nearest first.
 Neighbours nearest(const std::vector<Sight>& sights, std::ptrdiff_t time, std::ptrdiff_t step) {
   Neighbours found;
   const auto end = static_cast<std::ptrdiff_t>(sights.size());
   for (std::ptrdiff_t t = time + step; t >= 0 && t < end && std::abs(t - time) <= kReach;
        t += step) {
     const Sight& sight = sights[static_cast<std::size_t>(t)];
-    if (std::isfinite(sight.deviation)) found.push_back(&sight);
+    if (std::isfinite(sight.deviation)) found.sights[found.count++] = &sight;
   }
   return found;
 }
 
-// The four that a sight is compared with, in the order of time; fewer where there are not as many.
+// The four that a sight is compared with; fewer where there are not as many.
 Neighbours neighboursOf(const std::vector<Sight>& sights, std::ptrdiff_t time) {
-  Neighbours before = nearest(sights, time, -1);
-  Neighbours behind = nearest(sights, time, +1);
-  const std::size_t spareBefore = 2 - std::min<std::size_t>(before.size(), 2);
-  const std::size_t spareBehind = 2 - std::min<std::size_t>(behind.size(), 2);
-  before.resize(std::min(before.size(), 2 + spareBehind));
-  behind.resize(std::min(behind.size(), 2 + spareBefore));
-  Neighbours all(before.rbegin(), before.rend());
-  all.insert(all.end(), behind.begin(), behind.end());
+  const Neighbours before = nearest(sights, time, -1);
+  const Neighbours behind = nearest(sights, time, +1);
+  const std::size_t spareBefore = 2 - std::min<std::size_t>(before.count, 2);
+  const std::size_t spareBehind = 2 - std::min<std::size_t>(behind.count, 2);
+  Neighbours all;
+  for (std::size_t i = std::min(before.count, 2 + spareBehind); i-- > 0;) {
+    all.sights[all.count++] = before.sights[i];
+  }
+  for (std::size_t i = 0; i < std::min(behind.count, 2 + spareBefore); ++i) {
+    all.sights[all.count++] = behind.sights[i];
+  }
   return all;
 }
 
@@ -80,11 +89,11 @@ Miss missOf(const Sight& sight, const Neighbours& neighbours, std::size_t first,
   double variance = sight.deviation * sight.deviation;
   double squaredGain = 1.0;
   for (std::size_t i = first; i < last; ++i) {
-    const Sight& one = *neighbours[i];
+    const Sight& one = *neighbours.sights[i];
     double share = 1.0;
     for (std::size_t k = first; k < last; ++k) {
       if (k == i) continue;
-      const std::ptrdiff_t other = neighbours[k]->time;
+      const std::ptrdiff_t other = neighbours.sights[k]->time;
       share *= static_cast<double>(sight.time - other) / static_cast<double>(one.time - other);
     }
     put.x += share * one.place.x;
@@ -98,7 +107,7 @@ Miss missOf(const Sight& sight, const Neighbours& neighbours, std::size_t first,
 
 // The least of the four ways to put it.
 Miss leastMiss(const Sight& sight, const Neighbours& neighbours) {
-  if (!std::isfinite(sight.deviation) || neighbours.size() < 4) return {};
+  if (!std::isfinite(sight.deviation) || neighbours.count < 4) return {};
   Miss least = missOf(sight, neighbours, 0, 4);
   for (std::size_t first = 0; first < 3; ++first) {
     const Miss miss = missOf(sight, neighbours, first, first + 2);
@@ -107,18 +116,18 @@ Miss leastMiss(const Sight& sight, const Neighbours& neighbours) {
   return least;
 }
 
-double medianOf(const std::vector<Miss>& misses, std::ptrdiff_t first, std::ptrdiff_t last) {
+double medianOf(const std::vector<double>& misses, std::ptrdiff_t first, std::ptrdiff_t last) {
   std::vector<double> distances;
   for (std::ptrdiff_t t = std::max<std::ptrdiff_t>(first, 0);
        t < std::min(last, static_cast<std::ptrdiff_t>(misses.size())); ++t) {
-    const double distance = misses[static_cast<std::size_t>(t)].distance;
+    const double distance = misses[static_cast<std::size_t>(t)];
     if (std::isfinite(distance)) distances.push_back(distance);
   }
   return distances.size() < kFewestUsual ? kNone : lowerMedian(distances);
 }
 
 // NaN where too few frames are around.
-double usualAt(const std::vector<Miss>& misses, std::ptrdiff_t time) {
+double usualAt(const std::vector<double>& misses, std::ptrdiff_t time) {
   return std::fmax(medianOf(misses, time - kWindow, time),
                    medianOf(misses, time + 1, time + 1 + kWindow));
 }
@@ -127,15 +136,21 @@ double usualAt(const std::vector<Miss>& misses, std::ptrdiff_t time) {
 class CornerPath {
  public:
   CornerPath(std::vector<Sight> sights, double limit) : sights_(std::move(sights)), limit_(limit) {
-    for (const Sight& sight : sights_) misses_.push_back(missOf(sight));
-    for (const Sight& sight : sights_) usual_.push_back(usualAt(misses_, sight.time));
+    misses_.reserve(sights_.size());
+    distances_.reserve(sights_.size());
+    for (const Sight& sight : sights_) {
+      misses_.push_back(missOf(sight));
+      distances_.push_back(misses_.back().distance);
+    }
   }
 
   // Raises the figures of the frames in which the corner stands out. The one that stands out most
   // is set aside, and what it made of its neighbours goes with it; then the next one.
   void addTo(std::vector<double>& jumps) {
     std::vector<std::size_t> suspects;
-    for (std::size_t i = 0; i < sights_.size(); ++i) suspects.push_back(i);
+    for (std::size_t i = 0; i < sights_.size(); ++i) {
+      if (standsOut(i)) suspects.push_back(i);
+    }
     const auto own = [&](std::size_t i) { return misses_[i].distance / misses_[i].gain; };
     for (;;) {
       suspects.erase(std::remove_if(suspects.begin(), suspects.end(),
@@ -157,8 +172,8 @@ class CornerPath {
 
   bool standsOut(std::size_t i) const {
     const Miss& miss = misses_[i];
-    return miss.distance > kDeviations * miss.deviation && miss.distance > kUsual * usual_[i] &&
-           miss.distance > kOfLimit * limit_;
+    return miss.distance > kDeviations * miss.deviation && miss.distance > kOfLimit * limit_ &&
+           miss.distance > kUsual * usualAt(distances_, sights_[i].time);
   }
 
   void setAside(std::size_t i) {
@@ -171,7 +186,7 @@ class CornerPath {
   std::vector<Sight> sights_;
   double limit_;
   std::vector<Miss> misses_;
-  std::vector<double> usual_;
+  std::vector<double> distances_;  // of the misses before any sight was set aside
 };
 
 }  // namespace
