@@ -27,8 +27,17 @@ class Matches {
  public:
   Matches() = default;
   Matches(std::initializer_list<Match> matches);
+  /// So many matches at the origin, without weight.
+  explicit Matches(std::size_t size);
 
   void add(const Match& match);
+  void set(std::size_t i, const Match& match) {
+    base_.set(i, match.base);
+    present_.set(i, match.present);
+    weights_[i] = match.weight;
+    squaredWeights_[i] = match.weight * match.weight;
+    tracks_[i] = match.track;
+  }
 
   /// Makes room for so many matches at once.
   void reserve(std::size_t size);

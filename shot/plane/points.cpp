@@ -8,6 +8,8 @@ Points::Points(std::initializer_list<Point> points) {
   for (Point p : points) add(p);
 }
 
+Points::Points(std::size_t size) : size_(size), x_((size + 3) / 4 * 4), y_(x_.size()) {}
+
 void Points::reserve(std::size_t size) {
   const std::size_t padded = (size + 3) / 4 * 4;
   x_.reserve(padded);

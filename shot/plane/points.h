@@ -43,12 +43,19 @@ class Points {
 
   Points() = default;
   Points(std::initializer_list<Point> points);
+  /// So many points at the origin.
+  explicit Points(std::size_t size);
 
   void add(Point p) {
     if (size_ == x_.size()) makeRoom();
     x_[size_] = p.x;
     y_[size_] = p.y;
     ++size_;
+  }
+
+  void set(std::size_t i, Point p) {
+    x_[i] = p.x;
+    y_[i] = p.y;
   }
 
   /// Makes room for so many points at once.

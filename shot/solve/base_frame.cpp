@@ -43,7 +43,7 @@ BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame), seen_(tra
     if (!(o.weight > 0.0f)) continue;
     tracks_.push_back(o.track);
     places_.add({o.x, o.y});
-    seen_[static_cast<std::size_t>(o.track)] = true;
+    seen_[static_cast<std::size_t>(o.track)] = 1;
   }
   if (places_.empty()) {
     throw std::invalid_argument(fmt::format("base frame {} has no track", frame));

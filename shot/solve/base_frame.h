@@ -28,14 +28,14 @@ class BaseFrame {
   const Points& places() const { return places_; }
   bool sees(int track) const {
     const auto t = static_cast<std::size_t>(track);
-    return t < seen_.size() && seen_[t];
+    return t < seen_.size() && seen_[t] != 0;
   }
 
  private:
   int frame_;
   std::vector<int> tracks_;
   Points places_;
-  std::vector<bool> seen_;  // by track; up to the last of the shot that has a name
+  std::vector<char> seen_;  // by track, 1 or 0; up to the last of the shot that has a name
 };
 
 /// The places in the base frame that tell how far the surface reaches: all of them, or with a

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/solve/surface_map.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -27,11 +28,12 @@ bool SurfaceMap::knows(int track) const { return !std::isnan(placeOf(track).x); 
 
 Matches SurfaceMap::matchesIn(const Tracks& tracks, int frame) const {
   const Tracks::Range seen = tracks.inFrame(frame);
-  Matches matches;
-  matches.reserve(static_cast<std::size_t>(seen.last - seen.first));
+  const auto takesPart = [this](const Observation& o) { return o.weight > 0.0f && knows(o.track); };
+  Matches matches(static_cast<std::size_t>(std::count_if(seen.begin(), seen.end(), takesPart)));
+  std::size_t next = 0;
   for (const Observation& o : seen) {
-    if (!(o.weight > 0.0f) || !knows(o.track)) continue;
-    matches.add({placeOf(o.track), {o.x, o.y}, static_cast<double>(o.weight), o.track});
+    if (!takesPart(o)) continue;
+    matches.set(next++, {placeOf(o.track), {o.x, o.y}, static_cast<double>(o.weight), o.track});
   }
   return matches;
 }

@@ -58,6 +58,17 @@ TEST(Matches, FillTheSquaredWeightsUpAsThePlaces) {
   }
 }
 
+TEST(Matches, OfANumberAreWhatTheyAreSetTo) {
+  for (int count : {1, 4, 6}) {
+    const Matches expected = counted(count);
+    Matches matches(expected.size());
+    EXPECT_EQ(matches[0].weight, 0.0);
+    for (std::size_t i = matches.size(); i-- > 0;) matches.set(i, expected[i]);
+    for (std::size_t i = 0; i < matches.size(); ++i) expectEqual(matches[i], expected[i]);
+    EXPECT_EQ(matches.squaredWeights(), expected.squaredWeights());
+  }
+}
+
 TEST(Matches, SubsetKeepsTheOrderOfTheChosen) {
   const Matches all = counted(5);
   const Matches some = all.subset({false, true, false, true, true});

@@ -53,6 +53,22 @@ TEST(Points, AreFilledUpWithZerosToAWholeNumberOfFours) {
   }
 }
 
+TEST(Points, OfANumberLieAtTheOriginUntilTheyAreSet) {
+  for (std::size_t count : {0u, 1u, 4u, 6u}) {
+    Points points(count);
+    ASSERT_EQ(points.size(), count);
+    ASSERT_EQ(points.paddedSize(), (count + 3) / 4 * 4);
+    for (std::size_t i = 0; i < count; ++i) {
+      EXPECT_EQ(points[i].x, 0.0);
+      points.set(i, {static_cast<double>(i + 1), -2.0});
+    }
+    for (std::size_t i = 0; i < points.paddedSize(); ++i) {
+      EXPECT_EQ(points.x()[i], i < count ? static_cast<double>(i + 1) : 0.0);
+      EXPECT_EQ(points.y()[i], i < count ? -2.0 : 0.0);
+    }
+  }
+}
+
 TEST(Points, AreEmptyUntilOneIsAdded) {
   Points points;
   EXPECT_TRUE(points.empty());
