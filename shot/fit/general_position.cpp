@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "shot/fit/lapack.h"
-#include "shot/fit/track_slopes.h"
+#include "shot/fit/place_matrix.h"
 
 namespace cornerpin {
 
@@ -56,26 +56,17 @@ bool isPositiveDefinite(SquareMatrix<8>& a) {
 }
 
 // Whether the ratio is far above its limit, without eigenvalues: the largest is no more than their
-// sum, the trace, and all are above a number by which the diagonal can be lowered. The system's
-// rows are the slopes of the identity.
+// sum, the trace, and all are above a number by which the diagonal can be lowered.
 bool isClear(const Points& points) {
   const double count = static_cast<double>(points.size());
   Point sum;
   double squares = 0.0;
-  for (std::size_t i = 0; i < points.size(); ++i)
-    sum = {sum.x + points.x()[i], sum.y + points.y()[i]};
+  for (Point p : points) sum = {sum.x + p.x, sum.y + p.y};
   const Point mean = {sum.x / count, sum.y / count};
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    squares += squaredDistance({points.x()[i], points.y()[i]}, mean);
-  }
-  const double scale = std::sqrt(2.0 * count / squares);
-  if (!std::isnormal(scale)) return false;
-  Symmetric2s alike(points.size());
-  std::fill_n(alike[0], points.size(), 1.0);
-  std::fill_n(alike[2], points.size(), 1.0);
-  std::vector<double> weights(alike[0], alike[0] + alike.count());
-  SquareMatrix<8> normal =
-      sumOfProducts(trackSlopes(points, {mean, scale}, kIdentity, weights), alike);
+  for (Point p : points) squares += squaredDistance(p, mean);
+  const Similarity unit = {mean, std::sqrt(2.0 * count / squares)};
+  if (!std::isnormal(unit.scale)) return false;
+  SquareMatrix<8> normal = placeMatrix(points, unit);
   double trace = 0.0;
   for (std::size_t i = 0; i < 8; ++i) trace += normal[i * 8 + i];
   for (std::size_t i = 0; i < 8; ++i) normal[i * 8 + i] -= kClear * kClear * trace;

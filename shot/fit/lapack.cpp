@@ -5,10 +5,6 @@ extern "C" {
 void dsyev_(const char* job, const char* triangle, const int* n, double* a, const int* lda,
             double* eigenvalues, double* work, const int* lwork, int* info, std::size_t jobLength,
             std::size_t triangleLength);
-void dpotrf_(const char* triangle, const int* n, double* a, const int* lda, int* info,
-             std::size_t triangleLength);
-void dpotri_(const char* triangle, const int* n, double* a, const int* lda, int* info,
-             std::size_t triangleLength);
 }
 
 namespace cornerpin {
@@ -26,14 +22,5 @@ bool NormalMatrix<N>::decompose() {
 
 template struct NormalMatrix<8>;
 template struct NormalMatrix<9>;
-
-bool invertPositiveDefinite(SquareMatrix<8>& matrix) {
-  const int n = 8;
-  int info = 0;
-  dpotrf_("U", &n, matrix.data(), &n, &info, 1);
-  if (info != 0) return false;
-  dpotri_("U", &n, matrix.data(), &n, &info, 1);
-  return info == 0;
-}
 
 }  // namespace cornerpin

@@ -31,10 +31,6 @@ struct NormalMatrix {
   Row eigenvalues{};
 };
 
-/// Inverts a symmetric positive definite matrix, of which the upper triangle is read and written.
-/// False when it is not positive definite.
-bool invertPositiveDefinite(SquareMatrix<8>& matrix);
-
 }  // namespace cornerpin
 
 #endif

@@ -3,6 +3,11 @@
 
 #include <algorithm>
 
+#include "shot/fit/lanes.inc"
+#include "shot/fit/place_matrix.h"
+#include "shot/fit/positive_definite.h"
+#include "shot/plane/extent.h"
+
 namespace cornerpin {
 
 namespace {
@@ -67,32 +72,40 @@ bool invert(SquareMatrix<8>& a) {
   if (!invertPositiveDefinite(a)) return false;
   for (std::size_t j = 0; j < kSize; ++j) {
     if (!(a[j * kSize + j] * diagonal[j] < kMostInflation)) return false;
-    for (std::size_t i = 0; i < j; ++i) a[i * kSize + j] = a[j * kSize + i];
   }
   return true;
 }
 
-std::vector<double> padded(std::vector<double> numbers, std::size_t count) {
-  numbers.resize(count);
-  return numbers;
-}
-
 // Behind `kept`.
 Points carried(const Homography& kept, const Points& base) {
-  if (kept == kIdentity) return base;
-  Points result;
-  result.reserve(base.size());
-  for (Point p : base) result.add(map(kept, p));
+  Points result(base.size());
+  for (std::size_t i = 0; i < base.size(); ++i) result.set(i, map(kept, base[i]));
   return result;
 }
 
-Points counted(const Points& points, const std::vector<double>& weights) {
-  Points result;
-  result.reserve(points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    if (weights[i] > 0.0) result.add(points[i]);
+// The matches' base places, or `behind` those behind `kept`.
+const Points& basesOf(const Matches& matches, const Homography& kept, Points& behind) {
+  if (kept == kIdentity) return matches.base();
+  behind = carried(kept, matches.base());
+  return behind;
+}
+
+bool anyAbove0(const std::vector<double>& weights) {
+  return std::any_of(weights.begin(), weights.end(), [](double w) { return w > 0.0; });
+}
+
+// a v, column by column.
+void multiply(const double* a, const double* v, double* result) {
+  Lanes upper = {}, lower = {};
+  for (std::size_t j = 0; j < kSize; ++j) {
+    Lanes first, second;
+    load(a + j * kSize, first);
+    load(a + j * kSize + 4, second);
+    upper += first * v[j];
+    lower += second * v[j];
   }
-  return result;
+  store(upper, result);
+  store(lower, result + 4);
 }
 
 }  // namespace
@@ -106,23 +119,34 @@ Symmetric2 times(double factor, const Symmetric2& s) {
 }
 
 Parameters multiplied(const SquareMatrix<8>& a, const Parameters& v) {
-  Parameters result{};
-  for (std::size_t j = 0; j < kSize; ++j) {
-    for (std::size_t i = 0; i < kSize; ++i) result[i] += a[j * kSize + i] * v[j];
-  }
+  Parameters result;
+  multiply(a.data(), v.data(), result.data());
   return result;
 }
 
 SquareMatrix<8> multiplied(const SquareMatrix<8>& a, const SquareMatrix<8>& b) {
-  SquareMatrix<8> result{};
+  SquareMatrix<8> result;
   for (std::size_t k = 0; k < kSize; ++k) {
-    for (std::size_t j = 0; j < kSize; ++j) {
-      for (std::size_t i = 0; i < kSize; ++i) {
-        result[k * kSize + i] += a[j * kSize + i] * b[k * kSize + j];
-      }
-    }
+    multiply(a.data(), &b[k * kSize], &result[k * kSize]);
   }
   return result;
+}
+
+void addProducts(const Parameters& p, const Parameters& x, const Parameters& q, const Parameters& y,
+                 SquareMatrix<8>& a) {
+  Lanes first[2], second[2];
+  for (std::size_t half = 0; half < 2; ++half) {
+    load(p.data() + 4 * half, first[half]);
+    load(q.data() + 4 * half, second[half]);
+  }
+  for (std::size_t j = 0; j < kSize; ++j) {
+    for (std::size_t half = 0; half < 2; ++half) {
+      double* const to = a.data() + j * kSize + 4 * half;
+      Lanes sum;
+      load(to, sum);
+      store(sum + (first[half] * x[j] + second[half] * y[j]), to);
+    }
+  }
 }
 
 Symmetric2 covarianceOf(const Slopes& slopes, const SquareMatrix<8>& covariance) {
@@ -131,36 +155,29 @@ Symmetric2 covarianceOf(const Slopes& slopes, const SquareMatrix<8>& covariance)
   return {dot(slopes.x, x), dot(slopes.y, x), dot(slopes.y, y)};
 }
 
-Symmetric2 covarianceOf(const Slopes& slopes, const std::array<Parameters, 8>& covariance) {
-  Parameters x{};
-  Parameters y{};
-  for (std::size_t i = 0; i < kSize; ++i) {
-    x[i] = dot(covariance[i], slopes.x);
-    y[i] = dot(covariance[i], slopes.y);
-  }
-  return {dot(slopes.x, x), dot(slopes.y, x), dot(slopes.y, y)};
-}
-
-FitPlace::FitPlace(const Matches& matches, const FittedFrame& frame,
+FitPlace::FitPlace(const Points& base, const Points& present, const FittedFrame& frame,
                    const std::vector<double>& weights)
     : kept(frame.kept) {
-  const Points base = counted(carried(kept, matches.base()), weights);
-  if (base.empty()) return;
-  from = Similarity::fitting(base);
-  to = Similarity::fitting(counted(matches.present(), weights));
+  if (!anyAbove0(weights)) return;
+  from = Similarity::ofBox(boxAround(base, weights));
+  to = Similarity::ofBox(boxAround(present, weights));
   if (frame.model == Model::Projective) fitted = normalised(frame.h, from, to);
 }
 
 FrameSlopes::FrameSlopes(const Matches& matches, const FittedFrame& frame,
-                         const std::vector<double>& weights)
-    : place(matches, frame, weights),
-      tracks(trackSlopes(carried(place.kept, matches.base()), place.from, place.fitted,
-                         padded(weights, matches.base().paddedSize()))) {}
+                         std::vector<double> weights) {
+  Points behind;
+  const Points& base = basesOf(matches, frame.kept, behind);
+  place = FitPlace(base, matches.present(), frame, weights);
+  weights.resize(base.paddedSize());
+  tracks = trackSlopes(base, place.from, place.fitted, weights);
+}
 
 LinearisedFit::LinearisedFit(const Matches& matches, const FittedFrame& frame)
     : LinearisedFit(FrameSlopes(matches, frame, frame.weights), frame) {}
 
-LinearisedFit::LinearisedFit(const FrameSlopes& slopes, const FittedFrame& frame)
+LinearisedFit::LinearisedFit(const FrameSlopes& slopes, const FittedFrame& frame,
+                             Stiffness stiffness)
     : place_(slopes.place), squares_(slopes.tracks.count()) {
   const std::vector<double>& weights = frame.weights;
   largest_ = weights.empty() ? 0.0 : *std::max_element(weights.begin(), weights.end());
@@ -169,24 +186,39 @@ LinearisedFit::LinearisedFit(const FrameSlopes& slopes, const FittedFrame& frame
     const double w = weights[i] > 0.0 ? weights[i] / largest_ : 0.0;
     squares_[i] = w * w;
   }
-  invert(slopes.tracks, frame);
+  invert(slopes.tracks, frame, stiffness == Stiffness::OfFrame && !frame.stiffness.empty());
 }
 
-void LinearisedFit::invert(const TrackSlopes& slopes, const FittedFrame& frame) {
+LinearisedFit::LinearisedFit(const Points& places, Model model) {
+  place_.from = place_.to = Similarity::fitting(places);
+  inverse_ = placeMatrix(places, place_.from);
+  invertWithin(model);
+}
+
+void LinearisedFit::invert(const TrackSlopes& slopes, const FittedFrame& frame, bool stiff) {
   Symmetric2s pull(slopes.count());
-  const bool stiff = !frame.stiffness.empty();
-  for (std::size_t i = 0; i < frame.weights.size(); ++i) {
-    const Symmetric2 k = stiff ? frame.stiffness[i] : Symmetric2{1.0, 0.0, 1.0};
-    pull[0][i] = squares_[i] * k.xx;
-    pull[1][i] = squares_[i] * k.xy;
-    pull[2][i] = squares_[i] * k.yy;
+  const std::size_t count = frame.weights.size();
+  if (stiff) {
+    for (std::size_t i = 0; i < count; ++i) {
+      const Symmetric2& k = frame.stiffness[i];
+      pull[0][i] = squares_[i] * k.xx;
+      pull[1][i] = squares_[i] * k.xy;
+      pull[2][i] = squares_[i] * k.yy;
+    }
+  } else {
+    std::copy_n(squares_.begin(), count, pull[0]);
+    std::copy_n(squares_.begin(), count, pull[2]);
   }
   inverse_ = sumOfProducts(slopes, pull);
-  if (frame.model == Model::Projective) {
+  invertWithin(frame.model);
+}
+
+void LinearisedFit::invertWithin(Model model) {
+  if (model == Model::Projective) {
     determined_ = cornerpin::invert(inverse_);
     return;
   }
-  const std::vector<Parameters> directions = directionsOf(frame.model);
+  const std::vector<Parameters> directions = directionsOf(model);
   SquareMatrix<8> inner = within(directions, inverse_);
   determined_ = cornerpin::invert(inner);
   inverse_ = spread(directions, inner);
@@ -195,6 +227,12 @@ void LinearisedFit::invert(const TrackSlopes& slopes, const FittedFrame& frame) 
 Parameters LinearisedFit::solve(const Parameters& v) const {
   Parameters result = multiplied(inverse_, v);
   for (double& x : result) x /= largest_ * largest_;
+  return result;
+}
+
+SquareMatrix<8> LinearisedFit::inverse() const {
+  SquareMatrix<8> result = inverse_;
+  for (double& element : result) element /= largest_ * largest_;
   return result;
 }
 

@@ -66,20 +66,33 @@ inline Slopes slopesOf(const Homography& h, Point p) {
           {0.0, 0.0, 0.0, a.x, a.y, 1.0 / s, -q.y * a.x, -q.y * a.y}};
 }
 
+/// Those of a match's `TrackSlopes`.
+inline Slopes slopesAt(const TrackSlopes& slopes, std::size_t i) {
+  const double m0 = slopes[0][i], m1 = slopes[1][i], m2 = slopes[2][i];
+  const double X = slopes[3][i], Y = slopes[4][i];
+  return {{m0, m1, m2, 0.0, 0.0, 0.0, -X * m0, -X * m1},
+          {0.0, 0.0, 0.0, m0, m1, m2, -Y * m0, -Y * m1}};
+}
+
 Parameters multiplied(const SquareMatrix<8>& a, const Parameters& v);
 SquareMatrix<8> multiplied(const SquareMatrix<8>& a, const SquareMatrix<8>& b);
 
+/// Adds p x' + q y'.
+void addProducts(const Parameters& p, const Parameters& x, const Parameters& q, const Parameters& y,
+                 SquareMatrix<8>& a);
+
 /// S C S': of a point's image, with C the covariance of the parameters.
 Symmetric2 covarianceOf(const Slopes& slopes, const SquareMatrix<8>& covariance);
-Symmetric2 covarianceOf(const Slopes& slopes, const std::array<Parameters, 8>& covariance);
 
 /// Where a fit is linearised. Its parameters are a homography's first eight elements row by row,
 /// the last being 1, between coordinates of the tracks' own boxes; a lower model moves some of
 /// them, or sums of them.
 struct FitPlace {
   FitPlace() = default;
+  /// \param base     of the matches, behind `frame.kept`
   /// \param weights  of the matches; the boxes are those around all above 0
-  FitPlace(const Matches& matches, const FittedFrame& frame, const std::vector<double>& weights);
+  FitPlace(const Points& base, const Points& present, const FittedFrame& frame,
+           const std::vector<double>& weights);
 
   Slopes slopesAt(Point base) const { return slopesOf(fitted, from.apply(map(kept, base))); }
 
@@ -93,7 +106,7 @@ struct FitPlace {
 /// The same with the slopes of all matches, for all the fits of a frame.
 struct FrameSlopes {
   /// \param weights  above 0 for the matches that any of the fits counts
-  FrameSlopes(const Matches& matches, const FittedFrame& frame, const std::vector<double>& weights);
+  FrameSlopes(const Matches& matches, const FittedFrame& frame, std::vector<double> weights);
 
   FitPlace place;
   TrackSlopes tracks;
@@ -104,7 +117,12 @@ struct FrameSlopes {
 class LinearisedFit {
  public:
   LinearisedFit(const Matches& matches, const FittedFrame& frame);
-  LinearisedFit(const FrameSlopes& slopes, const FittedFrame& frame);
+  enum class Stiffness { OfFrame, None };
+  LinearisedFit(const FrameSlopes& slopes, const FittedFrame& frame,
+                Stiffness stiffness = Stiffness::OfFrame);
+
+  /// Of places that stay where they are, all of weight 1. Has no `relativeSquares`.
+  LinearisedFit(const Points& places, Model model);
 
   /// False when the tracks of a weight above 0 do not fix the parameters, or so weakly (also by
   /// weights a million times smaller than others) that A has no inverse in double precision; the
@@ -120,6 +138,8 @@ class LinearisedFit {
   /// 1 / w. At a track, times w^2, the track's block of the hat matrix.
   Symmetric2 responseAt(Point base) const;
 
+  SquareMatrix<8> inverse() const;  ///< inv(A)
+
   /// With the weights over the largest of them, whose squares can overflow: inv(A), and squares as
   /// many as there are slopes.
   const SquareMatrix<8>& relativeInverse() const { return inverse_; }
@@ -128,7 +148,8 @@ class LinearisedFit {
   Symmetric2s hatsOf(const TrackSlopes& slopes) const;
 
  private:
-  void invert(const TrackSlopes& slopes, const FittedFrame& frame);
+  void invert(const TrackSlopes& slopes, const FittedFrame& frame, bool stiff);
+  void invertWithin(Model model);
 
   FitPlace place_;
   double largest_ = 1.0;  // weight

@@ -12,9 +12,7 @@ namespace cornerpin {
 double noiseGain(Model model, const Points& points, const Quad& corners) {
   constexpr double kNone = std::numeric_limits<double>::infinity();
   if (points.size() < tracksFor(model)) return kNone;
-  Matches matches;
-  for (Point p : points) matches.add({p, p});
-  const LinearisedFit fit(matches, {model, kIdentity, kIdentity, matches.weights()});
+  const LinearisedFit fit(points, model);
   if (!fit.isDetermined()) return kNone;
   double worst = 0.0;
   for (const Point& corner : corners) {

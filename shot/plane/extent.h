@@ -2,6 +2,8 @@
 #ifndef SHOT_PLANE_EXTENT_H
 #define SHOT_PLANE_EXTENT_H
 
+#include <vector>
+
 #include "shot/plane/points.h"
 
 namespace cornerpin {
@@ -14,6 +16,9 @@ struct Box {
 
 /// The smallest box around the points (at least one).
 Box boxAround(const Points& points);
+
+/// The same around those of a weight above 0 (at least one).
+Box boxAround(const Points& points, const std::vector<double>& weights);
 
 /// From the low corner on, along the x axis first.
 Quad cornersOf(const Box& box);

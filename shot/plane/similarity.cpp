@@ -4,12 +4,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "shot/plane/extent.h"
-
 namespace cornerpin {
 
-Similarity Similarity::fitting(const Points& points) {
-  const auto [low, high] = boxAround(points);
+Similarity Similarity::ofBox(const Box& box) {
+  const auto [low, high] = box;
   // Halves first: the box may be as wide as numbers go.
   const double half = std::max(high.x / 2 - low.x / 2, high.y / 2 - low.y / 2);
   const double scale = 1.0 / half;

@@ -2,6 +2,7 @@
 #ifndef SHOT_PLANE_SIMILARITY_H
 #define SHOT_PLANE_SIMILARITY_H
 
+#include "shot/plane/extent.h"
 #include "shot/plane/homography.h"
 #include "shot/plane/points.h"
 
@@ -12,7 +13,8 @@ namespace cornerpin {
 struct Similarity {
   /// Carries the box around the points (at least one) onto -1 .. 1 in its longer direction, its
   /// centre onto 0; the scale is 1 when the points coincide. Solvers work best on such numbers.
-  static Similarity fitting(const Points& points);
+  static Similarity fitting(const Points& points) { return ofBox(boxAround(points)); }
+  static Similarity ofBox(const Box& box);
 
   Point apply(Point p) const { return {scale * (p.x - centre.x), scale * (p.y - centre.y)}; }
 

@@ -5,8 +5,8 @@
 #include <cmath>
 #include <limits>
 
-#include "shot/fit/lapack.h"
 #include "shot/fit/linearised_fit.h"
+#include "shot/fit/positive_definite.h"
 #include "shot/fit/residuals.h"
 
 namespace cornerpin {

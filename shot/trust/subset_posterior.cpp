@@ -75,35 +75,42 @@ SubsetPosterior::SubsetPosterior(const Matches& matches, const FittedFrame& fram
     differ = differ || (others[i] && !own[i]);
   }
   if (matches.size() > kMost && !differ) return;
-  fit_.emplace(matches, byAll(matches, frame));
+  const FittedFrame all = byAll(matches, frame);
+  const FrameSlopes slopes(matches, all, all.weights);
+  fit_.emplace(slopes, all);
   if (!fit_->isDetermined()) return;
   const double scale = fit_->scale();
   noise_.variance *= scale * scale * residualVariance(matches, frame);
   const Box box = boxAround(matches.present());
   reach_ = scale * std::hypot(box.high.x - box.low.x, box.high.y - box.low.y);
-  addSights(matches, frame, missed);
+  addSights(matches, all, slopes.tracks, missed);
   setCounts();
   const Opinion none = noneOff();
   if (matches.size() <= kMost) {
     tryAll(none);
     return;
   }
-  tryOff(own, none);
-  tryOff(others, none);
-  for (std::size_t i = 0; i < own.size(); ++i) others[i] = others[i] || own[i];
-  tryOff(others, none);
+  Opinion ofOthers = none;
+  if (leaveOut(others, ofOthers)) add(ofOthers);
+  // Both together go on from the frame's own.
+  for (std::size_t i = 0; i < own.size(); ++i) others[i] = others[i] && !own[i];
+  Opinion ofFrame = none;
+  if (!leaveOut(own, ofFrame)) return;
+  add(ofFrame);
+  if (leaveOut(others, ofFrame)) add(ofFrame);
 }
 
-void SubsetPosterior::addSights(const Matches& matches, const FittedFrame& frame,
-                                const std::vector<double>& missed) {
-  const std::vector<double> weights = relativeWeights(matches, frame);
+void SubsetPosterior::addSights(const Matches& matches, const FittedFrame& all,
+                                const TrackSlopes& slopes, const std::vector<double>& missed) {
+  const double scale = fit_->scale();
+  sights_.resize(matches.size());
   for (std::size_t i = 0; i < matches.size(); ++i) {
-    const Match match = matches[i];
-    const Point r = residual(match, frame.h);
-    sights_.push_back({fit_->slopesAt(match.base),
-                       {fit_->scale() * r.x, fit_->scale() * r.y},
-                       weights[i] * weights[i],
-                       std::log1p(kForMissed * missed[i])});
+    Sight& sight = sights_[i];
+    sight.slopes = slopesAt(slopes, i);
+    const Point r = residual(matches[i], all.h);
+    sight.residual = {scale * r.x, scale * r.y};
+    sight.squaredWeight = all.weights[i] * all.weights[i];
+    if (missed[i] > 0.0) sight.logOdds = std::log1p(kForMissed * missed[i]);
   }
 }
 
@@ -120,11 +127,7 @@ SubsetPosterior::Opinion SubsetPosterior::noneOff() const {
   }
   none.step = fit_->solve(gradient);
   none.squares = std::max(none.squares - dot(none.step, gradient), 0.0);
-  for (std::size_t k = 0; k < 8; ++k) {
-    Parameters unit{};
-    unit[k] = 1.0;
-    none.inverse[k] = fit_->solve(unit);
-  }
+  none.inverse = fit_->inverse();
   return none;
 }
 
@@ -154,12 +157,8 @@ Point SubsetPosterior::residualOf(const Sight& sight, const Opinion& opinion) co
 bool SubsetPosterior::leaveOut(std::size_t track, Opinion& opinion) const {
   const Sight& sight = sights_[track];
   const double w2 = sight.squaredWeight;
-  Parameters x{};
-  Parameters y{};
-  for (std::size_t k = 0; k < 8; ++k) {
-    x[k] = dot(opinion.inverse[k], sight.slopes.x);
-    y[k] = dot(opinion.inverse[k], sight.slopes.y);
-  }
+  const Parameters x = multiplied(opinion.inverse, sight.slopes.x);
+  const Parameters y = multiplied(opinion.inverse, sight.slopes.y);
   const double a = 1.0 - w2 * dot(sight.slopes.x, x);
   const double b = -w2 * dot(sight.slopes.y, x);
   const double d = 1.0 - w2 * dot(sight.slopes.y, y);
@@ -170,12 +169,13 @@ bool SubsetPosterior::leaveOut(std::size_t track, Opinion& opinion) const {
   const Point away = {f * (d * r.x - b * r.y), f * (a * r.y - b * r.x)};
   opinion.squares = std::max(opinion.squares - (r.x * away.x + r.y * away.y), 0.0);
   opinion.logDeterminant += std::log(det);
+  Parameters p, q;
   for (std::size_t k = 0; k < 8; ++k) {
     opinion.step[k] -= x[k] * away.x + y[k] * away.y;
-    const double p = f * (d * x[k] - b * y[k]);
-    const double q = f * (a * y[k] - b * x[k]);
-    for (std::size_t l = 0; l < 8; ++l) opinion.inverse[k][l] += p * x[l] + q * y[l];
+    p[k] = f * (d * x[k] - b * y[k]);
+    q[k] = f * (a * y[k] - b * x[k]);
   }
+  addProducts(p, x, q, y, opinion.inverse);
   opinion.off.push_back(track);
   return true;
 }
@@ -205,11 +205,12 @@ void SubsetPosterior::tryAll(const Opinion& none) {
   }
 }
 
-void SubsetPosterior::tryOff(const std::vector<bool>& off, Opinion opinion) {
+// False too where too few are left.
+bool SubsetPosterior::leaveOut(const std::vector<bool>& off, Opinion& opinion) const {
   for (std::size_t i = 0; i < off.size(); ++i) {
-    if (off[i] && !leaveOut(i, opinion)) return;
+    if (off[i] && !leaveOut(i, opinion)) return false;
   }
-  if (sights_.size() - opinion.off.size() >= kFewestLeft) add(opinion);
+  return sights_.size() - opinion.off.size() >= kFewestLeft;
 }
 
 void SubsetPosterior::add(Opinion& opinion) {
@@ -217,9 +218,7 @@ void SubsetPosterior::add(Opinion& opinion) {
   if (opinion.log > most_) {
     const double part = std::exp(most_ - opinion.log);
     total_ *= part;
-    for (Parameters& row : moments_) {
-      for (double& element : row) element *= part;
-    }
+    for (double& element : moments_) element *= part;
     most_ = opinion.log;
   }
   const double variance = (noise_.freedom * noise_.variance + opinion.squares) / freedomOf(opinion);
@@ -227,8 +226,9 @@ void SubsetPosterior::add(Opinion& opinion) {
   total_ += probability;
   for (std::size_t k = 0; k < 8; ++k) {
     for (std::size_t l = 0; l < 8; ++l) {
-      const double square = opinion.step[k] * opinion.step[l] + variance * opinion.inverse[k][l];
-      moments_[k][l] += probability * square;
+      const std::size_t kl = k * 8 + l;
+      const double square = opinion.step[k] * opinion.step[l] + variance * opinion.inverse[kl];
+      moments_[kl] += probability * square;
     }
   }
 }
@@ -252,7 +252,7 @@ double SubsetPosterior::logOf(const Opinion& opinion) const {
     const double least = variance * (2.0 / sight.squaredWeight +
                                      covarianceOf(sight.slopes, opinion.inverse).trace());
     const double area = kPi * std::log1p(reach_ * reach_ / least) * (r.x * r.x + r.y * r.y + least);
-    log += sight.logOdds - std::log(sight.squaredWeight) - std::log(area);
+    log += sight.logOdds - std::log(sight.squaredWeight * area);
   }
   return log;
 }

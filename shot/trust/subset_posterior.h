@@ -56,14 +56,14 @@ class SubsetPosterior {
   // The fit to the tracks that are left, of which the normal matrix has this inverse.
   struct Opinion {
     std::vector<std::size_t> off;
-    std::array<Parameters, 8> inverse{};
+    SquareMatrix<8> inverse{};
     Parameters step{};  // from the frame's parameters
     double squares = 0.0;
     double logDeterminant = 0.0;  // of the normal matrix, less that of all tracks
     double log = 0.0;             // of the probability, but for a term that all have
   };
 
-  void addSights(const Matches& matches, const FittedFrame& frame,
+  void addSights(const Matches& matches, const FittedFrame& all, const TrackSlopes& slopes,
                  const std::vector<double>& missed);
   void setCounts();
   Opinion noneOff() const;
@@ -71,7 +71,7 @@ class SubsetPosterior {
   Point residualOf(const Sight& sight, const Opinion& opinion) const;
   bool leaveOut(std::size_t track, Opinion& opinion) const;
   void tryAll(const Opinion& none);
-  void tryOff(const std::vector<bool>& off, Opinion opinion);
+  bool leaveOut(const std::vector<bool>& off, Opinion& opinion) const;
   void add(Opinion& opinion);
   double logOf(const Opinion& opinion) const;
 
@@ -82,7 +82,7 @@ class SubsetPosterior {
   std::vector<double> ofCount_;  // by the number of tracks off
   double most_ = 0.0;  // the largest logarithm so far, in units of whose probability the sums are
   double total_ = 0.0;
-  std::array<Parameters, 8> moments_{};  // of the parameters
+  SquareMatrix<8> moments_{};  // of the parameters
 };
 
 }  // namespace cornerpin

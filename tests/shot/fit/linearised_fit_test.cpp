@@ -70,6 +70,56 @@ TEST(SlopesOf, AreThoseOfTheElementsOfAHomography) {
 
 // The box is 2 wide around (20, 30.25): (22, 31.25) lies at (2, 1). A lower model is fitted on top
 // of a transform, so its own is near the identity.
+TEST(SlopesAt, OfAMatchAreThoseOfItsPlace) {
+  const Matches matches = matchesFor(kTilted);
+  const FrameSlopes all(matches, frameOf(Model::Projective), kWeights);
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const Slopes expected = all.place.slopesAt(matches.base()[i]);
+    const Slopes slopes = slopesAt(all.tracks, i);
+    for (std::size_t k = 0; k < 8; ++k) {
+      EXPECT_NEAR(slopes.x[k], expected.x[k], 1e-14);
+      EXPECT_NEAR(slopes.y[k], expected.y[k], 1e-14);
+    }
+  }
+}
+
+TEST(AddProducts, AddsBothToEachElement) {
+  const Parameters p = {1, 2, 3, 4, 5, 6, 7, 8}, x = {9, 8, 7, 6, 5, 4, 3, 2};
+  const Parameters q = {2, 7, 1, 8, 2, 8, 1, 8}, y = {3, 1, 4, 1, 5, 9, 2, 6};
+  SquareMatrix<8> a;
+  for (std::size_t k = 0; k < 64; ++k) a[k] = static_cast<double>(k);
+  addProducts(p, x, q, y, a);
+  for (std::size_t k = 0; k < 64; ++k) {
+    const std::size_t i = k % 8, j = k / 8;
+    EXPECT_EQ(a[k], static_cast<double>(k) + p[i] * x[j] + q[i] * y[j]);
+  }
+}
+
+TEST(LinearisedFit, OfPlacesThatStayIsThatOfMatchesThatStay) {
+  Matches still;
+  const Matches matches = matchesFor(kIdentity);
+  for (Point p : matches.base()) still.add({p, p});
+  for (Model model : kModels) {
+    FittedFrame frame;
+    frame.model = model;
+    frame.weights.assign(still.size(), 1.0);
+    const Symmetric2 expected = LinearisedFit(still, frame).responseAt({22, 31.25});
+    const Symmetric2 response = LinearisedFit(still.base(), model).responseAt({22, 31.25});
+    EXPECT_NEAR(response.xx / expected.xx, 1.0, 1e-11);
+    EXPECT_NEAR(response.xy, expected.xy, 1e-11 * expected.xx);
+    EXPECT_NEAR(response.yy / expected.yy, 1.0, 1e-11);
+  }
+}
+
+TEST(LinearisedFit, HasTheInverseThatItSolvesWith) {
+  const LinearisedFit fit = fitOf(Model::Projective);
+  const SquareMatrix<8> inverse = fit.inverse();
+  for (std::size_t j = 0; j < 8; ++j) {
+    const Parameters column = fit.solve(unit(j));
+    for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(inverse[j * 8 + i], column[i]);
+  }
+}
+
 TEST(LinearisedFit, HasTheSlopesOfATransformInTheTracksOwnBox) {
   FittedFrame frame;
   frame.weights = {1, 1, 1};

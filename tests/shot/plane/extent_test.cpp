@@ -26,6 +26,15 @@ TEST(BoxAround, OfOnePointIsThatPoint) {
   EXPECT_EQ(box.high.y, -6.0);
 }
 
+TEST(BoxAround, LeavesOutPointsWithoutWeight) {
+  const Points points = {{90, 90}, {3, -1}, {-2, 5}, {-80, 1}, {1, 7}};
+  const Box box = boxAround(points, {0.0, 0.5, 2.0, 0.0, 1.0});
+  EXPECT_EQ(box.low.x, -2.0);
+  EXPECT_EQ(box.low.y, -1.0);
+  EXPECT_EQ(box.high.x, 3.0);
+  EXPECT_EQ(box.high.y, 7.0);
+}
+
 TEST(CornersOf, GoAroundFromTheLowOneAlongTheXAxisFirst) {
   const Quad corners = cornersOf({{1, 2}, {3, 4}});
   const Point expected[] = {{1, 2}, {3, 2}, {3, 4}, {1, 4}};
