@@ -2,6 +2,8 @@
 #ifndef SHOT_FIT_LOSS_H
 #define SHOT_FIT_LOSS_H
 
+#include <vector>
+
 namespace cornerpin {
 
 /// How much of a squared residual counts. Every loss is r^2 near 0 and bends at a width; beyond it
@@ -22,8 +24,11 @@ BentSquare bentSquare(Loss loss, double square, double width);
 /// The weight alone, of a residual: 1 near 0. `width`, where the loss bends, has its unit.
 double lossWeight(Loss loss, double residual, double width);
 
-/// The derivative of that weight's logarithm by the squared residual; 0 where the weight is 1.
-double logWeightSlope(Loss loss, double residual, double width);
+/// The weights of many squared residuals.
+std::vector<double> bentWeights(Loss loss, std::vector<double> squares, double width);
+
+/// The derivative of the weight's logarithm by the squared residual; 0 where the weight is 1.
+double logWeightSlope(Loss loss, double square, double width);
 
 }  // namespace cornerpin
 

@@ -168,7 +168,9 @@ class ShotSolver {
     const bool bent = solved && sweeps_.toldBad(result);
     if (bent) addRecords(used, good.weights);
     if (bent) last.weights = lossWeights(used, result.h, front, result.loss, result.width);
-    if (bent) last.stiffness = lossStiffness(used, result.h, result.loss, result.width);
+    if (bent && result.loss != Loss::None) {
+      last.stiffness = lossStiffness(used, result.h, result.loss, result.width);
+    }
     const FrameFits fits(used, good, last);
     std::vector<TrackInfluence> influences = influencesOf(fits, quads_.front());
     errorsOf(result) = cornerpin::errorsOf(fits, quads_, front);
@@ -220,11 +222,9 @@ class ShotSolver {
   // takes these for good ones.
   Matches nearIn(const FrameResult& result) const {
     const Matches used = sweeps_.usedIn(result);
+    const std::vector<double> squares = squaresFrom(used, result.h, result_.baseCentre);
     std::vector<bool> near(used.size());
-    for (std::size_t i = 0; i < used.size(); ++i) {
-      near[i] = onSameSide(result.h, used.base()[i], result_.baseCentre) &&
-                squaredResidual(used[i], result.h) <= extent_ * extent_;
-    }
+    for (std::size_t i = 0; i < near.size(); ++i) near[i] = squares[i] <= extent_ * extent_;
     return used.subset(near);
   }
 
@@ -233,10 +233,10 @@ class ShotSolver {
     if (result.verdict.status != Status::Solved || !sweeps_.toldBad(result)) return;
     const Matches near = nearIn(result);
     const FittedFrame fitted = sweeps_.fittedAs(result, near);
-    std::vector<double> missed;
+    std::vector<double> missed(near.size());
     for (std::size_t i = 0; i < near.size(); ++i) {
       const TrackRecord& record = records_[static_cast<std::size_t>(near.tracks()[i])];
-      missed.push_back(record.shareMissedBut(fitted.weights[i] > 0.0));
+      missed[i] = record.shareMissedBut(fitted.weights[i] > 0.0);
     }
     const SubsetPosterior opinions(near, fitted, quiet, missed);
     if (!opinions.isKnown()) return;

@@ -19,10 +19,12 @@ Prior SweepMemory::priorFor(const Matches& matches) const {
   prior.recentSigma = recentSigma();
   prior.lowSigma = lowSigma();
   prior.freedom = freedom_;
+  prior.odds.resize(matches.size());
+  prior.confidence.resize(matches.size());
   for (std::size_t i = 0; i < matches.size(); ++i) {
     const Record& record = records_[static_cast<std::size_t>(matches.tracks()[i])];
-    prior.odds.push_back((1.0 + record.good) / (1.0 + record.seen - record.good));
-    prior.confidence.push_back(matches.weights()[i] * ((1.0 + record.good) / (2.0 + record.seen)));
+    prior.odds[i] = (1.0 + record.good) / (1.0 + record.seen - record.good);
+    prior.confidence[i] = matches.weights()[i] * ((1.0 + record.good) / (2.0 + record.seen));
   }
   return prior;
 }

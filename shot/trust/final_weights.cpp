@@ -3,31 +3,29 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "shot/fit/residuals.h"
 #include "shot/robust/mixture_search.h"
 
 namespace cornerpin {
 
-namespace {
-
-// Infinite for a match that the horizon parts from `front`.
-double distanceOf(const Match& match, const Homography& h, Point front) {
-  if (!onSameSide(h, match.base, front)) return std::numeric_limits<double>::infinity();
-  const Point r = residual(match, h);
-  return std::hypot(r.x, r.y);
+std::vector<double> squaresFrom(const Matches& matches, const Homography& h, Point front) {
+  Homography scaled = h;  // with 1 for the denominator of `front`
+  for (auto& row : scaled) {
+    for (double& element : row) element /= denominator(h, front);
+  }
+  std::vector<double> squares;
+  squaredResiduals(matches, scaled, squares);
+  return squares;
 }
-
-}  // namespace
 
 std::vector<double> lossWeights(const Matches& matches, const Homography& h, Point front, Loss loss,
                                 double width) {
-  std::vector<double> weights = matches.weights();
+  const std::vector<double> squares = squaresFrom(matches, h, front);
+  std::vector<double> weights = bentWeights(loss, squares, width);
   for (std::size_t i = 0; i < weights.size(); ++i) {
-    const double distance = distanceOf(matches[i], h, front);
-    weights[i] *= std::isfinite(distance) ? std::sqrt(lossWeight(loss, distance, width)) : 0.0;
-    if (!(weights[i] > 0.0)) weights[i] = 0.0;
+    const bool counts = std::isfinite(squares[i]) && weights[i] > 0.0;
+    weights[i] = counts ? matches.weights()[i] * std::sqrt(weights[i]) : 0.0;
   }
   return weights;
 }
@@ -39,7 +37,7 @@ std::vector<Symmetric2> lossStiffness(const Matches& matches, const Homography& 
     const Point r = residual(matches[i], h);
     const double square = r.x * r.x + r.y * r.y;
     if (!(square > 0.0)) continue;
-    const double slope = 2.0 * logWeightSlope(loss, std::sqrt(square), width);
+    const double slope = 2.0 * logWeightSlope(loss, square, width);
     const double least = std::max(slope, -1.0 / square);
     stiffness[i] = {1.0 + least * r.x * r.x, least * r.x * r.y, 1.0 + least * r.y * r.y};
   }
@@ -48,9 +46,10 @@ std::vector<Symmetric2> lossStiffness(const Matches& matches, const Homography& 
 
 std::vector<double> goodWeights(const Matches& matches, const Homography& h, Point front,
                                 double sigma) {
-  std::vector<double> weights = matches.weights();
+  const double bound = kGoodWithin * kGoodWithin * sigma * sigma;
+  std::vector<double> weights = squaresFrom(matches, h, front);
   for (std::size_t i = 0; i < weights.size(); ++i) {
-    if (!(distanceOf(matches[i], h, front) <= kGoodWithin * sigma)) weights[i] = 0.0;
+    weights[i] = weights[i] <= bound ? matches.weights()[i] : 0.0;
   }
   return weights;
 }

@@ -11,6 +11,9 @@
 
 namespace cornerpin {
 
+/// The squared residuals, infinite for matches that the horizon parts from `front`.
+std::vector<double> squaresFrom(const Matches& matches, const Homography& h, Point front);
+
 /// The matches' weights in the last step of a fit with the loss: times the root of the loss's
 /// weight, and 0 for a match that the horizon parts from `front`.
 std::vector<double> lossWeights(const Matches& matches, const Homography& h, Point front, Loss loss,

@@ -12,14 +12,9 @@ namespace {
 
 // Those of the matches that one of the two counts.
 std::vector<double> eitherOf(const std::vector<double>& a, const std::vector<double>& b) {
-  std::vector<double> weights(a.size());
+  std::vector<double> weights = a;
   for (std::size_t i = 0; i < a.size(); ++i) weights[i] = std::max(a[i], b[i]);
   return weights;
-}
-
-FittedFrame withoutStiffness(FittedFrame frame) {
-  frame.stiffness.clear();
-  return frame;
 }
 
 }  // namespace
@@ -41,8 +36,11 @@ FrameFits::FrameFits(const Matches& matches, const FittedFrame& good, const Fitt
       slopes_(matches, good, eitherOf(good.weights, last.weights)),
       residuals_(residualsOf(matches, good.h)),
       goodFit_(slopes_, good) {
-  if (last.weights != good.weights) lastFit_.emplace(slopes_, withoutStiffness(last));
+  if (last.weights != good.weights) {
+    lastFit_.emplace(slopes_, last, LinearisedFit::Stiffness::None);
+  }
   if (!last.stiffness.empty()) stiffFit_.emplace(slopes_, last);
+  lastHats_ = lastFit().hatsOf(slopes());
 }
 
 }  // namespace cornerpin

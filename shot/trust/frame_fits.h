@@ -33,6 +33,7 @@ class FrameFits {
   /// As if the last weights were given, without stiffness.
   const LinearisedFit& lastFit() const { return lastFit_ ? *lastFit_ : goodFit_; }
   const LinearisedFit& stiffFit() const { return stiffFit_ ? *stiffFit_ : lastFit(); }
+  const Symmetric2s& lastHats() const { return lastHats_; }  ///< `hatsOf` the last fit
 
  private:
   const Matches& matches_;
@@ -43,6 +44,7 @@ class FrameFits {
   LinearisedFit goodFit_;
   std::optional<LinearisedFit> lastFit_;   // where it is another
   std::optional<LinearisedFit> stiffFit_;  // where there is stiffness
+  Symmetric2s lastHats_;
 };
 
 }  // namespace cornerpin

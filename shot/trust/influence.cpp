@@ -62,7 +62,7 @@ std::vector<double> squaredMoves(const FrameFits& fits, const Symmetric2s& hats,
 
 void addFit(const FrameFits& fits, const Quad& corners, std::vector<TrackInfluence>& result) {
   const LinearisedFit& fit = fits.lastFit();
-  const Symmetric2s hats = fit.hatsOf(fits.slopes());
+  const Symmetric2s& hats = fits.lastHats();
   const std::vector<double> moves = squaredMoves(fits, hats, corners);
   for (std::size_t i = 0; i < result.size(); ++i) {
     const double weight = fits.last().weights[i];

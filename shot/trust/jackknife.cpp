@@ -37,10 +37,9 @@ Point withoutTrack(const Symmetric2& hat, Point r) {
 // are w^2 inv(A) S' inv(I - w^2 G) r away from those of all (Sherman, Morrison, Woodbury). With a
 // loss the first inverse is that of the fit's own matrix.
 Jackknife::Jackknife(const FrameFits& fits, const FittedFrame& frame, const LinearisedFit& plain,
-                     const LinearisedFit& fit)
+                     const Symmetric2s& hats, const LinearisedFit& fit)
     : place_(fits.place()), determined_(plain.isDetermined() && fit.isDetermined()) {
   if (!determined_) return;
-  const Symmetric2s hats = plain.hatsOf(fits.slopes());
   Symmetric2s v(fits.matches().size());
   double count = 0.0;
   for (std::size_t i = 0; i < fits.matches().size(); ++i) {

@@ -26,11 +26,12 @@ class Jackknife {
  public:
   /// Of the fit with the weights and the stiffness of its last step.
   static Jackknife ofLast(const FrameFits& fits) {
-    return {fits, fits.last(), fits.lastFit(), fits.stiffFit()};
+    return {fits, fits.last(), fits.lastFit(), fits.lastHats(), fits.stiffFit()};
   }
   /// Of plain squares of the good tracks.
   static Jackknife ofGood(const FrameFits& fits) {
-    return {fits, fits.good(), fits.goodFit(), fits.goodFit()};
+    const LinearisedFit& fit = fits.goodFit();
+    return {fits, fits.good(), fit, fit.hatsOf(fits.slopes()), fit};
   }
 
   /// False where the tracks do not fix the fit (`LinearisedFit::isDetermined`), or where so many
@@ -43,7 +44,7 @@ class Jackknife {
 
  private:
   Jackknife(const FrameFits& fits, const FittedFrame& frame, const LinearisedFit& plain,
-            const LinearisedFit& fit);
+            const Symmetric2s& hats, const LinearisedFit& fit);
 
   FitPlace place_;
   bool determined_;

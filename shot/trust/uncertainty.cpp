@@ -12,15 +12,25 @@ namespace {
 // Below this share of the total, what the fit leaves over of the noise is rounding.
 constexpr double kNothingLeft = 1e-6;
 
-// I + n^2 D D' with D the derivative of h at p and n the noise of the places.
-Symmetric2 residualCovariance(const Homography& h, Point p, double placeNoise) {
-  const double t = 1.0 / denominator(h, p);
-  const double n = placeNoise * t;
-  const double X = (h[0][0] * p.x + h[0][1] * p.y + h[0][2]) * t;
-  const double Y = (h[1][0] * p.x + h[1][1] * p.y + h[1][2]) * t;
-  const double Xx = n * (h[0][0] - X * h[2][0]), Xy = n * (h[0][1] - X * h[2][1]);
-  const double Yx = n * (h[1][0] - Y * h[2][0]), Yy = n * (h[1][1] - Y * h[2][1]);
-  return {1.0 + Xx * Xx + Xy * Xy, Xx * Yx + Xy * Yy, 1.0 + Yx * Yx + Yy * Yy};
+// Into `v` I + n^2 D D' for each match, with D the derivative of h at its place and n the noise of
+// the places. Not finite on the horizon.
+void setResidualCovariances(const Homography h, const Points& places, double n, Symmetric2s& v) {
+  const double* const x = places.x();
+  const double* const y = places.y();
+  double* const xx = v[0];
+  double* const xy = v[1];
+  double* const yy = v[2];
+  for (std::size_t i = 0; i < v.count(); ++i) {
+    const double t = 1.0 / (h[2][0] * x[i] + h[2][1] * y[i] + h[2][2]);
+    const double nt = n * t;
+    const double X = (h[0][0] * x[i] + h[0][1] * y[i] + h[0][2]) * t;
+    const double Y = (h[1][0] * x[i] + h[1][1] * y[i] + h[1][2]) * t;
+    const double Xx = nt * (h[0][0] - X * h[2][0]), Xy = nt * (h[0][1] - X * h[2][1]);
+    const double Yx = nt * (h[1][0] - Y * h[2][0]), Yy = nt * (h[1][1] - Y * h[2][1]);
+    xx[i] = 1.0 + Xx * Xx + Xy * Xy;
+    xy[i] = Xx * Yx + Xy * Yy;
+    yy[i] = 1.0 + Yx * Yx + Yy * Yy;
+  }
 }
 
 }  // namespace
@@ -36,17 +46,18 @@ Uncertainty::Uncertainty(const FrameFits& fits)
   double squares = 0.0;  // of the weighted residuals
   double total = 0.0;    // what they would be without a fit, for noise of 1 pixel
   Symmetric2s v(fits.matches().size());
-  for (std::size_t i = 0; i < fits.matches().size(); ++i) {
-    if (!(frame.weights[i] > 0.0)) continue;
-    ++count;
+  setResidualCovariances(frame.h, fits.matches().base(), frame.placeNoise, v);
+  for (std::size_t i = 0; i < v.count(); ++i) {
     const double w2 = fit_.relativeSquares()[i];
+    if (!(w2 > 0.0)) {
+      v[0][i] = v[1][i] = v[2][i] = 0.0;
+      continue;
+    }
+    ++count;
     const Point r = {fits.residuals()[0][i], fits.residuals()[1][i]};
-    const Symmetric2 one = residualCovariance(frame.h, fits.matches().base()[i], frame.placeNoise);
     squares += w2 * (r.x * r.x + r.y * r.y);
-    total += w2 * one.trace();
-    v[0][i] = w2 * w2 * one.xx;
-    v[1][i] = w2 * w2 * one.xy;
-    v[2][i] = w2 * w2 * one.yy;
+    total += w2 * (v[0][i] + v[2][i]);
+    for (std::size_t c = 0; c < 3; ++c) v[c][i] *= w2 * w2;
   }
   // The residuals have w^2 r^2 = s^2 (w^2 tr V - what the fit came towards them), and over all
   // matches the latter adds up to tr(inv(A) B).

@@ -30,7 +30,8 @@ void WorstTracks::addFrame(int frame, const std::vector<TrackInfluence>& influen
   std::size_t kept = 0;
   for (std::size_t i = 0; i < influences.size(); ++i) {
     const TrackInfluence& t = influences[i];
-    if (t.weight > 0.0 && std::isfinite(unfitted(t))) residuals_.push_back(unfitted(t));
+    const double residual = t.weight > 0.0 ? unfitted(t) : kNone;
+    if (std::isfinite(residual)) residuals_.push_back(residual);
     if (!(t.influence > 0.0)) continue;
     const auto isGreater = [&](std::size_t other) {
       return std::tie(influences[other].influence, t.track) <

@@ -37,11 +37,11 @@ TEST(LossWeight, OfWhatIsFarIsNothingForTukeyAlone) {
 TEST(LogWeightSlope, IsTheWeightsOwnOverTheWeight) {
   EXPECT_EQ(logWeightSlope(Loss::None, 5.0, 1.0), 0.0);
   EXPECT_EQ(logWeightSlope(Loss::Tukey, 1.0, 2.0), -2.0 / 3.0);
-  EXPECT_EQ(logWeightSlope(Loss::Tukey, 2.0, 2.0), 0.0);
-  EXPECT_EQ(logWeightSlope(Loss::Tukey, 3.0, 2.0), 0.0);
-  EXPECT_EQ(logWeightSlope(Loss::Cauchy, 4.0, 3.0), -0.04);
-  EXPECT_EQ(logWeightSlope(Loss::Huber, 4.0, 3.0), -1.0 / 32.0);
-  EXPECT_EQ(logWeightSlope(Loss::Huber, 2.0, 3.0), 0.0);
+  EXPECT_EQ(logWeightSlope(Loss::Tukey, 4.0, 2.0), 0.0);
+  EXPECT_EQ(logWeightSlope(Loss::Tukey, 9.0, 2.0), 0.0);
+  EXPECT_EQ(logWeightSlope(Loss::Cauchy, 16.0, 3.0), -0.04);
+  EXPECT_EQ(logWeightSlope(Loss::Huber, 16.0, 3.0), -1.0 / 32.0);
+  EXPECT_EQ(logWeightSlope(Loss::Huber, 4.0, 3.0), 0.0);
 }
 
 TEST(BentSquare, HasTheLossBesideItsWeight) {
@@ -51,6 +51,17 @@ TEST(BentSquare, HasTheLossBesideItsWeight) {
   EXPECT_EQ(bentSquare(Loss::Tukey, 1e9, 3.0).loss, 3.0);
   EXPECT_EQ(bentSquare(Loss::Huber, 16.0, 1.0).loss, 7.0);
   EXPECT_EQ(bentSquare(Loss::Huber, 16.0, 1.0).weight, 0.25);
+}
+
+TEST(BentWeights, AreThoseOfEachSquare) {
+  for (Loss loss : {Loss::None, Loss::Huber, Loss::Cauchy, Loss::Tukey}) {
+    const std::vector<double> squares = {0.0, 1.0, 4.0, 25.0, 2.25, 1e9};
+    const std::vector<double> weights = bentWeights(loss, squares, 2.0);
+    ASSERT_EQ(weights.size(), squares.size());
+    for (std::size_t i = 0; i < squares.size(); ++i) {
+      EXPECT_EQ(weights[i], bentSquare(loss, squares[i], 2.0).weight) << nameOf(loss) << " " << i;
+    }
+  }
 }
 
 TEST(Loss, HasAName) {

@@ -33,6 +33,22 @@ double lossWeightOf(Loss loss, double width) {
 
 }  // namespace
 
+// The transform may have any factor: behind the horizon is what `front` is not beside.
+TEST(SquaresFrom, AreThoseOfResidualsAndInfiniteBehindTheHorizon) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  EXPECT_NEAR(squaresFrom(kMatches, kIdentity, {0, 0})[0], 25.0, 1e-13);
+  EXPECT_NEAR(squaresFrom(kMatches, kIdentity, {0, 0})[1], 0.0, 1e-13);
+  const Matches matches = aroundTheHorizon();
+  const std::vector<double> before = squaresFrom(matches, kFalling, {10, 0});
+  const std::vector<double> behind = squaresFrom(matches, kFalling, {110, 0});
+  for (std::size_t i = 0; i < 2; ++i) {
+    EXPECT_NEAR(before[i], 0.0, 1e-18);
+    EXPECT_EQ(behind[i], infinity);
+  }
+  EXPECT_EQ(before[2], infinity);
+  EXPECT_NEAR(behind[2], 0.0, 1e-18);
+}
+
 // A loss weighs squares, a match's weight what is squared.
 TEST(LossWeights, AreTheMatchesOwnTimesTheRootOfTheLosss) {
   EXPECT_DOUBLE_EQ(lossWeightOf(Loss::Tukey, 10), 0.5 * 0.75);              // 1 - (5 / 10)^2

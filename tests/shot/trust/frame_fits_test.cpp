@@ -66,6 +66,20 @@ TEST(FrameFits, AreThoseOfTheirOwnWeightsAndStiffness) {
   EXPECT_GT(fits.stiffFit().responseAt(kCorner).xx, 1.2 * fits.lastFit().responseAt(kCorner).xx);
 }
 
+TEST(FrameFits, HaveTheHatsOfTheLastWeights) {
+  const Matches matches = sixMatches();
+  const FittedFrame good = fittedWith({1, 1, 1, 1, 1, 0});
+  const FittedFrame last = fittedWith({1, 1, 1, 0.7, 1, 0.5});
+  const FrameFits fits(matches, good, last);
+  for (std::size_t i = 0; i < 6; ++i) {
+    const double weight = i == 3 ? 0.7 : i == 5 ? 0.5 : 1.0;
+    const Symmetric2 response = fits.lastFit().responseAt(matches.base()[i]);
+    EXPECT_NEAR(fits.lastHats()[0][i], weight * weight * response.xx, 1e-12);
+    EXPECT_NEAR(fits.lastHats()[1][i], weight * weight * response.xy, 1e-12);
+    EXPECT_NEAR(fits.lastHats()[2][i], weight * weight * response.yy, 1e-12);
+  }
+}
+
 // A match behind the horizon, whose slopes are not finite on it, counts in none.
 TEST(FrameFits, TakeNoNoticeOfAMatchOnTheHorizonWithoutWeight) {
   Matches matches = sixMatches();
