@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "shot/fit/residuals.h"
 #include "tests/shot/robust/random_errors.h"
+#include "tests/support/processor.h"
 
 using namespace cornerpin;
 using errors::kView;
@@ -91,4 +93,35 @@ TEST(SampleScore, EndsAboveTheBound) {
   const double early = score.of(kView, 0.25 * whole);
   EXPECT_GT(early, 0.25 * whole);
   EXPECT_LT(early, 0.5 * whole) << "without looking at the rest";
+}
+
+// Also of matches behind the horizon.
+TEST(SampleScore, HasTheSameBitsInEveryVariant) {
+  const Homography tilted = {{{1, 0.1, 0}, {0, 1, 0.2}, {1, 0.5, 1}}};
+  for (int count : {1, 7, 16, 33, 300}) {
+    const Matches matches = scattered(count);
+    const std::vector<double> votes = votesFor(matches.size());
+    for (const Homography& h : {kView, tilted}) {
+      const SampleScore plain(matches, votes, kLeast, sampleScoreVariants().front());
+      const double whole = plain.of(h, kNoBound);
+      for (const SampleScoreVariant& variant : sampleScoreVariants()) {
+        const SampleScore score(matches, votes, kLeast, variant);
+        EXPECT_EQ(score.of(h, kNoBound), whole) << variant.name;
+        EXPECT_EQ(score.of(h, 0.5 * whole), plain.of(h, 0.5 * whole)) << variant.name;
+      }
+    }
+  }
+}
+
+TEST(SampleScoreVariants, AreThoseThatTheProcessorRuns) {
+  std::vector<std::string> expected = {"base"};
+  if (processor::flags().count("avx2") > 0) expected.emplace_back("avx2");
+  std::vector<std::string> names;
+  for (const SampleScoreVariant& variant : sampleScoreVariants()) names.emplace_back(variant.name);
+  EXPECT_EQ(names, expected);
+}
+
+TEST(SampleScoreVariants, AreDifferentFunctions) {
+  const auto& variants = sampleScoreVariants();
+  for (std::size_t i = 1; i < variants.size(); ++i) EXPECT_NE(variants[i].run, variants[i - 1].run);
 }
