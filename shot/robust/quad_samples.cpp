@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "shot/plane/quad_map.h"
+#include "shot/plane/points.h"
 
 namespace cornerpin {
 
@@ -33,18 +33,48 @@ Quad placesOf(const Points& points, const std::array<std::size_t, 4>& chosen) {
   return places;
 }
 
-// A camera keeps the sense of every triangle that lies in front of it.
-bool seenAlike(const Quad& from, const Quad& to) {
+// Twice the areas of the triangles of each corner and the next two.
+using Areas = std::array<double, 4>;
+
+Areas areasOf(const Quad& quad) {
+  Areas areas;
   for (std::size_t i = 0; i < 4; ++i) {
-    const std::size_t j = (i + 1) % 4;
-    const std::size_t k = (i + 2) % 4;
-    const double a = twiceArea(from[i], from[j], from[k]);
-    const double b = twiceArea(to[i], to[j], to[k]);
-    if (std::fabs(a) < kThinnest || std::fabs(b) < kThinnest || (a > 0.0) != (b > 0.0)) {
-      return false;
-    }
+    areas[i] = twiceArea(quad[i], quad[(i + 1) % 4], quad[(i + 2) % 4]);
+  }
+  return areas;
+}
+
+// A camera keeps the sense of every triangle that lies in front of it.
+bool seenAlike(const Areas& from, const Areas& to) {
+  for (std::size_t i = 0; i < 4; ++i) {
+    if (std::fabs(from[i]) < kThinnest || std::fabs(to[i]) < kThinnest) return false;
+    if ((from[i] > 0.0) != (to[i] > 0.0)) return false;
   }
   return true;
+}
+
+// With p the corners in homogeneous coordinates, and A the areas,
+//     A0 p3 = A1 p0 - A2 p1 + A3 p2.
+// The other quad's corners p' and areas A' have the same equation. So the transform that carries p3
+// as well as p0, p1 and p2 carries p0 to p'0 A'1 / A1, p1 to p'1 A'2 / A2 and p2 to p'2 A'3 / A3,
+// but for a common factor. The cross product of two corners is 0 for these two and the same for the
+// third of the three, whichever it is.
+Homography exactFor(const Quad& from, const Quad& to, const Areas& fromAreas,
+                    const Areas& toAreas) {
+  Homography h{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    const Point a = from[(i + 1) % 3];
+    const Point b = from[(i + 2) % 3];
+    const double factor = toAreas[i + 1] / fromAreas[i + 1];
+    const std::array<double, 3> cross = {a.y - b.y, b.x - a.x, a.x * b.y - b.x * a.y};
+    const std::array<double, 3> image = {factor * to[i].x, factor * to[i].y, factor};
+    for (std::size_t row = 0; row < 3; ++row) {
+      for (std::size_t column = 0; column < 3; ++column) {
+        h[row][column] += image[row] * cross[column];
+      }
+    }
+  }
+  return withLastOne(h);
 }
 
 double choicesOfFour(std::size_t count) {
@@ -85,8 +115,10 @@ bool QuadSamples::draw(Homography& h) {
 bool QuadSamples::through(const std::array<std::size_t, 4>& chosen, Homography& h) const {
   const Quad from = placesOf(matches_.base(), chosen);
   const Quad to = placesOf(matches_.present(), chosen);
-  if (!seenAlike(from, to)) return false;
-  h = quadToQuad(from, to);
+  const Areas fromAreas = areasOf(from);
+  const Areas toAreas = areasOf(to);
+  if (!seenAlike(fromAreas, toAreas)) return false;
+  h = exactFor(from, to, fromAreas, toAreas);
   return isFinite(h);
 }
 
@@ -98,7 +130,8 @@ double QuadSamples::usableShare(const std::vector<std::size_t>& good) const {
   std::size_t usable = 0;
   forAllFours(tried, [&](std::array<std::size_t, 4> chosen) {
     for (std::size_t& one : chosen) one = good[one * good.size() / tried];
-    if (seenAlike(placesOf(matches_.base(), chosen), placesOf(matches_.present(), chosen))) {
+    if (seenAlike(areasOf(placesOf(matches_.base(), chosen)),
+                  areasOf(placesOf(matches_.present(), chosen)))) {
       ++usable;
     }
   });
