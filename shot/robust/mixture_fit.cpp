@@ -2,6 +2,7 @@
 #include "shot/robust/mixture_fit.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "shot/fit/homography_fit.h"
@@ -13,6 +14,16 @@ namespace {
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kMostStrays = 0.95;
 
+// In spreads.
+constexpr double kSameFit = 0.05;
+
+// Rounds creep alike where each change is the last one times a number below 1, but for so much in
+// direction (the cosine). A leap is no longer than so many changes, and no more than halves the
+// spread or the share of strays.
+constexpr double kAlike = 0.9;
+constexpr double kLongest = 10.0;
+constexpr double kLeast = 0.5;
+
 double distance(const Homography& a, const Homography& b) {
   double most = 0.0;
   for (std::size_t i = 0; i < 3; ++i) {
@@ -21,12 +32,70 @@ double distance(const Homography& a, const Homography& b) {
   return most;
 }
 
+// Whether a round from one to the other changes the spread, and h in spreads, by less than `same`.
+bool isSettled(const MixtureFit& from, const MixtureFit& to, double same) {
+  return std::fabs(to.errors.spread - from.errors.spread) <= same * from.errors.spread &&
+         distance(from.h, to.h) <= same * to.errors.spread;
+}
+
+// What a round changes: the transform in spreads, the spread and the share of strays by parts.
+using Change = std::array<double, 11>;
+
+Change changeOf(const MixtureFit& from, const MixtureFit& to) {
+  Change change;
+  for (std::size_t i = 0; i < 9; ++i) {
+    change[i] = (to.h[i / 3][i % 3] - from.h[i / 3][i % 3]) / to.errors.spread;
+  }
+  change[9] = (to.errors.spread - from.errors.spread) / to.errors.spread;
+  change[10] = (to.errors.strays - from.errors.strays) / to.errors.strays;
+  return change;
+}
+
+double dot(const Change& a, const Change& b) {
+  double sum = 0.0;
+  for (std::size_t i = 0; i < a.size(); ++i) sum += a[i] * b[i];
+  return sum;
+}
+
+void leap(const Change& change, double times, MixtureFit& fit) {
+  ErrorModel& errors = fit.errors;
+  for (std::size_t i = 0; i < 9; ++i) fit.h[i / 3][i % 3] += times * change[i] * errors.spread;
+  const auto grown = [&](double by) { return std::max(1.0 + times * by, kLeast); };
+  errors.spread = std::max(errors.spread * grown(change[9]), kSigmaFloor);
+  errors.strays = std::min(errors.strays * grown(change[10]), kMostStrays);
+}
+
+// Cuts rounds that creep short: after two of them, as far as they would get by themselves when
+// changes go on shrinking as they do (Aitken's extrapolation).
+class Leaps {
+ public:
+  void after(const Change& change, MixtureFit& fit) {
+    const double before = dot(last_, last_);
+    const double both = dot(last_, change);
+    last_ = change;
+    const bool creeps =
+        both > 0.0 && both < before && both * both > kAlike * kAlike * before * dot(change, change);
+    if (!creeps) return;
+    leap(change, std::min(both / (before - both), kLongest), fit);
+    last_ = {};
+  }
+
+ private:
+  Change last_{};
+};
+
 const MixtureVariant& variant() {
   static const MixtureVariant fastest = mixtureVariants().back();
   return fastest;
 }
 
 }  // namespace
+
+bool alike(const MixtureFit& a, const MixtureFit& b) {
+  const double most = kSameFit * b.errors.spread;
+  return a.errors.freedom == b.errors.freedom &&
+         std::fabs(a.errors.spread - b.errors.spread) <= most && distance(a.h, b.h) <= most;
+}
 
 MixtureFitter::MixtureFitter(const Matches& matches, const Prior& prior)
     : matches_(matches),
@@ -38,34 +107,38 @@ MixtureFitter::MixtureFitter(const Matches& matches, const Prior& prior)
   odds_.resize(squaredWeights_.size(), 1.0);
 }
 
-MixtureFit MixtureFitter::fit(const Homography& start, const ErrorModel& errors) {
+MixtureFit MixtureFitter::fit(const Homography& start, const ErrorModel& errors,
+                              const std::vector<MixtureFit>& seen) {
   constexpr End kEnd = {3e-3, 60};  // far below what tells two fits apart
   MixtureFit fit;
   fit.h = start;
   fit.errors = errors;
-  return run(fit, kEnd);
+  return run(fit, kEnd, seen);
 }
 
 MixtureFit MixtureFitter::settled(const MixtureFit& fit) {
   constexpr End kSettled = {1e-9, 1000};
-  return run(fit, kSettled);
+  return run(fit, kSettled, {});
 }
 
-MixtureFit MixtureFitter::run(MixtureFit fit, End end) {
+MixtureFit MixtureFitter::run(MixtureFit fit, End end, const std::vector<MixtureFit>& seen) {
   fit.found = false;
+  Leaps leaps;
   for (int rounds = 0; rounds < end.mostRounds; ++rounds) {
-    const double spread = fit.errors.spread;
-    double moved = 0.0;
-    if (!round(fit, moved)) return fit;
-    const bool settled = std::fabs(fit.errors.spread - spread) <= end.same * spread;
-    if (settled && moved <= end.same * fit.errors.spread) break;
+    const MixtureFit before = fit;
+    if (!round(fit)) return fit;
+    for (const MixtureFit& other : seen) {
+      if (alike(fit, other)) return fit;
+    }
+    if (isSettled(before, fit, end.same)) break;
+    leaps.after(changeOf(before, fit), fit);
   }
   judge(fit);
   return fit;
 }
 
 // The expectation step and a step of each parameter; false where the matches do not fix h.
-bool MixtureFitter::round(MixtureFit& fit, double& moved) {
+bool MixtureFitter::round(MixtureFit& fit) {
   MixtureSums sums;
   variant().weigh(inputOf(fit), squaredWeights_.data(), sums);
   fit.errors.spread = nextSpread(fit.errors, sums);
@@ -74,7 +147,6 @@ bool MixtureFitter::round(MixtureFit& fit, double& moved) {
   fit.errors.strays = std::clamp((count - sums.good + 0.5) / (count + 1.0), 0.0, kMostStrays);
   Homography next;
   if (!gaussNewtonStep(matches_, squaredWeights_, fit.h, next)) return false;
-  moved = distance(fit.h, next);
   fit.h = next;
   return true;
 }

@@ -23,9 +23,12 @@ struct MixtureFit {
   double score = std::numeric_limits<double>::infinity();
 };
 
+/// Whether two fits with errors of the same freedom differ by less than a twentieth of the spread.
+bool alike(const MixtureFit& a, const MixtureFit& b);
+
 /// Fits both by expectation maximisation: each round weighs the matches by how likely they are no
 /// strays and by how far out in the tails they lie, takes one Gauss-Newton step and sets the spread
-/// and the share of strays anew.
+/// and the share of strays anew. Where rounds creep, it leaps ahead as far as they would get.
 ///
 /// With a low sigma in the prior, the eight errors that the transform explains by itself count as
 /// if they had it: the score has 4 (low / sigma)^2 + 8 log(sigma / spread), sigma the model's,
@@ -42,8 +45,10 @@ class MixtureFitter {
   /// \param matches  outlives the fitter
   MixtureFitter(const Matches& matches, const Prior& prior);
 
-  /// From `start` and `errors`, whose freedom and area stay.
-  MixtureFit fit(const Homography& start, const ErrorModel& errors);
+  /// From `start` and `errors`, whose freedom and area stay. Not found where it comes by one of
+  /// the fits `seen` (`alike`): it would end there.
+  MixtureFit fit(const Homography& start, const ErrorModel& errors,
+                 const std::vector<MixtureFit>& seen = {});
 
   /// The fit taken on until nothing moves: wherever fits to the same optimum ended, this is the
   /// same to some nine digits.
@@ -60,8 +65,8 @@ class MixtureFitter {
     int mostRounds;
   };
 
-  MixtureFit run(MixtureFit fit, End end);
-  bool round(MixtureFit& fit, double& moved);
+  MixtureFit run(MixtureFit fit, End end, const std::vector<MixtureFit>& seen);
+  bool round(MixtureFit& fit);
   MixtureInput inputOf(const MixtureFit& fit) const;
   double nextSpread(const ErrorModel& errors, const MixtureSums& sums) const;
   void judge(MixtureFit& fit) const;

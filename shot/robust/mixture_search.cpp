@@ -37,9 +37,6 @@ double scoreOf(const MixtureFit& fit) {
 // A surface that shrinks to this many spreads over half its width shows nothing but errors.
 constexpr double kLeastWidth = 2.0;
 
-// Two fits that differ by less than this, in spreads, are one: the search has been there.
-constexpr double kSameFit = 0.05;
-
 // Matches between 3 sigmas and these may be good for another fit close by; normal errors put 1 %
 // beyond 3.
 constexpr double kGoodUntil = 3.0;
@@ -65,15 +62,6 @@ double sigmaOf(const std::vector<double>& squares, double share) {
   const double square = ranked(squares, rank);
   if (!std::isfinite(square)) return 1.0;
   return std::max(std::sqrt(square / (-2.0 * std::log1p(-share))), kSigmaFloor);
-}
-
-bool alike(const MixtureFit& a, const MixtureFit& b) {
-  const double most = kSameFit * b.errors.spread;
-  for (std::size_t i = 0; i < 9; ++i) {
-    if (!(std::fabs(a.h[i / 3][i % 3] - b.h[i / 3][i % 3]) <= most)) return false;
-  }
-  return a.errors.freedom == b.errors.freedom &&
-         std::fabs(a.errors.spread - b.errors.spread) <= most;
 }
 
 // The least length that a small step of length 1 at p, in front of the horizon, becomes, or down to
@@ -302,11 +290,8 @@ void MixtureSearch::walk(const Start& start, std::initializer_list<int> freedoms
   fit.errors.area = area_;
   for (int freedom : freedoms) {
     fit.errors.freedom = freedom;
-    fit = fitter_.fit(fit.h, fit.errors);
+    fit = fitter_.fit(fit.h, fit.errors, seen_);
     if (!fit.found) return;
-    for (const MixtureFit& other : seen_) {
-      if (alike(fit, other)) return;
-    }
     seen_.push_back(fit);
     consider(fit, start.stage);
   }

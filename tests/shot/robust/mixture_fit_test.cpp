@@ -246,47 +246,80 @@ struct Plain {
   bool settled = false;
 };
 
-Plain plainRounds(const Matches& matches, const ErrorModel& start, int most, double same = 3e-3) {
+// A round. Returns what it changes: eight elements of h in spreads, and the spread and the strays
+// as shares of themselves.
+Eigen::VectorXd plainRound(const Matches& matches, Plain& fit) {
+  const auto n = static_cast<Eigen::Index>(matches.size());
+  const double f = fit.errors.freedom;
+  const double variance = std::pow(fit.errors.spread, 2);
+  Eigen::MatrixXd jacobian(2 * n, 8);
+  Eigen::VectorXd residuals(2 * n);
+  double p = 0.0, u = 0.0, ur2 = 0.0;
+  for (Eigen::Index i = 0; i < n; ++i) {
+    const Match m = matches[static_cast<std::size_t>(i)];
+    const Point q = map(fit.h, m.base);
+    const double r2 = std::pow(q.x - m.present.x, 2) + std::pow(q.y - m.present.y, 2);
+    const double good = (1.0 - fit.errors.strays) / (kTwoPi * variance) *
+                        std::pow(1.0 + r2 / (f * variance), -0.5 * (f + 2.0));
+    const double share = good / (good + fit.errors.strays / fit.errors.area);
+    const double factor = share * (f + 2.0) / (f + r2 / variance);
+    p += share;
+    u += factor;
+    ur2 += factor * r2;
+    const double x = m.base.x, y = m.base.y;
+    jacobian.row(2 * i) << x, y, 1, 0, 0, 0, -q.x * x, -q.x * y;
+    jacobian.row(2 * i + 1) << 0, 0, 0, x, y, 1, -q.y * x, -q.y * y;
+    jacobian.middleRows(2 * i, 2) *= std::sqrt(factor) / denominator(fit.h, m.base);
+    residuals.segment(2 * i, 2) << m.present.x - q.x, m.present.y - q.y;
+    residuals.segment(2 * i, 2) *= std::sqrt(factor);
+  }
+  const double remaining = std::fmax(2.0 * p - 8.0, p / 2.0);
+  const double atRest = p + (2.0 * p - remaining) / f;
+  const double spread = std::fmax(std::sqrt(ur2 * atRest / u / remaining), kEighth);
+  const double count = static_cast<double>(n);
+  const double strays = std::fmin((count - p + 0.5) / (count + 1.0), 0.95);
+  const Eigen::VectorXd step = jacobian.colPivHouseholderQr().solve(residuals);
+  Eigen::VectorXd change(10);
+  change << step / spread, 1.0 - fit.errors.spread / spread, 1.0 - fit.errors.strays / strays;
+  for (int i = 0; i < 8; ++i) fit.h[i / 3][i % 3] += step[i];
+  fit.errors.spread = spread;
+  fit.errors.strays = strays;
+  ++fit.rounds;
+  return change;
+}
+
+bool isSettled(const Eigen::VectorXd& change, double same) {
+  const double spread = std::fabs(change[8] / (1.0 - change[8]));  // of what it was before
+  return spread <= same && change.head(8).cwiseAbs().maxCoeff() <= same;
+}
+
+Plain plainRounds(const Matches& matches, const MixtureFit& start, int most, double same) {
+  Plain fit;
+  fit.h = start.h;
+  fit.errors = start.errors;
+  while (fit.rounds < most && !fit.settled) fit.settled = isSettled(plainRound(matches, fit), same);
+  return fit;
+}
+
+// As `MixtureFitter::fit` takes them: two changes in a row that are nearly parallel, the second
+// `rate` times as long, are the first of a geometric series.
+Plain leapingRounds(const Matches& matches, const ErrorModel& start, int most) {
   Plain fit;
   fit.errors = start;
-  const auto n = static_cast<Eigen::Index>(matches.size());
-  const double f = start.freedom;
-  while (fit.rounds < most && !fit.settled) {
-    ++fit.rounds;
-    const double variance = std::pow(fit.errors.spread, 2);
-    Eigen::MatrixXd jacobian(2 * n, 8);
-    Eigen::VectorXd residuals(2 * n);
-    double p = 0.0, u = 0.0, ur2 = 0.0;
-    for (Eigen::Index i = 0; i < n; ++i) {
-      const Match m = matches[static_cast<std::size_t>(i)];
-      const Point q = map(fit.h, m.base);
-      const double r2 = std::pow(q.x - m.present.x, 2) + std::pow(q.y - m.present.y, 2);
-      const double good = (1.0 - fit.errors.strays) / (kTwoPi * variance) *
-                          std::pow(1.0 + r2 / (f * variance), -0.5 * (f + 2.0));
-      const double share = good / (good + fit.errors.strays / start.area);
-      const double factor = share * (f + 2.0) / (f + r2 / variance);
-      p += share;
-      u += factor;
-      ur2 += factor * r2;
-      const double x = m.base.x, y = m.base.y;
-      jacobian.row(2 * i) << x, y, 1, 0, 0, 0, -q.x * x, -q.x * y;
-      jacobian.row(2 * i + 1) << 0, 0, 0, x, y, 1, -q.y * x, -q.y * y;
-      jacobian.middleRows(2 * i, 2) *= std::sqrt(factor) / denominator(fit.h, m.base);
-      residuals.segment(2 * i, 2) << m.present.x - q.x, m.present.y - q.y;
-      residuals.segment(2 * i, 2) *= std::sqrt(factor);
-    }
-    const double remaining = std::fmax(2.0 * p - 8.0, p / 2.0);
-    const double atRest = p + (2.0 * p - remaining) / f;
-    const double sigma = std::fmax(std::sqrt(ur2 * atRest / u / remaining), kEighth);
-    const double count = static_cast<double>(n);
-    fit.errors.strays = std::fmin((count - p + 0.5) / (count + 1.0), 0.95);
-    const Eigen::VectorXd step = jacobian.colPivHouseholderQr().solve(residuals);
-    for (Eigen::Index i = 0; i < 8; ++i) {
-      fit.h[static_cast<std::size_t>(i) / 3][static_cast<std::size_t>(i) % 3] += step[i];
-    }
-    fit.settled = std::fabs(sigma - fit.errors.spread) <= same * fit.errors.spread &&
-                  step.cwiseAbs().maxCoeff() <= same * sigma;
-    fit.errors.spread = sigma;
+  Eigen::VectorXd last = Eigen::VectorXd::Zero(10);
+  while (fit.rounds < most) {
+    const Eigen::VectorXd change = plainRound(matches, fit);
+    fit.settled = isSettled(change, 3e-3);
+    if (fit.settled) break;
+    const double rate = change.dot(last) / std::fmax(last.squaredNorm(), 1e-300);
+    const double cosine = rate * last.norm() / change.norm();
+    const bool leaps = rate > 0.0 && rate < 1.0 && cosine > 0.9;
+    last = leaps ? Eigen::VectorXd::Zero(10).eval() : change;
+    if (!leaps) continue;
+    const Eigen::VectorXd leap = change * std::fmin(rate / (1.0 - rate), 10.0);
+    for (int i = 0; i < 8; ++i) fit.h[i / 3][i % 3] += leap[i] * fit.errors.spread;
+    fit.errors.spread = std::fmax(fit.errors.spread * std::fmax(1.0 + leap[8], 0.5), kEighth);
+    fit.errors.strays = std::fmin(fit.errors.strays * std::fmax(1.0 + leap[9], 0.5), 0.95);
   }
   return fit;
 }
@@ -306,22 +339,53 @@ void expectEnd(const MixtureFit& fit, const Plain& plain, double tolerance = 1e-
 TEST_P(MixtureFitOf, TakesTheRoundsOneAfterTheOther) {
   const Matches matches = matchesWith(60, 12, GetParam(), 2e-3);
   const ErrorModel start = guess(matches, GetParam());
-  const Plain plain = plainRounds(matches, start, 60);
+  const Plain plain = leapingRounds(matches, start, 60);
   EXPECT_TRUE(plain.settled);
   EXPECT_GT(plain.rounds, 3);
   expectEnd(fitMixture(matches, kView, start), plain);
 }
 
-// Errors of 20 matches, 14 of them strays, from a start that takes all for good.
+// Errors of 34 matches, 27 of them strays, from a start that takes all for good.
 TEST(MixtureFit, EndsAfterSixtyRoundsThatDoNotSettle) {
-  const Matches matches = matchesWith(20, 14, 2, 2e-4);
+  const Matches matches = matchesWith(34, 27, 2, 2e-4);
   ErrorModel start = guess(matches, 2);
   start.spread = 0.3;
-  const Plain plain = plainRounds(matches, start, 60);
+  const Plain plain = leapingRounds(matches, start, 60);
   EXPECT_FALSE(plain.settled);
-  const double further = plainRounds(matches, start, 61).errors.spread;
+  const double further = leapingRounds(matches, start, 61).errors.spread;
   ASSERT_GT(std::fabs(further - plain.errors.spread), 1e-5 * plain.errors.spread);
   expectEnd(fitMixture(matches, kView, start), plain, 1e-6);  // such rounds enlarge rounding
+}
+
+TEST(MixtureFit, AreAlikeWithinATwentiethOfTheSpread) {
+  MixtureFit fit;
+  fit.errors.spread = 2e-3;
+  MixtureFit other = fit;
+  EXPECT_TRUE(alike(other, fit));
+  other.h[1][2] += 0.9e-4;
+  other.errors.spread -= 0.9e-4;
+  EXPECT_TRUE(alike(other, fit));
+  other.h[1][2] += 0.2e-4;
+  EXPECT_FALSE(alike(other, fit));
+  other.h = fit.h;
+  other.errors.spread -= 0.2e-4;
+  EXPECT_FALSE(alike(other, fit));
+  other = fit;
+  other.errors.freedom = 4;
+  EXPECT_FALSE(alike(other, fit));
+}
+
+TEST(MixtureFit, IsNotFoundWhereItComesByOneThatWasSeen) {
+  const Matches matches = matchesWith(60, 12, 4, 2e-3);
+  const ErrorModel start = guess(matches, 4);
+  MixtureFitter fitter(matches, {});
+  const MixtureFit end = fitter.fit(kView, start);
+  MixtureFit otherwise = end;
+  otherwise.errors.freedom = 16;
+  MixtureFit elsewhere = end;
+  elsewhere.h[0][2] += 3.0 * end.errors.spread;
+  EXPECT_TRUE(fitter.fit(kView, start, {otherwise, elsewhere}).found);
+  EXPECT_FALSE(fitter.fit(kView, start, {otherwise, end}).found);
 }
 
 TEST(MixtureFit, TakesNoMoreThanNineteenOfTwentyForStrays) {
@@ -350,13 +414,15 @@ TEST_P(MixtureFitOf, SettlesAtTheSameEndFromEveryStart) {
   }
 }
 
-// A fit that creeps is taken on for a thousand rounds.
+// A fit that ended where it creeps is taken on to where plain rounds lead from there.
 TEST(MixtureFit, SettlesWhereItsFirstRoundsDidNot) {
-  const Matches matches = matchesWith(20, 14, 2, 2e-4);
+  const Matches matches = matchesWith(34, 27, 2, 2e-4);
   ErrorModel start = guess(matches, 2);
   start.spread = 0.3;
   const MixtureFit fit = fitMixture(matches, kView, start);
   const MixtureFit end = settled(matches, fit);
   ASSERT_GT(std::fabs(end.errors.spread - fit.errors.spread), 1e-5 * fit.errors.spread);
-  expectEnd(end, plainRounds(matches, start, 1060, 1e-9));
+  const Plain plain = plainRounds(matches, fit, 10000, 1e-12);
+  ASSERT_TRUE(plain.settled);
+  expectEnd(end, plain, 1e-6);
 }
