@@ -40,19 +40,22 @@ bool fitPlainly(const Matches& matches, const std::vector<bool>& chosen, Homogra
   return true;
 }
 
-bool isContinued(const Matches& matches, const MixtureFit& fit, const Prior& prior,
-                 const std::vector<bool>& known) {
+}  // namespace
+
+bool keepsKnown(const Matches& matches, const MixtureFit& fit, const Prior& prior,
+                double mostSigma) {
   const double sigma = fit.errors.sigma();
+  const std::vector<bool> known = knownMatches(prior);
+  const std::size_t knownCount = countOf(known);
+  if (knownCount < kFewest || !(sigma <= mostSigma)) return false;
   const std::vector<bool> good = goodMatches(matches, fit.h, sigma);
   std::size_t kept = 0;
   for (std::size_t i = 0; i < good.size(); ++i) kept += known[i] && good[i];
   const std::size_t goodCount = countOf(good);
   return goodCount >= kFewest &&
-         static_cast<double>(kept) >= kLeastKept * static_cast<double>(countOf(known)) &&
-         sigma <= prior.recentSigma && isTooFewForRival(matches.size() - goodCount, goodCount);
+         static_cast<double>(kept) >= kLeastKept * static_cast<double>(knownCount) &&
+         isTooFewForRival(matches.size() - goodCount, goodCount);
 }
-
-}  // namespace
 
 MixtureFit continuedMixture(const Matches& matches, const Homography& start, const Prior& prior) {
   const std::vector<bool> known = knownMatches(prior);
@@ -63,7 +66,7 @@ MixtureFit continuedMixture(const Matches& matches, const Homography& start, con
   errors.spread = kWidening * prior.recentSigma;
   errors.area = strayArea(matches.present());
   MixtureFit fit = MixtureFitter(matches, prior).fit(h, errors);
-  fit.found = fit.found && isContinued(matches, fit, prior, known);
+  fit.found = fit.found && keepsKnown(matches, fit, prior, prior.recentSigma);
   return fit;
 }
 

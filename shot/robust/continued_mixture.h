@@ -9,13 +9,18 @@
 
 namespace cornerpin {
 
-/// The mixture of a frame whose matches behave as in the frames before: fitted on from those whose
-/// odds are eight to one at least, with the tails of the frame searched last. Found only where a
-/// search is needless:
+/// Whether the matches whose odds are eight to one at least say that a search among all has nothing
+/// else to find:
 ///
-/// - 24 matches have such odds, and as many are good now, all but a tenth of the former among them;
-/// - their sigma is no larger than the recent one;
+/// - there are 24 of them, and as many matches are good, all but a tenth of the former among them;
+/// - sigma is no larger than `mostSigma`;
 /// - the others are too few to agree on another transform as well (`isTooFewForRival`).
+bool keepsKnown(const Matches& matches, const MixtureFit& fit, const Prior& prior,
+                double mostSigma);
+
+/// The mixture of a frame whose matches behave as in the frames before: fitted on from those whose
+/// odds are eight to one at least, with the tails of the frame searched last. Found only where it
+/// keeps them with a sigma that is no larger than the recent one.
 MixtureFit continuedMixture(const Matches& matches, const Homography& start, const Prior& prior);
 
 }  // namespace cornerpin

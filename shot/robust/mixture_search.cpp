@@ -144,6 +144,10 @@ void MixtureSearch::fromSamples(std::uint64_t seed, std::size_t least) {
   keepUnlessBetter(before);
   // What comes now must not depend on where samples led to.
   seen_.resize(seenBefore);
+  finish();
+}
+
+void MixtureSearch::finish() {
   settle();
   fromHalves();
   settle();

@@ -47,11 +47,13 @@ class MixtureSearch {
   /// eight (`SampleScore`), until four of the best transform's good matches would have been missed
   /// with a chance below one in a million. Where there are no more quadruples than draws to come,
   /// all are tried instead, whatever the seed. What they lead to has to be better by 2 than the
-  /// best before. Goes on from fits to halves of the best transform's matches too, where matches
-  /// lie between the good ones and the strays. The best is taken to its optimum
-  /// (`MixtureFitter::settled`). \param least  transforms with fewer good matches than this may be
+  /// best before. Then finishes. \param least  transforms with fewer good matches than this may be
   /// missed
   void fromSamples(std::uint64_t seed, std::size_t least = 0);
+
+  /// Takes the best to its optimum (`MixtureFitter::settled`). Goes on from fits to halves of its
+  /// matches too, where matches lie between the good ones and the strays.
+  void finish();
 
   /// Whether the draws ended before that (`QuadSamples::kMost`).
   bool budgetSpent() const { return budgetSpent_; }

@@ -24,6 +24,9 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kChance = 1e-3;    // that one of its normal errors lies as far as none may
 constexpr double kMostAbove = 2.0;  // that sigma may be above the recent one, in standard errors
 
+// Of a frame that is searched without samples: its sigma over the recent one.
+constexpr double kMostGrown = 1.5;
+
 // Where the loss bends, in spreads of the mixture. At 4.7, 2.4 and 1.3 the three losses keep
 // 95 % of what plain squares get out of normal errors. These are wider: bad matches are far off
 // it, and the good ones are to count in full.
@@ -83,7 +86,11 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, 
     origin.firstStage = search.stage();
     origin.firstGood = search.good();
   }
-  search.fromSamples(options.seed);
+  if (search.found() && keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma)) {
+    search.finish();
+  } else {
+    search.fromSamples(options.seed);
+  }
   origin.stage = search.stage();
   origin.budgetSpent = search.budgetSpent();
   RobustFit fit = finished(matches, search.best(), prior, options.loss);

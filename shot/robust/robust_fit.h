@@ -42,8 +42,9 @@ constexpr std::size_t kFewestForRobust = 6;
 ///    recent one, and no error so far out that one frame in 1,000 would have one by chance.
 /// 2. Else a mixture of good matches and strays is fitted on from the matches that were good
 ///    before, where they agree as they did (`continuedMixture`).
-/// 3. Else such a mixture is searched for (`MixtureSearch`), from each start and from samples of
-///    four.
+/// 3. Else such a mixture is searched for (`MixtureSearch`), from each start and, unless that keeps
+///    the matches that were good before with a sigma up to 1.5 times the recent one (`keepsKnown`),
+///    from samples of four.
 /// 4. After either, `fitHomography` with the loss goes on to convergence. Tukey's loss is flat from
 ///    7 spreads of the mixture on, Cauchy's bends at 3, Huber's at 1.7. Where the prior has no
 ///    recent sigma and the mixture has heavy tails, Tukey's may be wider (`chooseWidth`).

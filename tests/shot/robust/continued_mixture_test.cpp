@@ -139,3 +139,32 @@ TEST(ContinuedMixture, SparesTheSearch) {
     }
   }
 }
+
+// No four matches so close to one line are a sample: draws from them do not end before their budget
+// is spent.
+TEST(KeepsKnown, SparesTheSamples) {
+  errors::Random random(20240718);
+  Matches matches;
+  for (int i = 0; i < 100; ++i) {
+    const Point base = {-1.0 + i / 50.0, 2e-5 * (random.uniform() - 0.5)};
+    matches.add({base, {base.x + random.normalLength(kNoise) - kNoise, base.y}});
+  }
+  const std::vector<Start> starts = {{Stage::Neighbour, kIdentity}};
+  MixtureSearch search(matches, {});
+  search.from(starts.front());
+  ASSERT_TRUE(search.found());
+  const double sigma = search.best().errors.sigma();
+  const auto spendsAll = [&](double odds, double recentSigma) {
+    Prior prior;
+    prior.odds.assign(matches.size(), odds);
+    prior.recentSigma = recentSigma;
+    prior.freedom = kNormalFreedom;
+    const RobustFit fit = fitRobustly(matches, starts, prior, {});
+    EXPECT_EQ(fit.origin.grounds, Grounds::Searched);
+    EXPECT_EQ(fit.origin.stage, Stage::Neighbour);
+    return fit.origin.budgetSpent;
+  };
+  EXPECT_FALSE(spendsAll(8.0, sigma / 1.4));
+  EXPECT_TRUE(spendsAll(8.0, sigma / 1.6));
+  EXPECT_TRUE(spendsAll(7.9, sigma / 1.4));
+}
