@@ -2,6 +2,7 @@
 #include "shot/robust/error_model.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "shot/plane/extent.h"
@@ -21,8 +22,14 @@ constexpr double kLeastRemaining = 0.25;
 // The median square of the t distribution's errors is freedom * (2^(2 / freedom) - 1) times
 // the squared spread; that of normal errors is 2 log 2 times their variance.
 double ErrorModel::sigma() const {
-  const double median = freedom * (std::exp2(2.0 / freedom) - 1.0);
-  return spread * std::sqrt(median / kTwoLog2);
+  static const auto perSpread = [] {
+    std::array<double, kNormalFreedom + 1> factors{};
+    for (int f = 1; f <= kNormalFreedom; ++f) {
+      factors[static_cast<std::size_t>(f)] = std::sqrt(f * (std::exp2(2.0 / f) - 1.0) / kTwoLog2);
+    }
+    return factors;
+  }();
+  return spread * perSpread[static_cast<std::size_t>(freedom)];
 }
 
 double strayArea(const Points& present) {
