@@ -2,16 +2,28 @@
 #include "shot/solve/hand_over.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "shot/fit/support.h"
 #include "shot/plane/similarity.h"
 
 namespace cornerpin {
 
+namespace {
+
+double varianceOf(const Points& points, const Quad& surface) {
+  const double gain = noiseGain(Model::Projective, points, surface);
+  return gain * gain;
+}
+
+}  // namespace
+
 ObservationsOf observationsOf(const Tracks& tracks) {
   return [&tracks](std::size_t frame) {
+    const Tracks::Range seen = tracks.inFrame(tracks.firstFrame() + static_cast<int>(frame));
     Matches matches;
-    for (const Observation& o : tracks.inFrame(tracks.firstFrame() + static_cast<int>(frame))) {
+    matches.reserve(static_cast<std::size_t>(seen.last - seen.first));
+    for (const Observation& o : seen) {
       if (o.weight > 0.0f) matches.add({{}, {o.x, o.y}, static_cast<double>(o.weight), o.track});
     }
     return matches;
@@ -32,11 +44,14 @@ std::vector<bool> seenIn(const BaseFrame& base, const Matches& matches) {
 
 bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenInBase,
                   const Quad& surface) {
-  const auto variance = [&](const Points& points) {
-    const double gain = noiseGain(Model::Projective, points, surface);
-    return gain * gain;
-  };
+  const auto variance = [&](const Points& points) { return varianceOf(points, surface); };
   return variance(seenInBase) <= variance(base.places()) + variance(all);
+}
+
+bool othersHelp(const Points& all, const Points& seenInBase, const Quad& surface) {
+  constexpr double kAsCertain = 0.99 * 0.99;  // of the variance
+  const double alone = varianceOf(seenInBase, surface);
+  return !std::isfinite(alone) || (alone + varianceOf(all, surface)) / 2.0 < kAsCertain * alone;
 }
 
 FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches,

@@ -36,6 +36,14 @@ std::vector<bool> seenIn(const BaseFrame& base, const Matches& matches);
 bool baseSuffices(const BaseFrame& base, const Points& all, const Points& seenInBase,
                   const Quad& surface);
 
+/// Whether the help of all others makes a frame's transform more than a hundredth more certain at
+/// the worst corner. Half of the variance comes from the base frame, and nothing helps against
+/// that.
+///
+/// \param all         places of the good tracks of the frame that are known
+/// \param seenInBase  those of them that the base frame sees
+bool othersHelp(const Points& all, const Points& seenInBase, const Quad& surface);
+
 /// Fits a frame by all its tracks. Where some of them are not the base frame's, the sweep's surface
 /// moves on to the frame's good tracks: what has left the picture need not be carried well.
 FrameFit fitByAll(FrameFitter& fitter, const BaseFrame& base, const Matches& matches, Sweep& sweep);

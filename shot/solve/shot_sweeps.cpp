@@ -56,7 +56,7 @@ void ShotSweeps::handOver(const Progress& progress) {
   const ObservationsOf observations = observationsOf(tracks_);
   std::vector<JointFrame> frames = jointFrames();
   places_ = startPlaces(frames, observations, tracks_.names.size());
-  if (takePlaces() == 0) return;
+  if (takePlaces() == 0 || !othersMatter()) return;
   fitJointly(frames, places_, observations, [&steps] { steps.add(); });
   trusted_ = othersAgree(frames);
   if (!trusted_ && !usesOthers()) return;
@@ -74,6 +74,25 @@ bool ShotSweeps::hasOthers() const {
 bool ShotSweeps::usesOthers() const {
   return std::any_of(frames_.begin(), frames_.end(),
                      [](const FrameResult& frame) { return frame.handedOver > 0; });
+}
+
+// Whether the tracks that the base frame lacks took part in a frame, or may help one.
+bool ShotSweeps::othersMatter() const {
+  return usesOthers() ||
+         std::any_of(frames_.begin(), frames_.end(),
+                     [this](const FrameResult& frame) { return othersMayHelp(frame); });
+}
+
+bool ShotSweeps::othersMayHelp(const FrameResult& frame) const {
+  if (frame.verdict.status == Status::Base) return false;
+  const Matches known = map_.matchesIn(tracks_, frame.frame);
+  if (othersIn(base_, known) == 0) return false;
+  if (!isFirm(frame)) return true;
+  std::vector<bool> keeps;
+  for (double weight : fittedAs(frame, known).weights) keeps.push_back(weight > 0.0);
+  const Matches good = known.subset(keeps);
+  return othersHelp(good.base(), good.subset(seenIn(base_, good)).base(),
+                    cornersOf(boxAround(surface_)));
 }
 
 // Into the map, for the tracks that the base frame lacks. Returns how many of them are known.

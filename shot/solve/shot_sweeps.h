@@ -28,8 +28,9 @@ namespace cornerpin {
 /// sweeps know nothing of each other, and run at the same time where there may be two threads. With
 /// tracks to hand over to, both sweeps learn these tracks' places (`LearningMap`). The places then
 /// follow from all solved frames, whichever sweep they belong to (`startPlaces`), and are refined
-/// together with the transforms (`fitJointly`); the base frame's tracks stay where it sees them.
-/// The shot is swept once more with the places known from the start, where that is of any use.
+/// together with the transforms (`fitJointly`), unless these tracks help no frame; the base frame's
+/// tracks stay where it sees them. The shot is swept once more with the places known from the
+/// start, where that is of any use.
 class ShotSweeps {
  public:
   /// \param report  called after each frame, at the same time from both sweeps
@@ -91,6 +92,8 @@ class ShotSweeps {
   void addSolved(const Matches& file, const FrameFit& fit, FrameResult& result) const;
   bool hasOthers() const;
   bool usesOthers() const;
+  bool othersMatter() const;
+  bool othersMayHelp(const FrameResult& frame) const;
   int takePlaces();
   bool othersAgree(const std::vector<JointFrame>& joint) const;
   double moveOf(const FrameResult& frame, const Homography& h) const;

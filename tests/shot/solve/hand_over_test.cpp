@@ -72,19 +72,37 @@ TEST(BaseSuffices, NotWhereItsTracksBunchInACorner) {
   EXPECT_FALSE(baseSuffices(baseOf(all), all, grid(5, 40), squareAround(all)));
 }
 
+namespace {
+
+Points times(int n) {
+  Points points;
+  for (int i = 0; i < n; ++i) {
+    for (Point p : grid(3, 100)) points.add(p);
+  }
+  return points;
+}
+
+}  // namespace
+
 // Of tracks that are there n times the gain's square is an n-th: 1/7 <= 1/20 + 1/10 < 1/6.
 TEST(BaseSuffices, AddsTheVarianceFromTheBaseFrameToThatFromTheFrame) {
-  const auto times = [](int n) {
-    Points points;
-    for (int i = 0; i < n; ++i) {
-      for (Point p : grid(3, 100)) points.add(p);
-    }
-    return points;
-  };
   const BaseFrame base = baseOf(times(20));
   const Quad surface = squareAround(times(1));
   EXPECT_TRUE(baseSuffices(base, times(10), times(7), surface));
   EXPECT_FALSE(baseSuffices(base, times(10), times(6), surface));
+}
+
+// (1/24 + 1/24) 0.99^2 > 1/24 + 1/25, but (1/25 + 1/25) 0.99^2 < 1/25 + 1/26.
+TEST(OthersHelp, FromAHundredthOfTheErrorOn) {
+  const Quad surface = squareAround(times(1));
+  EXPECT_TRUE(othersHelp(times(25), times(24), surface));
+  EXPECT_FALSE(othersHelp(times(26), times(25), surface));
+}
+
+TEST(OthersHelp, WhereTheBaseFramesTracksFixNothing) {
+  const Points three = {{0, 0}, {100, 0}, {0, 100}};
+  EXPECT_TRUE(othersHelp(grid(3, 100), three, squareAround(times(1))));
+  EXPECT_TRUE(othersHelp(three, three, squareAround(times(1))));
 }
 
 namespace {

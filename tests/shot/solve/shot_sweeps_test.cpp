@@ -288,6 +288,39 @@ TEST(ShotSweeps, AsksOnlySolvedFramesWhetherTheOthersContradict) {
   expectBaseFramesTracksDecide(tracks);
 }
 
+// One more track among 40 does not make a frame a hundredth more certain.
+TEST(ShotSweeps, AsksNoTracksThatHelpNoFrame) {
+  Creeping shot;
+  shot.others = 1;
+  const Tracks tracks = shot.tracks();
+  expectBaseFramesTracksDecide(tracks);
+  std::size_t steps = 0;
+  solveShot(tracks, fromFrame(0), [&](Phase phase, std::size_t done, std::size_t) {
+    if (phase == Phase::HandingOver) steps += done;
+  });
+  EXPECT_EQ(steps, 0u);
+}
+
+// Behind frame 60 there are four of the base frame's tracks, on a line, and three in the middle of
+// the surface that three solved frames have shown: too few to learn them, and no help to those.
+TEST(ShotSweeps, AsksOthersWhereTheBaseFramesTracksDoNotSolveAFrame) {
+  Creeping shot;
+  shot.others = 0;
+  Tracks tracks = shot.tracks();
+  for (int f = 57; f < 80; ++f) {
+    for (int t = 0; f >= 60 && t < 40; t += 11) {
+      see(tracks, t, f, map(motion(f), {50.0, 60.0 + 35 * (t * 5 % 13)}));
+    }
+    for (int t = 40; t < 43; ++t) {
+      see(tracks, t, f, map(motion(f), {180.0 + 70 * (t - 40), 270.0 + 30 * (t % 2)}));
+    }
+  }
+  std::stable_sort(tracks.observations.begin(), tracks.observations.end(),
+                   [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
+  const ShotResult result = solveShot(tracks, fromFrame(0));
+  for (std::size_t f = 60; f < 80; ++f) EXPECT_EQ(result.frames[f].handedOver, 3) << f;
+}
+
 TEST(ShotSweeps, GoesByOthersThatContradictWhereNoneElseAreLeft) {
   Creeping shot;
   shot.speed = 0.06;
