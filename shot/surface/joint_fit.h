@@ -16,9 +16,9 @@ constexpr int kMostJointSteps = 10;
 /// at seven noises (`noiseOf`).
 ///
 /// Gauss-Newton on the reweighted squares with exact derivatives. It ends, with the best seen, when
-/// the next step would move no place by more than a thousandth of the noise in any frame that shows
-/// it, after `kMostJointSteps`, or when neither a step nor a half, a quarter or an eighth of it
-/// lowers the cost.
+/// further steps would lower the cost by less than a millionth at the rate of the last two, after
+/// `kMostJointSteps`, or when neither a step nor a half, a quarter or an eighth of it lowers the
+/// cost.
 ///
 /// A free frame whose tracks do not fix its transform stays as it is and does not count. Of more
 /// tracks than `kEnoughSeen` in a frame some are left out (`livesOf`); their places follow as the
