@@ -6,6 +6,7 @@
 
 #include "shot/fit/loss.h"
 #include "shot/fit/residuals.h"
+#include "shot/surface/front_products.h"
 
 namespace cornerpin {
 
@@ -20,6 +21,7 @@ constexpr double kLeastPivot = 1e-12;
 // The sightings of tracks that take part, in front of the horizon, with their places as the base.
 Matches counted(const Matches& matches, const JointShot& shot, const Homography& h) {
   Matches result;
+  result.reserve(matches.size());
   for (std::size_t i = 0; i < matches.size(); ++i) {
     Match match = matches[i];
     const auto track = static_cast<std::size_t>(match.track);
@@ -30,12 +32,11 @@ Matches counted(const Matches& matches, const JointShot& shot, const Homography&
   return result;
 }
 
-Slopes operator*(double factor, Slopes slopes) {
-  for (std::size_t i = 0; i < kSize; ++i) {
-    slopes.x[i] *= factor;
-    slopes.y[i] *= factor;
-  }
-  return slopes;
+// `multiplied` takes matrices by columns.
+SquareMatrix<8> transposed(const SquareMatrix<8>& a) {
+  SquareMatrix<8> result;
+  for (std::size_t i = 0; i < kSize * kSize; ++i) result[i % kSize * kSize + i / kSize] = a[i];
+  return result;
 }
 
 }  // namespace
@@ -46,84 +47,106 @@ bool FrameEquations::linearise(const JointShot& shot, std::size_t frame) {
   free_ = shot.frames[frame].part == JointFrame::Part::Free;
   h_ = shot.frames[frame].h;
   width_ = 2 * shot.lives.extents[frame];
-  sightings_.clear();
-  l_ = {};
+  stride_ = paddedWidth(width_);
   const Matches matches = counted(shot.observations(frame), shot, h_);
-  if (free_) {
-    if (matches.empty()) return false;
-    from_ = Similarity::fitting(matches.base());
-    to_ = Similarity::fitting(matches.present());
-    normalised_ = normalised(h_, from_, to_);
-    y_.assign(kSize * width_, 0.0);
-  }
-  SquareMatrix<8> a{};
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    const auto track = static_cast<std::size_t>(matches.tracks()[i]);
-    add(matches[i], static_cast<std::size_t>(shot.lives.slots[track]), a);
-  }
+  if (free_ && matches.empty()) return false;
+  from_ = free_ ? Similarity::fitting(matches.base()) : Similarity{};
+  to_ = free_ ? Similarity::fitting(matches.present()) : Similarity{};
+  normalised_ = normalised(h_, from_, to_);
+  const TrackSlopes slopes =
+      trackSlopes(matches.base(), from_, normalised_, matches.squaredWeights());
+  weigh(matches, slopes, shot.lives.slots);
   if (!free_) return true;
-  if (!factorise(a)) return false;
+  if (!factorise(information(slopes))) return false;
+  take(slopes);
   eliminate();
   return true;
 }
 
-void FrameEquations::add(const Match& match, std::size_t slot, SquareMatrix<8>& a) {
-  const Point r = residual(match, h_);
-  const Derivative d = derivative(h_, match.base);
-  const double w = match.weight * match.weight * jointLoss(r, noise_).weight / (noise_ * noise_);
-  const auto [Xx, Xy, Yx, Yy] = d;
-  sightings_.push_back({slot,
-                        {w * (Xx * Xx + Yx * Yx), w * (Xx * Xy + Yx * Yy), w * (Xy * Xy + Yy * Yy)},
-                        {w * (Xx * r.x + Yx * r.y), w * (Xy * r.x + Yy * r.y)},
-                        d});
-  if (!free_) return;
-  const Slopes s = (1.0 / to_.scale) * slopesOf(normalised_, from_.apply(match.base));
-  for (std::size_t i = 0; i < kSize; ++i) {
-    const double x = w * s.x[i];
-    const double y = w * s.y[i];
-    for (std::size_t j = 0; j <= i; ++j) a[i * kSize + j] += x * s.x[j] + y * s.y[j];
-    l_[i] += x * r.x + y * r.y;
-    double* row = y_.data() + i * width_ + 2 * slot;
-    row[0] += x * Xx + y * Yx;
-    row[1] += x * Xy + y * Yy;
+// What the sightings say of the places alone.
+void FrameEquations::weigh(const Matches& matches, const TrackSlopes& slopes,
+                           const std::vector<int>& slots) {
+  sightings_.clear();
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    const double X = slopes[3][i], Y = slopes[4][i];
+    const Point image = {X / to_.scale + to_.centre.x, Y / to_.scale + to_.centre.y};
+    const Point present = matches.present()[i];
+    const Point r = {present.x - image.x, present.y - image.y};
+    const double w = matches.squaredWeights()[i] * jointLoss(r, noise_).weight / (noise_ * noise_);
+    const Homography& h = normalised_;
+    const double scale = slopes[2][i] * from_.scale / to_.scale;
+    const Derivative d = {scale * (h[0][0] - X * h[2][0]), scale * (h[0][1] - X * h[2][1]),
+                          scale * (h[1][0] - Y * h[2][0]), scale * (h[1][1] - Y * h[2][1])};
+    const Derivative wd = {w * d.Xx, w * d.Xy, w * d.Yx, w * d.Yy};
+    sightings_.push_back(
+        {static_cast<std::size_t>(slots[static_cast<std::size_t>(matches.tracks()[i])]),
+         {wd.Xx * d.Xx + wd.Yx * d.Yx, wd.Xx * d.Xy + wd.Yx * d.Yy, wd.Xy * d.Xy + wd.Yy * d.Yy},
+         {wd.Xx * r.x + wd.Yx * r.y, wd.Xy * r.x + wd.Yy * r.y},
+         w,
+         r,
+         wd});
   }
 }
 
+// A, in the units that the parameters are in.
+SquareMatrix<8> FrameEquations::information(const TrackSlopes& slopes) const {
+  Symmetric2s weights(sightings_.size());
+  for (std::size_t i = 0; i < sightings_.size(); ++i) {
+    weights[0][i] = weights[2][i] = sightings_[i].w / (to_.scale * to_.scale);
+  }
+  return sumOfProducts(slopes, weights);
+}
+
+// B and g. Slopes times (x, y) are x m, y m and, for the last row, -(X x + Y y) (m0, m1).
+void FrameEquations::take(const TrackSlopes& slopes) {
+  b_.assign(kSize * stride_, 0.0);
+  g_ = {};
+  for (std::size_t i = 0; i < sightings_.size(); ++i) {
+    const Sighting& s = sightings_[i];
+    const double m[3] = {slopes[0][i] / to_.scale, slopes[1][i] / to_.scale,
+                         slopes[2][i] / to_.scale};
+    const auto timesSlopes = [&](double x, double y, double* out, std::size_t stride) {
+      const double z = -(slopes[3][i] * x + slopes[4][i] * y);
+      for (std::size_t k = 0; k < 3; ++k) {
+        out[k * stride] += x * m[k];
+        out[(3 + k) * stride] += y * m[k];
+      }
+      for (std::size_t k = 0; k < 2; ++k) out[(6 + k) * stride] += z * m[k];
+    };
+    timesSlopes(s.wd.Xx, s.wd.Yx, b_.data() + 2 * s.slot, stride_);
+    timesSlopes(s.wd.Xy, s.wd.Yy, b_.data() + 2 * s.slot + 1, stride_);
+    timesSlopes(s.w * s.r.x, s.w * s.r.y, g_.data(), 1);
+  }
+}
+
+// Finds inv(L), row by row: that of L x = (0 .. 1 .. 0) from the row of the 1 on.
 bool FrameEquations::factorise(const SquareMatrix<8>& a) {
+  SquareMatrix<8> factor{};
   for (std::size_t i = 0; i < kSize; ++i) {
     for (std::size_t j = 0; j <= i; ++j) {
       double sum = a[i * kSize + j];
-      for (std::size_t k = 0; k < j; ++k) sum -= factor_[i * kSize + k] * factor_[j * kSize + k];
+      for (std::size_t k = 0; k < j; ++k) sum -= factor[i * kSize + k] * factor[j * kSize + k];
       if (i == j && !(sum > kLeastPivot * a[i * kSize + i])) return false;
-      factor_[i * kSize + j] = i == j ? std::sqrt(sum) : sum / factor_[j * kSize + j];
+      factor[i * kSize + j] = i == j ? std::sqrt(sum) : sum / factor[j * kSize + j];
+    }
+  }
+  inverse_ = {};
+  for (std::size_t j = 0; j < kSize; ++j) {
+    for (std::size_t i = j; i < kSize; ++i) {
+      double sum = i == j ? 1.0 : 0.0;
+      for (std::size_t k = j; k < i; ++k) sum -= factor[i * kSize + k] * inverse_[k * kSize + j];
+      inverse_[i * kSize + j] = sum / factor[i * kSize + i];
     }
   }
   return true;
 }
 
-// Y = inv(L) B and l = inv(L) g, row by row.
+// Y = inv(L) B and l = inv(L) g.
 void FrameEquations::eliminate() {
-  for (std::size_t i = 0; i < kSize; ++i) {
-    double* row = y_.data() + i * width_;
-    for (std::size_t k = 0; k < i; ++k) {
-      const double factor = factor_[i * kSize + k];
-      const double* above = y_.data() + k * width_;
-      for (std::size_t j = 0; j < width_; ++j) row[j] -= factor * above[j];
-      l_[i] -= factor * l_[k];
-    }
-    const double pivot = factor_[i * kSize + i];
-    for (std::size_t j = 0; j < width_; ++j) row[j] /= pivot;
-    l_[i] /= pivot;
-  }
-}
-
-// inv(L') v.
-Parameters FrameEquations::solveUpper(Parameters v) const {
-  for (std::size_t i = kSize; i-- > 0;) {
-    for (std::size_t k = i + 1; k < kSize; ++k) v[i] -= factor_[k * kSize + i] * v[k];
-    v[i] /= factor_[i * kSize + i];
-  }
-  return v;
+  y_.resize(b_.size());
+  fastestFrontProducts().multiply(inverse_.data(), kSize, kSize, b_.data(), stride_, kSize, stride_,
+                                  y_.data());
+  l_ = multiplied(transposed(inverse_), g_);
 }
 
 // The step of the parameters is inv(L') (l - Y times the steps of the places).
@@ -133,83 +156,39 @@ Homography FrameEquations::stepped(const FrontVector& placeSteps) const {
   for (std::size_t i = 0; i < kSize; ++i) {
     for (std::size_t j = 0; j < width_; ++j) v[i] -= y(i)[j] * placeSteps[j];
   }
-  const Parameters step = solveUpper(v);
+  const Parameters step = multiplied(inverse_, v);
   Homography h = normalised_;
   for (std::size_t i = 0; i < kSize; ++i) h[i / 3][i % 3] += step[i];
   h = denormalised(h, from_, to_);
   return isFinite(h) ? h : h_;
 }
 
-double FrameEquations::largestMove(const FrontVector& placeSteps) const {
-  double largest = 0.0;
-  for (const Sighting& s : sightings_) {
-    const Point step = {placeSteps[2 * s.slot], placeSteps[2 * s.slot + 1]};
-    const Point move = {s.d.Xx * step.x + s.d.Xy * step.y, s.d.Yx * step.x + s.d.Yy * step.y};
-    largest = std::max(largest, squaredDistance(move, {}));
-  }
-  return std::sqrt(largest) / noise_;
-}
-
-// inv(A) v.
-Parameters FrameEquations::solve(Parameters v) const {
-  for (std::size_t i = 0; i < kSize; ++i) {
-    for (std::size_t k = 0; k < i; ++k) v[i] -= factor_[i * kSize + k] * v[k];
-    v[i] /= factor_[i * kSize + i];
-  }
-  return solveUpper(v);
-}
-
-// K = inv(A) B = inv(L') Y, row by row from the last: how the parameters move with the places.
-std::vector<double> FrameEquations::response() const {
-  std::vector<double> k(y_);
-  for (std::size_t i = kSize; i-- > 0;) {
-    double* row = k.data() + i * width_;
-    for (std::size_t m = i + 1; m < kSize; ++m) {
-      const double factor = factor_[m * kSize + i];
-      const double* below = k.data() + m * width_;
-      for (std::size_t j = 0; j < width_; ++j) row[j] -= factor * below[j];
-    }
-    for (std::size_t j = 0; j < width_; ++j) row[j] /= factor_[i * kSize + i];
-  }
-  return k;
-}
-
-// With P the covariance of the places, that of the parameters is inv(A) + K P K': what their own
-// observations leave open, and what the places bring along.
+// With P the covariance of the places, that of the parameters is inv(A) + K P K', K = inv(A) B =
+// inv(L') Y: what their own observations leave open, and what the places bring along.
 void FrameEquations::setCovariance(const FrontVector& ofPlaces, std::size_t stride) {
   covariance_ = {};
   if (!free_) return;
-  const std::vector<double> k = response();
-  std::vector<double> product;  // a row of K P
+  const FrontProducts& products = fastestFrontProducts();
+  const SquareMatrix<8> upper = transposed(inverse_);
+  std::vector<double> k(y_.size()), columns(y_.size()), product(y_.size());
+  products.multiply(upper.data(), kSize, kSize, y_.data(), stride_, kSize, stride_, k.data());
   for (std::size_t i = 0; i < kSize; ++i) {
-    product.assign(width_, 0.0);
-    for (std::size_t m = 0; m < width_; ++m) {
-      const double factor = k[i * width_ + m];
-      const double* row = ofPlaces.data() + m * stride;
-      for (std::size_t j = 0; j < width_; ++j) product[j] += factor * row[j];
-    }
-    Parameters unit{};
-    unit[i] = 1.0;
-    covariance_[i] = solve(unit);
-    for (std::size_t j = 0; j < kSize; ++j) {
-      for (std::size_t m = 0; m < width_; ++m) {
-        covariance_[i][j] += product[m] * k[j * width_ + m];
-      }
-    }
+    for (std::size_t m = 0; m < width_; ++m) columns[m * kSize + i] = k[i * stride_ + m];
   }
+  products.multiply(k.data(), stride_, kSize, ofPlaces.data(), stride, width_, stride_,
+                    product.data());
+  SquareMatrix<8> brought;
+  products.multiply(product.data(), stride_, kSize, columns.data(), kSize, width_, kSize,
+                    brought.data());
+  covariance_ = multiplied(inverse_, upper);
+  for (std::size_t i = 0; i < kSize * kSize; ++i) covariance_[i] += brought[i];
 }
 
 Symmetric2 FrameEquations::covarianceAt(Point surface) const {
   if (!(denominator(h_, surface) > kHorizon)) return Place{}.covariance;
   if (!free_) return {};
-  const Slopes s = (1.0 / to_.scale) * slopesOf(normalised_, from_.apply(surface));
-  Parameters x{};
-  Parameters y{};
-  for (std::size_t i = 0; i < kSize; ++i) {
-    x[i] = dot(covariance_[i], s.x);
-    y[i] = dot(covariance_[i], s.y);
-  }
-  return {dot(s.x, x), dot(s.y, x), dot(s.y, y)};
+  const Slopes s = slopesOf(normalised_, from_.apply(surface));
+  return times(1.0 / (to_.scale * to_.scale), covarianceOf(s, covariance_));
 }
 
 }  // namespace cornerpin

@@ -35,7 +35,9 @@ class FrameEquations {
     std::size_t slot;
     Symmetric2 c;
     Point gradient;
-    Derivative d;
+    double w;
+    Point r;
+    Derivative wd;  ///< w D
   };
 
   /// False when the frame does not take part, or its tracks do not fix its transform: fewer than
@@ -44,28 +46,27 @@ class FrameEquations {
 
   bool isFree() const { return free_; }
   const std::vector<Sighting>& sightings() const { return sightings_; }
-  std::size_t width() const { return width_; }  ///< columns of Y: two for each slot
-  const double* y(std::size_t row) const { return y_.data() + row * width_; }
+  std::size_t width() const { return width_; }    ///< columns of Y: two for each slot
+  std::size_t stride() const { return stride_; }  ///< from row to row: the columns, filled up
+  const double* y(std::size_t row) const { return y_.data() + row * stride_; }
   const Parameters& l() const { return l_; }
 
   /// The transform after the step that follows from those of the places.
   Homography stepped(const FrontVector& placeSteps) const;
-  /// How far the largest of these steps carries an image, in noises.
-  double largestMove(const FrontVector& placeSteps) const;
 
-  /// Takes the covariance of the places in the front, `width` x `width` within rows of `stride`.
+  /// Takes the covariance of the places in the front, `width` x `width` within rows of `stride`,
+  /// which are filled up too.
   void setCovariance(const FrontVector& ofPlaces, std::size_t stride);
   /// That of the image of a point that is exact on the surface, once that of the places is set; not
   /// a number on and behind the horizon.
   Symmetric2 covarianceAt(Point surface) const;
 
  private:
-  void add(const Match& match, std::size_t slot, SquareMatrix<8>& a);
+  void weigh(const Matches& matches, const TrackSlopes& slopes, const std::vector<int>& slots);
+  SquareMatrix<8> information(const TrackSlopes& slopes) const;
+  void take(const TrackSlopes& slopes);
   bool factorise(const SquareMatrix<8>& a);
   void eliminate();
-  Parameters solveUpper(Parameters v) const;
-  Parameters solve(Parameters v) const;
-  std::vector<double> response() const;
 
   bool free_ = false;
   double noise_ = 0.0;
@@ -74,11 +75,14 @@ class FrameEquations {
   Similarity to_;
   Homography normalised_ = kIdentity;
   std::size_t width_ = 0;
+  std::size_t stride_ = 0;
   std::vector<Sighting> sightings_;
-  SquareMatrix<8> factor_{};                // L, by rows
-  std::vector<double> y_;                   // B, then Y, by rows
-  Parameters l_{};                          // g, then l
-  std::array<Parameters, 8> covariance_{};  // of the parameters
+  std::vector<double> b_;  // by rows, as is Y
+  Parameters g_{};
+  SquareMatrix<8> inverse_{};  // of L
+  std::vector<double> y_;
+  Parameters l_{};
+  SquareMatrix<8> covariance_{};  // of the parameters
 };
 
 }  // namespace cornerpin

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/surface/front.h"
 
+#include <algorithm>
+
 namespace cornerpin {
 
 namespace {
@@ -15,14 +17,15 @@ constexpr double kDamping = 1e-11;
 Point EliminatedTrack::step(const FrontVector& placeSteps) const {
   Point step = {inverse.xx * gradient.x + inverse.xy * gradient.y,
                 inverse.xy * gradient.x + inverse.yy * gradient.y};
-  for (std::size_t i = 0; i < x.size(); ++i) {
-    step.x -= x[i] * placeSteps[i];
-    step.y -= y[i] * placeSteps[i];
+  const std::size_t width = std::min(stride(), placeSteps.size());
+  for (std::size_t i = 0; i < width; ++i) {
+    step.x -= x()[i] * placeSteps[i];
+    step.y -= y()[i] * placeSteps[i];
   }
   return step;
 }
 
-Front::Front(std::size_t slots) : lower_(slots * (2 * slots + 1)), gradient_(2 * slots) {}
+Front::Front(std::size_t slots) : lower_(triangleRow(2 * slots)), gradient_(2 * slots) {}
 
 void Front::add(const FrameEquations& equations) {
   for (const FrameEquations::Sighting& s : equations.sightings()) {
@@ -34,26 +37,19 @@ void Front::add(const FrameEquations& equations) {
     gradient_[i + 1] += s.gradient.y;
   }
   if (!equations.isFree()) return;
-  const double *y0 = equations.y(0), *y1 = equations.y(1), *y2 = equations.y(2),
-               *y3 = equations.y(3), *y4 = equations.y(4), *y5 = equations.y(5),
-               *y6 = equations.y(6), *y7 = equations.y(7);
+  const double* y = equations.y(0);
+  const std::size_t stride = equations.stride(), width = equations.width();
+  fastestFrontProducts().subtractEight(y, y, stride, width, lower_.data());
   const Parameters& l = equations.l();
-  for (std::size_t i = 0; i < equations.width(); ++i) {
-    double* __restrict to = row(i);
-    const double a0 = y0[i], a1 = y1[i], a2 = y2[i], a3 = y3[i];
-    const double a4 = y4[i], a5 = y5[i], a6 = y6[i], a7 = y7[i];
-    for (std::size_t j = 0; j <= i; ++j) {
-      to[j] -= a0 * y0[j] + a1 * y1[j] + a2 * y2[j] + a3 * y3[j] + a4 * y4[j] + a5 * y5[j] +
-               a6 * y6[j] + a7 * y7[j];
-    }
-    gradient_[i] -= a0 * l[0] + a1 * l[1] + a2 * l[2] + a3 * l[3] + a4 * l[4] + a5 * l[5] +
-                    a6 * l[6] + a7 * l[7];
+  for (std::size_t i = 0; i < width; ++i) {
+    double sum = y[i] * l[0];
+    for (std::size_t k = 1; k < 8; ++k) sum += y[k * stride + i] * l[k];
+    gradient_[i] -= sum;
   }
 }
 
 // Row i of the whole matrix, which is left 0, as is the column.
-void Front::take(std::size_t i, std::size_t width, std::vector<double>& into) {
-  into.resize(width);
+void Front::take(std::size_t i, std::size_t width, double* into) {
   for (std::size_t j = 0; j < width; ++j) {
     double& element = j <= i ? row(i)[j] : row(j)[i];
     into[j] = element;
@@ -65,30 +61,27 @@ EliminatedTrack Front::eliminate(std::size_t track, std::size_t slot, std::size_
   EliminatedTrack result;
   result.track = track;
   result.slot = slot;
-  const std::size_t i = 2 * slot, width = 2 * extent;
+  const std::size_t i = 2 * slot, width = 2 * extent, stride = paddedWidth(width);
   result.gradient = {gradient_[i], gradient_[i + 1]};
   gradient_[i] = gradient_[i + 1] = 0.0;
-  std::vector<double> u, v;  // the track's two rows
+  result.rows.assign(2 * stride, 0.0);
+  taken_.assign(2 * stride, 0.0);
+  double *u = taken_.data(), *v = u + stride;  // the track's two rows
   take(i, width, u);
   take(i + 1, width, v);
   const double xx = u[i], xy = u[i + 1], yy = v[i + 1];
   u[i] = u[i + 1] = v[i] = v[i + 1] = 0.0;
-  result.x.assign(width, 0.0);
-  result.y.assign(width, 0.0);
   const double determinant = xx * yy - xy * xy;
   if (!(xx > 0.0 && determinant > 0.0)) return result;
   result.inverse = {yy / determinant, -xy / determinant, xx / determinant};
   const auto [ixx, ixy, iyy] = result.inverse;
+  double *x = result.rows.data(), *y = x + stride;
   for (std::size_t j = 0; j < width; ++j) {
-    result.x[j] = ixx * u[j] + ixy * v[j];
-    result.y[j] = ixy * u[j] + iyy * v[j];
+    x[j] = ixx * u[j] + ixy * v[j];
+    y[j] = ixy * u[j] + iyy * v[j];
+    gradient_[j] -= x[j] * result.gradient.x + y[j] * result.gradient.y;
   }
-  for (std::size_t k = 0; k < width; ++k) {
-    double* __restrict to = row(k);
-    const double a = u[k], b = v[k];
-    for (std::size_t j = 0; j <= k; ++j) to[j] -= a * result.x[j] + b * result.y[j];
-    gradient_[k] -= result.x[k] * result.gradient.x + result.y[k] * result.gradient.y;
-  }
+  fastestFrontProducts().subtractTwo(u, x, stride, width, lower_.data());
   return result;
 }
 

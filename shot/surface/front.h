@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "shot/surface/frame_equations.h"
+#include "shot/surface/front_products.h"
 
 namespace cornerpin {
 
@@ -16,8 +17,11 @@ struct EliminatedTrack {
   std::size_t slot = 0;
   Symmetric2 inverse;  ///< of the pivot; 0 where nothing says where the track is
   Point gradient;
-  std::vector<double> x;  ///< two numbers for each slot, 0 for its own
-  std::vector<double> y;
+  std::vector<double> rows;  ///< x and y: two numbers for each slot, 0 for its own, filled up
+
+  std::size_t stride() const { return rows.size() / 2; }
+  const double* x() const { return rows.data(); }
+  const double* y() const { return rows.data() + stride(); }
 
   Point step(const FrontVector& placeSteps) const;
 };
@@ -35,10 +39,11 @@ class Front {
   EliminatedTrack eliminate(std::size_t track, std::size_t slot, std::size_t extent);
 
  private:
-  double* row(std::size_t i) { return lower_.data() + i * (i + 1) / 2; }
-  void take(std::size_t i, std::size_t width, std::vector<double>& into);
+  double* row(std::size_t i) { return lower_.data() + triangleRow(i); }
+  void take(std::size_t i, std::size_t width, double* into);
 
-  std::vector<double> lower_;  // row by row, up to the diagonal
+  std::vector<double> lower_;  // row by row, up to the diagonal, and filled up
+  std::vector<double> taken_;  // the two rows of a track, while it is eliminated
   FrontVector gradient_;
 };
 

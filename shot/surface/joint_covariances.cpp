@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "shot/fit/residuals.h"
+#include "shot/surface/front_products.h"
 #include "shot/surface/joint_elimination.h"
 #include "shot/surface/joint_shot.h"
 #include "shot/surface/start_places.h"
@@ -59,8 +60,9 @@ class Covariances : public WayBack {
         points_(points),
         places_(places),
         report_(report),
-        slots_(slotsOf(shot)),
-        covariance_(4 * slots_ * slots_) {
+        stride_(paddedWidth(2 * slotsOf(shot))),
+        covariance_(stride_ * stride_),
+        product_(2 * stride_) {
     for (Place& place : places) place.covariance = Place{}.covariance;
     for (std::size_t t = 0; t < places.size() && others_.empty(); ++t) {
       const bool out = shot.lives.slots[t] == TrackLives::kNoSlot;
@@ -73,15 +75,17 @@ class Covariances : public WayBack {
   // With G what the track's step takes from the others' and P their covariance, its own is
   // inverse + G P G', and that with them -G P.
   void restore(const EliminatedTrack& track) override {
-    std::vector<double> gx = times(track.x), gy = times(track.y);
+    fastestFrontProducts().multiply(track.x(), track.stride(), 2, covariance_.data(), stride_,
+                                    track.stride(), stride_, product_.data());
+    const double *gx = product_.data(), *gy = gx + stride_;
     Symmetric2 own = track.inverse;
-    for (std::size_t i = 0; i < track.x.size(); ++i) {
-      own.xx += track.x[i] * gx[i];
-      own.xy += track.x[i] * gy[i];
-      own.yy += track.y[i] * gy[i];
+    for (std::size_t i = 0; i < track.stride(); ++i) {
+      own.xx += track.x()[i] * gx[i];
+      own.xy += track.x()[i] * gy[i];
+      own.yy += track.y()[i] * gy[i];
     }
     const std::size_t i = 2 * track.slot;
-    for (std::size_t j = 0; j < 2 * slots_; ++j) {
+    for (std::size_t j = 0; j < stride_; ++j) {
       at(i, j) = at(j, i) = -gx[j];
       at(i + 1, j) = at(j, i + 1) = -gy[j];
     }
@@ -92,7 +96,7 @@ class Covariances : public WayBack {
   }
 
   void visit(std::size_t frame, FrameEquations& equations) override {
-    equations.setCovariance(covariance_, 2 * slots_);
+    equations.setCovariance(covariance_, stride_);
     for (std::size_t i = 0; i < points_.size(); ++i) {
       images[frame][i] = equations.covarianceAt(points_[i]);
     }
@@ -109,17 +113,7 @@ class Covariances : public WayBack {
     return slots;
   }
 
-  double& at(std::size_t i, std::size_t j) { return covariance_[i * 2 * slots_ + j]; }
-
-  // P v, P being symmetric.
-  std::vector<double> times(const std::vector<double>& v) const {
-    std::vector<double> product(2 * slots_, 0.0);
-    for (std::size_t i = 0; i < v.size(); ++i) {
-      const double* row = covariance_.data() + i * 2 * slots_;
-      for (std::size_t j = 0; j < product.size(); ++j) product[j] += v[i] * row[j];
-    }
-    return product;
-  }
+  double& at(std::size_t i, std::size_t j) { return covariance_[i * stride_ + j]; }
 
   // A track that is left out.
   struct Other {
@@ -169,9 +163,10 @@ class Covariances : public WayBack {
   const Points& points_;
   std::vector<Place>& places_;
   const std::function<void()>& report_;
-  std::size_t slots_;
-  FrontVector covariance_;     // of the places alive
-  std::vector<Other> others_;  // by track; empty if nobody is left out
+  std::size_t stride_;
+  FrontVector covariance_;       // of the places alive
+  std::vector<double> product_;  // of a track's two rows with that
+  std::vector<Other> others_;    // by track; empty if nobody is left out
 };
 
 }  // namespace

@@ -9,13 +9,15 @@ namespace cornerpin {
 
 namespace {
 
+std::size_t slotsOf(const JointShot& shot) {
+  std::size_t slots = 0;
+  for (std::size_t extent : shot.lives.extents) slots = std::max(slots, extent);
+  return slots;
+}
+
 class Elimination {
  public:
-  explicit Elimination(const JointShot& shot)
-      : shot_(shot),
-        front_(shot.lives.extents.empty()
-                   ? 0
-                   : *std::max_element(shot.lives.extents.begin(), shot.lives.extents.end())) {}
+  explicit Elimination(const JointShot& shot) : shot_(shot), front_(slotsOf(shot)) {}
 
   // Goes through the frames first .. last - 1, and keeps the tracks for each of them on demand.
   void forward(std::size_t first, std::size_t last, bool keep) {
@@ -54,16 +56,20 @@ class Elimination {
 
 // With n tracks alive, a state has 2 n^2 numbers and a track 4 n; n / life tracks end in a frame.
 // Blocks of b frames so take F / b 2 n^2 + b 4 n^2 / life, least at b^2 = F life / 2.
-std::size_t blockLength(const JointShot& shot) {
+std::size_t blockLength(const JointShot& shot, std::size_t mostKept) {
+  const auto& slots = shot.lives.slots;
+  const auto tracks = slots.size() - static_cast<std::size_t>(std::count(slots.begin(), slots.end(),
+                                                                         TrackLives::kNoSlot));
+  if (tracks * 4 * slotsOf(shot) <= mostKept) return shot.frames.size();
   const double frames = static_cast<double>(shot.frames.size());
   return static_cast<std::size_t>(std::sqrt(frames * shot.lives.meanLength / 2.0)) + 1;
 }
 
 }  // namespace
 
-void eliminateAndReturn(const JointShot& shot, WayBack& wayBack) {
+void eliminateAndReturn(const JointShot& shot, WayBack& wayBack, std::size_t mostKept) {
   const std::size_t frames = shot.frames.size();
-  const std::size_t block = blockLength(shot);
+  const std::size_t block = blockLength(shot, mostKept);
   Elimination elimination(shot);
   std::vector<Front> starts;
   std::size_t first = 0;

@@ -9,6 +9,9 @@
 
 namespace cornerpin {
 
+/// 4 MB of them.
+constexpr std::size_t kMostNumbersKept = 1 << 19;
+
 /// What the way back through a shot is for.
 class WayBack {
  public:
@@ -24,9 +27,11 @@ class WayBack {
 /// Each frame's parameters are eliminated at once and each track after its last sighting, so that
 /// the front never has more than the tracks that are alive: work goes with the frames and the
 /// square of these. On the way back everything is needed in the opposite order, which would be
-/// four numbers for each pair of tracks that meet. Kept are only states of the front, one for every
-/// block of frames, and the way through the block is gone once more.
-void eliminateAndReturn(const JointShot& shot, WayBack& wayBack);
+/// four numbers for each pair of tracks that meet. Where these are more than `mostKept`, only
+/// states of the front are kept, one for every block of frames, and the way through the block is
+/// gone once more.
+void eliminateAndReturn(const JointShot& shot, WayBack& wayBack,
+                        std::size_t mostKept = kMostNumbersKept);
 
 }  // namespace cornerpin
 

@@ -136,23 +136,6 @@ TEST(FrameEquations, StepAlongWithThePlaces) {
   EXPECT_GT(std::fabs(map(moved, p).x - there.x), 5e-5);
 }
 
-// A move by 0.3 and 0.4 in the picture, in noises of 0.5.
-TEST(FrameEquations, MeasureMovesInThePictureByTheNoise) {
-  OneFrame frame;
-  frame.frames[0].h = {{{2, 0, 5}, {0, 2, 7}, {0, 0, 1}}};
-  for (Match& m : frame.matches) m.present = {0, 0};
-  FrameEquations equations;
-  JointShot shot = frame.shot();
-  shot.noise[0] = 0.5;
-  frame.frames[0].part = JointFrame::Part::Fixed;
-  ASSERT_TRUE(equations.linearise(shot, 0));
-  FrontVector steps(14, 0.0);
-  steps[4] = 0.15;
-  steps[5] = -0.2;
-  steps[0] = 0.1;
-  EXPECT_NEAR(equations.largestMove(steps), 1.0, 1e-12);
-}
-
 TEST(FrameEquations, OfAFixedFrameHaveThePlacesAlone) {
   OneFrame frame;
   frame.frames[0].h = kIdentity;

@@ -109,7 +109,7 @@ TEST(Front, LeavesAnEmptySlotBehind) {
   const EliminatedTrack again = front.eliminate(7, 3, 6);
   EXPECT_EQ(again.inverse.trace(), 0.0);
   EXPECT_EQ(again.gradient.x, 0.0);
-  for (std::size_t i = 0; i < 12; ++i) EXPECT_EQ(again.x[i], 0.0) << i;
+  for (std::size_t i = 0; i < 12; ++i) EXPECT_EQ(again.x()[i], 0.0) << i;
 }
 
 TEST(Front, StepsNowhereWithATrackThatNothingIsKnownOf) {
@@ -128,5 +128,5 @@ TEST(Front, GoesOnFromACopyAsFromItself) {
   Front copy = front;
   front.eliminate(0, 0, 6);
   copy.eliminate(0, 0, 6);
-  EXPECT_EQ(front.eliminate(4, 4, 6).x, copy.eliminate(4, 4, 6).x);
+  EXPECT_EQ(front.eliminate(4, 4, 6).rows, copy.eliminate(4, 4, 6).rows);
 }

@@ -73,11 +73,13 @@ TEST(EliminateAndReturn, BringsBackEachTrackBeforeItsLastFrame) {
   for (std::size_t frames : {1u, 3u, 30u, 200u}) {
     const Made made(longPlan(frames));
     const JointShot shot = made.joint();
-    Record record(shot);
-    eliminateAndReturn(shot, record);
-    ASSERT_EQ(record.frames.size(), frames);
-    for (std::size_t i = 0; i < frames; ++i) EXPECT_EQ(record.frames[i], frames - 1 - i);
-    EXPECT_EQ(record.alive.size(), made.places.size());
+    for (std::size_t mostKept : {std::size_t{0}, kMostNumbersKept}) {
+      Record record(shot);
+      eliminateAndReturn(shot, record, mostKept);
+      ASSERT_EQ(record.frames.size(), frames);
+      for (std::size_t i = 0; i < frames; ++i) EXPECT_EQ(record.frames[i], frames - 1 - i);
+      EXPECT_EQ(record.alive.size(), made.places.size());
+    }
   }
 }
 
@@ -91,7 +93,7 @@ TEST(EliminateAndReturn, LeavesOutFramesThatTakeNoPart) {
   EXPECT_EQ(record.frames[17], 11u);
 }
 
-// One step, of 60 frames in blocks of 16.
+// One step, of 60 frames in blocks of 16 or in one.
 TEST(EliminateAndReturn, SolvesTheEquationsOfTheWholeShot) {
   relay::Plan plan = longPlan(60);
   plan.life = 8;
@@ -99,7 +101,10 @@ TEST(EliminateAndReturn, SolvesTheEquationsOfTheWholeShot) {
   const Made made(plan);
   const JointShot shot = made.joint();
   Steps steps(made.places.size());
-  eliminateAndReturn(shot, steps);
+  eliminateAndReturn(shot, steps, 0);
+  Steps atOnce(made.places.size());
+  eliminateAndReturn(shot, atOnce);
+  EXPECT_EQ(atOnce.front, steps.front);
   const relay::DenseJointFit dense(made.shot, made.shot.frames, made.places, shot.noise);
   const Eigen::VectorXd expected = dense.normal().second;
   for (std::size_t t = 0; t < made.places.size(); ++t) {
