@@ -201,8 +201,9 @@ struct Pair {
 class Comparison {
  public:
   // \param ofChains  that part; 1: there are no chains, pairs of frames alone count
+  // \param measured  counts frames
   Comparison(const Tracks& tracks, const std::vector<SolvedFrame>& frames, double leastNoise,
-             double ofChains, bool handsOver)
+             double ofChains, bool handsOver, PhaseCount& measured)
       : tracks_(tracks),
         frames_(frames),
         leastVariance_(leastNoise * leastNoise),
@@ -213,6 +214,7 @@ class Comparison {
       for (std::size_t b = 0; b < frames.size(); ++b) {
         if (a != b) measure(a, b);
       }
+      measured.add();
     }
     setNoise();
     if (handsOver) links_.chain();
@@ -486,13 +488,14 @@ int guessBaseFrame(const Tracks& tracks, bool handsOver) {
 }
 
 BaseChoice chooseBase(const Tracks& tracks, int pilotBase, const std::vector<PilotFrame>& frames,
-                      const std::optional<Quad>& quad, bool handsOver) {
+                      const std::optional<Quad>& quad, bool handsOver, const Progress& progress) {
   const Pilot pilot(tracks, pilotBase, frames);
   const std::vector<int> solved = pilot.solved();
   const Quad corners = quad ? *quad : pilot.boxOfTracks(solved);
   const std::vector<SolvedFrame> seen = pilot.withCorners(solved, corners);
+  PhaseCount measured(progress, Phase::ChoosingBase, seen.size());
   const Comparison comparison(tracks, seen, kLeastNoise * extentOf(corners),
-                              handsOver ? partOfChains(tracks) : 1.0, handsOver);
+                              handsOver ? partOfChains(tracks) : 1.0, handsOver, measured);
   std::vector<int> bases;
   std::vector<double> expected, figures;
   for (std::size_t b = 0; b < seen.size(); ++b) {

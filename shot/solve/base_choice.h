@@ -10,6 +10,7 @@
 
 #include "shot/plane/homography.h"
 #include "shot/plane/points.h"
+#include "shot/solve/progress.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
@@ -68,11 +69,13 @@ struct BaseChoice {
 /// \param pilot      of each frame of the shot, the first one first
 /// \param quad       in the pilot's base; none: the box around all tracks, far-off ones left out
 /// \param handsOver  false: there are no chains, tracks count where the base frame has them
+/// \param progress   told of the frames that have been measured against all others
 ///
 /// Cost: `kMostCompared`^2 pairs of frames, whatever their number: 30 ms for 140 tracks, where the
 /// solve of 200 such frames takes 110 ms.
 BaseChoice chooseBase(const Tracks& tracks, int pilotBase, const std::vector<PilotFrame>& pilot,
-                      const std::optional<Quad>& quad = std::nullopt, bool handsOver = true);
+                      const std::optional<Quad>& quad = std::nullopt, bool handsOver = true,
+                      const Progress& progress = {});
 
 }  // namespace cornerpin
 

@@ -12,7 +12,7 @@ namespace cornerpin {
 enum class Phase {
   Reading,       ///< in bytes
   Solving,       ///< in frames, of all sweeps together: at most so many
-  ChoosingBase,  ///< a total of 0
+  ChoosingBase,  ///< in frames that are compared
   HandingOver,   ///< in steps of the joint fit: at most so many
   Figures,       ///< of trust; in frames, which are gone through more than once
   Advice,        ///< in kinds of tries

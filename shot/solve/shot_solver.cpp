@@ -388,9 +388,8 @@ ShotResult solveShot(const Tracks& tracks, const SolveOptions& options, const Pr
     sweepFrom(*options.base);
   } else {
     sweepFrom(guessBaseFrame(tracks, handsOver));
-    const PhaseCount choosing(progress, Phase::ChoosingBase, 0);
     const BaseChoice choice = chooseBase(tracks, sweeps->base().frame(), pilotOf(*sweeps),
-                                         quadFor(options, *sweeps), handsOver);
+                                         quadFor(options, *sweeps), handsOver, progress);
     if (choice.frame != sweeps->base().frame()) sweepFrom(choice.frame);
     why = choice.why;
   }

@@ -11,6 +11,7 @@
 #include "shot/files/explanation_csv.h"
 #include "shot/files/result_file.h"
 #include "shot/files/track_csv.h"
+#include "shot/solve/base_choice.h"
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/known_shots.h"
 #include "tests/support/files.h"
@@ -113,6 +114,16 @@ TEST(SolveShot, CountsEveryPhaseToItsEnd) {
   // Every frame has a joint covariance, the base frame has no errors of its own.
   EXPECT_EQ(reports.lastOf(Phase::Figures).total, 3u * 60u);
   EXPECT_EQ(reports.lastOf(Phase::Figures).done, 3u * 60u - 1u);
+}
+
+// The frames that bases are compared by: so many, the one nearest the middle and the pilot's base.
+TEST(SolveShot, CountsTheFramesThatBasesAreComparedBy) {
+  Reports reports;
+  solveShot(shotThatHandsOver().tracks, {}, reports.progress());
+  const Report last = reports.lastOf(Phase::ChoosingBase);
+  EXPECT_GE(last.total, kMostCompared);
+  EXPECT_LE(last.total, kMostCompared + 2);
+  EXPECT_EQ(last.done, last.total);
 }
 
 TEST(ReadTracks, TellsHowMuchOfTheFileIsRead) {
