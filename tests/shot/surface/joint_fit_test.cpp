@@ -365,6 +365,28 @@ TEST(FitJointly, EndsAfterOneStepWhereThereIsNothingToGain) {
   EXPECT_LE(reads, 11 * plan.frames);
 }
 
+// What is left to gain after the last step is a few millionths at most; before it, more than one.
+TEST(FitJointly, EndsWhereFurtherStepsAreNotWorthIt) {
+  for (std::uint32_t seed = 1; seed <= 10; ++seed) {
+    relay::Plan plan;
+    plan.alive = 16;
+    plan.seed = seed;
+    plan.noise = 20.0;
+    relay::Shot shot = relay::shot(plan);
+    for (JointFrame& frame : shot.frames) frame.sigma = 40.0;
+    Fit fit = startOf(shot, 30.0);
+    std::vector<double> costs;
+    fitJointly(fit.frames, fit.places, shot.observations(),
+               [&] { costs.push_back(costOf(fit, shot)); });
+    ASSERT_GE(costs.size(), 2u) << seed;
+    ASSERT_LT(costs.size(), 10u) << seed;
+    for (int i = 0; i < 10; ++i) fitJointly(fit.frames, fit.places, shot.observations());
+    const double least = costOf(fit, shot);
+    EXPECT_LT(costs.back() - least, 5e-6 * least) << seed;
+    EXPECT_GT(costs[costs.size() - 2] - least, 1e-6 * least) << seed;
+  }
+}
+
 TEST(FitJointly, LeavesAnEmptyShotAndOneWithoutAFixedFrame) {
   Fit fit;
   fitJointly(fit.frames, fit.places, [](std::size_t) { return Matches{}; });
