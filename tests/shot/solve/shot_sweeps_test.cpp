@@ -301,6 +301,36 @@ TEST(ShotSweeps, AsksNoTracksThatHelpNoFrame) {
   EXPECT_EQ(steps, 0u);
 }
 
+namespace {
+
+// 40 tracks of a base frame, of which so many are anywhere in all other frames, and from frame 10
+// on others in the middle of the surface. Returns how many of these took part.
+int handedOverBeside(int strays, int others) {
+  Tracks tracks;
+  std::mt19937 random(8);
+  std::normal_distribution<double> normal(0.0, 0.1);
+  for (int f = 0; f < 40; ++f) {
+    for (int t = 0; t < (f < 10 ? 40 : 40 + others); ++t) {
+      const Point place = t < 40 ? Point{50.0 + 40 * (t * 7 % 11), 60.0 + 35 * (t * 5 % 13)}
+                                 : Point{200.0 + 30 * (t % 4), 220.0 + 25 * (t % 5)};
+      const Point p = map(motion(f), place);
+      const double error = f > 0 && t < strays ? 500.0 : 1.0;
+      const double dx = error * normal(random);
+      const double dy = error * normal(random);
+      see(tracks, t, f, {p.x + dx, p.y + dy});
+    }
+  }
+  return solveShot(tracks, fromFrame(0)).handedOver;
+}
+
+}  // namespace
+
+// Six more tracks in the middle help 24 of the base frame's, but not 40.
+TEST(ShotSweeps, AsksWhetherOthersHelpTheGoodTracks) {
+  EXPECT_EQ(handedOverBeside(0, 6), 0);
+  EXPECT_EQ(handedOverBeside(16, 6), 6);
+}
+
 // Behind frame 60 there are four of the base frame's tracks, on a line, and three in the middle of
 // the surface that three solved frames have shown: too few to learn them, and no help to those.
 TEST(ShotSweeps, AsksOthersWhereTheBaseFramesTracksDoNotSolveAFrame) {
