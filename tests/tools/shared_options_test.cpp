@@ -232,11 +232,11 @@ TEST(SelectionOptions, NameTheOptionThatIsRefused) {
   EXPECT_EQ(refusal([] {
               weightsAfter({"--drop", "c"});
             }),
-            "--drop: \"c\" names no track of this shot");
+            "--drop: \"c\" names no track of this shot: take one of a, b");
   EXPECT_EQ(refusal([] {
               weightsAfter({"--keep", "a:9"});
             }),
-            "--keep: \"a:9\" names no frame of this shot");
+            "--keep: \"a:9\" names no frame of this shot: take some from 1 to 2");
   EXPECT_EQ(refusal([] {
               weightsAfter({"--keep", "a", "--drop", "a"});
             }),

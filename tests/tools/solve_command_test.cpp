@@ -339,11 +339,12 @@ TEST(SolveCommand, NamesTheTrackOrStretchItRefuses) {
     const Outcome unknown = cornerpin({"solve", kFacade, option, "nobody:3-4"});
     EXPECT_EQ(unknown.code, 2);
     EXPECT_EQ(unknown.err, std::string("cornerpin: ") + option +
-                               ": \"nobody:3-4\" names no track of this shot\n");
+                               ": \"nobody:3-4\" names no track of this shot: "
+                               "take one of t000, t001, t002 ...\n");
     const std::string item = firstTracks(kFacade, 1) + ":9-3";
     EXPECT_EQ(cornerpin({"solve", kFacade, option, item}).err,
               std::string("cornerpin: ") + option + ": \"" + item +
-                  "\" needs frames like 60 or 60-81 behind the colon\n");
+                  "\" names no frames: \"9-3\" runs backwards: write 3-9\n");
   }
 }
 
