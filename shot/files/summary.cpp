@@ -187,6 +187,12 @@ std::string handOver(const ShotResult& result) {
       result.handedOver, with, needed, kFewest);
 }
 
+std::string leftOut(const ShotResult& result) {
+  if (result.leftOut == 0) return ", none left out";
+  if (!result.unused) return fmt::format(", {} left out", result.leftOut);
+  return ", left out: " + describe(*result.unused);
+}
+
 std::string worstTracks(const ShotResult& result) {
   std::string text;
   for (const WorstTrack& track : result.worst) {
@@ -235,8 +241,7 @@ std::string summaryTable(const ShotResult& result) {
   const Summary s = summarise(result);
   std::string text =
       fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
-  text += result.leftOut > 0 ? fmt::format(", {} absent there and left out)\n", result.leftOut)
-                             : ", none left out)\n";
+  text += leftOut(result) + ")\n";
   if (!result.whyBase.empty()) text += fmt::format("chosen        {}\n", result.whyBase);
   if (result.referenceFrame != result.baseFrame) {
     text += fmt::format("reference     {}\n", result.referenceFrame);

@@ -9,8 +9,8 @@
 
 namespace cornerpin {
 
-/// Why a track takes part in no frame. Of several reasons it is the last in the order in which they
-/// apply, that of the first five.
+/// Why a track takes part in no frame. Of the first four, which apply in this order, it is the one
+/// that took the last of the track.
 enum class Unused : std::uint8_t {
   NoWeight,       ///< its weight is 0 wherever it is seen
   OutsideFrames,  ///< it is seen in none of the frames that are solved

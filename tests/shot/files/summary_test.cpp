@@ -74,7 +74,7 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
   result.frames = {frame(12, Status::Base, 0.0), frame(13, Status::Held, 0.0)};
   result.quads = {{"tracks", {}}};
   EXPECT_EQ(summaryTable(result),
-            "base frame    12  (9 tracks, 3 absent there and left out)\n"
+            "base frame    12  (9 tracks, 3 left out)\n"
             "solved        1 of 2 frames\n"
             "reduced       0\n"
             "held          1\n"
@@ -85,6 +85,18 @@ TEST(Summary, SpeaksOfBaseLeftOutAndHeldFrames) {
             "                 13  held         no tracks\n");
 }
 
+TEST(Summary, CountsTracksThatAreLeftOutByReason) {
+  ShotResult result;
+  result.baseFrame = result.referenceFrame = 12;
+  result.baseTracks = 9;
+  result.leftOut = 3;
+  result.unused = {{{"a", Unused::Dropped}, {"b", Unused::NoWeight}, {"c", Unused::Dropped}}};
+  result.frames = {frame(12, Status::Base, 0.0)};
+  EXPECT_EQ(summaryTable(result).rfind(
+                "base frame    12  (9 tracks, left out: 1 of weight 0, 2 dropped)\n", 0),
+            0u);
+}
+
 TEST(Summary, SaysWhyTheBaseFrameWasChosen) {
   ShotResult result;
   result.baseFrame = result.referenceFrame = 12;
@@ -93,7 +105,7 @@ TEST(Summary, SaysWhyTheBaseFrameWasChosen) {
   result.whyBase = "for a reason";
   result.frames = {frame(12, Status::Base, 0.0)};
   const std::string table = summaryTable(result);
-  EXPECT_EQ(table.find("base frame    12  (9 tracks, 1 absent there and left out)\n"
+  EXPECT_EQ(table.find("base frame    12  (9 tracks, 1 left out)\n"
                        "chosen        for a reason\n"
                        "solved        1 of 1 frames\n"),
             0u)
