@@ -62,6 +62,7 @@ TEST(FrameRange, ReadsBackWhatItPrints) {
   }
   EXPECT_EQ(textOf({-10, -3}), "-10--3");
   EXPECT_EQ(textOf({4, 4}), "4");
+  EXPECT_EQ(textOf({4, kMost}), "4-");
 }
 
 TEST(FrameRange, HasItsEnds) {

@@ -215,6 +215,17 @@ TEST(ParseSelection, ReadsBackWhatItPrints) {
   EXPECT_LT(quoted, 2900);
 }
 
+TEST(ParseSelection, PrintsQuotesOnlyWhereTheyAreNeeded) {
+  const Tracks tracks = shotOf({"a", "a:1", "p,1", "n*"});
+  EXPECT_EQ(textOf({0, {}}, tracks), "a");
+  EXPECT_EQ(textOf({0, {2, 3}}, tracks), "a:2-3");
+  EXPECT_EQ(textOf({0, {1, 1}}, tracks), "\"a\":1");
+  EXPECT_EQ(textOf({1, {}}, tracks), "a:1");
+  EXPECT_EQ(textOf({1, {-5, -5}}, tracks), "a:1:-5");
+  EXPECT_EQ(textOf({2, {}}, tracks), "\"p,1\"");
+  EXPECT_EQ(textOf({3, {}}, tracks), "\"n*\"");
+}
+
 TEST(Select, NotesWhatTookTheLastOfATrack) {
   Tracks tracks = shotOf({"a", "b", "c", "d", "e", "f"});
   for (Observation& o : tracks.observations) {
