@@ -9,58 +9,210 @@
 #include <limits>
 #include <utility>
 
+#include "shot/advice/closing_words.h"
+#include "shot/advice/doubtful_stretch.h"
+#include "shot/files/sparkline.h"
+#include "shot/solve/wording.h"
+
 namespace cornerpin {
 
 namespace {
 
 constexpr std::size_t kListed = 5;
+constexpr std::size_t kWidth = 64;  // of the line over the frames
 constexpr int kFewest = static_cast<int>(kFewestTracks);
 
-// Four decimals, or three digits of what these would hide or stretch.
-std::string decimals(double value) {
-  if (!std::isfinite(value)) return "-";
-  const bool plain = value == 0.0 || (value >= 1e-3 && value < 1e5);
-  return plain ? fmt::format("{:.4f}", value) : fmt::format("{:.3g}", value);
+std::string length(double value) { return std::isfinite(value) ? pixels(value) : "-"; }
+
+std::string row(const char* label, const std::string& text) {
+  return fmt::format("{:<14}{}\n", label, text);
 }
 
-std::string unsolvedFrames(const Summary& s) {
-  if (s.firstUnsolved.empty()) return {};
-  std::string text = "not in full   frame  model        reason\n";
-  for (const FrameResult* f : s.firstUnsolved) {
-    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model), f->reason);
+// A figure and the frame that has it.
+using Figures = std::vector<std::pair<double, int>>;
+
+double medianOf(const Figures& sorted) { return sorted[(sorted.size() - 1) / 2].first; }
+
+std::string baseFrame(const ShotResult& result) {
+  std::string text =
+      row("base frame", fmt::format("{}  ({})", result.baseFrame,
+                                    counted(static_cast<std::size_t>(result.baseTracks), "track")));
+  if (result.referenceFrame != result.baseFrame) {
+    text += row("reference", std::to_string(result.referenceFrame));
   }
-  const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
-  if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);
   return text;
 }
 
-// "0-9, 55", of the doubtful frames; after five stretches "and 12 more".
-std::string doubtfulStretches(const ShotResult& result) {
-  std::vector<std::pair<int, int>> stretches;
-  int left = 0;
-  for (const FrameResult& f : result.frames) {
-    if (f.doubts.empty()) continue;
-    const bool goesOn = !stretches.empty() && stretches.back().second == f.frame - 1;
-    if (!goesOn && stretches.size() == kListed) {
-      ++left;
-      continue;
-    }
-    if (!goesOn) stretches.push_back({f.frame, f.frame});
-    stretches.back().second = f.frame;
-  }
-  std::string text;
-  for (const auto& [first, last] : stretches) {
-    text += text.empty() ? "" : ", ";
-    text += first == last ? fmt::format("{}", first) : fmt::format("{}-{}", first, last);
-  }
-  return left > 0 ? text + fmt::format(" and {} more", left) : text;
+// Those that the base frame lacks, and what those of them that take part are good for.
+// How many tracks take part nowhere, and why, where that is known.
+std::string leftOut(const ShotResult& result) {
+  const std::string count = counted(static_cast<std::size_t>(result.leftOut), "track");
+  if (result.unused) return count + ": " + describe(*result.unused);
+  return count + (result.leftOut == 1 ? " takes part nowhere" : " take part nowhere");
 }
 
-// How many frames have a doubt, and its text in the one with the largest expected error; none
-// counts as the largest.
+std::string otherTracks(const ShotResult& result) {
+  std::string text;
+  if (!result.whyBase.empty()) text += row("chosen", result.whyBase);
+  if (result.leftOut > 0) text += row("left out", leftOut(result));
+  if (result.handedOver == 0) return text;
+  std::size_t with = 0;
+  std::size_t needed = 0;
+  for (const FrameResult& f : result.frames) {
+    if (f.handedOver > 0) ++with;
+    if (f.tracks >= kFewest && f.tracks - f.handedOver < kFewest) ++needed;
+  }
+  return text +
+         row("hand-over", fmt::format("{} that the base frame lacks, in {}; {} of these have fewer "
+                                      "than {} others",
+                                      counted(static_cast<std::size_t>(result.handedOver), "track"),
+                                      counted(with, "frame"), needed, kFewest));
+}
+
+std::string solvedFrames(const ShotResult& result, const Summary& s) {
+  std::string text = fmt::format("{} of {}", s.solved + 1, counted(result.frames.size(), "frame"));
+  if (s.reduced > 0) text += fmt::format(", {} reduced to a simpler transform", s.reduced);
+  if (s.held > 0) text += fmt::format(", {} held: their neighbour's transform", s.held);
+  return row("solved", text);
+}
+
+// How many tracks the fits go by.
+std::string goodTracks(const ShotResult& result) {
+  Figures shares;
+  for (const FrameResult& f : result.frames) {
+    if (f.verdict.status == Status::Solved) shares.push_back({100.0 * f.good / f.tracks, f.frame});
+  }
+  if (shares.empty()) return {};
+  std::sort(shares.begin(), shares.end());
+  return row("good tracks", fmt::format("median {:.0f} %, fewest {:.0f} % in frame {}",
+                                        shares[shares.size() / 2].first, shares.front().first,
+                                        shares.front().second));
+}
+
+// What led to the fits.
+std::string starts(const ShotResult& result) {
+  std::array<std::size_t, 3> stages{};
+  for (const FrameResult& f : result.frames) {
+    if (f.verdict.status == Status::Solved) {
+      ++stages[static_cast<std::size_t>(f.verdict.origin.stage)];
+    }
+  }
+  return row("started from",
+             fmt::format("the plain fit {}, the neighbour {}, random samples {} (seed {})",
+                         stages[0], stages[1], stages[2], result.seed));
+}
+
+std::string residuals(const ShotResult& result, const Summary& s) {
+  if (s.worst.empty()) return {};
+  const FrameResult& worst = *s.worst.front();
+  return row("residual", fmt::format("median {}, worst {} in frame {} (RMS{})", length(s.medianRms),
+                                     length(worst.goodRms), worst.frame,
+                                     result.loss == Loss::None ? "" : " of the good tracks"));
+}
+
+double largestDeviation(const FrameResult& frame, std::size_t quad) {
+  const std::array<double, 4> deviations = frame.figures.deviations(quad);
+  const bool known =
+      std::all_of(deviations.begin(), deviations.end(), [](double x) { return std::isfinite(x); });
+  return known ? *std::max_element(deviations.begin(), deviations.end()) : HUGE_VAL;
+}
+
+std::string cornerOf(const ShotResult& result, const FrameResult& frame, std::size_t quad) {
+  const std::array<double, 4> deviations = frame.figures.deviations(quad);
+  const auto worst = std::max_element(deviations.begin(), deviations.end());
+  return cornerName(result.quads[quad].corners,
+                    static_cast<std::size_t>(worst - deviations.begin()));
+}
+
+// How far a quad's corners may be off, each frame by the one that may be furthest.
+std::string corners(const ShotResult& result, std::size_t quad) {
+  Figures figures;
+  std::size_t without = 0;
+  for (const FrameResult& f : result.frames) {
+    if (f.frame == result.referenceFrame) continue;
+    const double largest = largestDeviation(f, quad);
+    if (std::isfinite(largest)) {
+      figures.push_back({largest, f.frame});
+    } else {
+      ++without;
+    }
+  }
+  if (figures.empty() && without == 0) return {};
+  const std::string what =
+      result.quads.size() > 1 ? fmt::format("of \"{}\" may", result.quads[quad].name) : "may";
+  const char* label = quad == 0 ? "corners" : "";
+  if (figures.empty()) {
+    return row(label, fmt::format("nothing tells how far those {} be off, in {}", what,
+                                  counted(without, "frame")));
+  }
+  std::sort(figures.begin(), figures.end());
+  const auto worst = static_cast<std::size_t>(figures.back().second - result.frames.front().frame);
+  std::string text =
+      fmt::format("{} be off by median {}, worst {} in frame {}, {}", what,
+                  length(medianOf(figures)), length(figures.back().first), figures.back().second,
+                  cornerOf(result, result.frames[worst], quad));
+  if (without > 0) text += "; no figure in " + counted(without, "frame");
+  return row(label, text);
+}
+
+std::string corners(const ShotResult& result) {
+  std::string text;
+  for (std::size_t quad = 0; quad < result.quads.size(); ++quad) text += corners(result, quad);
+  return text;
+}
+
+// The expected errors of all frames, drawn.
+std::string courseOfErrors(const ShotResult& result) {
+  std::vector<double> errors;
+  double largest = 0.0;
+  for (const FrameResult& f : result.frames) {
+    errors.push_back(f.expectedError);
+    if (std::isfinite(f.expectedError)) largest = std::max(largest, f.expectedError);
+  }
+  if (errors.size() < 2 || !(largest > 0.0)) return {};
+  return row("", fmt::format("{}  frames {}, up to {}", sparkline(errors, kWidth),
+                             textOf({result.frames.front().frame, result.frames.back().frame}),
+                             pixels(largest)));
+}
+
+// How far smoothing has moved corners, each frame by the one that moved most.
+std::string smoothing(const ShotResult& result) {
+  if (!result.smooth) return {};
+  Figures moves;
+  for (const FrameResult& f : result.frames) {
+    if (f.verdict.status == Status::Solved) moves.push_back({f.smoothed, f.frame});
+  }
+  if (moves.empty()) return {};
+  std::sort(moves.begin(), moves.end());
+  if (!(moves.back().first > 0.0)) return row("smoothed", "no corner moved");
+  return row("smoothed",
+             fmt::format("corners moved by median {}, most {} in frame {}", length(medianOf(moves)),
+                         length(moves.back().first), moves.back().second));
+}
+
+std::string filling(const ShotResult& result, const Summary& summary) {
+  if (!result.fill) return {};
+  const auto filled = static_cast<std::size_t>(std::count_if(
+      result.frames.begin(), result.frames.end(), [](const FrameResult& f) { return f.filled; }));
+  const std::size_t all = summary.reduced + summary.held;
+  return row("filled in",
+             fmt::format("{} of {} reduced or held frames{}", filled, all,
+                         filled < all ? ", the others are surer as they are, lack good frames on "
+                                        "both sides or contradict them"
+                                      : ""));
+}
+
+std::string worstTracks(const ShotResult& result) {
+  std::string text;
+  for (const WorstTrack& track : result.worst) {
+    if (track.stretch.standsOut) text += row(text.empty() ? "worst tracks" : "", describe(track));
+  }
+  return text;
+}
+
+// How many frames have a doubt, and its text in the one with the largest expected error.
 std::string doubtLine(const ShotResult& result, DoubtCode code) {
   std::size_t count = 0;
-  double largest = -1.0;
   const FrameResult* worst = nullptr;
   const Doubt* example = nullptr;
   for (const FrameResult& f : result.frames) {
@@ -68,9 +220,7 @@ std::string doubtLine(const ShotResult& result, DoubtCode code) {
                                     [&](const Doubt& d) { return d.code == code; });
     if (doubt == f.doubts.end()) continue;
     ++count;
-    const double error = std::isfinite(f.expectedError) ? f.expectedError : HUGE_VAL;
-    if (error <= largest) continue;
-    largest = error;
+    if (worst != nullptr && comparableError(f) <= comparableError(*worst)) continue;
     worst = &f;
     example = &*doubt;
   }
@@ -79,126 +229,31 @@ std::string doubtLine(const ShotResult& result, DoubtCode code) {
                      example->text);
 }
 
-// How many frames are good, which are not, and why.
-std::string judgements(const ShotResult& result, const Summary& s) {
-  const std::size_t frames = result.frames.size();
-  std::string text = fmt::format("good          {} of {} frames\n", frames - s.doubtful, frames);
-  if (s.doubtful == 0) return text;
-  text += fmt::format("doubtful      {}: {}\n", s.doubtful, doubtfulStretches(result));
+std::string doubts(const ShotResult& result, const Summary& s) {
+  if (s.doubtful == 0) return {};
+  std::string text = row("doubts", "frames, and the worst of them");
   for (DoubtCode code : kDoubtCodes) text += doubtLine(result, code);
   return text;
 }
 
-// The largest corner of each frame that has a figure: the median of them and the worst.
-std::string deviations(const ShotResult& result, std::size_t quad) {
-  std::vector<std::pair<double, int>> figures;
-  std::size_t without = 0;
-  for (const FrameResult& f : result.frames) {
-    const auto d = f.figures.deviations(quad);
-    const double largest = *std::max_element(d.begin(), d.end());
-    const bool none = std::any_of(d.begin(), d.end(), [](double x) { return !std::isfinite(x); });
-    if (f.frame == result.referenceFrame) continue;
-    if (none) {
-      ++without;
-    } else {
-      figures.push_back({largest, f.frame});
-    }
-  }
-  if (figures.empty() && without == 0) return {};
-  const std::string count = fmt::format("{} frame{}", without, without == 1 ? "" : "s");
-  if (figures.empty()) return "corner noise  no figure in any of " + count;
-  std::sort(figures.begin(), figures.end());
-  return fmt::format("corner noise  median {}, worst {} in frame {}",
-                     decimals(figures[(figures.size() - 1) / 2].first),
-                     decimals(figures.back().first), figures.back().second) +
-         (without > 0 ? ", no figure in " + count : "");
-}
-
-// A line for each quad, with its name where there are several.
-std::string deviations(const ShotResult& result) {
-  std::string text;
-  for (std::size_t quad = 0; quad < result.quads.size(); ++quad) {
-    const std::string line = deviations(result, quad);
-    if (line.empty()) continue;
-    text += line;
-    text += result.quads.size() > 1 ? fmt::format(" of {}\n", result.quads[quad].name) : "\n";
+std::string worstFrames(const Summary& s) {
+  if (s.worst.empty()) return {};
+  std::string text = row("worst frames", "frame       RMS  tracks");
+  for (const FrameResult* f : s.worst) {
+    text += fmt::format("{:>19} {:>9} {:>7}", f->frame, length(f->goodRms), f->tracks);
+    text += f->good < f->tracks ? fmt::format(", {} of them good\n", f->good) : "\n";
   }
   return text;
 }
 
-// How far smoothing has moved corners, each frame by the one that moved most.
-std::string smoothing(const ShotResult& result) {
-  if (!result.smooth) return {};
-  std::vector<std::pair<double, int>> moves;
-  for (const FrameResult& f : result.frames) {
-    if (f.verdict.status == Status::Solved) moves.push_back({f.smoothed, f.frame});
+std::string unsolvedFrames(const Summary& s) {
+  if (s.firstUnsolved.empty()) return {};
+  std::string text = row("not in full", "frame  model        reason");
+  for (const FrameResult* f : s.firstUnsolved) {
+    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model), f->reason);
   }
-  if (moves.empty()) return {};
-  std::sort(moves.begin(), moves.end());
-  if (!(moves.back().first > 0.0)) return "smoothed      no corner moved\n";
-  return fmt::format("smoothed      corners moved by median {}, most {} in frame {}\n",
-                     decimals(moves[(moves.size() - 1) / 2].first), decimals(moves.back().first),
-                     moves.back().second);
-}
-
-std::string filling(const ShotResult& result, const Summary& summary) {
-  if (!result.fill) return {};
-  const auto filled = std::count_if(result.frames.begin(), result.frames.end(),
-                                    [](const FrameResult& f) { return f.filled; });
-  const auto all = static_cast<std::ptrdiff_t>(summary.reduced + summary.held);
-  return fmt::format(
-      "filled in     {} of {} reduced or held frames{}\n", filled, all,
-      filled < all
-          ? ", the others are surer as they are, lack good frames on both sides or contradict "
-            "them"
-          : "");
-}
-
-// How many tracks the fits go by, and what led to them: of the solved frames.
-std::string goodTracks(const ShotResult& result) {
-  std::vector<std::pair<double, int>> shares;
-  std::array<std::size_t, 3> stages{};
-  for (const FrameResult& f : result.frames) {
-    if (f.verdict.status != Status::Solved) continue;
-    shares.push_back({100.0 * f.good / f.tracks, f.frame});
-    ++stages[static_cast<std::size_t>(f.verdict.origin.stage)];
-  }
-  if (shares.empty()) return {};
-  std::sort(shares.begin(), shares.end());
-  return fmt::format("good tracks   median {:.0f} %, fewest {:.0f} % in frame {}\n",
-                     shares[shares.size() / 2].first, shares.front().first, shares.front().second) +
-         fmt::format("started from  the library's fit {}, the neighbour {}, samples {} (seed {})\n",
-                     stages[0], stages[1], stages[2], result.seed);
-}
-
-// The tracks that the base frame lacks, and what those that take part are good for.
-std::string handOver(const ShotResult& result) {
-  if (result.handedOver == 0) return {};
-  int with = 0;
-  int needed = 0;
-  for (const FrameResult& f : result.frames) {
-    if (f.handedOver > 0) ++with;
-    if (f.tracks >= kFewest && f.tracks - f.handedOver < kFewest) ++needed;
-  }
-  return fmt::format(
-      "hand-over     {} tracks that the base frame lacks, in {} frames; {} of these have fewer "
-      "than "
-      "{} others\n",
-      result.handedOver, with, needed, kFewest);
-}
-
-std::string leftOut(const ShotResult& result) {
-  if (result.leftOut == 0) return ", none left out";
-  if (!result.unused) return fmt::format(", {} left out", result.leftOut);
-  return ", left out: " + describe(*result.unused);
-}
-
-std::string worstTracks(const ShotResult& result) {
-  std::string text;
-  for (const WorstTrack& track : result.worst) {
-    if (!track.stretch.standsOut) continue;
-    text += fmt::format("{:<14}{}\n", text.empty() ? "worst tracks" : "", describe(track));
-  }
+  const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
+  if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);
   return text;
 }
 
@@ -223,48 +278,35 @@ Summary summarise(const ShotResult& result) {
   std::stable_sort(solved.begin(), solved.end(),
                    [&](const auto* a, const auto* b) { return size(a) > size(b); });
   const double none = std::numeric_limits<double>::quiet_NaN();
-  summary.worstRms = solved.empty() ? none : solved.front()->goodRms;
   summary.medianRms = solved.empty() ? none : solved[(solved.size() - 1) / 2]->goodRms;
   solved.resize(std::min(solved.size(), kListed));
   summary.worst = solved;
   return summary;
 }
 
-std::string doubtfulFrames(const ShotResult& result) {
-  const std::size_t doubtful = summarise(result).doubtful;
-  if (doubtful == 0) return {};
-  return fmt::format("{} of {} frames are doubtful: {}", doubtful, result.frames.size(),
-                     doubtfulStretches(result));
+std::string doubtfulFramesLine(const ShotResult& result) {
+  const std::vector<int> frames = doubtfulFrames(result);
+  if (frames.empty()) return {};
+  return fmt::format("{} of {} doubtful: {}", frames.size(),
+                     counted(result.frames.size(), "frame") + (frames.size() == 1 ? " is" : " are"),
+                     textOf(stretchesOf(frames), kListed));
 }
 
-std::string summaryTable(const ShotResult& result) {
+std::string summaryTable(const ShotResult& result, const SummaryOptions& options) {
   const Summary s = summarise(result);
-  std::string text =
-      fmt::format("base frame    {}  ({} tracks", result.baseFrame, result.baseTracks);
-  text += leftOut(result) + ")\n";
-  if (!result.whyBase.empty()) text += fmt::format("chosen        {}\n", result.whyBase);
-  if (result.referenceFrame != result.baseFrame) {
-    text += fmt::format("reference     {}\n", result.referenceFrame);
-  }
-  text += handOver(result);
-  text += fmt::format("solved        {} of {} frames\n", s.solved + 1, result.frames.size());
-  text += fmt::format("reduced       {}\n", s.reduced);
-  text += fmt::format("held          {}\n", s.held);
-  text += judgements(result, s);
+  std::string text = baseFrame(result);
+  if (options.verbose) text += otherTracks(result);
+  text += solvedFrames(result, s);
   if (result.loss != Loss::None) text += goodTracks(result);
-  text += fmt::format("RMS residual  median {}, worst {}{}\n", decimals(s.medianRms),
-                      decimals(s.worstRms), result.loss == Loss::None ? "" : " of the good tracks");
-  text += deviations(result);
+  if (options.verbose && result.loss != Loss::None) text += starts(result);
+  text += residuals(result, s) + corners(result) + courseOfErrors(result);
   text += smoothing(result) + filling(result, s);
   if (!result.between.empty()) {
-    text += fmt::format("between       {} more transforms\n", result.between.size());
+    text += row("between", counted(result.between.size(), "more transform"));
   }
-  if (!s.worst.empty()) text += "worst frames  frame      RMS  tracks\n";
-  for (const FrameResult* f : s.worst) {
-    text += fmt::format("{:>19} {:>8} {:>7}", f->frame, decimals(f->goodRms), f->tracks);
-    text += f->good < f->tracks ? fmt::format(", {} of them good\n", f->good) : "\n";
-  }
-  return text + worstTracks(result) + unsolvedFrames(s);
+  text += worstTracks(result);
+  if (options.verbose) text += worstFrames(s) + unsolvedFrames(s) + doubts(result, s);
+  return text + "\n" + closingWords(result, options.colour);
 }
 
 }  // namespace cornerpin

@@ -17,8 +17,7 @@ struct Summary {
   std::size_t reduced = 0;
   std::size_t held = 0;
   std::size_t doubtful = 0;
-  double medianRms = 0.0;  ///< the upper of the two middle ones
-  double worstRms = 0.0;
+  double medianRms = 0.0;                 ///< the upper of the two middle ones
   std::vector<const FrameResult*> worst;  ///< solved frames, largest RMS (or none) first, at most 5
   std::vector<const FrameResult*> firstUnsolved;  ///< reduced and held, in order, at most 5
 };
@@ -28,11 +27,16 @@ Summary summarise(const ShotResult& result);
 
 /// "11 of 192 frames are doubtful: 0-9, 55"; empty where all are good. Of the stretches of frames
 /// at most the first five.
-std::string doubtfulFrames(const ShotResult& result);
+std::string doubtfulFramesLine(const ShotResult& result);
 
-/// The summary as a short table for people, several lines. Of the worst tracks it names those that
-/// stand out (`TrackStretch::standsOut`).
-std::string summaryTable(const ShotResult& result);
+struct SummaryOptions {
+  bool verbose = false;  ///< also how the base was chosen, what fits began with, lists of frames
+  bool colour = false;
+};
+
+/// The summary as a short table for people, several lines, and `closingWords` at its end. Of the
+/// worst tracks it names those that stand out (`TrackStretch::standsOut`).
+std::string summaryTable(const ShotResult& result, const SummaryOptions& options = {});
 
 }  // namespace cornerpin
 

@@ -37,7 +37,8 @@ const char* nameOf(DoubtCode code);
 /// A frame without any is good.
 struct Doubt {
   DoubtCode code = DoubtCode::Held;
-  std::string text;  ///< for people: "corner 3 may be 12 px off, the limit is 5 px"
+  std::string text;  ///< for people: "the top left corner may be 12 px off, the limit
+                     ///< is 5 px"
 };
 
 }  // namespace cornerpin

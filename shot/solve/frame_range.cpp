@@ -55,10 +55,10 @@ FrameRange parseFrameRange(std::string_view text) {
   return range;
 }
 
-std::string textOf(const FrameRange& range) {
-  if (range.last == kOpen.last) return fmt::format("{}-", range.first);
-  if (range.first == range.last) return fmt::format("{}", range.first);
-  return fmt::format("{}-{}", range.first, range.last);
+std::string FrameRange::text() const {
+  if (last == kOpen.last) return fmt::format("{}-", first);
+  if (first == last) return fmt::format("{}", first);
+  return fmt::format("{}-{}", first, last);
 }
 
 }  // namespace cornerpin

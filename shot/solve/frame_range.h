@@ -14,6 +14,8 @@ struct FrameRange {
   int last = std::numeric_limits<int>::max();
 
   bool has(int frame) const { return first <= frame && frame <= last; }
+  /// What `parseFrameRange` reads back, where there is a beginning.
+  std::string text() const;
   bool isAll() const { return *this == FrameRange(); }
   bool operator==(const FrameRange& other) const {
     return first == other.first && last == other.last;
@@ -27,9 +29,6 @@ bool looksLikeFrames(std::string_view text);
 /// there is no form without a beginning: "-5" is one frame. Throws `std::invalid_argument` that
 /// quotes the text and says what to write.
 FrameRange parseFrameRange(std::string_view text);
-
-/// What `parseFrameRange` reads back.
-std::string textOf(const FrameRange& range);
 
 }  // namespace cornerpin
 

@@ -11,18 +11,13 @@
 
 #include "shot/robust/robust_fit.h"
 #include "shot/solve/jumps.h"
+#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
 namespace {
 
 constexpr int kFewestToCheck = static_cast<int>(kFewestForRobust);
-
-// Three digits, or all in front of the point.
-std::string pixels(double length) {
-  const bool large = length >= 999.5 && length < 1e6;
-  return (large ? fmt::format("{:.0f}", length) : fmt::format("{:.3g}", length)) + " px";
-}
 
 // A corner in a frame.
 struct Corner {
@@ -31,11 +26,8 @@ struct Corner {
   double deviation = 0.0;
 };
 
-// "corner 3", with several quads "corner 3 of \"sign\"".
 std::string textOf(const ShotResult& result, const Corner& corner) {
-  std::string text = fmt::format("corner {}", corner.index);
-  if (result.quads.size() == 1) return text;
-  return text + fmt::format(" of \"{}\"", result.quads[corner.quad].name);
+  return cornerName(result.quads, corner.quad, corner.index);
 }
 
 // The corners that have a figure, and those that have none.

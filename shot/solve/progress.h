@@ -15,6 +15,7 @@ enum class Phase {
   ChoosingBase,  ///< a total of 0
   HandingOver,   ///< in steps of the joint fit: at most so many
   Figures,       ///< of trust; in frames, which are gone through more than once
+  Advice,        ///< in kinds of tries
   Writing,       ///< in frames
 };
 

@@ -17,6 +17,7 @@
 #include "shot/solve/units.h"
 #include "shot/solve/unused_track.h"
 #include "shot/solve/verdict.h"
+#include "shot/solve/wording.h"
 #include "shot/trust/frame_figures.h"
 #include "shot/trust/influence.h"
 #include "shot/trust/worst_tracks.h"
@@ -58,6 +59,9 @@ struct FrameResult {
   double expectedError = kNoFigure;
   std::vector<Doubt> doubts;               ///< none: the frame is good
   std::vector<TrackInfluence> influences;  ///< where the options ask for them
+  /// Index of the track without which the worst corner of the first quad moves furthest; -1 where
+  /// none is known to move it, and in what was read from a file.
+  int strongest = -1;
 
   // What was done to the transform behind the fit; all else is about the fit.
   double smoothed = 0.0;  ///< how far smoothing moved the corner of any quad that moved most
@@ -87,6 +91,12 @@ struct WorstTrack {
 /// "t042, frames 60-81: without it the worst corner moves 9.3 px"; the text for one frame has
 /// "frame 60".
 std::string describe(const WorstTrack& track);
+
+/// What was found to make doubtful frames better, for people.
+struct Advice {
+  Stretch frames;
+  std::string text;
+};
 
 /// What became of a track of the shot.
 struct TrackResult {
@@ -121,6 +131,8 @@ struct ShotResult {
   /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
   /// than a thousandth of the extent of the base frame's tracks does not stand out.
   std::vector<WorstTrack> worst;
+
+  std::vector<Advice> advice;  ///< what `advise` has found; empty where nobody looked for it
 
   std::optional<double>
       smooth;         ///< the most that smoothing may have moved a corner, if it was done

@@ -244,7 +244,7 @@ std::vector<Selected> parseSelection(const std::string& text, const Tracks& trac
 std::string textOf(const Selected& selected, const Tracks& tracks) {
   const std::string& name = tracks.names[static_cast<std::size_t>(selected.track)];
   const bool inAll = selected.frames.isAll();
-  const std::string frames = inAll ? "" : ":" + textOf(selected.frames);
+  const std::string frames = inAll ? "" : ":" + selected.frames.text();
   const bool plain = name.find_first_of(",\"*?[") == kNone && withoutBlanks(name) == name;
   const bool meansAnother = !inAll && trackNamed(name + frames, tracks) != kNoTrack;
   return (plain && !meansAnother ? name : quoted(name)) + frames;
@@ -262,7 +262,7 @@ void takeFrames(Tracks& tracks, const FrameRange& frames) {
   });
   if (any) return;
   throw std::invalid_argument(fmt::format(
-      "\"{}\" has no frame with a track: take some from {} to {}", textOf(frames), first, last));
+      "\"{}\" has no frame with a track: take some from {} to {}", frames.text(), first, last));
 }
 
 void select(Tracks& tracks, const std::vector<Selected>& kept,

@@ -39,6 +39,17 @@ std::vector<NamedQuad> quadsOf(const SolveOptions& options, const Points& surfac
   return {{"tracks", cornersOf(boxAround(surface))}};
 }
 
+int strongestOf(const std::vector<TrackInfluence>& influences) {
+  int strongest = -1;
+  double most = 0.0;
+  for (const TrackInfluence& one : influences) {
+    if (!(one.influence > most)) continue;
+    most = one.influence;
+    strongest = one.track;
+  }
+  return strongest;
+}
+
 // In how many solved frames a track is good, and in how many it is not.
 class TrackRecord {
  public:
@@ -187,6 +198,7 @@ class ShotSolver {
     std::vector<TrackInfluence> influences = influencesOf(fits, quads_.front());
     errorsOf(result) = cornerpin::errorsOf(fits, quads_, front);
     worst_.addFrame(result.frame, influences);
+    result.strongest = strongestOf(influences);
     if (options_.influences) result.influences = std::move(influences);
     result.why = whyOf(result);
     result.reason = reasonOf(result.verdict);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/support/files.h"
+#include "tests/support/terminal.h"
 #include "tests/tools/program.h"
 
 using nlohmann::json;
@@ -71,7 +72,7 @@ TEST(DoubtsOfTheSolveCommand, AreAWarningUnlessALimitOrStrictnessIsAskedFor) {
   const TemporaryFolder folder;
   const std::string in = folder / "in.csv";
   writeFile(in, shotThatJumps(22));
-  const std::string warning = "cornerpin: warning: 1 of 30 frames are doubtful: 22\n";
+  const std::string warning = "cornerpin: warning: 1 of 30 frames is doubtful: 22\n";
   const std::vector<std::string> words = {"solve", in, "--base", "10"};
   const auto run = [&](std::vector<std::string> more) {
     more.insert(more.begin(), words.begin(), words.end());
@@ -81,8 +82,8 @@ TEST(DoubtsOfTheSolveCommand, AreAWarningUnlessALimitOrStrictnessIsAskedFor) {
   EXPECT_EQ(plain.code, 0);
   EXPECT_EQ(plain.err, warning);
   EXPECT_TRUE(contains(plain.out,
-                       "\ngood          29 of 30 frames\ndoubtful      1: 22\n"
-                       "  jump                 1  frame 22: a corner is 5.8"))
+                       "\nGood: 29 of 30 frames. Doubtful: 22.\n"
+                       "  22          a corner is 5.8"))
       << plain.out;
   EXPECT_EQ(run({"--json"}).err, warning);
   for (const std::vector<std::string>& more :
@@ -102,20 +103,22 @@ TEST(DoubtsOfTheSolveCommand, AreAWarningUnlessALimitOrStrictnessIsAskedFor) {
 
 TEST(DoubtsOfTheSolveCommand, AreAllButTheBaseFrameWhereThereAreFourTracks) {
   for (const char* loss : {"tukey", "none"}) {
-    const Outcome run = cornerpin({"solve", kScreen, "--loss", loss, "--base", "51"});
+    const Outcome run = cornerpin({"solve", kScreen, "--loss", loss, "--base", "51", "--verbose"});
     EXPECT_EQ(run.code, 4);
     EXPECT_EQ(run.err, "cornerpin: warning: 103 of 104 frames are doubtful: 0-50, 52-103\n");
-    EXPECT_TRUE(contains(run.out, "\ngood          1 of 104 frames\n"));
+    EXPECT_TRUE(
+        contains(run.out, "\nGood: 1 of 104 frames. Doubtful: 0-50, 52-103.\n  0-103       "));
     EXPECT_TRUE(contains(run.out, "  nothing-to-check    91  frame 0: 4 tracks: too few"));
     EXPECT_TRUE(contains(run.out, "  reduced             12  frame ")) << run.out;
   }
   // Four tracks say nothing of their noise, and no other frame does; with a loss, what a reduced
   // frame keeps of others says how far it may be off.
   const Outcome none = cornerpin({"solve", kScreen, "--loss", "none", "--base", "51"});
-  EXPECT_TRUE(contains(none.out, "corner noise  no figure in any of 103 frames\n"));
+  EXPECT_TRUE(
+      contains(none.out, "corners       nothing tells how far those may be off, in 103 frames\n"));
   const Outcome tukey = cornerpin({"solve", kScreen, "--base", "51"});
-  EXPECT_TRUE(contains(tukey.out, ", no figure in 91 frames\n")) << tukey.out;
-  const Outcome held = cornerpin({"solve", kScreen, "--hold"});
+  EXPECT_TRUE(contains(tukey.out, "; no figure in 91 frames\n")) << tukey.out;
+  const Outcome held = cornerpin({"solve", kScreen, "--hold", "--verbose"});
   EXPECT_EQ(held.code, 4);
   EXPECT_TRUE(contains(held.out,
                        "  held                12  frame 87: its neighbour's transform: "
@@ -182,4 +185,45 @@ TEST(DoubtsOfTheSolveCommand, HaveNoLimitThatIsNoLength) {
   }
   EXPECT_EQ(cornerpin({"solve", kFacade, "--max-error", ""}).code, 2);
   EXPECT_EQ(cornerpin({"solve", kFacade, "--max-error"}).code, 2);
+}
+
+// Nobody who has read the table is told again.
+TEST(DoubtsOfTheSolveCommand, AreNoWarningOnATerminalThatShowsTheTable) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", shotThatJumps(22));
+  const std::string err = folder / "err";
+  const std::string text = writtenOnATerminal([&](const std::string& terminal) {
+    ChildOptions options;
+    options.out = terminal;
+    options.err = err;
+    cornerpin({"solve", folder / "in.csv", "--base", "10"}, options);
+  });
+  EXPECT_TRUE(contains(text, "Good: 29 of 30 frames.")) << text;
+  EXPECT_EQ(readFile(err), "");
+}
+
+// The far-off track is the only one on its side, so the others cannot tell.
+TEST(DoubtsOfTheSolveCommand, ComeWithWhatHelps) {
+  const TemporaryFolder folder;
+  unsigned mixed = 1;
+  const auto noise = [&mixed] {
+    mixed = mixed * 1664525u + 1013904223u;
+    return 1e-3 * (mixed >> 22) - 0.5;
+  };
+  std::string csv = "track,frame,x,y\n";
+  const auto see = [&](const std::string& track, int frame, double x, double y) {
+    const double dx = noise();
+    const double dy = noise();
+    csv += fmt::format("{},{},{},{}\n", track, frame, x + 3 * frame + dx, y + dy);
+  };
+  for (int f = 0; f < 30; ++f) {
+    for (int t = 0; t < 20; ++t) see(fmt::format("t{}", t), f, 20 * (t % 5), 25 * (t / 5));
+    const bool wrong = 8 <= f && f <= 13;
+    see("far", f, wrong ? 825 : 800, 600);
+    if (wrong) continue;
+    for (int t = 0; t < 9; ++t) see(fmt::format("m{}", t), f, 100 * t, 70 * (t * 5 % 9));
+  }
+  writeFile(folder / "in.csv", csv);
+  const Outcome run = cornerpin({"solve", folder / "in.csv", "--base", "0"});
+  EXPECT_TRUE(contains(run.out, ": --drop far:8-13\n")) << run.out;
 }

@@ -123,7 +123,7 @@ TEST(SolveCommandRetouch, WritesTransformsBetweenFrames) {
   const Outcome csv =
       cornerpin({"solve", shot.path(), "--base", "5", "--at", "10.5", "-o", shot / "out.csv"});
   EXPECT_EQ(csv.code, 4);
-  EXPECT_TRUE(contains(csv.out, "\nbetween       1 more transforms\n"));
+  EXPECT_TRUE(contains(csv.out, "\nbetween       1 more transform\n"));
   const std::string text = readFile(shot / "out.csv");
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 42);
   EXPECT_LT(text.find("\n10,"), text.find("\n10.5,"));

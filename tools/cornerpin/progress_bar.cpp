@@ -31,6 +31,8 @@ const char* nameOf(Phase phase) {
       return "handing over";
     case Phase::Figures:
       return "figures of trust";
+    case Phase::Advice:
+      return "looking for what helps";
     case Phase::Writing:
       return "writing";
   }

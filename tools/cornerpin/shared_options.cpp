@@ -316,6 +316,10 @@ void StrictOption::addTo(CLI::App& parser) {
   parser.add_flag("--strict", given, "End in 4 where frames are doubtful, too");
 }
 
+void VerboseOption::addTo(CLI::App& parser) {
+  parser.add_flag("--verbose", given, "Say more: how the fits were found, lists of frames");
+}
+
 void SmoothOption::addTo(CLI::App& parser) {
   parser.add_option("--smooth", text, "Take jitter out, moving no corner by more than this")
       ->check(refuseEmpty)

@@ -148,6 +148,12 @@ struct StrictOption {
   void addTo(CLI::App& parser);
 };
 
+/// --verbose: what only some want to know.
+struct VerboseOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
 /// --smooth: how far jitter is taken out, in pixels; none when it is not given.
 struct SmoothOption {
   std::string text;

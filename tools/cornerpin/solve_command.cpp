@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/solve_command.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -8,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "shot/advice/remedy.h"
 #include "shot/files/explanation_csv.h"
 #include "shot/files/output_file.h"
 #include "shot/files/result_file.h"
@@ -75,6 +78,7 @@ struct Arguments {
   ThreadsOption threads;
   MaxErrorOption maxError;
   StrictOption strict;
+  VerboseOption verbose;
   SmoothOption smooth;
   FillOption fill;
   AtOption at;
@@ -102,6 +106,7 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.threads.addTo(parser);
   arguments.maxError.addTo(parser);
   arguments.strict.addTo(parser);
+  arguments.verbose.addTo(parser);
   arguments.smooth.addTo(parser);
   arguments.fill.addTo(parser);
   arguments.at.addTo(parser);
@@ -140,10 +145,6 @@ void checkTimes(const std::vector<double>& at, const Tracks& tracks) {
 // Refuses options for what the table does not show where nothing else is written.
 void checkShown(const Arguments& arguments) {
   if (!arguments.output.path.empty() || arguments.json.given) return;
-  if (arguments.quads.given() != nullptr && arguments.explanation.empty()) {
-    throw std::invalid_argument(std::string(arguments.quads.given()) +
-                                ": the table has no corners: add -o FILE or --json");
-  }
   if (!arguments.at.lists.empty()) {
     throw std::invalid_argument("--at: the table has no transforms: add -o FILE or --json");
   }
@@ -240,9 +241,14 @@ void writeFiles(const Arguments& arguments, Format format, const Tracks& tracks,
   out.commit();
 }
 
+// Whether the result itself goes there, and no table.
+bool printsResult(const Arguments& arguments) {
+  return arguments.json.given || arguments.output.isStandardOutput();
+}
+
 void printResult(const Arguments& arguments, Format format, const ShotResult& result) {
-  if (!arguments.json.given && !arguments.output.isStandardOutput()) {
-    print(summaryTable(result));
+  if (!printsResult(arguments)) {
+    print(summaryTable(result, {arguments.verbose.given, false}));
     return;
   }
   OutputFile out("-");
@@ -250,11 +256,11 @@ void printResult(const Arguments& arguments, Format format, const ShotResult& re
   out.commit();
 }
 
-// Warns of doubtful frames on standard error.
+// Warns of doubtful frames on standard error, unless a person has the table before them.
 int exitCode(const Arguments& arguments, const ShotResult& result) {
   const Summary summary = summarise(result);
-  if (summary.doubtful > 0) {
-    std::cerr << "cornerpin: warning: " << doubtfulFrames(result) << '\n';
+  if (summary.doubtful > 0 && (printsResult(arguments) || ::isatty(STDOUT_FILENO) == 0)) {
+    std::cerr << "cornerpin: warning: " << doubtfulFramesLine(result) << '\n';
   }
   const bool strict = arguments.strict.given || arguments.maxError.value().has_value();
   const bool degraded = summary.held + summary.reduced > 0 || (strict && summary.doubtful > 0);
@@ -271,6 +277,7 @@ int run(const Arguments& arguments) {
   const ShotResult result = [&] {
     ProgressBar bar;  // gone before anything is printed
     ShotResult solved = solve(arguments, plan, tracks, bar.progress());
+    advise(tracks, plan.options, solved, bar.progress());
     writeFiles(arguments, format, tracks, solved, bar.progress());
     return solved;
   }();

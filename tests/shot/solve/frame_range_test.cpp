@@ -56,13 +56,13 @@ TEST(FrameRange, ReadsBackWhatItPrints) {
     const int a = std::uniform_int_distribution<int>(-size, size)(random);
     const int b = std::uniform_int_distribution<int>(a, size)(random);
     for (const FrameRange range : {FrameRange{a, b}, FrameRange{a, a}, FrameRange{a, kMost}}) {
-      EXPECT_EQ(parseFrameRange(textOf(range)), range) << textOf(range);
-      EXPECT_TRUE(looksLikeFrames(textOf(range)));
+      EXPECT_EQ(parseFrameRange(range.text()), range) << range.text();
+      EXPECT_TRUE(looksLikeFrames(range.text()));
     }
   }
-  EXPECT_EQ(textOf({-10, -3}), "-10--3");
-  EXPECT_EQ(textOf({4, 4}), "4");
-  EXPECT_EQ(textOf({4, kMost}), "4-");
+  EXPECT_EQ((FrameRange{-10, -3}.text()), "-10--3");
+  EXPECT_EQ((FrameRange{4, 4}.text()), "4");
+  EXPECT_EQ((FrameRange{4, kMost}.text()), "4-");
 }
 
 TEST(FrameRange, HasItsEnds) {

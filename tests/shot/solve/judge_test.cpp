@@ -70,7 +70,8 @@ TEST(Judge, DoubtsFramesWithACornerAboveTheLimit) {
   result.maxError = 4.0;
   EXPECT_EQ(doubtsIn(result), "");
   result.maxError = 3.75;
-  EXPECT_EQ(doubtsIn(result), "expected-error: corner 1 may be 4 px off, the limit is 3.75 px\n");
+  EXPECT_EQ(doubtsIn(result),
+            "expected-error: the top right corner may be 4 px off, the limit is 3.75 px\n");
 }
 
 TEST(Judge, TakesTheWorstCornerOfAllQuads) {
@@ -78,8 +79,9 @@ TEST(Judge, TakesTheWorstCornerOfAllQuads) {
   result.quads.push_back({"sign", {{{10, 10}, {20, 10}, {20, 20}, {10, 20}}}});
   for (FrameResult& f : result.frames) f.figures.quads.emplace_back();
   result.frames[1].figures.quads[1][3] = {1000.0 * 1000.0, 0.0, 0.0};
-  EXPECT_EQ(doubtsIn(result),
-            "expected-error: corner 3 of \"sign\" may be 1000 px off, the limit is 5 px\n");
+  EXPECT_EQ(
+      doubtsIn(result),
+      "expected-error: the bottom left corner of \"sign\" may be 1000 px off, the limit is 5 px\n");
   judge(result);
   EXPECT_EQ(result.frames[1].expectedError, 1000.0);
 }
@@ -87,15 +89,16 @@ TEST(Judge, TakesTheWorstCornerOfAllQuads) {
 TEST(Judge, DoubtsFramesWithoutAFigure) {
   ShotResult result = twoGood();
   result.frames[1] = frame(1, Status::Solved, {1, 2, kNaN, HUGE_VAL});
-  EXPECT_EQ(doubtsIn(result), "no-figures: nothing tells how far corner 2 may be off\n");
+  EXPECT_EQ(doubtsIn(result),
+            "no-figures: nothing tells how far the bottom right corner may be off\n");
   judge(result);
   EXPECT_TRUE(std::isnan(result.frames[1].expectedError));
   result.frames[1].figures.quads[0][0].xx = 36.0;
   EXPECT_EQ(doubtsIn(result),
-            "expected-error: corner 0 may be 6 px off, the limit is 5 px\n"
-            "no-figures: nothing tells how far corner 2 may be off\n");
+            "expected-error: the top left corner may be 6 px off, the limit is 5 px\n"
+            "no-figures: nothing tells how far the bottom right corner may be off\n");
   result.frames[1] = frame(1, Status::Solved, {kNaN, kNaN, kNaN, kNaN});
-  EXPECT_EQ(doubtsIn(result), "no-figures: nothing tells how far corner 0 may be off\n");
+  EXPECT_EQ(doubtsIn(result), "no-figures: nothing tells how far the top left corner may be off\n");
 }
 
 // The horizon is at x = 80.
@@ -103,7 +106,7 @@ TEST(Judge, DoubtsFramesWithACornerBehindTheHorizon) {
   ShotResult result = twoGood();
   result.frames[1] = frame(1, Status::Solved, {1, kNaN, kNaN, 1});
   result.frames[1].h[2][0] = -1.0 / 80.0;
-  EXPECT_EQ(doubtsIn(result), "no-figures: corner 1 lies on or behind the horizon\n");
+  EXPECT_EQ(doubtsIn(result), "no-figures: the top right corner lies on or behind the horizon\n");
 }
 
 TEST(Judge, KnowsNoExpectedErrorsWithoutALimit) {
@@ -215,7 +218,8 @@ TEST(JudgeFigures, FollowsTheReferenceFrameAndKeepsOtherDoubts) {
   ShotResult same = result;
   judgeFigures(same);
   ASSERT_EQ(same.frames[1].doubts.size(), 3u);
-  EXPECT_EQ(same.frames[1].doubts[0].text, "corner 1 may be 4 px off, the limit is 3.5 px");
+  EXPECT_EQ(same.frames[1].doubts[0].text,
+            "the top right corner may be 4 px off, the limit is 3.5 px");
   EXPECT_EQ(same.frames[1].doubts[1].text, "kept");
   EXPECT_EQ(same.frames[1].doubts[2].text, "kept too");
   rebase(result, 1);

@@ -79,7 +79,7 @@ std::string parsed(const std::string& text, const Tracks& tracks) {
   std::string items;
   for (const Selected& s : parseSelection(text, tracks)) {
     items += tracks.names[static_cast<std::size_t>(s.track)];
-    if (!s.frames.isAll()) items += "@" + textOf(s.frames);
+    if (!s.frames.isAll()) items += "@" + s.frames.text();
     items += " ";
   }
   return items;
@@ -260,10 +260,10 @@ TEST(TakeFrames, RefusesToLeaveNothing) {
     for (Observation& o : tracks.observations) o.weight = o.frame < 50 ? 1.0f : 0.0f;
     try {
       takeFrames(tracks, range);
-      ADD_FAILURE() << textOf(range);
+      ADD_FAILURE() << range.text();
     } catch (const std::invalid_argument& error) {
       EXPECT_EQ(error.what(),
-                "\"" + textOf(range) + "\" has no frame with a track: take some from -20 to 99");
+                "\"" + range.text() + "\" has no frame with a track: take some from -20 to 99");
     }
   }
 }

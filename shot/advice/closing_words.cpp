@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/advice/closing_words.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "shot/advice/doubtful_stretch.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kMostListed = 5;  // stretches in the first line
+
+std::string marked(const char* word, const char* code, bool colour) {
+  return colour ? fmt::format("\033[{}m{}\033[0m", code, word) : word;
+}
+
+// The doubts of the frame, and how far it may be off.
+std::string reasonsOf(const FrameResult& frame) {
+  std::string text;
+  for (const Doubt& doubt : frame.doubts) text += (text.empty() ? "" : "; ") + doubt.text;
+  const bool told =
+      frame.doubts.front().code == DoubtCode::ExpectedError || !std::isfinite(frame.expectedError);
+  return text + (told ? fmt::format(" (frame {})", frame.frame)
+                      : fmt::format(" (frame {}: may be {} off)", frame.frame,
+                                    pixels(frame.expectedError)));
+}
+
+std::string stretchLines(const ShotResult& result, const DoubtfulStretch& stretch) {
+  std::string text =
+      fmt::format("  {:<10}  {}", textOf(stretch.frames), reasonsOf(result.frames[stretch.worst]));
+  for (const Advice& advice : result.advice) {
+    if (advice.frames.first != stretch.frames.first) continue;
+    text += fmt::format(";\n{:14}{}", "", advice.text);
+  }
+  return text + "\n";
+}
+
+std::string allGood(const ShotResult& result) {
+  const std::size_t frames = result.frames.size();
+  if (frames == 1) return "the only frame.";
+  double largest = 0.0;
+  for (const FrameResult& frame : result.frames)
+    largest = std::max(largest, comparableError(frame));
+  std::string text = frames == 2 ? "both frames." : fmt::format("all {} frames.", frames);
+  if (!std::isfinite(largest)) return text;
+  return text + fmt::format(" No corner is expected to be more than {} off.", pixels(largest));
+}
+
+}  // namespace
+
+std::string closingWords(const ShotResult& result, bool colour) {
+  const std::vector<int> doubtful = doubtfulFrames(result);
+  const std::string good = marked("Good", "32", colour);
+  if (doubtful.empty()) return fmt::format("{}: {}\n", good, allGood(result));
+  const std::size_t frames = result.frames.size();
+  std::string text = fmt::format("{}: {} of {}. {}: {}.\n", good, frames - doubtful.size(),
+                                 counted(frames, "frame"), marked("Doubtful", "33", colour),
+                                 textOf(stretchesOf(doubtful), kMostListed));
+  for (const DoubtfulStretch& stretch : worstStretches(result)) {
+    text += stretchLines(result, stretch);
+  }
+  return text;
+}
+
+}  // namespace cornerpin

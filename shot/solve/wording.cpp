@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/solve/wording.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <set>
+
+namespace cornerpin {
+
+namespace {
+
+std::array<std::string, 4> sidesOf(const Quad& corners) {
+  Point middle;
+  for (Point corner : corners) {
+    middle.x += corner.x / 4.0;
+    middle.y += corner.y / 4.0;
+  }
+  std::array<std::string, 4> sides;
+  for (std::size_t i = 0; i < sides.size(); ++i) {
+    sides[i] = fmt::format("{} {}", corners[i].y < middle.y ? "top" : "bottom",
+                           corners[i].x < middle.x ? "left" : "right");
+  }
+  return sides;
+}
+
+}  // namespace
+
+std::string pixels(double length) {
+  const bool large = length >= 999.5 && length < 1e6;
+  return (large ? fmt::format("{:.0f}", length) : fmt::format("{:.3g}", length)) + " px";
+}
+
+std::string counted(std::size_t count, const std::string& noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string cornerName(const Quad& corners, std::size_t index) {
+  const std::array<std::string, 4> sides = sidesOf(corners);
+  const bool apart = std::set<std::string>(sides.begin(), sides.end()).size() == sides.size();
+  return apart ? fmt::format("the {} corner", sides[index]) : fmt::format("corner {}", index);
+}
+
+std::string cornerName(const std::vector<NamedQuad>& quads, std::size_t quad, std::size_t index) {
+  const std::string name = cornerName(quads[quad].corners, index);
+  return quads.size() == 1 ? name : fmt::format("{} of \"{}\"", name, quads[quad].name);
+}
+
+std::vector<Stretch> stretchesOf(const std::vector<int>& frames) {
+  std::vector<Stretch> stretches;
+  for (int frame : frames) {
+    if (stretches.empty() || stretches.back().last != frame - 1)
+      stretches.push_back({frame, frame});
+    stretches.back().last = frame;
+  }
+  return stretches;
+}
+
+std::string textOf(Stretch stretch) {
+  if (stretch.first == stretch.last) return fmt::format("{}", stretch.first);
+  return fmt::format("{}-{}", stretch.first, stretch.last);
+}
+
+std::string textOf(const std::vector<Stretch>& stretches, std::size_t most) {
+  std::string text;
+  std::size_t left = 0;
+  for (std::size_t i = 0; i < stretches.size(); ++i) {
+    if (i < most) text += (i > 0 ? ", " : "") + textOf(stretches[i]);
+    if (i >= most) left += static_cast<std::size_t>(stretches[i].last - stretches[i].first + 1);
+  }
+  return left > 0 ? text + " and " + counted(left, "more frame") : text;
+}
+
+}  // namespace cornerpin
