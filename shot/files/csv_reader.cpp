@@ -13,6 +13,7 @@
 #include <new>
 
 #include "shot/files/input_error.h"
+#include "shot/files/sha256.h"
 
 namespace cornerpin {
 
@@ -59,8 +60,8 @@ std::int64_t linesIn(std::string_view text) {
 
 }  // namespace
 
-CsvReader::CsvReader(const std::string& path)
-    : name_(path == "-" ? "<stdin>" : path), buffer_(kBufferSize + kGuard, '\n') {
+CsvReader::CsvReader(const std::string& path, Sha256* digest)
+    : name_(path == "-" ? "<stdin>" : path), digest_(digest), buffer_(kBufferSize + kGuard, '\n') {
   if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0) throw std::bad_alloc();
   csv_set_blk_size(&parser_, kFieldBlock);
   fd_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -176,6 +177,7 @@ std::size_t CsvReader::readSome(char* to, std::size_t most) {
     const ssize_t count = ::read(fd_, to, most);
     if (count >= 0) {
       ended_ = count == 0;
+      if (digest_ != nullptr) digest_->add(to, static_cast<std::size_t>(count));
       return static_cast<std::size_t>(count);
     }
     if (errno == EINTR) continue;

@@ -12,6 +12,8 @@
 
 namespace cornerpin {
 
+class Sha256;
+
 /// Without the blanks and tabs at both ends.
 inline std::string_view trimmed(std::string_view text) {
   const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
@@ -32,7 +34,8 @@ inline std::string_view trimmed(std::string_view text) {
 class CsvReader {
  public:
   /// "-" reads standard input, which errors call "<stdin>".
-  explicit CsvReader(const std::string& path);
+  /// \param digest  is given all bytes as they are read; null: none
+  explicit CsvReader(const std::string& path, Sha256* digest = nullptr);
   CsvReader(const CsvReader&) = delete;
   CsvReader& operator=(const CsvReader&) = delete;
   ~CsvReader();
@@ -75,6 +78,7 @@ class CsvReader {
   [[noreturn]] void fail(const std::string& text) const;
 
   std::string name_;
+  Sha256* digest_;
   int fd_ = -1;
   csv_parser parser_;
 

@@ -25,6 +25,16 @@ std::vector<NamedQuad> quadsIn(const JsonField& list) {
   return quads;
 }
 
+nlohmann::ordered_json cornersJson(const Quad& corners) {
+  auto list = nlohmann::ordered_json::array();
+  for (Point p : corners) list.push_back({p.x, p.y});
+  return list;
+}
+
+nlohmann::ordered_json quadJson(const NamedQuad& quad) {
+  return {{"name", quad.name}, {"corners", cornersJson(quad.corners)}};
+}
+
 QuadFile readQuads(const std::string& path) {
   const JsonFile file(path, JsonFile::Names::Once);
   const JsonField whole = file.whole();

@@ -29,6 +29,10 @@ QuadFile readQuads(const std::string& path);
 /// Four corners, [[x,y],[x,y],[x,y],[x,y]].
 Quad cornersIn(const JsonField& field);
 
+/// The same for writing, and a quad as an object with `name` and `corners`.
+nlohmann::ordered_json cornersJson(const Quad& corners);
+nlohmann::ordered_json quadJson(const NamedQuad& quad);
+
 /// A list of objects with `name` and `corners`.
 std::vector<NamedQuad> quadsIn(const JsonField& list);
 

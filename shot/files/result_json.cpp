@@ -6,6 +6,9 @@
 #include <string>
 #include <utility>
 
+#include "shot/files/provenance_json.h"
+#include "shot/files/quad_file.h"
+
 namespace cornerpin {
 
 namespace {
@@ -19,19 +22,9 @@ std::string textOf(const Json& value) {
 
 Json jsonOf(Point p) { return {p.x, p.y}; }
 
-Json jsonOf(const Quad& quad) {
-  Json corners = Json::array();
-  for (Point p : quad) corners.push_back(jsonOf(p));
-  return corners;
-}
-
 Json jsonOf(const Symmetric2& c) {
   if (!std::isfinite(c.xx) || !std::isfinite(c.xy) || !std::isfinite(c.yy)) return nullptr;
   return {{c.xx, c.xy}, {c.xy, c.yy}};
-}
-
-Json jsonOf(const NamedQuad& quad) {
-  return {{"name", quad.name}, {"corners", jsonOf(quad.corners)}};
 }
 
 Json runsOf(const TrackResult& track, TrackUse use) {
@@ -83,7 +76,7 @@ void addFit(const FrameResult& frame, Json& json) {
 Json cornersIn(const ShotResult& result, const Homography& h, std::size_t q) {
   Quad places = result.quads[q].corners;
   for (Point& corner : places) corner = carried(result, h, corner);
-  return jsonOf(places);
+  return cornersJson(places);
 }
 
 // All quads by their names.
@@ -140,11 +133,11 @@ Json jsonOf(const ShotResult& result, const BetweenFrame& frame) {
 
 // An object whose members are written one by one, each on a line of its own, and those that are
 // lists an item a line: a long shot's result is never in memory as a whole.
-class JsonFile {
+class JsonWriter {
  public:
-  explicit JsonFile(OutputFile& out) : out_(out) { out_.write("{"); }
+  explicit JsonWriter(OutputFile& out) : out_(out) { out_.write("{"); }
 
-  void add(const char* name, const Json& value) {
+  void add(const std::string& name, const Json& value) {
     beginMember(name);
     out_.write(textOf(value));
   }
@@ -164,7 +157,7 @@ class JsonFile {
   void close() { out_.write("}\n"); }
 
  private:
-  void beginMember(const char* name) {
+  void beginMember(const std::string& name) {
     out_.write(separator_ + textOf(name) + ":");
     separator_ = ",\n";
   }
@@ -177,21 +170,30 @@ class JsonFile {
 
 void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress) {
   PhaseCount count(progress, Phase::Writing, result.frames.size());
-  JsonFile file(out);
+  JsonWriter file(out);
   file.add("cornerpin", 2);
+  const Json provenance = provenanceJson(result);
+  for (const auto& field : provenance.items()) file.add(field.key(), field.value());
   file.add("base_frame", result.baseFrame);
   file.add("base_why", result.whyBase.empty() ? Json(nullptr) : Json(result.whyBase));
   file.add("reference_frame", result.referenceFrame);
   file.add("base_tracks", result.baseTracks);
   file.add("handed_over", result.handedOver);
   file.add("left_out", result.leftOut);
-  file.add("units", nameOf(result.units));
+  if (result.unused) {
+    file.addList("left_out_tracks", *result.unused, [](const UnusedTrack& track) {
+      return Json{{"name", track.name}, {"why", nameOf(track.why)}};
+    });
+  } else {
+    file.add("left_out_tracks", nullptr);
+  }
+  file.add("units", kPixels);
   file.add("loss", nameOf(result.loss));
   file.add("seed", result.seed);
   file.add("max_error", result.maxError);
   file.add("front", jsonOf(result.baseCentre));
   const auto asJson = [](const auto& item) { return jsonOf(item); };
-  file.addList("quads", result.quads, asJson);
+  file.addList("quads", result.quads, quadJson);
   file.addList("tracks", result.tracks, asJson);
   file.addList("worst_tracks", result.worst, asJson);
   file.addList("frames", result.frames, [&](const FrameResult& frame) {

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "shot/files/json_field.h"
+#include "shot/files/provenance_json.h"
 #include "shot/files/quad_file.h"
 #include "shot/plane/extent.h"
 #include "shot/solve/judge.h"
@@ -148,10 +149,29 @@ class ResultReader {
     result_.baseTracks = whole_.at("base_tracks").tally();
     if (const auto count = known(whole_, "handed_over")) result_.handedOver = count->tally();
     result_.leftOut = whole_.at("left_out").tally();
-    result_.units = oneOf(whole_.at("units"), {Units::Fit, Units::Raw});
+    result_.units = readUnits();
+    result_.provenance = provenanceIn(whole_);
+    readUnused();
     if (const auto loss = known(whole_, "loss")) result_.loss = lossIn(*loss);
     if (const auto seed = known(whole_, "seed")) result_.seed = seed->count();
     if (isJudged()) result_.maxError = whole_.at("max_error").lengthOrNull();
+  }
+
+  // Older files have the name of what the solver computed in at this place.
+  Units readUnits() const {
+    const JsonField units = whole_.at("units");
+    const bool older = units.text() != kPixels;
+    return oneOf(older ? units : whole_.at("options").at("units"), {Units::Fit, Units::Raw});
+  }
+
+  void readUnused() {
+    if (!whole_.has("left_out_tracks") || whole_.at("left_out_tracks").isNull()) return;
+    const JsonField list = whole_.at("left_out_tracks");
+    result_.unused.emplace();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const JsonField track = list.at(i);
+      result_.unused->push_back({track.at("name").text(), oneOf(track.at("why"), kReasonsUnused)});
+    }
   }
 
   void readQuadsAndFront() {

@@ -44,14 +44,17 @@ std::string baseFrame(const ShotResult& result) {
 }
 
 // Those that the base frame lacks, and what those of them that take part are good for.
+// How many tracks take part nowhere, and why, where that is known.
+std::string leftOut(const ShotResult& result) {
+  const std::string count = counted(static_cast<std::size_t>(result.leftOut), "track");
+  if (result.unused) return count + ": " + describe(*result.unused);
+  return count + (result.leftOut == 1 ? " takes part nowhere" : " take part nowhere");
+}
+
 std::string otherTracks(const ShotResult& result) {
   std::string text;
   if (!result.whyBase.empty()) text += row("chosen", result.whyBase);
-  if (result.leftOut > 0) {
-    text +=
-        row("left out", counted(static_cast<std::size_t>(result.leftOut), "track") +
-                            (result.leftOut == 1 ? " takes part nowhere" : " take part nowhere"));
-  }
+  if (result.leftOut > 0) text += row("left out", leftOut(result));
   if (result.handedOver == 0) return text;
   std::size_t with = 0;
   std::size_t needed = 0;

@@ -98,8 +98,8 @@ constexpr std::size_t kNoColumn = std::numeric_limits<std::size_t>::max();
 
 class TrackReader {
  public:
-  TrackReader(const std::string& path, const Progress& progress)
-      : csv_(path), progress_(progress) {}
+  TrackReader(const std::string& path, const Progress& progress, Sha256* digest)
+      : csv_(path, digest), progress_(progress) {}
 
   Tracks read() {
     readHeader();
@@ -277,8 +277,8 @@ class TrackReader {
 
 }  // namespace
 
-Tracks readTracks(const std::string& path, const Progress& progress) {
-  return TrackReader(path, progress).read();
+Tracks readTracks(const std::string& path, const Progress& progress, Sha256* digest) {
+  return TrackReader(path, progress, digest).read();
 }
 
 }  // namespace cornerpin

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "shot/files/sha256.h"
 #include "shot/solve/progress.h"
 #include "shot/solve/tracks.h"
 
@@ -23,7 +24,9 @@ namespace cornerpin {
 ///
 /// Cost: 33 bytes per row, and 4 more while rows are sorted that are not in the order of their
 /// frames and tracks; up to three times that from a pipe, whose length is not known beforehand.
-Tracks readTracks(const std::string& path, const Progress& progress = {});
+///
+/// \param digest  is given the file's bytes, those that the tracks were made of; null: none
+Tracks readTracks(const std::string& path, const Progress& progress = {}, Sha256* digest = nullptr);
 
 }  // namespace cornerpin
 

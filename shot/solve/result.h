@@ -12,8 +12,10 @@
 #include "shot/plane/homography.h"
 #include "shot/solve/doubt.h"
 #include "shot/solve/named_quad.h"
+#include "shot/solve/provenance.h"
 #include "shot/solve/track_runs.h"
 #include "shot/solve/units.h"
+#include "shot/solve/unused_track.h"
 #include "shot/solve/verdict.h"
 #include "shot/solve/wording.h"
 #include "shot/trust/frame_figures.h"
@@ -110,12 +112,14 @@ struct TrackResult {
 
 /// Places on the surface are those of its picture in the reference frame.
 struct ShotResult {
+  Provenance provenance;
   int baseFrame = 0;
   std::string whyBase;  ///< why it was chosen, for people; empty where it was given
   int referenceFrame = 0;
   int baseTracks = 0;  ///< tracks seen in the base frame
   int handedOver = 0;  ///< tracks absent from the base frame that take part; 0 where none is needed
   int leftOut = 0;     ///< all others, which take part nowhere
+  std::optional<std::vector<UnusedTrack>> unused;  ///< these by name, where that is known
   Units units = Units::Fit;
   Loss loss = Loss::None;
   std::uint64_t seed = 1;

@@ -84,8 +84,7 @@ class ShotSolver {
     result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.tracks().size());
     result_.handedOver = sweeps.handedOver();
-    result_.leftOut =
-        static_cast<int>(tracks.names.size() - base_.tracks().size()) - result_.handedOver;
+    findUnused();
     result_.units = options.units;
     result_.loss = options.loss;
     result_.seed = options.seed;
@@ -120,6 +119,32 @@ class ShotSolver {
   }
   FrameResult& resultOf(int frame) { return result_.frames[indexOf(frame)]; }
   FrameErrors& errorsOf(const FrameResult& result) { return errors_[indexOf(result.frame)]; }
+
+  void findUnused() {
+    std::vector<bool> seen(tracks_.names.size());
+    for (const Observation& o : tracks_.observations) {
+      if (o.weight > 0.0f) seen[static_cast<std::size_t>(o.track)] = true;
+    }
+    result_.unused.emplace();
+    for (std::size_t t = 0; t < seen.size(); ++t) {
+      const int track = static_cast<int>(t);
+      const bool known = sweeps_.surfaceMap().knows(track);
+      if (base_.sees(track) || (result_.handedOver > 0 && known)) continue;
+      result_.unused->push_back({tracks_.names[t], seen[t] ? whyUnused(known) : whyUnseen(t)});
+    }
+    result_.leftOut = static_cast<int>(result_.unused->size());
+  }
+
+  // Of a track that the base frame lacks.
+  Unused whyUnused(bool known) const {
+    if (!options_.handOver || options_.loss == Loss::None) return Unused::AbsentInBase;
+    return known ? Unused::NotNeeded : Unused::NoPlace;
+  }
+
+  Unused whyUnseen(std::size_t track) const {
+    return track < tracks_.emptied.size() ? tracks_.emptied[track].value_or(Unused::NoWeight)
+                                          : Unused::NoWeight;
+  }
 
   // Puts what the figures of trust are about into the base frame.
   void placeQuads() {

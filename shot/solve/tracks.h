@@ -4,8 +4,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "shot/solve/unused_track.h"
 
 namespace cornerpin {
 
@@ -46,6 +49,8 @@ struct Tracks {
   std::vector<std::string> names;         ///< in the order of first appearance
   std::vector<Observation> observations;  ///< by frame, then by track; never empty once read
   std::vector<std::size_t> frameStarts;   ///< of each frame and the end of the last; may be empty
+  /// By track, why a selection has left nothing of it; may be empty.
+  std::vector<std::optional<Unused>> emptied;
 };
 
 /// The most frames that a shot may span, gaps included.

@@ -84,7 +84,9 @@ TEST(RebaseCommand, AgreesWithTheSolveAndLeadsBack) {
       json::parse(cornerpin({"solve", kFacade, "--base", "20", "--reference", "50", "--json"}).out);
   EXPECT_EQ(there["frames"][3]["h"], asked["frames"][3]["h"]);
   writeFile(solved / "there.json", there.dump());
-  const json back = json::parse(rebased(solved / "there.json", "20").out);
+  json back = json::parse(rebased(solved / "there.json", "20").out);
+  EXPECT_EQ(back["rebased"].size(), 2u);
+  back["rebased"] = json::array();
   EXPECT_LT(difference(back, json::parse(readFile(solved.path()))), 1e-9);
 }
 

@@ -58,9 +58,9 @@ Tracks smallShot() {
 }
 
 // The weights that a command line leaves: a1, b1, a2, b2.
-std::vector<float> weightsAfter(const Words& words) {
+std::vector<float> weightsAfter(const Words& words, const FrameRange& frames = {}) {
   Tracks tracks = smallShot();
-  parsed<SelectionOptions>(words).apply(tracks);
+  parsed<SelectionOptions>(words).apply(tracks, frames);
   std::vector<float> weights;
   for (const Observation& o : tracks.observations) weights.push_back(o.weight);
   return weights;
@@ -223,6 +223,39 @@ TEST(SelectionOptions, MayBeGivenMoreThanOnce) {
   EXPECT_EQ(weightsAfter({"--keep", "b", "--drop", "b:1"}), (std::vector<float>{0, 0, 0, 1}));
 }
 
+// A list may name frames that the range leaves out.
+TEST(SelectionOptions, ApplyWithinTheFrames) {
+  EXPECT_EQ(weightsAfter({"--drop", "a:1", "--drop", "b:2"}, {2, 9}), (std::vector<float>{1, 0}));
+  EXPECT_EQ(refusal([] {
+              weightsAfter({}, {3, 9});
+            }),
+            "--frames: \"3-9\" has no frame with a track: take some from 1 to 2");
+  EXPECT_EQ(refusal([] {
+              weightsAfter({"--keep", "a:1"}, {2, 2});
+            }),
+            "--keep and --drop leave no track in the frames of --frames: keep or drop others");
+}
+
+TEST(FramesOption, IsARangeOrAll) {
+  EXPECT_TRUE(parsed<FramesOption>({}).value().isAll());
+  EXPECT_EQ(parsed<FramesOption>({"--frames", "-10--3"}).value(), (FrameRange{-10, -3}));
+  EXPECT_EQ(parsed<FramesOption>({"--frames=-5"}).value(), (FrameRange{-5, -5}));
+  EXPECT_THROW(parsed<FramesOption>({"--frames", ""}), CLI::ValidationError);
+  EXPECT_EQ(refusal([] {
+              parsed<FramesOption>({"--frames", "5-1"}).value();
+            }),
+            "--frames: \"5-1\" runs backwards: write 1-5");
+}
+
+TEST(TracksArgument, NamesItsFileWithoutTheFolder) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.csv", "");
+  EXPECT_EQ(parsed<TracksArgument>({folder / "a.csv"}).fileName(), "a.csv");
+  for (const char* path : {"-", "/dev/stdin", "/dev/null", "/", "/nowhere/a.csv"}) {
+    EXPECT_EQ(parsed<TracksArgument>({path}).fileName(), "") << path;
+  }
+}
+
 TEST(SelectionOptions, TakeOneWordEach) {
   EXPECT_THROW(parsed<SelectionOptions>({"--drop", "a", "b"}), CLI::ExtrasError);
   EXPECT_THROW(parsed<SelectionOptions>({"--keep", "a", "b"}), CLI::ExtrasError);
@@ -232,15 +265,15 @@ TEST(SelectionOptions, NameTheOptionThatIsRefused) {
   EXPECT_EQ(refusal([] {
               weightsAfter({"--drop", "c"});
             }),
-            "--drop: \"c\" names no track of this shot");
+            "--drop: \"c\" names no track of this shot: take one of a, b");
   EXPECT_EQ(refusal([] {
               weightsAfter({"--keep", "a:9"});
             }),
-            "--keep: \"a:9\" names no frame of this shot");
+            "--keep: \"a:9\" names no frame of this shot: take some from 1 to 2");
   EXPECT_EQ(refusal([] {
               weightsAfter({"--keep", "a", "--drop", "a"});
             }),
-            "--keep and --drop leave no track");
+            "--keep and --drop leave no track: keep or drop others");
 }
 
 TEST(UnitsOption, IsFitOrRaw) {

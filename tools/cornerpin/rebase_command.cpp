@@ -12,6 +12,7 @@
 #include "shot/solve/rebase.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
+#include "tools/cornerpin/this_program.h"
 
 namespace cornerpin {
 
@@ -41,7 +42,9 @@ int run(const Arguments& arguments) {
   if (!onStandardOutput) refuseInput(arguments.input, arguments.output.path);
   requireWritable(arguments.output.path);
   ShotResult result = readResult(arguments.input);
+  const int from = result.referenceFrame;
   rebase(result, reference);
+  if (reference != from) result.provenance.rebased.push_back({from, reference, thisProgram()});
   OutputFile out(onStandardOutput ? "-" : arguments.output.path);
   writeResult(result, format, out);
   out.commit();

@@ -79,6 +79,12 @@ void TracksArgument::addTo(CLI::App& parser) {
       ->option_text(" ");
 }
 
+std::string TracksArgument::fileName() const {
+  std::error_code ignored;
+  const bool plain = path.rfind("/dev/", 0) != 0 && std::filesystem::is_regular_file(path, ignored);
+  return plain ? std::filesystem::path(path).filename().string() : std::string();
+}
+
 void OutputOptions::addTo(CLI::App& parser) {
   CLI::Option* output =
       parser
@@ -197,22 +203,45 @@ std::vector<NamedQuad> QuadOptions::value(std::optional<int> frame) const {
   return all;
 }
 
+void FramesOption::addTo(CLI::App& parser) {
+  parser.add_option("--frames", text, "Solve these frames only: 10-60, or 60- to the last one")
+      ->check(refuseEmpty)
+      ->option_text("FRAMES");
+}
+
+FrameRange FramesOption::value() const {
+  if (text.empty()) return {};
+  try {
+    return parseFrameRange(text);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(std::string("--frames: ") + error.what());
+  }
+}
+
 void SelectionOptions::addTo(CLI::App& parser) {
-  parser.add_option("--drop", drop, "Leave out tracks, or some of their frames: t007,t042:60-81")
+  parser.add_option("--drop", drop, "Leave out tracks, or frames of them: t007,n*,t042:60-81")
       ->allow_extra_args(false)
       ->option_text("TRACKS");
-  parser.add_option("--keep", keep, "Use only these tracks, or frames of them: t001,t002:1-50")
+  parser.add_option("--keep", keep, "Use only these tracks, or frames of them: t00?,t042:1-50")
       ->allow_extra_args(false)
       ->option_text("TRACKS");
 }
 
-void SelectionOptions::apply(Tracks& tracks) const {
+void SelectionOptions::apply(Tracks& tracks, const FrameRange& frames) const {
   const std::vector<Selected> kept = parseLists("--keep", keep, tracks);
   const std::vector<Selected> dropped = parseLists("--drop", drop, tracks);
   try {
+    takeFrames(tracks, frames);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(std::string("--frames: ") + error.what());
+  }
+  try {
     select(tracks, kept, dropped);
   } catch (const std::invalid_argument&) {
-    throw std::invalid_argument("--keep and --drop leave no track");
+    throw std::invalid_argument(frames.isAll()
+                                    ? "--keep and --drop leave no track: keep or drop others"
+                                    : "--keep and --drop leave no track in the frames of --frames: "
+                                      "keep or drop others");
   }
 }
 

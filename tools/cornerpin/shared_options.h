@@ -9,6 +9,7 @@
 
 #include "shot/files/result_file.h"
 #include "shot/plane/points.h"
+#include "shot/solve/frame_range.h"
 #include "shot/solve/named_quad.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/solve/tracks.h"
@@ -27,6 +28,9 @@ namespace cornerpin {
 struct TracksArgument {
   std::string path;
   void addTo(CLI::App& parser);
+  /// The file's name without its folder; empty for what is no plain file, which has none of its
+  /// own.
+  std::string fileName() const;
 };
 
 /// -o and --format: the file that is written, none when the path is empty.
@@ -74,13 +78,21 @@ struct QuadOptions {
   std::vector<NamedQuad> value(std::optional<int> frame) const;
 };
 
+/// --frames: the range of the shot that is solved; all when it is not given.
+struct FramesOption {
+  std::string text;
+  void addTo(CLI::App& parser);
+  FrameRange value() const;
+};
+
 /// --drop and --keep: which tracks count, and where.
 struct SelectionOptions {
   std::vector<std::string> drop;
   std::vector<std::string> keep;
   void addTo(CLI::App& parser);
-  /// What is not selected stays with weight 0 (`select`).
-  void apply(Tracks& tracks) const;
+  /// Leaves the frames of the range (`takeFrames`) and in them what is selected (`select`). A list
+  /// may name any frames of the whole shot.
+  void apply(Tracks& tracks, const FrameRange& frames) const;
 };
 
 /// --units: the coordinates that the solver works in.

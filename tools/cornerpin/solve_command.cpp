@@ -14,6 +14,7 @@
 #include "shot/files/explanation_csv.h"
 #include "shot/files/output_file.h"
 #include "shot/files/result_file.h"
+#include "shot/files/sha256.h"
 #include "shot/files/summary.h"
 #include "shot/files/track_csv.h"
 #include "shot/solve/shot_solver.h"
@@ -22,6 +23,7 @@
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
 #include "tools/cornerpin/shared_options.h"
+#include "tools/cornerpin/this_program.h"
 
 namespace cornerpin {
 
@@ -40,6 +42,10 @@ constexpr const char* kHelp =
     "one of weight 1. Weight 0 is the same as no row. A track that the base frame lacks "
     "takes\n"
     "part once other frames have told where on the surface it is.\n\n"
+    "--drop and --keep take names and patterns such as n*, t? or t[1-4]. A name in double quotes\n"
+    "is taken as it is, with commas and stars; keep the quotes from the shell: '\"p,1\":60-81'.\n"
+    "Frames are 60, 60-81 or 60-, which goes on to the end. They may be negative: -5 is frame -5,\n"
+    "and so --frames has no form that only ends.\n\n"
     "With --reference F the transforms start from frame F instead, and quads are corners read\n"
     "there; without it they are read on the frame given by --base. F has no influence on the "
     "fit.\n\n"
@@ -61,6 +67,7 @@ struct Arguments {
   BaseOption base;
   ReferenceOption reference;
   QuadOptions quads;
+  FramesOption frames;
   SelectionOptions selection;
   std::string explanation;
   UnitsOption units;
@@ -84,6 +91,7 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.base.addTo(parser);
   arguments.reference.addTo(parser);
   arguments.quads.addTo(parser);
+  arguments.frames.addTo(parser);
   arguments.selection.addTo(parser);
   parser
       .add_option("--explain", arguments.explanation,
@@ -159,13 +167,64 @@ void checkOutputs(const Arguments& arguments) {
   requireWritable(arguments.explanation);
 }
 
-ShotResult solve(const Arguments& arguments, const SolveOptions& options,
-                 const RetouchOptions& retouches, Tracks& tracks, const Progress& progress) {
-  tracks = readTracks(arguments.input.path, progress);
-  arguments.selection.apply(tracks);
-  checkTimes(retouches.at, tracks);
-  ShotResult result = solveShot(tracks, options, progress);
-  retouch(result, retouches);
+GivenOptions givenIn(const Arguments& arguments, const SolveOptions& options,
+                     const RetouchOptions& retouches) {
+  GivenOptions given;
+  given.base = options.base;
+  given.reference = options.reference;
+  given.frames = arguments.frames.value();
+  given.keep = arguments.selection.keep;
+  given.drop = arguments.selection.drop;
+  given.baseOnly = arguments.baseOnly.given;
+  given.hold = arguments.hold.given;
+  given.maxError = options.maxError;
+  given.at = retouches.at;
+  given.quads = options.quads;
+  return given;
+}
+
+// Whether anything is written that names the digest of the tracks.
+bool writesJson(const Arguments& arguments) {
+  const bool file = !arguments.output.path.empty();
+  return arguments.json.given || (file && arguments.output.format() == Format::Json);
+}
+
+// Reads the tracks that take part, and notes what they were read from.
+Tracks read(const Arguments& arguments, const FrameRange& frames, InputFile& input,
+            const Progress& progress) {
+  std::optional<Sha256> digest;
+  if (writesJson(arguments)) digest.emplace();
+  Tracks tracks = readTracks(arguments.input.path, progress, digest ? &*digest : nullptr);
+  input.name = arguments.input.fileName();
+  input.sha256 = digest ? digest->hex() : "";
+  input.rows = static_cast<std::int64_t>(tracks.observations.size());
+  arguments.selection.apply(tracks, frames);
+  return tracks;
+}
+
+// What is to be done with the tracks.
+struct Plan {
+  SolveOptions options;
+  RetouchOptions retouches;
+  GivenOptions given;
+};
+
+Plan planOf(const Arguments& arguments) {
+  Plan plan = {optionsOf(arguments), retouchOf(arguments), {}};
+  plan.given = givenIn(arguments, plan.options, plan.retouches);
+  return plan;
+}
+
+ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks,
+                 const Progress& progress) {
+  InputFile input;
+  tracks = read(arguments, plan.given.frames, input, progress);
+  checkTimes(plan.retouches.at, tracks);
+  ShotResult result = solveShot(tracks, plan.options, progress);
+  retouch(result, plan.retouches);
+  result.provenance.program = thisProgram();
+  result.provenance.options = plan.given;
+  result.provenance.input = input;
   return result;
 }
 
@@ -210,16 +269,15 @@ int exitCode(const Arguments& arguments, const ShotResult& result) {
 
 int run(const Arguments& arguments) {
   checkShown(arguments);
-  const SolveOptions options = optionsOf(arguments);
-  const RetouchOptions retouches = retouchOf(arguments);
+  const Plan plan = planOf(arguments);
   const Format format = arguments.output.format();
   checkOutputs(arguments);
 
   Tracks tracks;
   const ShotResult result = [&] {
     ProgressBar bar;  // gone before anything is printed
-    ShotResult solved = solve(arguments, options, retouches, tracks, bar.progress());
-    advise(tracks, options, solved, bar.progress());
+    ShotResult solved = solve(arguments, plan, tracks, bar.progress());
+    advise(tracks, plan.options, solved, bar.progress());
     writeFiles(arguments, format, tracks, solved, bar.progress());
     return solved;
   }();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "shot/files/input_error.h"
+#include "shot/files/sha256.h"
 #include "tests/shot/random.h"
 #include "tests/support/files.h"
 
@@ -361,4 +362,30 @@ TEST(CsvReader, EstimatesTheRecordsOfALargeFileFromASample) {
 TEST(CsvReader, EstimatesNothingForAPipe) {
   const StandardInput input("a,b\nc,d\n");
   EXPECT_EQ(CsvReader("-").estimatedRecords(), 0u);
+}
+
+// The digest is that of what was read, even where the file changes on the way.
+TEST(CsvReader, DigestsTheBytesThatItReads) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "in.csv";
+  std::string before;
+  std::string behind;
+  for (int i = 0; i < 100000; ++i) {
+    before += "aaaa,bbbb\n";
+    behind += "cccc,dddd\n";
+  }
+  writeFile(path, before);
+  Sha256 digest;
+  CsvReader csv(path, &digest);
+  std::string read;
+  for (int i = 0; csv.next(); ++i) {
+    if (i == 0) std::ofstream(path, std::ios::in | std::ios::binary) << behind;
+    read += std::string(csv.field(0)) + "," + std::string(csv.field(1)) + "\n";
+  }
+  ASSERT_EQ(read.size(), before.size());
+  EXPECT_NE(read, before);
+  EXPECT_NE(read, behind);
+  Sha256 expected;
+  expected.add(read.data(), read.size());
+  EXPECT_EQ(digest.hex(), expected.hex());
 }

@@ -24,7 +24,7 @@ TEST(ResultJson, HoldsEveryFieldAndEveryBit) {
   EXPECT_EQ(j["left_out"], 2);
   EXPECT_TRUE(j["base_why"].is_null());
   EXPECT_EQ(j["frames"][1]["handed_over"], 2);
-  EXPECT_EQ(j["units"], "fit");
+  EXPECT_EQ(j["units"], "pixels of the input");
   ASSERT_EQ(j["frames"].size(), 2u);
   const json& held = j["frames"][1];
   EXPECT_EQ(held["frame"], 6);

@@ -111,6 +111,17 @@ TEST(SummaryTable, SpeaksOfBaseSolvedAndHeldFrames) {
             "Good: both frames.\n");
 }
 
+TEST(SummaryTable, CountsTracksThatAreLeftOutByReason) {
+  ShotResult result;
+  result.leftOut = 3;
+  result.unused = {{{"a", Unused::Dropped}, {"b", Unused::NoWeight}, {"c", Unused::Dropped}}};
+  result.frames = {frame(0, Status::Base, 0.0)};
+  result.quads = {kSquare};
+  const std::string table = tableOf(result, true);
+  EXPECT_NE(table.find("left out      3 tracks: 1 of weight 0, 2 dropped\n"), std::string::npos)
+      << table;
+}
+
 TEST(SummaryTable, WritesNumbersOfAnySize) {
   ShotResult result;
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 3e30),

@@ -86,6 +86,7 @@ TEST(SolveShot, LeavesOutTracksAbsentFromTheBase) {
   const ShotResult result = solveShot(tracks, based(0));
   EXPECT_EQ(result.baseTracks, 5);
   EXPECT_EQ(result.leftOut, 2);
+  EXPECT_EQ(describe(*result.unused), "2 absent in the base frame");
   EXPECT_EQ(result.frames[1].tracks, 5);
   EXPECT_LT(result.frames[1].rms, 1e-4);
 }

@@ -226,6 +226,7 @@ TEST(SolveShot, LooksOnlyAtTracksWithAWeightInTheBaseFrame) {
     const ShotResult b = solveShot(without, options);
     EXPECT_EQ(a.baseTracks, 5);
     EXPECT_EQ(a.leftOut, 1);
+    EXPECT_EQ(a.unused->front().why, loss == Loss::None ? Unused::AbsentInBase : Unused::NoPlace);
     EXPECT_EQ(a.frames[1].tracks, 5);
     EXPECT_EQ(a.frames[1].h, b.frames[1].h);
     EXPECT_EQ(a.quads[0].corners[2].x, 500.0);

@@ -146,6 +146,7 @@ TEST(ShotSweeps, IsLeftOutOnDemandAndWithoutALoss) {
     const ShotResult result = solveShot(relay.tracks, options);
     EXPECT_EQ(result.handedOver, 0);
     EXPECT_EQ(result.leftOut, 8 * 11);
+    EXPECT_EQ(describe(*result.unused), "88 absent in the base frame");
     EXPECT_EQ(result.frames[59].verdict.status, Status::Held);
     EXPECT_EQ(result.frames[59].verdict.shortfall, Shortfall::NoTracks);
   }
@@ -241,6 +242,7 @@ void expectBaseFramesTracksDecide(const Tracks& tracks) {
   const ShotResult without = solveShot(tracks, baseOnly);
   EXPECT_EQ(with.handedOver, 0);
   EXPECT_EQ(with.leftOut, static_cast<int>(tracks.names.size()) - 40);
+  EXPECT_EQ(describe(*with.unused), std::to_string(with.leftOut) + " not needed");
   for (std::size_t f = 0; f < with.frames.size(); ++f) {
     EXPECT_EQ(with.frames[f].h, without.frames[f].h) << f;
   }
@@ -407,6 +409,8 @@ TEST(ShotSweeps, GivesNoPlaceToATrackThatOnlyHeldFramesShow) {
   ASSERT_EQ(result.frames[11].verdict.status, Status::Held);
   EXPECT_EQ(result.handedOver, 0);
   EXPECT_EQ(result.leftOut, 1);
+  EXPECT_EQ(result.unused->front().name, "t5");
+  EXPECT_EQ(result.unused->front().why, Unused::NoPlace);
   EXPECT_TRUE(std::isnan(result.tracks[5].place.x));
 }
 

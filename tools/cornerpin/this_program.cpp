@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/this_program.h"
+
+#include "commit.h"
+
+namespace cornerpin {
+
+Program thisProgram() { return {"cornerpin", CORNERPIN_VERSION, CORNERPIN_COMMIT}; }
+
+}  // namespace cornerpin
