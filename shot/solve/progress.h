@@ -15,6 +15,8 @@ enum class Phase {
   ChoosingBase,  ///< a total of 0
   HandingOver,   ///< in steps of the joint fit: at most so many
   Figures,       ///< of trust; in frames, which are gone through more than once
+  Smoothing,     ///< a total of 0
+  Filling,       ///< a total of 0
   Writing,       ///< in frames
 };
 

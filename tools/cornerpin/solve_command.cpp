@@ -164,7 +164,7 @@ ShotResult solve(const Arguments& arguments, const SolveOptions& options,
   arguments.selection.apply(tracks);
   checkTimes(retouches.at, tracks);
   ShotResult result = solveShot(tracks, options, progress);
-  retouch(result, retouches);
+  retouch(result, retouches, progress);
   return result;
 }
 
