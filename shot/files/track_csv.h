@@ -35,7 +35,8 @@ struct FrameSpan {
 /// \param span  rows of other frames are checked and left out; none of its frames is too far off
 ///
 /// Cost: 33 bytes per row, and 4 more while rows are sorted that are not in the order of their
-/// frames and tracks; up to three times that from a pipe, whose length is not known beforehand.
+/// frames and tracks; up to three times that from a pipe or a
+/// gzip file, whose rows cannot be estimated beforehand.
 Tracks readTracks(const std::string& path, const Progress& progress = {},
                   const std::optional<FrameSpan>& span = {});
 
