@@ -3,7 +3,7 @@
 # configures build/bench.
 
 bench_needs="heaptrack libbenchmark-dev libceres-dev libcli11-dev libcminpack-dev libeigen3-dev
-  libgsl-dev libgtest-dev libimath-dev libopencv-dev nlohmann-json3-dev pkg-config valgrind"
+  libgsl-dev libgtest-dev libimath-dev libopencv-dev nlohmann-json3-dev pkg-config valgrind zlib1g-dev"
 
 install_missing() {
   command -v dpkg-query >/dev/null || return 0

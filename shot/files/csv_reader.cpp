@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/files/csv_reader.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -26,14 +23,18 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 // So many line ends stand behind the bytes that were read: a scan needs no other bound.
 constexpr std::size_t kGuard = sizeof(std::uint64_t);
 
-constexpr std::int64_t kSamples = 32;
+// A header shows its separator within so many bytes.
+constexpr std::size_t kShowing = std::size_t{64} * 1024;
+
+constexpr std::size_t kSamples = 32;
 constexpr std::size_t kSampleSize = 4096;
 
 bool endsLine(char c) { return c == '\n' || c == '\r'; }
 
-// Those of eight bytes that may be a comma, a quote, a blank or a line end have the highest bit
+// Those of eight bytes that may be a separator, a quote, a blank or a line end have the highest bit
 // set, the first of them in the lowest place: all ASCII below '-', so no letter, digit, point or
-// minus.
+// minus, and semicolons where they separate.
+template <char kSeparator>
 std::uint64_t marksIn(const char* bytes) {
   constexpr std::uint64_t kOnes = 0x0101010101010101;
   constexpr std::uint64_t kHigh = 0x80 * kOnes;
@@ -43,7 +44,10 @@ std::uint64_t marksIn(const char* bytes) {
   word = __builtin_bswap64(word);
 #endif
   const std::uint64_t notBelow = (word & ~kHigh) + (0x80 - '-') * kOnes;
-  return ~(notBelow | word) & kHigh;
+  const std::uint64_t marks = ~(notBelow | word) & kHigh;
+  if (kSeparator < '-') return marks;
+  const std::uint64_t other = word ^ (kOnes * kSeparator);
+  return marks | (~(((other & ~kHigh) + ~kHigh) | other) & kHigh);
 }
 
 std::size_t firstOf(std::uint64_t marks) {
@@ -51,54 +55,81 @@ std::size_t firstOf(std::uint64_t marks) {
 }
 
 // The lines that are not empty.
-std::int64_t linesIn(std::string_view text) {
-  std::int64_t lines = 0;
+std::size_t linesIn(std::string_view text) {
+  std::size_t lines = 0;
   for (std::size_t i = 1; i < text.size(); ++i)
     lines += endsLine(text[i]) && !endsLine(text[i - 1]);
   return lines;
 }
 
+// How often each separator stands in a line, outside of quotes.
+class SeparatorCount {
+ public:
+  // False where the line ends and is not blank.
+  bool add(char c) {
+    if (c == '"') quoted_ = !quoted_;
+    if (quoted_) return true;
+    if (endsLine(c)) {
+      if (!blank_) return false;
+      counts_ = {};
+      return true;
+    }
+    blank_ = blank_ && (c == ' ' || c == '\t');
+    const std::size_t separator = kSeparators.find(c);
+    if (separator != std::string_view::npos) ++counts_[separator];
+    return true;
+  }
+
+  // The first of several alike.
+  char most() const {
+    const auto found = std::max_element(counts_.begin(), counts_.end());
+    return kSeparators[static_cast<std::size_t>(found - counts_.begin())];
+  }
+
+ private:
+  static constexpr std::string_view kSeparators = ",;\t";
+  std::array<std::size_t, 3> counts_{};
+  bool quoted_ = false;
+  bool blank_ = true;
+};
+
 }  // namespace
 
 CsvReader::CsvReader(const std::string& path, Sha256* digest)
-    : name_(path == "-" ? "<stdin>" : path), digest_(digest), buffer_(kBufferSize + kGuard, '\n') {
+    : source_(path, digest), buffer_(kBufferSize + kGuard, '\n') {
   if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0) throw std::bad_alloc();
   csv_set_blk_size(&parser_, kFieldBlock);
-  fd_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd_ < 0) throw InputError(name_, std::strerror(errno));
   while (filled_ < kByteOrderMark.size() && fill()) {
   }
   if (std::string_view(buffer_.data(), filled_).substr(0, 3) == kByteOrderMark) next_ = 3;
+  separator_ = findSeparator();
+  csv_set_delim(&parser_, static_cast<unsigned char>(separator_));
 }
 
-CsvReader::~CsvReader() {
-  if (fd_ > STDIN_FILENO) ::close(fd_);
-  csv_free(&parser_);
+CsvReader::~CsvReader() { csv_free(&parser_); }
+
+char CsvReader::findSeparator() {
+  SeparatorCount count;
+  for (std::size_t i = next_; i < kShowing; ++i) {
+    if (i == filled_ && !fill()) break;
+    if (!count.add(buffer_[i])) break;
+  }
+  return count.most();
 }
 
 std::size_t CsvReader::estimatedRecords() const {
-  struct stat file {};
-  if (::fstat(fd_, &file) != 0 || !S_ISREG(file.st_mode)) return 0;
   std::array<char, kSampleSize> sample;
-  std::int64_t lines = 0;
-  std::int64_t bytes = 0;
-  for (std::int64_t i = 0; i < kSamples; ++i) {
-    const std::int64_t begin = file.st_size / kSamples * i;
-    const ssize_t count = ::pread(fd_, sample.data(), sample.size(), begin);
-    if (count <= 0) continue;
-    lines += linesIn({sample.data(), static_cast<std::size_t>(count)});
+  const std::size_t size = source_.size();
+  std::size_t lines = 0;
+  std::size_t bytes = 0;
+  for (std::size_t i = 0; i < kSamples; ++i) {
+    const std::size_t count = source_.readAt(size / kSamples * i, sample.data(), sample.size());
+    lines += linesIn({sample.data(), count});
     bytes += count;
   }
   const double perByte =
-      static_cast<double>(lines) / static_cast<double>(std::max<std::int64_t>(bytes, 1));
-  return static_cast<std::size_t>(perByte * static_cast<double>(file.st_size));
-}
-
-CsvReader::Position CsvReader::position() const {
-  struct stat file {};
-  if (::fstat(fd_, &file) != 0 || !S_ISREG(file.st_mode)) return {};
-  return {static_cast<std::size_t>(::lseek(fd_, 0, SEEK_CUR)),
-          static_cast<std::size_t>(file.st_size)};
+      static_cast<double>(lines) / static_cast<double>(std::max<std::size_t>(bytes, 1));
+  return static_cast<std::size_t>(perByte * static_cast<double>(size));
 }
 
 bool CsvReader::next() {
@@ -133,14 +164,16 @@ bool CsvReader::nextLine() {
   return true;
 }
 
-// Goes on behind the line's first `length_` bytes to its end, noting commas, quotes and blanks on
-// the way; false when what has been read ends before. A quote makes the commas meaningless.
+// Goes on behind the line's first `length_` bytes to its end, noting separators, quotes and
+// blanks on the way; false when what has been read ends before. A quote makes the separators
+// meaningless.
+template <char kSeparator>
 bool CsvReader::scan() {
   const char* const text = buffer_.data() + begin_;
   for (std::size_t i = length_;; i += sizeof(std::uint64_t)) {
-    for (std::uint64_t marks = marksIn(text + i); marks != 0; marks &= marks - 1) {
+    for (std::uint64_t marks = marksIn<kSeparator>(text + i); marks != 0; marks &= marks - 1) {
       const std::size_t at = i + firstOf(marks);
-      if (text[at] == ',') {
+      if (text[at] == kSeparator) {
         ends_.push_back(at);
       } else if (endsLine(text[at])) {
         length_ = at;
@@ -151,6 +184,11 @@ bool CsvReader::scan() {
       }
     }
   }
+}
+
+bool CsvReader::scan() {
+  if (separator_ == ',') return scan<','>();
+  return separator_ == ';' ? scan<';'>() : scan<'\t'>();
 }
 
 void CsvReader::countLine() {
@@ -166,30 +204,21 @@ bool CsvReader::fill() {
   filled_ -= begin_;
   std::memmove(buffer_.data(), buffer_.data() + begin_, filled_);
   begin_ = 0;
+  if (filled_ > kLongest) fail(fmt::format("the line is longer than {} bytes", kLongest));
   if (filled_ + kGuard == buffer_.size()) buffer_.resize(2 * filled_ + kGuard);
-  filled_ += readSome(buffer_.data() + filled_, buffer_.size() - kGuard - filled_);
+  const std::size_t count =
+      source_.read(buffer_.data() + filled_, buffer_.size() - kGuard - filled_);
+  filled_ += count;
+  ended_ = count == 0;
   std::fill_n(buffer_.data() + filled_, kGuard, '\n');
   return !ended_;
-}
-
-std::size_t CsvReader::readSome(char* to, std::size_t most) {
-  for (;;) {
-    const ssize_t count = ::read(fd_, to, most);
-    if (count >= 0) {
-      ended_ = count == 0;
-      if (digest_ != nullptr) digest_->add(to, static_cast<std::size_t>(count));
-      return static_cast<std::size_t>(count);
-    }
-    if (errno == EINTR) continue;
-    if (errno == EBADF && fd_ == STDIN_FILENO) throw InputError(name_, "standard input is closed");
-    throw InputError(name_, std::strerror(errno));
-  }
 }
 
 // Takes the record that begins on the current line from the CSV library.
 void CsvReader::parseQuoted() {
   parsed_.clear();
   parsedEnds_.clear();
+  parsedLines_ = 0;
   complete_ = false;
   feedLine();
   while (!complete_ && nextLine()) feedLine();
@@ -204,6 +233,8 @@ void CsvReader::parseQuoted() {
 // A line holds the end of one record at most.
 void CsvReader::feedLine() {
   const std::string_view text = line(next_ - begin_);
+  parsedLines_ += text.size();
+  if (parsedLines_ > kLongest) fail(fmt::format("a quote is not closed in {} bytes", kLongest));
   if (csv_parse(&parser_, text.data(), text.size(), onField, onRecord, this) == text.size()) return;
   if (csv_error(&parser_) != CSV_EPARSE) throw std::bad_alloc();
   fail("a quote stands where none belongs");
@@ -223,6 +254,6 @@ void CsvReader::onField(void* text, std::size_t length, void* self) {
 
 void CsvReader::onRecord(int, void* self) { static_cast<CsvReader*>(self)->complete_ = true; }
 
-void CsvReader::fail(const std::string& text) const { throw InputError(name_, recordLine_, text); }
+void CsvReader::fail(const std::string& text) const { throw InputError(name(), recordLine_, text); }
 
 }  // namespace cornerpin

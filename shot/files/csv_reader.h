@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "shot/files/byte_source.h"
+
 namespace cornerpin {
 
 class Sha256;
@@ -22,15 +24,17 @@ inline std::string_view trimmed(std::string_view text) {
   return text;
 }
 
-/// Reads the records of a comma-separated file one by one, in memory proportional to the longest.
+/// Reads the records of a file one by one, in memory proportional to the longest. They are
+/// separated by the one of comma, semicolon and tab that its first line that is not blank has most
+/// of, outside of quotes: by commas where it has none.
 ///
-/// Takes quoted fields (with line ends inside), LF, CRLF and CR line ends, a leading byte-order
-/// mark, and skips blank lines. Blanks around an unquoted field are dropped. Throws `InputError`
-/// when the file cannot be read, for a stray quote, and for a quote that is never closed.
+/// Takes gzip files, quoted fields (with line ends inside), LF, CRLF and CR line ends, a leading
+/// byte-order mark, and skips blank lines. Blanks around an unquoted field are dropped. Throws
+/// `InputError` when the file cannot be read, for a stray quote, for a quote that is never closed,
+/// and for a record longer than `kLongest`.
 ///
-/// Cost: a line without a quote is cut at its commas where it stands in the file's block; only
-/// lines with one go through libcsv. Blocks are read, not mapped, so that a file that somebody cuts
-/// off meanwhile simply ends there.
+/// Cost: a line without a quote is cut where it stands in the file's block; only lines with one go
+/// through libcsv.
 class CsvReader {
  public:
   /// "-" reads standard input, which errors call "<stdin>".
@@ -52,35 +56,36 @@ class CsvReader {
   }
   /// The line on which the current record starts, from 1; lines past 2^32 - 1 are not counted.
   std::uint32_t line() const { return recordLine_; }
-  const std::string& name() const { return name_; }
+  const std::string& name() const { return source_.name(); }
+  char separator() const { return separator_; }
+  /// What the file begins with, 256 kB of it at most; before the first record is asked for.
+  std::string_view beginning() const { return {buffer_.data() + next_, filled_ - next_}; }
 
   /// About how many records the whole file has, from the lines in a sample of it; none for what is
   /// not a plain file.
   std::size_t estimatedRecords() const;
-  /// How many bytes have been read, and how many there are: 0 where that is no plain file.
-  struct Position {
-    std::size_t done = 0;
-    std::size_t total = 0;
-  };
-  Position position() const;
+  ByteSource::Position position() const { return source_.position(); }
+
+  static constexpr std::size_t kLongest = std::size_t{4} * 1024 * 1024;
 
  private:
   static void onField(void* text, std::size_t length, void* self);
   static void onRecord(int terminator, void* self);
   bool nextLine();
+  template <char kSeparator>
   bool scan();
+  bool scan();
+  char findSeparator();
   void countLine();
   bool fill();
-  std::size_t readSome(char* to, std::size_t most);
   void parseQuoted();
   void feedLine();
   std::string_view line(std::size_t length) const { return {buffer_.data() + begin_, length}; }
   [[noreturn]] void fail(const std::string& text) const;
 
-  std::string name_;
-  Sha256* digest_;
-  int fd_ = -1;
+  ByteSource source_;
   csv_parser parser_;
+  char separator_ = ',';
 
   std::vector<char> buffer_;
   std::size_t begin_ = 0;   // of the current line
@@ -99,7 +104,8 @@ class CsvReader {
   std::vector<std::size_t> ends_;  // where each of them ends
   bool padded_ = false;            // blanks may stand around them that do not belong to them
 
-  std::string parsed_;  // the fields of a record with a quote
+  std::string parsed_;           // the fields of a record with a quote
+  std::size_t parsedLines_ = 0;  // the length of its lines
   std::vector<std::size_t> parsedEnds_;
   bool complete_ = false;
   bool outOfMemory_ = false;

@@ -5,14 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
 #include <limits>
-#include <memory>
 #include <set>
 
+#include "shot/files/byte_source.h"
 #include "shot/files/input_error.h"
 
 namespace cornerpin {
@@ -21,17 +18,13 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string readWhole(const std::string& path, const std::string& name) {
-  const auto close = [](std::FILE* file) { return file == stdin ? 0 : std::fclose(file); };
-  const std::unique_ptr<std::FILE, decltype(close)> file(
-      path == "-" ? stdin : std::fopen(path.c_str(), "rb"), close);
-  if (!file) throw InputError(name, std::strerror(errno));
+std::string readWhole(const std::string& path) {
+  ByteSource source(path);
   std::string text;
   std::array<char, 65536> piece;
-  while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get())) {
+  while (const std::size_t count = source.read(piece.data(), piece.size())) {
     text.append(piece.data(), count);
   }
-  if (std::ferror(file.get()) != 0) throw InputError(name, std::strerror(errno));
   return text;
 }
 
@@ -123,7 +116,7 @@ void JsonField::refuse(std::string_view text) const {
 }
 
 JsonFile::JsonFile(const std::string& path, Names names) : name_(path == "-" ? "<stdin>" : path) {
-  const std::string text = readWhole(path, name_);
+  const std::string text = readWhole(path);
   std::set<std::string> seen;
   const auto noteName = [&](int depth, Json::parse_event_t event, const Json& name) {
     if (event == Json::parse_event_t::key && depth == 1 &&

@@ -48,7 +48,7 @@ class JsonField {
   std::string place_;  // "frames[3].h"; empty for the whole
 };
 
-/// A JSON file in memory. "-" is standard input.
+/// A JSON file in memory, from a gzip file too. "-" is standard input.
 class JsonFile {
  public:
   enum class Names {

@@ -8,13 +8,18 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <unordered_map>
 #include <vector>
 
 #include "shot/files/csv_reader.h"
+#include "shot/files/far_frame.h"
+#include "shot/files/file_kind.h"
 #include "shot/files/input_error.h"
+#include "shot/files/refused_rows.h"
+#include "shot/solve/selection.h"
 
 namespace cornerpin {
 
@@ -75,20 +80,38 @@ bool parsesPlain(std::string_view text, double& value) {
   return true;
 }
 
+enum class Parsed { Number, OutOfRange, Nothing };
+
 template <class T>
-bool parsesBare(std::string_view text, T& value) {
+Parsed parseBare(std::string_view text, T& value) {
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
-  return error == std::errc() && stop == end;
+  if (stop == end && error == std::errc()) return Parsed::Number;
+  const bool all = stop == end && error == std::errc::result_out_of_range;
+  return all ? Parsed::OutOfRange : Parsed::Nothing;
 }
 
 // The whole text as a number; blanks around it and a leading plus are fine.
 template <class T>
-bool parses(std::string_view text, T& value) {
-  if (parsesBare(text, value)) return true;
+Parsed parse(std::string_view text, T& value) {
+  if (parseBare(text, value) == Parsed::Number) return Parsed::Number;
   text = trimmed(text);
   if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
-  return parsesBare(text, value);
+  return parseBare(text, value);
+}
+
+// Whether a number becomes of it with a point in place of a comma.
+bool hasDecimalComma(std::string_view text) {
+  std::string pointed(text);
+  const std::size_t comma = pointed.find(',');
+  if (comma == std::string::npos || comma + 1 == pointed.size()) return false;
+  pointed[comma] = '.';
+  double value = 0.0;
+  return parse(std::string_view(pointed), value) == Parsed::Number;
+}
+
+std::string counted(std::size_t count, const char* what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
 enum Column : std::size_t { kTrack, kFrame, kX, kY, kWeight, kColumnCount };
@@ -98,30 +121,40 @@ constexpr std::size_t kNoColumn = std::numeric_limits<std::size_t>::max();
 
 class TrackReader {
  public:
-  TrackReader(const std::string& path, const Progress& progress, Sha256* digest)
-      : csv_(path, digest), progress_(progress) {}
+  TrackReader(const std::string& path, const Progress& progress, const FrameRange& frames,
+              Sha256* digest)
+      : csv_(path, digest), progress_(progress), frames_(frames) {}
 
   Tracks read() {
     readHeader();
     const std::size_t rows = csv_.estimatedRecords();
     tracks_.observations.reserve(rows + rows / kMargin);
     report();
-    while (csv_.next()) {
-      readRow();
-      if (tracks_.observations.size() % kReported == 0) report();
+    for (std::size_t row = 1; hasNext(); ++row) {
+      take();
+      if (row % kReported == 0) report();
     }
-    if (tracks_.observations.empty()) {
-      throw InputError(csv_.name(), "there is a header but no track below it");
-    }
+    refused_.raise();
+    if (tracks_.observations.empty()) refuseEmpty();
     if (!anyPresent_) throw InputError(csv_.name(), "no track has a weight above 0");
+    rows_ = static_cast<std::int64_t>(tracks_.observations.size());
+    tracks_.sortNames();
+    if (frames_.isAll()) {
+      refuseFarFrames();
+    } else {
+      leaveOutFarFrames();
+    }
+    refuseTooMany();
     if (!tracks_.arrange()) refuseRepeated();
     return std::move(tracks_);
   }
 
+  std::int64_t rows() const { return rows_; }
+
  private:
   void report() const {
     if (!progress_) return;
-    const CsvReader::Position position = csv_.position();
+    const ByteSource::Position position = csv_.position();
     progress_(Phase::Reading, position.done, position.total);
   }
 
@@ -135,22 +168,41 @@ class TrackReader {
   std::string_view value(Column column) const { return csv_.field(columns_[column]); }
 
   void readHeader() {
+    if (const std::string kind = otherThanRecords(csv_.beginning()); !kind.empty()) {
+      throw InputError(csv_.name(), kind);
+    }
     if (!csv_.next()) throw InputError(csv_.name(), "the file is empty");
     columns_.fill(kNoColumn);
     fieldCount_ = csv_.fieldCount();
     for (std::size_t i = 0; i < fieldCount_; ++i) addColumn(i);
     for (std::size_t column = 0; column < kWeight; ++column) {
-      if (columns_[column] == kNoColumn) {
-        refuse(fmt::format("the header {} has no column {}", shown(headerText()),
-                           shown(kColumnNames[column])));
-      }
+      if (columns_[column] == kNoColumn) refuseHeader(kColumnNames[column]);
     }
+  }
+
+  [[noreturn]] void refuseHeader(std::string_view missing) const {
+    std::string hint;
+    if (hasField("frame") && hasField("h00")) {
+      hint = ": this is a result, not tracks";
+    } else if (fieldCount_ == 1) {
+      hint = ": columns are separated by commas, semicolons or tabs";
+    }
+    refuse(
+        fmt::format("the header {} has no column {}{}", shown(headerText()), shown(missing), hint));
+  }
+
+  bool hasField(std::string_view name) const {
+    for (std::size_t i = 0; i < fieldCount_; ++i) {
+      if (trimmed(csv_.field(i)) == name) return true;
+    }
+    return false;
   }
 
   std::string headerText() const {
     std::string text;
     for (std::size_t i = 0; i < fieldCount_ && text.size() <= kShownLength; ++i) {
-      text += (i > 0 ? "," : "") + std::string(csv_.field(i));
+      if (i > 0) text += csv_.separator();
+      text += csv_.field(i);
     }
     return text;
   }
@@ -164,10 +216,31 @@ class TrackReader {
     column = field;
   }
 
-  void readRow() {
+  bool hasNext() {
+    try {
+      return csv_.next();
+    } catch (const InputError& error) {
+      refused_.addLast(error);
+      return false;
+    }
+  }
+
+  void take() {
+    try {
+      const Observation row = readRow();
+      anyPresent_ = anyPresent_ || row.weight > 0.0f;
+      firstFrame_ = std::min(firstFrame_, row.frame);
+      lastFrame_ = std::max(lastFrame_, row.frame);
+      tracks_.observations.push_back(row);
+    } catch (const InputError& error) {
+      refused_.add(error);
+    }
+  }
+
+  Observation readRow() {
     if (csv_.fieldCount() != fieldCount_) {
-      refuse(
-          fmt::format("the row has {} fields, the header has {}", csv_.fieldCount(), fieldCount_));
+      refuse(fmt::format("the row has {}, the header has {}", counted(csv_.fieldCount(), "field"),
+                         fieldCount_));
     }
     Observation row;
     row.line = csv_.line();
@@ -176,8 +249,7 @@ class TrackReader {
     row.x = readPosition(kX);
     row.y = readPosition(kY);
     if (columns_[kWeight] != kNoColumn) row.weight = readWeight();
-    anyPresent_ = anyPresent_ || row.weight > 0.0f;
-    tracks_.observations.push_back(row);
+    return row;
   }
 
   // Tracks mostly come in the order of the frame before, or one stays for many rows: the track that
@@ -203,25 +275,31 @@ class TrackReader {
     return entry->second;
   }
 
-  std::int32_t readFrame() {
+  std::int32_t readFrame() const {
     std::int32_t frame = 0;
-    if (!parses(value(kFrame), frame)) refuse(kFrame, "frame must be a whole number, not");
-    const bool first = tracks_.observations.empty();
-    firstFrame_ = first ? frame : std::min(firstFrame_, frame);
-    lastFrame_ = first ? frame : std::max(lastFrame_, frame);
-    if (std::int64_t{lastFrame_} - firstFrame_ >= kMaxFrames) {
-      refuse(kFrame, fmt::format("frames {} to {} span more than {}: frame", firstFrame_,
-                                 lastFrame_, kMaxFrames));
+    const Parsed parsed = parse(value(kFrame), frame);
+    if (parsed != Parsed::Number) {
+      const bool isLarge = parsed == Parsed::OutOfRange;
+      refuse(kFrame, isLarge ? "frame is too large:" : "frame must be a whole number, not");
     }
     return frame;
   }
 
   double readNumber(Column column) const {
     double number = 0.0;
-    if (!parsesPlain(value(column), number) && !parses(value(column), number)) {
-      refuse(column, fmt::format("{} must be a number, not", kColumnNames[column]));
+    if (!parsesPlain(value(column), number)) {
+      const Parsed parsed = parse(value(column), number);
+      if (parsed != Parsed::Number) refuseNumber(column, parsed);
     }
     return number;
+  }
+
+  [[noreturn]] void refuseNumber(Column column, Parsed parsed) const {
+    const std::string_view name = kColumnNames[column];
+    if (parsed == Parsed::OutOfRange) refuse(column, fmt::format("{} is out of range:", name));
+    const bool comma = hasDecimalComma(value(column));
+    refuse(fmt::format("{} must be a number, not {}{}", name, shown(value(column)),
+                       comma ? ": write a decimal point" : ""));
   }
 
   // What single precision, in which the library computes, does not hold.
@@ -247,22 +325,71 @@ class TrackReader {
     return static_cast<float>(number);
   }
 
+  [[noreturn]] void refuseEmpty() const {
+    throw InputError(csv_.name(), "there is a header but no track below it");
+  }
+
+  std::optional<FarFrame> farFrame() const {
+    return findFarFrame(tracks_.observations, firstFrame_, lastFrame_);
+  }
+
+  void refuseFarFrames() const {
+    const std::optional<FarFrame> far = farFrame();
+    if (!far) return;
+    throw InputError(csv_.name(), far->line,
+                     fmt::format("frame {} is {} frames from the nearest other, and the shot has "
+                                 "{}: if that is right, name the frames with --frames",
+                                 far->frame, far->away, far->frames));
+  }
+
+  void leaveOutFarFrames() {
+    if (!farFrame()) return;
+    try {
+      takeFrames(tracks_, frames_);
+    } catch (const std::invalid_argument&) {
+      throw InputError(csv_.name(),
+                       fmt::format("no track is seen in the frames {}", frames_.text()));
+    }
+    const auto [first, last] = std::minmax_element(
+        tracks_.observations.begin(), tracks_.observations.end(),
+        [](const Observation& a, const Observation& b) { return a.frame < b.frame; });
+    firstFrame_ = first->frame;
+    lastFrame_ = last->frame;
+  }
+
+  void refuseTooMany() const {
+    if (std::int64_t{lastFrame_} - firstFrame_ < kMaxFrames) return;
+    throw InputError(csv_.name(), fmt::format("frames {} to {} span more than {}", firstFrame_,
+                                              lastFrame_, kMaxFrames));
+  }
+
   // Of the rows whose track the frame has already, the first in the file.
   [[noreturn]] void refuseRepeated() const {
     const auto& rows = tracks_.observations;
-    const Observation* repeated = nullptr;
+    std::vector<const Observation*> repeated;
     for (std::size_t i = 1; i < rows.size(); ++i) {
-      if (rows[i].frame != rows[i - 1].frame || rows[i].track != rows[i - 1].track) continue;
-      if (!repeated || rows[i].line < repeated->line) repeated = &rows[i];
+      if (rows[i].frame == rows[i - 1].frame && rows[i].track == rows[i - 1].track) {
+        repeated.push_back(&rows[i]);
+      }
     }
-    throw InputError(csv_.name(), repeated->line,
-                     fmt::format("track {} is given twice in frame {}, first on line {}",
-                                 shown(tracks_.names[static_cast<std::size_t>(repeated->track)]),
-                                 repeated->frame, repeated[-1].line));
+    std::sort(repeated.begin(), repeated.end(),
+              [](const Observation* a, const Observation* b) { return a->line < b->line; });
+    RefusedRows refused;
+    for (const Observation* row : repeated) {
+      refused.add({csv_.name(), row->line,
+                   fmt::format("track {} is given twice in frame {}, first on line {}",
+                               shown(tracks_.names[static_cast<std::size_t>(row->track)]),
+                               row->frame, row[-1].line)});
+    }
+    refused.raise();
+    throw std::logic_error("no track is repeated");
   }
 
   CsvReader csv_;
   const Progress& progress_;
+  const FrameRange& frames_;
+  std::int64_t rows_ = 0;
+  RefusedRows refused_;
   std::array<std::size_t, kColumnCount> columns_{};
   std::size_t fieldCount_ = 0;
   Tracks tracks_;
@@ -270,15 +397,20 @@ class TrackReader {
   std::string name_;                    // to look up
   std::vector<std::size_t> followers_;  // of each track, the one to guess for the next row
   std::size_t last_ = 0;                // the track of the last row
-  std::int32_t firstFrame_ = 0;
-  std::int32_t lastFrame_ = 0;
+  std::int32_t firstFrame_ = std::numeric_limits<std::int32_t>::max();
+  std::int32_t lastFrame_ = std::numeric_limits<std::int32_t>::min();
   bool anyPresent_ = false;
 };
 
 }  // namespace
 
-Tracks readTracks(const std::string& path, const Progress& progress, Sha256* digest) {
-  return TrackReader(path, progress, digest).read();
+Tracks readTracks(const std::string& path, const Progress& progress, const FrameRange& frames,
+                  ReadTrace* trace) {
+  Sha256* const digest = trace != nullptr && trace->digest ? &*trace->digest : nullptr;
+  TrackReader reader(path, progress, frames, digest);
+  Tracks tracks = reader.read();
+  if (trace != nullptr) trace->rows = reader.rows();
+  return tracks;
 }
 
 }  // namespace cornerpin

@@ -2,31 +2,50 @@
 #ifndef SHOT_FILES_TRACK_CSV_H
 #define SHOT_FILES_TRACK_CSV_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "shot/files/sha256.h"
+#include "shot/solve/frame_range.h"
 #include "shot/solve/progress.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
 
+/// What a file was that tracks were read from.
+struct ReadTrace {
+  std::optional<Sha256>
+      digest;             ///< takes its bytes, those that the tracks are made of; may be none
+  std::int64_t rows = 0;  ///< below the header
+};
+
 /// Reads tracks from a CSV file; "-" is standard input.
 ///
 /// The header names at least track, frame, x and y, in any order, and optionally weight (1 where
-/// there is none); other columns are skipped. One row per track and frame. Numbers are read alike
-/// in every locale.
+/// there is none); other columns are skipped. They are separated by commas, semicolons or tabs
+/// (`CsvReader`); the file may be a gzip file. One row per track and frame. Numbers are read alike
+/// in every locale. The tracks come in the order of their names, byte by byte, so that nothing
+/// depends on the order of the rows.
 ///
 /// Throws `InputError` with file and line for a missing or repeated column, a row of another
 /// length than the header, an empty track name, a frame that is not a whole number of 32 bits, a
 /// number that does not parse, a position or weight that is not finite in single precision, a
-/// negative weight, a track given twice in a frame, frames that span more than `kMaxFrames`, and
-/// without a line for a file that cannot be read or holds no track of a weight above 0.
+/// negative weight, a track given twice in a frame, and a frame far from all others
+/// (`findFarFrame`); of rows, the first ten are named (`RefusedRows`). Without a line for a file
+/// that cannot be read, is of another kind, holds no track of a weight above 0, or has frames that
+/// span more than `kMaxFrames`.
+///
+/// \param frames  where they are not all, no frame is refused for being far off: where one is, rows
+///                outside of them are left out
 ///
 /// Cost: 33 bytes per row, and 4 more while rows are sorted that are not in the order of their
-/// frames and tracks; up to three times that from a pipe, whose length is not known beforehand.
+/// frames and tracks; up to three times that from a pipe or a gzip file, whose rows cannot be
+/// estimated beforehand.
 ///
-/// \param digest  is given the file's bytes, those that the tracks were made of; null: none
-Tracks readTracks(const std::string& path, const Progress& progress = {}, Sha256* digest = nullptr);
+/// \param trace  what is to be known of the file besides; null: nothing
+Tracks readTracks(const std::string& path, const Progress& progress = {},
+                  const FrameRange& frames = {}, ReadTrace* trace = nullptr);
 
 }  // namespace cornerpin
 

@@ -72,10 +72,9 @@ ModelPass::ModelPass(std::vector<FrameResult>& frames, const std::vector<SweptFr
       knownIn_(std::move(knownIn)),
       refit_(std::move(refit)),
       certain_(frames.size()),
-      firm_(frames.size()),
-      settled_(frames.size()) {
+      firm_(frames.size()) {
   findFirm(likely);
-  trials_.emplace(firm_);
+  trials_.emplace(firmTransforms());
   for (std::size_t f = base; f + 1 < frames.size(); ++f) settle(f + 1, +1);
   for (std::size_t f = base; f > 0; --f) settle(f - 1, -1);
 }
@@ -90,8 +89,16 @@ void ModelPass::findFirm(double likely) {
   usual_ = sigmas.empty() ? Noise{likely, 1} : Noise{lowerMedian(sigmas), kUsualPairs};
   for (std::size_t f = 0; f < frames_.size(); ++f) {
     certain_[f] = f == base_ || isCertain(f);
-    if (certain_[f] && !isLikelyByChance(frames_[f].verdict.origin)) firm_[f] = frames_[f].h;
+    firm_[f] = certain_[f] && !isLikelyByChance(frames_[f].verdict.origin);
   }
+}
+
+std::vector<std::optional<Homography>> ModelPass::firmTransforms() const {
+  std::vector<std::optional<Homography>> transforms(frames_.size());
+  for (std::size_t f = 0; f < frames_.size(); ++f) {
+    if (firm_[f]) transforms[f] = frames_[f].h;
+  }
+  return transforms;
 }
 
 bool ModelPass::isCertain(std::size_t frame) const {
@@ -126,7 +133,7 @@ WeakFrame ModelPass::seenAround(std::size_t frame) const {
   std::vector<bool> good = swept_[frame].good;
   if (good.empty()) good.assign(used.size(), true);
   const Around others = around(frame, used, good);
-  weak.seen = *firm_[*firmFrom(frame, frame > base_ ? -1 : 1)];
+  weak.seen = frames_[*firmFrom(frame, frame > base_ ? -1 : 1)].h;
   weak.sigma = sigmaOf(others.squares, others.reliable);
   if (others.reliable == good) return weak;
   const Matches reliable = used.subset(others.reliable);
@@ -160,7 +167,7 @@ ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
       for (std::size_t t = 0; t < there.size(); ++t) {
         const auto found = squares.find(there.tracks()[t]);
         if (found == squares.end()) continue;
-        found->second.push_back(squaredResidual(there[t], *firm_[*near]));
+        found->second.push_back(squaredResidual(there[t], frames_[*near].h));
         votes[found->first] += found->second.back() <= farthest * farthest ? 1 : -1;
       }
     }
@@ -200,7 +207,7 @@ std::vector<Kept> ModelPass::groundsFor(std::size_t frame, std::ptrdiff_t step,
     Kept kept;
     std::vector<Homography> transforms;
     for (std::size_t other : others) {
-      transforms.push_back(*firm_[other]);
+      transforms.push_back(frames_[other].h);
       kept.from.push_back(distance(frame, other));
     }
     kept.h = takenFrom(transforms, kept.from, corners);
@@ -222,8 +229,9 @@ std::vector<Kept> ModelPass::groundsFor(std::size_t frame, std::ptrdiff_t step,
   }
   if (near != base_) add({base_});
   const std::size_t neighbour = shifted(frame, -step);
-  if (neighbour != near && std::isfinite(settled_[neighbour].squaredError)) {
-    grounds.push_back({frames_[neighbour].h, {-step}, settled_[neighbour].squaredError});
+  const auto settled = settled_.find(neighbour);
+  if (settled != settled_.end() && std::isfinite(settled->second.squaredError)) {
+    grounds.push_back({frames_[neighbour].h, {-step}, settled->second.squaredError});
   }
   return grounds;
 }
@@ -232,7 +240,6 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   if (firm_[frame]) return;
   const std::size_t neighbour = shifted(frame, -step);
   const Status status = frames_[frame].verdict.status;
-  settled_[frame].squaredError = kInfinity;
   if (certain_[frame]) return;  // and yet it may be an accident
   if (status == Status::Held) {
     frames_[frame].h = frames_[neighbour].h;
@@ -293,12 +300,12 @@ void ModelPass::keepSwept(const WeakFrame& weak, std::size_t frame, std::size_t 
 }
 
 const Homography& ModelPass::keptIn(std::size_t frame) const {
-  return settled_[frame].candidate.kept.h;
+  return settled_.at(frame).candidate.kept.h;
 }
 
 void ModelPass::takeCovariances(std::size_t frame, const std::vector<Quad>& quads,
                                 FrameFigures& figures) const {
-  const Settled& settled = settled_[frame];
+  const Settled& settled = settled_.at(frame);
   if (!std::isfinite(settled.squaredError)) return;
   const ModelChoice choice(settled.weak, *trials_, usual_);
   for (std::size_t q = 0; q < quads.size(); ++q) {

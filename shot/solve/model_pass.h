@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -58,10 +59,11 @@ class ModelPass {
   struct Settled {
     WeakFrame weak;
     Candidate candidate;
-    double squaredError = 0.0;
+    double squaredError = std::numeric_limits<double>::infinity();
   };
 
   void findFirm(double likely);
+  std::vector<std::optional<Homography>> firmTransforms() const;
   struct Around {
     std::vector<bool> reliable;                // per match
     std::vector<std::vector<double>> squares;  // per match: of its track's residuals there
@@ -85,10 +87,10 @@ class ModelPass {
   TracksOf knownIn_;
   Refit refit_;
   Noise usual_;
-  std::vector<bool> certain_;                    // by frame
-  std::vector<std::optional<Homography>> firm_;  // by frame
+  std::vector<bool> certain_;  // by frame
+  std::vector<bool> firm_;     // by frame: its transform stays
   std::optional<MotionTrials> trials_;
-  std::vector<Settled> settled_;  // by frame
+  std::map<std::size_t, Settled> settled_;  // of the frames that are not certain
 };
 
 }  // namespace cornerpin

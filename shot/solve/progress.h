@@ -15,6 +15,8 @@ enum class Phase {
   ChoosingBase,  ///< in frames that are compared
   HandingOver,   ///< in steps of the joint fit: at most so many
   Figures,       ///< of trust; in frames, which are gone through more than once
+  Smoothing,     ///< a total of 0
+  Filling,       ///< a total of 0
   Advice,        ///< in kinds of tries
   Writing,       ///< in frames
 };

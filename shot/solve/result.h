@@ -126,7 +126,7 @@ struct ShotResult {
   double maxError = kNoFigure;  ///< the expected error above which a frame is doubtful; NaN: none
   Point baseCentre;  ///< of the box around the base frame's tracks; in front in every frame
   std::vector<NamedQuad> quads;     ///< what the figures of trust are about
-  std::vector<TrackResult> tracks;  ///< in the order of first appearance
+  std::vector<TrackResult> tracks;  ///< in the order of `Tracks::names`
   std::vector<FrameResult> frames;  ///< from the first frame of the shot to its last, gaps included
   /// Those that stand out first, greatest influence first, at most 5; what moves a corner by less
   /// than a thousandth of the extent of the base frame's tracks does not stand out.

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
@@ -76,6 +77,7 @@ class ShotSolver {
         sweeps_(sweeps),
         count_(progress, Phase::Figures, passes(sweeps) * sweeps.frames().size()),
         base_(sweeps.base()),
+        frames_(sweeps.frames()),
         runs_(tracks.names.size()),
         extent_(extentOf(boxAround(sweeps.surface()))),
         lasting_(tracks.names.size()),
@@ -90,8 +92,7 @@ class ShotSolver {
     result_.seed = options.seed;
     result_.maxError = options.maxError.value_or(kTolerable * extent_);
     result_.baseCentre = sweeps.units().fileToFit.centre;
-    result_.frames = sweeps.frames();
-    errors_.resize(result_.frames.size());
+    errors_.resize(frames_.size());
   }
 
   ShotResult solve() {
@@ -105,6 +106,7 @@ class ShotSolver {
       result_.worst.push_back({tracks_.names[static_cast<std::size_t>(stretch.track)], stretch});
     }
     addTracks();
+    result_.frames = std::move(frames_);
     judge(result_);
     makeRelative();
     return std::move(result_);
@@ -117,7 +119,7 @@ class ShotSolver {
   std::size_t indexOf(int frame) const {
     return static_cast<std::size_t>(frame - tracks_.firstFrame());
   }
-  FrameResult& resultOf(int frame) { return result_.frames[indexOf(frame)]; }
+  FrameResult& resultOf(int frame) { return frames_[indexOf(frame)]; }
   FrameErrors& errorsOf(const FrameResult& result) { return errors_[indexOf(result.frame)]; }
 
   void findUnused() {
@@ -229,10 +231,10 @@ class ShotSolver {
     const NoiseEstimate shot = shotNoise(ofFrames);
     const double likely = sweeps_.units().lengthFromFit(kLikelySigma);
     const NoiseEstimate quiet = quietNoise(ofFrames, {likely * likely, kLikelyFreedom});
-    for (FrameResult& result : result_.frames) {
+    for (FrameResult& result : frames_) {
       count_.add();
       if (result.frame == base_.frame()) continue;
-      const FrameErrors& errors = errorsOf(result);
+      const FrameErrors errors = std::move(errorsOf(result));
       result.figures = figuresOf(errors, shot);
       addOpinions(quiet, result);
       sweeps_.takeCovariances(result, quads_, result.figures);
@@ -308,7 +310,7 @@ class ShotSolver {
   // The standard deviation of one coordinate of a track in the median frame.
   double usualNoise() const {
     std::vector<double> noises;
-    for (const FrameResult& frame : result_.frames) {
+    for (const FrameResult& frame : frames_) {
       if (std::isfinite(frame.figures.noise)) noises.push_back(frame.figures.noise);
     }
     return lowerMedian(noises);
@@ -337,6 +339,7 @@ class ShotSolver {
   ShotSweeps& sweeps_;
   PhaseCount count_;
   const BaseFrame& base_;
+  std::vector<FrameResult>& frames_;  // the sweeps' own, which become the result's
   TrackRuns runs_;
   std::vector<Quad> quads_;                           // in the base frame
   std::vector<std::vector<Symmetric2>> covariances_;  // by frame, of the quads' corners

@@ -59,8 +59,9 @@ class ShotSweeps {
   const std::vector<Place>& places() const { return places_; }
   int handedOver() const { return handedOver_; }
 
-  /// Relative to the base frame, without figures of trust and texts.
+  /// Relative to the base frame, without figures of trust and texts: these may be filled in.
   const std::vector<FrameResult>& frames() const { return frames_; }
+  std::vector<FrameResult>& frames() { return frames_; }
 
   /// The matches that a frame was fitted to.
   Matches usedIn(const FrameResult& frame) const;

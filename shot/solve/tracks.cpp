@@ -60,16 +60,23 @@ void gather(Rows& rows, std::int32_t first, Starts next) {
   }
 }
 
-void sortRows(Rows& rows) {
+// Puts the rows of each frame together; says where each frame begins.
+Starts gatherRows(Rows& rows) {
   const auto byFrame = [](const Observation& a, const Observation& b) { return a.frame < b.frame; };
   const auto ends = std::minmax_element(rows.begin(), rows.end(), byFrame);
   const std::int32_t first = ends.first->frame;
-  const Starts starts = countedStarts(rows, first, ends.second->frame);
+  Starts starts = countedStarts(rows, first, ends.second->frame);
+  if (std::is_sorted(rows.begin(), rows.end(), byFrame)) return starts;
   if (rows.size() <= std::numeric_limits<std::uint32_t>::max()) {
     gather<std::uint32_t>(rows, first, starts);
   } else {
     gather<std::size_t>(rows, first, starts);
   }
+  return starts;
+}
+
+void sortRows(Rows& rows) {
+  const Starts starts = gatherRows(rows);
   const auto before = [](const Observation& a, const Observation& b) {
     return std::tie(a.track, a.line) < std::tie(b.track, b.line);
   };
@@ -81,6 +88,22 @@ void sortRows(Rows& rows) {
 }
 
 }  // namespace
+
+void Tracks::sortNames() {
+  if (std::is_sorted(names.begin(), names.end())) return;
+  std::vector<std::size_t> order(names.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::sort(order.begin(), order.end(),
+            [this](std::size_t a, std::size_t b) { return names[a] < names[b]; });
+  std::vector<std::int32_t> places(names.size());
+  std::vector<std::string> sorted(names.size());
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    places[order[i]] = static_cast<std::int32_t>(i);
+    sorted[i] = std::move(names[order[i]]);
+  }
+  names = std::move(sorted);
+  for (Observation& o : observations) o.track = places[static_cast<std::size_t>(o.track)];
+}
 
 bool Tracks::arrange() {
   frameStarts = startsIn(observations);

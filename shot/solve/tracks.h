@@ -46,7 +46,10 @@ struct Tracks {
   /// comparison.
   bool arrange();
 
-  std::vector<std::string> names;         ///< in the order of first appearance
+  /// Puts the names in order, byte by byte, and renumbers the observations' tracks.
+  void sortNames();
+
+  std::vector<std::string> names;         ///< in order, where they were read
   std::vector<Observation> observations;  ///< by frame, then by track; never empty once read
   std::vector<std::size_t> frameStarts;   ///< of each frame and the end of the last; may be empty
   /// By track, why a selection has left nothing of it; may be empty.

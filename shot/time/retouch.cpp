@@ -23,14 +23,24 @@ void take(FrameResult& frame, const FrameResult& retouched) {
   frame.figures.quads = retouched.figures.quads;
 }
 
+void begin(Phase phase, const Progress& progress) {
+  if (progress) progress(phase, 0, 0);
+}
+
 }  // namespace
 
-void retouch(ShotResult& result, const RetouchOptions& options) {
+void retouch(ShotResult& result, const RetouchOptions& options, const Progress& progress) {
   if (options.smooth || options.fill) {
     ShotResult relative = result;
     rebase(relative, result.baseFrame);
-    if (options.smooth) smooth(relative, *options.smooth, result.referenceFrame);
-    if (options.fill) fill(relative);
+    if (options.smooth) {
+      begin(Phase::Smoothing, progress);
+      smooth(relative, *options.smooth, result.referenceFrame);
+    }
+    if (options.fill) {
+      begin(Phase::Filling, progress);
+      fill(relative);
+    }
     rebase(relative, result.referenceFrame);
     for (std::size_t i = 0; i < result.frames.size(); ++i) {
       take(result.frames[i], relative.frames[i]);

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
@@ -22,7 +23,7 @@ struct RetouchOptions {
 /// that stay keep every bit.
 ///
 /// Throws what `addBetween` throws.
-void retouch(ShotResult& result, const RetouchOptions& options);
+void retouch(ShotResult& result, const RetouchOptions& options, const Progress& progress = {});
 
 }  // namespace cornerpin
 

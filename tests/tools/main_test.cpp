@@ -18,7 +18,7 @@ namespace {
 ChildResult interruptWhileWriting(int signal, const TemporaryFolder& folder, const std::string& out,
                                   const ChildOptions& options) {
   const std::string in = folder / "in.csv";
-  writeFile(in, "track,frame,x,y\na,0,1,1\na,300000,1,1\n");
+  writeFile(in, longShot());
   writeFile(out, "old");
   const pid_t pid = startChild({CORNERPIN_PROGRAM, "solve", in, "-o", out}, options);
   for (int wait = 0; wait < 20000 && folder.entryCount() < 3; ++wait) {
@@ -41,6 +41,18 @@ TEST(Program, LeavesTheOldFileAndNothingElseWhenItIsInterrupted) {
     EXPECT_TRUE(readFile(out) == "old") << "signal " << signal;
     EXPECT_EQ(folder.entryCount(), 2u) << "signal " << signal;
   }
+}
+
+TEST(Program, NamesSeveralBadRowsAndEndsInThree) {
+  const TemporaryFolder folder;
+  const std::string in = folder / "in.csv";
+  writeFile(in, "track;frame;x;y\na;0;1;1\nb;99999999999;1;1\nc;0;1\nd;0;1;1,5\n");
+  const Outcome run = cornerpin({"solve", in});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, in + ":3: frame is too large: \"99999999999\"\n" + in +
+                         ":4: the row has 3 fields, the header has 4\n" + in +
+                         ":5: y must be a number, not \"1,5\": write a decimal point\n");
 }
 
 // As under nohup, and in the background of a shell's script.

@@ -24,6 +24,15 @@ inline Outcome cornerpin(std::vector<std::string> arguments, const ChildOptions&
   return run;
 }
 
+// 300,001 frames, of which all but a few are gaps.
+inline std::string longShot() {
+  std::string text = "track,frame,x,y\n";
+  for (int frame = 0; frame <= 300000; frame += 10000) {
+    text += "a," + std::to_string(frame) + ",1,1\n";
+  }
+  return text;
+}
+
 inline bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }

@@ -77,6 +77,8 @@ TEST(ProgressBar, NamesEveryPhase) {
                                                   {Phase::ChoosingBase, "choosing the base frame"},
                                                   {Phase::HandingOver, "handing over"},
                                                   {Phase::Figures, "figures of trust"},
+                                                  {Phase::Smoothing, "smoothing"},
+                                                  {Phase::Filling, "filling"},
                                                   {Phase::Writing, "writing"}};
   const std::string text = onATerminal([&] {
     ProgressBar bar;

@@ -509,7 +509,7 @@ TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
   const std::string in = folder / "in.csv";
   const std::string out = folder / "out.csv";
   // Held frames cost next to nothing: most of the run is the writing of 300000 lines.
-  writeFile(in, "track,frame,x,y\na,0,1,1\na,300000,1,1\n");
+  writeFile(in, longShot());
   ASSERT_EQ(cornerpin({"solve", in, "-o", out}).code, 4);
   const std::string whole = readFile(out);
   int killed = 0;

@@ -31,6 +31,10 @@ const char* nameOf(Phase phase) {
       return "handing over";
     case Phase::Figures:
       return "figures of trust";
+    case Phase::Smoothing:
+      return "smoothing";
+    case Phase::Filling:
+      return "filling";
     case Phase::Advice:
       return "looking for what helps";
     case Phase::Writing:

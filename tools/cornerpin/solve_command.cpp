@@ -35,8 +35,9 @@ constexpr const char* kHelp =
     "tracks from where they are in the base frame to where they are in that frame. Prints how "
     "well\n"
     "it fits.\n\n"
-    "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
-    "row for each track and frame where the track is seen. A track's distance r from the fit is\n"
+    "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order;\n"
+    "commas, semicolons or tabs between them, plain or gzip; one row for each track and frame\n"
+    "where the track is seen. A track's distance r from the fit is\n"
     "multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter "
     "of\n"
     "one of weight 1. Weight 0 is the same as no row. A track that the base frame lacks "
@@ -192,12 +193,12 @@ bool writesJson(const Arguments& arguments) {
 // Reads the tracks that take part, and notes what they were read from.
 Tracks read(const Arguments& arguments, const FrameRange& frames, InputFile& input,
             const Progress& progress) {
-  std::optional<Sha256> digest;
-  if (writesJson(arguments)) digest.emplace();
-  Tracks tracks = readTracks(arguments.input.path, progress, digest ? &*digest : nullptr);
+  ReadTrace trace;
+  if (writesJson(arguments)) trace.digest.emplace();
+  Tracks tracks = readTracks(arguments.input.path, progress, frames, &trace);
   input.name = arguments.input.fileName();
-  input.sha256 = digest ? digest->hex() : "";
-  input.rows = static_cast<std::int64_t>(tracks.observations.size());
+  input.sha256 = trace.digest ? trace.digest->hex() : "";
+  input.rows = trace.rows;
   arguments.selection.apply(tracks, frames);
   return tracks;
 }
@@ -221,7 +222,7 @@ ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks,
   tracks = read(arguments, plan.given.frames, input, progress);
   checkTimes(plan.retouches.at, tracks);
   ShotResult result = solveShot(tracks, plan.options, progress);
-  retouch(result, plan.retouches);
+  retouch(result, plan.retouches, progress);
   result.provenance.program = thisProgram();
   result.provenance.options = plan.given;
   result.provenance.input = input;

@@ -11,7 +11,9 @@
 
 #include "shot/files/input_error.h"
 #include "shot/files/sha256.h"
+#include "tests/shot/files/gzipped.h"
 #include "tests/shot/random.h"
+#include "tests/support/allocations.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -58,6 +60,45 @@ TEST(CsvReader, SplitsRecordsIntoFields) {
   EXPECT_EQ(recordsOf("a,b\nc,,d\n"), (std::vector<Record>{{1, {"a", "b"}}, {2, {"c", "", "d"}}}));
 }
 
+TEST(CsvReader, FindsTheSeparatorInTheFirstLineThatIsNotBlank) {
+  EXPECT_EQ(recordsOf("a;b\nc;,d;\n"),
+            (std::vector<Record>{{1, {"a", "b"}}, {2, {"c", ",d", ""}}}));
+  EXPECT_EQ(recordsOf("a\tb\n c \t\t\td;\n"),
+            (std::vector<Record>{{1, {"a", "b"}}, {2, {"c", "", "", "d;"}}}));
+  EXPECT_EQ(recordsOf("\xEF\xBB\xBF\t\t\n\na,b;c;d\n"),
+            (std::vector<Record>{{3, {"a,b", "c", "d"}}}));
+  EXPECT_EQ(recordsOf("a;b,c\nd\n"), (std::vector<Record>{{1, {"a;b", "c"}}, {2, {"d"}}}));
+  EXPECT_EQ(recordsOf("a b\nc,d\n"), (std::vector<Record>{{1, {"a b"}}, {2, {"c", "d"}}}));
+}
+
+TEST(CsvReader, LooksForTheSeparatorOutsideOfQuotes) {
+  EXPECT_EQ(recordsOf("\";;;\n;;\",b\nc,d\n"),
+            (std::vector<Record>{{1, {";;;\n;;", "b"}}, {3, {"c", "d"}}}));
+  EXPECT_EQ(recordsOf("\",,\"\tb\n\"\tc\"\t \"d\" \n"),
+            (std::vector<Record>{{1, {",,", "b"}}, {2, {"\tc", "d"}}}));
+}
+
+TEST(CsvReader, RefusesWhatIsLongerThanFourMegabytes) {
+  const std::string many(5'000'000, ',');
+  EXPECT_EQ(refusal("a\n" + many), ":2: the line is longer than 4194304 bytes");
+  EXPECT_EQ(refusal("a\n\"" + many), ":2: the line is longer than 4194304 bytes");
+  std::string lines = "\"";
+  while (lines.size() < 5'000'000) lines += "b,c\n";
+  EXPECT_EQ(refusal("a\n" + lines), ":2: a quote is not closed in 4194304 bytes");
+  EXPECT_EQ(refusal("a\n" + std::string(4'000'000, 'x')), "accepted");
+}
+
+// The worst of them: nothing but separators.
+TEST(CsvReader, RefusesAnEndlessLineInLittleMemory) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv.gz", gzipped(std::string(40'000'000, ',')));
+  const std::size_t peak = allocations::peakBytesOf([&] {
+    CsvReader reader(folder / "in.csv.gz");
+    EXPECT_THROW(reader.next(), InputError);
+  });
+  EXPECT_LT(peak, 64u * 1024 * 1024);
+}
+
 TEST(CsvReader, CountsLinesByAnyOfTheThreeEnds) {
   EXPECT_EQ(recordsOf("a\nb\r\nc\rd"),
             (std::vector<Record>{{1, {"a"}}, {2, {"b"}}, {3, {"c"}}, {4, {"d"}}}));
@@ -71,7 +112,8 @@ TEST(CsvReader, CountsTheLinesInsideQuotes) {
 }
 
 TEST(CsvReader, DropsBlanksAroundWhatIsNotQuoted) {
-  EXPECT_EQ(recordsOf(" a b\t,\t\" c \" \n"), (std::vector<Record>{{1, {"a b", " c "}}}));
+  EXPECT_EQ(recordsOf("x,y\n a b\t,\t\" c \" \n"),
+            (std::vector<Record>{{1, {"x", "y"}}, {2, {"a b", " c "}}}));
 }
 
 TEST(CsvReader, TakesOneByteOrderMarkAtTheBeginningAlone) {
@@ -120,8 +162,9 @@ namespace {
 // The CSV library fed with one byte after the other: the records, and what is refused.
 class ByteByByte {
  public:
-  explicit ByteByByte(const std::string& text) {
+  ByteByByte(const std::string& text, char separator) {
     csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI);
+    csv_set_delim(&parser_, static_cast<unsigned char>(separator));
     const std::size_t mark = text.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
     for (std::size_t i = mark; i < text.size() && refusal.empty(); ++i) take(text[i]);
     if (refusal.empty() && csv_fini(&parser_, onField, onRecord, this) != 0) {
@@ -138,7 +181,8 @@ class ByteByByte {
 
  private:
   void take(char c) {
-    if (!begun_ && std::string(" \t\r\n").find(c) == std::string::npos) {
+    const bool separates = c == '\t' && csv_get_delim(&parser_) == '\t';
+    if (!begun_ && (separates || std::string(" \t\r\n").find(c) == std::string::npos)) {
       begun_ = true;
       begin_ = line_;
     }
@@ -206,10 +250,13 @@ std::string randomText(made::Random& random) {
   return text;
 }
 
-// Whether the text is refused; what comes before that is compared as well.
-bool readsLikeByteByByte(const std::string& path, const std::string& text) {
+// Whether the text is refused; what comes before that is compared as well. A first line tells the
+// separator.
+bool readsLikeByteByByte(const std::string& path, std::string text, char separator = ',') {
+  std::replace(text.begin(), text.end(), ',', separator);
+  text = "x" + std::string(70, separator) + "\n" + text;
   writeFile(path, text);
-  const ByteByByte expected(text);
+  const ByteByByte expected(text, separator);
   std::vector<Record> records;
   std::string refusal = "accepted";
   try {
@@ -230,7 +277,7 @@ TEST(CsvReader, ReadsRandomTextLikeTheCsvLibrary) {
   made::Random random(14);
   int refused = 0;
   for (int i = 0; i < 600 && !HasFailure(); ++i) {
-    refused += readsLikeByteByByte(folder / "in.csv", randomText(random));
+    refused += readsLikeByteByByte(folder / "in.csv", randomText(random), ",;\t"[i % 3]);
   }
   EXPECT_GT(refused, 100);
   EXPECT_LT(refused, 300);
@@ -243,7 +290,7 @@ TEST(CsvReader, ReadsRandomTextAtTheEndOfABlockLikeTheCsvLibrary) {
   made::Random random(15);
   for (std::size_t i = 0; i < 100 && !HasFailure(); ++i) {
     const std::string text = randomText(random);
-    const std::size_t before = kBlock - std::min(text.size(), i);
+    const std::size_t before = kBlock - 72 - std::min(text.size(), i);
     readsLikeByteByByte(folder / "in.csv", std::string(before - 1, 'x') + "\n" + text);
   }
 }

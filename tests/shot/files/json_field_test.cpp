@@ -10,6 +10,7 @@
 #include <string>
 
 #include "shot/files/input_error.h"
+#include "tests/shot/files/gzipped.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -141,6 +142,12 @@ TEST(JsonFile, IsReadInTimeProportionalToItsLength) {
 TEST(JsonFile, SurvivesAMillionBrackets) {
   EXPECT_EQ(refusal(std::string(1000000, '[')), ":1: this is no JSON, or its end is missing");
   EXPECT_EQ(refusal(std::string(1000000, '[') + std::string(1000000, ']')), "nothing thrown");
+}
+
+TEST(JsonFile, ReadsGzip) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.json.gz", gzipped("{\"a\": 7}"));
+  EXPECT_EQ(JsonFile(folder / "in.json.gz").whole().at("a").integer(), 7);
 }
 
 TEST(JsonFile, SaysWhyAFileCannotBeRead) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "shot/files/input_error.h"
+#include "tests/shot/files/gzipped.h"
 #include "tests/shot/random.h"
 #include "tests/support/allocations.h"
 #include "tests/support/files.h"
@@ -102,12 +103,101 @@ TEST(ReadTracks, TakesNegativeFramesBlanksAndPlusSigns) {
   EXPECT_EQ(tracks.observations[0].x, 1.0);
 }
 
-TEST(ReadTracks, SortsByFrameThenByFirstAppearanceOfTheTrack) {
+TEST(ReadTracks, SortsByFrameThenByTheTracksName) {
   const Tracks tracks = read("track,frame,x,y\nz,5,1,0\na,5,2,0\na,3,3,0\nz,3,4,0\n");
-  EXPECT_EQ(tracks.names, (std::vector<std::string>{"z", "a"}));
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"a", "z"}));
   std::vector<double> xs;
   for (const Observation& o : tracks.observations) xs.push_back(o.x);
-  EXPECT_EQ(xs, (std::vector<double>{4, 3, 1, 2}));
+  EXPECT_EQ(xs, (std::vector<double>{3, 4, 2, 1}));
+}
+
+TEST(ReadTracks, OrdersNamesByteByByte) {
+  const Tracks tracks =
+      read("track,frame,x,y\n\u00fc,0,1,0\nt10,0,2,0\nt2,0,3,0\nT3,0,4,0\nt,0,5,0\n\"t,\",0,6,0\n");
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"T3", "t", "t,", "t10", "t2", "\u00fc"}));
+  std::vector<double> xs;
+  for (const Observation& o : tracks.observations) xs.push_back(o.x);
+  EXPECT_EQ(xs, (std::vector<double>{4, 5, 6, 2, 3, 1}));
+}
+
+TEST(ReadTracks, IsTheSameInAnyOrderOfTheRows) {
+  made::Random random(4);
+  std::vector<std::string> rows;
+  for (int f = 0; f < 40; ++f) {
+    for (int t = 0; t < 15; ++t) {
+      rows.push_back("n" + std::to_string(t) + "," + std::to_string(f) + "," +
+                     std::to_string(random.real(0, 100)) + "," + std::to_string(f * t) + "\n");
+    }
+  }
+  const auto readRows = [&] {
+    std::string text = "track,frame,x,y\n";
+    for (const std::string& row : rows) text += row;
+    return read(text);
+  };
+  const Tracks first = readRows();
+  for (std::size_t i = rows.size() - 1; i > 0; --i) {
+    const double at = random.real(0, static_cast<double>(i + 1));
+    std::swap(rows[i], rows[static_cast<std::size_t>(at)]);
+  }
+  const Tracks second = readRows();
+  EXPECT_EQ(first.names, second.names);
+  ASSERT_EQ(first.observations.size(), second.observations.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const Observation& a = first.observations[i];
+    const Observation& b = second.observations[i];
+    EXPECT_TRUE(a.track == b.track && a.frame == b.frame && a.x == b.x && a.y == b.y) << i;
+  }
+}
+
+TEST(ReadTracks, TakesSemicolonsTabsAndGzip) {
+  const std::string text = "track,frame,x,y,weight\na b,1,2.5,3,0.5\n\"c,d\",1,4,5,1\n";
+  std::string semicolons = text;
+  std::replace(semicolons.begin(), semicolons.end(), ',', ';');
+  std::string tabs = text;
+  std::replace(tabs.begin(), tabs.end(), ',', '\t');
+  const std::string names[] = {"c,d", "c;d", "c\td", "c,d"};
+  std::size_t n = 0;
+  for (const std::string& bytes : {text, semicolons, tabs, gzipped(text)}) {
+    const Tracks tracks = read(bytes);
+    ASSERT_EQ(tracks.observations.size(), 2u);
+    EXPECT_EQ(tracks.names, (std::vector<std::string>{"a b", names[n++]}));
+    EXPECT_EQ(tracks.observations[0].x, 2.5);
+    EXPECT_EQ(tracks.observations[0].weight, 0.5f);
+    EXPECT_EQ(tracks.observations[1].y, 5.0);
+  }
+}
+
+// Where one frame is far from the others, and the frames that count are named.
+TEST(ReadTracks, LeavesOutFramesBesideThoseNamedWhereOneIsFarOff) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "in.csv";
+  writeFile(path, "track,frame,x,y\na,-1,1,0\na,0,2,0\nb,9,3,0\na,5,4,0\na,90000000,5,0\n");
+  cornerpin::ReadTrace trace;
+  const Tracks tracks = readTracks(path, {}, {0, 8}, &trace);
+  EXPECT_EQ(tracks.firstFrame(), 0);
+  EXPECT_EQ(tracks.lastFrame(), 5);
+  EXPECT_EQ(tracks.observations.size(), 2u);
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(tracks.emptied[1], cornerpin::Unused::OutsideFrames);
+  EXPECT_EQ(trace.rows, 5);
+  try {
+    readTracks(path, {}, {6, 8});
+    FAIL();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), path + ": no track is seen in the frames 6-8");
+  }
+}
+
+TEST(ReadTracks, LeavesFramesBesideThoseNamedWhereNoneIsFarOff) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,0,1,0\na,9,2,0\n");
+  EXPECT_EQ(readTracks(folder / "in.csv", {}, {0, 5}).lastFrame(), 9);
+}
+
+TEST(ReadTracks, TakesFarFramesAmongThoseNamed) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,0,1,0\na,50000,2,0\n");
+  EXPECT_EQ(readTracks(folder / "in.csv", {}, {0, 50000}).frameCount(), 50001);
 }
 
 TEST(ReadTracks, FindsAFramesObservations) {
@@ -239,7 +329,7 @@ TEST(ReadTracks, LeavesNothingBehindWhereMemoryRunsOut) {
 TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
   std::string text = "track,frame,x,y\n";
   for (int i = 0; i < 100000; ++i)
-    text += "track_" + std::to_string(i % 100) + "," + std::to_string(i / 100) + "," +
+    text += "track_" + std::to_string(10 + i % 90) + "," + std::to_string(i / 90) + "," +
             std::to_string(i) + ".25,1\n";
   const Tracks tracks = read(text);
   ASSERT_EQ(tracks.observations.size(), 100000u);
@@ -254,8 +344,13 @@ TEST(ReadTracksRefuses, AMissingColumn) {
             "1: the header \"track,frame,x,weight\" has no column \"y\"");
   EXPECT_EQ(refusal("\n\nTrack,frame,x,y\n"),
             "3: the header \"Track,frame,x,y\" has no column \"track\"");
-  EXPECT_EQ(refusal("track;frame;x;y\n"),
-            "1: the header \"track;frame;x;y\" has no column \"track\"");
+  EXPECT_EQ(refusal("track;frame;x\n"), "1: the header \"track;frame;x\" has no column \"y\"");
+  EXPECT_EQ(refusal("track|frame|x|y\n"),
+            "1: the header \"track|frame|x|y\" has no column \"track\": columns are separated by "
+            "commas, semicolons or tabs");
+  EXPECT_EQ(refusal("frame,h00,h01,rms\n0,1,0,0\n"),
+            "1: the header \"frame,h00,h01,rms\" has no column \"track\": this is a result, not "
+            "tracks");
 }
 
 TEST(ReadTracksRefuses, ARepeatedColumn) {
@@ -265,9 +360,13 @@ TEST(ReadTracksRefuses, ARepeatedColumn) {
 TEST(ReadTracksRefuses, ANumberThatDoesNotParse) {
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,1,12px,2,1\n"), "3: x must be a number, not \"12px\"");
   EXPECT_EQ(refusal(kHeader + "a,0,1,,1\n"), "2: y must be a number, not \"\"");
-  EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5\",1\n"), "2: y must be a number, not \"2,5\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5\",1\n"),
+            "2: y must be a number, not \"2,5\": write a decimal point");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5,6\",1\n"), "2: y must be a number, not \"2,5,6\"");
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,high\n"), "2: weight must be a number, not \"high\"");
-  EXPECT_EQ(refusal(kHeader + "a,0,1e999,2,1\n"), "2: x must be a number, not \"1e999\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1e999,2,1\n"), "2: x is out of range: \"1e999\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,-1e-999,1\n"), "2: y is out of range: \"-1e-999\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1e999x,2,1\n"), "2: x must be a number, not \"1e999x\"");
   for (const std::string text : {"+-1", ".", "-", "-.", "+", "--1", "1-", "1.2.3", "1..2", "- 1",
                                  "0x1", "1e", "1 2", "++1", "1,"}) {
     std::string rows = kHeader;
@@ -299,14 +398,73 @@ TEST(ReadTracksRefuses, AWeightThatIsNegativeOrNotFinite) {
 
 TEST(ReadTracksRefuses, AFrameThatIsNotAWholeNumber) {
   EXPECT_EQ(refusal(kHeader + "a,1.5,1,2,1\n"), "2: frame must be a whole number, not \"1.5\"");
-  EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"),
-            "2: frame must be a whole number, not \"99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"), "2: frame is too large: \"99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a, -99999999999 ,1,2,1\n"),
+            "2: frame is too large: \"-99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a,99999999999x,1,2,1\n"),
+            "2: frame must be a whole number, not \"99999999999x\"");
+  EXPECT_EQ(refusal(kHeader + "a,,1,2,1\n"), "2: frame must be a whole number, not \"\"");
+}
+
+TEST(ReadTracksRefuses, AFrameFarFromTheOthers) {
+  EXPECT_EQ(refusal(kHeader + "a,5,1,2,1\na,1000000,1,2,1\na,6,1,2,1\n"),
+            "3: frame 1000000 is 999994 frames from the nearest other, and the shot has 3: if that "
+            "is right, name the frames with --frames");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,10000,1,2,1\n"), "accepted");
+  EXPECT_EQ(refusal(kHeader + "a,-2147483648,1,2,1\na,2147483647,1,2,1\n").substr(0, 2), "3:");
 }
 
 TEST(ReadTracksRefuses, FramesThatSpanTooMuch) {
-  EXPECT_EQ(refusal(kHeader + "a,-1,1,2,1\na,1999998,1,2,1\na,1999999,1,2,1\n"),
-            "4: frames -1 to 1999999 span more than 2000000: frame \"1999999\"");
-  EXPECT_EQ(refusal(kHeader + "a,-2147483648,1,2,1\na,2147483647,1,2,1\n").substr(0, 2), "3:");
+  std::string rows = kHeader;
+  for (int f = 0; f < 250; ++f) rows += "a," + std::to_string(8000 * f) + ",1,2,1\n";
+  EXPECT_EQ(refusal(rows + "a,1999999,1,2,1\n"), "accepted");
+  EXPECT_EQ(refusal(rows + "a,2000000,1,2,1\n"), " frames 0 to 2000000 span more than 2000000");
+}
+
+TEST(ReadTracksRefuses, TheFirstTenOfManyRows) {
+  std::string rows = kHeader + "a,0,1,2,1\n";
+  std::string text;
+  for (int f = 1; f <= 13; ++f) rows += "b,x,1,2,1\n";
+  for (int line = 3; line <= 12; ++line) {
+    text += (line > 3 ? "PATH:" : "") + std::to_string(line) +
+            ": frame must be a whole number, not \"x\"\n";
+  }
+  const auto withPath = [](std::string what, const std::string& path) {
+    for (std::size_t at = what.find(path); at != std::string::npos; at = what.find(path)) {
+      what.replace(at, path.size(), "PATH");
+    }
+    return what;
+  };
+  const TemporaryFolder folder;
+  const std::string path = folder / "in.csv";
+  const auto said = [&] {
+    try {
+      readTracks(path);
+    } catch (const InputError& error) {
+      return withPath(error.what(), path);
+    }
+    return std::string();
+  };
+  writeFile(path, rows);
+  EXPECT_EQ(said(), "PATH:" + text + "PATH: 3 more rows are refused");
+  writeFile(path, rows + "c,\"1,1,2,1\n");
+  EXPECT_EQ(said(),
+            "PATH:" + text + "PATH: 3 more rows are refused\nPATH:16: a quote is never closed");
+  writeFile(path, kHeader + "a,0,1,2,1\na,0,1,2,1\na,0,1,2,1\n");
+  EXPECT_EQ(said(),
+            "PATH:3: track \"a\" is given twice in frame 0, first on line 2\n"
+            "PATH:4: track \"a\" is given twice in frame 0, first on line 3");
+}
+
+TEST(ReadTracksRefuses, FilesOfOtherKinds) {
+  EXPECT_EQ(refusal("{\"cornerpin\":2}"),
+            " this is a result, not tracks: give the CSV file that it was solved from");
+  EXPECT_EQ(refusal("\x1f\x8b"), " the gzip data is cut off: the file is incomplete");
+  const std::string packed = gzipped(kHeader + "a,0,1,2,1\n");
+  EXPECT_EQ(refusal(packed.substr(0, packed.size() - 1)),
+            " the gzip data is cut off: the file is incomplete");
+  EXPECT_EQ(refusal(gzipped("{\"cornerpin\":2}")),
+            " this is a result, not tracks: give the CSV file that it was solved from");
 }
 
 TEST(ReadTracksRefuses, ATrackTwiceInAFrameNamingBothLines) {
@@ -315,12 +473,13 @@ TEST(ReadTracksRefuses, ATrackTwiceInAFrameNamingBothLines) {
 }
 
 TEST(ReadTracksRefuses, TheFirstRepeatInTheFile) {
-  EXPECT_EQ(refusal(kHeader + "b,9,1,2,1\nb,9,1,2,1\na,0,1,2,1\na,0,1,2,1\n"),
+  EXPECT_EQ(refusal(kHeader + "b,9,1,2,1\nb,9,1,2,1\na,0,1,2,1\na,0,1,2,1\n").substr(0, 55),
             "3: track \"b\" is given twice in frame 9, first on line 2");
 }
 
 TEST(ReadTracksRefuses, ARowOfAnotherLength) {
   EXPECT_EQ(refusal(kHeader + "a,0,1,2\n"), "2: the row has 4 fields, the header has 5");
+  EXPECT_EQ(refusal(kHeader + "a\n"), "2: the row has 1 field, the header has 5");
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,1,\n"), "2: the row has 6 fields, the header has 5");
 }
 

@@ -12,6 +12,7 @@
 #include "shot/solve/base_frame.h"
 #include "tests/shot/known_shots.h"
 #include "tests/shot/solve/small_shots.h"
+#include "tests/support/allocations.h"
 
 using namespace cornerpin;
 using namespace small_shots;
@@ -54,6 +55,27 @@ TEST(SolveShot, HoldsTheNeighbourNearerToTheBaseInTheBackwardSweep) {
   EXPECT_EQ(result.frames[1].verdict.status, Status::Held);
   EXPECT_EQ(result.frames[1].h, result.frames[2].h);
   EXPECT_EQ(result.frames[0].verdict.status, Status::Solved);
+}
+
+namespace {
+
+std::size_t peakOf(int frames, Loss loss) {
+  const Tracks tracks = movingShot(frames);
+  SolveOptions options = based(0);
+  options.loss = loss;
+  return allocations::peakBytesOf([&] { solveShot(tracks, options); });
+}
+
+}  // namespace
+
+// Results of 552 bytes, what the sweeps know of a frame, its errors and its five greatest tracks;
+// no second list of results.
+TEST(SolveShot, TakesLittleMoreForAFrameThanItsResult) {
+  for (Loss loss : {Loss::None, Loss::Tukey}) {
+    const double each = static_cast<double>(peakOf(4096, loss) - peakOf(1024, loss)) / 3072.0;
+    EXPECT_LT(each, 1600.0);
+    EXPECT_GT(each, static_cast<double>(sizeof(FrameResult)));
+  }
 }
 
 TEST(SolveShot, ReportsEveryFrame) {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <stdexcept>
+#include <vector>
 
 #include "shot/solve/rebase.h"
 #include "shot/solve/shot_solver.h"
@@ -63,6 +64,22 @@ TEST(Retouch, DoesNothingUnlessAsked) {
     EXPECT_EQ(after.frames[f].h, before.frames[f].h);
     EXPECT_FALSE(after.frames[f].untouched);
   }
+}
+
+TEST(Retouch, TellsWhatItIsBusyWith) {
+  const auto phasesOf = [](const RetouchOptions& options) {
+    std::vector<Phase> phases;
+    ShotResult result = solved();
+    retouch(result, options, [&](Phase phase, std::size_t done, std::size_t total) {
+      EXPECT_EQ(done + total, 0u);
+      phases.push_back(phase);
+    });
+    return phases;
+  };
+  EXPECT_EQ(phasesOf(kAll), (std::vector<Phase>{Phase::Smoothing, Phase::Filling}));
+  EXPECT_EQ(phasesOf({0.4, false, {}}), (std::vector<Phase>{Phase::Smoothing}));
+  EXPECT_EQ(phasesOf({{}, true, {}}), (std::vector<Phase>{Phase::Filling}));
+  EXPECT_TRUE(phasesOf({}).empty());
 }
 
 TEST(Retouch, KeepsWhatTheFitGaveBesideIt) {

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOT_FILES_FILE_KIND_H
+#define SHOT_FILES_FILE_KIND_H
+
+#include <string>
+#include <string_view>
+
+namespace cornerpin {
+
+/// What a file is that begins like this, and what to do, where it is no text with records: another
+/// kind of archive than gzip, UTF-16 text, JSON, binary. Empty for all else.
+std::string otherThanRecords(std::string_view beginning);
+
+}  // namespace cornerpin
+
+#endif
