@@ -84,7 +84,7 @@ TEST(OutputOptions, TakeTheFormatFromTheNameUnlessItIsNamed) {
   EXPECT_EQ(refusal([] {
               parsed<OutputOptions>({"-o", "a.txt"}).format();
             }),
-            "\"a.txt\" ends neither in .json nor in .csv: add --format");
+            "\"a.txt\" ends neither in .json nor in .csv: add --format json or --format csv");
 }
 
 TEST(OutputOptions, RefuseUnknownFormatsAndAFormatWithoutAFile) {

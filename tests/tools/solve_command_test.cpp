@@ -142,6 +142,14 @@ TEST(SolveCommand, WritesTheFileOnStandardOutputWithoutATable) {
   }
 }
 
+TEST(SolveCommand, WritesJsonOnStandardOutputUnlessAskedForAnotherFormat) {
+  for (const char* name : {"-", "/dev/stdout"}) {
+    EXPECT_EQ(cornerpin({"solve", kFacade, "-o", name}).out,
+              cornerpin({"solve", kFacade, "--json"}).out)
+        << name;
+  }
+}
+
 TEST(SolveCommand, ReadsStandardInput) {
   ChildOptions options;
   options.in = kFacade;
@@ -226,7 +234,7 @@ TEST(SolveCommand, TakesTheQuadsOfAResult) {
   const Outcome bad =
       cornerpin({"solve", kFacade, "--json", "--quads", folder / "bad.json", "--base", "3"});
   EXPECT_EQ(bad.code, 3);
-  EXPECT_EQ(bad.err, folder / "bad.json" + ": door: a list of 4 is needed\n");
+  EXPECT_EQ(bad.err, "cornerpin: " + folder / "bad.json" + ": door: a list of 4 is needed\n");
 }
 
 TEST(SolveCommand, WritesALongCsvOfSeveralQuads) {
@@ -458,11 +466,27 @@ TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
   for (const std::string& out : {in, folder / "link.csv", folder / "./in.csv"}) {
     const Outcome run = cornerpin({"solve", in, "-o", out});
     EXPECT_EQ(run.code, 2);
-    EXPECT_EQ(run.err, "cornerpin: \"" + out + "\" is the file that is read: not replaced\n");
+    EXPECT_EQ(run.err,
+              "cornerpin: \"" + out + "\" is the file that is read: not replaced; name another\n");
     EXPECT_EQ(cornerpin({"solve", "-", "-o", out}, fromFile).code, 2);
     EXPECT_EQ(cornerpin({"solve", in, "--explain", out}).err, run.err);
   }
   EXPECT_EQ(readFile(in), readFile(kFacade));
+}
+
+TEST(SolveCommand, DoesNotReplaceTheQuadsThatItReads) {
+  const TemporaryFolder folder;
+  const std::string quads = folder / "quads.json";
+  const std::string text = R"({"sign":[[0,0],[9,0],[9,9],[0,9]]})";
+  writeFile(quads, text);
+  for (const char* option : {"-o", "--explain"}) {
+    const Outcome run = cornerpin(
+        {"solve", kFacade, "--json", "--reference", "0", "--quads", quads, option, quads});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.err, "cornerpin: \"" + quads +
+                           "\" is the file that is read: not replaced; name another\n");
+  }
+  EXPECT_EQ(readFile(quads), text);
 }
 
 TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
@@ -471,14 +495,14 @@ TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
   const Outcome run = cornerpin({"solve", folder / "in.csv", "-o", folder / "out.json"});
   EXPECT_EQ(run.code, 3);
   EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, folder / "in.csv" + ":3: x must be finite, not \"nan\"\n");
+  EXPECT_EQ(run.err, "cornerpin: " + folder / "in.csv" + ":3: x must be finite, not \"nan\"\n");
   EXPECT_FALSE(fs::exists(folder / "out.json"));
 }
 
 TEST(SolveCommand, EndsInThreeWithoutTheFile) {
   const Outcome run = cornerpin({"solve", "/nowhere/in.csv"});
   EXPECT_EQ(run.code, 3);
-  EXPECT_EQ(run.err, "/nowhere/in.csv: No such file or directory\n");
+  EXPECT_EQ(run.err, "cornerpin: /nowhere/in.csv: No such file or directory\n");
 }
 
 TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
@@ -486,9 +510,9 @@ TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
   options.in = "";
   const Outcome closed = cornerpin({"solve", "-"}, options);
   EXPECT_EQ(closed.code, 3);
-  EXPECT_EQ(closed.err, "<stdin>: standard input is closed\n");
+  EXPECT_EQ(closed.err, "cornerpin: <stdin>: standard input is closed\n");
   options.in = "/dev/null";
-  EXPECT_EQ(cornerpin({"solve", "-"}, options).err, "<stdin>: the file is empty\n");
+  EXPECT_EQ(cornerpin({"solve", "-"}, options).err, "cornerpin: <stdin>: the file is empty\n");
 }
 
 TEST(SolveCommand, EndsInThreeWhenNoTrackCounts) {
@@ -496,18 +520,21 @@ TEST(SolveCommand, EndsInThreeWhenNoTrackCounts) {
   writeFile(folder / "in.csv", "track,frame,x,y,weight\na,0,1,1,0\n");
   const Outcome run = cornerpin({"solve", folder / "in.csv"});
   EXPECT_EQ(run.code, 3);
-  EXPECT_EQ(run.err, folder / "in.csv" + ": no track has a weight above 0\n");
+  EXPECT_EQ(run.err, "cornerpin: " + folder / "in.csv" + ": no track has a weight above 0\n");
 }
 
 TEST(SolveCommand, EndsInOneWhenTheDiskIsFull) {
   const Outcome run = cornerpin({"solve", kFacade, "-o", "/dev/full", "--format", "json"});
   EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "cornerpin: /dev/full: No space left on device\n");
+  EXPECT_EQ(
+      run.err,
+      "cornerpin: /dev/full: No space left on device: make room, or write to another place\n");
   ChildOptions options;
   options.out = "/dev/full";
   EXPECT_EQ(cornerpin({"solve", kFacade}, options).code, 1);
   EXPECT_EQ(cornerpin({"solve", kFacade, "--json"}, options).err,
-            "cornerpin: standard output: No space left on device\n");
+            "cornerpin: standard output: No space left on device: make room, or write to another "
+            "place\n");
 }
 
 TEST(SolveCommand, EndsInOneAtOnceWhenTheFolderCannotBeWritten) {

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "shot/files/input_error.h"
 #include "shot/files/output_file.h"
@@ -74,7 +75,7 @@ int run(int argc, char** argv) {
 }
 
 int fail(const std::string& text, ExitCode code) {
-  std::cerr << text << '\n';
+  std::cerr << "cornerpin: " << text << '\n';
   return code;
 }
 
@@ -83,7 +84,7 @@ int fail(const std::string& text, ExitCode code) {
 int main(int argc, char** argv) {
   guardStandardStreams();
   guardUnfinishedFiles();
-  // A reader that goes away and a file too large are failed writes.
+  // A reader that goes away and a file too large end no process: the write fails.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   try {
@@ -91,10 +92,12 @@ int main(int argc, char** argv) {
   } catch (const InputError& error) {
     return fail(error.what(), kUnreadable);
   } catch (const std::invalid_argument& error) {
-    return fail(std::string("cornerpin: ") + error.what(), kUsage);
+    return fail(error.what(), kUsage);
   } catch (const std::bad_alloc&) {
-    return fail("cornerpin: out of memory", kFailure);
+    return fail("out of memory: close other programs, or solve fewer frames at once", kFailure);
+  } catch (const std::system_error& error) {
+    return fail(textOf(error), kFailure);
   } catch (const std::exception& error) {
-    return fail(std::string("cornerpin: ") + error.what(), kFailure);
+    return fail(error.what(), kFailure);
   }
 }

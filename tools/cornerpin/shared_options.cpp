@@ -96,10 +96,12 @@ bool OutputOptions::isStandardOutput() const { return cornerpin::isStandardOutpu
 Format OutputOptions::format() const {
   if (formatName == "json") return Format::Json;
   if (formatName == "csv") return Format::Csv;
-  if (path.empty()) return Format::Json;
+  if (path.empty() || isStandardOutput()) return Format::Json;
   const std::optional<Format> format = formatOf(path);
   if (!format) {
-    throw std::invalid_argument("\"" + path + "\" ends neither in .json nor in .csv: add --format");
+    throw std::invalid_argument("\"" + path +
+                                "\" ends neither in .json nor in .csv: add --format json or "
+                                "--format csv");
   }
   return *format;
 }

@@ -35,7 +35,7 @@ struct OutputOptions {
   std::string formatName;
   void addTo(CLI::App& parser);
   bool isStandardOutput() const;
-  /// As named, else by the path's extension; JSON without a file.
+  /// As named, else by the path's extension; JSON without a file and on standard output.
   Format format() const;
 };
 

@@ -146,14 +146,17 @@ void checkOutputs(const Arguments& arguments) {
   const std::string& output = arguments.output.path;
   const bool onStandardOutput = arguments.output.isStandardOutput();
   if (onStandardOutput && arguments.json.given) {
-    throw std::invalid_argument("--json and -o both want standard output");
+    throw std::invalid_argument("--json and -o both want standard output: leave one out");
   }
   if (!onStandardOutput) refuseInput(arguments.input.path, output);
   refuseInput(arguments.input.path, arguments.explanation);
+  refuseInput(arguments.quads.quads, output);
+  refuseInput(arguments.quads.quads, arguments.explanation);
   refuseSame("-o", output, "--explain", arguments.explanation);
   if (isStandardOutput(arguments.explanation)) {
-    throw std::invalid_argument("--explain wants a file");
+    throw std::invalid_argument("--explain wants a file: name one");
   }
+  requireWritable("-");  // for the table, if nothing else
   requireWritable(output);
   requireWritable(arguments.explanation);
 }
