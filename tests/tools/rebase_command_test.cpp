@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -188,22 +187,4 @@ TEST(RebaseCommand, EndsInOneWhenItCannotWrite) {
   EXPECT_EQ(
       run.err,
       "cornerpin: /dev/full: No space left on device: make room, or write to another place\n");
-}
-
-TEST(RebaseCommand, StartsItsHelpWithAnExampleAndSaysInALineWhatAnOptionDoes) {
-  const Outcome run = cornerpin({"rebase", "--help"});
-  EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.out.substr(0, 25), "Example: cornerpin rebase");
-  EXPECT_TRUE(contains(run.out, "Exit codes: 0 written"));
-  std::istringstream help(run.out);
-  std::string line;
-  while (std::getline(help, line) && line != "Options:") {
-  }
-  int options = 0;
-  while (std::getline(help, line) && !line.empty()) {
-    EXPECT_EQ(line.substr(0, 3), "  -") << line;
-    EXPECT_LE(line.size(), 92u) << line;
-    ++options;
-  }
-  EXPECT_EQ(options, 4);
 }

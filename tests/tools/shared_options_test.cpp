@@ -81,6 +81,7 @@ TEST(OutputOptions, TakeTheFormatFromTheNameUnlessItIsNamed) {
   EXPECT_EQ(parsed<OutputOptions>({"--output", "a.csv"}).format(), Format::Csv);
   EXPECT_EQ(parsed<OutputOptions>({"-o", "a.csv", "--format", "json"}).format(), Format::Json);
   EXPECT_EQ(parsed<OutputOptions>({"-o", "-", "--format", "csv"}).format(), Format::Csv);
+  EXPECT_EQ(parsed<OutputOptions>({"-o", "-"}).format(), Format::Json);
   EXPECT_EQ(refusal([] {
               parsed<OutputOptions>({"-o", "a.txt"}).format();
             }),
@@ -89,7 +90,10 @@ TEST(OutputOptions, TakeTheFormatFromTheNameUnlessItIsNamed) {
 
 TEST(OutputOptions, RefuseUnknownFormatsAndAFormatWithoutAFile) {
   EXPECT_THROW(parsed<OutputOptions>({"-o", "a", "--format", "xml"}), CLI::ValidationError);
-  EXPECT_THROW(parsed<OutputOptions>({"--format", "json"}), CLI::RequiresError);
+  EXPECT_EQ(refusal([] {
+              parsed<OutputOptions>({"--format", "json"}).format();
+            }),
+            "--format: no file is written: add -o FILE");
 }
 
 TEST(OutputOptions, KnowStandardOutput) {

@@ -617,33 +617,6 @@ TEST(SolveCommand, DrawsABarOnATerminalAndClearsIt) {
   EXPECT_EQ(text.rfind("\r\033[K"), text.size() - 4);
 }
 
-TEST(SolveCommand, StartsItsHelpWithAnExampleAndNamesEveryOption) {
-  const Outcome run = cornerpin({"solve", "--help"});
-  EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.out.substr(0, 24), "Example: cornerpin solve");
-  for (const char* option :
-       {"--output", "--format", "--json",    "--base",      "--reference", "--quad",
-        "--quads",  "--drop",   "--keep",    "--explain",   "--units",     "--loss",
-        "--hold",   "--seed",   "--threads", "--max-error", "--strict",    "--smooth",
-        "--fill",   "--at",     "Exit codes"}) {
-    EXPECT_TRUE(contains(run.out, option)) << option;
-  }
-}
-
-TEST(SolveCommand, SaysInALineWhatAnOptionDoes) {
-  std::istringstream help(cornerpin({"solve", "--help"}).out);
-  std::string line;
-  while (std::getline(help, line) && line != "Options:") {
-  }
-  int options = 0;
-  while (std::getline(help, line) && !line.empty()) {
-    EXPECT_EQ(line.substr(0, 3), "  -") << line;
-    EXPECT_LE(line.size(), 82u) << line;
-    ++options;
-  }
-  EXPECT_EQ(options, 22);
-}
-
 TEST(SolveCommand, SaysThatAWeightMultipliesTheResidual) {
-  EXPECT_TRUE(contains(cornerpin({"solve", "--help"}).out, "the cost is w^2 r^2"));
+  EXPECT_TRUE(contains(cornerpin({"solve", "--help-all"}).out, "the cost is w^2 r^2"));
 }

@@ -14,6 +14,7 @@
 
 #include "shot/files/quad_file.h"
 #include "shot/solve/selection.h"
+#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 
 namespace cornerpin {
@@ -73,27 +74,28 @@ std::optional<double> parsePixels(const char* option, const std::string& text) {
 }  // namespace
 
 void TracksArgument::addTo(CLI::App& parser) {
-  parser.add_option("tracks", path, "CSV file with the tracks; - is standard input")
+  takesFile(parser.add_option("tracks", path, "CSV file with the tracks; - is standard input"))
       ->required()
-      ->check(refuseEmpty)
-      ->option_text(" ");
+      ->check(refuseEmpty);
 }
 
 void OutputOptions::addTo(CLI::App& parser) {
-  CLI::Option* output =
-      parser
-          .add_option("-o,--output", path, "Write the transforms to this file, named .json or .csv")
-          ->check(refuseEmpty)
-          ->option_text("FILE");
-  parser.add_option("--format", formatName, "Write json or csv, whatever the file's name")
-      ->check(CLI::IsMember({"json", "csv"}))
-      ->needs(output)
+  takesFile(parser.add_option("-o,--output", path,
+                              "Write the transforms to this file, named .json or .csv"))
+      ->check(refuseEmpty)
+      ->option_text("FILE");
+  takesOneOf(
+      parser.add_option("--format", formatName, "Write json or csv, whatever the file's name"),
+      {"json", "csv"})
       ->option_text("NAME");
 }
 
 bool OutputOptions::isStandardOutput() const { return cornerpin::isStandardOutput(path); }
 
 Format OutputOptions::format() const {
+  if (!formatName.empty() && path.empty()) {
+    throw std::invalid_argument("--format: no file is written: add -o FILE");
+  }
   if (formatName == "json") return Format::Json;
   if (formatName == "csv") return Format::Csv;
   if (path.empty() || isStandardOutput()) return Format::Json;
@@ -162,7 +164,8 @@ void QuadOptions::addTo(CLI::App& parser) {
       ->check(refuseEmpty)
       ->allow_extra_args(false)
       ->option_text("QUAD");
-  parser.add_option("--quads", quads, "The same for one quad, or for the quads of a JSON file")
+  takesFile(
+      parser.add_option("--quads", quads, "The same for one quad, or for the quads of a JSON file"))
       ->check(refuseEmpty)
       ->option_text("QUADS");
 }
@@ -219,16 +222,18 @@ void SelectionOptions::apply(Tracks& tracks) const {
 }
 
 void UnitsOption::addTo(CLI::App& parser) {
-  parser.add_option("--units", text, "fit scales the tracks for the solver, raw does not")
-      ->check(CLI::IsMember({"fit", "raw"}))
+  takesOneOf(
+      parser.add_option("--units", text, "fit scales the tracks for the solver, raw does not"),
+      {"fit", "raw"})
       ->option_text("NAME=fit");
 }
 
 Units UnitsOption::value() const { return text == "raw" ? Units::Raw : Units::Fit; }
 
 void LossOption::addTo(CLI::App& parser) {
-  parser.add_option("--loss", text, "tukey ignores far-off tracks, cauchy and huber weaken them")
-      ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
+  takesOneOf(parser.add_option("--loss", text,
+                               "tukey ignores far-off tracks, cauchy and huber weaken them"),
+             {"tukey", "cauchy", "huber", "none"})
       ->option_text("NAME=tukey");
 }
 

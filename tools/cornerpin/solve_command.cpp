@@ -16,6 +16,7 @@
 #include "shot/solve/shot_solver.h"
 #include "shot/time/between.h"
 #include "shot/time/retouch.h"
+#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
 #include "tools/cornerpin/shared_options.h"
@@ -24,32 +25,25 @@ namespace cornerpin {
 
 namespace {
 
-constexpr const char* kHelp =
-    "Example: cornerpin solve shot.csv -o shot.json\n\n"
+constexpr CommandText kText = {
+    "solve", "Find the transform of every frame", "cornerpin solve shot.csv -o shot.json",
     "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries the\n"
-    "tracks from where they are in the base frame to where they are in that frame. Prints how "
-    "well\n"
-    "it fits.\n\n"
-    "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order; one\n"
-    "row for each track and frame where the track is seen. A track's distance r from the fit is\n"
-    "multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter "
-    "of\n"
-    "one of weight 1. Weight 0 is the same as no row. A track that the base frame lacks "
-    "takes\n"
-    "part once other frames have told where on the surface it is.\n\n"
+    "tracks from where they are in the base frame to where they are in that frame. Prints how\n"
+    "well it fits. The file is CSV with the columns track,frame,x,y and, if you like, weight:\n"
+    "one row for each track and frame where the track is seen.\n",
+    "The columns stand in any order. A track's distance r from the fit is multiplied by its\n"
+    "weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter of one of weight\n"
+    "1. Weight 0 is the same as no row. A track that the base frame lacks takes part once other\n"
+    "frames have told where on the surface it is.\n\n"
     "With --reference F the transforms start from frame F instead, and quads are corners read\n"
-    "there; without it they are read on the frame given by --base. F has no influence on the "
+    "there; without it they are read on the frame given by --base. F has no influence on the\n"
     "fit.\n\n"
-    "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than "
-    "it\n"
-    "may be off; --fill leaves frames at the ends of the shot as they are; --at takes any times\n"
-    "from the first frame to the last. What the fit gave is kept beside it in the JSON.\n";
-
-constexpr const char* kExitCodes =
-    "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
-    "4 written, but not every frame is solved in full: where its tracks allow only a simpler\n"
-    "transform a frame gets that one, and where they allow none its neighbour's; with --strict or\n"
-    "--max-error, also where a frame is doubtful. Otherwise doubtful frames are a warning.";
+    "A frame whose tracks allow only a simpler transform gets that one, and one whose tracks\n"
+    "allow none its neighbour's: then the exit code is 4. Doubtful frames are a warning, unless\n"
+    "--strict or --max-error is given.\n\n"
+    "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than\n"
+    "it may be off; --fill leaves frames at the ends of the shot as they are; --at takes any\n"
+    "times from the first frame to the last. What the fit gave is kept beside it in the JSON.\n"};
 
 struct Arguments {
   TracksArgument input;
@@ -81,22 +75,23 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.reference.addTo(parser);
   arguments.quads.addTo(parser);
   arguments.selection.addTo(parser);
-  parser
-      .add_option("--explain", arguments.explanation,
-                  "Write a CSV file of how much each track pulls on each frame")
+  arguments.maxError.addTo(parser);
+  arguments.smooth.addTo(parser);
+  arguments.fill.addTo(parser);
+
+  addMore(parser);
+  takesFile(parser.add_option("--explain", arguments.explanation,
+                              "Write a CSV file of how much each track pulls on each frame"))
       ->check(refuseEmpty)
       ->option_text("FILE");
-  arguments.units.addTo(parser);
+  arguments.at.addTo(parser);
+  arguments.strict.addTo(parser);
   arguments.loss.addTo(parser);
   arguments.baseOnly.addTo(parser);
   arguments.hold.addTo(parser);
+  arguments.units.addTo(parser);
   arguments.seed.addTo(parser);
   arguments.threads.addTo(parser);
-  arguments.maxError.addTo(parser);
-  arguments.strict.addTo(parser);
-  arguments.smooth.addTo(parser);
-  arguments.fill.addTo(parser);
-  arguments.at.addTo(parser);
 }
 
 SolveOptions optionsOf(const Arguments& arguments) {
@@ -227,10 +222,9 @@ int run(const Arguments& arguments) {
 
 Command addSolve(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App& parser =
-      addParser(app, "solve", "Find the transform of every frame", kHelp, kExitCodes);
+  CLI::App& parser = addParser(app, kText);
   addTo(parser, *arguments);
-  return {&parser, [arguments] { return run(*arguments); }};
+  return {&parser, [arguments] { return run(*arguments); }, &kText};
 }
 
 }  // namespace cornerpin
