@@ -610,6 +610,7 @@ TEST(SolveCommand, DrawsABarOnATerminalAndClearsIt) {
     text = writtenOnATerminal([&](const std::string& terminal) {
       ChildOptions options;
       options.err = terminal;
+      options.environment = {"TERM=xterm"};
       EXPECT_EQ(cornerpin({"solve", folder / "in.csv"}, options).code, 0);
     });
   }

@@ -9,7 +9,7 @@ namespace cornerpin {
 
 namespace {
 
-constexpr std::size_t kColumn = 21;  // of the texts
+constexpr std::size_t kColumn = 23;  // of the texts
 
 // "  -o,--output FILE   Write ...", on two lines where the name is long.
 std::string line(const std::string& name, const std::string& text) {

@@ -2,6 +2,8 @@
 #include "tools/cornerpin/shared_options.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
@@ -328,6 +330,41 @@ std::vector<double> AtOption::value() const {
     }
   }
   return frames;
+}
+
+void TalkOptions::addTo(CLI::App& parser) {
+  parser.add_flag("-q,--quiet", quiet, "Print nothing but errors, and what --json asks for");
+  parser.add_flag("--verbose", verbose, "Print all figures");
+}
+
+void TalkOptions::check() const {
+  if (quiet && verbose) {
+    throw std::invalid_argument("--quiet and --verbose exclude each other: leave one out");
+  }
+}
+
+void ColourOption::addTo(CLI::App& parser) {
+  takesOneOf(parser.add_option("--color", text, "Colour what is doubtful; auto does on terminals"),
+             {"auto", "always", "never"})
+      ->option_text("WHEN=auto");
+}
+
+Colour ColourOption::value() const {
+  if (text == "always") return Colour::Always;
+  return text == "never" ? Colour::Never : Colour::Auto;
+}
+
+void ProgressOption::addTo(CLI::App& parser) {
+  takesOneOf(parser.add_option("--progress", text,
+                               "auto draws a bar on terminals, json writes a line for programs"),
+             {"auto", "json", "none"})
+      ->option_text("HOW=auto");
+}
+
+ProgressStyle ProgressOption::value(bool quiet) const {
+  if (text == "json") return ProgressStyle::Json;
+  const bool bar = text == "auto" && !quiet && ::isatty(STDERR_FILENO) != 0 && !isDumbTerminal();
+  return bar ? ProgressStyle::Bar : ProgressStyle::None;
 }
 
 std::string refuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }

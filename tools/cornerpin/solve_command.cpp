@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/solve_command.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -43,7 +45,15 @@ constexpr CommandText kText = {
     "--strict or --max-error is given.\n\n"
     "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than\n"
     "it may be off; --fill leaves frames at the ends of the shot as they are; --at takes any\n"
-    "times from the first frame to the last. What the fit gave is kept beside it in the JSON.\n"};
+    "times from the first frame to the last. What the fit gave is kept beside it in the JSON.\n\n"
+    "--progress json writes what a program needs to show how far the work is: an object on a\n"
+    "line of its own on standard error, at most ten a second, with the phase, how much of it is\n"
+    "done, the total, and the seconds_left of this phase; what nobody knows is null. The phases\n"
+    "are reading, choosing the base frame, solving, handing over, figures of trust and writing.\n"
+    "The last object of a run that has ended well has the phase finished and the exit_code:\n\n"
+    "  {\"phase\":\"solving\",\"done\":12,\"total\":191,\"seconds_left\":4.5}\n"
+    "  {\"phase\":\"finished\",\"exit_code\":0}\n\n"
+    "The environment variable NO_COLOR turns colours off, unless --color always is given.\n"};
 
 struct Arguments {
   TracksArgument input;
@@ -65,6 +75,9 @@ struct Arguments {
   SmoothOption smooth;
   FillOption fill;
   AtOption at;
+  TalkOptions talk;
+  ColourOption colour;
+  ProgressOption progress;
 };
 
 void addTo(CLI::App& parser, Arguments& arguments) {
@@ -78,6 +91,7 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.maxError.addTo(parser);
   arguments.smooth.addTo(parser);
   arguments.fill.addTo(parser);
+  arguments.talk.addTo(parser);
 
   addMore(parser);
   takesFile(parser.add_option("--explain", arguments.explanation,
@@ -92,6 +106,8 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.units.addTo(parser);
   arguments.seed.addTo(parser);
   arguments.threads.addTo(parser);
+  arguments.colour.addTo(parser);
+  arguments.progress.addTo(parser);
 }
 
 SolveOptions optionsOf(const Arguments& arguments) {
@@ -136,6 +152,10 @@ void checkShown(const Arguments& arguments) {
   }
 }
 
+bool printsSomething(const Arguments& arguments) {
+  return !arguments.talk.quiet || arguments.json.given || arguments.output.isStandardOutput();
+}
+
 // Refuses outputs that would replace the input or one another, or cannot be written.
 void checkOutputs(const Arguments& arguments) {
   const std::string& output = arguments.output.path;
@@ -151,7 +171,7 @@ void checkOutputs(const Arguments& arguments) {
   if (isStandardOutput(arguments.explanation)) {
     throw std::invalid_argument("--explain wants a file: name one");
   }
-  requireWritable("-");  // for the table, if nothing else
+  if (printsSomething(arguments)) requireWritable("-");
   requireWritable(output);
   requireWritable(arguments.explanation);
 }
@@ -180,6 +200,7 @@ void writeFiles(const Arguments& arguments, Format format, const Tracks& tracks,
 }
 
 void printResult(const Arguments& arguments, Format format, const ShotResult& result) {
+  if (!printsSomething(arguments)) return;
   if (!arguments.json.given && !arguments.output.isStandardOutput()) {
     print(summaryTable(result));
     return;
@@ -189,11 +210,12 @@ void printResult(const Arguments& arguments, Format format, const ShotResult& re
   out.commit();
 }
 
-// Warns of doubtful frames on standard error.
+// Warns of doubtful frames on standard error, unless only errors are to be told.
 int exitCode(const Arguments& arguments, const ShotResult& result) {
   const Summary summary = summarise(result);
-  if (summary.doubtful > 0) {
-    std::cerr << "cornerpin: warning: " << doubtfulFrames(result) << '\n';
+  if (summary.doubtful > 0 && !arguments.talk.quiet) {
+    const Mark mark = doubtfulMark(arguments.colour.value(), STDERR_FILENO);
+    std::cerr << "cornerpin: " << mark("warning:") << ' ' << doubtfulFrames(result) << '\n';
   }
   const bool strict = arguments.strict.given || arguments.maxError.value().has_value();
   const bool degraded = summary.held + summary.reduced > 0 || (strict && summary.doubtful > 0);
@@ -201,21 +223,25 @@ int exitCode(const Arguments& arguments, const ShotResult& result) {
 }
 
 int run(const Arguments& arguments) {
+  arguments.talk.check();
   checkShown(arguments);
   const SolveOptions options = optionsOf(arguments);
   const RetouchOptions retouches = retouchOf(arguments);
   const Format format = arguments.output.format();
+  const ProgressStyle style = arguments.progress.value(arguments.talk.quiet);
   checkOutputs(arguments);
 
   Tracks tracks;
   const ShotResult result = [&] {
-    ProgressBar bar;  // gone before anything is printed
+    ProgressBar bar(style);  // gone before anything is printed
     ShotResult solved = solve(arguments, options, retouches, tracks, bar.progress());
     writeFiles(arguments, format, tracks, solved, bar.progress());
     return solved;
   }();
   printResult(arguments, format, result);
-  return exitCode(arguments, result);
+  const int code = exitCode(arguments, result);
+  if (style == ProgressStyle::Json) writeFinished(code);
+  return code;
 }
 
 }  // namespace
