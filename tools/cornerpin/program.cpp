@@ -17,7 +17,7 @@ namespace cornerpin {
 namespace {
 
 constexpr CommandText kText = {
-    "", "Find how a flat surface moves through a shot", "cornerpin solve shot.csv -o shot.json",
+    "", "find how a flat surface moves through a shot", "cornerpin solve shot.csv -o shot.json",
     "Finds how a flat surface moves through a shot: one 3x3 transform for every frame,\n"
     "from tracked features.\n",
     ""};
