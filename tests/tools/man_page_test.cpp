@@ -18,8 +18,8 @@ const std::string kPage = CORNERPIN_MANUAL "/cornerpin.1";
 
 // The page as a reader has it, blanks and line ends as single blanks.
 std::string shown() {
-  const Outcome run = runProgram(
-      {"/usr/bin/env", "groff", "-ww", "-man", "-T", "ascii", "-P", "-cbou", "-rLL=200n", "-rHY=0", kPage});
+  const Outcome run = runProgram({"/usr/bin/env", "groff", "-ww", "-man", "-T", "ascii", "-P",
+                                  "-cbou", "-rLL=200n", "-rHY=0", kPage});
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.err, "");
   std::string text;
@@ -71,6 +71,13 @@ TEST(ManPage, HasEveryOptionOfEveryCommandWithItsText) {
     const std::string line = " " + std::to_string(code.code) + " " + onOneLine(code.text);
     EXPECT_NE(page.find(line), std::string::npos) << line;
   }
+}
+
+// A bare one is an accent over nothing on many terminals.
+TEST(ManPage, WritesTheCircumflexByItsName) {
+  const std::string page = readFile(kPage);
+  EXPECT_EQ(page.find('^'), std::string::npos);
+  EXPECT_NE(page.find("w\\(ha2 r\\(ha2"), std::string::npos);
 }
 
 TEST(ManPage, IsReadWithoutAWarning) {

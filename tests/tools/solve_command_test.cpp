@@ -134,22 +134,6 @@ TEST(SolveCommand, PrintsTheSameJsonInPlaceOfTheTable) {
   EXPECT_EQ(run.out, readFile(folder / "out.json"));
 }
 
-TEST(SolveCommand, WritesTheFileOnStandardOutputWithoutATable) {
-  for (const char* name : {"-", "/dev/stdout"}) {
-    const Outcome run = cornerpin({"solve", kFacade, "-o", name, "--format", "csv"});
-    EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 72) << name;
-  }
-}
-
-TEST(SolveCommand, WritesJsonOnStandardOutputUnlessAskedForAnotherFormat) {
-  for (const char* name : {"-", "/dev/stdout"}) {
-    EXPECT_EQ(cornerpin({"solve", kFacade, "-o", name}).out,
-              cornerpin({"solve", kFacade, "--json"}).out)
-        << name;
-  }
-}
-
 TEST(SolveCommand, ReadsStandardInput) {
   ChildOptions options;
   options.in = kFacade;
@@ -472,21 +456,6 @@ TEST(SolveCommand, DoesNotReplaceTheTracksThatItReads) {
     EXPECT_EQ(cornerpin({"solve", in, "--explain", out}).err, run.err);
   }
   EXPECT_EQ(readFile(in), readFile(kFacade));
-}
-
-TEST(SolveCommand, DoesNotReplaceTheQuadsThatItReads) {
-  const TemporaryFolder folder;
-  const std::string quads = folder / "quads.json";
-  const std::string text = R"({"sign":[[0,0],[9,0],[9,9],[0,9]]})";
-  writeFile(quads, text);
-  for (const char* option : {"-o", "--explain"}) {
-    const Outcome run = cornerpin(
-        {"solve", kFacade, "--json", "--reference", "0", "--quads", quads, option, quads});
-    EXPECT_EQ(run.code, 2);
-    EXPECT_EQ(run.err, "cornerpin: \"" + quads +
-                           "\" is the file that is read: not replaced; name another\n");
-  }
-  EXPECT_EQ(readFile(quads), text);
 }
 
 TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
