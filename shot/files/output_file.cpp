@@ -41,6 +41,11 @@ fs::path folderOf(const std::string& path) {
   return folder.empty() ? fs::path(".") : folder;
 }
 
+bool isOpenForWriting(int fd) {
+  const int flags = ::fcntl(fd, F_GETFL);
+  return flags != -1 && (flags & O_ACCMODE) != O_RDONLY;
+}
+
 // As opening would tell, whoever started the process.
 bool mayWrite(const std::string& path) {
   return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
@@ -118,6 +123,9 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
 }
 
 void OutputFile::check(const std::string& path) {
+  if (path == "-" && !isOpenForWriting(STDOUT_FILENO)) {
+    throw std::system_error(EBADF, std::generic_category(), "standard output");
+  }
   struct stat info;
   const bool exists = ::stat(path.c_str(), &info) == 0;
   if (path == "-" || !exists || S_ISREG(info.st_mode)) {
@@ -168,6 +176,7 @@ void OutputFile::flush() {
   while (!rest.empty()) {
     const ssize_t count = ::write(fd_, rest.data(), rest.size());
     if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EPIPE && fd_ == STDOUT_FILENO) break;
     if (count < 0) fail();
     rest.remove_prefix(static_cast<std::size_t>(count));
   }

@@ -16,7 +16,8 @@ namespace cornerpin {
 /// it has `removeTemporaryFiles` called first.
 ///
 /// A replaced file's permissions stay; a new one gets the usual ones. A symbolic link is followed.
-/// "-" is standard output; it, pipes and devices are written directly.
+/// "-" is standard output; it, pipes and devices are written directly. A reader of standard output
+/// that goes away has had enough: what is written from then on is dropped, without a failure.
 ///
 /// Every failure throws `std::system_error` with the target's name.
 class OutputFile {
@@ -26,8 +27,8 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  /// Throws where a file of that path could not be begun, and leaves nothing behind. Of pipes and
-  /// devices, which it does not open, only the rights are looked at.
+  /// Throws where a file of that path could not be begun, or standard output is closed, and leaves
+  /// nothing behind. Of pipes and devices, which it does not open, only the rights are looked at.
   static void check(const std::string& path);
 
   void write(std::string_view text);

@@ -21,7 +21,7 @@ Json orElse(const std::optional<T>& value, const Json& otherwise) {
   return value ? Json(*value) : otherwise;
 }
 
-Json jsonOf(const Program& program) {
+Json jsonOf(const ProgramVersion& program) {
   return {{"name", program.name}, {"version", program.version}, {"commit", orNull(program.commit)}};
 }
 
@@ -83,7 +83,7 @@ bool isWord(const JsonField& field, const char* word) {
   return field.json().is_string() && field.text() == word;
 }
 
-Program programIn(const JsonField& field) {
+ProgramVersion programIn(const JsonField& field) {
   return {field.at("name").text(), field.at("version").text(), textOrNull(field.at("commit"))};
 }
 

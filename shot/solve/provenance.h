@@ -13,7 +13,7 @@
 namespace cornerpin {
 
 /// What made a result. Nothing here depends on where or when that was.
-struct Program {
+struct ProgramVersion {
   std::string name;
   std::string version;
   std::string commit;  ///< of its source, with "-modified" where that was changed; empty: not known
@@ -55,12 +55,12 @@ struct Picture {
 struct RebaseStep {
   int from = 0;
   int to = 0;
-  Program program;
+  ProgramVersion program;
 };
 
 /// Where a result comes from. What older programs did not note is not there.
 struct Provenance {
-  std::optional<Program> program;
+  std::optional<ProgramVersion> program;
   std::optional<GivenOptions> options;
   std::optional<InputFile> input;
   Picture picture;

@@ -198,7 +198,8 @@ TEST(DoubtsOfTheSolveCommand, AreNoWarningOnATerminalThatShowsTheTable) {
     options.err = err;
     cornerpin({"solve", folder / "in.csv", "--base", "10"}, options);
   });
-  EXPECT_TRUE(contains(text, "Good: 29 of 30 frames.")) << text;
+  EXPECT_TRUE(contains(text, "\033[32mGood\033[0m: 29 of 30 frames. \033[33mDoubtful\033[0m: 22."))
+      << text;
   EXPECT_EQ(readFile(err), "");
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <cstdio>
@@ -50,8 +51,9 @@ TEST(Program, NamesSeveralBadRowsAndEndsInThree) {
   const Outcome run = cornerpin({"solve", in});
   EXPECT_EQ(run.code, 3);
   EXPECT_EQ(run.out, "");
-  EXPECT_EQ(run.err, in + ":3: frame is too large: \"99999999999\"\n" + in +
-                         ":4: the row has 3 fields, the header has 4\n" + in +
+  const std::string row = "cornerpin: " + in;
+  EXPECT_EQ(run.err, row + ":3: frame is too large: \"99999999999\"\n" + row +
+                         ":4: the row has 3 fields, the header has 4\n" + row +
                          ":5: y must be a number, not \"1,5\": write a decimal point\n");
 }
 
@@ -66,15 +68,55 @@ TEST(Program, GoesOnWhereItsCallerIgnoresTheSignal) {
   EXPECT_GT(readFile(out).size(), 300000u);
 }
 
-TEST(Program, EndsInOneWhenStandardOutputIsClosed) {
+// Before anything is read: nothing is lost.
+TEST(Program, EndsInOneAtOnceWhenStandardOutputIsClosed) {
   const TemporaryFolder folder;
   ChildOptions options;
   options.out = "";
-  const Outcome run = cornerpin({"solve", kFacade, "-o", folder / "out.json"}, options);
+  for (const std::string& out : {folder / "out.json", std::string("-")}) {
+    const Outcome run = cornerpin({"solve", folder / "none.csv", "-o", out}, options);
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.err,
+              "cornerpin: standard output is closed: open it, or write a file and add --quiet\n");
+  }
+  EXPECT_EQ(folder.entryCount(), 0u);
+}
+
+// The reader has gone before the first line comes; the run ends as it would have.
+TEST(Program, EndsQuietlyWhereItsReaderHasEnough) {
+  const TemporaryFolder folder;
+  writeFile(folder / "held.csv", "track,frame,x,y\na,0,1,1\na,3,1,1\n");
+  const auto withoutReader = [](const std::vector<std::string>& words) {
+    std::vector<std::string> command = {
+        "/bin/bash", "-c", "exec 3> >(:); wait $!; exec \"$0\" \"$@\" >&3", CORNERPIN_PROGRAM};
+    command.insert(command.end(), words.begin(), words.end());
+    return runProgram(command);
+  };
+  const std::vector<std::vector<std::string>> runs = {{"--help"},
+                                                      {"--version"},
+                                                      {"solve", kFacade},
+                                                      {"solve", kFacade, "--json"},
+                                                      {"solve", kFacade, "-o", "-"}};
+  for (const std::vector<std::string>& words : runs) {
+    const Outcome run = withoutReader(words);
+    EXPECT_EQ(run.code, 0) << words.back();
+    EXPECT_EQ(run.err, "") << words.back();
+  }
+  const Outcome held = withoutReader({"solve", folder / "held.csv"});
+  EXPECT_EQ(held.code, 4);
+  EXPECT_EQ(held.err, cornerpin({"solve", folder / "held.csv"}).err);
+}
+
+// What is put under a name is wanted whole. The result is longer than a pipe holds.
+TEST(Program, EndsInOneWhereTheReaderOfANamedPipeGoesAway) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder / "pipe.json";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const pid_t reader = startChild({"/usr/bin/head", "-c", "1", pipe}, {});
+  const Outcome run = cornerpin({"solve", kFacade, "-o", pipe});
+  waitForChild(reader);
   EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "cornerpin: standard output: Bad file descriptor\n");
-  // No line of the table has strayed into the file.
-  EXPECT_TRUE(nlohmann::json::accept(readFile(folder / "out.json")));
+  EXPECT_EQ(run.err, "cornerpin: " + pipe + ": Broken pipe\n");
 }
 
 TEST(Program, PrintsItsHelpWithoutACommand) {
@@ -93,7 +135,10 @@ TEST(Program, SaysWhenItsHelpCannotBeWritten) {
   for (const char* option : {"--help", "--version"}) {
     const Outcome run = cornerpin({option}, options);
     EXPECT_EQ(run.code, 1) << option;
-    EXPECT_EQ(run.err, "cornerpin: standard output: No space left on device\n") << option;
+    EXPECT_EQ(run.err,
+              "cornerpin: standard output: No space left on device: make room, or write to another "
+              "place\n")
+        << option;
   }
 }
 
@@ -101,8 +146,9 @@ TEST(Program, NamesItsVersionAndTheLapackInUse) {
   const Outcome run = cornerpin({"--version"});
   EXPECT_EQ(run.code, 0);
   int major = 0, minor = 0, patch = 0;
-  EXPECT_EQ(std::sscanf(run.out.c_str(), "cornerpin %*d.%*d.%*d\nLAPACK %d.%d.%d", &major, &minor,
-                        &patch),
-            3)
+  const std::size_t lapack = run.out.find("\nLAPACK ");
+  ASSERT_NE(lapack, std::string::npos) << run.out;
+  EXPECT_EQ(std::sscanf(run.out.c_str() + lapack, " LAPACK %d.%d.%d", &major, &minor, &patch), 3)
       << run.out;
+  EXPECT_EQ(std::sscanf(run.out.c_str(), "cornerpin %d.%d.%d", &major, &minor, &patch), 3);
 }

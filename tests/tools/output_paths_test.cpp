@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
@@ -32,7 +33,8 @@ TEST(RefuseInput, KnowsTheInputUnderEveryName) {
       refuseInput(in, out);
       ADD_FAILURE() << name;
     } catch (const std::invalid_argument& error) {
-      EXPECT_EQ(error.what(), "\"" + out + "\" is the file that is read: not replaced");
+      EXPECT_EQ(error.what(),
+                "\"" + out + "\" is the file that is read: not replaced; name another");
     }
   }
 }
@@ -55,7 +57,8 @@ TEST(RefuseSame, NamesTheOptionsThatWantOneFile) {
       refuseSame("-o", folder / "a", "--explain", folder / "./a");
       ADD_FAILURE() << exists;
     } catch (const std::invalid_argument& error) {
-      EXPECT_EQ(error.what(), "-o and --explain both want \"" + folder / "./a" + "\"");
+      EXPECT_EQ(error.what(),
+                "-o and --explain both want \"" + folder / "./a" + "\": name two files");
     }
   }
 }
@@ -128,6 +131,17 @@ TEST(RequireWritable, AllowsNewFilesOldOnesAndDevicesAndLeavesThemAsTheyAre) {
     EXPECT_EQ(refusalOf(path), "none") << path;
   EXPECT_EQ(readFile(folder / "old"), "text");
   EXPECT_EQ(folder.entryCount(), 1u);
+}
+
+TEST(TextOf, SaysWhatToDoWhereTheDiskOrAFileIsFull) {
+  const auto text = [](std::errc code) {
+    return textOf(std::system_error(std::make_error_code(code), "out.json"));
+  };
+  EXPECT_EQ(text(std::errc::no_space_on_device),
+            "out.json: No space left on device: make room, or write to another place");
+  EXPECT_EQ(text(std::errc::file_too_large),
+            "out.json: File too large: raise the limit (ulimit -f), or write to another place");
+  EXPECT_EQ(text(std::errc::io_error), "out.json: Input/output error");
 }
 
 // To open it would wait for a reader.

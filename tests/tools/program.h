@@ -33,6 +33,19 @@ inline std::string longShot() {
   return text;
 }
 
+// A shot that stands still: tracks times frames rows.
+inline std::string stillShot(int tracks, int frames) {
+  std::string text = "track,frame,x,y\n";
+  for (int t = 0; t < tracks; ++t) {
+    for (int f = 0; f < frames; ++f) {
+      text += "t" + std::to_string(t) + "," + std::to_string(f) + "," +
+              std::to_string(t * 37 % 1000) + "." + std::to_string(f % 10) + "," +
+              std::to_string(t * t * 13 % 700) + "\n";
+    }
+  }
+  return text;
+}
+
 inline bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <thread>
 #include <utility>
 
@@ -17,6 +18,7 @@
 using namespace std::chrono_literals;
 using cornerpin::Phase;
 using cornerpin::ProgressBar;
+using cornerpin::ProgressStyle;
 
 namespace {
 
@@ -45,7 +47,7 @@ bool matches(const std::string& text, const char* pattern) {
 TEST(ProgressBar, AppearsOnATerminalAfterHalfASecondAndClearsItself) {
   const std::string line = "\rsolving [############..................] 40 %\033[K";
   const std::string text = onATerminal([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     bar.update(Phase::Solving, 2, 5);
     std::this_thread::sleep_for(300ms);
     bar.update(Phase::Solving, 2, 5);
@@ -54,7 +56,7 @@ TEST(ProgressBar, AppearsOnATerminalAfterHalfASecondAndClearsItself) {
   EXPECT_EQ(text.substr(0, line.size()), line);
   EXPECT_EQ(text.substr(text.size() - 4), "\r\033[K");
   EXPECT_EQ(onATerminal([] {
-              ProgressBar bar;
+              ProgressBar bar(ProgressStyle::Bar);
               bar.update(Phase::Solving, 2, 5);
               std::this_thread::sleep_for(100ms);
             }),
@@ -63,7 +65,7 @@ TEST(ProgressBar, AppearsOnATerminalAfterHalfASecondAndClearsItself) {
 
 TEST(ProgressBar, IsFullAtTheEnd) {
   const std::string text = onATerminal([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     bar.update(Phase::Solving, 0, 7);
     bar.update(Phase::Solving, 7, 7);
     std::this_thread::sleep_for(550ms);
@@ -81,7 +83,7 @@ TEST(ProgressBar, NamesEveryPhase) {
                                                   {Phase::Filling, "filling"},
                                                   {Phase::Writing, "writing"}};
   const std::string text = onATerminal([&] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     bar.update(Phase::Reading, 0, 0);
     std::this_thread::sleep_for(600ms);
     for (const auto& phase : phases) {
@@ -99,7 +101,7 @@ TEST(ProgressBar, NamesEveryPhase) {
 // Nobody reports anything meanwhile, as while a single long step is under way.
 TEST(ProgressBar, SaysHowLongItTakesYetAndCountsDown) {
   const std::string text = onATerminal([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     bar.update(Phase::HandingOver, 0, 10);
     std::this_thread::sleep_for(1s);
     bar.update(Phase::HandingOver, 2, 10);
@@ -115,7 +117,7 @@ TEST(ProgressBar, SaysHowLongItTakesYetAndCountsDown) {
 TEST(ProgressBar, CountsMinutesAndHours) {
   const auto lineAt = [](std::size_t total) {
     return onATerminal([&] {
-      ProgressBar bar;
+      ProgressBar bar(ProgressStyle::Bar);
       bar.update(Phase::Figures, 0, total);
       std::this_thread::sleep_for(1s);
       bar.update(Phase::Figures, 1, total);
@@ -129,7 +131,7 @@ TEST(ProgressBar, CountsMinutesAndHours) {
 // What the phases before took tells nothing.
 TEST(ProgressBar, StartsAfreshWithEachPhase) {
   const std::string text = onATerminal([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     bar.update(Phase::Solving, 0, 100);
     bar.update(Phase::Solving, 50, 100);
     std::this_thread::sleep_for(2s);
@@ -153,7 +155,7 @@ TEST(ProgressBar, StartsAfreshWithEachPhase) {
 TEST(ProgressBar, DrawsTenTimesASecondAtMost) {
   const auto start = std::chrono::steady_clock::now();
   const std::string text = onATerminal([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     const auto end = std::chrono::steady_clock::now() + 1s;
     while (std::chrono::steady_clock::now() < end) bar.update(Phase::Solving, 1, 2);
   });
@@ -163,9 +165,9 @@ TEST(ProgressBar, DrawsTenTimesASecondAtMost) {
   EXPECT_LE(drawn, tenths);
 }
 
-TEST(ProgressBar, WritesNothingElsewhere) {
+TEST(ProgressBar, WritesNothingUnlessAsked) {
   const ChildRun run = runInChild([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::None);
     bar.update(Phase::Solving, 1, 2);
     std::this_thread::sleep_for(550ms);
   });
@@ -173,10 +175,58 @@ TEST(ProgressBar, WritesNothingElsewhere) {
   EXPECT_EQ(run.err, "");
 }
 
+TEST(ProgressBar, WritesAnObjectWhereSomethingHasChanged) {
+  const ChildRun run = runInChild([] {
+    ProgressBar bar(ProgressStyle::Json);
+    bar.update(Phase::Reading, 0, 0);
+    std::this_thread::sleep_for(150ms);  // then nothing changes for two more lines' time
+    std::this_thread::sleep_for(200ms);
+    bar.update(Phase::Solving, 0, 100);
+    std::this_thread::sleep_for(1s);
+    bar.update(Phase::Solving, 20, 100);  // 50 ms each
+    std::this_thread::sleep_for(150ms);
+    bar.update(Phase::Solving, 100, 100);
+    std::this_thread::sleep_for(150ms);
+  });
+  EXPECT_TRUE(run.exited);
+  const std::string start =
+      "{\"phase\":\"reading\",\"done\":0,\"total\":null,\"seconds_left\":null}\n"
+      "{\"phase\":\"solving\",\"done\":0,\"total\":100,\"seconds_left\":null}\n"
+      "{\"phase\":\"solving\",\"done\":20,\"total\":100,\"seconds_left\":";
+  const std::string end =
+      "}\n{\"phase\":\"solving\",\"done\":100,\"total\":100,\"seconds_left\":null}\n";
+  ASSERT_TRUE(startsWith(run.err, start)) << run.err;
+  const std::string rest = run.err.substr(start.size());
+  double left = 0;
+  int length = 0;
+  ASSERT_EQ(std::sscanf(rest.c_str(), "%lf%n", &left, &length), 1) << run.err;
+  EXPECT_NEAR(left, 4.0, 0.5);
+  EXPECT_EQ(rest.substr(static_cast<std::size_t>(length)), end);
+}
+
+TEST(ProgressBar, WritesTenObjectsASecondAtMost) {
+  const auto start = std::chrono::steady_clock::now();
+  const ChildRun run = runInChild([] {
+    ProgressBar bar(ProgressStyle::Json);
+    const auto end = std::chrono::steady_clock::now() + 1s;
+    for (std::size_t i = 0; std::chrono::steady_clock::now() < end; ++i)
+      bar.update(Phase::Solving, i, 1u << 30);
+  });
+  const auto tenths = (std::chrono::steady_clock::now() - start) / 100ms;
+  const auto lines = std::count(run.err.begin(), run.err.end(), '\n');
+  EXPECT_GE(lines, 1);
+  EXPECT_LE(lines, tenths);
+}
+
+TEST(WriteFinished, WritesTheLastObject) {
+  const ChildRun run = runInChild([] { cornerpin::writeFinished(4); });
+  EXPECT_EQ(run.err, "{\"phase\":\"finished\",\"exit_code\":4}\n");
+}
+
 // The thread that draws leaves signals to those that hold them back while they write a file.
 TEST(ProgressBar, TakesNoSignals) {
   const std::string text = onATerminal([] {
-    ProgressBar bar;
+    ProgressBar bar(ProgressStyle::Bar);
     bar.update(Phase::Writing, 1, 2);
     sigset_t all;
     ::sigfillset(&all);

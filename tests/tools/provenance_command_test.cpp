@@ -123,11 +123,11 @@ TEST(ProvenanceCommand, NamesTracksThatAreLeftOutAndSaysWhy) {
     more.insert(more.begin(), {shot, "--base", "4", "--max-error", "50"});
     return leftOut(solved(more));
   };
-  EXPECT_EQ(with({"--base-only"}), "none: no-weight early: absent-in-base late: absent-in-base ");
+  EXPECT_EQ(with({"--base-only"}), "early: absent-in-base late: absent-in-base none: no-weight ");
   EXPECT_EQ(with({"--loss", "none"}),
-            "none: no-weight early: absent-in-base late: absent-in-base ");
+            "early: absent-in-base late: absent-in-base none: no-weight ");
   EXPECT_EQ(with({"--frames", "2-", "--drop", "t1", "--keep", "t*,none,early", "--drop", "t5"}),
-            "t1: dropped t5: dropped none: no-weight early: outside-frames late: not-kept ");
+            "early: outside-frames late: not-kept none: no-weight t1: dropped t5: dropped ");
 }
 
 TEST(ProvenanceCommand, IsKeptByARebaseWhichSaysWhatItDid) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -144,11 +143,11 @@ TEST(RebaseCommand, EndsInThreeWithFileAndPlaceWhereTheResultIsRefused) {
   const std::string in = folder / "in.json";
   const Outcome none = rebased(in, "1");
   EXPECT_EQ(none.code, 3);
-  EXPECT_EQ(none.err, in + ": No such file or directory\n");
+  EXPECT_EQ(none.err, "cornerpin: " + in + ": No such file or directory\n");
   writeFile(in, "{\"cornerpin\":2}");
-  EXPECT_EQ(rebased(in, "1").err, in + ": base_frame: missing\n");
+  EXPECT_EQ(rebased(in, "1").err, "cornerpin: " + in + ": base_frame: missing\n");
   EXPECT_EQ(rebased(in, "1").code, 3);
-  EXPECT_EQ(rebased(kFacade, "1").err, kFacade + ":1: this is no JSON\n");
+  EXPECT_EQ(rebased(kFacade, "1").err, "cornerpin: " + kFacade + ":1: this is no JSON\n");
   writeFile(in, "{\"cornerpin\":9}");
   EXPECT_EQ(rebased(in, "1").code, 3);
   ChildOptions closed;
@@ -156,7 +155,7 @@ TEST(RebaseCommand, EndsInThreeWithFileAndPlaceWhereTheResultIsRefused) {
   const Outcome run =
       cornerpin({"rebase", "-", "--reference", "1", "-o", "-", "--format", "json"}, closed);
   EXPECT_EQ(run.code, 3);
-  EXPECT_EQ(run.err.rfind("<stdin>: ", 0), 0u) << run.err;
+  EXPECT_EQ(run.err.rfind("cornerpin: <stdin>: ", 0), 0u) << run.err;
 }
 
 TEST(RebaseCommand, EndsInTwoOnWrongUsage) {
@@ -168,7 +167,6 @@ TEST(RebaseCommand, EndsInTwoOnWrongUsage) {
       {"rebase", in, "--reference", "5"},
       {"rebase", in, "--reference", "auto", "-o", solved / "a.json"},
       {"rebase", in, "--reference", "5", "-o", solved / "a.txt"},
-      {"rebase", in, "--reference", "5", "-o", "-"},
       {"rebase", in, "--reference", "5", "-o", ""},
       {"rebase", in, "more", "--reference", "5", "-o", solved / "a.json"},
       {"rebase", in, "--reference", "5", "-o", in},
@@ -188,23 +186,7 @@ TEST(RebaseCommand, EndsInOneWhenItCannotWrite) {
   const Outcome run = cornerpin(
       {"rebase", solved.path(), "--reference", "50", "-o", "/dev/full", "--format", "json"});
   EXPECT_EQ(run.code, 1);
-  EXPECT_EQ(run.err, "cornerpin: /dev/full: No space left on device\n");
-}
-
-TEST(RebaseCommand, StartsItsHelpWithAnExampleAndSaysInALineWhatAnOptionDoes) {
-  const Outcome run = cornerpin({"rebase", "--help"});
-  EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.out.substr(0, 25), "Example: cornerpin rebase");
-  EXPECT_TRUE(contains(run.out, "Exit codes: 0 written"));
-  std::istringstream help(run.out);
-  std::string line;
-  while (std::getline(help, line) && line != "Options:") {
-  }
-  int options = 0;
-  while (std::getline(help, line) && !line.empty()) {
-    EXPECT_EQ(line.substr(0, 3), "  -") << line;
-    EXPECT_LE(line.size(), 92u) << line;
-    ++options;
-  }
-  EXPECT_EQ(options, 4);
+  EXPECT_EQ(
+      run.err,
+      "cornerpin: /dev/full: No space left on device: make room, or write to another place\n");
 }

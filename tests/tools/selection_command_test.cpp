@@ -76,27 +76,27 @@ std::string cut(const std::string& path, int first, int last) {
 
 TEST_F(SelectionCommand, DropsByPatternAndKeepsByPattern) {
   EXPECT_EQ(seen(solved({"--drop", "n?:-3-,t[12]:5"}), 5), "p,1 say \"x\" t:1 ");
-  EXPECT_EQ(seen(solved({"--keep", "n[12],t*,p*"}), 5), "n1 n2 p,1 t:1 t1 t2 ");
+  EXPECT_EQ(seen(solved({"--keep", "n[12],t*,p*"}), 5), "n1 n2 p,1 t1 t2 t:1 ");
 }
 
 TEST_F(SelectionCommand, TakesTheExactNameBeforeThePattern) {
-  EXPECT_EQ(seen(solved({"--drop", "n*"}), 0), "n1 n2 p,1 say \"x\" t:1 t1 t2 ");
-  EXPECT_EQ(seen(solved({"--drop", "t:1"}), 1), "n1 n2 p,1 say \"x\" n* t1 t2 ");
+  EXPECT_EQ(seen(solved({"--drop", "n*"}), 0), "n1 n2 p,1 say \"x\" t1 t2 t:1 ");
+  EXPECT_EQ(seen(solved({"--drop", "t:1"}), 1), "n* n1 n2 p,1 say \"x\" t1 t2 ");
 }
 
 TEST_F(SelectionCommand, TakesNamesWithCommasAndQuotes) {
-  EXPECT_EQ(seen(solved({"--drop", "\"p,1\",t1"}), 0), "n1 n2 say \"x\" n* t:1 t2 ");
-  EXPECT_EQ(seen(solved({"--drop", "p,1"}), 0), "n1 n2 say \"x\" n* t:1 t1 t2 ");
+  EXPECT_EQ(seen(solved({"--drop", "\"p,1\",t1"}), 0), "n* n1 n2 say \"x\" t2 t:1 ");
+  EXPECT_EQ(seen(solved({"--drop", "p,1"}), 0), "n* n1 n2 say \"x\" t1 t2 t:1 ");
   const json result = solved({"--drop", "\"say \"\"x\"\"\":-5--2"});
-  EXPECT_EQ(seen(result, -2), "n1 n2 p,1 n* t:1 t1 t2 ");
-  EXPECT_EQ(seen(result, -1), "n1 n2 p,1 say \"x\" n* t:1 t1 t2 ");
+  EXPECT_EQ(seen(result, -2), "n* n1 n2 p,1 t1 t2 t:1 ");
+  EXPECT_EQ(seen(result, -1), "n* n1 n2 p,1 say \"x\" t1 t2 t:1 ");
 }
 
 TEST_F(SelectionCommand, TakesFramesBelowNothing) {
   const json result = solved({"--drop", "t1:-10--3,t2:-5,t2:-5"});
-  EXPECT_EQ(seen(result, -10), "n1 n2 p,1 say \"x\" n* t:1 t2 ");
-  EXPECT_EQ(seen(result, -5), "n1 n2 p,1 say \"x\" n* t:1 ");
-  EXPECT_EQ(seen(result, -2), "n1 n2 p,1 say \"x\" n* t:1 t1 t2 ");
+  EXPECT_EQ(seen(result, -10), "n* n1 n2 p,1 say \"x\" t2 t:1 ");
+  EXPECT_EQ(seen(result, -5), "n* n1 n2 p,1 say \"x\" t:1 ");
+  EXPECT_EQ(seen(result, -2), "n* n1 n2 p,1 say \"x\" t1 t2 t:1 ");
 }
 
 TEST_F(SelectionCommand, SolvesARangeOfTheShot) {
@@ -133,7 +133,7 @@ TEST_F(SelectionCommand, SaysWhatToWriteInstead) {
                 "--drop: \"p1\" names no track of this shot: did you mean n1, "
                 "\"p,1\" or t1?");
   expectRefused({"--keep", "w*"},
-                "--keep: \"w*\" names no track of this shot: take one of n1, n2, \"p,1\" ...");
+                "--keep: \"w*\" names no track of this shot: take one of n*, n1, n2 ...");
   expectRefused({"--drop", "\"p,1"},
                 "--drop: \"\"p,1\" has a quote that is never closed: close it");
   expectRefused({"--drop", "t1:50-60"},

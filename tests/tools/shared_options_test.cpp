@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/shared_options.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -12,7 +16,9 @@
 #include <vector>
 
 #include "shot/files/input_error.h"
+#include "tests/support/child.h"
 #include "tests/support/files.h"
+#include "tests/support/terminal.h"
 
 using namespace cornerpin;
 
@@ -81,15 +87,19 @@ TEST(OutputOptions, TakeTheFormatFromTheNameUnlessItIsNamed) {
   EXPECT_EQ(parsed<OutputOptions>({"--output", "a.csv"}).format(), Format::Csv);
   EXPECT_EQ(parsed<OutputOptions>({"-o", "a.csv", "--format", "json"}).format(), Format::Json);
   EXPECT_EQ(parsed<OutputOptions>({"-o", "-", "--format", "csv"}).format(), Format::Csv);
+  EXPECT_EQ(parsed<OutputOptions>({"-o", "-"}).format(), Format::Json);
   EXPECT_EQ(refusal([] {
               parsed<OutputOptions>({"-o", "a.txt"}).format();
             }),
-            "\"a.txt\" ends neither in .json nor in .csv: add --format");
+            "\"a.txt\" ends neither in .json nor in .csv: add --format json or --format csv");
 }
 
 TEST(OutputOptions, RefuseUnknownFormatsAndAFormatWithoutAFile) {
   EXPECT_THROW(parsed<OutputOptions>({"-o", "a", "--format", "xml"}), CLI::ValidationError);
-  EXPECT_THROW(parsed<OutputOptions>({"--format", "json"}), CLI::RequiresError);
+  EXPECT_EQ(refusal([] {
+              parsed<OutputOptions>({"--format", "json"}).format();
+            }),
+            "--format: no file is written: add -o FILE");
 }
 
 TEST(OutputOptions, KnowStandardOutput) {
@@ -340,4 +350,57 @@ TEST(AtOption, TakesListsOfFrames) {
               std::string("--at takes frames such as 10.5,11.25, not \"") + text + "\"");
   }
   EXPECT_THROW(parsed<AtOption>({"--at", ""}), CLI::ValidationError);
+}
+
+TEST(TalkOptions, AreQuietOrVerboseOrNeither) {
+  EXPECT_FALSE(parsed<TalkOptions>({}).quiet);
+  EXPECT_FALSE(parsed<TalkOptions>({}).verbose);
+  EXPECT_TRUE(parsed<TalkOptions>({"-q"}).quiet);
+  EXPECT_TRUE(parsed<TalkOptions>({"--quiet"}).quiet);
+  EXPECT_TRUE(parsed<TalkOptions>({"--verbose"}).verbose);
+  EXPECT_NO_THROW(parsed<TalkOptions>({"--verbose"}).check());
+  EXPECT_EQ(refusal([] {
+              parsed<TalkOptions>({"-q", "--verbose"}).check();
+            }),
+            "--quiet and --verbose exclude each other: leave one out");
+}
+
+TEST(ColourOption, IsOneOfThree) {
+  EXPECT_EQ(parsed<ColourOption>({}).value(), Colour::Auto);
+  EXPECT_EQ(parsed<ColourOption>({"--color", "auto"}).value(), Colour::Auto);
+  EXPECT_EQ(parsed<ColourOption>({"--color", "always"}).value(), Colour::Always);
+  EXPECT_EQ(parsed<ColourOption>({"--color", "never"}).value(), Colour::Never);
+  EXPECT_THROW(parsed<ColourOption>({"--color", "red"}), CLI::ValidationError);
+}
+
+namespace {
+
+// The style where standard error is a terminal of this kind.
+ProgressStyle onATerminal(const Words& words, bool quiet, const char* kind = "xterm") {
+  const std::string text = writtenOnATerminal([&](const std::string& name) {
+    ::dup2(::open(name.c_str(), O_RDWR | O_NOCTTY), STDERR_FILENO);
+    ::setenv("TERM", kind, 1);
+    const ProgressStyle style = parsed<ProgressOption>(words).value(quiet);
+    std::fputc('0' + static_cast<int>(style), stderr);
+  });
+  return static_cast<ProgressStyle>(text.at(0) - '0');
+}
+
+}  // namespace
+
+TEST(ProgressOption, IsABarForPeopleOnTerminalsAlone) {
+  EXPECT_EQ(onATerminal({}, false), ProgressStyle::Bar);
+  EXPECT_EQ(onATerminal({"--progress", "auto"}, false), ProgressStyle::Bar);
+  EXPECT_EQ(onATerminal({}, true), ProgressStyle::None);
+  EXPECT_EQ(onATerminal({}, false, "dumb"), ProgressStyle::None);
+  EXPECT_EQ(onATerminal({"--progress", "none"}, false), ProgressStyle::None);
+  const ChildRun elsewhere =
+      runInChild([] { EXPECT_EQ(parsed<ProgressOption>({}).value(false), ProgressStyle::None); });
+  EXPECT_TRUE(elsewhere.exited);
+}
+
+TEST(ProgressOption, IsForProgramsWhereverItIsAskedFor) {
+  EXPECT_EQ(onATerminal({"--progress", "json"}, false), ProgressStyle::Json);
+  EXPECT_EQ(parsed<ProgressOption>({"--progress", "json"}).value(true), ProgressStyle::Json);
+  EXPECT_THROW(parsed<ProgressOption>({"--progress", "xml"}), CLI::ValidationError);
 }

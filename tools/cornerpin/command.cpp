@@ -5,14 +5,25 @@
 
 namespace cornerpin {
 
-CLI::App& addParser(CLI::App& app, const char* name, const char* summary, const char* help,
-                    const char* exitCodes) {
-  CLI::App& parser = *app.add_subcommand(name, summary);
-  // A call of the subcommand replaces the summary, so its own help has the long text.
-  parser.preparse_callback([&parser, help](std::size_t) { parser.description(help); });
-  parser.footer(exitCodes);
-  parser.get_formatter()->column_width(21);
+const std::vector<ExitCodeText>& exitCodeTexts() {
+  static const std::vector<ExitCodeText> texts = {
+      {kSolved, "done, and every frame has a full transform of its own"},
+      {kFailure, "failure, such as a full disk"},
+      {kUsage, "wrong usage: options or arguments make no sense"},
+      {kUnreadable, "the input is refused or cannot be read"},
+      {kDegraded,
+       "done, but some frames have a simpler transform or their neighbour's;\n"
+       "with --strict or --max-error, also when frames are doubtful"}};
+  return texts;
+}
+
+CLI::App& addParser(CLI::App& app, const CommandText& text) {
+  CLI::App& parser = *app.add_subcommand(text.name, text.summary);
+  parser.set_help_flag("-h,--help", "Print what most people need");
+  parser.set_help_all_flag("--help-all", "Print all options and what they mean");
   return parser;
 }
+
+void addMore(CLI::App& parser) { parser.option_defaults()->group(kMoreOptions); }
 
 }  // namespace cornerpin

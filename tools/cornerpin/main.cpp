@@ -2,30 +2,23 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <iostream>
 #include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "shot/files/input_error.h"
 #include "shot/files/output_file.h"
 #include "tools/cornerpin/command.h"
-#include "tools/cornerpin/lapack_info.h"
 #include "tools/cornerpin/output_paths.h"
-#include "tools/cornerpin/rebase_command.h"
-#include "tools/cornerpin/solve_command.h"
+#include "tools/cornerpin/program.h"
 
 namespace {
 
 using namespace cornerpin;
-
-constexpr const char* kHelp =
-    "Example: cornerpin solve shot.csv -o shot.json\n\n"
-    "Finds how a flat surface moves through a shot: one 3x3 transform for every frame,\n"
-    "from tracked features.\n";
 
 // A closed standard stream becomes one that fails: no file opened later takes its place.
 void guardStandardStreams() {
@@ -53,28 +46,10 @@ void guardUnfinishedFiles() {
   }
 }
 
-int run(int argc, char** argv) {
-  CLI::App app(kHelp, "cornerpin");
-  app.set_version_flag("--version",
-                       [] { return "cornerpin " CORNERPIN_VERSION "\nLAPACK " + lapackInfo(); });
-  const Command commands[] = {addSolve(app), addRebase(app)};
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    std::ostringstream help;
-    const int code = app.exit(error, help, std::cerr);
-    print(help.str());
-    return code == 0 ? kSolved : kUsage;
-  }
-  for (const Command& command : commands) {
-    if (command.parser->parsed()) return command.run();
-  }
-  std::cerr << app.help();
-  return kUsage;
-}
-
+// Each line of the text begins with who says it.
 int fail(const std::string& text, ExitCode code) {
-  std::cerr << text << '\n';
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) std::cerr << "cornerpin: " << line << '\n';
   return code;
 }
 
@@ -83,18 +58,20 @@ int fail(const std::string& text, ExitCode code) {
 int main(int argc, char** argv) {
   guardStandardStreams();
   guardUnfinishedFiles();
-  // A reader that goes away and a file too large are failed writes.
+  // A reader that goes away and a file too large end no process: the write fails.
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
   try {
-    return run(argc, argv);
+    return Program().run(argc, argv);
   } catch (const InputError& error) {
     return fail(error.what(), kUnreadable);
   } catch (const std::invalid_argument& error) {
-    return fail(std::string("cornerpin: ") + error.what(), kUsage);
+    return fail(error.what(), kUsage);
   } catch (const std::bad_alloc&) {
-    return fail("cornerpin: out of memory", kFailure);
+    return fail("out of memory: close other programs, or solve fewer frames at once", kFailure);
+  } catch (const std::system_error& error) {
+    return fail(textOf(error), kFailure);
   } catch (const std::exception& error) {
-    return fail(std::string("cornerpin: ") + error.what(), kFailure);
+    return fail(error.what(), kFailure);
   }
 }

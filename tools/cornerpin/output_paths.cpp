@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/output_paths.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -30,7 +31,8 @@ void refuseInput(const std::string& input, const std::string& output) {
   std::error_code ignored;
   if (fs::is_regular_file(output, ignored) &&
       fs::equivalent(input == "-" ? "/dev/stdin" : input, output, ignored)) {
-    throw std::invalid_argument("\"" + output + "\" is the file that is read: not replaced");
+    throw std::invalid_argument("\"" + output +
+                                "\" is the file that is read: not replaced; name another");
   }
 }
 
@@ -41,16 +43,33 @@ void refuseSame(const char* firstOption, const std::string& first, const char* s
   if (fs::exists(first, ignored) && !fs::is_regular_file(first, ignored)) return;
   if (fs::weakly_canonical(first, ignored) == fs::weakly_canonical(second, ignored)) {
     throw std::invalid_argument(std::string(firstOption) + " and " + secondOption +
-                                " both want \"" + second + "\"");
+                                " both want \"" + second + "\": name two files");
   }
 }
 
 void requireWritable(const std::string& path) {
-  if (path.empty() || isStandardOutput(path)) return;
+  if (path.empty()) return;
   try {
-    OutputFile::check(path);
+    OutputFile::check(isStandardOutput(path) ? "-" : path);
   } catch (const std::system_error& error) {
+    if (isStandardOutput(path)) {
+      throw std::runtime_error(
+          "standard output is closed: open it, or write a file and add --quiet");
+    }
     throw std::runtime_error("cannot write \"" + path + "\": " + adviceFor(error.code()));
+  }
+}
+
+std::string textOf(const std::system_error& error) {
+  const std::string text = error.what();
+  switch (error.code().value()) {
+    case ENOSPC:
+    case EDQUOT:
+      return text + ": make room, or write to another place";
+    case EFBIG:
+      return text + ": raise the limit (ulimit -f), or write to another place";
+    default:
+      return text;
   }
 }
 

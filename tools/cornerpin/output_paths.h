@@ -3,6 +3,7 @@
 #define TOOLS_CORNERPIN_OUTPUT_PATHS_H
 
 #include <string>
+#include <system_error>
 
 /// Where a subcommand writes. Checked before anything is read, so that nothing is lost after a long
 /// run.
@@ -22,8 +23,11 @@ void refuseSame(const char* firstOption, const std::string& first, const char* s
 
 /// Refuses an output that cannot be written, as far as that can be told beforehand: throws
 /// `std::runtime_error` with the path and what to do. Leaves nothing behind; an empty output is
-/// none.
+/// none, "-" standard output.
 void requireWritable(const std::string& path);
+
+/// What went wrong with a file, and what to do where that is known.
+std::string textOf(const std::system_error& error);
 
 /// Prints on standard output. Throws `std::system_error`.
 void print(const std::string& text);

@@ -2,7 +2,6 @@
 #include "tools/cornerpin/progress_bar.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -53,29 +52,29 @@ std::string textOf(double seconds) {
 
 }  // namespace
 
-// The drawer takes no signals: their handlers belong to the thread that writes files.
-ProgressBar::ProgressBar() {
-  if (::isatty(STDERR_FILENO) == 0) return;
+// The writer takes no signals: their handlers belong to the thread that writes files.
+ProgressBar::ProgressBar(ProgressStyle style) : style_(style) {
+  if (style == ProgressStyle::None) return;
   sigset_t all;
   sigset_t before;
   ::sigfillset(&all);
   ::pthread_sigmask(SIG_SETMASK, &all, &before);
-  drawer_ = std::thread([this] { drawUntilStopped(); });
+  writer_ = std::thread([this] { writeUntilStopped(); });
   ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 ProgressBar::~ProgressBar() {
-  if (!drawer_.joinable()) return;
+  if (!writer_.joinable()) return;
   {
     const std::lock_guard<std::mutex> alone(mutex_);
     stopped_ = true;
   }
   stop_.notify_one();
-  drawer_.join();
+  writer_.join();
 }
 
 void ProgressBar::update(Phase phase, std::size_t done, std::size_t total) {
-  if (!drawer_.joinable()) return;
+  if (!writer_.joinable()) return;
   const auto now = Clock::now();
   const std::lock_guard<std::mutex> alone(mutex_);
   if (!begun_ || phase != phase_ || done == 0) {
@@ -83,40 +82,57 @@ void ProgressBar::update(Phase phase, std::size_t done, std::size_t total) {
     doneBefore_ = done;
   }
   begun_ = true;
+  changed_ = true;
   phase_ = phase;
   done_ = done;
   total_ = total;
   reported_ = now;
 }
 
-void ProgressBar::drawUntilStopped() {
+void ProgressBar::writeUntilStopped() {
+  const bool isBar = style_ == ProgressStyle::Bar;
   std::unique_lock<std::mutex> lock(mutex_);
   const auto isStopped = [this] { return stopped_; };
   bool drawn = false;
-  for (auto wait = kPatience; !stop_.wait_for(lock, wait, isStopped); wait = kPeriod) {
-    if (!begun_) continue;
-    std::fputs(line().c_str(), stderr);
+  for (auto wait = isBar ? kPatience : kPeriod; !stop_.wait_for(lock, wait, isStopped);
+       wait = kPeriod) {
+    if (!begun_ || (!isBar && !changed_)) continue;
+    std::fputs((isBar ? barLine() : jsonLine()).c_str(), stderr);
     std::fflush(stderr);
+    changed_ = false;
     drawn = true;
   }
-  if (drawn) std::fputs("\r\033[K", stderr);
+  if (isBar && drawn) std::fputs("\r\033[K", stderr);
 }
 
-std::string ProgressBar::line() const {
+std::string ProgressBar::barLine() const {
   if (total_ == 0) return fmt::format("\r{}\033[K", nameOf(phase_));
   const std::size_t done = std::min(done_, total_);
   const std::size_t filled = done * kWidth / total_;
+  const std::optional<double> left = secondsLeft(Clock::now());
   return fmt::format("\r{} [{:#<{}}{:.<{}}] {} %{}\033[K", nameOf(phase_), "", filled, "",
-                     kWidth - filled, done * 100 / total_, secondsLeft(Clock::now()));
+                     kWidth - filled, done * 100 / total_,
+                     left ? fmt::format(", {} left", textOf(std::max(*left, 1.0))) : "");
+}
+
+std::string ProgressBar::jsonLine() const {
+  const std::optional<double> left = secondsLeft(Clock::now());
+  return fmt::format("{{\"phase\":\"{}\",\"done\":{},\"total\":{},\"seconds_left\":{}}}\n",
+                     nameOf(phase_), done_, total_ > 0 ? fmt::format("{}", total_) : "null",
+                     left ? fmt::format("{:.1f}", std::max(*left, 0.0)) : "null");
 }
 
 // Goes on counting down between two reports.
-std::string ProgressBar::secondsLeft(Clock::time_point now) const {
-  if (done_ <= doneBefore_ || done_ >= total_) return "";
+std::optional<double> ProgressBar::secondsLeft(Clock::time_point now) const {
+  if (done_ <= doneBefore_ || done_ >= total_) return std::nullopt;
   const auto seconds = [](Clock::duration d) { return std::chrono::duration<double>(d).count(); };
   const double each = seconds(reported_ - begin_) / static_cast<double>(done_ - doneBefore_);
-  const double left = each * static_cast<double>(total_ - done_) - seconds(now - reported_);
-  return fmt::format(", {} left", textOf(std::max(left, 1.0)));
+  return each * static_cast<double>(total_ - done_) - seconds(now - reported_);
+}
+
+void writeFinished(int exitCode) {
+  std::fputs(fmt::format("{{\"phase\":\"finished\",\"exit_code\":{}}}\n", exitCode).c_str(),
+             stderr);
 }
 
 }  // namespace cornerpin

@@ -10,6 +10,7 @@
 #include "shot/files/result_file.h"
 #include "shot/files/result_reader.h"
 #include "shot/solve/rebase.h"
+#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
 #include "tools/cornerpin/this_program.h"
@@ -18,16 +19,14 @@ namespace cornerpin {
 
 namespace {
 
-constexpr const char* kHelp =
-    "Example: cornerpin rebase shot.json --reference 50 -o from50.json\n\n"
+constexpr CommandText kText = {
+    "rebase", "Make a result relative to another frame",
+    "cornerpin rebase shot.json --reference 50 -o from50.json",
     "Writes a result again so that its transforms start from another frame: each one carries a\n"
     "point from where frame 50 shows it to where its own frame shows it. The quads move to that\n"
     "frame, and the figures of trust with them. Nothing is fitted anew. The frame must have a\n"
-    "transform of its own: one that was held is refused.\n";
-
-constexpr const char* kExitCodes =
-    "Exit codes: 0 written, 1 failure, 2 wrong usage, or the frame cannot be the reference,\n"
-    "3 the result is refused or unreadable.";
+    "transform of its own: one that was held is refused.\n",
+    ""};
 
 struct Arguments {
   std::string input;
@@ -55,17 +54,16 @@ int run(const Arguments& arguments) {
 
 Command addRebase(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App& parser =
-      addParser(app, "rebase", "Make a result relative to another frame", kHelp, kExitCodes);
-  parser.add_option("result", arguments->input, "JSON file of a solve; - is standard input")
+  CLI::App& parser = addParser(app, kText);
+  takesFile(
+      parser.add_option("result", arguments->input, "JSON file of a solve; - is standard input"))
       ->required()
-      ->check(refuseEmpty)
-      ->option_text(" ");
+      ->check(refuseEmpty);
   arguments->reference.addTo(parser);
   arguments->output.addTo(parser);
   parser.get_option("--reference")->required();
   parser.get_option("--output")->required();
-  return {&parser, [arguments] { return run(*arguments); }};
+  return {&parser, [arguments] { return run(*arguments); }, &kText};
 }
 
 }  // namespace cornerpin

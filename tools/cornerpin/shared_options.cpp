@@ -2,6 +2,8 @@
 #include "tools/cornerpin/shared_options.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
@@ -14,6 +16,7 @@
 
 #include "shot/files/quad_file.h"
 #include "shot/solve/selection.h"
+#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 
 namespace cornerpin {
@@ -73,10 +76,9 @@ std::optional<double> parsePixels(const char* option, const std::string& text) {
 }  // namespace
 
 void TracksArgument::addTo(CLI::App& parser) {
-  parser.add_option("tracks", path, "CSV file with the tracks; - is standard input")
+  takesFile(parser.add_option("tracks", path, "CSV file with the tracks; - is standard input"))
       ->required()
-      ->check(refuseEmpty)
-      ->option_text(" ");
+      ->check(refuseEmpty);
 }
 
 std::string TracksArgument::fileName() const {
@@ -86,26 +88,30 @@ std::string TracksArgument::fileName() const {
 }
 
 void OutputOptions::addTo(CLI::App& parser) {
-  CLI::Option* output =
-      parser
-          .add_option("-o,--output", path, "Write the transforms to this file, named .json or .csv")
-          ->check(refuseEmpty)
-          ->option_text("FILE");
-  parser.add_option("--format", formatName, "Write json or csv, whatever the file's name")
-      ->check(CLI::IsMember({"json", "csv"}))
-      ->needs(output)
+  takesFile(parser.add_option("-o,--output", path,
+                              "Write the transforms to this file, named .json or .csv"))
+      ->check(refuseEmpty)
+      ->option_text("FILE");
+  takesOneOf(
+      parser.add_option("--format", formatName, "Write json or csv, whatever the file's name"),
+      {"json", "csv"})
       ->option_text("NAME");
 }
 
 bool OutputOptions::isStandardOutput() const { return cornerpin::isStandardOutput(path); }
 
 Format OutputOptions::format() const {
+  if (!formatName.empty() && path.empty()) {
+    throw std::invalid_argument("--format: no file is written: add -o FILE");
+  }
   if (formatName == "json") return Format::Json;
   if (formatName == "csv") return Format::Csv;
-  if (path.empty()) return Format::Json;
+  if (path.empty() || isStandardOutput()) return Format::Json;
   const std::optional<Format> format = formatOf(path);
   if (!format) {
-    throw std::invalid_argument("\"" + path + "\" ends neither in .json nor in .csv: add --format");
+    throw std::invalid_argument("\"" + path +
+                                "\" ends neither in .json nor in .csv: add --format json or "
+                                "--format csv");
   }
   return *format;
 }
@@ -166,7 +172,8 @@ void QuadOptions::addTo(CLI::App& parser) {
       ->check(refuseEmpty)
       ->allow_extra_args(false)
       ->option_text("QUAD");
-  parser.add_option("--quads", quads, "The same for one quad, or for the quads of a JSON file")
+  takesFile(
+      parser.add_option("--quads", quads, "The same for one quad, or for the quads of a JSON file"))
       ->check(refuseEmpty)
       ->option_text("QUADS");
 }
@@ -246,16 +253,18 @@ void SelectionOptions::apply(Tracks& tracks, const FrameRange& frames) const {
 }
 
 void UnitsOption::addTo(CLI::App& parser) {
-  parser.add_option("--units", text, "fit scales the tracks for the solver, raw does not")
-      ->check(CLI::IsMember({"fit", "raw"}))
+  takesOneOf(
+      parser.add_option("--units", text, "fit scales the tracks for the solver, raw does not"),
+      {"fit", "raw"})
       ->option_text("NAME=fit");
 }
 
 Units UnitsOption::value() const { return text == "raw" ? Units::Raw : Units::Fit; }
 
 void LossOption::addTo(CLI::App& parser) {
-  parser.add_option("--loss", text, "tukey ignores far-off tracks, cauchy and huber weaken them")
-      ->check(CLI::IsMember({"tukey", "cauchy", "huber", "none"}))
+  takesOneOf(parser.add_option("--loss", text,
+                               "tukey ignores far-off tracks, cauchy and huber weaken them"),
+             {"tukey", "cauchy", "huber", "none"})
       ->option_text("NAME=tukey");
 }
 
@@ -316,10 +325,6 @@ void StrictOption::addTo(CLI::App& parser) {
   parser.add_flag("--strict", given, "End in 4 where frames are doubtful, too");
 }
 
-void VerboseOption::addTo(CLI::App& parser) {
-  parser.add_flag("--verbose", given, "Say more: how the fits were found, lists of frames");
-}
-
 void SmoothOption::addTo(CLI::App& parser) {
   parser.add_option("--smooth", text, "Take jitter out, moving no corner by more than this")
       ->check(refuseEmpty)
@@ -354,6 +359,41 @@ std::vector<double> AtOption::value() const {
     }
   }
   return frames;
+}
+
+void TalkOptions::addTo(CLI::App& parser) {
+  parser.add_flag("-q,--quiet", quiet, "Print nothing but errors, and what --json asks for");
+  parser.add_flag("--verbose", verbose, "Say more: how the fits were found, lists of frames");
+}
+
+void TalkOptions::check() const {
+  if (quiet && verbose) {
+    throw std::invalid_argument("--quiet and --verbose exclude each other: leave one out");
+  }
+}
+
+void ColourOption::addTo(CLI::App& parser) {
+  takesOneOf(parser.add_option("--color", text, "Colour what is doubtful; auto does on terminals"),
+             {"auto", "always", "never"})
+      ->option_text("WHEN=auto");
+}
+
+Colour ColourOption::value() const {
+  if (text == "always") return Colour::Always;
+  return text == "never" ? Colour::Never : Colour::Auto;
+}
+
+void ProgressOption::addTo(CLI::App& parser) {
+  takesOneOf(parser.add_option("--progress", text,
+                               "auto draws a bar on terminals, json writes a line for programs"),
+             {"auto", "json", "none"})
+      ->option_text("HOW=auto");
+}
+
+ProgressStyle ProgressOption::value(bool quiet) const {
+  if (text == "json") return ProgressStyle::Json;
+  const bool bar = text == "auto" && !quiet && ::isatty(STDERR_FILENO) != 0 && !isDumbTerminal();
+  return bar ? ProgressStyle::Bar : ProgressStyle::None;
 }
 
 std::string refuseEmpty(const std::string& text) { return text.empty() ? "must not be empty" : ""; }

@@ -13,6 +13,8 @@
 #include "shot/solve/named_quad.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/solve/tracks.h"
+#include "tools/cornerpin/colour.h"
+#include "tools/cornerpin/progress_bar.h"
 
 namespace CLI {
 class App;
@@ -39,7 +41,7 @@ struct OutputOptions {
   std::string formatName;
   void addTo(CLI::App& parser);
   bool isStandardOutput() const;
-  /// As named, else by the path's extension; JSON without a file.
+  /// As named, else by the path's extension; JSON without a file and on standard output.
   Format format() const;
 };
 
@@ -148,12 +150,6 @@ struct StrictOption {
   void addTo(CLI::App& parser);
 };
 
-/// --verbose: what only some want to know.
-struct VerboseOption {
-  bool given = false;
-  void addTo(CLI::App& parser);
-};
-
 /// --smooth: how far jitter is taken out, in pixels; none when it is not given.
 struct SmoothOption {
   std::string text;
@@ -172,6 +168,30 @@ struct AtOption {
   std::vector<std::string> lists;
   void addTo(CLI::App& parser);
   std::vector<double> value() const;
+};
+
+/// --quiet and --verbose: how much is said beside what was asked for.
+struct TalkOptions {
+  bool quiet = false;    ///< errors alone
+  bool verbose = false;  ///< all figures
+  void addTo(CLI::App& parser);
+  /// Refuses both.
+  void check() const;
+};
+
+/// --color: when text is coloured.
+struct ColourOption {
+  std::string text = "auto";
+  void addTo(CLI::App& parser);
+  Colour value() const;
+};
+
+/// --progress: how progress is told on standard error.
+struct ProgressOption {
+  std::string text = "auto";
+  void addTo(CLI::App& parser);
+  /// \param quiet  no bar; what programs read is told all the same
+  ProgressStyle value(bool quiet) const;
 };
 
 /// Refuses an empty text, as a script's unset variable gives one: the reason, or empty.

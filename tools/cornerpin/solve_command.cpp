@@ -20,6 +20,7 @@
 #include "shot/solve/shot_solver.h"
 #include "shot/time/between.h"
 #include "shot/time/retouch.h"
+#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
 #include "tools/cornerpin/shared_options.h"
@@ -29,37 +30,38 @@ namespace cornerpin {
 
 namespace {
 
-constexpr const char* kHelp =
-    "Example: cornerpin solve shot.csv -o shot.json\n\n"
+constexpr CommandText kText = {
+    "solve", "Find the transform of every frame", "cornerpin solve shot.csv -o shot.json",
     "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries the\n"
-    "tracks from where they are in the base frame to where they are in that frame. Prints how "
-    "well\n"
-    "it fits.\n\n"
-    "The file is CSV with the columns track,frame,x,y and, if you like, weight, in any order;\n"
-    "commas, semicolons or tabs between them, plain or gzip; one row for each track and frame\n"
-    "where the track is seen. A track's distance r from the fit is\n"
-    "multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5 counts a quarter "
-    "of\n"
-    "one of weight 1. Weight 0 is the same as no row. A track that the base frame lacks "
-    "takes\n"
-    "part once other frames have told where on the surface it is.\n\n"
-    "--drop and --keep take names and patterns such as n*, t? or t[1-4]. A name in double quotes\n"
-    "is taken as it is, with commas and stars; keep the quotes from the shell: '\"p,1\":60-81'.\n"
-    "Frames are 60, 60-81 or 60-, which goes on to the end. They may be negative: -5 is frame -5,\n"
-    "and so --frames has no form that only ends.\n\n"
+    "tracks from where they are in the base frame to where they are in that frame. Prints how\n"
+    "well it fits. The file is CSV with the columns track,frame,x,y and, if you like, weight:\n"
+    "one row for each track and frame where the track is seen.\n",
+    "The columns stand in any order, with commas, semicolons or tabs between them, plain or\n"
+    "gzip. A track's distance r from the fit is multiplied by its weight w:\n"
+    "the cost is w^2 r^2, so a track of weight 0.5 counts a quarter of one of weight 1. Weight\n"
+    "0 is the same as no row. A track that the base frame lacks takes part once other frames\n"
+    "have told where on the surface it is.\n\n"
+    "--drop and --keep take names and patterns such as n*, t? or t[1-4]. A name in double\n"
+    "quotes is taken as it is, with commas and stars; keep the quotes from the shell:\n"
+    "'\"p,1\":60-81'. Frames are 60, 60-81 or 60-, which goes on to the end. They may be\n"
+    "negative: -5 is frame -5, and so --frames has no form that only ends.\n\n"
     "With --reference F the transforms start from frame F instead, and quads are corners read\n"
-    "there; without it they are read on the frame given by --base. F has no influence on the "
+    "there; without it they are read on the frame given by --base. F has no influence on the\n"
     "fit.\n\n"
-    "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than "
-    "it\n"
-    "may be off; --fill leaves frames at the ends of the shot as they are; --at takes any times\n"
-    "from the first frame to the last. What the fit gave is kept beside it in the JSON.\n";
-
-constexpr const char* kExitCodes =
-    "Exit codes: 0 every frame solved, 1 failure, 2 wrong usage, 3 input refused or unreadable,\n"
-    "4 written, but not every frame is solved in full: where its tracks allow only a simpler\n"
-    "transform a frame gets that one, and where they allow none its neighbour's; with --strict or\n"
-    "--max-error, also where a frame is doubtful. Otherwise doubtful frames are a warning.";
+    "A frame whose tracks allow only a simpler transform gets that one, and one whose tracks\n"
+    "allow none its neighbour's: then the exit code is 4. Doubtful frames are a warning, unless\n"
+    "--strict or --max-error is given.\n\n"
+    "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than\n"
+    "it may be off; --fill leaves frames at the ends of the shot as they are; --at takes any\n"
+    "times from the first frame to the last. What the fit gave is kept beside it in the JSON.\n\n"
+    "--progress json writes what a program needs to show how far the work is: an object on a\n"
+    "line of its own on standard error, at most ten a second, with the phase, how much of it is\n"
+    "done, the total, and the seconds_left of this phase; what nobody knows is null. The phases\n"
+    "are reading, choosing the base frame, solving, handing over, figures of trust and writing.\n"
+    "The last object of a run that has ended well has the phase finished and the exit_code:\n\n"
+    "  {\"phase\":\"solving\",\"done\":12,\"total\":191,\"seconds_left\":4.5}\n"
+    "  {\"phase\":\"finished\",\"exit_code\":0}\n\n"
+    "The environment variable NO_COLOR turns colours off, unless --color always is given.\n"};
 
 struct Arguments {
   TracksArgument input;
@@ -79,10 +81,12 @@ struct Arguments {
   ThreadsOption threads;
   MaxErrorOption maxError;
   StrictOption strict;
-  VerboseOption verbose;
   SmoothOption smooth;
   FillOption fill;
   AtOption at;
+  TalkOptions talk;
+  ColourOption colour;
+  ProgressOption progress;
 };
 
 void addTo(CLI::App& parser, Arguments& arguments) {
@@ -94,23 +98,26 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.quads.addTo(parser);
   arguments.frames.addTo(parser);
   arguments.selection.addTo(parser);
-  parser
-      .add_option("--explain", arguments.explanation,
-                  "Write a CSV file of how much each track pulls on each frame")
+  arguments.maxError.addTo(parser);
+  arguments.smooth.addTo(parser);
+  arguments.fill.addTo(parser);
+  arguments.talk.addTo(parser);
+
+  addMore(parser);
+  takesFile(parser.add_option("--explain", arguments.explanation,
+                              "Write a CSV file of how much each track pulls on each frame"))
       ->check(refuseEmpty)
       ->option_text("FILE");
-  arguments.units.addTo(parser);
+  arguments.at.addTo(parser);
+  arguments.strict.addTo(parser);
   arguments.loss.addTo(parser);
   arguments.baseOnly.addTo(parser);
   arguments.hold.addTo(parser);
+  arguments.units.addTo(parser);
   arguments.seed.addTo(parser);
   arguments.threads.addTo(parser);
-  arguments.maxError.addTo(parser);
-  arguments.strict.addTo(parser);
-  arguments.verbose.addTo(parser);
-  arguments.smooth.addTo(parser);
-  arguments.fill.addTo(parser);
-  arguments.at.addTo(parser);
+  arguments.colour.addTo(parser);
+  arguments.progress.addTo(parser);
 }
 
 SolveOptions optionsOf(const Arguments& arguments) {
@@ -151,19 +158,31 @@ void checkShown(const Arguments& arguments) {
   }
 }
 
+// Whether the result itself goes to standard output, and no table.
+bool printsResult(const Arguments& arguments) {
+  return arguments.json.given || arguments.output.isStandardOutput();
+}
+
+bool printsSomething(const Arguments& arguments) {
+  return !arguments.talk.quiet || printsResult(arguments);
+}
+
 // Refuses outputs that would replace the input or one another, or cannot be written.
 void checkOutputs(const Arguments& arguments) {
   const std::string& output = arguments.output.path;
   const bool onStandardOutput = arguments.output.isStandardOutput();
   if (onStandardOutput && arguments.json.given) {
-    throw std::invalid_argument("--json and -o both want standard output");
+    throw std::invalid_argument("--json and -o both want standard output: leave one out");
   }
   if (!onStandardOutput) refuseInput(arguments.input.path, output);
   refuseInput(arguments.input.path, arguments.explanation);
+  refuseInput(arguments.quads.quads, output);
+  refuseInput(arguments.quads.quads, arguments.explanation);
   refuseSame("-o", output, "--explain", arguments.explanation);
   if (isStandardOutput(arguments.explanation)) {
-    throw std::invalid_argument("--explain wants a file");
+    throw std::invalid_argument("--explain wants a file: name one");
   }
+  if (printsSomething(arguments)) requireWritable("-");
   requireWritable(output);
   requireWritable(arguments.explanation);
 }
@@ -188,6 +207,10 @@ GivenOptions givenIn(const Arguments& arguments, const SolveOptions& options,
 bool writesJson(const Arguments& arguments) {
   const bool file = !arguments.output.path.empty();
   return arguments.json.given || (file && arguments.output.format() == Format::Json);
+}
+
+bool tellsAdvice(const Arguments& arguments) {
+  return writesJson(arguments) || (printsSomething(arguments) && !printsResult(arguments));
 }
 
 // Reads the tracks that take part, and notes what they were read from.
@@ -242,14 +265,11 @@ void writeFiles(const Arguments& arguments, Format format, const Tracks& tracks,
   out.commit();
 }
 
-// Whether the result itself goes there, and no table.
-bool printsResult(const Arguments& arguments) {
-  return arguments.json.given || arguments.output.isStandardOutput();
-}
-
 void printResult(const Arguments& arguments, Format format, const ShotResult& result) {
+  if (!printsSomething(arguments)) return;
   if (!printsResult(arguments)) {
-    print(summaryTable(result, {arguments.verbose.given, false}));
+    const bool coloured = isColoured(arguments.colour.value(), STDOUT_FILENO);
+    print(summaryTable(result, {arguments.talk.verbose, coloured}));
     return;
   }
   OutputFile out("-");
@@ -257,11 +277,14 @@ void printResult(const Arguments& arguments, Format format, const ShotResult& re
   out.commit();
 }
 
-// Warns of doubtful frames on standard error, unless a person has the table before them.
+// Warns of doubtful frames on standard error, unless a person has the table before them or only
+// errors are to be told.
 int exitCode(const Arguments& arguments, const ShotResult& result) {
   const Summary summary = summarise(result);
-  if (summary.doubtful > 0 && (printsResult(arguments) || ::isatty(STDOUT_FILENO) == 0)) {
-    std::cerr << "cornerpin: warning: " << doubtfulFramesLine(result) << '\n';
+  const bool isSeen = !printsResult(arguments) && ::isatty(STDOUT_FILENO) != 0;
+  if (summary.doubtful > 0 && !arguments.talk.quiet && !isSeen) {
+    const Mark mark = doubtfulMark(arguments.colour.value(), STDERR_FILENO);
+    std::cerr << "cornerpin: " << mark("warning:") << ' ' << doubtfulFramesLine(result) << '\n';
   }
   const bool strict = arguments.strict.given || arguments.maxError.value().has_value();
   const bool degraded = summary.held + summary.reduced > 0 || (strict && summary.doubtful > 0);
@@ -269,31 +292,34 @@ int exitCode(const Arguments& arguments, const ShotResult& result) {
 }
 
 int run(const Arguments& arguments) {
+  arguments.talk.check();
   checkShown(arguments);
   const Plan plan = planOf(arguments);
   const Format format = arguments.output.format();
+  const ProgressStyle style = arguments.progress.value(arguments.talk.quiet);
   checkOutputs(arguments);
 
   Tracks tracks;
   const ShotResult result = [&] {
-    ProgressBar bar;  // gone before anything is printed
+    ProgressBar bar(style);  // gone before anything is printed
     ShotResult solved = solve(arguments, plan, tracks, bar.progress());
-    advise(tracks, plan.options, solved, bar.progress());
+    if (tellsAdvice(arguments)) advise(tracks, plan.options, solved, bar.progress());
     writeFiles(arguments, format, tracks, solved, bar.progress());
     return solved;
   }();
   printResult(arguments, format, result);
-  return exitCode(arguments, result);
+  const int code = exitCode(arguments, result);
+  if (style == ProgressStyle::Json) writeFinished(code);
+  return code;
 }
 
 }  // namespace
 
 Command addSolve(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
-  CLI::App& parser =
-      addParser(app, "solve", "Find the transform of every frame", kHelp, kExitCodes);
+  CLI::App& parser = addParser(app, kText);
   addTo(parser, *arguments);
-  return {&parser, [arguments] { return run(*arguments); }};
+  return {&parser, [arguments] { return run(*arguments); }, &kText};
 }
 
 }  // namespace cornerpin

@@ -5,6 +5,6 @@
 
 namespace cornerpin {
 
-Program thisProgram() { return {"cornerpin", CORNERPIN_VERSION, CORNERPIN_COMMIT}; }
+ProgramVersion thisProgram() { return {"cornerpin", CORNERPIN_VERSION, CORNERPIN_COMMIT}; }
 
 }  // namespace cornerpin

@@ -7,7 +7,7 @@
 namespace cornerpin {
 
 /// What results say of the program that made them.
-Program thisProgram();
+ProgramVersion thisProgram();
 
 }  // namespace cornerpin
 
