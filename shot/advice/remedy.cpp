@@ -4,9 +4,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include "shot/plane/median.h"
 #include "shot/solve/selection.h"
@@ -188,13 +190,19 @@ class Tries {
     Stretches left;
     for (const DoubtfulStretch& s : open) {
       if (judge_.helps(after, s)) {
-        remedies_.push_back({kind, s, trackOf(s, kind), largestError(after, s.frames),
-                             doubtfulIn(after, s.frames)});
+        remedies_.push_back({kind, s, trackOf(s, kind), selectionOf(s, kind),
+                             largestError(after, s.frames), doubtfulIn(after, s.frames)});
       } else {
         left.push_back(s);
       }
     }
     open = left;
+  }
+
+  std::string selectionOf(const DoubtfulStretch& s, RemedyKind kind) const {
+    const int track = result_.frames[s.worst].strongest;
+    if (kind != RemedyKind::DropTrack || track < 0) return {};
+    return textOf(Selected{track, {s.frames.first, s.frames.last}}, tracks_);
   }
 
   std::string trackOf(const DoubtfulStretch& stretch, RemedyKind kind) const {
@@ -209,6 +217,18 @@ class Tries {
   Judge judge_;
   std::vector<Remedy> remedies_;
 };
+
+// In single quotes where a shell would make something else of it.
+std::string forShell(const std::string& text) {
+  const auto isPlain = [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+           std::string_view("_.,:/+-%@").find(c) != std::string_view::npos;
+  };
+  if (std::all_of(text.begin(), text.end(), isPlain)) return text;
+  std::string quoted = "'";
+  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
 
 // "it is 3 px", where the error was the trouble; else how many frames stay doubtful.
 std::string outcomeOf(const Remedy& remedy, const ShotResult& result) {
@@ -242,8 +262,8 @@ std::string describe(const Remedy& remedy, const ShotResult& result) {
   const std::string after = outcomeOf(remedy, result);
   switch (remedy.kind) {
     case RemedyKind::DropTrack:
-      return fmt::format("without {} there {}: --drop {}:{}", remedy.track, after, remedy.track,
-                         textOf(s.frames));
+      return fmt::format("without {} there {}: --drop {}", remedy.track, after,
+                         forShell(remedy.selection));
     case RemedyKind::AddTracks:
       return fmt::format("with two more tracks near {}, there and in frame {}, {}",
                          cornerName(result.quads, s.quad, s.corner), result.baseFrame, after);

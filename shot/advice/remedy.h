@@ -24,6 +24,7 @@ struct Remedy {
   RemedyKind kind = RemedyKind::DropTrack;
   DoubtfulStretch stretch;
   std::string track;         ///< to drop
+  std::string selection;     ///< the track in the stretch, as `parseSelection` reads it
   double after = 0.0;        ///< the largest expected error in the stretch that it leaves
   std::size_t doubtful = 0;  ///< how many of the stretch's frames stay doubtful
 };
@@ -47,7 +48,7 @@ std::vector<Remedy> remediesFor(const Tracks& tracks, const SolveOptions& option
 
 constexpr std::size_t kMostTried = 300'000;
 
-/// "without t133 there it is 3 px: --drop t133:0-10"
+/// "without t133 there it is 3 px: --drop t133:0-10", to be typed into a shell as it stands.
 std::string describe(const Remedy& remedy, const ShotResult& result);
 
 /// Puts what helps into `result.advice`.

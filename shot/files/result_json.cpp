@@ -51,6 +51,10 @@ Json jsonOf(const WorstTrack& track) {
           {"moves", s.moves},    {"off", s.off},     {"stands_out", s.standsOut}};
 }
 
+Json jsonOf(const Advice& advice) {
+  return {{"first", advice.frames.first}, {"last", advice.frames.last}, {"text", advice.text}};
+}
+
 Json jsonOf(const Doubt& doubt) { return {{"code", nameOf(doubt.code)}, {"text", doubt.text}}; }
 
 // Whether it is good, and what makes it doubtful.
@@ -196,6 +200,7 @@ void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& 
   file.addList("quads", result.quads, quadJson);
   file.addList("tracks", result.tracks, asJson);
   file.addList("worst_tracks", result.worst, asJson);
+  file.addList("advice", result.advice, asJson);
   file.addList("frames", result.frames, [&](const FrameResult& frame) {
     count.add();
     return jsonOf(result, frame);

@@ -121,6 +121,7 @@ class ResultReader {
     if (version_ > 1) readTracks();
     readRetouch();
     readWorstTracks();
+    readAdvice();
     if (!isJudged()) judge(result_);
     return std::move(result_);
   }
@@ -171,6 +172,16 @@ class ResultReader {
     for (std::size_t i = 0; i < list.size(); ++i) {
       const JsonField track = list.at(i);
       result_.unused->push_back({track.at("name").text(), oneOf(track.at("why"), kReasonsUnused)});
+    }
+  }
+
+  void readAdvice() {
+    if (!whole_.has("advice")) return;
+    const JsonField list = whole_.at("advice");
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const JsonField advice = list.at(i);
+      result_.advice.push_back(
+          {{advice.at("first").integer(), advice.at("last").integer()}, advice.at("text").text()});
     }
   }
 

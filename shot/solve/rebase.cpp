@@ -226,6 +226,7 @@ void rebase(ShotResult& result, int reference) {
   rebased.apply();
   if (untouched) setUntouched(result.frames, untouched->frames);
   judgeFigures(result);
+  result.advice.clear();  // the errors that it speaks of were relative to another frame
 }
 
 }  // namespace cornerpin

@@ -48,7 +48,8 @@ TEST(LargeInput, TenMillionRowsAreReadInSecondsAndInMemoryProportionalToThem) {
               megabytes);
   EXPECT_EQ(result.code, 3);
   EXPECT_EQ(readFile(options.err),
-            path + ":10000002: track \"t0000\" is given twice in frame 0, first on line 2\n");
+            "cornerpin: " + path +
+                ":10000002: track \"t0000\" is given twice in frame 0, first on line 2\n");
   EXPECT_LT(seconds, 60.0);      // in an unoptimised build
   EXPECT_LT(megabytes, 1000.0);  // 100 bytes a row
 }

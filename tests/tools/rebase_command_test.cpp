@@ -86,7 +86,11 @@ TEST(RebaseCommand, AgreesWithTheSolveAndLeadsBack) {
   json back = json::parse(rebased(solved / "there.json", "20").out);
   EXPECT_EQ(back["rebased"].size(), 2u);
   back["rebased"] = json::array();
-  EXPECT_LT(difference(back, json::parse(readFile(solved.path()))), 1e-9);
+  const json first = json::parse(readFile(solved.path()));
+  EXPECT_FALSE(first["advice"].empty());
+  EXPECT_TRUE(back["advice"].empty());
+  back["advice"] = first["advice"];
+  EXPECT_LT(difference(back, first), 1e-9);
 }
 
 TEST(RebaseCommand, WritesCsvAndReadsStandardInput) {

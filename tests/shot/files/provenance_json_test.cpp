@@ -22,7 +22,8 @@ ShotResult fullResult() {
   result.leftOut = 2;
   result.unused = {{{"b", Unused::Dropped}, {"c \"1\"", Unused::NoPlace}}};
   Provenance& from = result.provenance;
-  from.program = ProgramVersion{"cornerpin", "7.8.9", "0123456789abcdef0123456789abcdef01234567-modified"};
+  from.program =
+      ProgramVersion{"cornerpin", "7.8.9", "0123456789abcdef0123456789abcdef01234567-modified"};
   from.options = GivenOptions();
   from.options->base = -3;
   from.options->reference = 6;

@@ -63,6 +63,11 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   EXPECT_FALSE(j["frames"][0].contains("stage"));
 }
 
+TEST(ResultJson, SaysWhatWasFoundToHelp) {
+  const json j = json::parse(written(twoFrames(), Format::Json));
+  EXPECT_EQ(j["advice"], json::parse(R"([{"first":5,"last":6,"text":"do \"this\""}])"));
+}
+
 TEST(ResultJson, SaysHowFarToTrustAFrame) {
   ShotResult result = twoFrames();
   result.frames[1].verdict.status = Status::Reduced;

@@ -175,6 +175,10 @@ TEST(ReadResult, HoldsWhatTheFileSays) {
   EXPECT_EQ(held.figures.noise, 0.25);
   EXPECT_EQ(held.figures.quads[0][0].xx, 0.125);
   EXPECT_TRUE(std::isnan(held.figures.quads[0][1].xx));
+  ASSERT_EQ(result.advice.size(), 1u);
+  EXPECT_EQ(result.advice[0].frames.first, 5);
+  EXPECT_EQ(result.advice[0].frames.last, 6);
+  EXPECT_EQ(result.advice[0].text, "do \"this\"");
   EXPECT_EQ(result.worst[0].name, "a \"b\"");
   EXPECT_EQ(result.worst[0].stretch.moves, 9.3);
   EXPECT_EQ(result.maxError, 0.1);

@@ -31,6 +31,7 @@ inline cornerpin::ShotResult twoFrames() {
   result.tracks = {{"a \"b\"", {0.1, -2}, {0.25, 0.125, 0.5}, {{5, 6, TrackUse::Good}}}, {}};
   result.tracks[1].name = "other";
   result.tracks[1].runs = {{5, 5, TrackUse::Absent}, {6, 6, TrackUse::Ignored}};
+  result.advice = {{{5, 6}, "do \"this\""}};
   result.worst = {{"a \"b\"", {0, 60, 81, 70, 9.3, 0.5, true}}};
   FrameResult base;
   base.frame = 5;

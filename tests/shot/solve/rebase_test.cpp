@@ -140,6 +140,16 @@ TEST(Rebase, MultipliesTransformsByTheReferencesInverse) {
   EXPECT_EQ(result.frames[2].rms, 0.5);
 }
 
+// It speaks of errors relative to another frame.
+TEST(Rebase, KeepsNoAdviceForAnotherFrame) {
+  ShotResult result = threeFrames();
+  result.advice = {{{5, 6}, "do this"}};
+  rebase(result, 5);
+  EXPECT_EQ(result.advice.size(), 1u);
+  rebase(result, 6);
+  EXPECT_TRUE(result.advice.empty());
+}
+
 TEST(Rebase, CarriesWhatLiesOnTheSurface) {
   ShotResult result = threeFrames();
   rebase(result, 6);
