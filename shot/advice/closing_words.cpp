@@ -50,16 +50,27 @@ std::string allGood(const ShotResult& result) {
   return text + fmt::format(" No corner is expected to be more than {} off.", pixels(largest));
 }
 
+// The reference frame's transform is given: that it is good says nothing.
+std::string someGood(const ShotResult& result, std::size_t doubtful) {
+  const std::size_t frames = result.frames.size();
+  const bool isGiven = std::any_of(
+      result.frames.begin(), result.frames.end(),
+      [&](const FrameResult& f) { return f.doubts.empty() && f.frame == result.referenceFrame; });
+  if (doubtful + 1 == frames && isGiven) {
+    return fmt::format("only frame {}, which the others start from.", result.referenceFrame);
+  }
+  return fmt::format("{} of {}.", frames - doubtful, counted(frames, "frame"));
+}
+
 }  // namespace
 
 std::string closingWords(const ShotResult& result, bool colour) {
   const std::vector<int> doubtful = doubtfulFrames(result);
   const std::string good = marked("Good", "32", colour);
   if (doubtful.empty()) return fmt::format("{}: {}\n", good, allGood(result));
-  const std::size_t frames = result.frames.size();
-  std::string text = fmt::format("{}: {} of {}. {}: {}.\n", good, frames - doubtful.size(),
-                                 counted(frames, "frame"), marked("Doubtful", "33", colour),
-                                 textOf(stretchesOf(doubtful), kMostListed));
+  std::string text =
+      fmt::format("{}: {} {}: {}.\n", good, someGood(result, doubtful.size()),
+                  marked("Doubtful", "33", colour), textOf(stretchesOf(doubtful), kMostListed));
   for (const DoubtfulStretch& stretch : worstStretches(result)) {
     text += stretchLines(result, stretch);
   }

@@ -59,6 +59,17 @@ TEST(ClosingWords, NameThreeStretchesAtMost) {
             "  20          jumps (frame 20: may be 5 px off)\n");
 }
 
+TEST(ClosingWords, SayThatOnlyTheGivenFrameIsGood) {
+  ShotResult result = goodShot(3);
+  result.referenceFrame = 1;
+  for (std::size_t i : {0u, 2u}) result.frames[i].doubts = {{DoubtCode::Jump, "jumps"}};
+  EXPECT_EQ(closingWords(result, false)
+                .rfind("Good: only frame 1, which the others start from. Doubtful: 0, 2.\n", 0),
+            0u);
+  result.referenceFrame = 2;
+  EXPECT_EQ(closingWords(result, false).rfind("Good: 1 of 3 frames. Doubtful: 0, 2.\n", 0), 0u);
+}
+
 TEST(ClosingWords, MarkTheVerdictForATerminal) {
   ShotResult result = goodShot(2);
   EXPECT_EQ(closingWords(result, true).rfind("\033[32mGood\033[0m: both", 0), 0u);
