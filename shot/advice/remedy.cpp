@@ -97,7 +97,7 @@ class Tries {
     std::vector<Selected> dropped;
     for (const DoubtfulStretch& s : open) {
       const int track = result_.frames[s.worst].strongest;
-      if (track >= 0) dropped.push_back({track, s.frames.first, s.frames.last});
+      if (track >= 0) dropped.push_back({track, {s.frames.first, s.frames.last}});
     }
     if (dropped.empty()) return;
     select(fewer, {}, dropped);
@@ -153,7 +153,7 @@ class Tries {
   void addBeside(const DoubtfulStretch& stretch, double noise, Tracks& more) const {
     const Quad& corners = result_.quads[stretch.quad].corners;
     const Point corner = corners[stretch.corner];
-    for (std::size_t side : {1, 3}) {
+    for (std::size_t side : {std::size_t{1}, std::size_t{3}}) {
       const Point next = corners[(stretch.corner + side) % corners.size()];
       addTrack({corner.x + kBeside * (next.x - corner.x), corner.y + kBeside * (next.y - corner.y)},
                stretch.frames, noise, more);
