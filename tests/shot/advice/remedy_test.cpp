@@ -103,7 +103,7 @@ TEST(Remedy, IsToDropATrackThatIsOffWhereTheOthersCannotTell) {
   EXPECT_EQ(remedies[0].selection, "t20:8-13");
   EXPECT_EQ(remedies[0].stretch.frames.first, kBad.first);
   EXPECT_EQ(remedies[0].stretch.frames.last, kBad.last);
-  select(tracks, {}, {{kFar, kBad.first, kBad.last}});
+  select(tracks, {}, {{kFar, {kBad.first, kBad.last}}});
   const ShotResult without = solveShot(tracks, fromTheFirst());
   EXPECT_EQ(remedies[0].after, largestErrorIn(without, kBad));
   EXPECT_LT(trueError(without, kBad), 8.0);

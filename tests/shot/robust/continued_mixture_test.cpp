@@ -122,7 +122,7 @@ TEST(ContinuedMixture, SparesTheSearch) {
   untold.freedom = 0;
   const RobustFit searched = fitRobustly(frame.matches, {{Stage::Library, kView}}, untold, {});
   EXPECT_EQ(searched.origin.grounds, Grounds::Searched);
-  for (std::uint64_t seed : {1, 2}) {
+  for (std::uint64_t seed : {std::uint64_t{1}, std::uint64_t{2}}) {
     RobustOptions options;
     options.seed = seed;
     const RobustFit fit =

@@ -188,7 +188,7 @@ TEST(ParseSelection, NamesTheItemItRefuses) {
 TEST(ParseSelection, ReadsBackWhatItPrints) {
   std::mt19937 random(1);
   const std::string letters = "ab1:,\"*?[]- ";
-  const auto number = [&random](int size) { return static_cast<int>(random() % size); };
+  const auto number = [&random](unsigned size) { return static_cast<int>(random() % size); };
   std::set<std::string> names = {"a", "a:1", "a:1-", "\"a\"", "\"a\":1"};
   while (names.size() < 300) {
     std::string name(1, letters[random() % letters.size()]);
