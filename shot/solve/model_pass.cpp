@@ -251,7 +251,7 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   const double fullError =
       weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
   const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
-  const double least = best ? choice.squaredError(*best) : kInfinity;
+  const double least = best ? best->squaredError : kInfinity;
   const double nearer = swept_[frame].gain > kLargestGain ? kNearer : kNearerWhereSpread;
   if (best && (status != Status::Solved || least < nearer * nearer * fullError * fullError)) {
     reduceTo(*best, weak, frame);
@@ -307,7 +307,7 @@ void ModelPass::takeCovariances(std::size_t frame, const std::vector<Quad>& quad
                                 FrameFigures& figures) const {
   const Settled& settled = settled_.at(frame);
   if (!std::isfinite(settled.squaredError)) return;
-  const ModelChoice choice(settled.weak, *trials_, usual_);
+  ModelChoice choice(settled.weak, *trials_, usual_);
   for (std::size_t q = 0; q < quads.size(); ++q) {
     const std::vector<Symmetric2> covariances =
         choice.covariances(settled.candidate, {quads[q][0], quads[q][1], quads[q][2], quads[q][3]});

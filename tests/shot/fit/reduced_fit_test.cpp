@@ -167,16 +167,19 @@ TEST(FitReduced, MeasuresExactnessByTheDistanceFromTheOrigin) {
   EXPECT_FALSE(onTop(1.02 * 5e-9));
 }
 
-TEST(FitOnTop, PutsTheModelBehindWhatIsKept) {
+TEST(FitsOnTop, PutsTheModelBehindWhatIsKept) {
   const Matches matches = lists::matches(matchesFor(product(kShear, kTilted), 4));
-  const std::optional<Homography> h = fitOnTop(matches, Model::Affine, kTilted);
+  const std::optional<Homography> h = FitsOnTop(matches, kTilted).of(Model::Affine);
   ASSERT_TRUE(h);
   EXPECT_LT(worstError(*h, product(kShear, kTilted)), 1e-9);
 }
 
-TEST(FitOnTop, MakesNoTransformThatTurnsTheSurfaceOverOrHasTracksBehind) {
+TEST(FitsOnTop, MakesNoTransformThatTurnsTheSurfaceOverOrHasTracksBehind) {
   const Homography over = {{{1, 0, 0}, {0, -1, 0}, {0, 0, 1}}};
-  EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(over, 4)), Model::Affine, kIdentity));
+  EXPECT_FALSE(FitsOnTop(lists::matches(matchesFor(over, 4)), kIdentity).of(Model::Affine));
   const Homography behind = {{{1, 0, 0}, {0, 1, 0}, {-4e-3, 0, 1}}};
-  EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(kShift, 4)), Model::Affine, behind));
+  for (Model model : {Model::Affine, Model::Translation}) {
+    EXPECT_FALSE(FitsOnTop(lists::matches(matchesFor(kShift, 4)), behind).of(model));
+    EXPECT_FALSE(FitsOnTop(Matches(), kIdentity).of(model));
+  }
 }
