@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "shot/fit/residuals.h"
 
@@ -14,15 +13,6 @@ namespace {
 
 // Below this share of the tracks' distance to the origin, an RMS residual is rounding.
 constexpr double kExact = 1e-9;
-
-// Weights over the largest of them, squared: sums of squares could overflow.
-std::vector<double> relativeSquares(const std::vector<double>& weights) {
-  const double largest = *std::max_element(weights.begin(), weights.end());
-  std::vector<double> result;
-  result.reserve(weights.size());
-  for (double weight : weights) result.push_back((weight / largest) * (weight / largest));
-  return result;
-}
 
 Moments momentsOf(const Points& base, const Points& present,
                   const std::vector<double>& squaredWeights) {
@@ -118,11 +108,20 @@ Candidate candidateOnTop(const Matches& matches, Model model, const Homography& 
 
 }  // namespace
 
-FitsOnTop::FitsOnTop(const Matches& matches, const Homography& kept)
+std::vector<double> relativeSquares(const std::vector<double>& weights) {
+  if (weights.empty()) return {};
+  const double largest = *std::max_element(weights.begin(), weights.end());
+  std::vector<double> result;
+  result.reserve(weights.size());
+  for (double weight : weights) result.push_back((weight / largest) * (weight / largest));
+  return result;
+}
+
+FitsOnTop::FitsOnTop(const Matches& matches, const std::vector<double>& squaredWeights,
+                     const Homography& kept)
     : kept_(kept), inFront_(!matches.empty() && onOneSide(kept, matches.base())) {
   if (!inFront_) return;
-  moments_ = momentsOf(carriedBy(kept, matches.base()), matches.present(),
-                       relativeSquares(matches.weights()));
+  moments_ = momentsOf(carriedBy(kept, matches.base()), matches.present(), squaredWeights);
 }
 
 std::optional<Homography> FitsOnTop::of(Model model) const {

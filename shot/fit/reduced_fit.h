@@ -3,6 +3,7 @@
 #define SHOT_FIT_REDUCED_FIT_H
 
 #include <optional>
+#include <vector>
 
 #include "shot/fit/matches.h"
 #include "shot/fit/model.h"
@@ -16,6 +17,9 @@ struct ReducedFit {
   Homography h = kIdentity;  ///< the neighbour's when held
   bool onTop = true;         ///< fitted on top of the neighbour's transform
 };
+
+/// Weights over the largest of them, squared: sums of squares could overflow. Empty of none.
+std::vector<double> relativeSquares(const std::vector<double>& weights);
 
 /// Sums over matches around their weighted means, of the base places p and the present ones
 /// q = (u, v).
@@ -32,7 +36,9 @@ struct Moments {
 /// summed once.
 class FitsOnTop {
  public:
-  FitsOnTop(const Matches& matches, const Homography& kept);
+  /// \param squaredWeights  `relativeSquares` of the matches' weights
+  FitsOnTop(const Matches& matches, const std::vector<double>& squaredWeights,
+            const Homography& kept);
 
   /// The model (translation, similarity or affine) that carries the matches' places behind `kept`
   /// to their present ones, with `kept` before it: by weighted least squares (closed form, double

@@ -173,8 +173,9 @@ double ModelChoice::squaredError(const Candidate& candidate, double bound) {
 
 std::vector<Candidate> ModelChoice::candidatesOn(const std::vector<Kept>& kept) const {
   std::vector<Candidate> all;
+  const std::vector<double> squaredWeights = relativeSquares(frame_.tracks.weights());
   for (const Kept& ground : kept) {
-    const FitsOnTop fits(frame_.tracks, ground.h);
+    const FitsOnTop fits(frame_.tracks, squaredWeights, ground.h);
     for (Model model : {Model::Affine, Model::Similarity, Model::Translation}) {
       if (frame_.tracks.size() < tracksFor(model)) continue;
       const std::optional<Homography> h = fits.of(model);

@@ -115,10 +115,13 @@ Homography MotionTrials::keptIn(std::size_t trial, const Offsets& from,
 const std::vector<FrameTrials::Trial>& FrameTrials::trialsFor(const Offsets& from) {
   const auto [place, isNew] = all_.try_emplace(from);
   if (!isNew) return place->second;
-  if (exact_.empty()) exact_ = exactlySeen(frame_);
+  if (exact_.empty()) {
+    exact_ = exactlySeen(frame_);
+    squaredWeights_ = relativeSquares(exact_.weights());
+  }
   for (std::size_t trial : trials_.framesFor(from)) {
     const Homography kept = trials_.keptIn(trial, from, frame_);
-    if (isFinite(kept)) place->second.push_back({kept, FitsOnTop(exact_, kept)});
+    if (isFinite(kept)) place->second.push_back({kept, FitsOnTop(exact_, squaredWeights_, kept)});
   }
   return place->second;
 }

@@ -96,6 +96,7 @@ class FrameTrials {
   const MotionTrials& trials_;
   TrialFrame frame_;
   Matches exact_;  // the tracks as they would be without noise
+  std::vector<double> squaredWeights_;
   std::map<Offsets, std::vector<Trial>> all_;
 };
 

@@ -36,6 +36,10 @@ ReducedFit reducedFit(const std::vector<Match>& matches, Model model, const Homo
   return fitReduced(lists::matches(matches), model, neighbour);
 }
 
+std::optional<Homography> fitOnTop(const Matches& matches, Model model, const Homography& kept) {
+  return FitsOnTop(matches, relativeSquares(matches.weights()), kept).of(model);
+}
+
 double worstError(const Homography& h, const Homography& truth) {
   double worst = 0.0;
   for (Point p : kPoints) {
@@ -169,17 +173,17 @@ TEST(FitReduced, MeasuresExactnessByTheDistanceFromTheOrigin) {
 
 TEST(FitsOnTop, PutsTheModelBehindWhatIsKept) {
   const Matches matches = lists::matches(matchesFor(product(kShear, kTilted), 4));
-  const std::optional<Homography> h = FitsOnTop(matches, kTilted).of(Model::Affine);
+  const std::optional<Homography> h = fitOnTop(matches, Model::Affine, kTilted);
   ASSERT_TRUE(h);
   EXPECT_LT(worstError(*h, product(kShear, kTilted)), 1e-9);
 }
 
 TEST(FitsOnTop, MakesNoTransformThatTurnsTheSurfaceOverOrHasTracksBehind) {
   const Homography over = {{{1, 0, 0}, {0, -1, 0}, {0, 0, 1}}};
-  EXPECT_FALSE(FitsOnTop(lists::matches(matchesFor(over, 4)), kIdentity).of(Model::Affine));
+  EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(over, 4)), Model::Affine, kIdentity));
   const Homography behind = {{{1, 0, 0}, {0, 1, 0}, {-4e-3, 0, 1}}};
   for (Model model : {Model::Affine, Model::Translation}) {
-    EXPECT_FALSE(FitsOnTop(lists::matches(matchesFor(kShift, 4)), behind).of(model));
-    EXPECT_FALSE(FitsOnTop(Matches(), kIdentity).of(model));
+    EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(kShift, 4)), model, behind));
+    EXPECT_FALSE(fitOnTop(Matches(), model, kIdentity));
   }
 }
