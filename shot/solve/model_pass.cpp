@@ -163,7 +163,7 @@ WeakFrame ModelPass::seenAround(std::size_t frame) const {
 // that is seen in none the frame itself says.
 ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
                                     const std::vector<bool>& good) const {
-  constexpr std::size_t kNone = -1;
+  constexpr auto kNone = static_cast<std::size_t>(-1);
   std::vector<std::size_t> places(1 + lastTrack(tracks), kNone);  // by track
   for (std::size_t t = 0; t < tracks.size(); ++t) places[trackAt(tracks, t)] = t;
   Around result;
