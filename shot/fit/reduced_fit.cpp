@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "shot/fit/residuals.h"
 
@@ -15,41 +14,23 @@ namespace {
 // Below this share of the tracks' distance to the origin, an RMS residual is rounding.
 constexpr double kExact = 1e-9;
 
-// Weights over the largest of them, squared: sums of squares could overflow.
-std::vector<double> relativeSquares(const std::vector<double>& weights) {
-  const double largest = *std::max_element(weights.begin(), weights.end());
-  std::vector<double> result;
-  result.reserve(weights.size());
-  for (double weight : weights) result.push_back((weight / largest) * (weight / largest));
-  return result;
-}
-
-// Sums over the matches around their weighted means; base places are p, present ones q = (u, v).
-struct Moments {
-  Point meanBase;
-  Point meanPresent;
-  double weight = 0.0;
-  double xx = 0.0, xy = 0.0, yy = 0.0;            // of p with p
-  double xu = 0.0, yu = 0.0, xv = 0.0, yv = 0.0;  // of p with q
-  double squaresPresent = 0.0;                    // of q with q
-};
-
-Moments momentsOf(const Matches& matches, const std::vector<double>& squaredWeights) {
+Moments momentsOf(const Points& base, const Points& present,
+                  const std::vector<double>& squaredWeights) {
   Moments s;
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    const Match m = matches[i];
+  for (std::size_t i = 0; i < base.size(); ++i) {
+    const Point from = base[i];
+    const Point to = present[i];
     const double w = squaredWeights[i];
     s.weight += w;
-    s.meanBase = {s.meanBase.x + w * m.base.x, s.meanBase.y + w * m.base.y};
-    s.meanPresent = {s.meanPresent.x + w * m.present.x, s.meanPresent.y + w * m.present.y};
+    s.meanBase = {s.meanBase.x + w * from.x, s.meanBase.y + w * from.y};
+    s.meanPresent = {s.meanPresent.x + w * to.x, s.meanPresent.y + w * to.y};
   }
   s.meanBase = {s.meanBase.x / s.weight, s.meanBase.y / s.weight};
   s.meanPresent = {s.meanPresent.x / s.weight, s.meanPresent.y / s.weight};
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    const Match m = matches[i];
+  for (std::size_t i = 0; i < base.size(); ++i) {
     const double w = squaredWeights[i];
-    const Point p = {m.base.x - s.meanBase.x, m.base.y - s.meanBase.y};
-    const Point q = {m.present.x - s.meanPresent.x, m.present.y - s.meanPresent.y};
+    const Point p = {base[i].x - s.meanBase.x, base[i].y - s.meanBase.y};
+    const Point q = {present[i].x - s.meanPresent.x, present[i].y - s.meanPresent.y};
     s.xx += w * p.x * p.x;
     s.xy += w * p.x * p.y;
     s.yy += w * p.y * p.y;
@@ -94,28 +75,30 @@ struct Candidate {
   bool counts() const { return std::isfinite(cost); }
 };
 
-Matches carriedBy(const Homography& kept, const Matches& matches) {
-  Matches carried;
-  for (std::size_t i = 0; i < matches.size(); ++i) {
-    const Match m = matches[i];
-    carried.add({map(kept, m.base), m.present, m.weight, m.track});
-  }
+Points carriedBy(const Homography& kept, const Points& places) {
+  Points carried(places.size());
+  for (std::size_t i = 0; i < places.size(); ++i) carried.set(i, map(kept, places[i]));
   return carried;
+}
+
+// Whether m is of use behind `kept`, with their product.
+bool isUsable(const Homography& m, const Homography& both) {
+  return isFinite(both) && m[0][0] * m[1][1] - m[0][1] * m[1][0] > 0.0;
 }
 
 // The model fitted on top of `kept`; without a finite cost where that makes no transform.
 Candidate candidateOnTop(const Matches& matches, Model model, const Homography& kept) {
   Candidate result;
   if (!onOneSide(kept, matches.base())) return result;
-  const Matches carried = carriedBy(kept, matches);
+  const Points carried = carriedBy(kept, matches.base());
   const std::vector<double> squaredWeights = relativeSquares(matches.weights());
-  const Moments moments = momentsOf(carried, squaredWeights);
+  const Moments moments = momentsOf(carried, matches.present(), squaredWeights);
   const Homography m = fitModel(moments, model);
   result.h = product(m, kept);
-  if (!isFinite(result.h) || !(m[0][0] * m[1][1] - m[0][1] * m[1][0] > 0.0)) return result;
+  if (!isUsable(m, result.h)) return result;
   result.cost = 0.0;
   for (std::size_t i = 0; i < carried.size(); ++i) {
-    result.cost += squaredWeights[i] * squaredResidual(carried[i], m);
+    result.cost += squaredWeights[i] * squaredDistance(map(m, carried[i]), matches.present()[i]);
   }
   const double reach =
       moments.squaresPresent + moments.weight * squaredDistance(moments.meanPresent, {0.0, 0.0});
@@ -125,10 +108,28 @@ Candidate candidateOnTop(const Matches& matches, Model model, const Homography& 
 
 }  // namespace
 
-std::optional<Homography> fitOnTop(const Matches& matches, Model model, const Homography& kept) {
-  const Candidate candidate = candidateOnTop(matches, model, kept);
-  if (!candidate.counts()) return std::nullopt;
-  return candidate.h;
+std::vector<double> relativeSquares(const std::vector<double>& weights) {
+  if (weights.empty()) return {};
+  const double largest = *std::max_element(weights.begin(), weights.end());
+  std::vector<double> result;
+  result.reserve(weights.size());
+  for (double weight : weights) result.push_back((weight / largest) * (weight / largest));
+  return result;
+}
+
+FitsOnTop::FitsOnTop(const Matches& matches, const std::vector<double>& squaredWeights,
+                     const Homography& kept)
+    : kept_(kept), inFront_(!matches.empty() && onOneSide(kept, matches.base())) {
+  if (!inFront_) return;
+  moments_ = momentsOf(carriedBy(kept, matches.base()), matches.present(), squaredWeights);
+}
+
+std::optional<Homography> FitsOnTop::of(Model model) const {
+  if (!inFront_) return std::nullopt;
+  const Homography m = fitModel(moments_, model);
+  const Homography h = product(m, kept_);
+  if (!isUsable(m, h)) return std::nullopt;
+  return h;
 }
 
 ReducedFit fitReduced(const Matches& matches, Model model, const Homography& neighbour) {

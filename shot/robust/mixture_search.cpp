@@ -208,7 +208,8 @@ void MixtureSearch::fromHalves() {
 
 // In stages, each as long as all before: the best samples of each tell how many are needed.
 void MixtureSearch::drawUntilSure(QuadSamples& samples, std::size_t least) {
-  std::size_t needed = QuadSamples::kFewest;
+  const std::size_t most = samples.needed(least);
+  std::size_t needed = std::min(most, QuadSamples::kFewest);
   while (samples.drawnFromAll() < needed) {
     const std::size_t until =
         std::min(needed, std::max(2 * samples.drawnFromAll(), QuadSamples::kFewest));
@@ -221,7 +222,7 @@ void MixtureSearch::drawUntilSure(QuadSamples& samples, std::size_t least) {
       if (samples.draw(h)) rank(h);
     }
     refine();
-    needed = std::min(neededOf(samples), samples.needed(least));
+    needed = std::min(neededOf(samples), most);
   }
   budgetSpent_ = needed == QuadSamples::kMost;
 }

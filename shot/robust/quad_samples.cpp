@@ -36,19 +36,18 @@ Quad placesOf(const Points& points, const std::array<std::size_t, 4>& chosen) {
 // Twice the areas of the triangles of each corner and the next two.
 using Areas = std::array<double, 4>;
 
-Areas areasOf(const Quad& quad) {
-  Areas areas;
-  for (std::size_t i = 0; i < 4; ++i) {
-    areas[i] = twiceArea(quad[i], quad[(i + 1) % 4], quad[(i + 2) % 4]);
-  }
-  return areas;
+double areaAt(const Quad& quad, std::size_t i) {
+  return twiceArea(quad[i], quad[(i + 1) % 4], quad[(i + 2) % 4]);
 }
 
-// A camera keeps the sense of every triangle that lies in front of it.
-bool seenAlike(const Areas& from, const Areas& to) {
+// A camera keeps the sense of every triangle that lies in front of it. Most quads that it does not
+// see alike show it in the first ones.
+bool seenAlike(const Quad& from, const Quad& to, Areas& fromAreas, Areas& toAreas) {
   for (std::size_t i = 0; i < 4; ++i) {
-    if (std::fabs(from[i]) < kThinnest || std::fabs(to[i]) < kThinnest) return false;
-    if ((from[i] > 0.0) != (to[i] > 0.0)) return false;
+    fromAreas[i] = areaAt(from, i);
+    toAreas[i] = areaAt(to, i);
+    if (std::fabs(fromAreas[i]) < kThinnest || std::fabs(toAreas[i]) < kThinnest) return false;
+    if ((fromAreas[i] > 0.0) != (toAreas[i] > 0.0)) return false;
   }
   return true;
 }
@@ -115,9 +114,8 @@ bool QuadSamples::draw(Homography& h) {
 bool QuadSamples::through(const std::array<std::size_t, 4>& chosen, Homography& h) const {
   const Quad from = placesOf(matches_.base(), chosen);
   const Quad to = placesOf(matches_.present(), chosen);
-  const Areas fromAreas = areasOf(from);
-  const Areas toAreas = areasOf(to);
-  if (!seenAlike(fromAreas, toAreas)) return false;
+  Areas fromAreas, toAreas;
+  if (!seenAlike(from, to, fromAreas, toAreas)) return false;
   h = exactFor(from, to, fromAreas, toAreas);
   return isFinite(h);
 }
@@ -130,26 +128,26 @@ double QuadSamples::usableShare(const std::vector<std::size_t>& good) const {
   std::size_t usable = 0;
   forAllFours(tried, [&](std::array<std::size_t, 4> chosen) {
     for (std::size_t& one : chosen) one = good[one * good.size() / tried];
-    if (seenAlike(areasOf(placesOf(matches_.base(), chosen)),
-                  areasOf(placesOf(matches_.present(), chosen)))) {
-      ++usable;
-    }
+    Areas from, to;
+    usable += seenAlike(placesOf(matches_.base(), chosen), placesOf(matches_.present(), chosen),
+                        from, to);
   });
   return static_cast<double>(usable) / choicesOfFour(tried);
 }
 
 std::size_t QuadSamples::needed(const std::vector<std::size_t>& good) const {
-  return neededFor(good.size(), usableShare(good));
+  return std::max(neededFor(good.size(), usableShare(good)), kFewest);
 }
 
-std::size_t QuadSamples::needed(std::size_t good) const { return neededFor(good, 1.0); }
+std::size_t QuadSamples::needed(std::size_t good) const {
+  return std::max(neededFor(good, 1.0), kFewestOfSome);
+}
 
 std::size_t QuadSamples::neededFor(std::size_t good, double usableShare) const {
   if (good < 4) return kMost;
   const double one = choicesOfFour(good) / quadruples() * usableShare;
   const double draws = std::ceil(std::log(kChance) / std::log1p(-one));  // infinite for none
-  return draws < static_cast<double>(kMost) ? std::max(static_cast<std::size_t>(draws), kFewest)
-                                            : kMost;
+  return draws < static_cast<double>(kMost) ? static_cast<std::size_t>(draws) : kMost;
 }
 
 }  // namespace cornerpin

@@ -39,6 +39,9 @@ class QuadSamples {
   /// agree more closely than all. Of a half it finds four with a chance of one in a million.
   static constexpr std::size_t kFewest = 214;
 
+  /// However many are good, of which it is known that fewer would not do.
+  static constexpr std::size_t kFewestOfSome = 32;
+
   QuadSamples(const Matches& matches, const std::vector<double>& confidence, std::uint64_t seed);
 
   /// At random: every other one from the most confident matches, a group that grows by one every
@@ -60,7 +63,8 @@ class QuadSamples {
   /// quadruples lead to a transform is that of up to eight of them. \param good  indices
   std::size_t needed(const std::vector<std::size_t>& good) const;
 
-  /// The same for so many good ones, all of whose quadruples lead to a transform.
+  /// The same for so many good ones, all of whose quadruples lead to a transform, and between
+  /// `kFewestOfSome` and `kMost`: it is no matter whether half of them agree more closely.
   std::size_t needed(std::size_t good) const;
 
  private:

@@ -37,7 +37,10 @@ bool inFront(const Homography& h, const Quad& corners, Point front) {
 }  // namespace
 
 ModelChoice::ModelChoice(const WeakFrame& frame, const MotionTrials& trials, const Noise& usual)
-    : frame_(frame), trials_(trials), pairs_(frame.tracks.size()), noise_(usual) {
+    : frame_(frame),
+      pairs_(frame.tracks.size()),
+      noise_(usual),
+      trials_(trials, {frame.tracks, frame.corners, frame.seen}) {
   noise_.sigma = std::max(noise_.sigma, frame.sigma);
   if (!frame.full) return;
   full_.emplace(frame.tracks,
@@ -102,16 +105,18 @@ double ModelChoice::priorOf(const Candidate& candidate) const {
   return std::min(share * extentOf(frame_.seen, frame_.corners), std::sqrt(moved));
 }
 
-std::vector<double> ModelChoice::squaredBias(const Candidate& candidate,
-                                             const Points& points) const {
-  const TrialFrame trial{frame_.tracks, frame_.corners, frame_.seen, pairs_};
-  std::vector<double> squares = trials_.misses(candidate.lower, trial, points, noise_);
+LinearisedFit ModelChoice::linearised(const Candidate& candidate) const {
+  return {frame_.tracks,
+          {candidate.lower.model, candidate.kept.h, candidate.h, frame_.tracks.weights()}};
+}
+
+std::vector<double> ModelChoice::squaredBias(const Candidate& candidate, const LinearisedFit& fit,
+                                             const Points& points) {
+  std::vector<double> squares = trials_.misses(candidate.lower, points, pairs_, noise_);
   if (squares.empty()) {
     const double prior = priorOf(candidate);
     squares.assign(points.size(), prior * prior);
   }
-  const LinearisedFit fit(frame_.tracks, {candidate.lower.model, candidate.kept.h, candidate.h,
-                                          frame_.tracks.weights()});
   for (std::size_t i = 0; i < points.size(); ++i) {
     squares[i] += candidate.kept.squaredError;
     const double own = noise_.sigma * noise_.sigma * fit.responseAt(points[i]).trace();
@@ -124,12 +129,18 @@ std::vector<double> ModelChoice::squaredBias(const Candidate& candidate,
   return squares;
 }
 
+double ModelChoice::varianceOf(const LinearisedFit& fit) const {
+  return fit.isDetermined() ? noise_.sigma * noise_.sigma : kInfinity;
+}
+
+std::vector<Symmetric2> ModelChoice::covariances(const Candidate& candidate, const Points& points) {
+  return covariances(candidate, linearised(candidate), points);
+}
+
 std::vector<Symmetric2> ModelChoice::covariances(const Candidate& candidate,
-                                                 const Points& points) const {
-  const LinearisedFit fit(frame_.tracks, {candidate.lower.model, candidate.kept.h, candidate.h,
-                                          frame_.tracks.weights()});
-  const double variance = fit.isDetermined() ? noise_.sigma * noise_.sigma : kInfinity;
-  const std::vector<double> bias = squaredBias(candidate, points);
+                                                 const LinearisedFit& fit, const Points& points) {
+  const double variance = varianceOf(fit);
+  const std::vector<double> bias = squaredBias(candidate, fit, points);
   std::vector<Symmetric2> all;
   for (std::size_t i = 0; i < points.size(); ++i) {
     const Symmetric2 unit = fit.responseAt(points[i]);
@@ -139,11 +150,22 @@ std::vector<Symmetric2> ModelChoice::covariances(const Candidate& candidate,
   return all;
 }
 
-double ModelChoice::squaredError(const Candidate& candidate) const {
+double ModelChoice::squaredError(const Candidate& candidate) {
+  return squaredError(candidate, kInfinity);
+}
+
+// Infinite where it is not below the bound. Most that are not have too much noise alone.
+double ModelChoice::squaredError(const Candidate& candidate, double bound) {
+  const LinearisedFit fit = linearised(candidate);
+  const double variance = varianceOf(fit);
+  for (Point corner : frame_.corners) {
+    const Symmetric2 unit = fit.responseAt(corner);
+    if (!(variance * unit.xx + variance * unit.yy < bound)) return kInfinity;
+  }
   double worst = 0.0;
-  for (const Symmetric2& covariance : covariances(candidate, pointsOf(frame_.corners))) {
+  for (const Symmetric2& covariance : covariances(candidate, fit, pointsOf(frame_.corners))) {
     const double square = covariance.trace();
-    if (!std::isfinite(square)) return kInfinity;
+    if (!(square < bound)) return kInfinity;
     worst = std::max(worst, square);
   }
   return worst;
@@ -151,10 +173,12 @@ double ModelChoice::squaredError(const Candidate& candidate) const {
 
 std::vector<Candidate> ModelChoice::candidatesOn(const std::vector<Kept>& kept) const {
   std::vector<Candidate> all;
+  const std::vector<double> squaredWeights = relativeSquares(frame_.tracks.weights());
   for (const Kept& ground : kept) {
+    const FitsOnTop fits(frame_.tracks, squaredWeights, ground.h);
     for (Model model : {Model::Affine, Model::Similarity, Model::Translation}) {
       if (frame_.tracks.size() < tracksFor(model)) continue;
-      const std::optional<Homography> h = fitOnTop(frame_.tracks, model, ground.h);
+      const std::optional<Homography> h = fits.of(model);
       if (!h || !inFront(*h, frame_.corners, frame_.tracks.base()[0])) continue;
       all.push_back({{model, ground.from}, ground, *h});
     }
@@ -162,15 +186,15 @@ std::vector<Candidate> ModelChoice::candidatesOn(const std::vector<Kept>& kept) 
   return all;
 }
 
-std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candidates) const {
+std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candidates) {
   std::optional<Candidate> best;
-  double least = kInfinity;
   for (const Candidate& candidate : candidates) {
     if (isContradicted(candidate)) continue;
-    const double square = squaredError(candidate);
+    const double least = best ? best->squaredError : kInfinity;
+    const double square = squaredError(candidate, least);
     if (!(square < least)) continue;
-    least = square;
     best = candidate;
+    best->squaredError = square;
   }
   return best;
 }

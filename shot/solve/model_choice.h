@@ -37,6 +37,7 @@ struct Candidate {
   LowerModel lower;
   Kept kept;
   Homography h{};
+  double squaredError = 0.0;  ///< `ModelChoice::squaredError`, of the best
 };
 
 /// Which model a frame is given: the full one, or a lower one that its tracks do not contradict and
@@ -70,18 +71,24 @@ class ModelChoice {
   std::optional<Candidate> bestOnTopOf(const std::vector<Kept>& kept);
 
   /// What is expected of the square of a candidate's worst corner's error.
-  double squaredError(const Candidate& candidate) const;
+  double squaredError(const Candidate& candidate);
 
   /// Of the images of points by a candidate.
-  std::vector<Symmetric2> covariances(const Candidate& candidate, const Points& points) const;
+  std::vector<Symmetric2> covariances(const Candidate& candidate, const Points& points);
 
   /// Of one coordinate of a good track's residual.
   double sigma() const { return noise_.sigma; }
 
  private:
-  std::vector<double> squaredBias(const Candidate& candidate, const Points& points) const;
+  LinearisedFit linearised(const Candidate& candidate) const;
+  double squaredError(const Candidate& candidate, double bound);
+  std::vector<Symmetric2> covariances(const Candidate& candidate, const LinearisedFit& fit,
+                                      const Points& points);
+  std::vector<double> squaredBias(const Candidate& candidate, const LinearisedFit& fit,
+                                  const Points& points);
+  double varianceOf(const LinearisedFit& fit) const;
   std::vector<Candidate> candidatesOn(const std::vector<Kept>& kept) const;
-  std::optional<Candidate> bestOf(const std::vector<Candidate>& candidates) const;
+  std::optional<Candidate> bestOf(const std::vector<Candidate>& candidates);
   std::size_t pairsLeftBy(const Candidate& candidate) const;
   bool isContradicted(const Candidate& candidate) const;
   double priorOf(const Candidate& candidate) const;
@@ -89,12 +96,11 @@ class ModelChoice {
   double squaresOf(const Homography& h) const;
 
   const WeakFrame& frame_;
-  const MotionTrials& trials_;
-  FittedFrame fullFit_;
   std::optional<LinearisedFit> full_;  // where there is one
   double fullSquares_ = 0.0;
   std::size_t pairs_ = 0;  // of parameters of what lower models are compared with
   Noise noise_;
+  FrameTrials trials_;
 };
 
 }  // namespace cornerpin

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <map>
 #include <utility>
 
 #include "shot/fit/reduced_fit.h"
@@ -54,6 +53,16 @@ double sigmaOf(const std::vector<std::vector<double>>& squares, const std::vecto
   double sum = 0.0;
   for (double square : all) sum += std::min(square, most);
   return std::sqrt(sum / (2.0 * static_cast<double>(all.size())));
+}
+
+std::size_t trackAt(const Matches& matches, std::size_t i) {
+  return static_cast<std::size_t>(matches.tracks()[i]);
+}
+
+std::size_t lastTrack(const Matches& matches) {
+  int last = 0;
+  for (int track : matches.tracks()) last = std::max(last, track);
+  return static_cast<std::size_t>(last);
 }
 
 std::ptrdiff_t distance(std::size_t from, std::size_t to) {
@@ -154,30 +163,34 @@ WeakFrame ModelPass::seenAround(std::size_t frame) const {
 // that is seen in none the frame itself says.
 ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
                                     const std::vector<bool>& good) const {
-  std::map<int, std::vector<double>> squares;  // by track
-  std::map<int, bool> bad;
-  for (int track : tracks.tracks()) squares[track];
+  constexpr auto kNone = static_cast<std::size_t>(-1);
+  std::vector<std::size_t> places(1 + lastTrack(tracks), kNone);  // by track
+  for (std::size_t t = 0; t < tracks.size(); ++t) places[trackAt(tracks, t)] = t;
+  Around result;
+  result.squares.resize(tracks.size());
+  std::vector<bool> bad(tracks.size());
   for (std::ptrdiff_t step : {-1, 1}) {
-    std::map<int, int> votes;
+    std::vector<int> votes(tracks.size());
+    std::vector<bool> seen(tracks.size());
     std::optional<std::size_t> near = firmFrom(frame, step);
     for (int i = 0; near && i < kFramesAround; ++i, near = firmFrom(*near, step)) {
       if (*near == base_) continue;
       const Matches there = knownIn_(frames_[*near]);
       const double farthest = kGoodWithin * frames_[*near].sigma;
       for (std::size_t t = 0; t < there.size(); ++t) {
-        const auto found = squares.find(there.tracks()[t]);
-        if (found == squares.end()) continue;
-        found->second.push_back(squaredResidual(there[t], frames_[*near].h));
-        votes[found->first] += found->second.back() <= farthest * farthest ? 1 : -1;
+        const std::size_t track = trackAt(there, t);
+        const std::size_t place = track < places.size() ? places[track] : kNone;
+        if (place == kNone) continue;
+        const double square = squaredResidual(there[t], frames_[*near].h);
+        result.squares[place].push_back(square);
+        votes[place] += square <= farthest * farthest ? 1 : -1;
+        seen[place] = true;
       }
     }
-    for (const auto& [track, vote] : votes) bad[track] = bad[track] || vote <= 0;
+    for (std::size_t t = 0; t < bad.size(); ++t) bad[t] = bad[t] || (seen[t] && votes[t] <= 0);
   }
-  Around result;
   for (std::size_t t = 0; t < tracks.size(); ++t) {
-    const int track = tracks.tracks()[t];
-    result.squares.push_back(squares[track]);
-    result.reliable.push_back(squares[track].empty() ? good[t] : !bad[track]);
+    result.reliable.push_back(result.squares[t].empty() ? good[t] : !bad[t]);
   }
   if (countOf(result.reliable) == 0) result.reliable = good;
   return result;
@@ -251,7 +264,7 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   const double fullError =
       weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
   const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
-  const double least = best ? choice.squaredError(*best) : kInfinity;
+  const double least = best ? best->squaredError : kInfinity;
   const double nearer = swept_[frame].gain > kLargestGain ? kNearer : kNearerWhereSpread;
   if (best && (status != Status::Solved || least < nearer * nearer * fullError * fullError)) {
     reduceTo(*best, weak, frame);
@@ -307,7 +320,7 @@ void ModelPass::takeCovariances(std::size_t frame, const std::vector<Quad>& quad
                                 FrameFigures& figures) const {
   const Settled& settled = settled_.at(frame);
   if (!std::isfinite(settled.squaredError)) return;
-  const ModelChoice choice(settled.weak, *trials_, usual_);
+  ModelChoice choice(settled.weak, *trials_, usual_);
   for (std::size_t q = 0; q < quads.size(); ++q) {
     const std::vector<Symmetric2> covariances =
         choice.covariances(settled.candidate, {quads[q][0], quads[q][1], quads[q][2], quads[q][3]});

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "shot/fit/reduced_fit.h"
 #include "shot/fit/residuals.h"
 #include "shot/fit/variance_ratio.h"
 #include "shot/plane/quad_map.h"
@@ -48,20 +47,20 @@ Offsets halved(const Offsets& from) {
   return shorter;
 }
 
-bool allInFront(const Homography& h, const Points& points, const Points& tracks) {
+bool areInFront(const Homography& h, const Points& points, Point track) {
   for (Point p : points) {
-    if (!onSameSide(h, p, tracks[0])) return false;
+    if (!onSameSide(h, p, track)) return false;
   }
-  return onOneSide(h, tracks);
+  return true;
 }
 
 // The matches as they would be without noise.
 Matches exactlySeen(const TrialFrame& frame) {
-  Matches exact;
-  for (std::size_t i = 0; i < frame.tracks.size(); ++i) {
-    Match match = frame.tracks[i];
+  Matches exact = frame.tracks;
+  for (std::size_t i = 0; i < exact.size(); ++i) {
+    Match match = exact[i];
     match.present = map(frame.seen, match.base);
-    exact.add(match);
+    exact.set(i, match);
   }
   return exact;
 }
@@ -84,7 +83,6 @@ bool contradicts(double squares, std::size_t pairs, const Noise& noise) {
 MotionTrials::MotionTrials(std::vector<std::optional<Homography>> known)
     : known_(std::move(known)) {}
 
-// Well known frames from which those at the offsets are well known too.
 std::vector<std::size_t> MotionTrials::framesFor(const Offsets& from) const {
   std::vector<std::size_t> all;
   const auto count = static_cast<std::ptrdiff_t>(known_.size());
@@ -102,8 +100,8 @@ std::vector<std::size_t> MotionTrials::framesFor(const Offsets& from) const {
   return spread;
 }
 
-std::optional<Homography> MotionTrials::keptIn(std::size_t trial, const Offsets& from,
-                                               const TrialFrame& frame) const {
+Homography MotionTrials::keptIn(std::size_t trial, const Offsets& from,
+                                const TrialFrame& frame) const {
   const Homography back = product(inverse(*known_[trial]), frame.seen);
   std::vector<Homography> others;
   for (std::ptrdiff_t offset : from) {
@@ -111,27 +109,34 @@ std::optional<Homography> MotionTrials::keptIn(std::size_t trial, const Offsets&
     others.push_back(product(*known_[other], back));
   }
   // The motion from the frames at the offsets to the trial's, ending in what is seen.
-  const Homography kept = takenFrom(others, from, frame.corners);
-  if (!isFinite(kept)) return std::nullopt;
-  return kept;
+  return takenFrom(others, from, frame.corners);
 }
 
-std::vector<double> MotionTrials::missesAt(const Offsets& from, Model model,
-                                           const TrialFrame& frame, const Points& points,
-                                           const Noise& noise) const {
-  const Matches exact = exactlySeen(frame);
+const std::vector<FrameTrials::Trial>& FrameTrials::trialsFor(const Offsets& from) {
+  const auto [place, isNew] = all_.try_emplace(from);
+  if (!isNew) return place->second;
+  if (exact_.empty()) {
+    exact_ = exactlySeen(frame_);
+    squaredWeights_ = relativeSquares(exact_.weights());
+  }
+  for (std::size_t trial : trials_.framesFor(from)) {
+    const Homography kept = trials_.keptIn(trial, from, frame_);
+    if (isFinite(kept)) place->second.push_back({kept, FitsOnTop(exact_, squaredWeights_, kept)});
+  }
+  return place->second;
+}
+
+std::vector<double> FrameTrials::missesAt(const Offsets& from, Model model, const Points& points,
+                                          std::size_t pairsLeft, const Noise& noise) {
   double count = 0.0;
   std::vector<double> sums(points.size(), 0.0);
-  for (std::size_t trial : framesFor(from)) {
-    const std::optional<Homography> kept = keptIn(trial, from, frame);
-    if (!kept || !allInFront(*kept, points, exact.base())) continue;
-    const std::optional<Homography> h = fitOnTop(exact, model, *kept);
-    if (!h || contradicts(weightedSquares(exact, *h), frame.pairs - tracksFor(model), noise)) {
-      continue;
-    }
+  for (const Trial& trial : trialsFor(from)) {
+    if (!areInFront(trial.kept, points, exact_.base()[0])) continue;
+    const std::optional<Homography> h = trial.fits.of(model);
+    if (!h || contradicts(weightedSquares(exact_, *h), pairsLeft, noise)) continue;
     count += 1.0;
     for (std::size_t i = 0; i < points.size(); ++i) {
-      sums[i] += squaredDistance(map(*h, points[i]), map(frame.seen, points[i]));
+      sums[i] += squaredDistance(map(*h, points[i]), map(frame_.seen, points[i]));
     }
   }
   if (count < kFewestTrials) return {};
@@ -139,11 +144,13 @@ std::vector<double> MotionTrials::missesAt(const Offsets& from, Model model,
   return sums;
 }
 
-std::vector<double> MotionTrials::misses(const LowerModel& lower, const TrialFrame& frame,
-                                         const Points& points, const Noise& noise) const {
-  if (!allInFront(frame.seen, points, frame.tracks.base())) return {};
+std::vector<double> FrameTrials::misses(const LowerModel& lower, const Points& points,
+                                        std::size_t pairs, const Noise& noise) {
+  const Points& tracks = frame_.tracks.base();
+  if (!areInFront(frame_.seen, points, tracks[0]) || !onOneSide(frame_.seen, tracks)) return {};
+  const std::size_t pairsLeft = pairs - tracksFor(lower.model);
   for (Offsets from = lower.from;;) {
-    std::vector<double> squares = missesAt(from, lower.model, frame, points, noise);
+    std::vector<double> squares = missesAt(from, lower.model, points, pairsLeft, noise);
     const double factor = growth(lower.from, from);
     for (double& square : squares) square *= factor;
     Offsets shorter = halved(from);

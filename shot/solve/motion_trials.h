@@ -3,11 +3,13 @@
 #define SHOT_SOLVE_MOTION_TRIALS_H
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <vector>
 
 #include "shot/fit/matches.h"
 #include "shot/fit/model.h"
+#include "shot/fit/reduced_fit.h"
 #include "shot/plane/homography.h"
 #include "shot/plane/points.h"
 
@@ -43,35 +45,59 @@ struct TrialFrame {
   const Matches& tracks;   ///< the good ones
   const Quad& corners;     ///< of the surface
   const Homography& seen;  ///< puts both about where the frame sees them
-  std::size_t pairs;       ///< of parameters of what lower models are compared with
 };
 
-/// How far lower models go wrong in the shot at hand: each is fitted in frames whose transforms are
-/// well known, as if they had no more tracks than the frame in question, and compared with what is
-/// known.
+/// The frames of a shot whose transforms are well known.
 class MotionTrials {
  public:
   /// \param known  by frame: its transform where it is well known
   explicit MotionTrials(std::vector<std::optional<Homography>> known);
 
-  /// The mean square of how far images of `points` are off, over at most 50 frames spread over the
-  /// shot. The motion from those frames to those which the transforms are taken from is put on top
-  /// of `frame.seen`, and the tracks have no noise. A trial in which tracks with noise would
-  /// contradict the model does not count, and as there may be worse ones two more count as the
-  /// mean does, with nothing to their credit. Where fewer than two count, halves of the offsets do;
-  /// what is missed is taken to grow with the time to the power of the number of offsets, as it
-  /// does for smooth motion. Empty where there are no such frames.
-  std::vector<double> misses(const LowerModel& lower, const TrialFrame& frame, const Points& points,
-                             const Noise& noise) const;
+  /// At most 50 of the frames, spread over the shot, for which those at the offsets are known too.
+  std::vector<std::size_t> framesFor(const Offsets& from) const;
+
+  /// What lower models in `frame` would stand on, were the motion to it that from the frames at the
+  /// offsets to `trial`, put on top of what is seen. Not finite where there is none.
+  Homography keptIn(std::size_t trial, const Offsets& from, const TrialFrame& frame) const;
 
  private:
-  std::vector<std::size_t> framesFor(const Offsets& from) const;
-  std::optional<Homography> keptIn(std::size_t trial, const Offsets& from,
-                                   const TrialFrame& frame) const;
-  std::vector<double> missesAt(const Offsets& from, Model model, const TrialFrame& frame,
-                               const Points& points, const Noise& noise) const;
-
   std::vector<std::optional<Homography>> known_;
+};
+
+/// How far lower models go wrong in the shot at hand: each is fitted in frames whose transforms are
+/// well known, as if they had no more tracks than the frame in question, and compared with what is
+/// known. What the models have in common is worked out once.
+class FrameTrials {
+ public:
+  /// What `frame` refers to, and `trials`, outlive this.
+  FrameTrials(const MotionTrials& trials, const TrialFrame& frame)
+      : trials_(trials), frame_(frame) {}
+
+  /// The mean square of how far images of `points` are off, over the frames of `MotionTrials`. The
+  /// tracks have no noise. A trial in which tracks with noise would contradict the model does not
+  /// count, and as there may be worse ones two more count as the mean does, with nothing to their
+  /// credit. Where fewer than two count, halves of the offsets do; what is missed is taken to grow
+  /// with the time to the power of the number of offsets, as it does for smooth motion. Empty where
+  /// there are no such frames.
+  /// \param pairs  of parameters of what lower models are compared with
+  std::vector<double> misses(const LowerModel& lower, const Points& points, std::size_t pairs,
+                             const Noise& noise);
+
+ private:
+  struct Trial {
+    Homography kept;
+    FitsOnTop fits;
+  };
+
+  const std::vector<Trial>& trialsFor(const Offsets& from);
+  std::vector<double> missesAt(const Offsets& from, Model model, const Points& points,
+                               std::size_t pairsLeft, const Noise& noise);
+
+  const MotionTrials& trials_;
+  TrialFrame frame_;
+  Matches exact_;  // the tracks as they would be without noise
+  std::vector<double> squaredWeights_;
+  std::map<Offsets, std::vector<Trial>> all_;
 };
 
 }  // namespace cornerpin

@@ -36,6 +36,10 @@ ReducedFit reducedFit(const std::vector<Match>& matches, Model model, const Homo
   return fitReduced(lists::matches(matches), model, neighbour);
 }
 
+std::optional<Homography> fitOnTop(const Matches& matches, Model model, const Homography& kept) {
+  return FitsOnTop(matches, relativeSquares(matches.weights()), kept).of(model);
+}
+
 double worstError(const Homography& h, const Homography& truth) {
   double worst = 0.0;
   for (Point p : kPoints) {
@@ -167,16 +171,19 @@ TEST(FitReduced, MeasuresExactnessByTheDistanceFromTheOrigin) {
   EXPECT_FALSE(onTop(1.02 * 5e-9));
 }
 
-TEST(FitOnTop, PutsTheModelBehindWhatIsKept) {
+TEST(FitsOnTop, PutsTheModelBehindWhatIsKept) {
   const Matches matches = lists::matches(matchesFor(product(kShear, kTilted), 4));
   const std::optional<Homography> h = fitOnTop(matches, Model::Affine, kTilted);
   ASSERT_TRUE(h);
   EXPECT_LT(worstError(*h, product(kShear, kTilted)), 1e-9);
 }
 
-TEST(FitOnTop, MakesNoTransformThatTurnsTheSurfaceOverOrHasTracksBehind) {
+TEST(FitsOnTop, MakesNoTransformThatTurnsTheSurfaceOverOrHasTracksBehind) {
   const Homography over = {{{1, 0, 0}, {0, -1, 0}, {0, 0, 1}}};
   EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(over, 4)), Model::Affine, kIdentity));
   const Homography behind = {{{1, 0, 0}, {0, 1, 0}, {-4e-3, 0, 1}}};
-  EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(kShift, 4)), Model::Affine, behind));
+  for (Model model : {Model::Affine, Model::Translation}) {
+    EXPECT_FALSE(fitOnTop(lists::matches(matchesFor(kShift, 4)), model, behind));
+    EXPECT_FALSE(fitOnTop(Matches(), model, kIdentity));
+  }
 }

@@ -48,6 +48,32 @@ TEST(ChanceOf, TakesAPlaceForCertainWhereTheAreaIsNoLargerThanTheError) {
   EXPECT_NEAR(chanceOf(10, 10, 1.0, 0.0), std::log10(6.0 * 210.0), 0.0051);
 }
 
+// Of all sizes, by the logarithms of factorials.
+TEST(ChanceOf, IsTheLeastOfAllSizesHoweverManyThereAre) {
+  const auto logFactorial = [](int n) { return std::lgamma(n + 1.0) / std::log(10.0); };
+  errors::Random random(5);
+  for (int n : {5, 6, 12, 60, 300, 1500, 4000}) {
+    for (double good : {0.0, 0.3, 0.7, 0.95, 1.0}) {
+      std::vector<double> squares;
+      for (int i = 0; i < n; ++i) {
+        const Point place = random.place();
+        const double square = place.x * place.x + place.y * place.y;
+        squares.push_back(i < good * n ? 1e-6 * square : square);
+      }
+      std::vector<double> sorted = squares;
+      std::sort(sorted.begin(), sorted.end());
+      double least = HUGE_VAL;
+      for (int k = 5; k <= n; ++k) {
+        const double one = std::min(kPi * sorted[static_cast<std::size_t>(k - 1)] / 3.0, 1.0);
+        const double transforms = std::log10(n - 4.0) + logFactorial(n) - logFactorial(n - k) -
+                                  logFactorial(4) - logFactorial(k - 4);
+        least = std::min(least, transforms + (k - 4) * std::log10(one));
+      }
+      EXPECT_NEAR(chanceOf(squares, 3.0), least, 0.0051) << n << " " << good;
+    }
+  }
+}
+
 TEST(ChanceOf, TakesTheSizeThatChanceExplainsLeast) {
   std::vector<double> squares = {0.3, 4e-6, 1e-6, 9e-6, 1e-6, 2e-6, 8e-6, 0.5, 5e-6, INFINITY};
   double least = HUGE_VAL;

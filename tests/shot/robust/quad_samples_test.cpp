@@ -207,6 +207,27 @@ TEST(QuadSamplesNeeded, IsWithinTheFewestAndTheMost) {
   EXPECT_EQ(samples.needed(firstOf(100)), QuadSamples::kFewest);
 }
 
+// Of so many good ones the same, down to a lower floor.
+TEST(QuadSamplesNeeded, GoesBelowTheFewestWhereItIsKnownHowManyAreGood) {
+  const Matches matches = jitteredMatches(60);
+  const QuadSamples samples(matches, {}, 1);
+  std::size_t between = 0;
+  for (std::size_t good = 5; good <= 60; ++good) {
+    const double chance = static_cast<double>(good * (good - 1) * (good - 2) * (good - 3)) /
+                          (60.0 * 59.0 * 58.0 * 57.0);
+    const double draws = std::ceil(std::log(1e-6) / std::log(1.0 - chance));
+    const std::size_t needed = samples.needed(good);
+    if (draws >= 500000.0) {
+      EXPECT_EQ(needed, QuadSamples::kMost) << good;
+    } else {
+      EXPECT_NEAR(static_cast<double>(needed), std::max(draws, 32.0), 1e-6 * draws + 0.5) << good;
+    }
+    between += needed > 32 && needed < QuadSamples::kFewest;
+  }
+  EXPECT_GT(between, 5U);
+  EXPECT_EQ(samples.needed(3), QuadSamples::kMost);
+}
+
 TEST(QuadSamplesNeeded, CountsOnlyTheQuadruplesThatLeadToATransform) {
   errors::Random random(kSeed);
   Matches spread;

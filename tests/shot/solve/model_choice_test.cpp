@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 using namespace cornerpin;
 
@@ -84,7 +85,7 @@ TEST(ModelChoice, HasNoFullErrorWithoutFullTransform) {
 // nothing.
 TEST(ModelChoice, ExpectsNoiseAloneOfACameraThatStands) {
   const WeakFrame frame = withoutFull(patch(20));
-  const ModelChoice choice(frame, kStill, {0.5, 5});
+  ModelChoice choice(frame, kStill, {0.5, 5});
   const Symmetric2 c = choice.covariances(translated(), kCorner).front();
   EXPECT_NEAR(c.xx, 0.25 / 9, 1e-12);
   EXPECT_NEAR(c.yy, 0.25 / 9, 1e-12);
@@ -93,13 +94,13 @@ TEST(ModelChoice, ExpectsNoiseAloneOfACameraThatStands) {
 
 TEST(ModelChoice, AddsWhatTheKeptTransformIsOff) {
   const WeakFrame frame = withoutFull(patch(20));
-  const ModelChoice choice(frame, kStill, {0.5, 5});
+  ModelChoice choice(frame, kStill, {0.5, 5});
   EXPECT_NEAR(choice.squaredError(translated({kIdentity, {-1}, 9.0})), 9.0 + 0.5 / 9, 1e-12);
 }
 
 TEST(ModelChoice, ExpectsSharesOfTheExtentWhereTheShotTellsNothing) {
   const WeakFrame frame = withoutFull(patch(20));
-  const ModelChoice choice(frame, kNoTrials, {1e-6, 5});
+  ModelChoice choice(frame, kNoTrials, {1e-6, 5});
   Candidate candidate = translated();
   candidate.kept.h = {{{5, 0, 300}, {0, 5, 0}, {0, 0, 1}}};
   EXPECT_NEAR(choice.squaredError(candidate), 100.0 * 100.0, 1e-3);
@@ -112,7 +113,7 @@ TEST(ModelChoice, ExpectsSharesOfTheExtentWhereTheShotTellsNothing) {
 // A tenth smaller moves corners by 5 each way from where their mean goes.
 TEST(ModelChoice, ExpectsAsMuchAsTheModelItselfMovesWhereThatIsLess) {
   const WeakFrame frame = withoutFull(patch(20));
-  const ModelChoice choice(frame, kNoTrials, {1e-6, 5});
+  ModelChoice choice(frame, kNoTrials, {1e-6, 5});
   const Homography nearly = {{{0.9, 0, 3}, {0, 0.9, 40}, {0, 0, 1}}};
   Candidate candidate = {{Model::Affine, {-1}}, {kIdentity, {-1}}, nearly};
   EXPECT_NEAR(choice.squaredError(candidate), 2 * 5.0 * 5.0, 1e-3);
@@ -125,7 +126,7 @@ TEST(ModelChoice, ExpectsAsMuchAsTheModelItselfMovesWhereThatIsLess) {
 TEST(ModelChoice, LetsTheFullTransformTellOfTheBias) {
   for (double step : {2.0, 10.0, 40.0}) {
     const WeakFrame frame = patch(step, kBent);
-    const ModelChoice choice(frame, kNoTrials, {0.5, 5});
+    ModelChoice choice(frame, kNoTrials, {0.5, 5});
     const Homography larger = {{{3, 0, 0}, {0, 3, 0}, {0, 0, 1}}};
     const Candidate affine = {{Model::Affine, {-1}}, {larger, {-1}}, kIdentity};
     const LinearisedFit full(frame.tracks,
@@ -168,6 +169,43 @@ TEST(ModelChoice, TakesWhatMissesLeast) {
   const auto turned = ModelChoice(wide, trials, {20.0, 5}).bestOnTopOf({{kIdentity, {-1}}});
   ASSERT_TRUE(turned);
   EXPECT_EQ(turned->lower.model, Model::Similarity);
+}
+
+// Among the lower models on several transforms, each judged for itself. The camera creeps on, so
+// that all of them miss something.
+TEST(ModelChoice, TakesTheLeastOfAll) {
+  std::vector<std::optional<Homography>> creeping;
+  for (int f = 0; f < 20; ++f)
+    creeping.push_back(Homography{{{1.0 + 0.004 * f, 0.001 * f, 0.3 * f},
+                                   {-0.002 * f, 1.0 + 0.001 * f, 0},
+                                   {1e-5 * f, 0, 1}}});
+  const MotionTrials trials(creeping);
+  const std::vector<Kept> kept = {{*creeping[9], {4}},     {*creeping[2], {-3}, 0.5},
+                                  {*creeping[4], {-1}},    {*creeping[6], {1}, 0.1},
+                                  {kIdentity, {-5}, 10.0}, {*creeping[5], {-2, 2}}};
+  std::size_t chosen[6] = {};
+  for (double step : {2.0, 5.0, 10.0, 30.0}) {
+    for (double sigma : {0.05, 0.2, 1.0, 4.0}) {
+      const WeakFrame frame = patch(step, *creeping[5]);
+      double least = std::numeric_limits<double>::infinity();
+      std::size_t place = 0;
+      for (std::size_t k = 0; k < kept.size(); ++k) {
+        const auto best = ModelChoice(frame, trials, {sigma, 5}).bestOnTopOf({kept[k]});
+        if (!best) continue;
+        const double error = ModelChoice(frame, trials, {sigma, 5}).squaredError(*best);
+        EXPECT_EQ(best->squaredError, error);
+        if (!(error < least)) continue;
+        least = error;
+        place = k;
+      }
+      const auto best = ModelChoice(frame, trials, {sigma, 5}).bestOnTopOf(kept);
+      ASSERT_TRUE(best);
+      EXPECT_EQ(best->squaredError, least);
+      EXPECT_EQ(best->lower.from, kept[place].from);
+      ++chosen[place];
+    }
+  }
+  EXPECT_LT(chosen[0], 16U);  // they differ in what they take
 }
 
 // Without a full transform to take instead, the closest model says how noisy the tracks are.

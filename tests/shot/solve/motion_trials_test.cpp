@@ -29,9 +29,10 @@ Known growing(int frames) {
 // How far (100, 0) is off, on the square, where a track at (0, 0) is all that a frame has.
 double missOf(const Known& known, const Offsets& from, double sigma = 1.0) {
   const Matches tracks = {{{0, 0}, {0, 0}}};
-  const TrialFrame frame{tracks, kSurface, kIdentity, 1};
+  const TrialFrame frame{tracks, kSurface, kIdentity};
+  const MotionTrials trials(known);
   const std::vector<double> misses =
-      MotionTrials(known).misses({Model::Translation, from}, frame, {{100, 0}}, {sigma, 5});
+      FrameTrials(trials, frame).misses({Model::Translation, from}, {{100, 0}}, 1, {sigma, 5});
   return misses.empty() ? -1.0 : misses[0];
 }
 
@@ -78,12 +79,12 @@ TEST(Contradicts, AsOneInAThousandFrames) {
   EXPECT_FALSE(contradicts(1e9, 0, {0.5, 5}));
 }
 
-TEST(MotionTrials, SayWhatAFrameThatIsKeptMisses) {
+TEST(FrameTrials, SayWhatAFrameThatIsKeptMisses) {
   EXPECT_NEAR(missOf(growing(20), {-3}), expectedMiss(3, 19, -3), 1e-9);
   EXPECT_NEAR(missOf(growing(20), {5}), expectedMiss(0, 14, 5), 1e-9);
 }
 
-TEST(MotionTrials, SkipFramesThatAreNotKnown) {
+TEST(FrameTrials, SkipFramesThatAreNotKnown) {
   Known known = growing(20);
   for (std::size_t f = 0; f < 20; ++f) {
     if (f < 4 || f > 11) known[f].reset();
@@ -92,22 +93,22 @@ TEST(MotionTrials, SkipFramesThatAreNotKnown) {
 }
 
 // Two trials of three frames off would be enough: there is one.
-TEST(MotionTrials, GoByHalfTheWayWhereTheWholeIsTooLong) {
+TEST(FrameTrials, GoByHalfTheWayWhereTheWholeIsTooLong) {
   EXPECT_NEAR(missOf(growing(4), {-6}), 36.0 * expectedMiss(1, 3, -1), 1e-9);
   EXPECT_NEAR(missOf(growing(5), {-6}), 4.0 * expectedMiss(3, 4, -3), 1e-9);
 }
 
-TEST(MotionTrials, FindHardlyAMissBetweenTwoFramesOfSteadyMotion) {
+TEST(FrameTrials, FindHardlyAMissBetweenTwoFramesOfSteadyMotion) {
   EXPECT_LT(missOf(growing(20), {-3, 4}), 1e-4 * missOf(growing(20), {-3}));
   EXPECT_GE(missOf(growing(20), {-3, 4}), 0.0);
 }
 
-TEST(MotionTrials, SayNothingWithoutKnownFrames) {
+TEST(FrameTrials, SayNothingWithoutKnownFrames) {
   EXPECT_EQ(missOf(Known(20), {-3}), -1.0);
   EXPECT_EQ(missOf(growing(1), {-3}), -1.0);
 }
 
-TEST(MotionTrials, UseFiftyOfManyFrames) {
+TEST(FrameTrials, UseFiftyOfManyFrames) {
   double sum = 0.0;
   for (std::size_t i = 0; i < 50; ++i) {
     const int f = static_cast<int>(1 + i * 199 / 50);
@@ -118,30 +119,56 @@ TEST(MotionTrials, UseFiftyOfManyFrames) {
 }
 
 // The surface doubles once; two tracks show it wherever noise does not hide it.
-TEST(MotionTrials, LeaveOutWhatTracksWouldContradict) {
+TEST(FrameTrials, LeaveOutWhatTracksWouldContradict) {
   Known known;
   for (int f = 0; f < 20; ++f) known.push_back(scaled(f < 10 ? 1.0 : 2.0));
   const Matches tracks = {{{0, 0}, {0, 0}}, {{10, 0}, {10, 0}}};
-  const TrialFrame frame{tracks, kSurface, kIdentity, 2};
-  const MotionTrials trials(known);
+  const TrialFrame frame{tracks, kSurface, kIdentity};
+  const MotionTrials motion(known);
+  FrameTrials trials(motion, frame);
   const LowerModel lower = {Model::Translation, {-1}};
-  EXPECT_NEAR(trials.misses(lower, frame, {{100, 0}}, {0.1, 5}).at(0), 0.0, 1e-12);
+  EXPECT_NEAR(trials.misses(lower, {{100, 0}}, 2, {0.1, 5}).at(0), 0.0, 1e-12);
   // Half of the size: the image of 100 lies at 50, and the mean of the tracks 2.5 off that.
-  EXPECT_NEAR(trials.misses(lower, frame, {{100, 0}}, {10.0, 5}).at(0), 47.5 * 47.5 / 19 * 21 / 19,
+  EXPECT_NEAR(trials.misses(lower, {{100, 0}}, 2, {10.0, 5}).at(0), 47.5 * 47.5 / 19 * 21 / 19,
               1e-9);
 }
 
 // The tracks' frame is seen turned and twice as large, and so is what it misses.
-TEST(MotionTrials, PutTheMotionOnTopOfWhatIsSeen) {
+TEST(FrameTrials, PutTheMotionOnTopOfWhatIsSeen) {
   const Matches tracks = {{{0, 0}, {0, 0}}};
   const Homography turned = {{{0, -2, 30}, {2, 0, 40}, {0, 0, 1}}};
   const Homography around = {{{1, 0, 30}, {0, 1, 40}, {0, 0, 1}}};
-  const TrialFrame frame{tracks, kSurface, turned, 1};
+  const TrialFrame frame{tracks, kSurface, turned};
   Known known;
   for (const std::optional<Homography>& h : growing(20)) {
     known.push_back(product(around, product(*h, inverse(around))));
   }
+  const MotionTrials trials(known);
   const std::vector<double> misses =
-      MotionTrials(known).misses({Model::Translation, {-3}}, frame, {{100, 0}}, {1.0, 5});
+      FrameTrials(trials, frame).misses({Model::Translation, {-3}}, {{100, 0}}, 1, {1.0, 5});
   EXPECT_NEAR(misses.at(0), 4.0 * expectedMiss(3, 19, -3), 1e-9);
+}
+
+// Asked for one model and stretch of time after the other, they say what they say when asked once.
+TEST(FrameTrials, SayOfEachModelWhatTheySayOfItAlone) {
+  const Matches tracks = {{{0, 0}, {0, 0}}, {{40, 10}, {40, 10}}, {{20, 60}, {20, 60}}};
+  const TrialFrame frame{tracks, kSurface, kIdentity};
+  Known bending = growing(20);
+  for (std::size_t f = 0; f < 20; ++f) (*bending[f])[2][0] = 1e-5 * static_cast<double>(f * f);
+  const MotionTrials trials(bending);
+  FrameTrials all(trials, frame);
+  const Points points = {{100, 0}, {100, 100}};
+  for (const Offsets& from : {Offsets{-1}, Offsets{2}, Offsets{-1, 2}, Offsets{-1}}) {
+    for (Model model : {Model::Affine, Model::Similarity, Model::Translation}) {
+      const LowerModel lower = {model, from};
+      const std::vector<double> alone =
+          FrameTrials(trials, frame).misses(lower, points, 3, {10.0, 5});
+      ASSERT_EQ(alone.size(), 2U);
+      EXPECT_EQ(all.misses(lower, points, 3, {10.0, 5}), alone);
+    }
+  }
+  const std::vector<double> before = all.misses({Model::Affine, {-1}}, points, 3, {10.0, 5});
+  const std::vector<double> closer =
+      all.misses({Model::Affine, {-1}}, {{50, 0}, {50, 50}}, 3, {10.0, 5});
+  EXPECT_LT(closer.at(0), before.at(0));
 }
