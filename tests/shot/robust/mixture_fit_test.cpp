@@ -281,7 +281,7 @@ Eigen::VectorXd plainRound(const Matches& matches, Plain& fit) {
   const Eigen::VectorXd step = jacobian.colPivHouseholderQr().solve(residuals);
   Eigen::VectorXd change(10);
   change << step / spread, 1.0 - fit.errors.spread / spread, 1.0 - fit.errors.strays / strays;
-  for (std::size_t i = 0; i < 8; ++i) fit.h[i / 3][i % 3] += step[i];
+  for (std::size_t i = 0; i < 8; ++i) fit.h[i / 3][i % 3] += step[static_cast<int>(i)];
   fit.errors.spread = spread;
   fit.errors.strays = strays;
   ++fit.rounds;
@@ -317,7 +317,9 @@ Plain leapingRounds(const Matches& matches, const ErrorModel& start, int most) {
     last = leaps ? Eigen::VectorXd::Zero(10).eval() : change;
     if (!leaps) continue;
     const Eigen::VectorXd leap = change * std::fmin(rate / (1.0 - rate), 10.0);
-    for (std::size_t i = 0; i < 8; ++i) fit.h[i / 3][i % 3] += leap[i] * fit.errors.spread;
+    for (std::size_t i = 0; i < 8; ++i) {
+      fit.h[i / 3][i % 3] += leap[static_cast<int>(i)] * fit.errors.spread;
+    }
     fit.errors.spread = std::fmax(fit.errors.spread * std::fmax(1.0 + leap[8], 0.5), kEighth);
     fit.errors.strays = std::fmin(fit.errors.strays * std::fmax(1.0 + leap[9], 0.5), 0.95);
   }
