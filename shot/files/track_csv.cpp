@@ -150,6 +150,7 @@ class TrackReader {
   }
 
   std::int64_t rows() const { return rows_; }
+  char separator() const { return csv_.separator(); }
 
  private:
   void report() const {
@@ -409,7 +410,10 @@ Tracks readTracks(const std::string& path, const Progress& progress, const Frame
   Sha256* const digest = trace != nullptr && trace->digest ? &*trace->digest : nullptr;
   TrackReader reader(path, progress, frames, digest);
   Tracks tracks = reader.read();
-  if (trace != nullptr) trace->rows = reader.rows();
+  if (trace != nullptr) {
+    trace->rows = reader.rows();
+    trace->separator = reader.separator();
+  }
   return tracks;
 }
 

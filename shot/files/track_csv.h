@@ -18,6 +18,7 @@ struct ReadTrace {
   std::optional<Sha256>
       digest;             ///< takes its bytes, those that the tracks are made of; may be none
   std::int64_t rows = 0;  ///< below the header
+  char separator = ',';
 };
 
 /// Reads tracks from a CSV file; "-" is standard input.

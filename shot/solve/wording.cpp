@@ -36,6 +36,17 @@ std::string counted(std::size_t count, const std::string& noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
+std::string shellWord(const std::string& word) {
+  const bool plain = !word.empty() && word.find_first_not_of(
+                                          "abcdefghijklmnopqrstuvwxyz"
+                                          "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                          "0123456789_./,:=+@%-") == std::string::npos;
+  if (plain) return word;
+  std::string text = "'";
+  for (char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return text + "'";
+}
+
 std::string cornerName(const Quad& corners, std::size_t index) {
   const std::array<std::string, 4> sides = sidesOf(corners);
   const bool apart = std::set<std::string>(sides.begin(), sides.end()).size() == sides.size();

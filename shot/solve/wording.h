@@ -17,6 +17,9 @@ std::string pixels(double length);
 /// "1 frame", "7 frames".
 std::string counted(std::size_t count, const std::string& noun);
 
+/// A word as a shell reads it back: in quotes where it needs them.
+std::string shellWord(const std::string& word);
+
 /// "the top left corner" of a quad by where it lies around the middle of the four, with y down as
 /// in pictures; "corner 2" (from 0) where two corners would share a name, as of a quad on its tip.
 std::string cornerName(const Quad& corners, std::size_t index);

@@ -66,7 +66,7 @@ Lines optionNamesOf(const Command& command) {
   return names;
 }
 
-const Lines kCommands = {"solve", "rebase", "help"};
+const Lines kCommands = {"solve", "info", "diff", "explain", "rebase", "help"};
 const Lines kLosses = {"tukey", "cauchy", "huber", "none"};
 
 }  // namespace

@@ -25,7 +25,8 @@ TEST(UsageError, SuggestsTheCommandThatWasMeant) {
   EXPECT_EQ(refusalOf({"version"}), "version is no command: did you mean --version?");
   EXPECT_EQ(refusalOf({"dance"}), "dance is no command; see cornerpin --help");
   EXPECT_EQ(refusalOf({"help", "slove"}),
-            "command takes solve, rebase or help, not \"slove\": did you mean solve?");
+            "command takes solve, info, diff, explain, rebase or help, not \"slove\": did you mean "
+            "solve?");
 }
 
 TEST(UsageError, SuggestsTheOptionThatWasMeant) {
@@ -46,8 +47,7 @@ TEST(UsageError, SaysWhatToTypeForAFileWithoutACommand) {
   EXPECT_EQ(refusalOf({"it's.csv"}),
             "'it'\\''s.csv' is a file, not a command: type cornerpin solve 'it'\\''s.csv'");
   EXPECT_EQ(refusalOf({"shot.json"}),
-            "shot.json is a file, not a command: type cornerpin rebase shot.json --reference FRAME "
-            "-o new.json");
+            "shot.json is a file, not a command: type cornerpin info shot.json");
   const TemporaryFolder folder;
   const std::string plain = folder / "solv";
   writeFile(plain, "");

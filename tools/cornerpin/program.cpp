@@ -4,7 +4,10 @@
 #include <iostream>
 #include <string>
 
+#include "tools/cornerpin/diff_command.h"
+#include "tools/cornerpin/explain_command.h"
 #include "tools/cornerpin/help_text.h"
+#include "tools/cornerpin/info_command.h"
 #include "tools/cornerpin/lapack_info.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
@@ -43,7 +46,7 @@ Program::Program() : itself_{&app_, nullptr, &kText} {
   app_.set_version_flag("-V,--version", versionText,
                         "Print the version, its commit, and which LAPACK is in use");
   app_.require_subcommand(0, 1);
-  commands_ = {addSolve(app_), addRebase(app_)};
+  commands_ = {addSolve(app_), addInfo(app_), addDiff(app_), addExplain(app_), addRebase(app_)};
   addHelp();
 }
 

@@ -321,6 +321,21 @@ void MaxErrorOption::addTo(CLI::App& parser) {
 
 std::optional<double> MaxErrorOption::value() const { return parsePixels("--max-error", text); }
 
+void MaxMoveOption::addTo(CLI::App& parser) {
+  parser.add_option("--max", text, "Corners may be so far apart; nothing else counts but frames")
+      ->check(refuseEmpty)
+      ->option_text("PX");
+}
+
+std::optional<double> MaxMoveOption::value() const {
+  if (text.empty()) return std::nullopt;
+  const std::optional<double> value = parseWhole<double>(text);
+  if (!value || !std::isfinite(*value) || *value < 0.0) {
+    throw std::invalid_argument("--max takes a number of pixels from 0 on, not \"" + text + "\"");
+  }
+  return value;
+}
+
 void StrictOption::addTo(CLI::App& parser) {
   parser.add_flag("--strict", given, "End in 4 where frames are doubtful, too");
 }

@@ -144,6 +144,13 @@ struct MaxErrorOption {
   std::optional<double> value() const;
 };
 
+/// --max: how far corners may be apart in results that count as the same; none when not given.
+struct MaxMoveOption {
+  std::string text;
+  void addTo(CLI::App& parser);
+  std::optional<double> value() const;
+};
+
 /// --strict: doubtful frames end the program like those that are not solved in full.
 struct StrictOption {
   bool given = false;

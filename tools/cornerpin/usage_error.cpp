@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "shot/solve/wording.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/suggestion.h"
 
@@ -21,22 +22,10 @@ bool isOption(const std::string& word) { return word.size() > 1 && word.front() 
 // "--base" of "--base=5".
 std::string nameIn(const std::string& word) { return word.substr(0, word.find('=')); }
 
-// As a shell reads it back.
-std::string quoted(const std::string& word) {
-  const bool plain = !word.empty() && word.find_first_not_of(
-                                          "abcdefghijklmnopqrstuvwxyz"
-                                          "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
-                                          "0123456789_./,:=+@%-") == std::string::npos;
-  if (plain) return word;
-  std::string text = "'";
-  for (char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return text + "'";
-}
-
 // A command line that starts with a command and has these words behind it.
 std::string lineOf(const std::string& command, const Words& words) {
   std::string line = "cornerpin " + command;
-  for (const std::string& word : words) line += " " + quoted(word);
+  for (const std::string& word : words) line += " " + shellWord(word);
   return line;
 }
 
@@ -104,16 +93,14 @@ std::string unknownOption(const std::string& word, const UsedParser& parser) {
 
 std::string unknownCommand(const std::string& word, const UsedParser& parser) {
   if (isFile(word)) {
-    const bool isResult = endsIn(word, ".json");
-    Words rest = parser.words;
-    if (isResult) rest = {word, "--reference", "FRAME", "-o", "new.json"};
-    return fmt::format("{} is a file, not a command: type {}", quoted(word),
-                       lineOf(isResult ? "rebase" : "solve", rest));
+    const char* const command = endsIn(word, ".json") ? "info" : "solve";
+    return fmt::format("{} is a file, not a command: type {}", shellWord(word),
+                       lineOf(command, parser.words));
   }
   Words known;
   for (const Command& command : parser.commands) known.emplace_back(command.text->name);
   for (const std::string& name : optionNamesOf(parser.program)) known.push_back(name);
-  return fmt::format("{} is no command{}", quoted(word),
+  return fmt::format("{} is no command{}", shellWord(word),
                      ending(suggestionFor(word, known), nullptr));
 }
 
@@ -150,7 +137,7 @@ std::string unusedWord(const UsedParser& parser) {
   if (option != unused.end()) return unknownOption(*option, parser);
   if (unused.empty()) return "";
   if (parser.command == nullptr) return unknownCommand(unused.front(), parser);
-  return fmt::format("{} is one word too many for {}; {}", quoted(unused.front()),
+  return fmt::format("{} is one word too many for {}; {}", shellWord(unused.front()),
                      parser.command->text->name, seeHelp(parser.command));
 }
 

@@ -62,3 +62,10 @@ TEST(Wording, CountsTheFramesOfStretchesBeyondTheMost) {
   EXPECT_EQ(textOf(stretchesOf({0, 2, 4}), 2), "0, 2 and 1 more frame");
   EXPECT_EQ(textOf(stretchesOf({0, 2}), 2), "0, 2");
 }
+
+TEST(ShellWord, IsInQuotesWhereAShellNeedsThem) {
+  EXPECT_EQ(shellWord("t042:60-81"), "t042:60-81");
+  EXPECT_EQ(shellWord("n*"), "'n*'");
+  EXPECT_EQ(shellWord(""), "''");
+  EXPECT_EQ(shellWord("it's"), "'it'\\''s'");
+}

@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/difference_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "shot/files/info_row.h"
+#include "shot/files/sparkline.h"
+#include "shot/solve/wording.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr std::size_t kWidth = 64;
+constexpr std::size_t kListed = 5;
+
+std::string orNone(const std::string& text) { return text.empty() ? "no other option" : text; }
+
+std::string listed(const std::vector<int>& frames) { return textOf(stretchesOf(frames), kListed); }
+
+std::string listed(const std::vector<std::string>& names) {
+  const std::vector<std::string> first(
+      names.begin(), names.begin() + static_cast<std::ptrdiff_t>(std::min(names.size(), kListed)));
+  const std::size_t more = names.size() - first.size();
+  return fmt::format("{}{}", fmt::join(first, ", "),
+                     more > 0 ? fmt::format(" and {} more", more) : "");
+}
+
+template <class Item>
+std::string onlyRows(const char* label, const OnlyIn<Item>& only, const DifferenceNames& names) {
+  std::string text;
+  const auto add = [&](const std::vector<Item>& items, const std::string& file) {
+    if (items.empty()) return;
+    text += infoRow(text.empty() ? label : "",
+                    fmt::format("{} only in {}: {}", items.size(), file, listed(items)));
+  };
+  add(only.first, names.first);
+  add(only.second, names.second);
+  return text;
+}
+
+std::string originRows(const ResultDifference& d, const DifferenceNames& names) {
+  std::string text;
+  if (d.program) text += infoRow("program", "another version, or not known of one");
+  if (d.input) text += infoRow("tracks from", "another file, or not known of one");
+  if (!d.otherOptions.empty()) {
+    text += infoRow("options", orNone(textOf(d.otherOptions.first)) + "  (" + names.first + ")");
+    text += infoRow("", orNone(textOf(d.otherOptions.second)) + "  (" + names.second + ")");
+  }
+  return text;
+}
+
+std::string frameChoiceRows(const ResultDifference& d) {
+  std::string text;
+  if (d.firstBase != d.secondBase) {
+    text = infoRow("base frame", fmt::format("{} and {}", d.firstBase, d.secondBase));
+  }
+  if (d.firstReference == d.secondReference) return text;
+  const std::string end =
+      d.comparedIn ? fmt::format("compared relative to {}", *d.comparedIn) : "not compared";
+  return text + infoRow("reference", fmt::format("frames {} and {}: {}", d.firstReference,
+                                                 d.secondReference, end));
+}
+
+std::string distanceText(const FrameDifference& worst, const std::vector<NamedQuad>& quads) {
+  const std::string corner = cornerName(quads, worst.quad, worst.corner);
+  if (std::isinf(worst.distance)) {
+    return fmt::format("{} in frame {} lies behind the horizon in one only", corner, worst.frame);
+  }
+  return fmt::format("{} in frame {}, {}", pixels(worst.distance), worst.frame, corner);
+}
+
+std::string cornerRows(const ResultDifference& d, const std::vector<NamedQuad>& quads) {
+  const std::vector<int> moved = d.framesBeyond(0.0);
+  if (moved.empty()) return "";
+  std::vector<double> distances;
+  for (const FrameDifference& frame : d.frames) distances.push_back(frame.distance);
+  std::string text = infoRow(
+      "corners", fmt::format("differ in {} of {}, worst {}", moved.size(),
+                             counted(d.frames.size(), "frame"), distanceText(*d.worst(), quads)));
+  if (distances.size() > 1) text += infoRow("", sparkline(distances, kWidth));
+  return text;
+}
+
+std::string frameRow(const ResultDifference& d, const char* label, bool FrameDifference::*differs,
+                     const char* what) {
+  std::vector<int> frames;
+  for (const FrameDifference& frame : d.frames) {
+    if (frame.*differs) frames.push_back(frame.frame);
+  }
+  if (frames.empty()) return "";
+  return infoRow(
+      label, fmt::format("{} in {}: {}", what, counted(frames.size(), "frame"), listed(frames)));
+}
+
+std::string closing(const ResultDifference& d, const std::vector<NamedQuad>& quads,
+                    std::optional<double> most) {
+  if (!d.comparedIn) return fmt::format("Different: the corners cannot be compared: {}.\n", d.why);
+  const std::vector<int> beyond = d.framesBeyond(most.value_or(0.0));
+  if (!beyond.empty()) {
+    const std::string limit = most.value_or(0.0) > 0.0 ? " by more than " + pixels(*most) : "";
+    return fmt::format("Different: corners move{} in {} of {}: {}. Worst: {}.\n", limit,
+                       beyond.size(), counted(d.frames.size(), "frame"), listed(beyond),
+                       distanceText(*d.worst(), quads));
+  }
+  if (isDifferent(d, most)) {
+    return d.frames.empty()         ? "Different: no frame is in both.\n"
+           : !d.otherFrames.empty() ? "Different: frames are in one only.\n"
+                                    : "Different: no corner moves, but see above.\n";
+  }
+  if (!d.framesBeyond(0.0).empty()) {
+    return fmt::format("Same: no corner moves by more than {}.\n", pixels(*most));
+  }
+  return d.any() ? "Same: no corner moves.\n" : "Same: nothing differs.\n";
+}
+
+}  // namespace
+
+bool isDifferent(const ResultDifference& difference, std::optional<double> most) {
+  if (!most) return difference.any();
+  return !difference.comparedIn || !difference.otherFrames.empty() ||
+         !difference.framesBeyond(*most).empty();
+}
+
+std::string differenceText(const ResultDifference& difference, const DifferenceNames& names,
+                           const std::vector<NamedQuad>& quads, std::optional<double> most) {
+  const ResultDifference& d = difference;
+  std::string text = originRows(d, names) + onlyRows("tracks", d.otherTracks, names) +
+                     onlyRows("frames", d.otherFrames, names) + frameChoiceRows(d);
+  if (d.quads)
+    text += infoRow("quads", "other corners or names: those of " + names.first + " count");
+  text += cornerRows(d, quads);
+  if (d.framesBeyond(0.0).empty()) {
+    text += frameRow(d, "transforms", &FrameDifference::transform, "other last digits");
+  }
+  text +=
+      frameRow(d, "status", &FrameDifference::status, "another one") +
+      frameRow(d, "verdict", &FrameDifference::verdict, "good in one and doubtful in the other");
+  return text + (text.empty() ? "" : "\n") + closing(d, quads, most);
+}
+
+}  // namespace cornerpin

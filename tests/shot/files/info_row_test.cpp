@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/info_row.h"
+
+#include <gtest/gtest.h>
+
+using namespace cornerpin;
+
+TEST(InfoRow, PutsTheTextInAColumnOfItsOwn) {
+  EXPECT_EQ(infoRow("frames", "0-9"), "frames        0-9\n");
+  EXPECT_EQ(infoRow("", "0-9"), "              0-9\n");
+}
+
+TEST(FileRows, NameTheFileItsKindAndSize) {
+  EXPECT_EQ(fileRows({"a.csv", "a.csv", 1234, false, false}, "tracks"),
+            "file          a.csv\n              tracks, 1.23 kB\n");
+  EXPECT_EQ(fileRows({"-", "standard input", 5, true, false}, "tracks"),
+            "file          standard input\n              tracks, packed with gzip, 5 bytes\n");
+}

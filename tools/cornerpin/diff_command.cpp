@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/diff_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "shot/compare/result_difference.h"
+#include "shot/files/difference_text.h"
+#include "shot/files/result_reader.h"
+#include "tools/cornerpin/option_list.h"
+#include "tools/cornerpin/output_paths.h"
+#include "tools/cornerpin/shared_options.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr CommandText kText = {
+    "diff", "Say how two results differ", "cornerpin diff old.json new.json --max 0.1",
+    "Compares where two results of solves put the corners of their quads, frame by frame, in\n"
+    "pixels, and says which options, tracks and frames are in one only. The exit code is 0\n"
+    "where they are the same and 4 where they differ.\n",
+    "With --max PX only two things count as a difference: a corner that is more than PX pixels\n"
+    "off, and a frame that one result lacks. Without it everything that is told counts, the\n"
+    "program's version too. --max 0 is for results of two versions that ought to agree.\n\n"
+    "Results that start from different reference frames are compared relative to the first\n"
+    "one's, or where that cannot be, to the second one's; differences below a millionth of a\n"
+    "pixel are rounding then. The corners are those of the first result's quads.\n"};
+
+struct Arguments {
+  std::string first;
+  std::string second;
+  MaxMoveOption most;
+};
+
+int run(const Arguments& arguments) {
+  const std::optional<double> most = arguments.most.value();
+  if (arguments.first == "-" && arguments.second == "-") {
+    throw std::invalid_argument("both results want standard input: name a file for one");
+  }
+  requireWritable("-");
+  const ShotResult first = readResult(arguments.first);
+  const ResultDifference difference = differenceOf(first, readResult(arguments.second));
+  print(differenceText(difference, {arguments.first, arguments.second}, first.quads, most));
+  return isDifferent(difference, most) ? kDegraded : kSolved;
+}
+
+void addFile(CLI::App& parser, const char* name, const char* text, std::string& path) {
+  takesFile(parser.add_option(name, path, text))->required()->check(refuseEmpty);
+}
+
+}  // namespace
+
+Command addDiff(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& parser = addParser(app, kText);
+  addFile(parser, "first", "JSON file of a solve; - is standard input", arguments->first);
+  addFile(parser, "second", "JSON file that it is compared with", arguments->second);
+  arguments->most.addTo(parser);
+  return {&parser, [arguments] { return run(*arguments); }, &kText};
+}
+
+}  // namespace cornerpin
