@@ -4,11 +4,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <optional>
 #include <stdexcept>
-#include <string_view>
 
 #include "shot/plane/median.h"
 #include "shot/solve/selection.h"
@@ -218,18 +216,6 @@ class Tries {
   std::vector<Remedy> remedies_;
 };
 
-// In single quotes where a shell would make something else of it.
-std::string forShell(const std::string& text) {
-  const auto isPlain = [](char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
-           std::string_view("_.,:/+-%@").find(c) != std::string_view::npos;
-  };
-  if (std::all_of(text.begin(), text.end(), isPlain)) return text;
-  std::string quoted = "'";
-  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
 // "it is 3 px", where the error was the trouble; else how many frames stay doubtful.
 std::string outcomeOf(const Remedy& remedy, const ShotResult& result) {
   if (comparableError(result.frames[remedy.stretch.worst]) > result.maxError) {
@@ -263,7 +249,7 @@ std::string describe(const Remedy& remedy, const ShotResult& result) {
   switch (remedy.kind) {
     case RemedyKind::DropTrack:
       return fmt::format("without {} there {}: --drop {}", remedy.track, after,
-                         forShell(remedy.selection));
+                         shellWord(remedy.selection));
     case RemedyKind::AddTracks:
       return fmt::format("with two more tracks near {}, there and in frame {}, {}",
                          cornerName(result.quads, s.quad, s.corner), result.baseFrame, after);
