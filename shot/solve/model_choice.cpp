@@ -190,7 +190,8 @@ std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candi
   std::optional<Candidate> best;
   for (const Candidate& candidate : candidates) {
     if (isContradicted(candidate)) continue;
-    const double least = best ? best->squaredError : kInfinity;
+    double least = kInfinity;
+    if (best) least = best->squaredError;
     const double square = squaredError(candidate, least);
     if (!(square < least)) continue;
     best = candidate;

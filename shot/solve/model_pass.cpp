@@ -264,7 +264,8 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   const double fullError =
       weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
   const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
-  const double least = best ? best->squaredError : kInfinity;
+  double least = kInfinity;
+  if (best) least = best->squaredError;
   const double nearer = swept_[frame].gain > kLargestGain ? kNearer : kNearerWhereSpread;
   if (best && (status != Status::Solved || least < nearer * nearer * fullError * fullError)) {
     reduceTo(*best, weak, frame);

@@ -43,6 +43,7 @@ std::vector<std::string> nearestNames(std::string_view text, const std::vector<s
   std::sort(found.begin(), found.end());
   found.resize(std::min(found.size(), most));
   std::vector<std::string> nearest;
+  nearest.reserve(found.size());
   for (const auto& [slips, i] : found) nearest.push_back(names[i]);
   return nearest;
 }

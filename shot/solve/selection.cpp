@@ -94,6 +94,7 @@ std::vector<std::int32_t> tracksOf(std::string_view name, const Tracks& tracks) 
 
 std::vector<Selected> inFrames(const std::vector<std::int32_t>& tracks, const FrameRange& frames) {
   std::vector<Selected> selected;
+  selected.reserve(tracks.size());
   for (std::int32_t track : tracks) selected.push_back({track, frames});
   return selected;
 }
