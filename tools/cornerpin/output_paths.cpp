@@ -61,7 +61,7 @@ void requireWritable(const std::string& path) {
 }
 
 std::string textOf(const std::system_error& error) {
-  const std::string text = error.what();
+  std::string text = error.what();
   switch (error.code().value()) {
     case ENOSPC:
     case EDQUOT:
