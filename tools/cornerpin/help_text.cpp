@@ -36,7 +36,7 @@ std::string options(const Command& command, bool all) {
   for (const ListedOption& option : optionsOf(*command.parser)) {
     (option.common ? common : more) += line(option, true);
   }
-  const std::string text = "\nOptions:\n" + common;
+  std::string text = "\nOptions:\n" + common;
   if (more.empty()) return text;
   return text +
          (all ? "\nMore options:\n" + more

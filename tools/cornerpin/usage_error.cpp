@@ -158,9 +158,9 @@ std::string wrongCount(const std::string& name, const Command& command) {
 }  // namespace
 
 std::string textOf(const CLI::ParseError& error, const UsedParser& parser) {
-  if (const std::string text = longNameWithOneDash(parser); !text.empty()) return text;
-  if (const std::string text = unusedWord(parser); !text.empty()) return text;
-  if (const std::string text = flagWithValue(parser); !text.empty()) return text;
+  if (std::string text = longNameWithOneDash(parser); !text.empty()) return text;
+  if (std::string text = unusedWord(parser); !text.empty()) return text;
+  if (std::string text = flagWithValue(parser); !text.empty()) return text;
   const std::string what = error.what();
   const std::size_t colon = std::min(what.find(": "), what.size());
   const std::string name = what.substr(0, colon);

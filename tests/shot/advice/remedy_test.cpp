@@ -52,7 +52,8 @@ Tracks shotWith(double off, const std::function<bool(int)>& bunched,
     for (int t = 0; t < 40; ++t) {
       const double dx = static_cast<double>(random()) / 4294967296.0 - 0.5;
       const double dy = static_cast<double>(random()) / 4294967296.0 - 0.5;
-      const Point place = t < kFar ? Point{20.0 * (t % 5), 600.0 - 25.0 * (t / 5)}
+      const int row = t / 5;
+      const Point place = t < kFar ? Point{20.0 * (t % 5), 600.0 - 25.0 * row}
                                    : Point{40.0 * (t * 7 % 20), 30.0 * (t * 11 % 20)};
       if (isBad(f) && !bunched(t)) continue;
       const Point at = map(motion(f), t == kFar ? Point{780, 20} : place);

@@ -91,7 +91,7 @@ TEST(CsvReader, RefusesWhatIsLongerThanFourMegabytes) {
 // The worst of them: nothing but separators.
 TEST(CsvReader, RefusesAnEndlessLineInLittleMemory) {
   const TemporaryFolder folder;
-  writeFile(folder / "in.csv.gz", gzipped(std::string(40'000'000, ',')));
+  writeFile(folder / "in.csv.gz", gzippedOf(40'000'000, ','));
   const std::size_t peak = allocations::peakBytesOf([&] {
     CsvReader reader(folder / "in.csv.gz");
     EXPECT_THROW(reader.next(), InputError);

@@ -4,6 +4,7 @@
 
 #include <zlib.h>
 
+#include <cstddef>
 #include <string>
 
 // The text as one member of a gzip file.
@@ -19,6 +20,13 @@ inline std::string gzipped(const std::string& text) {
   packed.resize(stream.total_out);
   deflateEnd(&stream);
   return packed;
+}
+
+// So many of one character, packed.
+inline std::string gzippedOf(std::size_t count, char c) {
+  std::string text;
+  text.resize(count, c);
+  return gzipped(text);
 }
 
 #endif
