@@ -19,6 +19,11 @@ namespace {
 using Lines = std::set<std::string>;
 
 const std::string kManual = CORNERPIN_MANUAL "/";
+const std::string kCompleteInZsh = CORNERPIN_DATA "/../tests/tools/complete_in_zsh.py";
+// What bash does for the words behind the folder.
+const std::string kCompleteInBash =
+    "cd \"$1\" && source \"$0\" && shift && COMP_WORDS=(cornerpin \"$@\") && COMP_CWORD=$# &&"
+    " _cornerpin && printf '%s\\n' \"${COMPREPLY[@]}\"";
 
 bool isThere(const char* program) {
   if (runProgram({"/bin/sh", "-c", std::string("command -v ") + program}).code == 0) return true;
@@ -35,11 +40,8 @@ Lines linesOf(const std::string& text) {
 
 // What bash offers for the last of these words, in a folder.
 Lines bashOffers(std::vector<std::string> words, const std::string& folder = "/") {
-  std::vector<std::string> command = {
-      "/bin/bash", "-c",
-      "cd \"$1\" && source \"$0\" && shift && COMP_WORDS=(cornerpin \"$@\") && COMP_CWORD=$# &&"
-      " _cornerpin && printf '%s\\n' \"${COMPREPLY[@]}\"",
-      kManual + "cornerpin.bash", folder};
+  std::vector<std::string> command = {"/bin/bash", "-c", kCompleteInBash,
+                                      kManual + "cornerpin.bash", folder};
   command.insert(command.end(), words.begin(), words.end());
   const Outcome run = runProgram(command);
   EXPECT_EQ(run.code, 0);
@@ -130,11 +132,11 @@ TEST(ZshCompletions, OfferCommandsOptionsChoicesAndFiles) {
   if (!isThere("zsh")) GTEST_SKIP() << "no zsh here";
   const TemporaryFolder folder;
   writeFile(folder / "other.json", "");
-  const Outcome run = runProgram(
-      {"/usr/bin/env", "python3", CORNERPIN_DATA "/../tests/tools/complete_in_zsh.py",
-       CORNERPIN_MANUAL, folder.path().string(), "cornerpin sol", "cornerpin solve --max",
-       "cornerpin solve --loss tuk", "cornerpin solve --loss=hub", "cornerpin solve oth",
-       "cornerpin solve -o oth", "cornerpin rebase --form", "cornerpin help reb"});
+  const Outcome run =
+      runProgram({"/usr/bin/env", "python3", kCompleteInZsh, CORNERPIN_MANUAL,
+                  folder.path().string(), "cornerpin sol", "cornerpin solve --max",
+                  "cornerpin solve --loss tuk", "cornerpin solve --loss=hub", "cornerpin solve oth",
+                  "cornerpin solve -o oth", "cornerpin rebase --form", "cornerpin help reb"});
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(run.out,

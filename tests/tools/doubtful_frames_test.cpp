@@ -220,7 +220,10 @@ TEST(DoubtsOfTheSolveCommand, ComeWithWhatHelps) {
     csv += fmt::format("{},{},{},{}\n", track, frame, x + 3 * frame + dx, y + dy);
   };
   for (int f = 0; f < 30; ++f) {
-    for (int t = 0; t < 20; ++t) see(fmt::format("t{}", t), f, 20 * (t % 5), 25 * (t / 5));
+    for (int t = 0; t < 20; ++t) {
+      const int row = t / 5;
+      see(fmt::format("t{}", t), f, 20 * (t % 5), 25 * row);
+    }
     const bool wrong = 8 <= f && f <= 13;
     see("far", f, wrong ? 825 : 800, 600);
     if (wrong) continue;

@@ -31,7 +31,7 @@ std::string shown() {
 }
 
 // The same of a text, as the page has it.
-std::string onOneLine(std::string text) {
+std::string onOneLine(const std::string& text) {
   std::string line;
   for (char c : text) {
     const char plain = c == '\n' ? ' ' : c;
