@@ -22,10 +22,7 @@ ChildResult interruptWhileWriting(int signal, const TemporaryFolder& folder, con
   writeFile(in, longShot());
   writeFile(out, "old");
   const pid_t pid = startChild({CORNERPIN_PROGRAM, "solve", in, "-o", out}, options);
-  for (int wait = 0; wait < 20000 && folder.entryCount() < 3; ++wait) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  EXPECT_EQ(folder.entryCount(), 3u) << "the run was not caught while it wrote";
+  EXPECT_TRUE(waitForWriting(folder)) << "the run was not caught while it wrote";
   ::kill(pid, signal);
   return waitForChild(pid);
 }

@@ -2,8 +2,11 @@
 #ifndef TESTS_TOOLS_PROGRAM_H
 #define TESTS_TOOLS_PROGRAM_H
 
+#include <chrono>
 #include <filesystem>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 #include "tests/support/files.h"
@@ -44,6 +47,21 @@ inline std::string stillShot(int tracks, int frames) {
     }
   }
   return text;
+}
+
+// Waits until a run writes into a temporary file of the folder: an empty one is tried out only.
+// Whether one does within a minute.
+inline bool waitForWriting(const TemporaryFolder& folder) {
+  for (int wait = 0; wait < 60000; ++wait) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+      std::error_code gone;
+      const bool temporary = entry.path().extension() == ".tmp";
+      const auto size = temporary ? std::filesystem::file_size(entry.path(), gone) : 0;
+      if (!gone && size > 0) return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return false;
 }
 
 inline bool contains(const std::string& text, const std::string& part) {

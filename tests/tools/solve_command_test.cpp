@@ -503,9 +503,7 @@ TEST(SolveCommand, LeavesTheOldFileWhenItIsKilled) {
     if (i % 2 == 0) {
       std::this_thread::sleep_for(std::chrono::milliseconds(15 * i));
     } else {  // in the middle of the writing
-      for (int wait = 0; wait < 5000 && folder.entryCount() < 3; ++wait) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-      }
+      EXPECT_TRUE(waitForWriting(folder)) << "the run was not caught while it wrote";
     }
     ::kill(pid, SIGKILL);
     const ChildResult result = waitForChild(pid);
