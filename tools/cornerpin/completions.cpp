@@ -61,7 +61,7 @@ std::string bashCases(const Command& command) {
   return cases + " ;;\n";
 }
 
-// Quoted for zsh, whose specifications have brackets and colons of their own.
+// Quoted for zsh, in whose argument descriptions brackets and colons have a meaning.
 std::string zshText(const std::string& text) {
   std::string safe = replaced(text, "'", "'\\''");
   for (const char* mark : {"[", "]", ":"}) safe = replaced(safe, mark, std::string("\\") + mark);
