@@ -20,6 +20,7 @@
 #include "shot/files/input_error.h"
 #include "shot/files/refused_rows.h"
 #include "shot/solve/selection.h"
+#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
@@ -108,10 +109,6 @@ bool hasDecimalComma(std::string_view text) {
   pointed[comma] = '.';
   double value = 0.0;
   return parse(std::string_view(pointed), value) == Parsed::Number;
-}
-
-std::string counted(std::size_t count, const char* what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
 enum Column : std::size_t { kTrack, kFrame, kX, kY, kWeight, kColumnCount };

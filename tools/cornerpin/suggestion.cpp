@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "shot/solve/nearest_names.h"
+
 namespace cornerpin {
 
 namespace {
@@ -17,27 +19,6 @@ std::string bare(const std::string& word) {
   return letters;
 }
 
-// Letters put in, left out or replaced, and neighbours that changed places. Row i of the table
-// holds the errors between the first i letters of `a` and the first letters of `b`.
-std::size_t errorsBetween(const std::string& a, const std::string& b) {
-  std::vector<std::vector<std::size_t>> errors(a.size() + 1,
-                                               std::vector<std::size_t>(b.size() + 1));
-  for (std::size_t i = 0; i <= a.size(); ++i) {
-    for (std::size_t j = 0; j <= b.size(); ++j) {
-      std::size_t& here = errors[i][j];
-      here = i + j;
-      if (i == 0 || j == 0) continue;
-      const std::size_t replaced = a[i - 1] == b[j - 1] ? 0 : 1;
-      here =
-          std::min({errors[i - 1][j] + 1, errors[i][j - 1] + 1, errors[i - 1][j - 1] + replaced});
-      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1]) {
-        here = std::min(here, errors[i - 2][j - 2] + 1);
-      }
-    }
-  }
-  return errors[a.size()][b.size()];
-}
-
 }  // namespace
 
 std::string suggestionFor(const std::string& word, const std::vector<std::string>& known) {
@@ -48,7 +29,7 @@ std::string suggestionFor(const std::string& word, const std::vector<std::string
   for (const std::string& candidate : known) {
     const std::string meant = bare(candidate);
     const bool begun = typed.size() >= kTelling && meant.compare(0, typed.size(), typed) == 0;
-    const std::size_t errors = begun && meant != typed ? 1 : errorsBetween(typed, meant);
+    const std::size_t errors = begun && meant != typed ? 1 : slipsBetween(typed, meant);
     if (errors < fewest) {
       fewest = errors;
       nearest = candidate;
