@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "bench/support/statistics.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/shot_solver.h"
 
 #ifdef CORNERPIN_BENCH_OPENCV

@@ -13,7 +13,7 @@
 #include "bench/command/inputs.h"
 #include "bench/command/magsac.h"
 #include "bench/support/statistics.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 
 namespace {
 

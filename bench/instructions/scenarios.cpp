@@ -25,7 +25,7 @@
 #ifdef CORNERPIN_BENCH_SHOT
 #include "bench/command/inputs.h"
 #include "bench/support/matches.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/fit/homography_fit.h"
 #include "shot/solve/shot_solver.h"
 #endif

@@ -81,6 +81,25 @@ ByteSource::Position ByteSource::position() const {
 }
 
 std::size_t ByteSource::read(char* to, std::size_t most) {
+  if (taken_ == beginning_.size()) return readBytes(to, most);
+  const std::size_t count = beginning_.copy(to, most, taken_);
+  taken_ += count;
+  return count;
+}
+
+std::string_view ByteSource::beginning() {
+  if (!begun_) {
+    beginning_.resize(kBeginning);
+    std::size_t filled = 0;
+    for (std::size_t count = 1; count > 0 && filled < kBeginning; filled += count) {
+      count = readBytes(beginning_.data() + filled, kBeginning - filled);
+    }
+    beginning_.resize(filled);
+  }
+  return beginning_;
+}
+
+std::size_t ByteSource::readBytes(char* to, std::size_t most) {
   if (inflation_) return readInflated(to, most);
   std::size_t count = readRaw(to, most);
   if (begun_) return count;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace cornerpin {
 
@@ -30,6 +31,10 @@ class ByteSource {
   /// Some of the bytes that are left, at most so many, and at least one unless there are none.
   std::size_t read(char* to, std::size_t most);
 
+  /// The first `kBeginning` bytes, or all where there are fewer, which are still to be read; before
+  /// any other call than this one.
+  std::string_view beginning();
+
   const std::string& name() const { return name_; }
 
   /// Of a plain file that is not packed: how long it is, and bytes out of the middle, which are
@@ -45,11 +50,13 @@ class ByteSource {
   };
   Position position() const;
 
+  static constexpr std::size_t kBeginning = std::size_t{64} * 1024;
   static constexpr std::size_t kMostInflated = 100;
   static constexpr std::size_t kAlwaysInflated = std::size_t{4} * 1024 * 1024;
 
  private:
   struct Inflation;
+  std::size_t readBytes(char* to, std::size_t most);
   std::size_t readRaw(char* to, std::size_t most);
   std::size_t readInflated(char* to, std::size_t most);
   void inflateSome();
@@ -58,6 +65,8 @@ class ByteSource {
   Sha256* digest_;
   int fd_ = -1;
   bool begun_ = false;
+  std::string beginning_;                 // bytes that were read ahead
+  std::size_t taken_ = 0;                 // of it
   std::unique_ptr<Inflation> inflation_;  // of a gzip file
 };
 

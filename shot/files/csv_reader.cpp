@@ -1,259 +1,200 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "shot/files/csv_reader.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <cmath>
 #include <limits>
-#include <new>
+#include <string>
+#include <string_view>
 
+#include "shot/files/csv_records.h"
 #include "shot/files/input_error.h"
-#include "shot/files/sha256.h"
+#include "shot/files/number_text.h"
+#include "shot/files/track_builder.h"
+#include "shot/files/track_input.h"
+#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
-constexpr std::size_t kFieldBlock = 4096;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::size_t kReported = 65536;  // rows between two reports
 
-// So many line ends stand behind the bytes that were read: a scan needs no other bound.
-constexpr std::size_t kGuard = sizeof(std::uint64_t);
+// In single precision, in which the library computes.
+constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
 
-// A header shows its separator within so many bytes.
-constexpr std::size_t kShowing = std::size_t{64} * 1024;
+// Room is made for one row more in so many than the file is estimated to have.
+constexpr std::size_t kMargin = 32;
 
-constexpr std::size_t kSamples = 32;
-constexpr std::size_t kSampleSize = 4096;
+enum Column : std::size_t { kTrack, kFrame, kX, kY, kWeight, kColumnCount };
+constexpr std::array<std::string_view, kColumnCount> kColumnNames = {"track", "frame", "x", "y",
+                                                                     "weight"};
+constexpr std::size_t kNoColumn = std::numeric_limits<std::size_t>::max();
 
-bool endsLine(char c) { return c == '\n' || c == '\r'; }
-
-// Those of eight bytes that may be a separator, a quote, a blank or a line end have the highest bit
-// set, the first of them in the lowest place: all ASCII below '-', so no letter, digit, point or
-// minus, and semicolons where they separate.
-template <char kSeparator>
-std::uint64_t marksIn(const char* bytes) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101;
-  constexpr std::uint64_t kHigh = 0x80 * kOnes;
-  std::uint64_t word = 0;
-  std::memcpy(&word, bytes, sizeof word);
-#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-  word = __builtin_bswap64(word);
-#endif
-  const std::uint64_t notBelow = (word & ~kHigh) + (0x80 - '-') * kOnes;
-  const std::uint64_t marks = ~(notBelow | word) & kHigh;
-  if (kSeparator < '-') return marks;
-  const std::uint64_t other = word ^ (kOnes * kSeparator);
-  return marks | (~(((other & ~kHigh) + ~kHigh) | other) & kHigh);
-}
-
-std::size_t firstOf(std::uint64_t marks) {
-  return static_cast<std::size_t>(__builtin_ctzll(marks)) / 8;
-}
-
-// The lines that are not empty.
-std::size_t linesIn(std::string_view text) {
-  std::size_t lines = 0;
-  for (std::size_t i = 1; i < text.size(); ++i)
-    lines += endsLine(text[i]) && !endsLine(text[i - 1]);
-  return lines;
-}
-
-// How often each separator stands in a line, outside of quotes.
-class SeparatorCount {
+class TrackReader {
  public:
-  // False where the line ends and is not blank.
-  bool add(char c) {
-    if (c == '"') quoted_ = !quoted_;
-    if (quoted_) return true;
-    if (endsLine(c)) {
-      if (!blank_) return false;
-      counts_ = {};
-      return true;
-    }
-    blank_ = blank_ && (c == ' ' || c == '\t');
-    const std::size_t separator = kSeparators.find(c);
-    if (separator != std::string_view::npos) ++counts_[separator];
-    return true;
-  }
+  explicit TrackReader(const TrackInput& input)
+      : input_(input), csv_(input.source), tracks_(input.source.name(), input.frames) {}
 
-  // The first of several alike.
-  char most() const {
-    const auto found = std::max_element(counts_.begin(), counts_.end());
-    return kSeparators[static_cast<std::size_t>(found - counts_.begin())];
+  Tracks read() {
+    readHeader();
+    const std::size_t rows = csv_.estimatedRecords();
+    tracks_.reserve(rows + rows / kMargin);
+    input_.report();
+    for (std::size_t row = 1; hasNext(); ++row) {
+      take();
+      if (row % kReported == 0) input_.report();
+    }
+    tracks_.raise();
+    if (tracks_.rows() == 0) {
+      throw InputError(csv_.name(), "there is a header but no track below it");
+    }
+    input_.trace.rows = static_cast<std::int64_t>(tracks_.rows());
+    input_.trace.separator = csv_.separator();
+    return tracks_.finish();
   }
 
  private:
-  static constexpr std::string_view kSeparators = ",;\t";
-  std::array<std::size_t, 3> counts_{};
-  bool quoted_ = false;
-  bool blank_ = true;
+  [[noreturn]] void refuse(const std::string& text) const {
+    throw InputError(csv_.name(), csv_.line(), text);
+  }
+  [[noreturn]] void refuse(Column column, std::string_view what) const {
+    refuse(fmt::format("{} {}", what, shown(value(column))));
+  }
+
+  std::string_view value(Column column) const { return csv_.field(columns_[column]); }
+
+  void readHeader() {
+    if (!csv_.next()) throw InputError(csv_.name(), "the file is empty");
+    columns_.fill(kNoColumn);
+    fieldCount_ = csv_.fieldCount();
+    for (std::size_t i = 0; i < fieldCount_; ++i) addColumn(i);
+    for (std::size_t column = 0; column < kWeight; ++column) {
+      if (columns_[column] == kNoColumn) refuseHeader(kColumnNames[column]);
+    }
+  }
+
+  [[noreturn]] void refuseHeader(std::string_view missing) const {
+    std::string hint;
+    if (hasField("frame") && hasField("h00")) {
+      hint = ": this is a result, not tracks";
+    } else if (fieldCount_ == 1) {
+      hint = ": columns are separated by commas, semicolons or tabs";
+    }
+    refuse(
+        fmt::format("the header {} has no column {}{}", shown(headerText()), shown(missing), hint));
+  }
+
+  bool hasField(std::string_view name) const {
+    for (std::size_t i = 0; i < fieldCount_; ++i) {
+      if (trimmed(csv_.field(i)) == name) return true;
+    }
+    return false;
+  }
+
+  std::string headerText() const {
+    std::string text;
+    for (std::size_t i = 0; i < fieldCount_ && text.size() <= kShownLength; ++i) {
+      if (i > 0) text += csv_.separator();
+      text += csv_.field(i);
+    }
+    return text;
+  }
+
+  void addColumn(std::size_t field) {
+    const std::string_view name = trimmed(csv_.field(field));
+    const auto found = std::find(kColumnNames.begin(), kColumnNames.end(), name);
+    if (found == kColumnNames.end()) return;
+    std::size_t& column = columns_[static_cast<std::size_t>(found - kColumnNames.begin())];
+    if (column != kNoColumn) refuse(fmt::format("the header repeats the column {}", shown(name)));
+    column = field;
+  }
+
+  bool hasNext() {
+    try {
+      return csv_.next();
+    } catch (const InputError& error) {
+      tracks_.refuseLast(error);
+      return false;
+    }
+  }
+
+  void take() {
+    try {
+      tracks_.add(readRow());
+    } catch (const InputError& error) {
+      tracks_.refuse(error);
+    }
+  }
+
+  Observation readRow() {
+    if (csv_.fieldCount() != fieldCount_) {
+      refuse(fmt::format("the row has {}, the header has {}", counted(csv_.fieldCount(), "field"),
+                         fieldCount_));
+    }
+    Observation row;
+    row.line = csv_.line();
+    row.track = readTrack();
+    row.frame = readFrame();
+    row.x = readPosition(kX);
+    row.y = readPosition(kY);
+    if (columns_[kWeight] != kNoColumn) row.weight = readWeight();
+    return row;
+  }
+
+  std::int32_t readTrack() {
+    const std::string_view name = value(kTrack);
+    if (name.empty()) refuse(kTrack, "a row needs a track name, not");
+    return tracks_.track(name);
+  }
+
+  std::int32_t readFrame() const {
+    std::int32_t frame = 0;
+    const Parsed parsed = parse(value(kFrame), frame);
+    if (parsed != Parsed::Number) refuse(flawOfWholeNumber("frame", value(kFrame), parsed));
+    return frame;
+  }
+
+  double readNumber(Column column) const {
+    double number = 0.0;
+    if (!parsesPlain(value(column), number)) {
+      const Parsed parsed = parse(value(column), number);
+      if (parsed != Parsed::Number) {
+        refuse(flawOfNumber(kColumnNames[column], value(column), parsed));
+      }
+    }
+    return number;
+  }
+
+  double readPosition(Column column) const {
+    const double number = readNumber(column);
+    refuseTooLarge(column, number);
+    return number;
+  }
+
+  void refuseTooLarge(Column column, double number) const {
+    if (std::fabs(number) <= kLargest) return;  // the usual case, and never NaN
+    const std::string flaw = flawOfPosition(kColumnNames[column], value(column), number);
+    if (!flaw.empty()) refuse(flaw);
+  }
+
+  float readWeight() const {
+    const double number = readNumber(kWeight);
+    if (!(number >= 0.0)) refuse(kWeight, "weight must not be negative or NaN:");
+    refuseTooLarge(kWeight, number);
+    return static_cast<float>(number);
+  }
+
+  const TrackInput& input_;
+  CsvRecords csv_;
+  TrackBuilder tracks_;
+  std::array<std::size_t, kColumnCount> columns_{};
+  std::size_t fieldCount_ = 0;
 };
 
 }  // namespace
 
-CsvReader::CsvReader(const std::string& path, Sha256* digest)
-    : source_(path, digest), buffer_(kBufferSize + kGuard, '\n') {
-  if (csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI) != 0) throw std::bad_alloc();
-  csv_set_blk_size(&parser_, kFieldBlock);
-  while (filled_ < kByteOrderMark.size() && fill()) {
-  }
-  if (std::string_view(buffer_.data(), filled_).substr(0, 3) == kByteOrderMark) next_ = 3;
-  separator_ = findSeparator();
-  csv_set_delim(&parser_, static_cast<unsigned char>(separator_));
-}
-
-CsvReader::~CsvReader() { csv_free(&parser_); }
-
-char CsvReader::findSeparator() {
-  SeparatorCount count;
-  for (std::size_t i = next_; i < kShowing; ++i) {
-    if (i == filled_ && !fill()) break;
-    if (!count.add(buffer_[i])) break;
-  }
-  return count.most();
-}
-
-std::size_t CsvReader::estimatedRecords() const {
-  std::array<char, kSampleSize> sample;
-  const std::size_t size = source_.size();
-  std::size_t lines = 0;
-  std::size_t bytes = 0;
-  for (std::size_t i = 0; i < kSamples; ++i) {
-    const std::size_t count = source_.readAt(size / kSamples * i, sample.data(), sample.size());
-    lines += linesIn({sample.data(), count});
-    bytes += count;
-  }
-  const double perByte =
-      static_cast<double>(lines) / static_cast<double>(std::max<std::size_t>(bytes, 1));
-  return static_cast<std::size_t>(perByte * static_cast<double>(size));
-}
-
-bool CsvReader::next() {
-  do {
-    recordLine_ = nextNumber_;
-    if (!nextLine()) return false;
-  } while (ends_.empty() && !hasQuote_ && trimmed(line(length_)).empty());
-  padded_ = hasBlank_ && !hasQuote_;
-  if (hasQuote_) {
-    parseQuoted();
-  } else {
-    text_ = buffer_.data() + begin_;
-    ends_.push_back(length_);
-  }
-  return true;
-}
-
-// Makes the bytes behind the current line the current one; false at the end of the file.
-bool CsvReader::nextLine() {
-  begin_ = next_;
-  length_ = 0;
-  hasQuote_ = false;
-  hasBlank_ = false;
-  ends_.clear();
-  while (!scan()) {
-    if (fill()) continue;
-    next_ = filled_;
-    return length_ > 0;
-  }
-  next_ = begin_ + length_ + 1;
-  countLine();
-  return true;
-}
-
-// Goes on behind the line's first `length_` bytes to its end, noting separators, quotes and
-// blanks on the way; false when what has been read ends before. A quote makes the separators
-// meaningless.
-template <char kSeparator>
-bool CsvReader::scan() {
-  const char* const text = buffer_.data() + begin_;
-  for (std::size_t i = length_;; i += sizeof(std::uint64_t)) {
-    for (std::uint64_t marks = marksIn<kSeparator>(text + i); marks != 0; marks &= marks - 1) {
-      const std::size_t at = i + firstOf(marks);
-      if (text[at] == kSeparator) {
-        ends_.push_back(at);
-      } else if (endsLine(text[at])) {
-        length_ = at;
-        return begin_ + at < filled_;
-      } else {
-        hasQuote_ = hasQuote_ || text[at] == '"';
-        hasBlank_ = hasBlank_ || text[at] == ' ' || text[at] == '\t';
-      }
-    }
-  }
-}
-
-bool CsvReader::scan() {
-  if (separator_ == ',') return scan<','>();
-  return separator_ == ';' ? scan<';'>() : scan<'\t'>();
-}
-
-void CsvReader::countLine() {
-  const char end = buffer_[begin_ + length_];
-  const bool secondOfPair = afterReturn_ && length_ == 0 && end == '\n';
-  afterReturn_ = end == '\r';
-  if (!secondOfPair && nextNumber_ < std::numeric_limits<std::uint32_t>::max()) ++nextNumber_;
-}
-
-// Reads more behind the current line, which moves to the front; false at the end of the file.
-bool CsvReader::fill() {
-  if (ended_) return false;
-  filled_ -= begin_;
-  std::memmove(buffer_.data(), buffer_.data() + begin_, filled_);
-  begin_ = 0;
-  if (filled_ > kLongest) fail(fmt::format("the line is longer than {} bytes", kLongest));
-  if (filled_ + kGuard == buffer_.size()) buffer_.resize(2 * filled_ + kGuard);
-  const std::size_t count =
-      source_.read(buffer_.data() + filled_, buffer_.size() - kGuard - filled_);
-  filled_ += count;
-  ended_ = count == 0;
-  std::fill_n(buffer_.data() + filled_, kGuard, '\n');
-  return !ended_;
-}
-
-// Takes the record that begins on the current line from the CSV library.
-void CsvReader::parseQuoted() {
-  parsed_.clear();
-  parsedEnds_.clear();
-  parsedLines_ = 0;
-  complete_ = false;
-  feedLine();
-  while (!complete_ && nextLine()) feedLine();
-  if (!complete_ && csv_fini(&parser_, onField, onRecord, this) != 0) {
-    fail("a quote is never closed");
-  }
-  if (outOfMemory_) throw std::bad_alloc();
-  text_ = parsed_.data();
-  ends_.swap(parsedEnds_);
-}
-
-// A line holds the end of one record at most.
-void CsvReader::feedLine() {
-  const std::string_view text = line(next_ - begin_);
-  parsedLines_ += text.size();
-  if (parsedLines_ > kLongest) fail(fmt::format("a quote is not closed in {} bytes", kLongest));
-  if (csv_parse(&parser_, text.data(), text.size(), onField, onRecord, this) == text.size()) return;
-  if (csv_error(&parser_) != CSV_EPARSE) throw std::bad_alloc();
-  fail("a quote stands where none belongs");
-}
-
-// No exception may pass through the C parser: the callbacks leave a note instead.
-void CsvReader::onField(void* text, std::size_t length, void* self) {
-  auto& reader = *static_cast<CsvReader*>(self);
-  try {
-    if (!reader.parsedEnds_.empty()) reader.parsed_.push_back(',');
-    reader.parsed_.append(static_cast<const char*>(text), length);
-    reader.parsedEnds_.push_back(reader.parsed_.size());
-  } catch (const std::bad_alloc&) {
-    reader.outOfMemory_ = true;
-  }
-}
-
-void CsvReader::onRecord(int, void* self) { static_cast<CsvReader*>(self)->complete_ = true; }
-
-void CsvReader::fail(const std::string& text) const { throw InputError(name(), recordLine_, text); }
+Tracks readCsv(const TrackInput& input) { return TrackReader(input).read(); }
 
 }  // namespace cornerpin

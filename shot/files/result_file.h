@@ -2,19 +2,12 @@
 #ifndef SHOT_FILES_RESULT_FILE_H
 #define SHOT_FILES_RESULT_FILE_H
 
-#include <optional>
-#include <string>
-
+#include "shot/files/format.h"
 #include "shot/files/output_file.h"
 #include "shot/solve/progress.h"
 #include "shot/solve/result.h"
 
 namespace cornerpin {
-
-enum class Format { Json, Csv };
-
-/// By the path's extension, .json or .csv in any case; none for others.
-std::optional<Format> formatOf(const std::string& path);
 
 /// Writes a result in a format. Numbers read back as the same doubles, in every locale.
 void writeResult(const ShotResult& result, Format format, OutputFile& out,

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "shot/files/file_look.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "shot/plane/picture.h"
 #include "shot/solve/frame_range.h"
 #include "shot/solve/named_quad.h"
 
@@ -41,16 +42,6 @@ struct InputFile {
   std::int64_t rows = 0;
 };
 
-enum class YAxis { Down, Up };
-
-/// The picture that the tracks were found in, as far as it is known.
-struct Picture {
-  std::optional<int> width;  ///< in pixels
-  std::optional<int> height;
-  std::optional<YAxis> y;             ///< where y grows to
-  std::optional<double> pixelCentre;  ///< coordinates of the first pixel's middle: 0 or 0.5
-};
-
 /// A result was made relative to another frame.
 struct RebaseStep {
   int from = 0;
@@ -63,7 +54,7 @@ struct Provenance {
   std::optional<ProgramVersion> program;
   std::optional<GivenOptions> options;
   std::optional<InputFile> input;
-  Picture picture;
+  Picture picture;  ///< that the tracks were found in, in pixels
   std::vector<RebaseStep> rebased;  ///< in the order in which it was done
 };
 

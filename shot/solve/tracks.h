@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "shot/plane/picture.h"
 #include "shot/solve/unused_track.h"
 
 namespace cornerpin {
@@ -49,6 +50,7 @@ struct Tracks {
   /// Puts the names in order, byte by byte, and renumbers the observations' tracks.
   void sortNames();
 
+  Picture picture;                        ///< what the positions and frames are those of
   std::vector<std::string> names;         ///< in order, where they were read
   std::vector<Observation> observations;  ///< by frame, then by track; never empty once read
   std::vector<std::size_t> frameStarts;   ///< of each frame and the end of the last; may be empty

@@ -7,7 +7,7 @@
 #include <locale>
 
 #include "shot/files/result_file.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/solve/tracks.h"
 #include "tests/support/files.h"

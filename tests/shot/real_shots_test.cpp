@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/shot_solver.h"
 
 using namespace cornerpin;

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/known_shots.h"
 #include "tests/shot/table_random.h"

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/fit/linearised_fit.h"
 #include "shot/plane/quad_map.h"
 #include "shot/solve/shot_solver.h"

@@ -10,7 +10,7 @@
 #include "shot/files/file_look.h"
 #include "shot/files/result_info.h"
 #include "shot/files/result_reader.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/files/track_info.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"

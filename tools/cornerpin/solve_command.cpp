@@ -16,7 +16,7 @@
 #include "shot/files/result_file.h"
 #include "shot/files/sha256.h"
 #include "shot/files/summary.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/time/between.h"
 #include "shot/time/retouch.h"

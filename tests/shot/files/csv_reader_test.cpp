@@ -1,438 +1,536 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "shot/files/csv_reader.h"
+#include "shot/files/track_reader.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "shot/files/input_error.h"
-#include "shot/files/sha256.h"
 #include "tests/shot/files/gzipped.h"
 #include "tests/shot/random.h"
 #include "tests/support/allocations.h"
 #include "tests/support/files.h"
 
-using namespace cornerpin;
+using cornerpin::InputError;
+using cornerpin::Observation;
+using cornerpin::readTracks;
+using cornerpin::Tracks;
 
 namespace {
 
-using Record = std::pair<unsigned, std::vector<std::string>>;  // its line and its fields
-
-Record recordOf(const CsvReader& reader) {
-  Record record = {reader.line(), {}};
-  for (std::size_t i = 0; i < reader.fieldCount(); ++i) record.second.emplace_back(reader.field(i));
-  return record;
-}
-
-std::vector<Record> recordsFrom(CsvReader& reader) {
-  std::vector<Record> records;
-  while (reader.next()) records.push_back(recordOf(reader));
-  return records;
-}
-
-std::vector<Record> recordsOf(const std::string& text) {
+Tracks read(const std::string& text) {
   const TemporaryFolder folder;
   writeFile(folder / "in.csv", text);
-  CsvReader reader(folder / "in.csv");
-  return recordsFrom(reader);
+  return readTracks(folder / "in.csv");
 }
 
 // What is said about the text, behind the file's name.
 std::string refusal(const std::string& text) {
   const TemporaryFolder folder;
-  writeFile(folder / "in.csv", text);
+  const std::string path = folder / "in.csv";
+  writeFile(path, text);
   try {
-    CsvReader reader(folder / "in.csv");
-    recordsFrom(reader);
+    readTracks(path);
   } catch (const InputError& error) {
-    return std::string(error.what()).substr((folder / "in.csv").size());
+    const std::string what = error.what();
+    EXPECT_EQ(what.substr(0, path.size() + 1), path + ":");
+    EXPECT_EQ(error.file, path);
+    return what.substr(path.size() + 1);
   }
   return "accepted";
 }
 
+const std::string kHeader = "track,frame,x,y,weight\n";
+
 }  // namespace
 
-TEST(CsvReader, SplitsRecordsIntoFields) {
-  EXPECT_EQ(recordsOf("a,b\nc,,d\n"), (std::vector<Record>{{1, {"a", "b"}}, {2, {"c", "", "d"}}}));
+TEST(ReadTracks, ReadsEveryColumn) {
+  const Tracks tracks = read("track,frame,x,y,weight\na,7,1.5,-2.25e1,0.5\n");
+  ASSERT_EQ(tracks.observations.size(), 1u);
+  const Observation& o = tracks.observations[0];
+  EXPECT_EQ(tracks.names[0], "a");
+  EXPECT_EQ(o.frame, 7);
+  EXPECT_EQ(o.x, 1.5);
+  EXPECT_EQ(o.y, -22.5);
+  EXPECT_EQ(o.weight, 0.5f);
+  EXPECT_EQ(o.line, 2u);
 }
 
-TEST(CsvReader, FindsTheSeparatorInTheFirstLineThatIsNotBlank) {
-  EXPECT_EQ(recordsOf("a;b\nc;,d;\n"),
-            (std::vector<Record>{{1, {"a", "b"}}, {2, {"c", ",d", ""}}}));
-  EXPECT_EQ(recordsOf("a\tb\n c \t\t\td;\n"),
-            (std::vector<Record>{{1, {"a", "b"}}, {2, {"c", "", "", "d;"}}}));
-  EXPECT_EQ(recordsOf("\xEF\xBB\xBF\t\t\n\na,b;c;d\n"),
-            (std::vector<Record>{{3, {"a,b", "c", "d"}}}));
-  EXPECT_EQ(recordsOf("a;b,c\nd\n"), (std::vector<Record>{{1, {"a;b", "c"}}, {2, {"d"}}}));
-  EXPECT_EQ(recordsOf("a b\nc,d\n"), (std::vector<Record>{{1, {"a b"}}, {2, {"c", "d"}}}));
+TEST(ReadTracks, TakesColumnsInAnyOrderAndSkipsOthers) {
+  const Tracks tracks = read("y,note,frame, x ,track\n4,hello,2,3,a\n");
+  EXPECT_EQ(tracks.observations[0].x, 3.0);
+  EXPECT_EQ(tracks.observations[0].y, 4.0);
+  EXPECT_EQ(tracks.observations[0].frame, 2);
 }
 
-TEST(CsvReader, LooksForTheSeparatorOutsideOfQuotes) {
-  EXPECT_EQ(recordsOf("\";;;\n;;\",b\nc,d\n"),
-            (std::vector<Record>{{1, {";;;\n;;", "b"}}, {3, {"c", "d"}}}));
-  EXPECT_EQ(recordsOf("\",,\"\tb\n\"\tc\"\t \"d\" \n"),
-            (std::vector<Record>{{1, {",,", "b"}}, {2, {"\tc", "d"}}}));
+TEST(ReadTracks, WeighsOneWithoutAWeightColumn) {
+  EXPECT_EQ(read("track,frame,x,y\na,0,1,2\n").observations[0].weight, 1.0f);
 }
 
-TEST(CsvReader, RefusesWhatIsLongerThanFourMegabytes) {
-  const std::string many(5'000'000, ',');
-  EXPECT_EQ(refusal("a\n" + many), ":2: the line is longer than 4194304 bytes");
-  EXPECT_EQ(refusal("a\n\"" + many), ":2: the line is longer than 4194304 bytes");
-  std::string lines = "\"";
-  while (lines.size() < 5'000'000) lines += "b,c\n";
-  EXPECT_EQ(refusal("a\n" + lines), ":2: a quote is not closed in 4194304 bytes");
-  EXPECT_EQ(refusal("a\n" + std::string(4'000'000, 'x')), "accepted");
+TEST(ReadTracks, TakesByteOrderMarkCrLfAndBlankLines) {
+  const Tracks tracks =
+      read("\xEF\xBB\xBFtrack,frame,x,y\r\n\r\n  \r\na,0,1,2\r\n\r\nb,0,3,4\r\n\r\n\r\n");
+  ASSERT_EQ(tracks.observations.size(), 2u);
+  EXPECT_EQ(tracks.observations[0].line, 4u);
+  EXPECT_EQ(tracks.observations[1].line, 6u);
 }
 
-// The worst of them: nothing but separators.
-TEST(CsvReader, RefusesAnEndlessLineInLittleMemory) {
-  const TemporaryFolder folder;
-  writeFile(folder / "in.csv.gz", gzippedOf(40'000'000, ','));
-  const std::size_t peak = allocations::peakBytesOf([&] {
-    CsvReader reader(folder / "in.csv.gz");
-    EXPECT_THROW(reader.next(), InputError);
-  });
-  EXPECT_LT(peak, 64u * 1024 * 1024);
+TEST(ReadTracks, TakesCarriageReturnsAlone) {
+  const Tracks tracks = read("track,frame,x,y\ra,0,1,2\rb,0,3,4");
+  ASSERT_EQ(tracks.observations.size(), 2u);
+  EXPECT_EQ(tracks.observations[1].line, 3u);
 }
 
-TEST(CsvReader, CountsLinesByAnyOfTheThreeEnds) {
-  EXPECT_EQ(recordsOf("a\nb\r\nc\rd"),
-            (std::vector<Record>{{1, {"a"}}, {2, {"b"}}, {3, {"c"}}, {4, {"d"}}}));
-  EXPECT_EQ(recordsOf("a\r\n\r\n\r\nb\r\rc\n\nd\n"),
-            (std::vector<Record>{{1, {"a"}}, {4, {"b"}}, {6, {"c"}}, {8, {"d"}}}));
+TEST(ReadTracks, TakesQuotedNamesWithCommasQuotesAndLineEnds) {
+  const Tracks tracks = read("\"track\",frame,x,y\n\"a, \"\"b\"\"\n c\",0,1,2\nd,0,3,4\n");
+  ASSERT_EQ(tracks.names.size(), 2u);
+  EXPECT_EQ(tracks.names[0], "a, \"b\"\n c");
+  EXPECT_EQ(tracks.observations[0].line, 2u);
+  EXPECT_EQ(tracks.observations[1].line, 4u);
 }
 
-TEST(CsvReader, CountsTheLinesInsideQuotes) {
-  EXPECT_EQ(recordsOf("\"a\nb\r\nc\",d\ne\n"),
-            (std::vector<Record>{{1, {"a\nb\r\nc", "d"}}, {4, {"e"}}}));
+TEST(ReadTracks, TakesTheLastLineWithoutItsEnd) {
+  EXPECT_EQ(read("track,frame,x,y\na,0,1,2").observations.size(), 1u);
 }
 
-TEST(CsvReader, DropsBlanksAroundWhatIsNotQuoted) {
-  EXPECT_EQ(recordsOf("x,y\n a b\t,\t\" c \" \n"),
-            (std::vector<Record>{{1, {"x", "y"}}, {2, {"a b", " c "}}}));
+TEST(ReadTracks, TakesNegativeFramesBlanksAndPlusSigns) {
+  const Tracks tracks = read("track,frame,x,y\na, -3 , +1 ,\t2\n");
+  EXPECT_EQ(tracks.observations[0].frame, -3);
+  EXPECT_EQ(tracks.observations[0].x, 1.0);
 }
 
-TEST(CsvReader, TakesOneByteOrderMarkAtTheBeginningAlone) {
-  EXPECT_EQ(recordsOf("\xEF\xBB\xBF"
-                      "a\n\xEF\xBB\xBF"
-                      "b\n"),
-            (std::vector<Record>{{1, {"a"}},
-                                 {2,
-                                  {"\xEF\xBB\xBF"
-                                   "b"}}}));
-  EXPECT_EQ(recordsOf("\xEF\xBB"), (std::vector<Record>{{1, {"\xEF\xBB"}}}));
+TEST(ReadTracks, SortsByFrameThenByTheTracksName) {
+  const Tracks tracks = read("track,frame,x,y\nz,5,1,0\na,5,2,0\na,3,3,0\nz,3,4,0\n");
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"a", "z"}));
+  std::vector<double> xs;
+  for (const Observation& o : tracks.observations) xs.push_back(o.x);
+  EXPECT_EQ(xs, (std::vector<double>{3, 4, 2, 1}));
 }
 
-TEST(CsvReader, HasNoRecordInAnEmptyFile) {
-  EXPECT_TRUE(recordsOf("").empty());
-  EXPECT_TRUE(recordsOf("\n \t\r\n").empty());
+TEST(ReadTracks, OrdersNamesByteByByte) {
+  const Tracks tracks =
+      read("track,frame,x,y\n\u00fc,0,1,0\nt10,0,2,0\nt2,0,3,0\nT3,0,4,0\nt,0,5,0\n\"t,\",0,6,0\n");
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"T3", "t", "t,", "t10", "t2", "\u00fc"}));
+  std::vector<double> xs;
+  for (const Observation& o : tracks.observations) xs.push_back(o.x);
+  EXPECT_EQ(xs, (std::vector<double>{4, 5, 6, 2, 3, 1}));
 }
 
-// A block ends anywhere, also between the two characters of a line end.
-TEST(CsvReader, JoinsWhatTheEndsOfItsBlocksPart) {
-  for (std::size_t length = 262139; length < 262149; ++length) {
-    const std::string first(length, 'x');
-    EXPECT_EQ(recordsOf(first + ",\"q\"\"\"\r\nb\r\n"),
-              (std::vector<Record>{{1, {first, "q\""}}, {2, {"b"}}}))
-        << length;
+TEST(ReadTracks, IsTheSameInAnyOrderOfTheRows) {
+  made::Random random(4);
+  std::vector<std::string> rows;
+  for (int f = 0; f < 40; ++f) {
+    for (int t = 0; t < 15; ++t) {
+      rows.push_back("n" + std::to_string(t) + "," + std::to_string(f) + "," +
+                     std::to_string(random.real(0, 100)) + "," + std::to_string(f * t) + "\n");
+    }
+  }
+  const auto readRows = [&] {
+    std::string text = "track,frame,x,y\n";
+    for (const std::string& row : rows) text += row;
+    return read(text);
+  };
+  const Tracks first = readRows();
+  for (std::size_t i = rows.size() - 1; i > 0; --i) {
+    const double at = random.real(0, static_cast<double>(i + 1));
+    std::swap(rows[i], rows[static_cast<std::size_t>(at)]);
+  }
+  const Tracks second = readRows();
+  EXPECT_EQ(first.names, second.names);
+  ASSERT_EQ(first.observations.size(), second.observations.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const Observation& a = first.observations[i];
+    const Observation& b = second.observations[i];
+    EXPECT_TRUE(a.track == b.track && a.frame == b.frame && a.x == b.x && a.y == b.y) << i;
   }
 }
 
-TEST(CsvReader, TakesLinesLongerThanItsBlocks) {
-  std::string line = "a";
-  for (int i = 1; i < 500000; ++i) line += i % 2 == 0 ? ", b" : ",c";
+TEST(ReadTracks, TakesSemicolonsTabsAndGzip) {
+  const std::string text = "track,frame,x,y,weight\na b,1,2.5,3,0.5\n\"c,d\",1,4,5,1\n";
+  std::string semicolons = text;
+  std::replace(semicolons.begin(), semicolons.end(), ',', ';');
+  std::string tabs = text;
+  std::replace(tabs.begin(), tabs.end(), ',', '\t');
+  const std::string names[] = {"c,d", "c;d", "c\td", "c,d"};
+  std::size_t n = 0;
+  for (const std::string& bytes : {text, semicolons, tabs, gzipped(text)}) {
+    const Tracks tracks = read(bytes);
+    ASSERT_EQ(tracks.observations.size(), 2u);
+    EXPECT_EQ(tracks.names, (std::vector<std::string>{"a b", names[n++]}));
+    EXPECT_EQ(tracks.observations[0].x, 2.5);
+    EXPECT_EQ(tracks.observations[0].weight, 0.5f);
+    EXPECT_EQ(tracks.observations[1].y, 5.0);
+  }
+}
+
+// Where one frame is far from the others, and the frames that count are named.
+TEST(ReadTracks, LeavesOutFramesBesideThoseNamedWhereOneIsFarOff) {
   const TemporaryFolder folder;
-  writeFile(folder / "in.csv", "x\n" + line + "\ny," + std::string(700000, 'z'));
-  CsvReader reader(folder / "in.csv");
-  ASSERT_TRUE(reader.next() && reader.next());
-  ASSERT_EQ(reader.fieldCount(), 500000u);
-  for (std::size_t i = 1; i < 500000; ++i) ASSERT_EQ(reader.field(i), i % 2 == 0 ? "b" : "c");
-  ASSERT_TRUE(reader.next());
-  EXPECT_EQ(reader.field(1), std::string(700000, 'z'));
-  EXPECT_EQ(reader.line(), 3u);
-  EXPECT_FALSE(reader.next());
+  const std::string path = folder / "in.csv";
+  writeFile(path, "track,frame,x,y\na,-1,1,0\na,0,2,0\nb,9,3,0\na,5,4,0\na,90000000,5,0\n");
+  cornerpin::ReadTrace trace;
+  const Tracks tracks = readTracks(path, {}, {0, 8}, &trace);
+  EXPECT_EQ(tracks.firstFrame(), 0);
+  EXPECT_EQ(tracks.lastFrame(), 5);
+  EXPECT_EQ(tracks.observations.size(), 2u);
+  EXPECT_EQ(tracks.names, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(tracks.emptied[1], cornerpin::Unused::OutsideFrames);
+  EXPECT_EQ(trace.rows, 5);
+  try {
+    readTracks(path, {}, {6, 8});
+    FAIL();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), path + ": no track is seen in the frames 6-8");
+  }
+}
+
+TEST(ReadTracks, LeavesFramesBesideThoseNamedWhereNoneIsFarOff) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,0,1,0\na,9,2,0\n");
+  EXPECT_EQ(readTracks(folder / "in.csv", {}, {0, 5}).lastFrame(), 9);
+}
+
+TEST(ReadTracks, TakesFarFramesAmongThoseNamed) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,0,1,0\na,50000,2,0\n");
+  EXPECT_EQ(readTracks(folder / "in.csv", {}, {0, 50000}).frameCount(), 50001);
+}
+
+TEST(ReadTracks, FindsAFramesObservations) {
+  const Tracks tracks = read("track,frame,x,y\na,5,1,0\nb,5,2,0\na,9,3,0\n");
+  EXPECT_EQ(tracks.firstFrame(), 5);
+  EXPECT_EQ(tracks.lastFrame(), 9);
+  EXPECT_EQ(tracks.frameCount(), 5);
+  const auto count = [&](int frame) {
+    return tracks.inFrame(frame).last - tracks.inFrame(frame).first;
+  };
+  EXPECT_EQ(count(4), 0);
+  EXPECT_EQ(count(5), 2);
+  EXPECT_EQ(count(6), 0);
+  EXPECT_EQ(count(9), 1);
+  EXPECT_EQ(count(10), 0);
 }
 
 namespace {
 
-// The CSV library fed with one byte after the other: the records, and what is refused.
-class ByteByByte {
- public:
-  ByteByByte(const std::string& text, char separator) {
-    csv_init(&parser_, CSV_STRICT | CSV_STRICT_FINI);
-    csv_set_delim(&parser_, static_cast<unsigned char>(separator));
-    const std::size_t mark = text.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
-    for (std::size_t i = mark; i < text.size() && refusal.empty(); ++i) take(text[i]);
-    if (refusal.empty() && csv_fini(&parser_, onField, onRecord, this) != 0) {
-      refusal = at() + "a quote is never closed";
-    }
-    csv_free(&parser_);
-    if (refusal.empty()) refusal = "accepted";
+// A number as text: up to 19 digits, a point somewhere or not, a sign or not, now and then an
+// exponent.
+std::string randomNumber(made::Random& random) {
+  std::string text = random.chance(0.3) ? "-" : "";
+  const int count = static_cast<int>(random.real(1.0, 20.0));
+  const int point = static_cast<int>(random.real(-2.0, count + 2.0));
+  for (int i = 0; i < count; ++i) {
+    if (i == point) text += '.';
+    text += static_cast<char>('0' + static_cast<int>(random.real(0.0, 10.0)));
   }
-  ByteByByte(const ByteByByte&) = delete;
-  ByteByByte& operator=(const ByteByByte&) = delete;
-
-  std::vector<Record> records;
-  std::string refusal;
-
- private:
-  void take(char c) {
-    const bool separates = c == '\t' && csv_get_delim(&parser_) == '\t';
-    if (!begun_ && (separates || std::string(" \t\r\n").find(c) == std::string::npos)) {
-      begun_ = true;
-      begin_ = line_;
-    }
-    if (csv_parse(&parser_, &c, 1, onField, onRecord, this) != 1) {
-      refusal = at() + "a quote stands where none belongs";
-    }
-    line_ += c == '\r' || (c == '\n' && last_ != '\r');
-    last_ = c;
-  }
-  std::string at() const { return ":" + std::to_string(begin_) + ": "; }
-
-  static void onField(void* text, std::size_t length, void* self) {
-    static_cast<ByteByByte*>(self)->fields_.emplace_back(static_cast<const char*>(text), length);
-  }
-  static void onRecord(int, void* self) {
-    auto& me = *static_cast<ByteByByte*>(self);
-    me.records.push_back({me.begin_, me.fields_});
-    me.fields_.clear();
-    me.begun_ = false;
-  }
-
-  csv_parser parser_;
-  std::vector<std::string> fields_;
-  unsigned line_ = 1;
-  unsigned begin_ = 1;
-  bool begun_ = false;
-  char last_ = '\0';
-};
-
-std::string oneOf(made::Random& random, const std::vector<std::string>& pieces) {
-  return pieces[static_cast<std::size_t>(random.real(0.0, static_cast<double>(pieces.size())))];
-}
-
-// Mostly well-formed text: fields with and without quotes, and now and then a quote anywhere.
-std::string randomText(made::Random& random) {
-  const std::vector<std::string> plain = {"a",
-                                          "-",
-                                          "+",
-                                          ".",
-                                          "7",
-                                          "\xFF",
-                                          "!",
-                                          "/",
-                                          " ",
-                                          "\t",
-                                          ";",
-                                          std::string(1, '\0'),
-                                          "\xEF\xBB\xBF",
-                                          "longer text"};
-  const std::vector<std::string> inside = {"a",    " ",    ",",  "\n",         "\r",
-                                           "\r\n", "\"\"", "\t", "longer text"};
-  const std::vector<std::string> behind = {",",  ",",    ",",    ",",   "\n",
-                                           "\r", "\r\n", "\n\n", " \n", "\n \t\r\n"};
-  std::string text;
-  const double count = random.real(0.0, 40.0);
-  for (double n = 0.0; n < count; ++n) {
-    const bool quoted = random.chance(0.2);
-    if (quoted) text += random.chance(0.3) ? " \"" : "\"";
-    while (random.chance(0.6)) text += oneOf(random, quoted ? inside : plain);
-    if (quoted) text += random.chance(0.3) ? "\"\t" : "\"";
-    if (random.chance(0.01)) text += '"';
-    text += oneOf(random, behind);
-  }
-  if (random.chance(0.5) && !text.empty()) text.pop_back();
+  if (count == point) text += '.';
+  if (random.chance(0.1)) text += random.chance(0.5) ? "e-3" : "E7";
   return text;
 }
 
-// Whether the text is refused; what comes before that is compared as well. A first line tells the
-// separator.
-bool readsLikeByteByByte(const std::string& path, std::string text, char separator = ',') {
-  std::replace(text.begin(), text.end(), ',', separator);
-  text = "x" + std::string(70, separator) + "\n" + text;
-  writeFile(path, text);
-  const ByteByByte expected(text, separator);
-  std::vector<Record> records;
-  std::string refusal = "accepted";
-  try {
-    CsvReader reader(path);
-    while (reader.next()) records.push_back(recordOf(reader));
-  } catch (const InputError& error) {
-    refusal = std::string(error.what()).substr(path.size());
-  }
-  EXPECT_EQ(refusal, expected.refusal) << text;
-  EXPECT_EQ(records, expected.records) << text;
-  return refusal != "accepted";
-}
-
 }  // namespace
 
-TEST(CsvReader, ReadsRandomTextLikeTheCsvLibrary) {
-  const TemporaryFolder folder;
-  made::Random random(14);
-  int refused = 0;
-  for (int i = 0; i < 600 && !HasFailure(); ++i) {
-    refused += readsLikeByteByByte(folder / "in.csv", randomText(random), ",;\t"[i % 3]);
+TEST(ReadTracks, RoundsEveryNumberToTheNearestDouble) {
+  made::Random random(7);
+  std::vector<std::string> numbers = {"0",
+                                      "-0",
+                                      ".5",
+                                      "5.",
+                                      "-.25",
+                                      "000000000000001",
+                                      "-0.000",
+                                      "9007199254740993",
+                                      "999999999999999",
+                                      "0.00000000000001"};
+  while (numbers.size() < 50000) numbers.push_back(randomNumber(random));
+  std::string text = "track,frame,x,y\n";
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    text += "a," + std::to_string(i) + "," + numbers[i] + ",\t+7 \n";
   }
-  EXPECT_GT(refused, 100);
-  EXPECT_LT(refused, 300);
-}
-
-// The block ends at every byte of the text in turn.
-TEST(CsvReader, ReadsRandomTextAtTheEndOfABlockLikeTheCsvLibrary) {
-  constexpr std::size_t kBlock = std::size_t{256} * 1024;
-  const TemporaryFolder folder;
-  made::Random random(15);
-  for (std::size_t i = 0; i < 100 && !HasFailure(); ++i) {
-    const std::string text = randomText(random);
-    const std::size_t before = kBlock - 72 - std::min(text.size(), i);
-    readsLikeByteByByte(folder / "in.csv", std::string(before - 1, 'x') + "\n" + text);
-  }
-}
-
-TEST(CsvReader, NamesTheLineOfARecordThatItRefuses) {
-  EXPECT_EQ(refusal("a\n\nb,\"c\nd\n"), ":3: a quote is never closed");
-  EXPECT_EQ(refusal("a\nb\"c\n"), ":2: a quote stands where none belongs");
-  EXPECT_EQ(refusal("a\n\"b\nc\"d\n"), ":2: a quote stands where none belongs");
-}
-
-TEST(CsvReader, SaysThatAFileIsNotThere) {
-  const TemporaryFolder folder;
-  try {
-    CsvReader reader(folder / "none.csv");
-    FAIL();
-  } catch (const InputError& error) {
-    EXPECT_EQ(error.what(), folder / "none.csv" + ": No such file or directory");
+  const Tracks tracks = read(text);
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    const double expected = std::strtod(numbers[i].c_str(), nullptr);
+    ASSERT_EQ(tracks.observations[i].x, expected) << numbers[i];
+    ASSERT_EQ(std::signbit(tracks.observations[i].x), std::signbit(expected)) << numbers[i];
+    ASSERT_EQ(tracks.observations[i].y, 7.0);
   }
 }
 
-TEST(CsvReader, ClosesItsFile) {
-  const TemporaryFolder folder;
-  writeFile(folder / "in.csv", "a\n");
-  const int before = ::dup(STDIN_FILENO);  // the lowest that is free
-  ::close(before);
-  { CsvReader reader(folder / "in.csv"); }
-  const int after = ::dup(STDIN_FILENO);
-  ::close(after);
-  EXPECT_EQ(after, before);
+// Tracks come, go and change their order from frame to frame.
+TEST(ReadTracks, KnowsEachTrackByItsNameWhateverTheOrder) {
+  made::Random random(9);
+  const std::vector<std::string> names = {"a", "b", "ab", "a b", "\"a,b\"", "B", "1", "01", "1.0"};
+  std::string text = "frame,x,y,track\n";
+  std::vector<std::string> order;
+  for (int f = 0; f < 300; ++f) {
+    std::size_t first = static_cast<std::size_t>(random.real(0.0, 9.0));
+    for (std::size_t n = 0; n < names.size(); ++n) {
+      if (random.chance(0.1)) continue;
+      order.push_back(names[(first + n) % names.size()]);
+      text +=
+          std::to_string(f) + "," + std::to_string(order.size() - 1) + ",0," + order.back() + "\n";
+    }
+  }
+  const Tracks tracks = read(text);
+  ASSERT_EQ(tracks.observations.size(), order.size());
+  ASSERT_EQ(tracks.names.size(), names.size());
+  for (const Observation& o : tracks.observations) {
+    std::string name = order[static_cast<std::size_t>(o.x)];
+    name.erase(std::remove(name.begin(), name.end(), '"'), name.end());
+    EXPECT_EQ(tracks.names[static_cast<std::size_t>(o.track)], name) << o.line;
+  }
 }
 
 namespace {
 
-// Puts a pipe that holds the text in the place of standard input, as long as it lives.
-class StandardInput {
- public:
-  explicit StandardInput(const std::string& text) : before_(::dup(STDIN_FILENO)) {
-    int ends[2] = {-1, -1};
-    if (::pipe(ends) != 0) return;
-    for (char c : text) {
-      if (::write(ends[1], &c, 1) != 1) break;
-    }
-    ::close(ends[1]);
-    ::dup2(ends[0], STDIN_FILENO);
-    ::close(ends[0]);
-  }
-  StandardInput(const StandardInput&) = delete;
-  StandardInput& operator=(const StandardInput&) = delete;
-  ~StandardInput() {
-    if (before_ < 0) {
-      ::close(STDIN_FILENO);
-      return;
-    }
-    ::dup2(before_, STDIN_FILENO);
-    ::close(before_);
-  }
+constexpr int kManyFrames = 1000;
+constexpr int kManyTracks = 200;
 
- private:
-  int before_;
-};
+std::string row(int track, int frame) {
+  return "t" + std::to_string(track) + "," + std::to_string(frame) + "," +
+         std::to_string(10 * track) + ".25," + std::to_string(frame) + ".125\n";
+}
+
+// What reading takes at most, in bytes for each row.
+double bytesPerRow(const std::string& text) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", text);
+  constexpr double kBlock = 256 * 1024;
+  const std::size_t peak = allocations::peakBytesOf([&] { readTracks(folder / "in.csv"); });
+  return (static_cast<double>(peak) - kBlock) / (kManyFrames * kManyTracks);
+}
 
 }  // namespace
 
-TEST(CsvReader, ReadsStandardInput) {
-  const StandardInput input("a,b\n");
-  CsvReader reader("-");
-  EXPECT_EQ(reader.name(), "<stdin>");
-  EXPECT_EQ(recordsFrom(reader), (std::vector<Record>{{1, {"a", "b"}}}));
-}
-
-TEST(CsvReader, LeavesStandardInputOpen) {
-  const StandardInput input("a,b\n");
-  { CsvReader reader("-"); }
-  EXPECT_GE(::dup2(STDIN_FILENO, STDIN_FILENO), 0);
-}
-
-TEST(CsvReader, SaysThatStandardInputIsClosed) {
-  const StandardInput input("");
-  ::close(STDIN_FILENO);
-  try {
-    CsvReader reader("-");
-    FAIL();
-  } catch (const InputError& error) {
-    EXPECT_STREQ(error.what(), "<stdin>: standard input is closed");
+TEST(ReadTracks, TakesFortyBytesForEachRow) {
+  std::string byFrame = "track,frame,x,y\n";
+  std::string byTrack = byFrame;
+  for (int f = 0; f < kManyFrames; ++f) {
+    for (int t = 0; t < kManyTracks; ++t) byFrame += row(t, f);
   }
+  for (int t = 0; t < kManyTracks; ++t) {
+    for (int f = kManyFrames - 1; f >= 0; --f) byTrack += row(t, f);
+  }
+  EXPECT_LT(bytesPerRow(byFrame), 34.0);
+  EXPECT_LT(bytesPerRow(byTrack), 38.0);
 }
 
-TEST(CsvReader, EstimatesTheRecordsOfASmallFileByItsLines) {
+TEST(ReadTracks, LeavesNothingBehindWhereMemoryRunsOut) {
   const TemporaryFolder folder;
-  const auto estimated = [&](const std::string& text) {
-    writeFile(folder / "in.csv", text);
-    return CsvReader(folder / "in.csv").estimatedRecords();
-  };
-  for (const std::string end : {"\n", "\r", "\r\n", "\n\n"}) {
-    std::string text;
-    for (int i = 0; i < 100; ++i) text += "a,b" + end;
-    EXPECT_NEAR(static_cast<double>(estimated(text)), 100.0, 1.0);
-  }
-  EXPECT_EQ(estimated(""), 0u);
+  writeFile(folder / "in.csv",
+            "track,frame,x,y\n\"a, long name that needs memory\",1,1,2\nb,0,1,2\n");
+  EXPECT_GT(allocations::expectNoLeakOnAnyFailure([&] { readTracks(folder / "in.csv"); }), 8u);
 }
 
-// Its lines get longer and then shorter.
-TEST(CsvReader, EstimatesTheRecordsOfALargeFileFromASample) {
-  constexpr int kRows = 200000;
+TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
+  std::string text = "track,frame,x,y\n";
+  for (int i = 0; i < 100000; ++i)
+    text += "track_" + std::to_string(10 + i % 90) + "," + std::to_string(i / 90) + "," +
+            std::to_string(i) + ".25,1\n";
+  const Tracks tracks = read(text);
+  ASSERT_EQ(tracks.observations.size(), 100000u);
+  for (std::size_t i = 0; i < tracks.observations.size(); ++i) {
+    ASSERT_EQ(tracks.observations[i].x, static_cast<double>(i) + 0.25);
+    ASSERT_EQ(tracks.observations[i].line, i + 2);
+  }
+}
+
+TEST(ReadTracksRefuses, AMissingColumn) {
+  EXPECT_EQ(refusal("track,frame,x,weight\na,0,1,1\n"),
+            "1: the header \"track,frame,x,weight\" has no column \"y\"");
+  EXPECT_EQ(refusal("\n\nTrack,frame,x,y\n"),
+            "3: the header \"Track,frame,x,y\" has no column \"track\"");
+  EXPECT_EQ(refusal("track;frame;x\n"), "1: the header \"track;frame;x\" has no column \"y\"");
+  EXPECT_EQ(refusal("track|frame|x|y\n"),
+            "1: the header \"track|frame|x|y\" has no column \"track\": columns are separated by "
+            "commas, semicolons or tabs");
+  EXPECT_EQ(refusal("frame,h00,h01,rms\n0,1,0,0\n"),
+            "1: the header \"frame,h00,h01,rms\" has no column \"track\": this is a result, not "
+            "tracks");
+}
+
+TEST(ReadTracksRefuses, ARepeatedColumn) {
+  EXPECT_EQ(refusal("track,frame,x,y,x\n"), "1: the header repeats the column \"x\"");
+}
+
+TEST(ReadTracksRefuses, ANumberThatDoesNotParse) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,1,12px,2,1\n"), "3: x must be a number, not \"12px\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,,1\n"), "2: y must be a number, not \"\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5\",1\n"),
+            "2: y must be a number, not \"2,5\": write a decimal point");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,\"2,5,6\",1\n"), "2: y must be a number, not \"2,5,6\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,high\n"), "2: weight must be a number, not \"high\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1e999,2,1\n"), "2: x is out of range: \"1e999\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,-1e-999,1\n"), "2: y is out of range: \"-1e-999\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1e999x,2,1\n"), "2: x must be a number, not \"1e999x\"");
+  for (const std::string text : {"+-1", ".", "-", "-.", "+", "--1", "1-", "1.2.3", "1..2", "- 1",
+                                 "0x1", "1e", "1 2", "++1", "1,"}) {
+    std::string rows = kHeader;
+    rows.append("a,0,\"").append(text).append("\",2,1\n");
+    std::string message = "2: x must be a number, not \"";
+    message.append(text).append("\"");
+    EXPECT_EQ(refusal(rows), message);
+  }
+}
+
+TEST(ReadTracksRefuses, APositionThatIsNotFinite) {
+  EXPECT_EQ(refusal(kHeader + "a,0,nan,2,1\n"), "2: x must be finite, not \"nan\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,-inf,1\n"), "2: y must be finite, not \"-inf\"");
+}
+
+TEST(ReadTracksRefuses, APositionBeyondSinglePrecision) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1e39,2,1\n"), "2: x is too large: \"1e39\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,1,1,-1e300,1\n"), "3: y is too large: \"-1e300\"");
+  const Tracks tracks = read(kHeader + "a,0,3.4e38,-3.4e38,1\n");
+  EXPECT_EQ(tracks.observations.front().x, 3.4e38);
+}
+
+TEST(ReadTracksRefuses, AWeightThatIsNegativeOrNotFinite) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,-0.5\n"), "2: weight must not be negative or NaN: \"-0.5\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,nan\n"), "2: weight must not be negative or NaN: \"nan\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,inf\n"), "2: weight must be finite, not \"inf\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1e39\n"), "2: weight is too large: \"1e39\"");
+}
+
+TEST(ReadTracksRefuses, AFrameThatIsNotAWholeNumber) {
+  EXPECT_EQ(refusal(kHeader + "a,1.5,1,2,1\n"), "2: frame must be a whole number, not \"1.5\"");
+  EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"), "2: frame is too large: \"99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a, -99999999999 ,1,2,1\n"),
+            "2: frame is too large: \"-99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a,99999999999x,1,2,1\n"),
+            "2: frame must be a whole number, not \"99999999999x\"");
+  EXPECT_EQ(refusal(kHeader + "a,,1,2,1\n"), "2: frame must be a whole number, not \"\"");
+}
+
+TEST(ReadTracksRefuses, AFrameFarFromTheOthers) {
+  EXPECT_EQ(refusal(kHeader + "a,5,1,2,1\na,1000000,1,2,1\na,6,1,2,1\n"),
+            "3: frame 1000000 is 999994 frames from the nearest other, and the shot has 3: if that "
+            "is right, name the frames with --frames");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,10000,1,2,1\n"), "accepted");
+  EXPECT_EQ(refusal(kHeader + "a,-2147483648,1,2,1\na,2147483647,1,2,1\n").substr(0, 2), "3:");
+}
+
+TEST(ReadTracksRefuses, FramesThatSpanTooMuch) {
+  std::string rows = kHeader;
+  for (int f = 0; f < 250; ++f) rows += "a," + std::to_string(8000 * f) + ",1,2,1\n";
+  EXPECT_EQ(refusal(rows + "a,1999999,1,2,1\n"), "accepted");
+  EXPECT_EQ(refusal(rows + "a,2000000,1,2,1\n"), " frames 0 to 2000000 span more than 2000000");
+}
+
+TEST(ReadTracksRefuses, TheFirstTenOfManyRows) {
+  std::string rows = kHeader + "a,0,1,2,1\n";
   std::string text;
-  for (int i = 0; i < kRows; ++i)
-    text += std::to_string(std::min(i, 3 * (kRows - i)) % 100000) + ",b,c\n";
-  const TemporaryFolder folder;
-  writeFile(folder / "in.csv", text);
-  CsvReader reader(folder / "in.csv");
-  EXPECT_NEAR(static_cast<double>(reader.estimatedRecords()), kRows, 0.02 * kRows);
-  ASSERT_TRUE(reader.next());
-  EXPECT_EQ(reader.field(0), "0");  // what was looked at is still to be read
-}
-
-TEST(CsvReader, EstimatesNothingForAPipe) {
-  const StandardInput input("a,b\nc,d\n");
-  EXPECT_EQ(CsvReader("-").estimatedRecords(), 0u);
-}
-
-// The digest is that of what was read, even where the file changes on the way.
-TEST(CsvReader, DigestsTheBytesThatItReads) {
+  for (int f = 1; f <= 13; ++f) rows += "b,x,1,2,1\n";
+  for (int line = 3; line <= 12; ++line) {
+    text += (line > 3 ? "PATH:" : "") + std::to_string(line) +
+            ": frame must be a whole number, not \"x\"\n";
+  }
+  const auto withPath = [](std::string what, const std::string& path) {
+    for (std::size_t at = what.find(path); at != std::string::npos; at = what.find(path)) {
+      what.replace(at, path.size(), "PATH");
+    }
+    return what;
+  };
   const TemporaryFolder folder;
   const std::string path = folder / "in.csv";
-  std::string before;
-  std::string behind;
-  for (int i = 0; i < 100000; ++i) {
-    before += "aaaa,bbbb\n";
-    behind += "cccc,dddd\n";
+  const auto said = [&] {
+    try {
+      readTracks(path);
+    } catch (const InputError& error) {
+      return withPath(error.what(), path);
+    }
+    return std::string();
+  };
+  writeFile(path, rows);
+  EXPECT_EQ(said(), "PATH:" + text + "PATH: 3 more rows are refused");
+  writeFile(path, rows + "c,\"1,1,2,1\n");
+  EXPECT_EQ(said(),
+            "PATH:" + text + "PATH: 3 more rows are refused\nPATH:16: a quote is never closed");
+  writeFile(path, kHeader + "a,0,1,2,1\na,0,1,2,1\na,0,1,2,1\n");
+  EXPECT_EQ(said(),
+            "PATH:3: track \"a\" is given twice in frame 0, first on line 2\n"
+            "PATH:4: track \"a\" is given twice in frame 0, first on line 3");
+}
+
+TEST(ReadTracksRefuses, FilesOfOtherKinds) {
+  EXPECT_EQ(refusal("{\"cornerpin\":2}"),
+            " this is a result, not tracks: give the CSV file that it was solved from");
+  EXPECT_EQ(refusal("\x1f\x8b"), " the gzip data is cut off: the file is incomplete");
+  const std::string packed = gzipped(kHeader + "a,0,1,2,1\n");
+  EXPECT_EQ(refusal(packed.substr(0, packed.size() - 1)),
+            " the gzip data is cut off: the file is incomplete");
+  EXPECT_EQ(refusal(gzipped("{\"cornerpin\":2}")),
+            " this is a result, not tracks: give the CSV file that it was solved from");
+}
+
+TEST(ReadTracksRefuses, ATrackTwiceInAFrameNamingBothLines) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\nb,0,1,2,1\n\na,0,1,2,1\n"),
+            "5: track \"a\" is given twice in frame 0, first on line 2");
+}
+
+TEST(ReadTracksRefuses, TheFirstRepeatInTheFile) {
+  EXPECT_EQ(refusal(kHeader + "b,9,1,2,1\nb,9,1,2,1\na,0,1,2,1\na,0,1,2,1\n").substr(0, 55),
+            "3: track \"b\" is given twice in frame 9, first on line 2");
+}
+
+TEST(ReadTracksRefuses, ARowOfAnotherLength) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2\n"), "2: the row has 4 fields, the header has 5");
+  EXPECT_EQ(refusal(kHeader + "a\n"), "2: the row has 1 field, the header has 5");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1,\n"), "2: the row has 6 fields, the header has 5");
+}
+
+TEST(ReadTracksRefuses, AnEmptyTrackName) {
+  EXPECT_EQ(refusal(kHeader + ",0,1,2,1\n"), "2: a row needs a track name, not \"\"");
+  EXPECT_EQ(refusal(kHeader + "\"\",0,1,2,1\n"), "2: a row needs a track name, not \"\"");
+}
+
+TEST(ReadTracksRefuses, AQuoteThatIsNeverClosed) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\n\"b,0,1,2,1\nc,0,1,2,1\n"), "3: a quote is never closed");
+}
+
+TEST(ReadTracksRefuses, AStrayQuote) {
+  EXPECT_EQ(refusal(kHeader + "\"a\"b,0,1,2,1\n"), "2: a quote stands where none belongs");
+}
+
+TEST(ReadTracksRefuses, AnEmptyFile) {
+  EXPECT_EQ(refusal(""), " the file is empty");
+  EXPECT_EQ(refusal("\xEF\xBB\xBF\r\n \r\n"), " the file is empty");
+}
+
+TEST(ReadTracksRefuses, AHeaderAlone) {
+  EXPECT_EQ(refusal(kHeader), " there is a header but no track below it");
+}
+
+TEST(ReadTracksRefuses, TracksOfWhichNoneIsPresent) {
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,0\nb,0,1,2,0.0\n"), " no track has a weight above 0");
+  EXPECT_EQ(refusal(kHeader + "a,0,1,2,0.5\nb,0,1,2,0\n"), "accepted");
+}
+
+TEST(ReadTracksRefuses, AMissingFileAndAFolder) {
+  const TemporaryFolder folder;
+  EXPECT_THROW(readTracks(folder / "none.csv"), InputError);
+  try {
+    readTracks(folder.path().string());
+    FAIL();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), folder.path().string() + ": Is a directory");
   }
-  writeFile(path, before);
-  Sha256 digest;
-  CsvReader csv(path, &digest);
-  std::string read;
-  for (int i = 0; csv.next(); ++i) {
-    if (i == 0) std::ofstream(path, std::ios::in | std::ios::binary) << behind;
-    read += std::string(csv.field(0)) + "," + std::string(csv.field(1)) + "\n";
-  }
-  ASSERT_EQ(read.size(), before.size());
-  EXPECT_NE(read, before);
-  EXPECT_NE(read, behind);
-  Sha256 expected;
-  expected.add(read.data(), read.size());
-  EXPECT_EQ(digest.hex(), expected.hex());
+}
+
+TEST(ReadTracksRefuses, AndCutsALongValueBetweenCharacters) {
+  std::string umlauts;
+  for (int i = 0; i < 50; ++i) umlauts += "\u00fc";
+  EXPECT_EQ(refusal(kHeader + "a,0," + umlauts + ",2,1\n"),
+            "2: x must be a number, not \"" + umlauts.substr(0, 60) + "...\"");
+  EXPECT_EQ(refusal(kHeader + "a,0,x" + umlauts + ",2,1\n"),
+            "2: x must be a number, not \"x" + umlauts.substr(0, 58) + "...\"");
+}
+
+TEST(ReadTracksRefuses, AndShowsAwkwardValuesOnOneShortLine) {
+  const std::string text = refusal(kHeader + "a,0,\"1\n2\t" + std::string(1000, 'x') + "\",2,1\n");
+  EXPECT_EQ(text, "2: x must be a number, not \"1?2?" + std::string(56, 'x') + "...\"");
 }

@@ -36,7 +36,7 @@ ShotResult fullResult() {
   from.options->at = {5.75, 5.25};
   from.options->quads = {{"sign", {{{0, 0}, {4, 0}, {4, 4}, {0, 4}}}}};
   from.input = InputFile{"shot.csv", std::string(64, 'a'), 5000000000};
-  from.picture = {1920, 1080, YAxis::Up, 0.5};
+  from.picture = {Scale::Pixels, 1920, 1080, YAxis::Up, 0.5, std::nullopt};
   from.rebased = {{5, 6, {"cornerpin", "1", ""}}, {6, 5, *from.program}};
   return result;
 }

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "shot/files/csv_reader.h"
+#include "shot/files/csv_records.h"
 #include "tests/shot/files/two_frames.h"
 
 using namespace cornerpin;
@@ -14,7 +14,8 @@ namespace {
 std::string field(const ShotResult& result, const std::string& column) {
   const TemporaryFolder folder;
   writeFile(folder / "r.csv", written(result, Format::Csv));
-  CsvReader reader(folder / "r.csv");
+  ByteSource source(folder / "r.csv");
+  CsvRecords reader(source);
   reader.next();
   std::size_t i = 0;
   while (reader.field(i) != column) ++i;

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "shot/files/input_error.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/rebase.h"
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/files/two_frames.h"

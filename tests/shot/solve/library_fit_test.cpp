@@ -9,7 +9,7 @@
 #include <random>
 
 #include "cornerpin/cornerpin.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/surface_map.h"
 #include "tests/shot/solve/small_shots.h"
 

@@ -10,7 +10,7 @@
 
 #include "shot/files/explanation_csv.h"
 #include "shot/files/result_file.h"
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/solve/base_choice.h"
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/known_shots.h"

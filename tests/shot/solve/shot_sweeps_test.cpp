@@ -8,7 +8,7 @@
 #include <functional>
 #include <random>
 
-#include "shot/files/track_csv.h"
+#include "shot/files/track_reader.h"
 #include "shot/fit/residuals.h"
 #include "shot/solve/shot_solver.h"
 #include "shot/trust/final_weights.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef SHOT_FILES_CSV_READER_H
-#define SHOT_FILES_CSV_READER_H
+#ifndef SHOT_FILES_CSV_RECORDS_H
+#define SHOT_FILES_CSV_RECORDS_H
 
 #include <csv.h>
 
@@ -11,18 +11,9 @@
 #include <vector>
 
 #include "shot/files/byte_source.h"
+#include "shot/files/number_text.h"
 
 namespace cornerpin {
-
-class Sha256;
-
-/// Without the blanks and tabs at both ends.
-inline std::string_view trimmed(std::string_view text) {
-  const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
 
 /// Reads the records of a file one by one, in memory proportional to the longest. They are
 /// separated by the one of comma, semicolon and tab that its first line that is not blank has most
@@ -35,14 +26,13 @@ inline std::string_view trimmed(std::string_view text) {
 ///
 /// Cost: a line without a quote is cut where it stands in the file's block; only lines with one go
 /// through libcsv.
-class CsvReader {
+class CsvRecords {
  public:
-  /// "-" reads standard input, which errors call "<stdin>".
-  /// \param digest  is given all bytes as they are read; null: none
-  explicit CsvReader(const std::string& path, Sha256* digest = nullptr);
-  CsvReader(const CsvReader&) = delete;
-  CsvReader& operator=(const CsvReader&) = delete;
-  ~CsvReader();
+  /// From the first byte; the source must outlive it.
+  explicit CsvRecords(ByteSource& source);
+  CsvRecords(const CsvRecords&) = delete;
+  CsvRecords& operator=(const CsvRecords&) = delete;
+  ~CsvRecords();
 
   /// Moves to the next record; false at the end of the file.
   bool next();
@@ -58,8 +48,6 @@ class CsvReader {
   std::uint32_t line() const { return recordLine_; }
   const std::string& name() const { return source_.name(); }
   char separator() const { return separator_; }
-  /// What the file begins with, 256 kB of it at most; before the first record is asked for.
-  std::string_view beginning() const { return {buffer_.data() + next_, filled_ - next_}; }
 
   /// About how many records the whole file has, from the lines in a sample of it; none for what is
   /// not a plain file.
@@ -83,7 +71,7 @@ class CsvReader {
   std::string_view line(std::size_t length) const { return {buffer_.data() + begin_, length}; }
   [[noreturn]] void fail(const std::string& text) const;
 
-  ByteSource source_;
+  ByteSource& source_;
   csv_parser parser_;
   char separator_ = ',';
 

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/number_text.h"
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace cornerpin {
+
+namespace {
+
+// How much of the text is shown: never a part of a UTF-8 character.
+std::size_t shownLength(std::string_view text) {
+  if (text.size() <= kShownLength) return text.size();
+  const auto continues = [&](std::size_t i) { return (text[i] & 0xc0) == 0x80; };
+  std::size_t length = kShownLength;
+  while (length > kShownLength - 3 && continues(length)) --length;
+  return length;
+}
+
+template <class T>
+Parsed parseBare(std::string_view text, T& value) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (stop == end && error == std::errc()) return Parsed::Number;
+  const bool all = stop == end && error == std::errc::result_out_of_range;
+  return all ? Parsed::OutOfRange : Parsed::Nothing;
+}
+
+template <class T>
+Parsed parseWhole(std::string_view text, T& value) {
+  if (parseBare(text, value) == Parsed::Number) return Parsed::Number;
+  text = trimmed(text);
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+  return parseBare(text, value);
+}
+
+}  // namespace
+
+std::string shown(std::string_view value) {
+  std::string text(value.substr(0, shownLength(value)));
+  for (char& c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+  }
+  return "\"" + text + (value.size() > kShownLength ? "...\"" : "\"");
+}
+
+Parsed parse(std::string_view text, double& value) { return parseWhole(text, value); }
+Parsed parse(std::string_view text, std::int32_t& value) { return parseWhole(text, value); }
+
+bool hasDecimalComma(std::string_view text) {
+  std::string pointed(text);
+  const std::size_t comma = pointed.find(',');
+  if (comma == std::string::npos || comma + 1 == pointed.size()) return false;
+  pointed[comma] = '.';
+  double value = 0.0;
+  return parse(pointed, value) == Parsed::Number;
+}
+
+std::string flawOfNumber(std::string_view name, std::string_view text, Parsed parsed) {
+  if (parsed == Parsed::OutOfRange) return fmt::format("{} is out of range: {}", name, shown(text));
+  return fmt::format("{} must be a number, not {}{}", name, shown(text),
+                     hasDecimalComma(text) ? ": write a decimal point" : "");
+}
+
+std::string flawOfWholeNumber(std::string_view name, std::string_view text, Parsed parsed) {
+  const bool isLarge = parsed == Parsed::OutOfRange;
+  return fmt::format("{} {} {}", name, isLarge ? "is too large:" : "must be a whole number, not",
+                     shown(text));
+}
+
+std::string flawOfPosition(std::string_view name, std::string_view text, double number) {
+  if (!std::isfinite(number)) return fmt::format("{} must be finite, not {}", name, shown(text));
+  if (std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
+    return fmt::format("{} is too large: {}", name, shown(text));
+  }
+  return "";
+}
+
+}  // namespace cornerpin

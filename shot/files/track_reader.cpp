@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/track_reader.h"
+
+#include "shot/files/byte_source.h"
+#include "shot/files/file_kind.h"
+#include "shot/files/input_error.h"
+#include "shot/files/track_input.h"
+
+namespace cornerpin {
+
+namespace {
+
+Tracks readAs(Format format, const TrackInput& input) {
+  switch (format) {
+    case Format::Csv:
+      return readCsv(input);
+    default:
+      throw InputError(input.source.name(),
+                       std::string("no tracks are read from ") + factsOf(format).word + " files");
+  }
+}
+
+}  // namespace
+
+Tracks readTracks(const std::string& path, const Progress& progress, const FrameRange& frames,
+                  ReadTrace* trace) {
+  ReadTrace nobody;
+  ReadTrace& noted = trace != nullptr ? *trace : nobody;
+  ByteSource source(path, noted.digest ? &*noted.digest : nullptr);
+  const std::string_view beginning = source.beginning();
+  if (const std::string kind = otherThanRecords(beginning); !kind.empty()) {
+    throw InputError(source.name(), kind);
+  }
+  if (!noted.format) noted.format = formatIn(beginning);
+  return readAs(*noted.format, {source, progress, frames, noted});
+}
+
+}  // namespace cornerpin

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "shot/files/number_text.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
+#include "tests/shot/random.h"
+
+using namespace cornerpin;
+
+TEST(Shown, QuotesOnOneLineAndCutsBetweenCharacters) {
+  EXPECT_EQ(shown("a"), "\"a\"");
+  EXPECT_EQ(shown("a\nb\x7f"), "\"a?b?\"");
+  EXPECT_EQ(shown(std::string(60, 'a')), "\"" + std::string(60, 'a') + "\"");
+  EXPECT_EQ(shown(std::string(61, 'a')), "\"" + std::string(60, 'a') + "...\"");
+  EXPECT_EQ(shown(std::string(59, 'a') + "\xC3\xBC"), "\"" + std::string(59, 'a') + "...\"");
+}
+
+TEST(Parse, TakesWholeTextsOnly) {
+  double value = 0.0;
+  EXPECT_EQ(parse(" +1.5e3\t", value), Parsed::Number);
+  EXPECT_EQ(value, 1500.0);
+  EXPECT_EQ(parse("1e999", value), Parsed::OutOfRange);
+  for (const char* text : {"", "1 2", "1x", "+-1", "0x10", "1,5"}) {
+    EXPECT_EQ(parse(text, value), Parsed::Nothing) << text;
+  }
+  std::int32_t whole = 0;
+  EXPECT_EQ(parse("-2147483648", whole), Parsed::Number);
+  EXPECT_EQ(whole, -2147483647 - 1);
+  EXPECT_EQ(parse("2147483648", whole), Parsed::OutOfRange);
+  EXPECT_EQ(parse("1.0", whole), Parsed::Nothing);
+}
+
+// The C library's conversion is correctly rounded.
+TEST(ParsesPlain, GivesTheNearestDouble) {
+  made::Random random(1);
+  for (int i = 0; i < 20000; ++i) {
+    std::string text = std::to_string(static_cast<std::int64_t>(random.real(0.0, 1e13)));
+    const double place = random.real(0.0, static_cast<double>(text.size()));
+    text.insert(static_cast<std::size_t>(place), ".");
+    double value = 0.0;
+    ASSERT_TRUE(parsesPlain(text, value)) << text;
+    ASSERT_EQ(value, std::strtod(text.c_str(), nullptr)) << text;
+  }
+  double value = 0.0;
+  EXPECT_TRUE(parsesPlain("-0.5", value));
+  EXPECT_EQ(value, -0.5);
+  for (const char* text : {"", "-", ".", "1e3", " 1", "1234567890123456", "nan"}) {
+    EXPECT_FALSE(parsesPlain(text, value)) << text;
+  }
+}
+
+TEST(FlawOfPosition, IsWhatSinglePrecisionDoesNotHold) {
+  EXPECT_EQ(flawOfPosition("x", "1", 1.0), "");
+  EXPECT_EQ(flawOfPosition("x", "3.5e38", 3.5e38), "x is too large: \"3.5e38\"");
+  EXPECT_EQ(flawOfPosition("x", "inf", HUGE_VAL), "x must be finite, not \"inf\"");
+}
