@@ -24,17 +24,9 @@ bool startsWith(std::string_view text, std::string_view part) {
 // Within so many bytes a file that is not text has a zero.
 constexpr std::size_t kTelling = 8192;
 
-std::string kindOfJson(std::string_view text) {
-  const std::size_t name = text.find_first_not_of(" \t\r\n", 1);
-  if (name != std::string_view::npos && startsWith(text.substr(name), "\"cornerpin\"")) {
-    return "this is a result, not tracks: give the CSV file that it was solved from";
-  }
-  return "this is JSON, such as --quads takes, not tracks: a CSV file is wanted";
-}
-
 }  // namespace
 
-std::string otherThanRecords(std::string_view beginning) {
+std::string otherThanText(std::string_view beginning) {
   for (const auto& [magic, name] : kArchives) {
     if (startsWith(beginning, magic)) {
       return fmt::format("this is a {} file: unpack it first, or pack it with gzip", name);
@@ -43,12 +35,8 @@ std::string otherThanRecords(std::string_view beginning) {
   if (startsWith(beginning, "\xFF\xFE") || startsWith(beginning, "\xFE\xFF")) {
     return "this is UTF-16 text: save it as UTF-8";
   }
-  const std::size_t first = beginning.find_first_not_of(" \t\r\n");
-  if (first != std::string_view::npos && beginning[first] == '{') {
-    return kindOfJson(beginning.substr(first));
-  }
   if (beginning.substr(0, kTelling).find('\0') != std::string_view::npos) {
-    return "this is a binary file, not text: a CSV file is wanted";
+    return "this is a binary file, not text: tracks are wanted";
   }
   return "";
 }

@@ -7,9 +7,9 @@
 
 namespace cornerpin {
 
-/// What a file is that begins like this, and what to do, where it is no text with records: another
-/// kind of archive than gzip, UTF-16 text, JSON, binary. Empty for all else.
-std::string otherThanRecords(std::string_view beginning);
+/// What a file is that begins like this, and what to do, where it is no text: another kind of
+/// archive than gzip, UTF-16 text, binary. Empty for all else.
+std::string otherThanText(std::string_view beginning);
 
 }  // namespace cornerpin
 

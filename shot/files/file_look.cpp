@@ -17,6 +17,7 @@
 
 #include "shot/files/byte_source.h"
 #include "shot/files/input_error.h"
+#include "shot/files/json_reader.h"
 
 namespace cornerpin {
 
@@ -92,8 +93,9 @@ FileLook lookAt(const std::string& path) {
   if (look.path == "-") ::lseek(STDIN_FILENO, start, SEEK_SET);
   look.packed = look.bytes > 0 && source.size() == 0;  // an unpacked file's size stays known
   const std::size_t first = beginning.find_first_not_of(" \t\r\n");
-  look.json =
-      first != std::string_view::npos && (beginning[first] == '{' || beginning[first] == '[');
+  look.json = first != std::string_view::npos &&
+              (beginning[first] == '{' || beginning[first] == '[') &&
+              !otherThanTracks(beginning).empty();
   return look;
 }
 

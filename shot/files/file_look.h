@@ -13,7 +13,7 @@ struct FileLook {
   std::string name;         ///< for people
   std::uint64_t bytes = 0;  ///< as it stands there
   bool packed = false;      ///< a gzip file
-  bool json = false;        ///< what is in it begins like JSON; anything else is records
+  bool json = false;        ///< what is in it begins like JSON without tracks
 };
 
 /// Looks at a file's size and beginning; "-" is standard input. What can be read only once, such as

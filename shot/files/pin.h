@@ -34,11 +34,19 @@ struct Pin {
   std::vector<PinFrame> frames;  ///< by rising frame, every frame of the shot
 };
 
+/// The corners of the whole picture by `Corner`, in its own coordinates, which are pixels; its size
+/// is known.
+Quad pictureCorners(const Picture& picture);
+
 /// The same with numbers of another picture, of which nothing may be missing (`missingBetween`).
 Pin converted(const Pin& pin, const Picture& to);
 
 /// The four corners as tracks with the names of `kCornerNames`; corners that go nowhere are absent.
 Tracks tracksOf(const Pin& pin);
+
+/// The pin that tracks with the names of `kCornerNames` are, of the whole picture, whose size is
+/// known. It has every frame from the first to the last; corners that are absent there are NaN.
+Pin pinOf(const Tracks& corners, const std::string& name);
 
 /// What writers of pins are told beside the pin.
 struct PinStyle {

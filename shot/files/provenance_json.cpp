@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/files/provenance_json.h"
 
+#include <cstdlib>
 #include <limits>
 #include <string>
 
@@ -27,15 +28,6 @@ Json jsonOf(const ProgramVersion& program) {
 
 Json jsonOf(const InputFile& input) {
   return {{"name", orNull(input.name)}, {"sha256", orNull(input.sha256)}, {"rows", input.rows}};
-}
-
-Json jsonOf(const Picture& picture) {
-  Json y;
-  if (picture.y) y = *picture.y == YAxis::Down ? "down" : "up";
-  return {{"width", orElse(picture.width, nullptr)},
-          {"height", orElse(picture.height, nullptr)},
-          {"y", y},
-          {"pixel_centre", orElse(picture.pixelCentre, nullptr)}};
 }
 
 Json jsonOf(const FrameRange& frames) {
@@ -97,27 +89,11 @@ InputFile inputIn(const JsonField& field) {
   return input;
 }
 
-std::optional<int> pixelsIn(const JsonField& field) {
-  if (field.isNull()) return std::nullopt;
-  if (field.tally() == 0) field.refuse("a number above 0 or null is needed");
-  return field.tally();
-}
-
-Picture pictureIn(const JsonField& field) {
-  Picture picture;
-  picture.width = pixelsIn(field.at("width"));
-  picture.height = pixelsIn(field.at("height"));
-  if (const auto y = known(field, "y")) {
-    if (!isWord(*y, "down") && !isWord(*y, "up")) y->refuse("\"down\", \"up\" or null is needed");
-    picture.y = isWord(*y, "down") ? YAxis::Down : YAxis::Up;
-  }
-  if (const auto centre = known(field, "pixel_centre")) {
-    picture.pixelCentre = centre->number();
-    if (*picture.pixelCentre != 0.0 && *picture.pixelCentre != 0.5) {
-      centre->refuse("0, 0.5 or null is needed");
-    }
-  }
-  return picture;
+std::optional<int> pixelsIn(const JsonField& picture, const char* name) {
+  const auto field = known(picture, name);
+  if (!field) return std::nullopt;
+  if (field->tally() == 0) field->refuse("a number above 0 or null is needed");
+  return field->tally();
 }
 
 FrameRange framesIn(const JsonField& field) {
@@ -157,6 +133,37 @@ GivenOptions optionsIn(const JsonField& field) {
 
 }  // namespace
 
+Json pictureJson(const Picture& picture) {
+  Json y;
+  if (picture.y) y = *picture.y == YAxis::Down ? "down" : "up";
+  return {{"width", orElse(picture.width, nullptr)},
+          {"height", orElse(picture.height, nullptr)},
+          {"y", y},
+          {"pixel_centre", orElse(picture.pixelCentre, nullptr)},
+          {"first_frame", orElse(picture.firstFrame, nullptr)}};
+}
+
+Picture pictureIn(const JsonField& field) {
+  Picture picture;
+  picture.width = pixelsIn(field, "width");
+  picture.height = pixelsIn(field, "height");
+  if (const auto y = known(field, "y")) {
+    if (!isWord(*y, "down") && !isWord(*y, "up")) y->refuse("\"down\", \"up\" or null is needed");
+    picture.y = isWord(*y, "down") ? YAxis::Down : YAxis::Up;
+  }
+  if (const auto centre = known(field, "pixel_centre")) {
+    picture.pixelCentre = centre->number();
+    if (*picture.pixelCentre != 0.0 && *picture.pixelCentre != 0.5) {
+      centre->refuse("0, 0.5 or null is needed");
+    }
+  }
+  if (const auto first = known(field, "first_frame")) {
+    picture.firstFrame = first->integer();
+    if (std::abs(*picture.firstFrame) > kFarthestFrame) first->refuse("too far from 0");
+  }
+  return picture;
+}
+
 Json provenanceJson(const ShotResult& result) {
   const Provenance& from = result.provenance;
   Json rebased = Json::array();
@@ -166,7 +173,7 @@ Json provenanceJson(const ShotResult& result) {
   return {{"program", from.program ? jsonOf(*from.program) : Json(nullptr)},
           {"options", optionsJson(result)},
           {"input", from.input ? jsonOf(*from.input) : Json(nullptr)},
-          {"picture", jsonOf(from.picture)},
+          {"picture", pictureJson(from.picture)},
           {"rebased", std::move(rebased)}};
 }
 

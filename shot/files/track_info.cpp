@@ -60,8 +60,14 @@ const char* nameOf(char separator) {
   return separator == '\t' ? "tabs" : "commas";
 }
 
+std::string kindOf(const ReadTrace& trace) {
+  const Format format = trace.format.value_or(Format::Csv);
+  if (format == Format::Csv) return fmt::format("tracks in CSV with {}", nameOf(trace.separator));
+  return fmt::format("{} in {}", trace.isPin ? "a corner pin" : "tracks", factsOf(format).what);
+}
+
 std::string sourceRows(const FileLook& look, const ReadTrace& trace) {
-  std::string text = fileRows(look, fmt::format("tracks in CSV with {}", nameOf(trace.separator)));
+  std::string text = fileRows(look, kindOf(trace));
   if (trace.digest) text += infoRow("SHA-256", trace.digest->hex());
   return text + infoRow("rows", fmt::format("{}", trace.rows));
 }

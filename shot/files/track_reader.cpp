@@ -4,6 +4,7 @@
 #include "shot/files/byte_source.h"
 #include "shot/files/file_kind.h"
 #include "shot/files/input_error.h"
+#include "shot/files/json_reader.h"
 #include "shot/files/track_input.h"
 
 namespace cornerpin {
@@ -14,6 +15,8 @@ Tracks readAs(Format format, const TrackInput& input) {
   switch (format) {
     case Format::Csv:
       return readCsv(input);
+    case Format::Json:
+      return readJson(input);
     default:
       throw InputError(input.source.name(),
                        std::string("no tracks are read from ") + factsOf(format).word + " files");
@@ -28,10 +31,14 @@ Tracks readTracks(const std::string& path, const Progress& progress, const Frame
   ReadTrace& noted = trace != nullptr ? *trace : nobody;
   ByteSource source(path, noted.digest ? &*noted.digest : nullptr);
   const std::string_view beginning = source.beginning();
-  if (const std::string kind = otherThanRecords(beginning); !kind.empty()) {
+  if (const std::string kind = otherThanText(beginning); !kind.empty()) {
     throw InputError(source.name(), kind);
   }
   if (!noted.format) noted.format = formatIn(beginning);
+  if (*noted.format == Format::Json) {
+    const std::string other = otherThanTracks(beginning);
+    if (!other.empty()) throw InputError(source.name(), other);
+  }
   return readAs(*noted.format, {source, progress, frames, noted});
 }
 

@@ -11,6 +11,8 @@
 /// decimals, alike in every locale. They write all or throw, and say what the file cannot carry.
 namespace cornerpin {
 
+WriteNotes writeCsvTracks(const Tracks& tracks, OutputFile& out);
+WriteNotes writeJsonTracks(const Tracks& tracks, OutputFile& out);
 WriteNotes writePointsTracks(const Tracks& tracks, OutputFile& out);
 WriteNotes writeBlocksTracks(const Tracks& tracks, OutputFile& out);
 WriteNotes writeUvTracks(const Tracks& tracks, OutputFile& out);

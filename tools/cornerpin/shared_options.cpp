@@ -18,19 +18,11 @@
 #include "shot/solve/selection.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
+#include "tools/cornerpin/parse_whole.h"
 
 namespace cornerpin {
 
 namespace {
-
-// The whole text as a number; none where anything else stands in it.
-template <class Number>
-std::optional<Number> parseWhole(const std::string& text) {
-  Number number = 0;
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  return error == std::errc() && stop == end ? std::optional<Number>(number) : std::nullopt;
-}
 
 std::vector<Selected> parseLists(const char* option, const std::vector<std::string>& lists,
                                  const Tracks& tracks) {
@@ -76,7 +68,7 @@ std::optional<double> parsePixels(const char* option, const std::string& text) {
 }  // namespace
 
 void TracksArgument::addTo(CLI::App& parser) {
-  takesFile(parser.add_option("tracks", path, "CSV file with the tracks; - is standard input"))
+  takesFile(parser.add_option("tracks", path, "File with the tracks; - is standard input"))
       ->required()
       ->check(refuseEmpty);
 }
@@ -108,7 +100,7 @@ Format OutputOptions::format() const {
   if (formatName == "csv") return Format::Csv;
   if (path.empty() || isStandardOutput()) return Format::Json;
   const std::optional<Format> format = formatOf(path);
-  if (!format) {
+  if (format != Format::Json && format != Format::Csv) {
     throw std::invalid_argument("\"" + path +
                                 "\" ends neither in .json nor in .csv: add --format json or "
                                 "--format csv");

@@ -4,14 +4,20 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "shot/advice/remedy.h"
+#include "shot/files/conversion.h"
 #include "shot/files/explanation_csv.h"
+#include "shot/files/export.h"
+#include "shot/files/input_error.h"
 #include "shot/files/output_file.h"
 #include "shot/files/result_file.h"
 #include "shot/files/sha256.h"
@@ -20,6 +26,7 @@
 #include "shot/solve/shot_solver.h"
 #include "shot/time/between.h"
 #include "shot/time/retouch.h"
+#include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
@@ -32,15 +39,18 @@ namespace {
 
 constexpr CommandText kText = {
     "solve", "Find the transform of every frame", "cornerpin solve shot.csv -o shot.json",
-    "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries the\n"
-    "tracks from where they are in the base frame to where they are in that frame. Prints how\n"
-    "well it fits. The file is CSV with the columns track,frame,x,y and, if you like, weight:\n"
-    "one row for each track and frame where the track is seen.\n",
-    "The columns stand in any order, with commas, semicolons or tabs between them, plain or\n"
-    "gzip. A track's distance r from the fit is multiplied by its weight w:\n"
-    "the cost is w^2 r^2, so a track of weight 0.5 counts a quarter of one of weight 1. Weight\n"
-    "0 is the same as no row. A track that the base frame lacks takes part once other frames\n"
-    "have told where on the surface it is.\n\n"
+    "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries them\n"
+    "from the base frame to that frame. Prints how well it fits. Tracks are CSV with the columns\n"
+    "track,frame,x,y and, if you like, weight, or a file of a tracking program.\n",
+    "CSV has a row for each track and frame where the track is seen. The columns stand in any\n"
+    "order, with commas, semicolons or tabs between them, plain or gzip. A track's distance r\n"
+    "from the fit is multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5\n"
+    "counts a quarter of one of weight 1. Weight 0 is the same as no row. A track that the base\n"
+    "frame lacks takes part once other frames have told where on the surface it is.\n\n"
+    "Several -o write several files of one solve. Each has the format of its name, or of the\n"
+    "--to before it, and holds what the --as before it says: a pin (the usual), its inverse to\n"
+    "stabilise, the transforms alone, or the good tracks. What is asked of a file and cannot be\n"
+    "known from the tracks, --size, --y-up and their like have to tell.\n\n"
     "--drop and --keep take names and patterns such as n*, t? or t[1-4]. A name in double\n"
     "quotes is taken as it is, with commas and stars; keep the quotes from the shell:\n"
     "'\"p,1\":60-81'. Frames are 60, 60-81 or 60-, which goes on to the end. They may be\n"
@@ -65,7 +75,10 @@ constexpr CommandText kText = {
 
 struct Arguments {
   TracksArgument input;
-  OutputOptions output;
+  FromOption from;
+  PictureOptions picture;
+  ExportOptions output;
+  StyleOptions style;
   JsonOption json;
   BaseOption base;
   ReferenceOption reference;
@@ -108,6 +121,9 @@ void addTo(CLI::App& parser, Arguments& arguments) {
                               "Write a CSV file of how much each track pulls on each frame"))
       ->check(refuseEmpty)
       ->option_text("FILE");
+  arguments.style.addTo(parser);
+  arguments.from.addTo(parser);
+  arguments.picture.addTo(parser);
   arguments.at.addTo(parser);
   arguments.strict.addTo(parser);
   arguments.loss.addTo(parser);
@@ -150,40 +166,66 @@ void checkTimes(const std::vector<double>& at, const Tracks& tracks) {
   }
 }
 
+// What is to be done with the tracks, and what is to be written.
+struct Plan {
+  SolveOptions options;
+  RetouchOptions retouches;
+  GivenOptions given;
+  Picture told;
+  std::vector<Export> exports;
+};
+
+bool writesResult(const Export& what) {
+  return what.kind != ExportKind::Tracks &&
+         (what.format == Format::Json || what.format == Format::Csv);
+}
+
 // Refuses options for what the table does not show where nothing else is written.
 void checkShown(const Arguments& arguments) {
-  if (!arguments.output.path.empty() || arguments.json.given) return;
+  if (!arguments.output.paths.empty() || arguments.json.given) return;
   if (!arguments.at.lists.empty()) {
     throw std::invalid_argument("--at: the table has no transforms: add -o FILE or --json");
   }
 }
 
-// Whether the result itself goes to standard output, and no table.
-bool printsResult(const Arguments& arguments) {
-  return arguments.json.given || arguments.output.isStandardOutput();
+// What goes to standard output instead of the table; null for the table.
+const Export* onStandardOutput(const Plan& plan) {
+  for (const Export& what : plan.exports) {
+    if (isStandardOutput(what.path)) return &what;
+  }
+  return nullptr;
 }
 
-bool printsSomething(const Arguments& arguments) {
-  return !arguments.talk.quiet || printsResult(arguments);
+bool printsTable(const Arguments& arguments, const Plan& plan) {
+  return !arguments.json.given && onStandardOutput(plan) == nullptr && !arguments.talk.quiet;
 }
 
 // Refuses outputs that would replace the input or one another, or cannot be written.
-void checkOutputs(const Arguments& arguments) {
-  const std::string& output = arguments.output.path;
-  const bool onStandardOutput = arguments.output.isStandardOutput();
-  if (onStandardOutput && arguments.json.given) {
-    throw std::invalid_argument("--json and -o both want standard output: leave one out");
+void checkOutputs(const Arguments& arguments, const Plan& plan) {
+  std::size_t printed = arguments.json.given ? 1 : 0;
+  for (std::size_t i = 0; i < plan.exports.size(); ++i) {
+    const std::string& path = plan.exports[i].path;
+    if (isStandardOutput(path)) {
+      ++printed;
+      continue;
+    }
+    refuseInput(arguments.input.path, path);
+    refuseInput(arguments.quads.quads, path);
+    refuseSame("-o", path, "--explain", arguments.explanation);
+    for (std::size_t j = 0; j < i; ++j) refuseSame("-o", plan.exports[j].path, "-o", path);
   }
-  if (!onStandardOutput) refuseInput(arguments.input.path, output);
+  if (printed > 1) {
+    throw std::invalid_argument(arguments.json.given
+                                    ? "--json and -o both want standard output: leave one out"
+                                    : "-o: one file alone goes to standard output");
+  }
   refuseInput(arguments.input.path, arguments.explanation);
-  refuseInput(arguments.quads.quads, output);
   refuseInput(arguments.quads.quads, arguments.explanation);
-  refuseSame("-o", output, "--explain", arguments.explanation);
   if (isStandardOutput(arguments.explanation)) {
     throw std::invalid_argument("--explain wants a file: name one");
   }
-  if (printsSomething(arguments)) requireWritable("-");
-  requireWritable(output);
+  if (printed > 0 || !arguments.talk.quiet) requireWritable("-");
+  for (const Export& what : plan.exports) requireWritable(what.path);
   requireWritable(arguments.explanation);
 }
 
@@ -204,84 +246,116 @@ GivenOptions givenIn(const Arguments& arguments, const SolveOptions& options,
 }
 
 // Whether anything is written that names the digest of the tracks.
-bool writesJson(const Arguments& arguments) {
-  const bool file = !arguments.output.path.empty();
-  return arguments.json.given || (file && arguments.output.format() == Format::Json);
+bool writesJson(const Arguments& arguments, const Plan& plan) {
+  return arguments.json.given ||
+         std::any_of(plan.exports.begin(), plan.exports.end(), [](const Export& what) {
+           return writesResult(what) && what.format == Format::Json;
+         });
 }
 
-bool tellsAdvice(const Arguments& arguments) {
-  return writesJson(arguments) || (printsSomething(arguments) && !printsResult(arguments));
+// A pin is put on one quad.
+void checkPinnedQuad(const Plan& plan) {
+  for (const Export& what : plan.exports) {
+    if (!writesResult(what) && what.kind == ExportKind::Pin) requireOneQuad(plan.options.quads);
+  }
 }
 
-// Reads the tracks that take part, and notes what they were read from.
-Tracks read(const Arguments& arguments, const FrameRange& frames, InputFile& input,
-            const Progress& progress) {
-  ReadTrace trace;
-  if (writesJson(arguments)) trace.digest.emplace();
-  Tracks tracks = readTracks(arguments.input.path, progress, frames, &trace);
-  input.name = arguments.input.fileName();
-  input.sha256 = trace.digest ? trace.digest->hex() : "";
-  input.rows = trace.rows;
-  arguments.selection.apply(tracks, frames);
-  return tracks;
+bool tellsAdvice(const Arguments& arguments, const Plan& plan) {
+  return writesJson(arguments, plan) || printsTable(arguments, plan);
 }
-
-// What is to be done with the tracks.
-struct Plan {
-  SolveOptions options;
-  RetouchOptions retouches;
-  GivenOptions given;
-};
 
 Plan planOf(const Arguments& arguments) {
-  Plan plan = {optionsOf(arguments), retouchOf(arguments), {}};
+  Plan plan;
+  plan.options = optionsOf(arguments);
+  plan.retouches = retouchOf(arguments);
   plan.given = givenIn(arguments, plan.options, plan.retouches);
+  plan.told = arguments.picture.value();
+  plan.exports = arguments.output.value(arguments.style);
   return plan;
 }
 
-ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks,
+// Reads the tracks that take part, and notes what they were read from and is to be said of them.
+Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, WriteNotes& notes,
+            const Progress& progress) {
+  ReadTrace trace;
+  trace.format = arguments.from.value();
+  if (writesJson(arguments, plan)) trace.digest.emplace();
+  const std::string& path = arguments.input.path;
+  Tracks tracks = readTracks(path, progress, plan.given.frames, &trace);
+  if (trace.isPin) {
+    throw InputError(path,
+                     "this is a corner pin, not tracks: cornerpin convert and cornerpin "
+                     "check take it");
+  }
+  const Picture contradicted = tell(tracks, *trace.format, plan.told);
+  refuseContradiction(contradicted, tracks.picture, path);
+  tracks = inPixels(std::move(tracks), path);
+  for (const Export& what : plan.exports) requireKnown(what, tracks.picture, path);
+  input.name = arguments.input.fileName();
+  input.sha256 = trace.digest ? trace.digest->hex() : "";
+  input.rows = trace.rows;
+  notes = trace.notes;
+  arguments.selection.apply(tracks, plan.given.frames);
+  return tracks;
+}
+
+ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks, WriteNotes& notes,
                  const Progress& progress) {
   InputFile input;
-  tracks = read(arguments, plan.given.frames, input, progress);
+  tracks = read(arguments, plan, input, notes, progress);
   checkTimes(plan.retouches.at, tracks);
   ShotResult result = solveShot(tracks, plan.options, progress);
   retouch(result, plan.retouches, progress);
   result.provenance.program = thisProgram();
   result.provenance.options = plan.given;
   result.provenance.input = input;
+  result.provenance.picture = tracks.picture;
   return result;
 }
 
-void writeFiles(const Arguments& arguments, Format format, const Tracks& tracks,
-                const ShotResult& result, const Progress& progress) {
+WriteNotes write(const Export& what, const Arguments& arguments, const Tracks& tracks,
+                 const ShotResult& result, const Progress& progress) {
+  OutputFile out(isStandardOutput(what.path) ? "-" : what.path);
+  WriteNotes notes = writeExport(what, result, &tracks, arguments.input.path, out, progress);
+  out.commit();
+  for (std::string& note : notes) note = what.path + ": " + note;
+  return notes;
+}
+
+void writeFiles(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
+                const ShotResult& result, WriteNotes& notes, const Progress& progress) {
   if (!arguments.explanation.empty()) {
     OutputFile out(arguments.explanation);
     writeExplanationCsv(result, tracks, out, progress);
     out.commit();
   }
-  if (arguments.output.path.empty() || arguments.output.isStandardOutput()) return;
-  OutputFile out(arguments.output.path);
-  writeResult(result, format, out, progress);
-  out.commit();
+  for (const Export& what : plan.exports) {
+    if (isStandardOutput(what.path)) continue;
+    const WriteNotes more = write(what, arguments, tracks, result, progress);
+    notes.insert(notes.end(), more.begin(), more.end());
+  }
 }
 
-void printResult(const Arguments& arguments, Format format, const ShotResult& result) {
-  if (!printsSomething(arguments)) return;
-  if (!printsResult(arguments)) {
+void printResult(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
+                 const ShotResult& result, WriteNotes& notes) {
+  if (printsTable(arguments, plan)) {
     const bool coloured = isColoured(arguments.colour.value(), STDOUT_FILENO);
     print(summaryTable(result, {arguments.talk.verbose, coloured}));
-    return;
+  } else if (arguments.json.given) {
+    OutputFile out("-");
+    writeResult(result, Format::Json, out);
+    out.commit();
+  } else if (const Export* what = onStandardOutput(plan)) {
+    const WriteNotes more = write(*what, arguments, tracks, result, {});
+    notes.insert(notes.end(), more.begin(), more.end());
   }
-  OutputFile out("-");
-  writeResult(result, arguments.json.given ? Format::Json : format, out);
-  out.commit();
 }
 
 // Warns of doubtful frames on standard error, unless a person has the table before them or only
 // errors are to be told.
-int exitCode(const Arguments& arguments, const ShotResult& result) {
+int exitCode(const Arguments& arguments, const Plan& plan, const ShotResult& result) {
   const Summary summary = summarise(result);
-  const bool isSeen = !printsResult(arguments) && ::isatty(STDOUT_FILENO) != 0;
+  const bool isSeen = printsTable(arguments, plan) && ::isatty(STDOUT_FILENO) != 0;
   if (summary.doubtful > 0 && !arguments.talk.quiet && !isSeen) {
     const Mark mark = doubtfulMark(arguments.colour.value(), STDERR_FILENO);
     std::cerr << "cornerpin: " << mark("warning:") << ' ' << doubtfulFramesLine(result) << '\n';
@@ -291,24 +365,31 @@ int exitCode(const Arguments& arguments, const ShotResult& result) {
   return degraded ? kDegraded : kSolved;
 }
 
+void tellNotes(const Arguments& arguments, const WriteNotes& notes) {
+  if (arguments.talk.quiet) return;
+  for (const std::string& note : notes) std::cerr << "cornerpin: note: " << note << '\n';
+}
+
 int run(const Arguments& arguments) {
   arguments.talk.check();
   checkShown(arguments);
   const Plan plan = planOf(arguments);
-  const Format format = arguments.output.format();
+  checkPinnedQuad(plan);
   const ProgressStyle style = arguments.progress.value(arguments.talk.quiet);
-  checkOutputs(arguments);
+  checkOutputs(arguments, plan);
 
   Tracks tracks;
+  WriteNotes notes;
   const ShotResult result = [&] {
     ProgressBar bar(style);  // gone before anything is printed
-    ShotResult solved = solve(arguments, plan, tracks, bar.progress());
-    if (tellsAdvice(arguments)) advise(tracks, plan.options, solved, bar.progress());
-    writeFiles(arguments, format, tracks, solved, bar.progress());
+    ShotResult solved = solve(arguments, plan, tracks, notes, bar.progress());
+    if (tellsAdvice(arguments, plan)) advise(tracks, plan.options, solved, bar.progress());
+    writeFiles(arguments, plan, tracks, solved, notes, bar.progress());
     return solved;
   }();
-  printResult(arguments, format, result);
-  const int code = exitCode(arguments, result);
+  printResult(arguments, plan, tracks, result, notes);
+  tellNotes(arguments, notes);
+  const int code = exitCode(arguments, plan, result);
   if (style == ProgressStyle::Json) writeFinished(code);
   return code;
 }

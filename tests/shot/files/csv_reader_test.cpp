@@ -458,13 +458,13 @@ TEST(ReadTracksRefuses, TheFirstTenOfManyRows) {
 
 TEST(ReadTracksRefuses, FilesOfOtherKinds) {
   EXPECT_EQ(refusal("{\"cornerpin\":2}"),
-            " this is a result, not tracks: give the CSV file that it was solved from");
+            " this is a result, not tracks: give the file that it was solved from");
   EXPECT_EQ(refusal("\x1f\x8b"), " the gzip data is cut off: the file is incomplete");
   const std::string packed = gzipped(kHeader + "a,0,1,2,1\n");
   EXPECT_EQ(refusal(packed.substr(0, packed.size() - 1)),
             " the gzip data is cut off: the file is incomplete");
   EXPECT_EQ(refusal(gzipped("{\"cornerpin\":2}")),
-            " this is a result, not tracks: give the CSV file that it was solved from");
+            " this is a result, not tracks: give the file that it was solved from");
 }
 
 TEST(ReadTracksRefuses, ATrackTwiceInAFrameNamingBothLines) {

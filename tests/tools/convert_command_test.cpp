@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <gtest/gtest.h>
+
+#include "tests/support/files.h"
+#include "tests/tools/program.h"
+
+namespace {
+
+const std::string kTracks = "track,frame,x,y,weight\na,3,10,20.25,1\nb,4,-1.5,0.1,0.5\n";
+
+class Shot {
+ public:
+  Shot() { writeFile(csv(), kTracks); }
+  std::string csv() const { return folder_ / "a.csv"; }
+  std::string operator/(const std::string& name) const { return folder_ / name; }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+}  // namespace
+
+TEST(ConvertCommand, WritesTracksAsTheyAreWhereNothingElseIsAskedFor) {
+  const Shot shot;
+  EXPECT_EQ(cornerpin({"convert", shot.csv(), shot / "b.json"}).code, 0);
+  const Outcome back = cornerpin({"convert", shot / "b.json", "-", "--to", "csv"});
+  EXPECT_EQ(back.code, 0) << back.err;
+  EXPECT_EQ(back.out, kTracks);
+  EXPECT_EQ(back.err, "");
+}
+
+TEST(ConvertCommand, TurnsWhatTheInputSaysWhereTheOutputMayHaveEither) {
+  const Shot shot;
+  cornerpin({"convert", shot.csv(), shot / "b.json", "--y-up", "--size", "100x50"});
+  const Outcome turned = cornerpin({"convert", shot / "b.json", "-", "--to", "csv", "--y-down"});
+  EXPECT_EQ(turned.out, "track,frame,x,y,weight\na,3,10,29.75,1\nb,4,-1.5,49.9,0.5\n");
+}
+
+TEST(ConvertCommand, SaysWhatItHasToBeTold) {
+  const Shot shot;
+  const Outcome unknown = cornerpin({"convert", shot.csv(), shot / "b.nk"});
+  EXPECT_EQ(unknown.code, 2);
+  EXPECT_TRUE(contains(unknown.err, "does not say, where y grows to: add --y-up or --y-down"))
+      << unknown.err;
+  EXPECT_FALSE(std::filesystem::exists(shot / "b.nk"));
+  const Outcome name = cornerpin({"convert", shot.csv(), shot / "b.txt"});
+  EXPECT_EQ(name.code, 2);
+  EXPECT_TRUE(contains(name.err, "tells no format: put --to NAME before it, one of csv, json"))
+      << name.err;
+}
+
+TEST(ConvertCommand, RefusesWhatMakesNoSense) {
+  const Shot shot;
+  EXPECT_TRUE(contains(cornerpin({"convert", shot.csv(), shot.csv()}).err,
+                       "is the file that is read: not replaced"));
+  EXPECT_EQ(readFile(shot.csv()), kTracks);
+  EXPECT_TRUE(contains(cornerpin({"convert", shot.csv(), shot / "b.json", "--as", "pin"}).err,
+                       "--as pin: "));
+  const Outcome both = cornerpin({"convert", shot.csv(), shot / "b.json", "--y-up", "--y-down"});
+  EXPECT_EQ(both.code, 2);
+  EXPECT_EQ(both.err, "cornerpin: --y-up and --y-down exclude each other: leave one out\n");
+  EXPECT_EQ(cornerpin({"convert", shot.csv()}).code, 2);
+  EXPECT_EQ(cornerpin({"convert", shot / "none.csv", shot / "b.json"}).code, 3);
+}
+
+TEST(ConvertCommand, WritesAResultThatIsOneAgain) {
+  const TemporaryFolder folder;
+  cornerpin({"solve", kFacade, "-o", folder / "a.json", "-q"});
+  EXPECT_EQ(cornerpin({"convert", folder / "a.json", folder / "b.json"}).code, 0);
+  EXPECT_EQ(readFile(folder / "a.json"), readFile(folder / "b.json"));
+  const Outcome tracks =
+      cornerpin({"convert", folder / "a.json", folder / "c.csv", "--as", "tracks"});
+  EXPECT_EQ(tracks.code, 2);
+  EXPECT_TRUE(
+      contains(tracks.err, "a result holds no tracks: give --as tracks to cornerpin solve"));
+}

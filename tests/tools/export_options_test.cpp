@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/export_options.h"
+
+#include <gtest/gtest.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+using namespace cornerpin;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+struct Line {
+  CLI::App app;
+  ExportOptions output;
+  StyleOptions style;
+  PictureOptions picture;
+  FromOption from;
+
+  explicit Line(Words words) {
+    output.addTo(app);
+    style.addTo(app);
+    picture.addTo(app);
+    from.addTo(app);
+    std::reverse(words.begin(), words.end());  // the last one is parsed first
+    app.parse(words);
+  }
+};
+
+std::vector<Export> exportsOf(const Words& words) {
+  const Line line(words);
+  return line.output.value(line.style);
+}
+
+template <class Action>
+std::string refusal(const Action& action) {
+  try {
+    action();
+  } catch (const std::invalid_argument& error) {
+    return error.what();
+  }
+  return "nothing thrown";
+}
+
+std::string refusalOfExports(const Words& words) {
+  return refusal([&] { exportsOf(words); });
+}
+
+std::string refusalOfPicture(const Words& words) {
+  return refusal([&] { Line(words).picture.value(); });
+}
+
+}  // namespace
+
+TEST(ExportOptions, TakeEachFormatFromTheNameOrTheWordBeforeIt) {
+  const std::vector<Export> all = exportsOf({"-o", "a.json", "--to", "points", "-o", "b.csv",
+                                             "--as", "tracks", "-o", "c.csv", "-o", "d.nk"});
+  ASSERT_EQ(all.size(), 4u);
+  EXPECT_EQ(all[0].path, "a.json");
+  EXPECT_EQ(all[0].format, Format::Json);
+  EXPECT_EQ(all[1].format, Format::Points);
+  EXPECT_EQ(all[1].kind, ExportKind::Pin);
+  EXPECT_EQ(all[2].format, Format::Csv);
+  EXPECT_EQ(all[2].kind, ExportKind::Tracks);
+  EXPECT_EQ(all[3].format, Format::Nk);
+  EXPECT_EQ(all[3].kind, ExportKind::Pin);
+}
+
+TEST(ExportOptions, TakeAWordBehindTheLastNameForThatOne) {
+  EXPECT_EQ(exportsOf({"-o", "a", "--format", "csv"})[0].format, Format::Csv);
+  EXPECT_EQ(exportsOf({"-o", "a.nk", "--as", "stabilise"})[0].kind, ExportKind::Stabilise);
+  const std::vector<Export> two = exportsOf({"-o", "a.json", "-o", "b", "--to", "nk"});
+  EXPECT_EQ(two[0].format, Format::Json);
+  EXPECT_EQ(two[1].format, Format::Nk);
+  EXPECT_EQ(exportsOf({"-o", "-"})[0].format, Format::Json);
+  EXPECT_TRUE(exportsOf({}).empty());
+}
+
+TEST(ExportOptions, RefuseWhatCannotBeWritten) {
+  EXPECT_EQ(refusalOfExports({"-o", "a.txt"}),
+            "the name \"a.txt\" tells no format: put --to NAME before it, one of csv, json, "
+            "points, nk, blocks, keyframes, uv, blender, natron or usda");
+  EXPECT_EQ(refusalOfExports({"--to", "nk"}), "--to: no file is written: add -o FILE");
+  EXPECT_EQ(refusalOfExports({"--as", "pin"}), "--as: no file is written: add -o FILE");
+  EXPECT_EQ(refusalOfExports({"-o", "a.usda", "--as", "tracks"}).substr(0, 20),
+            "\"a.usda\": --as track");
+  EXPECT_EQ(refusalOfExports({"-o", "a", "--to", "keyframes"}),
+            "keyframes files need to know how many frames a second has: add --fps");
+  EXPECT_THROW(exportsOf({"-o", "a", "--to", "paths"}), CLI::ValidationError);
+}
+
+TEST(StyleOptions, AreReadForEveryFile) {
+  const Export what = exportsOf({"-o", "a", "--to", "keyframes", "--fps", "23.976", "--par", "2",
+                                 "--nk", "both", "--keyframes", "transform"})[0];
+  EXPECT_EQ(what.style.framesPerSecond, 23.976);
+  EXPECT_EQ(what.style.pixelAspect, 2.0);
+  EXPECT_EQ(what.style.nk, PinStyle::Nk::Both);
+  EXPECT_EQ(what.style.keyframes, PinStyle::Keyframes::Transform);
+  EXPECT_EQ(exportsOf({"-o", "a.nk", "--nk", "matrix"})[0].style.nk, PinStyle::Nk::Matrix);
+  EXPECT_EQ(exportsOf({"-o", "a.nk"})[0].style.pixelAspect, 1.0);
+  EXPECT_EQ(refusalOfExports({"-o", "a.nk", "--fps", "0"}),
+            "--fps takes a number above 0, not \"0\"");
+  EXPECT_EQ(refusalOfExports({"-o", "a.nk", "--par", "x"}),
+            "--par takes a number above 0, not \"x\"");
+}
+
+TEST(PictureOptions, SayWhatFilesDoNot) {
+  const Picture all =
+      Line({"--size", "1920x1080", "--y-down", "--pixel-center", "0", "--first-frame", "-5"})
+          .picture.value();
+  EXPECT_EQ(all.width, 1920);
+  EXPECT_EQ(all.height, 1080);
+  EXPECT_EQ(all.y, YAxis::Down);
+  EXPECT_EQ(all.pixelCentre, 0.0);
+  EXPECT_EQ(all.firstFrame, -5);
+  EXPECT_EQ(Line({"--y-up", "--pixel-center", "0.5"}).picture.value().pixelCentre, 0.5);
+  const Picture none = Line({}).picture.value();
+  EXPECT_FALSE(none.width || none.y || none.pixelCentre || none.firstFrame);
+}
+
+TEST(PictureOptions, AreRefusedOneByOne) {
+  EXPECT_EQ(refusalOfPicture({"--y-up", "--y-down"}),
+            "--y-up and --y-down exclude each other: leave one out");
+  for (const char* size : {"1920", "0x3", "3x", "1.5x2", "3x4x5", "-1x2"}) {
+    EXPECT_EQ(refusalOfPicture({std::string("--size=") + size}),
+              std::string("--size takes the picture's width and height such as 1920x1080, not \"") +
+                  size + "\"");
+  }
+  EXPECT_EQ(refusalOfPicture({"--pixel-center", "1"}), "--pixel-center takes 0 or 0.5, not \"1\"");
+  EXPECT_EQ(refusalOfPicture({"--first-frame", "1e3"}),
+            "--first-frame takes a frame number, not \"1e3\"");
+  EXPECT_EQ(refusalOfPicture({"--first-frame", "2000000000"}),
+            "--first-frame takes a frame number, not \"2000000000\"");
+}
+
+TEST(FromOption, NamesFormatsThatAreRead) {
+  EXPECT_EQ(Line({"--from", "rz2"}).from.value(), Format::Rz2);
+  EXPECT_EQ(Line({}).from.value(), std::nullopt);
+  EXPECT_THROW(Line({"--from", "usda"}), CLI::ValidationError);
+}
