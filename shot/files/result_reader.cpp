@@ -213,6 +213,9 @@ class ResultReader {
   void addFrame(const JsonField& field) {
     FrameResult frame;
     frame.frame = field.at("frame").integer();
+    if (frame.frame < -kFurthestFrame || frame.frame > kFurthestFrame) {
+      field.at("frame").refuse("too large");
+    }
     const std::vector<FrameResult>& frames = result_.frames;
     if (!frames.empty() && frame.frame != std::int64_t{frames.back().frame} + 1) {
       field.at("frame").refuse("not the frame behind the one before");

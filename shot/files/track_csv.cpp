@@ -276,10 +276,10 @@ class TrackReader {
   std::int32_t readFrame() const {
     std::int32_t frame = 0;
     const Parsed parsed = parse(value(kFrame), frame);
-    if (parsed != Parsed::Number) {
-      const bool isLarge = parsed == Parsed::OutOfRange;
-      refuse(kFrame, isLarge ? "frame is too large:" : "frame must be a whole number, not");
-    }
+    if (parsed == Parsed::Nothing) refuse(kFrame, "frame must be a whole number, not");
+    const bool fits =
+        parsed == Parsed::Number && -kFurthestFrame <= frame && frame <= kFurthestFrame;
+    if (!fits) refuse(kFrame, "frame is too large:");
     return frame;
   }
 

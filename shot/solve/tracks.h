@@ -59,6 +59,9 @@ struct Tracks {
 /// The most frames that a shot may span, gaps included.
 constexpr std::int64_t kMaxFrames = 2'000'000;
 
+/// Frames lie between this and its negative: twice a frame is an int too.
+constexpr std::int32_t kFurthestFrame = 1'000'000'000;
+
 }  // namespace cornerpin
 
 #endif

@@ -310,6 +310,8 @@ TEST(ReadResult, NamesThePlaceOfWhatIsWrong) {
   EXPECT_EQ(with("/frames/1/h/2", json::parse("[0,0]")), ": frames[1].h[2]: a list of 3 is needed");
   EXPECT_EQ(with("/frames/1/h/2/0", nullptr), ": frames[1].h[2][0]: a number is needed");
   EXPECT_EQ(with("/frames/1/h/2/2", 0), ": frames[1].h: the last element has to be 1");
+  EXPECT_EQ(with("/frames/0/frame", 1000000001), ": frames[0].frame: too large");
+  EXPECT_EQ(with("/frames/0/frame", -1000000001), ": frames[0].frame: too large");
   EXPECT_EQ(with("/frames/1/frame", 7), ": frames[1].frame: not the frame behind the one before");
   EXPECT_EQ(with("/frames/1/status", "base"),
             ": frames[1].status: \"base\" is for the base frame, and for no other");

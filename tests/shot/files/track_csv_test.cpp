@@ -401,6 +401,8 @@ TEST(ReadTracksRefuses, AFrameThatIsNotAWholeNumber) {
   EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"), "2: frame is too large: \"99999999999\"");
   EXPECT_EQ(refusal(kHeader + "a, -99999999999 ,1,2,1\n"),
             "2: frame is too large: \"-99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a,1000000001,1,2,1\n"), "2: frame is too large: \"1000000001\"");
+  EXPECT_EQ(refusal(kHeader + "a,-1000000001,1,2,1\n"), "2: frame is too large: \"-1000000001\"");
   EXPECT_EQ(refusal(kHeader + "a,99999999999x,1,2,1\n"),
             "2: frame must be a whole number, not \"99999999999x\"");
   EXPECT_EQ(refusal(kHeader + "a,,1,2,1\n"), "2: frame must be a whole number, not \"\"");
@@ -411,7 +413,7 @@ TEST(ReadTracksRefuses, AFrameFarFromTheOthers) {
             "3: frame 1000000 is 999994 frames from the nearest other, and the shot has 3: if that "
             "is right, name the frames with --frames");
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,10000,1,2,1\n"), "accepted");
-  EXPECT_EQ(refusal(kHeader + "a,-2147483648,1,2,1\na,2147483647,1,2,1\n").substr(0, 2), "3:");
+  EXPECT_EQ(refusal(kHeader + "a,-1000000000,1,2,1\na,1000000000,1,2,1\n").substr(0, 2), "3:");
 }
 
 TEST(ReadTracksRefuses, FramesThatSpanTooMuch) {
