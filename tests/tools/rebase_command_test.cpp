@@ -139,7 +139,8 @@ TEST(RebaseCommand, SaysWhyAFrameIsRefused) {
   EXPECT_EQ(held.out, "");
   const Outcome outside = rebased(folder / "in.json", "104");
   EXPECT_EQ(outside.code, 2);
-  EXPECT_EQ(outside.err, "cornerpin: reference frame 104 lies outside the shot's frames 0..103\n");
+  EXPECT_EQ(outside.err,
+            "cornerpin: reference frame 104 is not in the shot: take one from 0 to 103\n");
 }
 
 TEST(RebaseCommand, EndsInThreeWithFileAndPlaceWhereTheResultIsRefused) {

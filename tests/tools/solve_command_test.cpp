@@ -216,7 +216,8 @@ TEST(SolveCommand, WritesALongCsvOfSeveralQuads) {
 TEST(SolveCommand, SaysWhyAFrameCannotBeTheReference) {
   const Outcome outside = cornerpin({"solve", kFacade, "--reference", "71"});
   EXPECT_EQ(outside.code, 2);
-  EXPECT_EQ(outside.err, "cornerpin: reference frame 71 lies outside the shot's frames 0..70\n");
+  EXPECT_EQ(outside.err,
+            "cornerpin: reference frame 71 is not in the shot: take one from 0 to 70\n");
   const Outcome held = cornerpin({"solve", kScreen, "--hold", "--reference", "87"});
   EXPECT_EQ(held.code, 2);
   EXPECT_EQ(
