@@ -24,6 +24,20 @@ bool startsWith(std::string_view text, std::string_view part) {
 // Within so many bytes a file that is not text has a zero.
 constexpr std::size_t kTelling = 8192;
 
+bool isBinary(std::string_view beginning) {
+  return beginning.substr(0, kTelling).find('\0') != std::string_view::npos;
+}
+
+std::string packedOrWide(std::string_view beginning) {
+  for (const auto& [magic, name] : kArchives) {
+    if (startsWith(beginning, magic)) {
+      return fmt::format("this is a {} file: unpack it first, or pack it with gzip", name);
+    }
+  }
+  const bool wide = startsWith(beginning, "\xFF\xFE") || startsWith(beginning, "\xFE\xFF");
+  return wide ? "this is UTF-16 text: save it as UTF-8" : "";
+}
+
 std::string kindOfJson(std::string_view text) {
   const std::size_t name = text.find_first_not_of(" \t\r\n", 1);
   if (name != std::string_view::npos && startsWith(text.substr(name), "\"cornerpin\"")) {
@@ -35,20 +49,23 @@ std::string kindOfJson(std::string_view text) {
 }  // namespace
 
 std::string otherThanRecords(std::string_view beginning) {
-  for (const auto& [magic, name] : kArchives) {
-    if (startsWith(beginning, magic)) {
-      return fmt::format("this is a {} file: unpack it first, or pack it with gzip", name);
-    }
-  }
-  if (startsWith(beginning, "\xFF\xFE") || startsWith(beginning, "\xFE\xFF")) {
-    return "this is UTF-16 text: save it as UTF-8";
-  }
+  if (std::string kind = packedOrWide(beginning); !kind.empty()) return kind;
   const std::size_t first = beginning.find_first_not_of(" \t\r\n");
   if (first != std::string_view::npos && beginning[first] == '{') {
     return kindOfJson(beginning.substr(first));
   }
-  if (beginning.substr(0, kTelling).find('\0') != std::string_view::npos) {
-    return "this is a binary file, not text: a CSV file is wanted";
+  return isBinary(beginning) ? "this is a binary file, not text: a CSV file is wanted" : "";
+}
+
+std::string otherThanJson(std::string_view beginning) {
+  if (std::string kind = packedOrWide(beginning); !kind.empty()) return kind;
+  if (isBinary(beginning)) return "this is a binary file, not text: a JSON file is wanted";
+  const std::string_view header = beginning.substr(0, beginning.find_first_of("\r\n{["));
+  if (header.find("h00") != std::string_view::npos) {
+    return "this is a result in CSV, and JSON is wanted: solve again with -o shot.json";
+  }
+  if (header.find("track") != std::string_view::npos) {
+    return "these are tracks, not a result: give what cornerpin solve -o shot.json writes";
   }
   return "";
 }

@@ -10,6 +10,7 @@
 #include <set>
 
 #include "shot/files/byte_source.h"
+#include "shot/files/file_kind.h"
 #include "shot/files/input_error.h"
 
 namespace cornerpin {
@@ -129,9 +130,11 @@ JsonFile::JsonFile(const std::string& path, Names names) : name_(path == "-" ? "
     // Without a callback the time is proportional to the text.
     value_ = names == Names::Once ? Json::parse(text, noteName) : Json::parse(text);
   } catch (const Json::parse_error& error) {
+    if (const std::string kind = otherThanJson(text); !kind.empty()) throw InputError(name_, kind);
     const bool ended = error.byte > text.size();
     throw InputError(name_, lineOf(text, error.byte),
-                     ended ? "this is no JSON, or its end is missing" : "this is no JSON");
+                     ended ? "this is no JSON, or its end is missing: write the file again"
+                           : "this is no JSON: mend this line, or give another file");
   } catch (const Json::out_of_range&) {
     throw InputError(name_, "a number is too large for double precision");
   }

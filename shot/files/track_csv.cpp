@@ -181,9 +181,11 @@ class TrackReader {
   [[noreturn]] void refuseHeader(std::string_view missing) const {
     std::string hint;
     if (hasField("frame") && hasField("h00")) {
-      hint = ": this is a result, not tracks";
+      hint = ": this is a result, not tracks: give the file that it was solved from";
     } else if (fieldCount_ == 1) {
       hint = ": columns are separated by commas, semicolons or tabs";
+    } else {
+      hint = ": the first line must name track, frame, x and y";
     }
     refuse(
         fmt::format("the header {} has no column {}{}", shown(headerText()), shown(missing), hint));

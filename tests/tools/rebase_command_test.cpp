@@ -148,11 +148,14 @@ TEST(RebaseCommand, EndsInThreeWithFileAndPlaceWhereTheResultIsRefused) {
   const std::string in = folder / "in.json";
   const Outcome none = rebased(in, "1");
   EXPECT_EQ(none.code, 3);
-  EXPECT_EQ(none.err, "cornerpin: " + in + ": No such file or directory\n");
+  EXPECT_EQ(none.err, "cornerpin: " + in + ": there is no such file: check its name and folder\n");
   writeFile(in, "{\"cornerpin\":2}");
   EXPECT_EQ(rebased(in, "1").err, "cornerpin: " + in + ": base_frame: missing\n");
   EXPECT_EQ(rebased(in, "1").code, 3);
-  EXPECT_EQ(rebased(kFacade, "1").err, "cornerpin: " + kFacade + ":1: this is no JSON\n");
+  EXPECT_EQ(
+      rebased(kFacade, "1").err,
+      "cornerpin: " + kFacade +
+          ": these are tracks, not a result: give what cornerpin solve -o shot.json writes\n");
   writeFile(in, "{\"cornerpin\":9}");
   EXPECT_EQ(rebased(in, "1").code, 3);
   ChildOptions closed;

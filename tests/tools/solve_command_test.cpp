@@ -426,7 +426,8 @@ TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
 TEST(SolveCommand, EndsInThreeWithoutTheFile) {
   const Outcome run = cornerpin({"solve", "/nowhere/in.csv"});
   EXPECT_EQ(run.code, 3);
-  EXPECT_EQ(run.err, "cornerpin: /nowhere/in.csv: No such file or directory\n");
+  EXPECT_EQ(run.err,
+            "cornerpin: /nowhere/in.csv: there is no such file: check its name and folder\n");
 }
 
 TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
@@ -434,7 +435,7 @@ TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
   options.in = "";
   const Outcome closed = cornerpin({"solve", "-"}, options);
   EXPECT_EQ(closed.code, 3);
-  EXPECT_EQ(closed.err, "cornerpin: <stdin>: standard input is closed\n");
+  EXPECT_EQ(closed.err, "cornerpin: <stdin>: standard input is closed: open it, or name a file\n");
   options.in = "/dev/null";
   EXPECT_EQ(cornerpin({"solve", "-"}, options).err, "cornerpin: <stdin>: the file is empty\n");
 }

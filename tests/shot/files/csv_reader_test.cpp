@@ -307,7 +307,8 @@ TEST(CsvReader, SaysThatAFileIsNotThere) {
     CsvReader reader(folder / "none.csv");
     FAIL();
   } catch (const InputError& error) {
-    EXPECT_EQ(error.what(), folder / "none.csv" + ": No such file or directory");
+    EXPECT_EQ(error.what(),
+              folder / "none.csv" + ": there is no such file: check its name and folder");
   }
 }
 
@@ -374,7 +375,7 @@ TEST(CsvReader, SaysThatStandardInputIsClosed) {
     CsvReader reader("-");
     FAIL();
   } catch (const InputError& error) {
-    EXPECT_STREQ(error.what(), "<stdin>: standard input is closed");
+    EXPECT_STREQ(error.what(), "<stdin>: standard input is closed: open it, or name a file");
   }
 }
 
