@@ -108,6 +108,15 @@ TEST(RebaseCommand, WritesCsvAndReadsStandardInput) {
   EXPECT_EQ(readFile(solved / "o.csv"), run.out);
 }
 
+TEST(RebaseCommand, TakesQuietAsOtherCommandsDo) {
+  const Solved solved;
+  const Outcome run =
+      cornerpin({"rebase", solved.path(), "--reference", "50", "-q", "-o", solved / "out.json"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(readFile(solved / "out.json"), rebased(solved.path(), "50").out);
+}
+
 TEST(RebaseCommand, KeepsEveryByteWhereTheReferenceStays) {
   const Solved solved;
   EXPECT_EQ(rebased(solved.path(), "20").out, readFile(solved.path()));

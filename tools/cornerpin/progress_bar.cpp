@@ -18,6 +18,16 @@ constexpr auto kPatience = 500ms;
 constexpr auto kPeriod = 100ms;
 constexpr std::size_t kWidth = 30;
 
+// "1:05:09", "2:07" or "9 s".
+std::string textOf(double seconds) {
+  const auto whole = static_cast<long long>(std::ceil(seconds));
+  if (whole < 60) return fmt::format("{} s", whole);
+  if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
+  return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+}  // namespace
+
 const char* nameOf(Phase phase) {
   switch (phase) {
     case Phase::Reading:
@@ -41,16 +51,6 @@ const char* nameOf(Phase phase) {
   }
   return "";
 }
-
-// "1:05:09", "2:07" or "9 s".
-std::string textOf(double seconds) {
-  const auto whole = static_cast<long long>(std::ceil(seconds));
-  if (whole < 60) return fmt::format("{} s", whole);
-  if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
-  return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
-}
-
-}  // namespace
 
 // The writer takes no signals: their handlers belong to the thread that writes files.
 ProgressBar::ProgressBar(ProgressStyle style) : style_(style) {

@@ -57,7 +57,8 @@ constexpr CommandText kText = {
     "--progress json writes what a program needs to show how far the work is: an object on a\n"
     "line of its own on standard error, at most ten a second, with the phase, how much of it is\n"
     "done, the total, and the seconds_left of this phase; what nobody knows is null. The phases\n"
-    "are reading, choosing the base frame, solving, handing over, figures of trust and writing.\n"
+    "are reading, choosing the base frame, solving, handing over, figures of trust, smoothing,\n"
+    "filling, looking for what helps and writing. Errors and warnings begin with cornerpin:.\n"
     "The last object of a run that has ended well has the phase finished and the exit_code:\n\n"
     "  {\"phase\":\"solving\",\"done\":12,\"total\":191,\"seconds_left\":4.5}\n"
     "  {\"phase\":\"finished\",\"exit_code\":0}\n\n"
@@ -164,7 +165,7 @@ bool printsResult(const Arguments& arguments) {
 }
 
 bool printsSomething(const Arguments& arguments) {
-  return !arguments.talk.quiet || printsResult(arguments);
+  return !arguments.talk.quiet.given || printsResult(arguments);
 }
 
 // Refuses outputs that would replace the input or one another, or cannot be written.
@@ -282,7 +283,7 @@ void printResult(const Arguments& arguments, Format format, const ShotResult& re
 int exitCode(const Arguments& arguments, const ShotResult& result) {
   const Summary summary = summarise(result);
   const bool isSeen = !printsResult(arguments) && ::isatty(STDOUT_FILENO) != 0;
-  if (summary.doubtful > 0 && !arguments.talk.quiet && !isSeen) {
+  if (summary.doubtful > 0 && !arguments.talk.quiet.given && !isSeen) {
     const Mark mark = doubtfulMark(arguments.colour.value(), STDERR_FILENO);
     std::cerr << "cornerpin: " << mark("warning:") << ' ' << doubtfulFramesLine(result) << '\n';
   }
@@ -296,7 +297,7 @@ int run(const Arguments& arguments) {
   checkShown(arguments);
   const Plan plan = planOf(arguments);
   const Format format = arguments.output.format();
-  const ProgressStyle style = arguments.progress.value(arguments.talk.quiet);
+  const ProgressStyle style = arguments.progress.value(arguments.talk.quiet.given);
   checkOutputs(arguments);
 
   Tracks tracks;
