@@ -130,6 +130,9 @@ JsonFile::JsonFile(const std::string& path, Names names) : name_(path == "-" ? "
     // Without a callback the time is proportional to the text.
     value_ = names == Names::Once ? Json::parse(text, noteName) : Json::parse(text);
   } catch (const Json::parse_error& error) {
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
+      throw InputError(name_, "the file is empty: write it again");
+    }
     if (const std::string kind = otherThanJson(text); !kind.empty()) throw InputError(name_, kind);
     const bool ended = error.byte > text.size();
     throw InputError(name_, lineOf(text, error.byte),

@@ -105,7 +105,8 @@ TEST(JsonFile, NamesTheLineThatIsNoJson) {
             ":3: this is no JSON: mend this line, or give another file");
   EXPECT_EQ(refusal("{\"a\":\n[1,"),
             ":2: this is no JSON, or its end is missing: write the file again");
-  EXPECT_EQ(refusal(""), ":1: this is no JSON, or its end is missing: write the file again");
+  EXPECT_EQ(refusal(""), ": the file is empty: write it again");
+  EXPECT_EQ(refusal(" \n"), ": the file is empty: write it again");
   EXPECT_EQ(refusal(std::string("{\"a\":\"\xff\"}")),
             ":1: this is no JSON: mend this line, or give another file");
 }
