@@ -32,7 +32,7 @@ std::string fileMeantBy(const fs::path& path) {
     const std::size_t longer = std::max(name.size(), typed.size());
     if (longer - std::min(name.size(), typed.size()) > kMostSlips) continue;
     const std::size_t slips = slipsBetween(typed, name);
-    if (slips > fewest || (slips == fewest && (meant.empty() || meant < name))) continue;
+    if (slips > fewest || (slips == fewest && meant < name)) continue;
     fewest = slips;
     meant = name;
   }

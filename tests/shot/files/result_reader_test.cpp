@@ -293,6 +293,7 @@ TEST(ReadResult, RefusesWhatIsNoResultOrNewer) {
   const std::string end = ": give what cornerpin solve -o shot.json writes";
   EXPECT_EQ(refusal("[]"), ": this is JSON, but no result" + end);
   EXPECT_EQ(refusal("{}"), ": this is JSON, but no result" + end);
+  EXPECT_EQ(refusal(R"({"a":[1,2]})"), ": this is JSON, but no result" + end);
   EXPECT_EQ(refusal(R"({"a":[1,2,3,4],"b":4})"), ": this is JSON, but no result" + end);
   EXPECT_EQ(refusal(R"({"a":[[0,0],[1,0],[1,1],[0,1]]})"), ": these are quads, not a result" + end);
   EXPECT_EQ(refusal(R"({"quads":[],"reference_frame":1})"),
