@@ -13,6 +13,7 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kMostListed = 5;  // stretches in the first line
+constexpr const char* kNextLine = ";\n              ";
 
 std::string marked(const char* word, const char* code, bool colour) {
   return colour ? fmt::format("\033[{}m{}\033[0m", code, word) : word;
@@ -21,7 +22,7 @@ std::string marked(const char* word, const char* code, bool colour) {
 // The doubts of the frame, and how far it may be off.
 std::string reasonsOf(const FrameResult& frame) {
   std::string text;
-  for (const Doubt& doubt : frame.doubts) text += (text.empty() ? "" : "; ") + doubt.text;
+  for (const Doubt& doubt : frame.doubts) text += (text.empty() ? "" : kNextLine) + doubt.text;
   const bool told =
       frame.doubts.front().code == DoubtCode::ExpectedError || !std::isfinite(frame.expectedError);
   return text + (told ? fmt::format(" (frame {})", frame.frame)
@@ -34,7 +35,7 @@ std::string stretchLines(const ShotResult& result, const DoubtfulStretch& stretc
       fmt::format("  {:<10}  {}", textOf(stretch.frames), reasonsOf(result.frames[stretch.worst]));
   for (const Advice& advice : result.advice) {
     if (advice.frames.first != stretch.frames.first) continue;
-    text += fmt::format(";\n{:14}{}", "", advice.text);
+    text += kNextLine + advice.text;
   }
   return text + "\n";
 }
@@ -48,6 +49,12 @@ std::string allGood(const ShotResult& result) {
   std::string text = frames == 2 ? "both frames." : fmt::format("all {} frames.", frames);
   if (!std::isfinite(largest)) return text;
   return text + fmt::format(" No corner is expected to be more than {} off.", pixels(largest));
+}
+
+bool isAdvised(const ShotResult& result, const DoubtfulStretch& stretch) {
+  return std::any_of(result.advice.begin(), result.advice.end(), [&](const Advice& advice) {
+    return advice.frames.first == stretch.frames.first;
+  });
 }
 
 // The reference frame's transform is given: that it is good says nothing.
@@ -73,6 +80,14 @@ std::string closingWords(const ShotResult& result, bool colour) {
                   marked("Doubtful", "33", colour), textOf(stretchesOf(doubtful), kMostListed));
   for (const DoubtfulStretch& stretch : worstStretches(result)) {
     text += stretchLines(result, stretch);
+  }
+  return text;
+}
+
+std::string advisedStretches(const ShotResult& result) {
+  std::string text;
+  for (const DoubtfulStretch& stretch : worstStretches(result)) {
+    if (isAdvised(result, stretch)) text += stretchLines(result, stretch);
   }
   return text;
 }

@@ -19,6 +19,9 @@ namespace cornerpin {
 /// \param colour  marks "Good" and "Doubtful" for a terminal
 std::string closingWords(const ShotResult& result, bool colour);
 
+/// The lines of those stretches alone for which something was found to help; empty without any.
+std::string advisedStretches(const ShotResult& result);
+
 }  // namespace cornerpin
 
 #endif

@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "shot/advice/tried.h"
 #include "shot/plane/median.h"
 #include "shot/solve/selection.h"
 #include "shot/solve/shot_solver.h"
@@ -17,7 +18,6 @@ namespace cornerpin {
 
 namespace {
 
-constexpr double kHelps = 0.5;  // of the expected error, or of the doubtful frames
 // How far from the corner tracks are added, of the sides that meet there: not on the corner itself,
 // where nobody finds two features.
 constexpr double kBeside = 0.05;
@@ -31,57 +31,11 @@ std::size_t indexOf(const ShotResult& result, int frame) {
   return static_cast<std::size_t>(frame - result.frames.front().frame);
 }
 
-double largestError(const ShotResult& result, Stretch stretch) {
-  double largest = 0.0;
-  for (int frame = stretch.first; frame <= stretch.last; ++frame) {
-    largest = std::max(largest, comparableError(result.frames[indexOf(result, frame)]));
-  }
-  return largest;
-}
-
-std::size_t doubtfulIn(const ShotResult& result, Stretch stretch) {
-  const std::vector<int> frames = doubtfulFrames(result);
-  return static_cast<std::size_t>(std::count_if(frames.begin(), frames.end(), [&](int frame) {
-    return stretch.first <= frame && frame <= stretch.last;
-  }));
-}
-
-// Looks at tries. What a try changes outside the stretches speaks against all of it.
-class Judge {
- public:
-  explicit Judge(const ShotResult& before) : before_(before) {}
-
-  bool makesOthersDoubtful(const ShotResult& after, const Stretches& tried) const {
-    const auto isTried = [&](int frame) {
-      return std::any_of(tried.begin(), tried.end(), [frame](const DoubtfulStretch& s) {
-        return s.frames.first <= frame && frame <= s.frames.last;
-      });
-    };
-    for (std::size_t i = 0; i < after.frames.size(); ++i) {
-      const bool worse = before_.frames[i].doubts.empty() && !after.frames[i].doubts.empty();
-      if (worse && !isTried(after.frames[i].frame)) return true;
-    }
-    return false;
-  }
-
-  bool helps(const ShotResult& after, const DoubtfulStretch& stretch) const {
-    const double error = largestError(before_, stretch.frames);
-    const double left = largestError(after, stretch.frames);
-    if (!std::isfinite(left)) return false;
-    if (error > before_.maxError) return left <= kHelps * error || left <= before_.maxError;
-    const double doubtful = static_cast<double>(doubtfulIn(after, stretch.frames));
-    return doubtful <= kHelps * static_cast<double>(stretch.count);
-  }
-
- private:
-  const ShotResult& before_;
-};
-
 // Tries on a shot, all of them solved from the result's base frame and about its quads.
 class Tries {
  public:
   Tries(const Tracks& tracks, const SolveOptions& options, const ShotResult& result)
-      : tracks_(tracks), options_(options), result_(result), judge_(result) {
+      : tracks_(tracks), options_(options), result_(result) {
     options_.base = result.baseFrame;
     options_.reference = result.referenceFrame;
     options_.quads = result.quads;
@@ -184,12 +138,14 @@ class Tries {
   }
 
   void keepWhatHelps(const ShotResult& after, RemedyKind kind, Stretches& open) {
-    if (judge_.makesOthersDoubtful(after, open)) return;
+    const std::vector<bool> found = helped(result_, after, open);
     Stretches left;
-    for (const DoubtfulStretch& s : open) {
-      if (judge_.helps(after, s)) {
-        remedies_.push_back({kind, s, trackOf(s, kind), selectionOf(s, kind),
-                             largestError(after, s.frames), doubtfulIn(after, s.frames)});
+    for (std::size_t i = 0; i < open.size(); ++i) {
+      const DoubtfulStretch& s = open[i];
+      if (found[i]) {
+        const int track = kind == RemedyKind::DropTrack ? result_.frames[s.worst].strongest : -1;
+        remedies_.push_back(
+            {kind, s, track, largestError(after, s.frames), doubtfulIn(after, s.frames)});
       } else {
         left.push_back(s);
       }
@@ -197,22 +153,9 @@ class Tries {
     open = left;
   }
 
-  std::string selectionOf(const DoubtfulStretch& s, RemedyKind kind) const {
-    const int track = result_.frames[s.worst].strongest;
-    if (kind != RemedyKind::DropTrack || track < 0) return {};
-    return textOf(Selected{track, {s.frames.first, s.frames.last}}, tracks_);
-  }
-
-  std::string trackOf(const DoubtfulStretch& stretch, RemedyKind kind) const {
-    if (kind != RemedyKind::DropTrack) return {};
-    const int track = result_.frames[stretch.worst].strongest;
-    return track < 0 ? std::string() : tracks_.names[static_cast<std::size_t>(track)];
-  }
-
   const Tracks& tracks_;
   SolveOptions options_;
   const ShotResult& result_;
-  Judge judge_;
   std::vector<Remedy> remedies_;
 };
 
@@ -243,13 +186,15 @@ std::vector<Remedy> remediesFor(const Tracks& tracks, const SolveOptions& option
   return tries.remedies();
 }
 
-std::string describe(const Remedy& remedy, const ShotResult& result) {
+std::string describe(const Remedy& remedy, const ShotResult& result, const Tracks& tracks) {
   const DoubtfulStretch& s = remedy.stretch;
   const std::string after = outcomeOf(remedy, result);
   switch (remedy.kind) {
     case RemedyKind::DropTrack:
-      return fmt::format("without {} there {}: --drop {}", remedy.track, after,
-                         shellWord(remedy.selection));
+      return fmt::format(
+          "without {} there {}: --drop {}", tracks.names[static_cast<std::size_t>(remedy.track)],
+          after,
+          shellWord(textOf(Selected{remedy.track, {s.frames.first, s.frames.last}}, tracks)));
     case RemedyKind::AddTracks:
       return fmt::format("with two more tracks near {}, there and in frame {}, {}",
                          cornerName(result.quads, s.quad, s.corner), result.baseFrame, after);
@@ -263,7 +208,7 @@ void advise(const Tracks& tracks, const SolveOptions& options, ShotResult& resul
             const Progress& progress) {
   result.advice.clear();
   for (const Remedy& remedy : remediesFor(tracks, options, result, progress)) {
-    result.advice.push_back({remedy.stretch.frames, describe(remedy, result)});
+    result.advice.push_back({remedy.stretch.frames, describe(remedy, result, tracks)});
   }
 }
 

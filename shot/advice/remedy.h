@@ -23,8 +23,7 @@ enum class RemedyKind {
 struct Remedy {
   RemedyKind kind = RemedyKind::DropTrack;
   DoubtfulStretch stretch;
-  std::string track;         ///< to drop
-  std::string selection;     ///< the track in the stretch, as `parseSelection` reads it
+  int track = -1;            ///< to drop in the stretch
   double after = 0.0;        ///< the largest expected error in the stretch that it leaves
   std::size_t doubtful = 0;  ///< how many of the stretch's frames stay doubtful
 };
@@ -32,24 +31,21 @@ struct Remedy {
 /// What helps with the three worst of the doubtful stretches, each on its own line of tries:
 ///
 /// 1. The shot is solved without the track that moves the corners of the stretch's worst frame
-/// most,
-///    in its frames.
+///    most, in its frames.
 /// 2. Where that does not help, it is solved with two more tracks near the corner that may be
 ///    furthest off, in its frames and the base frame. They are off by the median noise of the shot.
 /// 3. Reduced and held frames are filled in.
 ///
-/// A try helps where it halves the largest expected error of the stretch or takes it below the
-/// limit; where it is below the limit already, if half of the doubtful frames or more become good.
-/// And it may make no other frame doubtful. All stretches are tried at once, so two solves with
-/// the result's base frame are the most that it costs; shots of more than `kMostTried` observations
-/// are left alone.
+/// What counts as help is `helped`. All stretches are tried at once, so two solves with the
+/// result's base frame are the most that it costs; shots of more than `kMostTried` observations are
+/// left alone.
 std::vector<Remedy> remediesFor(const Tracks& tracks, const SolveOptions& options,
                                 const ShotResult& result, const Progress& progress = nullptr);
 
 constexpr std::size_t kMostTried = 300'000;
 
 /// "without t133 there it is 3 px: --drop t133:0-10", to be typed into a shell as it stands.
-std::string describe(const Remedy& remedy, const ShotResult& result);
+std::string describe(const Remedy& remedy, const ShotResult& result, const Tracks& tracks);
 
 /// Puts what helps into `result.advice`.
 void advise(const Tracks& tracks, const SolveOptions& options, ShotResult& result,

@@ -62,6 +62,16 @@ bool differ(const std::optional<InputFile>& a, const std::optional<InputFile>& b
   return a->sha256 != b->sha256 || a->rows != b->rows;
 }
 
+void compareOrigins(const Provenance& first, const Provenance& second,
+                    ResultDifference& difference) {
+  difference.program = differ(first.program, second.program);
+  difference.firstProgram = first.program;
+  difference.secondProgram = second.program;
+  difference.input = differ(first.input, second.input);
+  difference.firstInput = first.input;
+  difference.secondInput = second.input;
+}
+
 double distanceOf(Point a, Point b) {
   const bool seen = std::isfinite(a.x);
   if (seen != std::isfinite(b.x)) return HUGE_VAL;
@@ -151,8 +161,7 @@ ResultDifference differenceOf(ShotResult first, ShotResult second) {
   difference.otherFrames = {framesWithout(first, second), framesWithout(second, first)};
   difference.otherTracks = {namesWithout(first, second), namesWithout(second, first)};
   difference.otherOptions = onlyIn(optionWords(first), optionWords(second));
-  difference.program = differ(first.provenance.program, second.provenance.program);
-  difference.input = differ(first.provenance.input, second.provenance.input);
+  compareOrigins(first.provenance, second.provenance, difference);
   const bool same = first.referenceFrame == second.referenceFrame;
   if (!same) {
     difference.why = tryRebase(second, first.referenceFrame);

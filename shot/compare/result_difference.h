@@ -40,7 +40,11 @@ struct ResultDifference {
   OnlyIn<OptionWords> otherOptions;
   bool program = false;  ///< made by different ones
   bool input = false;    ///< made of different bytes, or nothing tells
-  bool quads = false;    ///< the quads have other names or other corners
+  std::optional<ProgramVersion> firstProgram;
+  std::optional<ProgramVersion> secondProgram;
+  std::optional<InputFile> firstInput;
+  std::optional<InputFile> secondInput;
+  bool quads = false;  ///< the quads have other names or other corners
   int firstBase = 0;
   int secondBase = 0;
   int firstReference = 0;

@@ -10,12 +10,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <new>
 #include <vector>
 
 #include "shot/files/input_error.h"
 #include "shot/files/sha256.h"
+#include "shot/files/unreadable.h"
 
 namespace cornerpin {
 
@@ -59,7 +59,7 @@ struct ByteSource::Inflation {
 ByteSource::ByteSource(const std::string& path, Sha256* digest)
     : name_(path == "-" ? "<stdin>" : path), digest_(digest) {
   fd_ = path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd_ < 0) throw InputError(name_, std::strerror(errno));
+  if (fd_ < 0) throw InputError(name_, whyUnreadable(path, errno));
 }
 
 ByteSource::~ByteSource() {
@@ -118,8 +118,7 @@ std::size_t ByteSource::readRaw(char* to, std::size_t most) {
       return static_cast<std::size_t>(count);
     }
     if (errno == EINTR) continue;
-    if (errno == EBADF && fd_ == STDIN_FILENO) throw InputError(name_, "standard input is closed");
-    throw InputError(name_, std::strerror(errno));
+    throw InputError(name_, whyUnreadable(fd_ == STDIN_FILENO ? "-" : name_, errno));
   }
 }
 

@@ -50,8 +50,7 @@ std::string wanted(const std::vector<PictureFact>& facts) {
 
 std::int32_t moved(std::int32_t frame, int shift, const std::string& what) {
   const std::int64_t sum = std::int64_t{frame} + shift;
-  if (sum < std::numeric_limits<std::int32_t>::min() ||
-      sum > std::numeric_limits<std::int32_t>::max()) {
+  if (sum < -kFurthestFrame || sum > kFurthestFrame) {
     throw std::invalid_argument(fmt::format("{}: frame {} has no place in it", what, sum));
   }
   return static_cast<std::int32_t>(sum);

@@ -78,9 +78,11 @@ class TrackReader {
   [[noreturn]] void refuseHeader(std::string_view missing) const {
     std::string hint;
     if (hasField("frame") && hasField("h00")) {
-      hint = ": this is a result, not tracks";
+      hint = ": this is a result, not tracks: give the file that it was solved from";
     } else if (fieldCount_ == 1) {
       hint = ": columns are separated by commas, semicolons or tabs";
+    } else {
+      hint = ": the first line must name track, frame, x and y";
     }
     refuse(
         fmt::format("the header {} has no column {}{}", shown(headerText()), shown(missing), hint));
@@ -152,7 +154,8 @@ class TrackReader {
   std::int32_t readFrame() const {
     std::int32_t frame = 0;
     const Parsed parsed = parse(value(kFrame), frame);
-    if (parsed != Parsed::Number) refuse(flawOfWholeNumber("frame", value(kFrame), parsed));
+    const std::string flaw = flawOfFrame(value(kFrame), parsed, frame);
+    if (!flaw.empty()) refuse(flaw);
     return frame;
   }
 

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -43,13 +44,30 @@ std::string onlyRows(const char* label, const OnlyIn<Item>& only, const Differen
   return text;
 }
 
+template <class Origin>
+std::string orUnknown(const std::optional<Origin>& origin) {
+  return origin ? describe(*origin) : "not known";
+}
+
+// What each of the two files has.
+std::string twoRows(const char* label, const std::array<std::string, 2>& texts,
+                    const DifferenceNames& names) {
+  return infoRow(label, texts[0] + "  (" + names.first + ")") +
+         infoRow("", texts[1] + "  (" + names.second + ")");
+}
+
 std::string originRows(const ResultDifference& d, const DifferenceNames& names) {
   std::string text;
-  if (d.program) text += infoRow("program", "another version, or not known of one");
-  if (d.input) text += infoRow("tracks from", "another file, or not known of one");
+  if (d.program) {
+    text += twoRows("program", {orUnknown(d.firstProgram), orUnknown(d.secondProgram)}, names);
+  }
+  if (d.input) {
+    text += twoRows("tracks from", {orUnknown(d.firstInput), orUnknown(d.secondInput)}, names);
+  }
   if (!d.otherOptions.empty()) {
-    text += infoRow("options", orNone(textOf(d.otherOptions.first)) + "  (" + names.first + ")");
-    text += infoRow("", orNone(textOf(d.otherOptions.second)) + "  (" + names.second + ")");
+    text += twoRows("options",
+                    {orNone(textOf(d.otherOptions.first)), orNone(textOf(d.otherOptions.second))},
+                    names);
   }
   return text;
 }

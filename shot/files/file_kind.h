@@ -11,6 +11,10 @@ namespace cornerpin {
 /// archive than gzip, UTF-16 text, binary. Empty for all else.
 std::string otherThanText(std::string_view beginning);
 
+/// The same where it is no JSON but an archive, UTF-16 text, binary, or CSV with tracks or a
+/// result.
+std::string otherThanJson(std::string_view beginning);
+
 }  // namespace cornerpin
 
 #endif

@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -18,6 +17,7 @@
 #include "shot/files/byte_source.h"
 #include "shot/files/input_error.h"
 #include "shot/files/json_reader.h"
+#include "shot/files/unreadable.h"
 
 namespace cornerpin {
 
@@ -33,9 +33,7 @@ bool isPlain(const std::string& path) {
 }
 
 [[noreturn]] void refuse(const std::string& path) {
-  const bool closed = path == "-" && errno == EBADF;
-  throw InputError(path == "-" ? "<stdin>" : path,
-                   closed ? "standard input is closed" : std::strerror(errno));
+  throw InputError(path == "-" ? "<stdin>" : path, whyUnreadable(path, errno));
 }
 
 [[noreturn]] void failToKeep() {

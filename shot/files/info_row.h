@@ -5,6 +5,7 @@
 #include <string>
 
 #include "shot/files/file_look.h"
+#include "shot/solve/provenance.h"
 
 namespace cornerpin {
 
@@ -13,6 +14,12 @@ std::string infoRow(const std::string& label, const std::string& text);
 
 /// The first lines about a file: its name, what it is, and how large.
 std::string fileRows(const FileLook& look, const std::string& kind);
+
+/// "cornerpin 0.1.0, commit 1234abcd"
+std::string describe(const ProgramVersion& program);
+
+/// "shot.csv, 240 rows, SHA-256 56f0..."
+std::string describe(const InputFile& input);
 
 }  // namespace cornerpin
 

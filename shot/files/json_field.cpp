@@ -10,6 +10,7 @@
 #include <set>
 
 #include "shot/files/byte_source.h"
+#include "shot/files/file_kind.h"
 #include "shot/files/input_error.h"
 
 namespace cornerpin {
@@ -129,9 +130,14 @@ JsonFile::JsonFile(const std::string& path, Names names) : name_(path == "-" ? "
     // Without a callback the time is proportional to the text.
     value_ = names == Names::Once ? Json::parse(text, noteName) : Json::parse(text);
   } catch (const Json::parse_error& error) {
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
+      throw InputError(name_, "the file is empty: write it again");
+    }
+    if (const std::string kind = otherThanJson(text); !kind.empty()) throw InputError(name_, kind);
     const bool ended = error.byte > text.size();
     throw InputError(name_, lineOf(text, error.byte),
-                     ended ? "this is no JSON, or its end is missing" : "this is no JSON");
+                     ended ? "this is no JSON, or its end is missing: write the file again"
+                           : "this is no JSON: mend this line, or give another file");
   } catch (const Json::out_of_range&) {
     throw InputError(name_, "a number is too large for double precision");
   }

@@ -234,9 +234,8 @@ class TrackEvents {
   void endRow() {
     if (count_ < 3) refuseRow("needs three numbers or four, [frame,x,y,weight]");
     const double frame = row_[0];
-    if (!(std::fabs(frame) <= std::numeric_limits<std::int32_t>::max()) ||
-        frame != std::floor(frame)) {
-      refuseRow(fmt::format("has the frame {}, no whole number of 32 bits", frame));
+    if (!(std::fabs(frame) <= kFurthestFrame) || frame != std::floor(frame)) {
+      refuseRow(fmt::format("has the frame {}, no whole number up to a thousand million", frame));
     }
     if (std::isnan(row_[1]) && std::isnan(row_[2])) return;
     Observation row;

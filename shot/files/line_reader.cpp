@@ -133,6 +133,15 @@ std::int32_t Words::takeWhole(const char* name) {
   return value;
 }
 
+std::int32_t Words::takeFrame() {
+  const std::string_view word = require("frame");
+  std::int32_t frame = 0;
+  const Parsed parsed = parse(word, frame);
+  const std::string flaw = flawOfFrame(word, parsed, frame);
+  if (!flaw.empty()) throw lines_.error(word, flaw);
+  return frame;
+}
+
 double Words::takeNumber(const char* name) {
   const std::string_view word = require(name);
   double value = 0.0;

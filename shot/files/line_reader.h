@@ -70,6 +70,7 @@ class Words {
 
   /// The next word as a number of this name; the line may not be at its end.
   std::int32_t takeWhole(const char* name);
+  std::int32_t takeFrame();
   double takeNumber(const char* name);
   /// A number that single precision holds, or NaN.
   double takePosition(const char* name);

@@ -8,6 +8,8 @@
 #include <limits>
 #include <system_error>
 
+#include "shot/plane/picture.h"
+
 namespace cornerpin {
 
 namespace {
@@ -70,6 +72,12 @@ std::string flawOfWholeNumber(std::string_view name, std::string_view text, Pars
   const bool isLarge = parsed == Parsed::OutOfRange;
   return fmt::format("{} {} {}", name, isLarge ? "is too large:" : "must be a whole number, not",
                      shown(text));
+}
+
+std::string flawOfFrame(std::string_view text, Parsed parsed, std::int32_t frame) {
+  if (parsed != Parsed::Number) return flawOfWholeNumber("frame", text, parsed);
+  const bool fits = -kFurthestFrame <= frame && frame <= kFurthestFrame;
+  return fits ? "" : flawOfWholeNumber("frame", text, Parsed::OutOfRange);
 }
 
 std::string flawOfPosition(std::string_view name, std::string_view text, double number) {

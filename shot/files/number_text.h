@@ -70,6 +70,9 @@ std::string flawOfNumber(std::string_view name, std::string_view text, Parsed pa
 /// The same for whole numbers, such as frames.
 std::string flawOfWholeNumber(std::string_view name, std::string_view text, Parsed parsed);
 
+/// The same for frames, which lie between `kFurthestFrame` and its negative; empty for those.
+std::string flawOfFrame(std::string_view text, Parsed parsed, std::int32_t frame);
+
 /// What is wrong with a position, with its text; empty where it is finite and single precision, in
 /// which the library computes, holds it.
 std::string flawOfPosition(std::string_view name, std::string_view text, double number);

@@ -159,7 +159,7 @@ Picture pictureIn(const JsonField& field) {
   }
   if (const auto first = known(field, "first_frame")) {
     picture.firstFrame = first->integer();
-    if (std::abs(*picture.firstFrame) > kFarthestFrame) first->refuse("too far from 0");
+    if (std::abs(*picture.firstFrame) > kFurthestFrame) first->refuse("too far from 0");
   }
   return picture;
 }

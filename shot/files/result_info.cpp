@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "shot/advice/closing_words.h"
@@ -15,18 +16,9 @@ namespace cornerpin {
 
 namespace {
 
-std::string madeBy(const ProgramVersion& program) {
-  return infoRow("made by",
-                 fmt::format("{} {}{}", program.name, program.version,
-                             program.commit.empty() ? "" : ", commit " + program.commit));
-}
-
-std::string madeFrom(const InputFile& input) {
-  std::string text =
-      infoRow("made from", fmt::format("{}, {}", input.name.empty() ? "a pipe" : input.name,
-                                       counted(static_cast<std::size_t>(input.rows), "row")));
-  if (!input.sha256.empty()) text += infoRow("SHA-256", input.sha256);
-  return text;
+std::string madeFrom(InputFile input) {
+  const std::string digest = std::exchange(input.sha256, "");
+  return infoRow("made from", describe(input)) + (digest.empty() ? "" : infoRow("SHA-256", digest));
 }
 
 std::string options(const ShotResult& result) {
@@ -64,7 +56,9 @@ std::string quads(const ShotResult& result) {
 
 std::string resultInfo(const ShotResult& result, const FileLook& look, bool colour) {
   std::string text = fileRows(look, "the result of a solve in JSON");
-  if (result.provenance.program) text += madeBy(*result.provenance.program);
+  if (result.provenance.program) {
+    text += infoRow("made by", describe(*result.provenance.program));
+  }
   if (result.provenance.input) text += madeFrom(*result.provenance.input);
   text += options(result) + frames(result) + tracks(result) + quads(result);
   return text + "\n" + closingWords(result, colour);

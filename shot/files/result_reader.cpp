@@ -75,6 +75,14 @@ Homography transformIn(const JsonField& field) {
   return h;
 }
 
+// Whether this is what `--quads` takes: an object of nothing but corners, or with a list of quads.
+bool holdsQuads(const nlohmann::json& whole) {
+  if (!whole.is_object() || whole.empty()) return false;
+  return whole.contains("quads") || std::all_of(whole.begin(), whole.end(), [](const auto& item) {
+           return item.is_array() && item.size() == 4;
+         });
+}
+
 // They follow from the covariances.
 void checkDeviations(const JsonField& list) {
   for (std::size_t i = 0; i < list.size(); ++i) list.at(i).lengthOrNull();
@@ -128,8 +136,11 @@ class ResultReader {
 
  private:
   static std::uint64_t versionOf(const JsonField& whole) {
-    if (!whole.isObject() || !whole.has("cornerpin"))
-      whole.refuse("this is no result of cornerpin");
+    if (!whole.isObject() || !whole.has("cornerpin")) {
+      whole.refuse(fmt::format("{}: give what cornerpin solve -o shot.json writes",
+                               holdsQuads(whole.json()) ? "these are quads, not a result"
+                                                        : "this is JSON, but no result"));
+    }
     const JsonField version = whole.at("cornerpin");
     if (version.count() == 0) version.refuse("there is no such version");
     if (version.count() > kNewest) {
@@ -213,6 +224,9 @@ class ResultReader {
   void addFrame(const JsonField& field) {
     FrameResult frame;
     frame.frame = field.at("frame").integer();
+    if (frame.frame < -kFurthestFrame || frame.frame > kFurthestFrame) {
+      field.at("frame").refuse("too large");
+    }
     const std::vector<FrameResult>& frames = result_.frames;
     if (!frames.empty() && frame.frame != std::int64_t{frames.back().frame} + 1) {
       field.at("frame").refuse("not the frame behind the one before");

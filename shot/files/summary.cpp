@@ -84,6 +84,8 @@ std::string goodTracks(const ShotResult& result) {
   }
   if (shares.empty()) return {};
   std::sort(shares.begin(), shares.end());
+  if (!(shares.front().first < 100.0))
+    return row("good tracks", "all of them, in every solved frame");
   return row("good tracks", fmt::format("median {:.0f} %, fewest {:.0f} % in frame {}",
                                         shares[shares.size() / 2].first, shares.front().first,
                                         shares.front().second));

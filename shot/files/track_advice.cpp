@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "shot/advice/closing_words.h"
 #include "shot/solve/selection.h"
 #include "shot/solve/tracks.h"
 #include "shot/solve/wording.h"
@@ -77,7 +78,7 @@ std::string movers(const ShotResult& result, const Tracks& names) {
     }
     text += "\n";
   }
-  return text.empty() ? text : "Tracks that move the corners most:\n" + text;
+  return text;
 }
 
 std::string ignoredTracks(const ShotResult& result, const Tracks& names) {
@@ -87,23 +88,27 @@ std::string ignoredTracks(const ShotResult& result, const Tracks& names) {
                         ignored.frames, counted(static_cast<std::size_t>(ignored.seen), "frame"),
                         textOf(ignored.stretches, kListed), dropOf(names, ignored.track, {}));
   }
-  return text.empty() ? text : "Tracks that are ignored most, because they are off:\n" + text;
+  return text;
 }
 
 }  // namespace
 
 std::string trackAdvice(const ShotResult& result) {
   const Tracks names = namesOf(result);
-  const std::string moving = movers(result, names);
-  const std::string ignored = ignoredTracks(result, names);
-  if (moving.empty() && ignored.empty()) return "No track is worth a look.\n";
+  std::string text;
+  const auto add = [&](const char* heading, const std::string& lines) {
+    if (!lines.empty()) text += (text.empty() ? "" : "\n") + std::string(heading) + lines;
+  };
+  add("What the solve tried and found to help:\n", advisedStretches(result));
+  add("Tracks that move the corners most:\n", movers(result, names));
+  add("Tracks that are ignored most, because they are off:\n", ignoredTracks(result, names));
+  if (text.empty()) return "No track is worth a look.\n";
   const bool known = result.provenance.input && !result.provenance.input->name.empty();
   const std::string file = known ? shellWord(result.provenance.input->name) : "TRACKS.csv";
-  return moving + (moving.empty() || ignored.empty() ? "" : "\n") + ignored +
-         fmt::format(
-             "\nLook at them in the pictures. To leave one out, add its --drop to: "
-             "cornerpin solve {}\n",
-             file);
+  return text + fmt::format(
+                    "\nLook at them in the pictures. To leave one out, add its --drop to: "
+                    "cornerpin solve {}\n",
+                    file);
 }
 
 }  // namespace cornerpin

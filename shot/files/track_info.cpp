@@ -55,6 +55,13 @@ Number medianOf(std::vector<Number> numbers) {
   return *middle;
 }
 
+// "12 frames", or "2 to 12 frames, median 9" where the numbers are not all the same.
+template <class Number>
+std::string spread(Number least, Number most, Number median, const char* noun) {
+  if (least == most) return counted(static_cast<std::size_t>(least), noun);
+  return fmt::format("{} to {} {}s, median {}", least, most, noun, median);
+}
+
 const char* nameOf(char separator) {
   if (separator == ';') return "semicolons";
   return separator == '\t' ? "tabs" : "commas";
@@ -106,8 +113,8 @@ std::string lifeRows(const Tracks& tracks, const Survey& survey) {
   }
   const auto [least, most] = std::minmax_element(lengths.begin(), lengths.end());
   std::string text =
-      infoRow("tracks", fmt::format("{}, each in {} to {} frames, median {}", lengths.size(),
-                                    *least, *most, medianOf(lengths)));
+      infoRow("tracks", fmt::format("{}, each in {}", lengths.size(),
+                                    spread(*least, *most, medianOf(lengths), "frame")));
   if (withGaps == 0) return text + infoRow("gaps", "none: every track is seen without a break");
   return text + infoRow("gaps", fmt::format("in {}, the longest in {}, frames {}",
                                             counted(withGaps, "track"), tracks.names[longest],
@@ -129,8 +136,7 @@ std::vector<double> fewestOf(const std::vector<double>& counts) {
 
 std::string countRows(const Tracks& tracks, const Survey& survey) {
   const auto [least, most] = std::minmax_element(survey.inFrame.begin(), survey.inFrame.end());
-  std::string text = infoRow("per frame", fmt::format("{} to {} tracks, median {}", *least, *most,
-                                                      medianOf(survey.inFrame)));
+  std::string text = infoRow("per frame", spread(*least, *most, medianOf(survey.inFrame), "track"));
   if (survey.inFrame.size() > 1) text += infoRow("", sparkline(fewestOf(survey.inFrame), kWidth));
   const std::vector<int> few = framesBelow(survey, tracks.firstFrame(), kFewestTracks, true);
   if (few.empty()) return text;

@@ -21,8 +21,8 @@ enum class Scale {
               ///< edges of the picture (0.5)
 };
 
-/// A clip's first frame is no farther from 0.
-constexpr int kFarthestFrame = 1'000'000'000;
+/// Frames lie between this and its negative: twice a frame is an int too.
+constexpr int kFurthestFrame = 1'000'000'000;
 
 /// What is known of the picture and the clip that coordinates and frames are from; what is not
 /// known is not there. x always grows to the right.

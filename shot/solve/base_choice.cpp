@@ -17,6 +17,7 @@
 #include "shot/robust/mixture_search.h"
 #include "shot/solve/base_frame.h"
 #include "shot/solve/verdict.h"
+#include "shot/solve/wording.h"
 #include "shot/trust/uncertainty.h"
 
 namespace cornerpin {
@@ -427,10 +428,6 @@ class Pilot {
   double usualSigma_;
   Point centre_;  // of the tracks in the base: in front of the horizon in every frame
 };
-
-std::string pixels(double length) {
-  return length < 10.0 ? fmt::format("{:.2g} px", length) : fmt::format("{:.0f} px", length);
-}
 
 std::string whyOf(const BaseChoice& choice, int pilotBase) {
   if (!std::isfinite(choice.expected)) {

@@ -36,8 +36,9 @@ int chooseBaseFrame(const Tracks& tracks) {
 
 BaseFrame::BaseFrame(const Tracks& tracks, int frame) : frame_(frame), seen_(tracks.names.size()) {
   if (frame < tracks.firstFrame() || frame > tracks.lastFrame()) {
-    throw std::invalid_argument(fmt::format("base frame {} lies outside the shot's frames {}..{}",
-                                            frame, tracks.firstFrame(), tracks.lastFrame()));
+    throw std::invalid_argument(
+        fmt::format("base frame {} is not in the shot: take one from {} to {}", frame,
+                    tracks.firstFrame(), tracks.lastFrame()));
   }
   for (const Observation& o : tracks.inFrame(frame)) {
     if (!(o.weight > 0.0f)) continue;

@@ -208,7 +208,7 @@ void setUntouched(std::vector<FrameResult>& frames, const std::vector<FrameResul
 void requireFrame(int reference, int first, int last) {
   if (reference >= first && reference <= last) return;
   throw std::invalid_argument(fmt::format(
-      "reference frame {} lies outside the shot's frames {}..{}", reference, first, last));
+      "reference frame {} is not in the shot: take one from {} to {}", reference, first, last));
 }
 
 std::vector<NamedQuad> carriedToBase(const std::vector<NamedQuad>& quads, const FrameResult& frame,

@@ -50,7 +50,7 @@ void requireBetween(const std::vector<double>& frames, int first, int last) {
   for (double frame : frames) {
     if (frame >= first && frame <= last) continue;
     throw std::invalid_argument(
-        fmt::format("{} lies outside the shot's frames {}..{}", frame, first, last));
+        fmt::format("{} is not in the shot: take times from {} to {}", frame, first, last));
   }
 }
 

@@ -42,6 +42,9 @@ TEST(DiffCommand, EndsInFourWhereResultsDifferAndInNoughtWhereTheyDoNot) {
   const Outcome same = cornerpin({"diff", pair.first(), pair.first()});
   EXPECT_EQ(same.code, 0);
   EXPECT_EQ(same.out, "Same: nothing differs.\n");
+  const Outcome quiet = cornerpin({"diff", "-q", pair.first(), pair.second()});
+  EXPECT_EQ(quiet.code, 4);
+  EXPECT_EQ(quiet.out + quiet.err, "");
 }
 
 TEST(DiffCommand, FindsNothingBeyondRoundingBehindARebase) {
@@ -62,6 +65,6 @@ TEST(DiffCommand, RefusesWhatItCannotCompare) {
   EXPECT_EQ(wrong.err, "cornerpin: --max takes a number of pixels from 0 on, not \"-1\"\n");
   EXPECT_EQ(cornerpin({"diff", pair.first(), "/nowhere.json"}).code, 3);
   EXPECT_EQ(cornerpin({"diff", pair.first()}).err,
-            "cornerpin: diff wants second, for example: cornerpin diff old.json new.json --max "
+            "cornerpin: diff wants new, for example: cornerpin diff old.json new.json --max "
             "0.1\n");
 }

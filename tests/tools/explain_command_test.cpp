@@ -31,7 +31,10 @@ TEST(ExplainCommand, NamesATrackThatDoesNotBelong) {
 TEST(ExplainCommand, WantsAResult) {
   const Outcome run = cornerpin({"explain", kFacade});
   EXPECT_EQ(run.code, 3);
-  EXPECT_EQ(run.err, "cornerpin: " + kFacade + ":1: this is no JSON\n");
+  EXPECT_EQ(
+      run.err,
+      "cornerpin: " + kFacade +
+          ": these are tracks, not a result: give what cornerpin solve -o shot.json writes\n");
   EXPECT_EQ(cornerpin({"explain"}).err,
             "cornerpin: explain wants result, for example: cornerpin explain shot.json\n");
 }

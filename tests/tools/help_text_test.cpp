@@ -8,6 +8,7 @@
 
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/program.h"
+#include "tools/cornerpin/progress_bar.h"
 
 using namespace cornerpin;
 
@@ -93,6 +94,14 @@ TEST(HelpText, QuotesTheExitCodes) {
       EXPECT_TRUE(contains(helpOf(command, true), line)) << line;
     }
     EXPECT_TRUE(contains(helpOfAll(false), line)) << line;
+  }
+}
+
+TEST(HelpText, NamesThePhasesThatProgramsAreTold) {
+  const Program program;
+  const std::string solve = helpOf(program.commands().front(), true);
+  for (int phase = 0; phase <= static_cast<int>(Phase::Writing); ++phase) {
+    EXPECT_TRUE(contains(solve, nameOf(static_cast<Phase>(phase)))) << phase;
   }
 }
 

@@ -71,12 +71,26 @@ TEST(InfoCommand, SaysWhichFileCannotBeReadAndWhy) {
   const Outcome none = cornerpin({"info", folder / "no.csv"});
   EXPECT_EQ(none.code, 3);
   EXPECT_EQ(none.out, "");
-  EXPECT_EQ(none.err, "cornerpin: " + (folder / "no.csv") + ": No such file or directory\n");
+  EXPECT_EQ(none.err, "cornerpin: " + (folder / "no.csv") +
+                          ": there is no such file: check its name and folder\n");
   writeFile(folder / "other.json", "{\"a\":1}");
   EXPECT_EQ(cornerpin({"info", folder / "other.json"}).err,
-            "cornerpin: " + (folder / "other.json") + ": this is no result of cornerpin\n");
+            "cornerpin: " + (folder / "other.json") +
+                ": this is JSON, but no result: give what cornerpin solve -o shot.json writes\n");
   ChildOptions closed;
   closed.in = "";
-  EXPECT_EQ(cornerpin({"info", "-"}, closed).err, "cornerpin: <stdin>: standard input is closed\n");
+  EXPECT_EQ(cornerpin({"info", "-"}, closed).err,
+            "cornerpin: <stdin>: standard input is closed: open it, or name a file\n");
   EXPECT_EQ(cornerpin({"info", ""}).code, 2);
+}
+
+// What a solve refuses as a likely mistake is shown.
+TEST(InfoCommand, ShowsAFrameFarFromAllOthers) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,1,1,1\na,2,1,1\na,50000,1,1\n");
+  EXPECT_EQ(cornerpin({"solve", folder / "in.csv"}).code, 3);
+  const Outcome run = cornerpin({"info", folder / "in.csv"});
+  EXPECT_EQ(run.err, "");
+  EXPECT_TRUE(contains(run.out, "1-50000  (50000 frames), no track in 49997 frames: 3-49999\n"))
+      << run.out;
 }

@@ -47,5 +47,6 @@ TEST(Program, PrintsTheHelpOfAllCommands) {
 }
 
 TEST(Program, TakesAFileOfACommandsName) {
-  EXPECT_EQ(run({"solve", "help"}).err, "cornerpin: help: No such file or directory\n");
+  EXPECT_EQ(run({"solve", "help"}).err,
+            "cornerpin: help: there is no such file: check its name and folder\n");
 }

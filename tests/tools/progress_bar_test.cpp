@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <regex.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -63,6 +64,27 @@ TEST(ProgressBar, AppearsOnATerminalAfterHalfASecondAndClearsItself) {
             "");
 }
 
+// A line that goes over the edge could not be cleared away.
+TEST(ProgressBar, KeepsWithinANarrowTerminal) {
+  const auto lineIn = [](unsigned short columns) {
+    const std::string text = onATerminal([columns] {
+      winsize size{};
+      size.ws_row = 24;
+      size.ws_col = columns;
+      ::ioctl(STDERR_FILENO, TIOCSWINSZ, &size);
+      ProgressBar bar(ProgressStyle::Bar);
+      bar.update(Phase::Solving, 2, 5);
+      std::this_thread::sleep_for(550ms);
+    });
+    return text.substr(0, text.find("\033[K"));
+  };
+  EXPECT_EQ(lineIn(80), "\rsolving [############..................] 40 %");
+  EXPECT_EQ(lineIn(26), "\rsolving [####......] 40 %");
+  EXPECT_EQ(lineIn(21), "\rsolving [##...] 40 %");
+  EXPECT_EQ(lineIn(20), "\rsolving 40 %");
+  EXPECT_EQ(lineIn(10), "\rsolving 4");
+}
+
 TEST(ProgressBar, IsFullAtTheEnd) {
   const std::string text = onATerminal([] {
     ProgressBar bar(ProgressStyle::Bar);
@@ -81,6 +103,7 @@ TEST(ProgressBar, NamesEveryPhase) {
                                                   {Phase::Figures, "figures of trust"},
                                                   {Phase::Smoothing, "smoothing"},
                                                   {Phase::Filling, "filling"},
+                                                  {Phase::Advice, "looking for what helps"},
                                                   {Phase::Writing, "writing"}};
   const std::string text = onATerminal([&] {
     ProgressBar bar(ProgressStyle::Bar);

@@ -108,6 +108,15 @@ TEST(RebaseCommand, WritesCsvAndReadsStandardInput) {
   EXPECT_EQ(readFile(solved / "o.csv"), run.out);
 }
 
+TEST(RebaseCommand, TakesQuietAsOtherCommandsDo) {
+  const Solved solved;
+  const Outcome run =
+      cornerpin({"rebase", solved.path(), "--reference", "50", "-q", "-o", solved / "out.json"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(run.out + run.err, "");
+  EXPECT_EQ(readFile(solved / "out.json"), rebased(solved.path(), "50").out);
+}
+
 TEST(RebaseCommand, KeepsEveryByteWhereTheReferenceStays) {
   const Solved solved;
   EXPECT_EQ(rebased(solved.path(), "20").out, readFile(solved.path()));
@@ -139,7 +148,8 @@ TEST(RebaseCommand, SaysWhyAFrameIsRefused) {
   EXPECT_EQ(held.out, "");
   const Outcome outside = rebased(folder / "in.json", "104");
   EXPECT_EQ(outside.code, 2);
-  EXPECT_EQ(outside.err, "cornerpin: reference frame 104 lies outside the shot's frames 0..103\n");
+  EXPECT_EQ(outside.err,
+            "cornerpin: reference frame 104 is not in the shot: take one from 0 to 103\n");
 }
 
 TEST(RebaseCommand, EndsInThreeWithFileAndPlaceWhereTheResultIsRefused) {
@@ -147,11 +157,14 @@ TEST(RebaseCommand, EndsInThreeWithFileAndPlaceWhereTheResultIsRefused) {
   const std::string in = folder / "in.json";
   const Outcome none = rebased(in, "1");
   EXPECT_EQ(none.code, 3);
-  EXPECT_EQ(none.err, "cornerpin: " + in + ": No such file or directory\n");
+  EXPECT_EQ(none.err, "cornerpin: " + in + ": there is no such file: check its name and folder\n");
   writeFile(in, "{\"cornerpin\":2}");
   EXPECT_EQ(rebased(in, "1").err, "cornerpin: " + in + ": base_frame: missing\n");
   EXPECT_EQ(rebased(in, "1").code, 3);
-  EXPECT_EQ(rebased(kFacade, "1").err, "cornerpin: " + kFacade + ":1: this is no JSON\n");
+  EXPECT_EQ(
+      rebased(kFacade, "1").err,
+      "cornerpin: " + kFacade +
+          ": these are tracks, not a result: give what cornerpin solve -o shot.json writes\n");
   writeFile(in, "{\"cornerpin\":9}");
   EXPECT_EQ(rebased(in, "1").code, 3);
   ChildOptions closed;

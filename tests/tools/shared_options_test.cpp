@@ -353,10 +353,10 @@ TEST(AtOption, TakesListsOfFrames) {
 }
 
 TEST(TalkOptions, AreQuietOrVerboseOrNeither) {
-  EXPECT_FALSE(parsed<TalkOptions>({}).quiet);
+  EXPECT_FALSE(parsed<TalkOptions>({}).quiet.given);
   EXPECT_FALSE(parsed<TalkOptions>({}).verbose);
-  EXPECT_TRUE(parsed<TalkOptions>({"-q"}).quiet);
-  EXPECT_TRUE(parsed<TalkOptions>({"--quiet"}).quiet);
+  EXPECT_TRUE(parsed<TalkOptions>({"-q"}).quiet.given);
+  EXPECT_TRUE(parsed<TalkOptions>({"--quiet"}).quiet.given);
   EXPECT_TRUE(parsed<TalkOptions>({"--verbose"}).verbose);
   EXPECT_NO_THROW(parsed<TalkOptions>({"--verbose"}).check());
   EXPECT_EQ(refusal([] {

@@ -216,7 +216,8 @@ TEST(SolveCommand, WritesALongCsvOfSeveralQuads) {
 TEST(SolveCommand, SaysWhyAFrameCannotBeTheReference) {
   const Outcome outside = cornerpin({"solve", kFacade, "--reference", "71"});
   EXPECT_EQ(outside.code, 2);
-  EXPECT_EQ(outside.err, "cornerpin: reference frame 71 lies outside the shot's frames 0..70\n");
+  EXPECT_EQ(outside.err,
+            "cornerpin: reference frame 71 is not in the shot: take one from 0 to 70\n");
   const Outcome held = cornerpin({"solve", kScreen, "--hold", "--reference", "87"});
   EXPECT_EQ(held.code, 2);
   EXPECT_EQ(
@@ -425,7 +426,8 @@ TEST(SolveCommand, EndsInThreeWithFileLineAndValueWhenInputIsRefused) {
 TEST(SolveCommand, EndsInThreeWithoutTheFile) {
   const Outcome run = cornerpin({"solve", "/nowhere/in.csv"});
   EXPECT_EQ(run.code, 3);
-  EXPECT_EQ(run.err, "cornerpin: /nowhere/in.csv: No such file or directory\n");
+  EXPECT_EQ(run.err,
+            "cornerpin: /nowhere/in.csv: there is no such file: check its name and folder\n");
 }
 
 TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
@@ -433,7 +435,7 @@ TEST(SolveCommand, EndsInThreeWhenStandardInputIsClosedOrRefused) {
   options.in = "";
   const Outcome closed = cornerpin({"solve", "-"}, options);
   EXPECT_EQ(closed.code, 3);
-  EXPECT_EQ(closed.err, "cornerpin: <stdin>: standard input is closed\n");
+  EXPECT_EQ(closed.err, "cornerpin: <stdin>: standard input is closed: open it, or name a file\n");
   options.in = "/dev/null";
   EXPECT_EQ(cornerpin({"solve", "-"}, options).err, "cornerpin: <stdin>: the file is empty\n");
 }

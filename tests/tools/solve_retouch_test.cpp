@@ -165,5 +165,5 @@ TEST(SolveCommandRetouch, NamesWhatIsRefused) {
   EXPECT_EQ(refusal({"--at", "3.5,", "--json"}),
             "cornerpin: --at takes frames such as 10.5,11.25, not \"\"\n");
   EXPECT_EQ(refusal({"--at", "3.5,39.25", "--json"}),
-            "cornerpin: --at: 39.25 lies outside the shot's frames 0..39\n");
+            "cornerpin: --at: 39.25 is not in the shot: take times from 0 to 39\n");
 }

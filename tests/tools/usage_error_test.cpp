@@ -40,6 +40,12 @@ TEST(UsageError, SuggestsTheOptionThatWasMeant) {
             "rebase has no option --loss; see cornerpin rebase --help");
 }
 
+TEST(UsageError, KnowsOptionsThatStandAlone) {
+  EXPECT_EQ(refusalOf({"solve", "-V"}), "solve has no option -V: type cornerpin -V");
+  EXPECT_EQ(refusalOf({"diff", "--version"}),
+            "diff has no option --version: type cornerpin --version");
+}
+
 TEST(UsageError, SaysWhatToTypeForAFileWithoutACommand) {
   EXPECT_EQ(refusalOf({"shot.csv"}),
             "shot.csv is a file, not a command: type cornerpin solve shot.csv");
@@ -87,6 +93,11 @@ TEST(UsageError, SaysWhichValueAnOptionWants) {
             "--units takes fit or raw, not \"metres\"; see cornerpin solve --help");
   EXPECT_EQ(refusalOf({"solve", "a.csv", "-o", ""}),
             "--output must not be empty; see cornerpin solve --help");
+  EXPECT_EQ(refusalOf({"solve", "a.csv", "--drop", ""}),
+            "--drop must not be empty; see cornerpin solve --help");
+  const TemporaryFolder folder;
+  EXPECT_EQ(refusalOf({"solve", "a.csv", "-o", folder.path().string()}),
+            "\"" + folder.path().string() + "\" is a folder: name a file in it, .json or .csv");
 }
 
 TEST(UsageError, WantsTwoDashesBeforeLongNames) {

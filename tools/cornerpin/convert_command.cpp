@@ -47,7 +47,7 @@ struct Arguments {
   StyleOptions style;
   FromOption from;
   PictureOptions picture;
-  TalkOptions talk;
+  QuietOption quiet;
 };
 
 // What the output is to be, where the input decides whether it holds tracks or a pin.
@@ -99,7 +99,6 @@ WriteNotes convertTracks(const Arguments& arguments, const FileLook& look, Outpu
 }
 
 int run(const Arguments& arguments) {
-  arguments.talk.check();
   refuseInput(arguments.input, arguments.output);
   requireWritable(arguments.output);
   const FileLook look = lookAt(arguments.input);
@@ -107,7 +106,7 @@ int run(const Arguments& arguments) {
   const WriteNotes notes =
       look.json ? convertResult(arguments, look, out) : convertTracks(arguments, look, out);
   out.commit();
-  if (arguments.talk.quiet) return kSolved;
+  if (arguments.quiet.given) return kSolved;
   for (const std::string& note : notes) std::cerr << "cornerpin: note: " << note << '\n';
   return kSolved;
 }
@@ -129,7 +128,7 @@ Command addConvert(CLI::App& app) {
   arguments->picture.addTo(parser);
   addMore(parser);
   arguments->style.addTo(parser);
-  arguments->talk.addTo(parser);
+  arguments->quiet.addTo(parser);
   return {&parser, [arguments] { return run(*arguments); }, &kText};
 }
 

@@ -34,6 +34,7 @@ struct Arguments {
   std::string first;
   std::string second;
   MaxMoveOption most;
+  QuietOption quiet;
 };
 
 int run(const Arguments& arguments) {
@@ -41,10 +42,12 @@ int run(const Arguments& arguments) {
   if (arguments.first == "-" && arguments.second == "-") {
     throw std::invalid_argument("both results want standard input: name a file for one");
   }
-  requireWritable("-");
+  if (!arguments.quiet.given) requireWritable("-");
   const ShotResult first = readResult(arguments.first);
   const ResultDifference difference = differenceOf(first, readResult(arguments.second));
-  print(differenceText(difference, {arguments.first, arguments.second}, first.quads, most));
+  if (!arguments.quiet.given) {
+    print(differenceText(difference, {arguments.first, arguments.second}, first.quads, most));
+  }
   return isDifferent(difference, most) ? kDegraded : kSolved;
 }
 
@@ -57,9 +60,10 @@ void addFile(CLI::App& parser, const char* name, const char* text, std::string& 
 Command addDiff(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& parser = addParser(app, kText);
-  addFile(parser, "first", "JSON file of a solve; - is standard input", arguments->first);
-  addFile(parser, "second", "JSON file that it is compared with", arguments->second);
+  addFile(parser, "old", "JSON file of a solve; - is standard input", arguments->first);
+  addFile(parser, "new", "JSON file that it is compared with", arguments->second);
   arguments->most.addTo(parser);
+  arguments->quiet.addTo(parser);
   return {&parser, [arguments] { return run(*arguments); }, &kText};
 }
 

@@ -208,7 +208,7 @@ Picture PictureOptions::value() const {
   }
   if (!firstFrame.empty()) {
     picture.firstFrame = parseWhole<int>(firstFrame);
-    if (!picture.firstFrame || std::abs(*picture.firstFrame) > kFarthestFrame) {
+    if (!picture.firstFrame || std::abs(*picture.firstFrame) > kFurthestFrame) {
       throw std::invalid_argument(
           fmt::format("--first-frame takes a frame number, not \"{}\"", firstFrame));
     }

@@ -12,6 +12,7 @@
 #include "shot/files/result_reader.h"
 #include "shot/files/track_info.h"
 #include "shot/files/track_reader.h"
+#include "shot/solve/tracks.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -36,7 +37,8 @@ std::string infoOn(const FileLook& look, bool coloured) {
   if (look.json) return resultInfo(readResult(look.path), look, coloured);
   ReadTrace trace;
   trace.digest.emplace();
-  const Tracks tracks = readTracks(look.path, {}, {}, &trace);
+  // Asked for by number, frames far from all others are no mistake.
+  const Tracks tracks = readTracks(look.path, {}, {-kFurthestFrame, kFurthestFrame}, &trace);
   return trackInfo(tracks, look, trace);
 }
 

@@ -2,11 +2,14 @@
 #include "tools/cornerpin/progress_bar.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 
 namespace cornerpin {
 
@@ -17,6 +20,24 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 500ms;
 constexpr auto kPeriod = 100ms;
 constexpr std::size_t kWidth = 30;
+constexpr std::size_t kLeastWidth = 5;
+
+// How many characters a line of the terminal holds; many where it does not say.
+std::size_t columnsOf(int terminal) {
+  winsize size{};
+  const bool known = ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+  return known ? size.ws_col : 1000;
+}
+
+// "1:05:09", "2:07" or "9 s".
+std::string textOf(double seconds) {
+  const auto whole = static_cast<long long>(std::ceil(seconds));
+  if (whole < 60) return fmt::format("{} s", whole);
+  if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
+  return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+}  // namespace
 
 const char* nameOf(Phase phase) {
   switch (phase) {
@@ -41,16 +62,6 @@ const char* nameOf(Phase phase) {
   }
   return "";
 }
-
-// "1:05:09", "2:07" or "9 s".
-std::string textOf(double seconds) {
-  const auto whole = static_cast<long long>(std::ceil(seconds));
-  if (whole < 60) return fmt::format("{} s", whole);
-  if (whole < 3600) return fmt::format("{}:{:02}", whole / 60, whole % 60);
-  return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
-}
-
-}  // namespace
 
 // The writer takes no signals: their handlers belong to the thread that writes files.
 ProgressBar::ProgressBar(ProgressStyle style) : style_(style) {
@@ -105,14 +116,23 @@ void ProgressBar::writeUntilStopped() {
   if (isBar && drawn) std::fputs("\r\033[K", stderr);
 }
 
+// On a narrow terminal the bar is shorter, and where there is no room for any, the line is: one
+// that goes over the edge could not be cleared away.
 std::string ProgressBar::barLine() const {
-  if (total_ == 0) return fmt::format("\r{}\033[K", nameOf(phase_));
+  const std::string name = nameOf(phase_);
+  const std::size_t most = columnsOf(STDERR_FILENO) - 1;
+  if (total_ == 0) return "\r" + name.substr(0, most) + "\033[K";
   const std::size_t done = std::min(done_, total_);
-  const std::size_t filled = done * kWidth / total_;
   const std::optional<double> left = secondsLeft(Clock::now());
-  return fmt::format("\r{} [{:#<{}}{:.<{}}] {} %{}\033[K", nameOf(phase_), "", filled, "",
-                     kWidth - filled, done * 100 / total_,
-                     left ? fmt::format(", {} left", textOf(std::max(*left, 1.0))) : "");
+  const std::string figures =
+      fmt::format(" {} %{}", done * 100 / total_,
+                  left ? fmt::format(", {} left", textOf(std::max(*left, 1.0))) : "");
+  const std::size_t others = name.size() + figures.size() + std::strlen(" []");
+  const std::size_t width = most > others ? std::min(kWidth, most - others) : 0;
+  if (width < kLeastWidth) return "\r" + (name + figures).substr(0, most) + "\033[K";
+  const std::size_t filled = done * width / total_;
+  return fmt::format("\r{} [{:#<{}}{:.<{}}]{}\033[K", name, "", filled, "", width - filled,
+                     figures);
 }
 
 std::string ProgressBar::jsonLine() const {

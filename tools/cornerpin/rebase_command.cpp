@@ -32,6 +32,7 @@ struct Arguments {
   std::string input;
   ReferenceOption reference;
   OutputOptions output;
+  QuietOption quiet;  // for scripts that give it to every command: nothing is printed without it
 };
 
 int run(const Arguments& arguments) {
@@ -61,6 +62,7 @@ Command addRebase(CLI::App& app) {
       ->check(refuseEmpty);
   arguments->reference.addTo(parser);
   arguments->output.addTo(parser);
+  arguments->quiet.addTo(parser);
   parser.get_option("--reference")->required();
   parser.get_option("--output")->required();
   return {&parser, [arguments] { return run(*arguments); }, &kText};

@@ -100,6 +100,10 @@ Format OutputOptions::format() const {
   if (formatName == "csv") return Format::Csv;
   if (path.empty() || isStandardOutput()) return Format::Json;
   const std::optional<Format> format = formatOf(path);
+  std::error_code ignored;
+  if (!format && std::filesystem::is_directory(path, ignored)) {
+    throw std::invalid_argument("\"" + path + "\" is a folder: name a file in it, .json or .csv");
+  }
   if (format != Format::Json && format != Format::Csv) {
     throw std::invalid_argument("\"" + path +
                                 "\" ends neither in .json nor in .csv: add --format json or "
@@ -219,9 +223,11 @@ FrameRange FramesOption::value() const {
 
 void SelectionOptions::addTo(CLI::App& parser) {
   parser.add_option("--drop", drop, "Leave out tracks, or frames of them: t007,n*,t042:60-81")
+      ->check(refuseEmpty)
       ->allow_extra_args(false)
       ->option_text("TRACKS");
   parser.add_option("--keep", keep, "Use only these tracks, or frames of them: t00?,t042:1-50")
+      ->check(refuseEmpty)
       ->allow_extra_args(false)
       ->option_text("TRACKS");
 }
@@ -368,13 +374,17 @@ std::vector<double> AtOption::value() const {
   return frames;
 }
 
+void QuietOption::addTo(CLI::App& parser) {
+  parser.add_flag("-q,--quiet", given, "Print nothing but errors, and a result that is asked for");
+}
+
 void TalkOptions::addTo(CLI::App& parser) {
-  parser.add_flag("-q,--quiet", quiet, "Print nothing but errors, and what --json asks for");
+  quiet.addTo(parser);
   parser.add_flag("--verbose", verbose, "Say more: how the fits were found, lists of frames");
 }
 
 void TalkOptions::check() const {
-  if (quiet && verbose) {
+  if (quiet.given && verbose) {
     throw std::invalid_argument("--quiet and --verbose exclude each other: leave one out");
   }
 }

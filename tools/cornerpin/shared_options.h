@@ -177,9 +177,15 @@ struct AtOption {
   std::vector<double> value() const;
 };
 
+/// --quiet: nothing is said but errors.
+struct QuietOption {
+  bool given = false;
+  void addTo(CLI::App& parser);
+};
+
 /// --quiet and --verbose: how much is said beside what was asked for.
 struct TalkOptions {
-  bool quiet = false;    ///< errors alone
+  QuietOption quiet;
   bool verbose = false;  ///< all figures
   void addTo(CLI::App& parser);
   /// Refuses both.

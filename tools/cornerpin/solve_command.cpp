@@ -67,7 +67,8 @@ constexpr CommandText kText = {
     "--progress json writes what a program needs to show how far the work is: an object on a\n"
     "line of its own on standard error, at most ten a second, with the phase, how much of it is\n"
     "done, the total, and the seconds_left of this phase; what nobody knows is null. The phases\n"
-    "are reading, choosing the base frame, solving, handing over, figures of trust and writing.\n"
+    "are reading, choosing the base frame, solving, handing over, figures of trust, smoothing,\n"
+    "filling, looking for what helps and writing. Errors and warnings begin with cornerpin:.\n"
     "The last object of a run that has ended well has the phase finished and the exit_code:\n\n"
     "  {\"phase\":\"solving\",\"done\":12,\"total\":191,\"seconds_left\":4.5}\n"
     "  {\"phase\":\"finished\",\"exit_code\":0}\n\n"
@@ -197,7 +198,7 @@ const Export* onStandardOutput(const Plan& plan) {
 }
 
 bool printsTable(const Arguments& arguments, const Plan& plan) {
-  return !arguments.json.given && onStandardOutput(plan) == nullptr && !arguments.talk.quiet;
+  return !arguments.json.given && onStandardOutput(plan) == nullptr && !arguments.talk.quiet.given;
 }
 
 // Refuses outputs that would replace the input or one another, or cannot be written.
@@ -224,7 +225,7 @@ void checkOutputs(const Arguments& arguments, const Plan& plan) {
   if (isStandardOutput(arguments.explanation)) {
     throw std::invalid_argument("--explain wants a file: name one");
   }
-  if (printed > 0 || !arguments.talk.quiet) requireWritable("-");
+  if (printed > 0 || !arguments.talk.quiet.given) requireWritable("-");
   for (const Export& what : plan.exports) requireWritable(what.path);
   requireWritable(arguments.explanation);
 }
@@ -356,7 +357,7 @@ void printResult(const Arguments& arguments, const Plan& plan, const Tracks& tra
 int exitCode(const Arguments& arguments, const Plan& plan, const ShotResult& result) {
   const Summary summary = summarise(result);
   const bool isSeen = printsTable(arguments, plan) && ::isatty(STDOUT_FILENO) != 0;
-  if (summary.doubtful > 0 && !arguments.talk.quiet && !isSeen) {
+  if (summary.doubtful > 0 && !arguments.talk.quiet.given && !isSeen) {
     const Mark mark = doubtfulMark(arguments.colour.value(), STDERR_FILENO);
     std::cerr << "cornerpin: " << mark("warning:") << ' ' << doubtfulFramesLine(result) << '\n';
   }
@@ -366,7 +367,7 @@ int exitCode(const Arguments& arguments, const Plan& plan, const ShotResult& res
 }
 
 void tellNotes(const Arguments& arguments, const WriteNotes& notes) {
-  if (arguments.talk.quiet) return;
+  if (arguments.talk.quiet.given) return;
   for (const std::string& note : notes) std::cerr << "cornerpin: note: " << note << '\n';
 }
 
@@ -375,7 +376,7 @@ int run(const Arguments& arguments) {
   checkShown(arguments);
   const Plan plan = planOf(arguments);
   checkPinnedQuad(plan);
-  const ProgressStyle style = arguments.progress.value(arguments.talk.quiet);
+  const ProgressStyle style = arguments.progress.value(arguments.talk.quiet.given);
   checkOutputs(arguments, plan);
 
   Tracks tracks;

@@ -84,6 +84,10 @@ std::string unknownOption(const std::string& word, const UsedParser& parser) {
     if (command != rest.end()) rest.erase(command);
     return "the command goes first: " + lineOf(owner->text->name, rest);
   }
+  if (parser.command != nullptr && has(optionNamesOf(parser.program), name)) {
+    return fmt::format("{} has no option {}: type cornerpin {}", parser.command->text->name, name,
+                       name);
+  }
   const Command& asked = parser.command != nullptr ? *parser.command : parser.program;
   const std::string subject =
       parser.command != nullptr ? std::string(asked.text->name) + " has" : "there is";

@@ -45,8 +45,15 @@ TEST(ClosingWords, SayWhichFramesAreDoubtfulWhyAndWhatHelps) {
   EXPECT_EQ(closingWords(result, false),
             "Good: 17 of 20 frames. Doubtful: 2, 4, 12.\n"
             "  12          others agree (frame 12: may be 3 px off)\n"
-            "  2-4         far off; jumps, too (frame 4);\n"
+            "  2-4         far off;\n"
+            "              jumps, too (frame 4);\n"
             "              do this\n");
+  EXPECT_EQ(advisedStretches(result),
+            "  2-4         far off;\n"
+            "              jumps, too (frame 4);\n"
+            "              do this\n");
+  result.advice.clear();
+  EXPECT_EQ(advisedStretches(result), "");
 }
 
 TEST(ClosingWords, NameThreeStretchesAtMost) {

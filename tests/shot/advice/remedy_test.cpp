@@ -100,8 +100,7 @@ TEST(Remedy, IsToDropATrackThatIsOffWhereTheOthersCannotTell) {
   const std::vector<Remedy> remedies = remediesFor(tracks, fromTheFirst(), result);
   ASSERT_EQ(remedies.size(), 1u);
   EXPECT_EQ(remedies[0].kind, RemedyKind::DropTrack);
-  EXPECT_EQ(remedies[0].track, "t20");
-  EXPECT_EQ(remedies[0].selection, "t20:8-13");
+  EXPECT_EQ(remedies[0].track, kFar);
   EXPECT_EQ(remedies[0].stretch.frames.first, kBad.first);
   EXPECT_EQ(remedies[0].stretch.frames.last, kBad.last);
   select(tracks, {}, {{kFar, {kBad.first, kBad.last}}});
@@ -162,15 +161,19 @@ TEST(Remedy, IsToldWithWhatToType) {
   result.frames.resize(1);
   result.maxError = 2.0;
   result.frames[0].expectedError = 20.0;
-  EXPECT_EQ(describe({RemedyKind::DropTrack, stretch, "t133", "t133:0-11", 3.0, 9}, result),
-            "without t133 there it is 3 px: --drop t133:0-11");
-  EXPECT_EQ(describe({RemedyKind::DropTrack, stretch, "p,1", "\"p,1\":0-11", 3.0, 9}, result),
+  Tracks tracks;
+  tracks.names = {"t133", "p,1", "it's"};
+  const auto told = [&](RemedyKind kind, int track, double after) {
+    return describe({kind, stretch, track, after, 9}, result, tracks);
+  };
+  EXPECT_EQ(told(RemedyKind::DropTrack, 0, 3.0), "without t133 there it is 3 px: --drop t133:0-11");
+  EXPECT_EQ(told(RemedyKind::DropTrack, 1, 3.0),
             "without p,1 there it is 3 px: --drop '\"p,1\":0-11'");
-  EXPECT_EQ(describe({RemedyKind::DropTrack, stretch, "it's", "it's:0-11", 3.0, 9}, result),
+  EXPECT_EQ(told(RemedyKind::DropTrack, 2, 3.0),
             "without it's there it is 3 px: --drop 'it'\\''s:0-11'");
-  EXPECT_EQ(describe({RemedyKind::Fill, stretch, "", "", 2.5, 9}, result),
+  EXPECT_EQ(told(RemedyKind::Fill, -1, 2.5),
             "interpolated between the frames around it is 2.5 px: --fill");
-  EXPECT_EQ(describe({RemedyKind::AddTracks, stretch, "", "", 7.214, 9}, result),
+  EXPECT_EQ(told(RemedyKind::AddTracks, -1, 7.214),
             "with two more tracks near the top right corner, there and in frame 54, it is 7.21 px");
 }
 
@@ -181,8 +184,10 @@ TEST(Remedy, IsToldByTheDoubtfulFramesWhereNoErrorIsTooLarge) {
   result.frames[0].expectedError = 2.0;
   DoubtfulStretch stretch;
   stretch.frames = {7, 7};
+  Tracks tracks;
+  tracks.names = {"a"};
   const auto told = [&](std::size_t doubtful) {
-    return describe({RemedyKind::DropTrack, stretch, "a", "a:7", 1.0, doubtful}, result);
+    return describe({RemedyKind::DropTrack, stretch, 0, 1.0, doubtful}, result, tracks);
   };
   EXPECT_EQ(told(0), "without a there no frame is doubtful: --drop a:7");
   EXPECT_EQ(told(1), "without a there only 1 frame is doubtful: --drop a:7");

@@ -86,9 +86,9 @@ TEST(Tell, MovesFramesThatCountFromTheClipsFirst) {
   tell(absolute, Format::Csv, first);
   EXPECT_EQ(absolute.observations[0].frame, 1003);
   EXPECT_EQ(absolute.picture.firstFrame, 1001);
-  Tracks far = oneRow(factsOf(Format::Points).picture, 1, 2, std::numeric_limits<int>::max());
+  Tracks far = oneRow(factsOf(Format::Points).picture, 1, 2, kFurthestFrame);
   EXPECT_EQ(refusal([&] { tell(far, Format::Points, first); }),
-            "--first-frame: frame 2147484647 has no place in it");
+            "--first-frame: frame 1000001000 has no place in it");
 }
 
 TEST(Tell, BelievesPeopleAboutThePixelCentreOfPaths) {

@@ -341,16 +341,20 @@ TEST(ReadTracks, ReadsRowsAcrossBufferEnds) {
 
 TEST(ReadTracksRefuses, AMissingColumn) {
   EXPECT_EQ(refusal("track,frame,x,weight\na,0,1,1\n"),
-            "1: the header \"track,frame,x,weight\" has no column \"y\"");
+            "1: the header \"track,frame,x,weight\" has no column \"y\": the first line must name "
+            "track, frame, x and y");
   EXPECT_EQ(refusal("\n\nTrack,frame,x,y\n"),
-            "3: the header \"Track,frame,x,y\" has no column \"track\"");
-  EXPECT_EQ(refusal("track;frame;x\n"), "1: the header \"track;frame;x\" has no column \"y\"");
+            "3: the header \"Track,frame,x,y\" has no column \"track\": the first line must name "
+            "track, frame, x and y");
+  EXPECT_EQ(refusal("track;frame;x\n"),
+            "1: the header \"track;frame;x\" has no column \"y\": the first line must name track, "
+            "frame, x and y");
   EXPECT_EQ(refusal("track|frame|x|y\n"),
             "1: the header \"track|frame|x|y\" has no column \"track\": columns are separated by "
             "commas, semicolons or tabs");
   EXPECT_EQ(refusal("frame,h00,h01,rms\n0,1,0,0\n"),
             "1: the header \"frame,h00,h01,rms\" has no column \"track\": this is a result, not "
-            "tracks");
+            "tracks: give the file that it was solved from");
 }
 
 TEST(ReadTracksRefuses, ARepeatedColumn) {
@@ -401,6 +405,8 @@ TEST(ReadTracksRefuses, AFrameThatIsNotAWholeNumber) {
   EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"), "2: frame is too large: \"99999999999\"");
   EXPECT_EQ(refusal(kHeader + "a, -99999999999 ,1,2,1\n"),
             "2: frame is too large: \"-99999999999\"");
+  EXPECT_EQ(refusal(kHeader + "a,1000000001,1,2,1\n"), "2: frame is too large: \"1000000001\"");
+  EXPECT_EQ(refusal(kHeader + "a,-1000000001,1,2,1\n"), "2: frame is too large: \"-1000000001\"");
   EXPECT_EQ(refusal(kHeader + "a,99999999999x,1,2,1\n"),
             "2: frame must be a whole number, not \"99999999999x\"");
   EXPECT_EQ(refusal(kHeader + "a,,1,2,1\n"), "2: frame must be a whole number, not \"\"");
@@ -411,7 +417,7 @@ TEST(ReadTracksRefuses, AFrameFarFromTheOthers) {
             "3: frame 1000000 is 999994 frames from the nearest other, and the shot has 3: if that "
             "is right, name the frames with --frames");
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,1\na,10000,1,2,1\n"), "accepted");
-  EXPECT_EQ(refusal(kHeader + "a,-2147483648,1,2,1\na,2147483647,1,2,1\n").substr(0, 2), "3:");
+  EXPECT_EQ(refusal(kHeader + "a,-1000000000,1,2,1\na,1000000000,1,2,1\n").substr(0, 2), "3:");
 }
 
 TEST(ReadTracksRefuses, FramesThatSpanTooMuch) {
@@ -517,7 +523,7 @@ TEST(ReadTracksRefuses, AMissingFileAndAFolder) {
     readTracks(folder.path().string());
     FAIL();
   } catch (const InputError& error) {
-    EXPECT_EQ(error.what(), folder.path().string() + ": Is a directory");
+    EXPECT_EQ(error.what(), folder.path().string() + ": this is a folder: name a file in it");
   }
 }
 

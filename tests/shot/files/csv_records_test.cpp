@@ -313,7 +313,8 @@ TEST(CsvRecords, SaysThatAFileIsNotThere) {
     CsvRecords reader(source);
     FAIL();
   } catch (const InputError& error) {
-    EXPECT_EQ(error.what(), folder / "none.csv" + ": No such file or directory");
+    EXPECT_EQ(error.what(),
+              folder / "none.csv" + ": there is no such file: check its name and folder");
   }
 }
 
@@ -388,7 +389,7 @@ TEST(CsvRecords, SaysThatStandardInputIsClosed) {
     CsvRecords reader(source);
     FAIL();
   } catch (const InputError& error) {
-    EXPECT_STREQ(error.what(), "<stdin>: standard input is closed");
+    EXPECT_STREQ(error.what(), "<stdin>: standard input is closed: open it, or name a file");
   }
 }
 

@@ -82,3 +82,17 @@ TEST(DifferenceText, SaysWhyNothingIsCompared) {
             "Different: the corners cannot be compared: frame 4 cannot be the reference: it was "
             "held.\n");
 }
+
+TEST(DifferenceText, NamesTheProgramsAndTheFilesThatResultsWereMadeOf) {
+  ShotResult first = steadyShot(0, 9, 4);
+  ShotResult second = first;
+  first.provenance.program = {{"cornerpin", "0.1.0", "12ab"}};
+  second.provenance.program = {{"cornerpin", "0.2.0", ""}};
+  second.provenance.input = {{"shot.csv", "34cd", 240}};
+  EXPECT_EQ(textOf(first, second),
+            "program       cornerpin 0.1.0, commit 12ab  (a.json)\n"
+            "              cornerpin 0.2.0  (b.json)\n"
+            "tracks from   not known  (a.json)\n"
+            "              shot.csv, 240 rows, SHA-256 34cd  (b.json)\n\n"
+            "Different: no corner moves, but see above.\n");
+}

@@ -5,6 +5,7 @@
 
 #include <string>
 
+using cornerpin::otherThanJson;
 using cornerpin::otherThanText;
 
 TEST(OtherThanText, SaysNothingOfText) {
@@ -38,4 +39,28 @@ TEST(OtherThanText, KnowsBinaryFilesByAZeroNearTheFront) {
   EXPECT_EQ(otherThanText("\x89PNG" + zero), binary);
   EXPECT_EQ(otherThanText(std::string(8191, 'a') + zero), binary);
   EXPECT_EQ(otherThanText(std::string(8192, 'a') + zero), "");
+}
+
+TEST(OtherThanJson, SaysNothingOfJsonAndOtherText) {
+  EXPECT_EQ(otherThanJson(""), "");
+  EXPECT_EQ(otherThanJson("{\"track\": "), "");
+  EXPECT_EQ(otherThanJson("[\"h00\","), "");
+  EXPECT_EQ(otherThanJson("Dear all,\ntrack,frame"), "");
+}
+
+TEST(OtherThanJson, KnowsCsvByItsHeader) {
+  const std::string tracks =
+      "these are tracks, not a result: give what cornerpin solve -o shot.json writes";
+  EXPECT_EQ(otherThanJson("track,frame,x,y\n"), tracks);
+  EXPECT_EQ(otherThanJson("frame;x;y;track\r\n"), tracks);
+  EXPECT_EQ(otherThanJson("frame,h00,h01,rms,tracks\n"),
+            "this is a result in CSV, and JSON is wanted: solve again with -o shot.json");
+}
+
+TEST(OtherThanJson, KnowsWhatIsNoText) {
+  EXPECT_EQ(otherThanJson("PK\x03\x04\x14"),
+            "this is a zip file: unpack it first, or pack it with gzip");
+  EXPECT_EQ(otherThanJson("\xFF\xFE{"), "this is UTF-16 text: save it as UTF-8");
+  EXPECT_EQ(otherThanJson(std::string("a\0", 2)),
+            "this is a binary file, not text: a JSON file is wanted");
 }

@@ -16,3 +16,10 @@ TEST(FileRows, NameTheFileItsKindAndSize) {
   EXPECT_EQ(fileRows({"-", "standard input", 5, true, false}, "tracks"),
             "file          standard input\n              tracks, packed with gzip, 5 bytes\n");
 }
+
+TEST(Describe, PutsProgramsAndInputsForPeople) {
+  EXPECT_EQ(describe(ProgramVersion{"cornerpin", "0.1.0", "12ab"}), "cornerpin 0.1.0, commit 12ab");
+  EXPECT_EQ(describe(ProgramVersion{"cornerpin", "0.1.0", ""}), "cornerpin 0.1.0");
+  EXPECT_EQ(describe(InputFile{"a.csv", "34cd", 1}), "a.csv, 1 row, SHA-256 34cd");
+  EXPECT_EQ(describe(InputFile{"", "", 7}), "a pipe, 7 rows");
+}

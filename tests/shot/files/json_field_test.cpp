@@ -98,12 +98,17 @@ TEST(JsonField, SaysWhatIsNeededAndWhere) {
 }
 
 TEST(JsonFile, NamesTheLineThatIsNoJson) {
-  EXPECT_EQ(refusal("{\n\"a\":nan}"), ":2: this is no JSON");
-  EXPECT_EQ(refusal("track,frame\n"), ":1: this is no JSON");
-  EXPECT_EQ(refusal("{\"a\":1}\n\n{}"), ":3: this is no JSON");
-  EXPECT_EQ(refusal("{\"a\":\n[1,"), ":2: this is no JSON, or its end is missing");
-  EXPECT_EQ(refusal(""), ":1: this is no JSON, or its end is missing");
-  EXPECT_EQ(refusal(std::string("{\"a\":\"\xff\"}")), ":1: this is no JSON");
+  EXPECT_EQ(refusal("{\n\"a\":nan}"), ":2: this is no JSON: mend this line, or give another file");
+  EXPECT_EQ(refusal("track,frame\n"),
+            ": these are tracks, not a result: give what cornerpin solve -o shot.json writes");
+  EXPECT_EQ(refusal("{\"a\":1}\n\n{}"),
+            ":3: this is no JSON: mend this line, or give another file");
+  EXPECT_EQ(refusal("{\"a\":\n[1,"),
+            ":2: this is no JSON, or its end is missing: write the file again");
+  EXPECT_EQ(refusal(""), ": the file is empty: write it again");
+  EXPECT_EQ(refusal(" \n"), ": the file is empty: write it again");
+  EXPECT_EQ(refusal(std::string("{\"a\":\"\xff\"}")),
+            ":1: this is no JSON: mend this line, or give another file");
 }
 
 TEST(JsonFile, RefusesNumbersBeyondDoublePrecision) {
@@ -116,7 +121,7 @@ TEST(JsonFile, RefusesAMemberThatIsThereTwiceWhereAsked) {
   };
   EXPECT_EQ(refused("{\"a\":1,\"b\":2,\"a\":3}"), ": a: there twice");
   EXPECT_EQ(refused("{\"a\":{\"a\":1},\"b\":{\"a\":1}}"), "nothing thrown");
-  EXPECT_EQ(refused("{\"a\":nan}"), ":1: this is no JSON");
+  EXPECT_EQ(refused("{\"a\":nan}"), ":1: this is no JSON: mend this line, or give another file");
   EXPECT_EQ(refusal("{\"a\":1,\"a\":3}",
                     [](const JsonField& whole) { EXPECT_EQ(whole.at("a").integer(), 3); }),
             "nothing thrown");
@@ -140,7 +145,8 @@ TEST(JsonFile, IsReadInTimeProportionalToItsLength) {
 }
 
 TEST(JsonFile, SurvivesAMillionBrackets) {
-  EXPECT_EQ(refusal(std::string(1000000, '[')), ":1: this is no JSON, or its end is missing");
+  EXPECT_EQ(refusal(std::string(1000000, '[')),
+            ":1: this is no JSON, or its end is missing: write the file again");
   EXPECT_EQ(refusal(std::string(1000000, '[') + std::string(1000000, ']')), "nothing thrown");
 }
 
@@ -160,6 +166,8 @@ TEST(JsonFile, SaysWhyAFileCannotBeRead) {
     }
     return "";
   };
-  EXPECT_EQ(what(folder / "none"), folder / "none" + ": No such file or directory");
-  EXPECT_EQ(what(folder.path().string()), folder.path().string() + ": Is a directory");
+  EXPECT_EQ(what(folder / "none"),
+            folder / "none" + ": there is no such file: check its name and folder");
+  EXPECT_EQ(what(folder.path().string()),
+            folder.path().string() + ": this is a folder: name a file in it");
 }

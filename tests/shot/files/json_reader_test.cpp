@@ -63,8 +63,9 @@ TEST(ReadJson, NamesLineAndTrackOfWhatItRefuses) {
   const std::string a = "in.txt:2: a position of track \"a\" ";
   EXPECT_EQ(row("[1, 2]"), a + "needs three numbers or four, [frame,x,y,weight]");
   EXPECT_EQ(row("[1, 2, 3, 4, 5]"), a + "has more than four numbers");
-  EXPECT_EQ(row("[1.5, 2, 3]"), a + "has the frame 1.5, no whole number of 32 bits");
-  EXPECT_EQ(row("[4000000000, 2, 3]"), a + "has the frame 4000000000, no whole number of 32 bits");
+  EXPECT_EQ(row("[1.5, 2, 3]"), a + "has the frame 1.5, no whole number up to a thousand million");
+  EXPECT_EQ(row("[4000000000, 2, 3]"),
+            a + "has the frame 4000000000, no whole number up to a thousand million");
   EXPECT_EQ(row("[1, \"2\", 3]"), a + "has \"2\" in it, no number");
   EXPECT_EQ(row("[1, [2], 3]"), a + "has a list in it");
   EXPECT_EQ(row("[1, 4e38, 3]"), a + "has x 4e+38, which is not finite in single precision");

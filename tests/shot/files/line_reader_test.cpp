@@ -140,6 +140,10 @@ TEST(Words, RefuseWithTheColumnAndTheValue) {
   EXPECT_EQ(messageFor("a  1.5", frame), ":2: column 4: frame must be a whole number, not \"1.5\"");
   EXPECT_EQ(messageFor("a 99999999999", frame),
             ":2: column 3: frame is too large: \"99999999999\"");
+  const auto far = [](Words& words) { EXPECT_EQ(words.takeFrame(), 1000000000); };
+  EXPECT_EQ(messageFor("1000000000", far), "");
+  EXPECT_EQ(messageFor("1000000001", far), ":2: column 1: frame is too large: \"1000000001\"");
+  EXPECT_EQ(messageFor("1.0", far), ":2: column 1: frame must be a whole number, not \"1.0\"");
   EXPECT_EQ(messageFor("a", frame), ":2: column 2: the line ends where frame is wanted");
   const auto x = [](Words& words) { words.takePosition("x"); };
   EXPECT_EQ(messageFor("1,5", x),

@@ -71,7 +71,8 @@ TEST(ProvenanceJson, HoldsAllThatIsKnown) {
   EXPECT_EQ(j["input"],
             (json{{"name", "shot.csv"}, {"sha256", std::string(64, 'a')}, {"rows", 5000000000}}));
   EXPECT_EQ(j["picture"],
-            json::parse(R"({"width":1920,"height":1080,"y":"up","pixel_centre":0.5,"first_frame":null})"));
+            json::parse(
+                R"({"width":1920,"height":1080,"y":"up","pixel_centre":0.5,"first_frame":null})"));
   EXPECT_EQ(j["rebased"].size(), 2u);
   EXPECT_EQ(j["rebased"][0], json::parse(R"({"from":5,"to":6,
       "program":{"name":"cornerpin","version":"1","commit":null}})"));
@@ -105,7 +106,8 @@ TEST(ProvenanceJson, IsNullWhereNothingIsKnown) {
     EXPECT_TRUE(j[field].is_null()) << field;
   }
   EXPECT_EQ(j["picture"],
-            json::parse(R"({"width":null,"height":null,"y":null,"pixel_centre":null,"first_frame":null})"));
+            json::parse(
+                R"({"width":null,"height":null,"y":null,"pixel_centre":null,"first_frame":null})"));
   EXPECT_EQ(j["rebased"], json::array());
   for (const auto& option : j["options"].items()) {
     const std::string& name = option.key();

@@ -290,9 +290,16 @@ TEST(ReadResult, SkipsFieldsThatItDoesNotKnow) {
 }
 
 TEST(ReadResult, RefusesWhatIsNoResultOrNewer) {
-  EXPECT_EQ(refusal("[]"), ": this is no result of cornerpin");
-  EXPECT_EQ(refusal("{}"), ": this is no result of cornerpin");
-  EXPECT_EQ(refusal("frame,h00\n"), ":1: this is no JSON");
+  const std::string end = ": give what cornerpin solve -o shot.json writes";
+  EXPECT_EQ(refusal("[]"), ": this is JSON, but no result" + end);
+  EXPECT_EQ(refusal("{}"), ": this is JSON, but no result" + end);
+  EXPECT_EQ(refusal(R"({"a":[1,2]})"), ": this is JSON, but no result" + end);
+  EXPECT_EQ(refusal(R"({"a":[1,2,3,4],"b":4})"), ": this is JSON, but no result" + end);
+  EXPECT_EQ(refusal(R"({"a":[[0,0],[1,0],[1,1],[0,1]]})"), ": these are quads, not a result" + end);
+  EXPECT_EQ(refusal(R"({"quads":[],"reference_frame":1})"),
+            ": these are quads, not a result" + end);
+  EXPECT_EQ(refusal("frame,h00\n"),
+            ": this is a result in CSV, and JSON is wanted: solve again with -o shot.json");
   EXPECT_EQ(refusal(R"({"cornerpin":3})"),
             ": cornerpin: version 3 of a result, and this program reads up to 2: use a newer one");
   EXPECT_EQ(refusal(R"({"cornerpin":0})"), ": cornerpin: there is no such version");
@@ -310,6 +317,8 @@ TEST(ReadResult, NamesThePlaceOfWhatIsWrong) {
   EXPECT_EQ(with("/frames/1/h/2", json::parse("[0,0]")), ": frames[1].h[2]: a list of 3 is needed");
   EXPECT_EQ(with("/frames/1/h/2/0", nullptr), ": frames[1].h[2][0]: a number is needed");
   EXPECT_EQ(with("/frames/1/h/2/2", 0), ": frames[1].h: the last element has to be 1");
+  EXPECT_EQ(with("/frames/0/frame", 1000000001), ": frames[0].frame: too large");
+  EXPECT_EQ(with("/frames/0/frame", -1000000001), ": frames[0].frame: too large");
   EXPECT_EQ(with("/frames/1/frame", 7), ": frames[1].frame: not the frame behind the one before");
   EXPECT_EQ(with("/frames/1/status", "base"),
             ": frames[1].status: \"base\" is for the base frame, and for no other");

@@ -209,6 +209,15 @@ TEST(SummaryTable, SpeaksOfTheGoodTracksOfARobustSolve) {
             "Good: all 4 frames.\n");
 }
 
+TEST(SummaryTable, SaysWhereAllTracksAreGood) {
+  ShotResult result;
+  result.loss = Loss::Tukey;
+  result.frames.push_back(frame(0, Status::Base, 0.0));
+  for (int f : {1, 2}) result.frames.push_back(frame(f, Status::Solved, 0.25));
+  EXPECT_NE(tableOf(result, false).find("\ngood tracks   all of them, in every solved frame\n"),
+            std::string::npos);
+}
+
 // Frame 3 has no more than three tracks without those handed over, frame 4 no more than three at
 // all.
 TEST(SummaryTable, SaysWhatTheHandOverIsGoodFor) {

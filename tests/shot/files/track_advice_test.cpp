@@ -56,3 +56,21 @@ TEST(TrackAdvice, SaysWhereThereIsNothing) {
   result.tracks = {track("good", {{0, 9, TrackUse::Good}})};
   EXPECT_EQ(trackAdvice(result), "No track is worth a look.\n");
 }
+
+TEST(TrackAdvice, BeginsWithWhatWasFoundToHelp) {
+  ShotResult result;
+  result.tracks = {track("t2", {})};
+  result.worst = {{"t2", {0, 5, 5, 5, 2.0, 1.0, false}}};
+  result.frames.resize(1);
+  result.frames[0].frame = 5;
+  result.frames[0].figures.quads.resize(1);
+  result.frames[0].doubts = {{DoubtCode::ExpectedError, "far off"}};
+  result.advice = {{{5, 5}, "without t2 there it is 3 px: --drop t2:5"}};
+  EXPECT_EQ(trackAdvice(result).rfind("What the solve tried and found to help:\n"
+                                      "  5           far off (frame 5);\n"
+                                      "              without t2 there it is 3 px: --drop t2:5\n\n"
+                                      "Tracks that move the corners most:\n  t2",
+                                      0),
+            0u)
+      << trackAdvice(result);
+}

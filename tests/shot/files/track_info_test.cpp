@@ -56,9 +56,9 @@ TEST(TrackInfo, SaysWhereThereAreNoGaps) {
             "              tracks in CSV with semicolons, packed with gzip, 24 bytes\n"
             "rows          1\n"
             "frames        7  (1 frame)\n"
-            "tracks        1, each in 1 to 1 frames, median 1\n"
+            "tracks        1, each in 1 frame\n"
             "gaps          none: every track is seen without a break\n"
-            "per frame     1 to 1 tracks, median 1\n"
+            "per frame     1 track\n"
             "too few       for a full transform of their own (under 4) in 1 frame: 7\n");
 }
 
@@ -67,7 +67,7 @@ TEST(TrackInfo, CountsOnlyWhatHasAWeight) {
   const std::string info =
       infoOn("track,frame,x,y,weight\na,0,1,1,0\na,1,1,1,1\na,2,1,1,0\na,3,1,1,2\na,4,1,1,0\n");
   EXPECT_TRUE(contains(info, "no track in 3 frames: 0, 2, 4\n")) << info;
-  EXPECT_TRUE(contains(info, "each in 2 to 2 frames")) << info;
+  EXPECT_TRUE(contains(info, "each in 2 frames")) << info;
   EXPECT_TRUE(contains(info, "the longest in a, frames 2\n")) << info;
 }
 

@@ -47,8 +47,8 @@ TEST(BaseFrame, SaysWhatItRefuses) {
     }
     return "none";
   };
-  EXPECT_EQ(refusal(-1), "base frame -1 lies outside the shot's frames 0..5");
-  EXPECT_EQ(refusal(6), "base frame 6 lies outside the shot's frames 0..5");
+  EXPECT_EQ(refusal(-1), "base frame -1 is not in the shot: take one from 0 to 5");
+  EXPECT_EQ(refusal(6), "base frame 6 is not in the shot: take one from 0 to 5");
   EXPECT_EQ(refusal(4), "base frame 4 has no track");
   EXPECT_EQ(refusal(5), "base frame 5 has no track");
   EXPECT_EQ(refusal(0), "none");

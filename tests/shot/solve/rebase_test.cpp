@@ -272,8 +272,8 @@ TEST(Rebase, LosesAPlaceBehindTheHorizonAlone) {
 
 TEST(Rebase, SaysWhyAFrameIsRefused) {
   const ShotResult result = threeFrames();
-  EXPECT_EQ(refusal(result, 8), "reference frame 8 lies outside the shot's frames 5..7");
-  EXPECT_EQ(refusal(result, -1), "reference frame -1 lies outside the shot's frames 5..7");
+  EXPECT_EQ(refusal(result, 8), "reference frame 8 is not in the shot: take one from 5 to 7");
+  EXPECT_EQ(refusal(result, -1), "reference frame -1 is not in the shot: take one from 5 to 7");
   ShotResult held = result;
   held.frames[1].verdict.status = Status::Held;
   EXPECT_EQ(refusal(held, 6), "frame 6 cannot be the reference: it was held");

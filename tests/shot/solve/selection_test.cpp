@@ -13,20 +13,25 @@ using namespace cornerpin;
 
 namespace {
 
-// Tracks a, b and "c:1" in the frames -2 .. 2.
-Tracks smallShot() {
+// One row of each name in each frame.
+Tracks shotOf(const std::vector<std::string>& names, int first, int last) {
   Tracks tracks;
-  tracks.names = {"a", "b", "c:1"};
-  for (int f = -2; f <= 2; ++f) {
-    for (int t = 0; t < 3; ++t) {
+  tracks.names = names;
+  for (int f = first; f <= last; ++f) {
+    for (std::size_t t = 0; t < names.size(); ++t) {
       Observation o;
-      o.track = t;
+      o.track = static_cast<std::int32_t>(t);
       o.frame = f;
       tracks.observations.push_back(o);
     }
   }
+  EXPECT_TRUE(tracks.arrange());
   return tracks;
 }
+
+Tracks shotOf(const std::vector<std::string>& names) { return shotOf(names, -20, 99); }
+
+Tracks smallShot() { return shotOf({"a", "b", "c:1"}, -2, 2); }
 
 // What counts, "a-2 b-2 ...".
 std::string selected(const std::string& keep, const std::string& drop) {
@@ -91,22 +96,6 @@ std::string refusal(const std::string& text, const Tracks& tracks) {
   } catch (const std::invalid_argument& error) {
     return error.what();
   }
-}
-
-// One row of each name in each frame from -20 to 99.
-Tracks shotOf(const std::vector<std::string>& names) {
-  Tracks tracks;
-  tracks.names = names;
-  for (int f = -20; f < 100; ++f) {
-    for (std::size_t t = 0; t < names.size(); ++t) {
-      Observation o;
-      o.track = static_cast<std::int32_t>(t);
-      o.frame = f;
-      tracks.observations.push_back(o);
-    }
-  }
-  EXPECT_TRUE(tracks.arrange());
-  return tracks;
 }
 
 TEST(ParseSelection, TakesPatterns) {

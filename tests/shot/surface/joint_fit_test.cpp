@@ -86,6 +86,17 @@ void expectTheSame(const Fit& a, const Fit& b) {
   for (std::size_t f = 0; f < a.frames.size(); ++f) EXPECT_EQ(a.frames[f].h, b.frames[f].h) << f;
 }
 
+// One whose loss hardly bends: tracks count in full that are far off.
+relay::Shot looseShot(std::size_t alive, std::uint32_t seed, double noise) {
+  relay::Plan plan;
+  plan.alive = alive;
+  plan.seed = seed;
+  plan.noise = noise;
+  relay::Shot shot = relay::shot(plan);
+  for (JointFrame& frame : shot.frames) frame.sigma = 40.0;
+  return shot;
+}
+
 }  // namespace
 
 TEST(FitJointly, EndsWhereADenseSolverEnds) {
@@ -336,12 +347,7 @@ TEST(FitJointly, FitsFramesThatNothingTiesToTheFixedOneAmongThemselves) {
 // Far from the optimum under strong perspective a whole step may lead too far.
 TEST(FitJointly, ShortensAStepThatLeadsTooFar) {
   for (std::uint32_t seed = 1; seed <= 30; ++seed) {
-    relay::Plan plan;
-    plan.alive = 10;
-    plan.seed = seed;
-    plan.noise = 0.0;
-    relay::Shot shot = relay::shot(plan);
-    for (JointFrame& frame : shot.frames) frame.sigma = 40.0;
+    const relay::Shot shot = looseShot(10, seed, 0.0);
     Fit fit;
     fit.frames = relay::started(shot.frames, 125.0, seed);
     fit.places = startPlaces(fit.frames, shot.observations(), shot.places.size());
@@ -368,12 +374,7 @@ TEST(FitJointly, EndsAfterOneStepWhereThereIsNothingToGain) {
 // What is left to gain after the last step is a few millionths at most; before it, more than one.
 TEST(FitJointly, EndsWhereFurtherStepsAreNotWorthIt) {
   for (std::uint32_t seed = 1; seed <= 10; ++seed) {
-    relay::Plan plan;
-    plan.alive = 16;
-    plan.seed = seed;
-    plan.noise = 20.0;
-    relay::Shot shot = relay::shot(plan);
-    for (JointFrame& frame : shot.frames) frame.sigma = 40.0;
+    const relay::Shot shot = looseShot(16, seed, 20.0);
     Fit fit = startOf(shot, 30.0);
     std::vector<double> costs;
     fitJointly(fit.frames, fit.places, shot.observations(),

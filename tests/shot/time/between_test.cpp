@@ -84,8 +84,8 @@ TEST(AddBetween, GoesByNoOuterFrameThatIsHeld) {
 
 TEST(AddBetween, SaysWhatItRefuses) {
   const ShotResult result = made::result(bending, 10, 20, 10);
-  EXPECT_EQ(refusal(result, 9.75), "9.75 lies outside the shot's frames 10..20");
-  EXPECT_EQ(refusal(result, 20.5), "20.5 lies outside the shot's frames 10..20");
+  EXPECT_EQ(refusal(result, 9.75), "9.75 is not in the shot: take times from 10 to 20");
+  EXPECT_EQ(refusal(result, 20.5), "20.5 is not in the shot: take times from 10 to 20");
   EXPECT_EQ(refusal(result, 20.0), "nothing thrown");
   ShotResult turned = made::result(bending, 10, 11, 10);
   turned.frames[1].h = {{{-1, 0, 1000}, {0, -1, 600}, {0, 0, 1}}};
