@@ -33,6 +33,17 @@ std::int32_t LineTracks::takeCount(Words words, const char* name) const {
   return count;
 }
 
+std::int32_t LineTracks::takeFirstCount(const char* things) {
+  if (!nextUncommented()) throw InputError(lines.file(), "the file is empty");
+  return takeCount(Words(lines), fmt::format("the count of {}", things).c_str());
+}
+
+void LineTracks::noteCount(std::uint32_t line, const char* things, std::int32_t count,
+                           std::int32_t met) {
+  note(line, fmt::format("the count of {} is {}, and {} {} in the file", things, count, met,
+                         met == 1 ? "is" : "are"));
+}
+
 Tracks LineTracks::finish(const Picture& picture, TrackBuilder::Repeats repeats) {
   input_.trace.rows = static_cast<std::int64_t>(tracks.rows());
   Tracks all = tracks.finish(repeats);

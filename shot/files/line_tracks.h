@@ -60,6 +60,17 @@ class LineTracks {
     }
   }
 
+  /// Reads a file that begins with a count of such things, with `read()` on the first line of each.
+  /// Notes it where there are more or less of them.
+  template <class Read>
+  void takeCounted(const char* things, Read read) {
+    const std::int32_t count = takeFirstCount(things);
+    const std::uint32_t line = lines.line();
+    std::int32_t met = 0;
+    for (; lines.nextFilled(); ++met) read();
+    if (met != count) noteCount(line, things, count, met);
+  }
+
   /// Moves to the next line with anything in it but a comment; false where there is none.
   bool nextUncommented();
   /// Moves to the next line with anything in it; throws where there is none, with what is wanted.
@@ -84,6 +95,8 @@ class LineTracks {
     row.line = lines.line();
     if (take(words, row)) tracks.add(row);
   }
+  std::int32_t takeFirstCount(const char* things);
+  void noteCount(std::uint32_t line, const char* things, std::int32_t count, std::int32_t met);
   bool isRow() const;
   [[noreturn]] void refuseEnd(const std::string& name, std::int32_t met, std::int32_t count) const;
   [[noreturn]] void refuseLine(const std::string& name, std::int32_t met, std::int32_t count) const;

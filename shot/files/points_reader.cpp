@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include <fmt/format.h>
-
 #include <string>
 
 #include "shot/files/format.h"
 #include "shot/files/line_tracks.h"
 #include "shot/files/number_text.h"
 #include "shot/files/track_input.h"
-#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
@@ -20,22 +17,11 @@ class PointsReader {
   explicit PointsReader(const TrackInput& input) : file_(input) {}
 
   Tracks read() {
-    file_.readAll([&] { readPointsByCount(); });
+    file_.readAll([&] { file_.takeCounted("points", [&] { readPoint(); }); });
     return file_.finish(factsOf(Format::Points).picture);
   }
 
  private:
-  void readPointsByCount() {
-    if (!file_.nextUncommented()) throw InputError(file_.lines.file(), "the file is empty");
-    const std::uint32_t line = file_.lines.line();
-    const std::int32_t count = file_.takeCount(Words(file_.lines), "the count of points");
-    std::int32_t points = 0;
-    for (; file_.lines.nextFilled(); ++points) readPoint();
-    if (points == count) return;
-    file_.note(line, fmt::format("the count of points is {}, and {} in the file", count,
-                                 points == 1 ? "1 is" : fmt::format("{} are", points)));
-  }
-
   void readPoint() {
     const std::string name(trimmed(file_.lines.text()));
     file_.require("a colour number");

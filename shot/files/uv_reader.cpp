@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include <fmt/format.h>
-
 #include <string>
 
 #include "shot/files/format.h"
@@ -19,22 +17,11 @@ class UvReader {
   explicit UvReader(const TrackInput& input) : file_(input) {}
 
   Tracks read() {
-    file_.readAll([&] { readTracksByCount(); });
+    file_.readAll([&] { file_.takeCounted("tracks", [&] { readTrack(); }); });
     return file_.finish(factsOf(Format::Uv).picture);
   }
 
  private:
-  void readTracksByCount() {
-    if (!file_.nextUncommented()) throw InputError(file_.lines.file(), "the file is empty");
-    const std::uint32_t line = file_.lines.line();
-    const std::int32_t count = file_.takeCount(Words(file_.lines), "the count of tracks");
-    std::int32_t tracks = 0;
-    for (; file_.lines.nextFilled(); ++tracks) readTrack();
-    if (tracks == count) return;
-    file_.note(line, fmt::format("the count of tracks is {}, and {} in the file", count,
-                                 tracks == 1 ? "1 is" : fmt::format("{} are", tracks)));
-  }
-
   void readTrack() {
     const std::string name(trimmed(file_.lines.text()));
     file_.require("a number of keys");
