@@ -37,6 +37,7 @@ TEST(FormatIn, TellsCountedFormatsByTheirFirstKey) {
   EXPECT_EQ(formatIn("2\n01\n1\n1 0.5 0.5\n"), Format::Uv);
   EXPECT_EQ(formatIn("2\n\na\n0\nb\n1\n1 0.5 0.5\n"), Format::Uv);
   EXPECT_EQ(formatIn("1\na\n0\n"), Format::Uv);
+  EXPECT_EQ(formatIn("2\na\n1\n1 0.5 0.5 1\n02\n1\n"), Format::Uv);
 }
 
 TEST(FormatIn, GoesByContent) {
