@@ -39,6 +39,14 @@ bool contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
+// The line without blanks at its ends, taken off the text.
+std::string_view takeLine(std::string_view& text) {
+  const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+  const std::string_view line = trimmed(text.substr(0, end));
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return line;
+}
+
 constexpr std::size_t kLines = 5;  // tell all formats
 using Lines = std::array<std::string_view, kLines>;
 
@@ -47,9 +55,7 @@ Lines firstLines(std::string_view text) {
   Lines lines;
   std::size_t count = 0;
   while (!text.empty() && count < kLines) {
-    const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-    const std::string_view line = trimmed(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
+    const std::string_view line = takeLine(text);
     if (!line.empty() && line[0] != '#') lines[count++] = line;
   }
   return lines;
@@ -108,11 +114,29 @@ bool isQuotedName(std::string_view line) {
   return line.size() >= 2 && line.front() == '"' && line.find('"', 1) == line.size() - 1;
 }
 
-// A count, then a name, and one or two numbers in front of the first key: of three numbers in point
-// text, of four otherwise.
-Format countedFormat(const Lines& lines) {
-  if (lines[3].empty() || wordsOf(lines[3]).size() == 1) return Format::Points;
-  return Format::Uv;
+// How many numbers a line of nothing else has.
+std::size_t numbersIn(std::string_view line) {
+  const std::vector<std::string_view> words = wordsOf(line);
+  return std::all_of(words.begin(), words.end(), isNumber) ? words.size() : 0;
+}
+
+// A count, then blocks: in point text a name, a colour number, the number of keys, and keys of
+// three numbers; otherwise a name, the number of keys, and keys of four numbers, or of three. Names
+// may be numbers, and blocks empty: the first key tells.
+Format countedFormat(std::string_view text) {
+  std::string_view line;
+  for (line = takeLine(text); line.empty() || line[0] == '#';) line = takeLine(text);
+  std::size_t wholes = 0;  // in a row
+  for (std::size_t i = 1; !text.empty();) {
+    line = takeLine(text);
+    if (line.empty()) continue;
+    const std::size_t numbers = numbersIn(line);
+    if (numbers > 3 && i >= 3) return Format::Uv;
+    if (numbers == 3 && i >= 3) return i >= 4 && wholes >= 2 ? Format::Points : Format::Uv;
+    wholes = isWhole(line) ? wholes + 1 : 0;
+    ++i;
+  }
+  return wholes >= 2 ? Format::Points : Format::Uv;
 }
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -177,7 +201,7 @@ Format formatIn(std::string_view beginning) {
   if (isQuotedName(lines[0]) && isWhole(lines[1].substr(0, lines[1].find(' '))))
     return Format::Blocks;
   if (isQuotedName(lines[0]) && isQuotedName(lines[1])) return Format::Blocks;
-  if (isWhole(lines[0])) return countedFormat(lines);
+  if (isWhole(lines[0])) return countedFormat(beginning);
   return isPathLine(lines[0]) ? Format::Paths : Format::Csv;
 }
 

@@ -19,12 +19,22 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
-// The first line end in the bytes, or their end.
+// The first of these characters in the bytes, or their end.
+std::size_t find(char c, const char* bytes, std::size_t count) {
+  const auto* found = static_cast<const char*>(std::memchr(bytes, c, count));
+  return found != nullptr ? static_cast<std::size_t>(found - bytes) : count;
+}
+
+// The first line end in the bytes, or their end. Looks piece by piece, so that a file without line
+// feeds is not searched for one to the end of the buffer for each line.
 std::size_t lineEnd(const char* bytes, std::size_t count) {
-  const auto* feed = static_cast<const char*>(std::memchr(bytes, '\n', count));
-  if (feed != nullptr) count = static_cast<std::size_t>(feed - bytes);
-  const auto* back = static_cast<const char*>(std::memchr(bytes, '\r', count));
-  return back != nullptr ? static_cast<std::size_t>(back - bytes) : count;
+  constexpr std::size_t kPiece = 256;
+  for (std::size_t begin = 0; begin < count; begin += kPiece) {
+    const std::size_t piece = std::min(kPiece, count - begin);
+    const std::size_t end = find('\r', bytes + begin, find('\n', bytes + begin, piece));
+    if (end < piece) return begin + end;
+  }
+  return count;
 }
 
 }  // namespace
@@ -62,6 +72,7 @@ bool LineReader::next() {
     next_ = filled_;
     break;
   }
+  if (text_.size() > kLongest) refuseLong();
   if (line_ < std::numeric_limits<std::uint32_t>::max()) ++line_;
   return true;
 }
@@ -76,11 +87,7 @@ bool LineReader::nextFilled() {
 // Moves what is left of the buffer to its front, makes room, and reads on.
 bool LineReader::fill() {
   const std::size_t left = filled_ - next_;
-  if (left > kLongest) {
-    throw InputError(file(), line_ + 1,
-                     fmt::format("the line is longer than {} MB: this is no file of this kind",
-                                 kLongest / 1024 / 1024));
-  }
+  if (left > kLongest) refuseLong();
   std::memmove(buffer_.data(), buffer_.data() + next_, left);
   next_ = 0;
   filled_ = left;
@@ -88,6 +95,12 @@ bool LineReader::fill() {
   const std::size_t count = source_.read(buffer_.data() + filled_, buffer_.size() - filled_);
   filled_ += count;
   return count > 0;
+}
+
+void LineReader::refuseLong() const {
+  throw InputError(file(), line_ + 1,
+                   fmt::format("the line is longer than {} MB: this is no file of this kind",
+                               kLongest / 1024 / 1024));
 }
 
 InputError LineReader::error(std::string_view part, const std::string& text) const {

@@ -42,6 +42,7 @@ class LineReader {
 
  private:
   bool fill();
+  [[noreturn]] void refuseLong() const;
 
   ByteSource& source_;
   std::vector<char> buffer_;
@@ -57,7 +58,11 @@ class LineReader {
 /// parse throws `InputError` with file, line, column and value.
 class Words {
  public:
-  explicit Words(const LineReader& lines) : lines_(lines), rest_(lines.text()) { skipBlanks(); }
+  explicit Words(const LineReader& lines) : Words(lines, lines.text()) {}
+  /// Of a part of the line.
+  Words(const LineReader& lines, std::string_view part) : lines_(lines), rest_(part) {
+    skipBlanks();
+  }
 
   bool atEnd() const { return rest_.empty(); }
   /// What is left of the line.

@@ -17,6 +17,16 @@ Tracks readAs(Format format, const TrackInput& input) {
       return readCsv(input);
     case Format::Json:
       return readJson(input);
+    case Format::Points:
+      return readPoints(input);
+    case Format::Blocks:
+      return readBlocks(input);
+    case Format::Paths:
+      return readPaths(input);
+    case Format::Rz2:
+      return readRz2(input);
+    case Format::Uv:
+      return readUv(input);
     default:
       throw InputError(input.source.name(),
                        std::string("no tracks are read from ") + factsOf(format).word + " files");

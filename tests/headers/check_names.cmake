@@ -21,10 +21,12 @@ file(GLOB tests RELATIVE "${SOURCE}/tests" "${SOURCE}/tests/shot/*/*_test.cpp")
 foreach(test IN LISTS tests)
   string(REGEX REPLACE "_test\\.cpp$" "" unit "${test}")
   # More tests of a unit: shot_solver_trust_test is of shot_solver.
-  while(NOT EXISTS "${SOURCE}/${unit}.h" AND unit MATCHES "_[a-z]+$")
+  while(NOT EXISTS "${SOURCE}/${unit}.h"
+        AND NOT EXISTS "${SOURCE}/${unit}.cpp"
+        AND unit MATCHES "_[a-z]+$")
     string(REGEX REPLACE "_[a-z]+$" "" unit "${unit}")
   endwhile()
-  if(NOT EXISTS "${SOURCE}/${unit}.h")
+  if(NOT EXISTS "${SOURCE}/${unit}.h" AND NOT EXISTS "${SOURCE}/${unit}.cpp")
     list(APPEND problems "tests/${test} is of no unit")
   endif()
 endforeach()

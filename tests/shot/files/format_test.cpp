@@ -28,6 +28,18 @@ TEST(FormatOf, GoesByExtensionsThatTellOneFormat) {
   }
 }
 
+TEST(FormatIn, TellsCountedFormatsByTheirFirstKey) {
+  EXPECT_EQ(formatIn("2\na\n0\n0\n02\n0\n1\n1 2 3\n"), Format::Points);
+  EXPECT_EQ(formatIn("# x\n1\n# 1\n0\n1\n1 2 3\n"), Format::Points);
+  EXPECT_EQ(formatIn("1\n1 2 3\n0\n1\n1 2 3\n"), Format::Points);
+  EXPECT_EQ(formatIn("2\na\n0\nb\n1\n1 0.5 0.5 1\n"), Format::Uv);
+  EXPECT_EQ(formatIn("2\n01\n1\n1 0.5 0.5 1\n"), Format::Uv);
+  EXPECT_EQ(formatIn("2\n01\n1\n1 0.5 0.5\n"), Format::Uv);
+  EXPECT_EQ(formatIn("2\n\na\n0\nb\n1\n1 0.5 0.5\n"), Format::Uv);
+  EXPECT_EQ(formatIn("1\na\n0\n"), Format::Uv);
+  EXPECT_EQ(formatIn("2\na\n1\n1 0.5 0.5 1\n02\n1\n"), Format::Uv);
+}
+
 TEST(FormatIn, GoesByContent) {
   EXPECT_EQ(formatIn("track,frame,x,y\n"), Format::Csv);
   EXPECT_EQ(formatIn("\"track\",\"frame\",\"x\",\"y\"\n\"a\",1,2,3\n"), Format::Csv);

@@ -84,9 +84,11 @@ TEST(LineReader, StaysOnALineWhenAsked) {
   EXPECT_EQ(lines.text(), "b");
 }
 
-TEST(LineReader, TakesSixteenMegabytesInALineAndNotMuchMore) {
+TEST(LineReader, TakesSixteenMegabytesInALineAndNoMore) {
   constexpr std::size_t kLongest = std::size_t{16} * 1024 * 1024;
   EXPECT_EQ(linesOf(std::string(kLongest, 'x') + "\nb").size(), 2u);
+  EXPECT_THROW(linesOf(std::string(kLongest + 1, 'x') + "\nb"), InputError);
+  EXPECT_THROW(linesOf(std::string(kLongest + 1, 'x')), InputError);
   const TemporaryFolder folder;
   const std::string path = folder / "in.txt";
   writeFile(path, "a\n" + std::string(3 * kLongest, 'x'));

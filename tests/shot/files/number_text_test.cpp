@@ -58,3 +58,25 @@ TEST(FlawOfPosition, IsWhatSinglePrecisionDoesNotHold) {
   EXPECT_EQ(flawOfPosition("x", "3.5e38", 3.5e38), "x is too large: \"3.5e38\"");
   EXPECT_EQ(flawOfPosition("x", "inf", HUGE_VAL), "x must be finite, not \"inf\"");
 }
+
+TEST(AppendDecimal, WritesTheShortestNumberWithoutAnExponent) {
+  const auto decimal = [](auto number) {
+    std::string text = "x";
+    appendDecimal(text, number);
+    return text;
+  };
+  EXPECT_EQ(decimal(0.1), "x0.1");
+  EXPECT_EQ(decimal(-430.0), "x-430");
+  EXPECT_EQ(decimal(1e-7), "x0.0000001");
+  EXPECT_EQ(decimal(1e22), "x10000000000000000000000");
+  EXPECT_EQ(decimal(616.02000000000001), "x616.02");
+  EXPECT_EQ(decimal(0.1f), "x0.1");
+  EXPECT_EQ(decimal(16777216.0f), "x16777216");
+  for (const double number : {5e-324, -5e-324, 1.7976931348623157e308, 1.0 / 3.0, 2.0 / 3e5}) {
+    const std::string text = decimal(number).substr(1);
+    EXPECT_EQ(text.find_first_not_of("-0123456789."), std::string::npos) << text;
+    double read = 0.0;
+    EXPECT_EQ(parse(text, read), Parsed::Number);
+    EXPECT_EQ(read, number);
+  }
+}

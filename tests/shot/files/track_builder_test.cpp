@@ -54,6 +54,15 @@ TEST(TrackBuilder, NumbersNamesAsTheyComeAndSortsThemAtTheEnd) {
   EXPECT_EQ(tracks.observations[2].x, 1.0);
 }
 
+TEST(TrackBuilder, RenamesATrack) {
+  TrackBuilder builder("f", {});
+  const std::int32_t a = builder.track("a");
+  builder.rename(a, "b");
+  EXPECT_FALSE(builder.has("a"));
+  EXPECT_EQ(builder.track("b"), a);
+  EXPECT_NE(builder.track("a"), a);
+}
+
 TEST(TrackBuilder, RefusesWhatHoldsNoTrack) {
   TrackBuilder empty("f", {});
   EXPECT_EQ(refusalBy(empty), "f: no track is in it");

@@ -10,6 +10,11 @@
 
 namespace cornerpin {
 
+/// The path of a file that another program wrote.
+inline std::string sampleFile(const std::string& name) {
+  return std::string(CORNERPIN_TEST_SAMPLES) + "/" + name;
+}
+
 /// What `readTracks` makes of a text; of a format, or of the one that it is found to be.
 inline Tracks tracksIn(const std::string& text, ReadTrace* trace = nullptr,
                        const FrameRange& frames = {}) {
