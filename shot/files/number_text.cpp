@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -11,6 +12,9 @@
 namespace cornerpin {
 
 namespace {
+
+// Of the smallest double, with its sign and 324 zeros in front of 17 digits.
+constexpr std::size_t kLongestDecimal = 352;
 
 // How much of the text is shown: never a part of a UTF-8 character.
 std::size_t shownLength(std::string_view text) {
@@ -38,6 +42,15 @@ Parsed parseWhole(std::string_view text, T& value) {
   return parseBare(text, value);
 }
 
+template <class T>
+void appendFixed(std::string& text, T number) {
+  std::array<char, kLongestDecimal> digits;
+  char* const begin = digits.data();
+  const auto written =
+      std::to_chars(begin, begin + digits.size(), number, std::chars_format::fixed);
+  text.append(begin, written.ptr);
+}
+
 }  // namespace
 
 std::string shown(std::string_view value) {
@@ -50,6 +63,9 @@ std::string shown(std::string_view value) {
 
 Parsed parse(std::string_view text, double& value) { return parseWhole(text, value); }
 Parsed parse(std::string_view text, std::int32_t& value) { return parseWhole(text, value); }
+
+void appendDecimal(std::string& text, double number) { appendFixed(text, number); }
+void appendDecimal(std::string& text, float number) { appendFixed(text, number); }
 
 bool hasDecimalComma(std::string_view text) {
   std::string pointed(text);

@@ -63,6 +63,10 @@ inline bool parsesPlain(std::string_view text, double& value) {
   return true;
 }
 
+/// Appends the number as the shortest decimal without an exponent that reads back as the same.
+void appendDecimal(std::string& text, double number);
+void appendDecimal(std::string& text, float number);
+
 /// What is wrong with a text that did not parse as a number of this name, with the text: `x must be
 /// a number, not "a"`.
 std::string flawOfNumber(std::string_view name, std::string_view text, Parsed parsed);

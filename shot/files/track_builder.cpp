@@ -50,6 +50,13 @@ std::size_t TrackBuilder::indexOf(std::string_view name) {
   return entry->second;
 }
 
+void TrackBuilder::rename(std::int32_t track, const std::string& name) {
+  std::string& held = tracks_.names[static_cast<std::size_t>(track)];
+  indices_.erase(held);
+  indices_.emplace(name, static_cast<std::size_t>(track));
+  held = name;
+}
+
 void TrackBuilder::refuseFarFrames() const {
   const std::optional<FarFrame> far = findFarFrame(tracks_.observations, firstFrame_, lastFrame_);
   if (!far) return;

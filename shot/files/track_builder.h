@@ -44,6 +44,8 @@ class TrackBuilder {
     return static_cast<std::int32_t>(last_);
   }
   bool has(std::string_view name) const { return indices_.count(std::string(name)) > 0; }
+  /// Gives a track another name, which no track has.
+  void rename(std::int32_t track, const std::string& name);
 
   void add(const Observation& row) {
     anyPresent_ = anyPresent_ || row.weight > 0.0f;
