@@ -141,6 +141,11 @@ TEST(KeyframesReader, ReadsFeaturesAndAttachPointsOnlyWhereThereIsNone) {
       << trace.notes[0];
   EXPECT_EQ(placesIn(keyframes(attach + other + feature)), wanted);
   EXPECT_EQ(placesIn(keyframes(feature + other + attach)), wanted);
+  const std::string third = tracker("z", "Feature Center", "\t0\t1\t2\n");
+  EXPECT_EQ(placesIn(keyframes(feature + third + attach)).at("Track Point #1"),
+            wanted.at("Track Point #1"));
+  const std::string gaps = tracker("\xC3\xA4 2", "Feature Center", "\t4\tnan\tnan\n");
+  EXPECT_EQ(placesIn(keyframes(other + gaps + feature)).size(), 1u);
 }
 
 TEST(KeyframesReader, JoinsTheTrackerWhereAPointsNameRepeats) {

@@ -31,9 +31,13 @@ inline std::string keyframes(const std::string& sections) {
 inline std::string fourCorners() {
   std::string text;
   for (int k = 1; k <= 4; ++k) {
-    const std::string y = "\t" + std::to_string(10 * k) + "\n";
-    text += cornerSection(
-        k, "\t0\t" + std::to_string(100 * k) + y + "\t1\t" + std::to_string(100 * k + 1) + y);
+    std::string rows;
+    for (int frame = 0; frame <= 1; ++frame) {
+      rows += "\t" + std::to_string(frame);
+      rows += "\t" + std::to_string(100 * k + frame);
+      rows += "\t" + std::to_string(10 * k) + "\n";
+    }
+    text += cornerSection(k, rows);
   }
   return text;
 }

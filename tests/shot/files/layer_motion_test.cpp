@@ -20,6 +20,16 @@ TEST(KeyedPair, GoesStraightBetweenKeysAndStaysOutsideOfThem) {
   EXPECT_EQ(pair.at(99.0, {}).y, -4.0);
 }
 
+// On the way from a large number nothing would be left of its digits.
+TEST(KeyedPair, KeepsTheNumbersOfItsKeys) {
+  KeyedPair pair;
+  pair.add({0.0, {1e17, 1e17}, 1});
+  pair.add({1.0, {0.1, -0.1}, 2});
+  pair.arrange();
+  EXPECT_EQ(pair.at(1.0, {}).x, 0.1);
+  EXPECT_EQ(pair.at(1.0, {}).y, -0.1);
+}
+
 TEST(KeyedPair, HasOneValueOrNone) {
   KeyedPair pair;
   EXPECT_EQ(pair.at(3.0, {7.0, 8.0}).y, 8.0);
