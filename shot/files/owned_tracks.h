@@ -24,7 +24,7 @@ class OwnedTracks {
 
  private:
   TrackBuilder& tracks_;
-  std::vector<std::string> owners_;            // of each track, the one that it was met with
+  std::vector<std::string> owners_;           // of each track, the one that it was met with
   std::unordered_set<std::string> repeated_;  // names that more than one owner has
 };
 
