@@ -27,6 +27,8 @@ Tracks readAs(Format format, const TrackInput& input) {
       return readRz2(input);
     case Format::Uv:
       return readUv(input);
+    case Format::Keyframes:
+      return readKeyframes(input);
     default:
       throw InputError(input.source.name(),
                        std::string("no tracks are read from ") + factsOf(format).word + " files");

@@ -22,7 +22,7 @@ WriteNotes writeNkPin(const Pin& pin, const PinStyle& style, OutputFile& out);
 WriteNotes writeKeyframesPin(const Pin& pin, const PinStyle& style, OutputFile& out);
 WriteNotes writeBlenderPin(const Pin& pin, OutputFile& out);
 WriteNotes writeNatronPin(const Pin& pin, OutputFile& out);
-WriteNotes writeUsdaPin(const Pin& pin, OutputFile& out);
+WriteNotes writeUsdaPin(const Pin& pin, const PinStyle& style, OutputFile& out);
 
 }  // namespace cornerpin
 
