@@ -14,6 +14,8 @@ Tracks readAs(Format format, const TrackInput& input) {
   switch (format) {
     case Format::Csv:
       return readCsv(input);
+    case Format::Nk:
+      return readNk(input);
     default:
       throw InputError(input.source.name(),
                        std::string("no tracks are read from ") + factsOf(format).word + " files");
