@@ -29,6 +29,8 @@ Tracks readAs(Format format, const TrackInput& input) {
       return readUv(input);
     case Format::Keyframes:
       return readKeyframes(input);
+    case Format::Nk:
+      return readNk(input);
     default:
       throw InputError(input.source.name(),
                        std::string("no tracks are read from ") + factsOf(format).word + " files");
