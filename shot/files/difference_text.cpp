@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -17,32 +16,8 @@ namespace cornerpin {
 namespace {
 
 constexpr std::size_t kWidth = 64;
-constexpr std::size_t kListed = 5;
 
 std::string orNone(const std::string& text) { return text.empty() ? "no other option" : text; }
-
-std::string listed(const std::vector<int>& frames) { return textOf(stretchesOf(frames), kListed); }
-
-std::string listed(const std::vector<std::string>& names) {
-  const std::vector<std::string> first(
-      names.begin(), names.begin() + static_cast<std::ptrdiff_t>(std::min(names.size(), kListed)));
-  const std::size_t more = names.size() - first.size();
-  return fmt::format("{}{}", fmt::join(first, ", "),
-                     more > 0 ? fmt::format(" and {} more", more) : "");
-}
-
-template <class Item>
-std::string onlyRows(const char* label, const OnlyIn<Item>& only, const DifferenceNames& names) {
-  std::string text;
-  const auto add = [&](const std::vector<Item>& items, const std::string& file) {
-    if (items.empty()) return;
-    text += infoRow(text.empty() ? label : "",
-                    fmt::format("{} only in {}: {}", items.size(), file, listed(items)));
-  };
-  add(only.first, names.first);
-  add(only.second, names.second);
-  return text;
-}
 
 template <class Origin>
 std::string orUnknown(const std::optional<Origin>& origin) {

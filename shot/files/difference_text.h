@@ -7,15 +7,12 @@
 #include <vector>
 
 #include "shot/compare/result_difference.h"
+#include "shot/files/only_rows.h"
 
 namespace cornerpin {
 
 /// How two results are told apart, as lines for people. The last line decides: "Same: ...",
 /// "Different: ...".
-struct DifferenceNames {
-  std::string first;
-  std::string second;
-};
 std::string differenceText(const ResultDifference& difference, const DifferenceNames& names,
                            const std::vector<NamedQuad>& quads, std::optional<double> most);
 
