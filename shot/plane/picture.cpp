@@ -82,8 +82,10 @@ std::vector<PictureFact> missingBetween(const Picture& from, const Picture& to) 
 PictureMap::PictureMap(const Picture& from, const Picture& to) {
   if (!missingBetween(from, to).empty()) throw std::logic_error("what the pictures are is missing");
   const Picture& sized = hasSize(to) ? to : from;
-  x_ = axisMap(from, to, sized.width.value_or(0), false);
-  y_ = axisMap(from, to, sized.height.value_or(0), isFlipped(from, to));
+  // Any length will do where nothing is missing without one.
+  constexpr int kAny = 2;
+  x_ = axisMap(from, to, sized.width.value_or(kAny), false);
+  y_ = axisMap(from, to, sized.height.value_or(kAny), isFlipped(from, to));
 }
 
 Homography PictureMap::matrix() const {

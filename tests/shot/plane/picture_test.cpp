@@ -165,3 +165,15 @@ TEST(FrameShift, NeedsTheFirstFrameOfBoth) {
   to.firstFrame = 1001;
   EXPECT_EQ(frameShift(from, to), 1000);
 }
+
+TEST(PictureMap, LeavesUnitsOfAPictureOfUnknownSize) {
+  for (const Scale scale : {Scale::Picture, Scale::AboutZero}) {
+    Picture picture;
+    picture.scale = scale;
+    picture.pixelCentre = 0.0;
+    const PictureMap map(picture, picture);
+    EXPECT_TRUE(map.isIdentity());
+    EXPECT_EQ(map(Point{0.25, -0.75}).x, 0.25);
+    EXPECT_EQ(map(Point{0.25, -0.75}).y, -0.75);
+  }
+}
