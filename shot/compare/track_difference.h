@@ -32,7 +32,9 @@ struct Comparison {
   std::size_t apart = 0;      ///< of these, in other places by more than the files' digits allow
   ApartPosition worst;        ///< the one that is farthest apart, however near
   OnlyIn<std::string> tracks;
-  OnlyIn<int> frames;  ///< in which only one has positions at all, as that one counts
+  /// In which only one has positions at all; the second one's by its own count, but for what both
+  /// files tell of their first frames.
+  OnlyIn<int> frames;
   /// Positions that only one has in tracks and frames that both have. Of both files those without a
   /// weight, which are as good as absent, are not told.
   std::size_t onlyInFirst = 0;
