@@ -17,6 +17,7 @@ constexpr double kCoarsestHalf = 0.005;  // of the last digit, in pixels
 constexpr double kRoundingInPixels = 1e-6;
 constexpr double kRoundingInPictures = 1e-9;
 constexpr double kMuchNearer = 20.0;
+constexpr std::size_t kMostByPlace = 10000;
 constexpr double kByPlace = 2.0;  // as far apart middle places of the same track may be
 
 // What is allowed along x and y.
@@ -278,6 +279,7 @@ class Search {
   }
 
   void tryByPlace(const AxisChange& x, const AxisChange& y, int frames) {
+    if (first_.names.size() > kMostByPlace) return;  // too many are near each other
     tryOne(matchByPlace(first_, second_, x, y, kByPlace), frames);
   }
 

@@ -25,9 +25,8 @@ TEST(UsageError, SuggestsTheCommandThatWasMeant) {
   EXPECT_EQ(refusalOf({"version"}), "version is no command: did you mean --version?");
   EXPECT_EQ(refusalOf({"dance"}), "dance is no command; see cornerpin --help");
   EXPECT_EQ(refusalOf({"help", "slove"}),
-            "command takes solve, convert, info, diff, explain, rebase or help, not \"slove\": did "
-            "you mean "
-            "solve?");
+            "command takes solve, convert, info, diff, check, explain, rebase or help, not "
+            "\"slove\": did you mean solve?");
 }
 
 TEST(UsageError, SuggestsTheOptionThatWasMeant) {

@@ -13,7 +13,8 @@ const std::vector<ExitCodeText>& exitCodeTexts() {
       {kUnreadable, "the input is refused or cannot be read"},
       {kDegraded,
        "done, but some frames have a simpler transform or their neighbour's;\n"
-       "with --strict or --max-error, also for doubtful frames; of diff: the files differ"}};
+       "with --strict or --max-error, also for doubtful frames; of diff and check, the\n"
+       "files differ"}};
   return texts;
 }
 

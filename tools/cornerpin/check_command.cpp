@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "tools/cornerpin/check_command.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "shot/compare/track_difference.h"
+#include "shot/files/byte_source.h"
+#include "shot/files/format.h"
+#include "shot/files/json_reader.h"
+#include "shot/files/result_pin.h"
+#include "shot/files/result_reader.h"
+#include "shot/files/track_difference_text.h"
+#include "shot/files/track_reader.h"
+#include "shot/solve/wording.h"
+#include "tools/cornerpin/option_list.h"
+#include "tools/cornerpin/output_paths.h"
+#include "tools/cornerpin/shared_options.h"
+
+namespace cornerpin {
+
+namespace {
+
+constexpr CommandText kText = {
+    "check", "Say how two files of tracks or pins differ", "cornerpin check shot.csv shot.nk",
+    "Compares two files of the same tracks, or of the same pin, in any formats, and names what\n"
+    "explains the difference: \"y flipped about 1080\", \"half a pixel\", \"frame +1\", \"scaled "
+    "by\n"
+    "0.5\", \"corner order\", and several of these. What both files tell of their picture is\n"
+    "taken into account first. Of a result of a solve, the corners of its quads are compared.\n"
+    "The exit code is 0 where nothing differs and 4 where something does.\n",
+    "Two coordinates are the same where both can be roundings of one number: half of the last\n"
+    "digit that each file carries is allowed, of a hundredth of a pixel at most, and at least a\n"
+    "millionth of a pixel. With --max PX two things count alone: a coordinate that is more than\n"
+    "PX pixels off, and a position that one file lacks. Weights count where both files have\n"
+    "other weights than 1.\n\n"
+    "An explanation makes at least three quarters of the positions the same; the others are\n"
+    "told. Of several the one with the fewest parts is named, so that tracks that stand still\n"
+    "are moved rather than flipped. A flip about a whole number tells the picture's height only\n"
+    "with the place of a pixel's centre: where that is at 0, it is one less than the height.\n"
+    "Where a conversion takes the picture's size, and neither file tells it, the numbers are\n"
+    "compared as they are.\n\n"
+    "Results of two solves are compared by cornerpin diff.\n"};
+
+struct Arguments {
+  std::string first;
+  std::string second;
+  MaxMoveOption most;
+  std::string fromFirst;
+  std::string fromSecond;
+};
+
+// What of a file is compared: its tracks; of a result, the corners of one of its quads or of the
+// whole picture.
+struct Compared {
+  Tracks tracks;
+  std::string name;
+};
+
+// Only a plain file can be looked into and then read from its beginning.
+bool isResult(const std::string& path) {
+  if (!std::filesystem::is_regular_file(path)) return false;
+  ByteSource source(path);
+  const std::string_view beginning = source.beginning();
+  return formatIn(beginning) == Format::Json && !otherThanTracks(beginning).empty() &&
+         beginning.find("\"cornerpin\"") != std::string_view::npos;
+}
+
+std::vector<Compared> cornersOf(const std::string& path) {
+  const ShotResult result = readResult(path);
+  std::vector<Compared> all;
+  for (const NamedQuad& quad : result.quads) {
+    all.push_back({tracksOf(pinOf(result, PinKind::Pin, &quad)),
+                   fmt::format("{}, quad \"{}\"", path, quad.name)});
+  }
+  const Picture& picture = result.provenance.picture;
+  if (picture.width && picture.height) {
+    all.push_back(
+        {tracksOf(pinOf(result, PinKind::Pin, nullptr)), path + ", corners of the picture"});
+  }
+  return all;
+}
+
+std::vector<Compared> tracksIn(const std::string& path, const std::string& format) {
+  ReadTrace trace;
+  if (!format.empty()) trace.format = formatNamed(format);
+  std::vector<Compared> only = {{readTracks(path, {}, {}, &trace), path}};
+  for (const std::string& note : trace.notes) std::cerr << "cornerpin: " << note << '\n';
+  return only;
+}
+
+std::vector<Compared> comparedOf(const std::string& path, const std::string& format, bool result) {
+  return result ? cornersOf(path) : tracksIn(path, format);
+}
+
+void refuseOthersThanCorners(const Compared& tracks, const std::string& result) {
+  if (tracks.tracks.names.size() == kCornerNames.size()) return;
+  throw std::invalid_argument(
+      fmt::format("\"{}\" has {}, and \"{}\" is a result, of which the four corners of a pin are "
+                  "compared: give the file of a pin, or the tracks of another file",
+                  tracks.name, counted(tracks.tracks.names.size(), "track"), result));
+}
+
+struct Comparable {
+  TrackDifference difference;
+  DifferenceNames names;
+
+  std::size_t agreeing() const { return difference.rest.positions - difference.rest.apart; }
+  int parts() const { return difference.explanation ? difference.explanation->parts() : 0; }
+};
+
+// The pair that has most in common, with the simplest explanation.
+Comparable nearest(const std::vector<Compared>& first, const std::vector<Compared>& second) {
+  std::optional<Comparable> best;
+  for (const Compared& a : first) {
+    for (const Compared& b : second) {
+      Comparable pair = {differenceOf(a.tracks, b.tracks), {a.name, b.name}};
+      const bool isBetter = !best || pair.agreeing() > best->agreeing() ||
+                            (pair.agreeing() == best->agreeing() && pair.parts() < best->parts());
+      if (isBetter) best = std::move(pair);
+    }
+  }
+  return best.value();
+}
+
+int run(const Arguments& arguments) {
+  const std::string& first = arguments.first;
+  const std::string& second = arguments.second;
+  const std::optional<double> most = arguments.most.value();
+  if (first == "-" && second == "-") {
+    throw std::invalid_argument("both files want standard input: name a file for one");
+  }
+  requireWritable("-");
+  const bool isFirstResult = arguments.fromFirst.empty() && isResult(first);
+  const bool isSecondResult = arguments.fromSecond.empty() && isResult(second);
+  if (isFirstResult && isSecondResult) {
+    throw std::invalid_argument(
+        fmt::format("both files are results of solves: type cornerpin diff {} {}", shellWord(first),
+                    shellWord(second)));
+  }
+  const std::vector<Compared> all = comparedOf(first, arguments.fromFirst, isFirstResult);
+  const std::vector<Compared> others = comparedOf(second, arguments.fromSecond, isSecondResult);
+  if (isFirstResult) refuseOthersThanCorners(others[0], first);
+  if (isSecondResult) refuseOthersThanCorners(all[0], second);
+  const Comparable pair = nearest(all, others);
+  print(differenceText(pair.difference, pair.names, most));
+  return isDifferent(pair.difference, most) ? kDegraded : kSolved;
+}
+
+void addFile(CLI::App& parser, const char* name, const char* text, std::string& path) {
+  takesFile(parser.add_option(name, path, text))->required()->check(refuseEmpty);
+}
+
+void addFormat(CLI::App& parser, const char* name, const char* text, std::string& word) {
+  std::vector<std::string> words;
+  for (const FormatFacts& facts : allFormats()) {
+    if (facts.readsTracks) words.emplace_back(facts.word);
+  }
+  takesOneOf(parser.add_option(name, word, text), words)->option_text("NAME");
+}
+
+}  // namespace
+
+Command addCheck(CLI::App& app) {
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& parser = addParser(app, kText);
+  addFile(parser, "first", "File with tracks, a pin or a result; - is standard input",
+          arguments->first);
+  addFile(parser, "second", "File that it is compared with", arguments->second);
+  arguments->most.addTo(parser);
+  parser.get_option("--max")->description("Coordinates may be so far apart");
+  addMore(parser);
+  addFormat(parser, "--from-first", "Read the first file as this, whatever it looks like",
+            arguments->fromFirst);
+  addFormat(parser, "--from-second", "Read the second file as this", arguments->fromSecond);
+  return {&parser, [arguments] { return run(*arguments); }, &kText};
+}
+
+}  // namespace cornerpin
