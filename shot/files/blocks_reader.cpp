@@ -91,7 +91,7 @@ class BlocksReader {
     if (keys > 0) setFirstFrame(firstFrame);
     std::int32_t track = -1;
     file_.takeRows(name_, keys, [&](Words& words, Observation& row) {
-      row.frame = words.takeWhole("frame");
+      row.frame = words.takeFrame();
       if (!takePlace(file_.lines, words, row)) return false;
       if (!words.atEnd()) words.takePosition("residual");
       if (!words.atEnd()) takeDepth(words);

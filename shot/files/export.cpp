@@ -109,6 +109,14 @@ WriteNotes writeTracks(const Tracks& tracks, Format format, const std::string& f
       return writeCsvTracks(ready, out);
     case Format::Json:
       return writeJsonTracks(ready, out);
+    case Format::Points:
+      return writePointsTracks(ready, out);
+    case Format::Nk:
+      return writeNkTracks(ready, out);
+    case Format::Blocks:
+      return writeBlocksTracks(ready, out);
+    case Format::Uv:
+      return writeUvTracks(ready, out);
     default:
       throw std::invalid_argument(flawOf(format, ExportKind::Tracks));
   }
@@ -120,9 +128,19 @@ WriteNotes writePin(const Pin& pin, Format format, const PinStyle& style, const 
   switch (format) {
     case Format::Csv:
     case Format::Json:
+    case Format::Points:
       return writeTracks(tracksOf(ready), format, file, out);
+    case Format::Nk:
+      return writeNkPin(ready, style, out);
+    case Format::Keyframes:
+      return writeKeyframesPin(ready, style, out);
+    case Format::Blender:
+      return writeBlenderPin(ready, out);
+    case Format::Natron:
+      return writeNatronPin(ready, out);
+    case Format::Usda:
+      return writeUsdaPin(ready, style, out);
     default:
-      static_cast<void>(style);
       throw std::invalid_argument(flawOf(format, ExportKind::Pin));
   }
 }

@@ -19,8 +19,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-std::string readWhole(const std::string& path) {
-  ByteSource source(path);
+std::string readWhole(ByteSource& source) {
   std::string text;
   std::array<char, 65536> piece;
   while (const std::size_t count = source.read(piece.data(), piece.size())) {
@@ -116,8 +115,12 @@ void JsonField::refuse(std::string_view text) const {
                    place_.empty() ? std::string(text) : fmt::format("{}: {}", place_, text));
 }
 
-JsonFile::JsonFile(const std::string& path, Names names) : name_(path == "-" ? "<stdin>" : path) {
-  const std::string text = readWhole(path);
+JsonFile::JsonFile(const std::string& path, Names names) : JsonFile(ByteSource(path), names) {}
+
+JsonFile::JsonFile(ByteSource&& source, Names names) : JsonFile(source, names) {}
+
+JsonFile::JsonFile(ByteSource& source, Names names) : name_(source.name()) {
+  const std::string text = readWhole(source);
   std::set<std::string> seen;
   const auto noteName = [&](int depth, Json::parse_event_t event, const Json& name) {
     if (event == Json::parse_event_t::key && depth == 1 &&

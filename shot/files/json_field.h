@@ -10,6 +10,8 @@
 
 namespace cornerpin {
 
+class ByteSource;
+
 /// A value in a JSON file, which knows where it stands. What is not there, or is not what is asked
 /// for, throws `InputError` with file and place: "shot.json: frames[3].h: a list of 3 is needed".
 /// The file that it comes from must outlive it.
@@ -58,6 +60,9 @@ class JsonFile {
   /// Throws `InputError` when the file cannot be read, is not JSON, is cut off, holds a number
   /// beyond double precision, or has a name twice that ought to be there once.
   explicit JsonFile(const std::string& path, Names names = Names::Any);
+  /// From the first byte of a source.
+  explicit JsonFile(ByteSource& source, Names names = Names::Any);
+  explicit JsonFile(ByteSource&& source, Names names = Names::Any);
 
   const std::string& name() const { return name_; }
   JsonField whole() const { return {value_, name_}; }

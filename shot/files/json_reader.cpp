@@ -280,8 +280,13 @@ class TrackEvents {
 
 }  // namespace
 
+bool isTracksJson(std::string_view beginning) {
+  return beginning.find(fmt::format("\"{}\"", kTracksField)) != std::string_view::npos;
+}
+
 std::string otherThanTracks(std::string_view beginning) {
-  if (beginning.find(fmt::format("\"{}\"", kTracksField)) != std::string_view::npos) return "";
+  const bool isUv = beginning.find("\"per_frame\"") != std::string_view::npos;
+  if (isTracksJson(beginning) || isUv) return "";
   if (beginning.find("\"cornerpin\"") != std::string_view::npos) {
     return "this is a result, not tracks: give the file that it was solved from";
   }

@@ -58,7 +58,7 @@ class PathsReader {
             text, fmt::format("a name, a frame, two positions and a status are wanted, not {}",
                               shown(trimmed(text))));
       }
-      row.frame = words.takeWhole("frame");
+      row.frame = words.takeFrame();
       const bool isThere = takePlace(file_.lines, words, row);
       if (isAbsent(words.takeWhole("status")) || !isThere) return false;
       row.track = file_.tracks.track(name);

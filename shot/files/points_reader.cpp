@@ -32,7 +32,7 @@ class PointsReader {
     const std::int32_t keys = file_.takeCount(Words(file_.lines), "the number of keys");
     std::int32_t track = -1;
     file_.takeRows(name, keys, [&](Words& words, Observation& row) {
-      row.frame = words.takeWhole("frame");
+      row.frame = words.takeFrame();
       if (!takePlace(file_.lines, words, row)) return false;
       words.requireEnd();
       if (track < 0) track = file_.tracks.track(name);

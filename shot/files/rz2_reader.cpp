@@ -241,7 +241,7 @@ class Rz2Reader {
       const std::string_view text = words_.requireRow(begun, "track");
       if (text.empty()) break;
       file_.takeRow(Words(file_.lines, text), [&](Words& words, Observation& row) {
-        row.frame = words.takeWhole("frame");
+        row.frame = words.takeFrame();
         const bool isThere = takePlace(file_.lines, words, row);
         takeConfidence(words.rest(), row);
         if (!isThere) return false;

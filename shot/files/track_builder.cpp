@@ -26,6 +26,7 @@ Tracks TrackBuilder::finish(Repeats repeats) {
   refused_.raise();
   if (tracks_.observations.empty()) throw InputError(file_, "no track is in it");
   if (!anyPresent_) throw InputError(file_, "no track has a weight above 0");
+  refuseFurthest();
   tracks_.sortNames();
   if (frames_.isAll()) {
     refuseFarFrames();
@@ -55,6 +56,14 @@ void TrackBuilder::rename(std::int32_t track, const std::string& name) {
   indices_.erase(held);
   indices_.emplace(name, static_cast<std::size_t>(track));
   held = name;
+}
+
+void TrackBuilder::refuseFurthest() const {
+  for (const Observation& row : tracks_.observations) {
+    if (firstFrame_ >= -kFurthestFrame && lastFrame_ <= kFurthestFrame) return;
+    if (row.frame >= -kFurthestFrame && row.frame <= kFurthestFrame) continue;
+    throw InputError(file_, row.line, fmt::format("frame is too large: \"{}\"", row.frame));
+  }
 }
 
 void TrackBuilder::refuseFarFrames() const {

@@ -65,13 +65,14 @@ class TrackBuilder {
   void raise() const { refused_.raise(); }
 
   /// The tracks in the order of their names, arranged. Throws `InputError` for rows that were
-  /// refused, where no row is there or none has a weight above 0, for a frame far from all others
-  /// (`findFarFrame`), for frames that span more than `kMaxFrames`, and for a track that is given
-  /// twice in a frame.
+  /// refused, where no row is there or none has a weight above 0, for a frame beyond
+  /// `kFurthestFrame` or far from all others (`findFarFrame`), for frames that span more than
+  /// `kMaxFrames`, and for a track that is given twice in a frame.
   Tracks finish(Repeats repeats = Repeats::Refused);
 
  private:
   std::size_t indexOf(std::string_view name);
+  void refuseFurthest() const;
   void refuseFarFrames() const;
   void leaveOutFarFrames();
   void refuseTooMany() const;

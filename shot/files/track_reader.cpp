@@ -4,8 +4,10 @@
 #include "shot/files/byte_source.h"
 #include "shot/files/file_kind.h"
 #include "shot/files/input_error.h"
+#include "shot/files/json_field.h"
 #include "shot/files/json_reader.h"
 #include "shot/files/track_input.h"
+#include "shot/files/uv_json.h"
 
 namespace cornerpin {
 
@@ -49,11 +51,16 @@ Tracks readTracks(const std::string& path, const Progress& progress, const Frame
     throw InputError(source.name(), kind);
   }
   if (!noted.format) noted.format = formatIn(beginning);
-  if (*noted.format == Format::Json) {
-    const std::string other = otherThanTracks(beginning);
-    if (!other.empty()) throw InputError(source.name(), other);
+  const TrackInput input = {source, progress, frames, noted};
+  if (*noted.format != Format::Json || isTracksJson(beginning)) {
+    return readAs(*noted.format, input);
   }
-  return readAs(*noted.format, {source, progress, frames, noted});
+  if (const std::string other = otherThanTracks(beginning); !other.empty()) {
+    throw InputError(source.name(), other);
+  }
+  noted.format = Format::Uv;
+  const JsonFile file(source);
+  return readUvJson(file.whole(), input);
 }
 
 }  // namespace cornerpin

@@ -28,7 +28,7 @@ class UvReader {
     const std::int32_t keys = file_.takeCount(Words(file_.lines), "the number of keys");
     std::int32_t track = -1;
     file_.takeRows(name, keys, [&](Words& words, Observation& row) {
-      row.frame = words.takeWhole("frame");
+      row.frame = words.takeFrame();
       const bool isThere = takePlace(file_.lines, words, row);
       if (!words.atEnd()) row.weight = takeWeight(file_.lines, words, "weight");
       words.requireEnd();

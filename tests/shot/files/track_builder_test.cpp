@@ -71,6 +71,13 @@ TEST(TrackBuilder, RefusesWhatHoldsNoTrack) {
   EXPECT_EQ(refusalBy(absent), "f: no track has a weight above 0");
 }
 
+TEST(TrackBuilder, RefusesFramesThatAreTooFarFromNought) {
+  TrackBuilder builder("f", {});
+  builder.add(row(builder.track("a"), 1000000000, 0.0, 1));
+  builder.add(row(builder.track("a"), 1000000001, 0.0, 2));
+  EXPECT_EQ(refusalBy(builder), "f:2: frame is too large: \"1000000001\"");
+}
+
 TEST(TrackBuilder, TakesARepeatedRowOnceWhereThatIsAsked) {
   const auto fill = [](TrackBuilder& builder, double second) {
     const std::int32_t a = builder.track("a");
