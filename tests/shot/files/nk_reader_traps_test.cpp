@@ -143,7 +143,7 @@ TEST(NkReaderTraps, ExpressionsAreNamed) {
 
 TEST(NkReaderTraps, OnlyTheFirstGroupCounts) {
   const auto [tracks, notes] =
-      read(pin(" to1 {{curve x1 1} {curve x1 2}} {{curve x1 3} {curve x1 4\n}} 5 {6}\n"
+      read(pin(" to1 {{curve x1 1} {curve x1 2}} {{curve x1 3} {curve x1 4\n}} to3 {7 8}\n"
                " to2 {{curve x1 5} {curve x1 6}}\n"));
   expectPlaces(tracks, {{1, 1, 2}, {1, 5, 6}});
   EXPECT_EQ(notes, (Names{":1: \"top_right\" has no positions: skipped",
@@ -167,6 +167,7 @@ TEST(NkReaderTraps, OfOneLineForEachFrameTheLastCounts) {
   const auto [rows, none] = read(
       "Tracker4 {\n tracks {{1 3 1} {{1 1 1 track_x} {1 1 1 track_y}} {{{curve 1} {curve 1}}}}\n"
       " tracks {{1 3 1} {{1 1 1 track_x} {1 1 1 track_y}} {{{curve 2} {curve 2}}}}\n}\n");
+  EXPECT_EQ(none, Names{});
   EXPECT_EQ(rows.names, Names{"track 1"});
   expectPlaces(rows, {{0, 2, 2}});
 }
@@ -199,7 +200,7 @@ TEST(NkReaderTraps, OtherNodesAreSkipped) {
 // Braces count in a layout, quotes do not.
 TEST(NkReaderTraps, WindowLayoutsAndTextsAreNoScript) {
   const auto [tracks, notes] = read(
-      "#! /opt/it { \" }\nversion 5.2300\ndefine_window_layout_xml {<?xml version=\"1.0\"?>\n"
+      "#! /opt/it { \" \nversion 5.2300\ndefine_window_layout_xml {<?xml version=\"1.0\"?>\n"
       "<layout a=\"Tracker3 \\{\" b=' \" '>\nit's \" {\nTracker3 {\n}\n }\n}\n"
       "Tracker3 {\n label \"a } b {\\\" \n track1 {1 2}\n\"\n note {it's \" \\} }\n tile_color "
       "0x1\n"
