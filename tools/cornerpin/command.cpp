@@ -12,9 +12,8 @@ const std::vector<ExitCodeText>& exitCodeTexts() {
       {kUsage, "wrong usage: options or arguments make no sense"},
       {kUnreadable, "the input is refused or cannot be read"},
       {kDegraded,
-       "done, but some frames have a simpler transform or their neighbour's;\n"
-       "with --strict or --max-error, also for doubtful frames; of diff and check, the\n"
-       "files differ"}};
+       "done, but some frames have a simpler transform or their neighbour's; with --strict\n"
+       "or --max-error, also for doubtful frames; of diff and check: the files differ"}};
   return texts;
 }
 

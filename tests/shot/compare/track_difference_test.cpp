@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <utility>
 
@@ -367,6 +366,30 @@ TEST(TrackDifference, ExplainsWhatComesNearOnly) {
   EXPECT_LE(largestOff(d), 0.08);
   const Tracks jitter = changed(tracks, [&](Observation& o) { o.x += random.real(-0.05, 0.05); });
   EXPECT_FALSE(differenceOf(tracks, jitter).explanation);
+}
+
+// Moved by 0.1 on the whole, which is no twentieth of what is left.
+TEST(TrackDifference, ClaimsNothingThatBringsThemLittleNearer) {
+  const Tracks tracks = wanderers(6, 60, 29);
+  made::Random random(4);
+  const Tracks off = changed(tracks, [&](Observation& o) { o.x += random.real(0.05, 0.15); });
+  EXPECT_FALSE(differenceOf(tracks, off).explanation);
+}
+
+// Two names are swapped in 12 of 20 frames: to swap them leaves 16 positions of 24.
+TEST(TrackDifference, ClaimsNothingThatLeavesMoreThanHalf) {
+  const Tracks tracks = wanderers(10, 20, 37);
+  const auto swappedUpTo = [&](int frame) {
+    return changed(tracks, [&](Observation& o) {
+      if (o.frame <= frame && o.track < 2) o.track = 1 - o.track;
+    });
+  };
+  const TrackDifference d = differenceOf(tracks, swappedUpTo(12));
+  EXPECT_FALSE(d.explanation);
+  EXPECT_EQ(d.plain.apart, 24U);
+  const TrackDifference mostly = differenceOf(tracks, swappedUpTo(14));
+  ASSERT_TRUE(mostly.explanation);
+  EXPECT_EQ(mostly.rest.apart, 12U);
 }
 
 TEST(TrackDifference, TakesFilesWithoutPositions) {
