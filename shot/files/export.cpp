@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "shot/files/conversion.h"
+#include "shot/files/read_back.h"
 #include "shot/files/result_file.h"
 #include "shot/files/result_pin.h"
 #include "shot/files/track_writers.h"
@@ -69,7 +70,48 @@ bool needsSize(const Export& what) {
          what.format == Format::Keyframes;
 }
 
+WriteNotes write(const Tracks& tracks, Format format, OutputFile& out) {
+  switch (format) {
+    case Format::Csv:
+      return writeCsvTracks(tracks, out);
+    case Format::Json:
+      return writeJsonTracks(tracks, out);
+    case Format::Points:
+      return writePointsTracks(tracks, out);
+    case Format::Nk:
+      return writeNkTracks(tracks, out);
+    case Format::Blocks:
+      return writeBlocksTracks(tracks, out);
+    case Format::Uv:
+      return writeUvTracks(tracks, out);
+    default:
+      throw std::invalid_argument(flawOf(format, ExportKind::Tracks));
+  }
+}
+
+WriteNotes write(const Pin& pin, Format format, const PinStyle& style, OutputFile& out) {
+  switch (format) {
+    case Format::Nk:
+      return writeNkPin(pin, style, out);
+    case Format::Keyframes:
+      return writeKeyframesPin(pin, style, out);
+    case Format::Blender:
+      return writeBlenderPin(pin, out);
+    case Format::Natron:
+      return writeNatronPin(pin, out);
+    case Format::Usda:
+      return writeUsdaPin(pin, style, out);
+    default:
+      return write(tracksOf(pin), format, out);
+  }
+}
+
 }  // namespace
+
+std::string readBackText(const std::string& path, Format format, const Written& written) {
+  if (written.tracks) return textOf(readBack(path, format, *written.tracks));
+  return written.pin ? textOf(readBack(path, format, *written.pin, written.style)) : "";
+}
 
 std::string flawOf(Format format, ExportKind kind) {
   if (holds(format, kind)) return "";
@@ -101,52 +143,24 @@ void requireKnown(const Export& what, const Picture& picture, const std::string&
   pictureFor(what.format, picture, file, sized ? Needs::Size : Needs::Conversion);
 }
 
-WriteNotes writeTracks(const Tracks& tracks, Format format, const std::string& file,
-                       OutputFile& out) {
-  const Tracks ready = converted(tracks, pictureFor(format, tracks.picture, file));
-  switch (format) {
-    case Format::Csv:
-      return writeCsvTracks(ready, out);
-    case Format::Json:
-      return writeJsonTracks(ready, out);
-    case Format::Points:
-      return writePointsTracks(ready, out);
-    case Format::Nk:
-      return writeNkTracks(ready, out);
-    case Format::Blocks:
-      return writeBlocksTracks(ready, out);
-    case Format::Uv:
-      return writeUvTracks(ready, out);
-    default:
-      throw std::invalid_argument(flawOf(format, ExportKind::Tracks));
-  }
+Written writeTracks(const Tracks& tracks, Format format, const std::string& file, OutputFile& out) {
+  Written written;
+  written.tracks = converted(tracks, pictureFor(format, tracks.picture, file));
+  written.notes = write(*written.tracks, format, out);
+  return written;
 }
 
-WriteNotes writePin(const Pin& pin, Format format, const PinStyle& style, const std::string& file,
-                    OutputFile& out) {
-  const Pin ready = converted(pin, pictureFor(format, pin.picture, file));
-  switch (format) {
-    case Format::Csv:
-    case Format::Json:
-    case Format::Points:
-      return writeTracks(tracksOf(ready), format, file, out);
-    case Format::Nk:
-      return writeNkPin(ready, style, out);
-    case Format::Keyframes:
-      return writeKeyframesPin(ready, style, out);
-    case Format::Blender:
-      return writeBlenderPin(ready, out);
-    case Format::Natron:
-      return writeNatronPin(ready, out);
-    case Format::Usda:
-      return writeUsdaPin(ready, style, out);
-    default:
-      throw std::invalid_argument(flawOf(format, ExportKind::Pin));
-  }
+Written writePin(const Pin& pin, Format format, const PinStyle& style, const std::string& file,
+                 OutputFile& out) {
+  Written written;
+  written.pin = converted(pin, pictureFor(format, pin.picture, file));
+  written.style = style;
+  written.notes = write(*written.pin, format, style, out);
+  return written;
 }
 
-WriteNotes writePin(const Tracks& corners, const Export& what, const std::string& file,
-                    OutputFile& out) {
+Written writePin(const Tracks& corners, const Export& what, const std::string& file,
+                 OutputFile& out) {
   if (holds(what.format, ExportKind::Tracks) && what.format != Format::Nk) {
     return writeTracks(corners, what.format, file, out);
   }
@@ -154,8 +168,8 @@ WriteNotes writePin(const Tracks& corners, const Export& what, const std::string
   return writePin(pinOf(corners, "pin"), what.format, what.style, file, out);
 }
 
-WriteNotes writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
-                       const std::string& file, OutputFile& out, const Progress& progress) {
+Written writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
+                    const std::string& file, OutputFile& out, const Progress& progress) {
   requireKnown(what, result.provenance.picture, file);
   if (what.kind == ExportKind::Tracks) {
     return writeTracks(goodTracks(*tracks, result), what.format, file, out);

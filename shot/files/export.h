@@ -31,6 +31,18 @@ struct Export {
   PinStyle style;
 };
 
+/// What a file was given to hold, in its format's picture: tracks, a pin, or neither of a result.
+struct Written {
+  std::optional<Tracks> tracks;
+  std::optional<Pin> pin;
+  PinStyle style;
+  WriteNotes notes;  ///< what the format cannot carry
+};
+
+/// Reads a file that was written again and compares: "read back: largest difference 0 px". Empty
+/// for results.
+std::string readBackText(const std::string& path, Format format, const Written& written);
+
 /// Why a format does not hold what it is to hold, and what to do; empty where it does.
 std::string flawOf(Format format, ExportKind kind);
 
@@ -48,16 +60,15 @@ const NamedQuad* pinnedQuad(const ShotResult& result);
 /// \param tracks  those that the result is from; null where they are not at hand: then the kind is
 ///                no `ExportKind::Tracks`
 /// \param file    the input's name, for messages
-WriteNotes writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
-                       const std::string& file, OutputFile& out, const Progress& progress = {});
+Written writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
+                    const std::string& file, OutputFile& out, const Progress& progress = {});
 
 /// Writes a pin, or tracks, in the format's convention; a pin also from its corners as tracks.
-WriteNotes writePin(const Pin& pin, Format format, const PinStyle& style, const std::string& file,
-                    OutputFile& out);
-WriteNotes writePin(const Tracks& corners, const Export& what, const std::string& file,
-                    OutputFile& out);
-WriteNotes writeTracks(const Tracks& tracks, Format format, const std::string& file,
-                       OutputFile& out);
+Written writePin(const Pin& pin, Format format, const PinStyle& style, const std::string& file,
+                 OutputFile& out);
+Written writePin(const Tracks& corners, const Export& what, const std::string& file,
+                 OutputFile& out);
+Written writeTracks(const Tracks& tracks, Format format, const std::string& file, OutputFile& out);
 
 /// Refuses what `writeExport` would refuse because of the picture.
 void requireKnown(const Export& what, const Picture& picture, const std::string& file);

@@ -16,6 +16,7 @@
 
 #include "shot/compare/track_difference.h"
 #include "shot/files/byte_source.h"
+#include "shot/files/conversion.h"
 #include "shot/files/format.h"
 #include "shot/files/json_reader.h"
 #include "shot/files/result_pin.h"
@@ -23,6 +24,7 @@
 #include "shot/files/track_difference_text.h"
 #include "shot/files/track_reader.h"
 #include "shot/solve/wording.h"
+#include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -58,6 +60,7 @@ struct Arguments {
   MaxMoveOption most;
   std::string fromFirst;
   std::string fromSecond;
+  PictureOptions picture;
 };
 
 // What of a file is compared: its tracks; of a result, the corners of one of its quads or of the
@@ -76,8 +79,10 @@ bool isResult(const std::string& path) {
          beginning.find("\"cornerpin\"") != std::string_view::npos;
 }
 
-std::vector<Compared> cornersOf(const std::string& path) {
-  const ShotResult result = readResult(path);
+std::vector<Compared> cornersOf(const std::string& path, const Picture& told) {
+  ShotResult result = readResult(path);
+  Picture contradicted;
+  tell(result.provenance.picture, Format::Json, told, contradicted);
   std::vector<Compared> all;
   for (const NamedQuad& quad : result.quads) {
     all.push_back({tracksOf(pinOf(result, PinKind::Pin, &quad)),
@@ -91,16 +96,20 @@ std::vector<Compared> cornersOf(const std::string& path) {
   return all;
 }
 
-std::vector<Compared> tracksIn(const std::string& path, const std::string& format) {
+// What is told is taken where a file does not say it itself.
+std::vector<Compared> tracksIn(const std::string& path, const std::string& format,
+                               const Picture& told) {
   ReadTrace trace;
   if (!format.empty()) trace.format = formatNamed(format);
   std::vector<Compared> only = {{readTracks(path, {}, {}, &trace), path}};
+  tell(only[0].tracks, *trace.format, told);
   for (const std::string& note : trace.notes) std::cerr << "cornerpin: " << note << '\n';
   return only;
 }
 
-std::vector<Compared> comparedOf(const std::string& path, const std::string& format, bool result) {
-  return result ? cornersOf(path) : tracksIn(path, format);
+std::vector<Compared> comparedOf(const std::string& path, const std::string& format, bool result,
+                                 const Picture& told) {
+  return result ? cornersOf(path, told) : tracksIn(path, format, told);
 }
 
 void refuseOthersThanCorners(const Compared& tracks, const std::string& result) {
@@ -137,6 +146,7 @@ int run(const Arguments& arguments) {
   const std::string& first = arguments.first;
   const std::string& second = arguments.second;
   const std::optional<double> most = arguments.most.value();
+  const Picture told = arguments.picture.value();
   if (first == "-" && second == "-") {
     throw std::invalid_argument("both files want standard input: name a file for one");
   }
@@ -148,8 +158,9 @@ int run(const Arguments& arguments) {
         fmt::format("both files are results of solves: type cornerpin diff {} {}", shellWord(first),
                     shellWord(second)));
   }
-  const std::vector<Compared> all = comparedOf(first, arguments.fromFirst, isFirstResult);
-  const std::vector<Compared> others = comparedOf(second, arguments.fromSecond, isSecondResult);
+  const std::vector<Compared> all = comparedOf(first, arguments.fromFirst, isFirstResult, told);
+  const std::vector<Compared> others =
+      comparedOf(second, arguments.fromSecond, isSecondResult, told);
   if (isFirstResult) refuseOthersThanCorners(others[0], first);
   if (isSecondResult) refuseOthersThanCorners(all[0], second);
   const Comparable pair = nearest(all, others);
@@ -179,6 +190,7 @@ Command addCheck(CLI::App& app) {
   addFile(parser, "second", "File that it is compared with", arguments->second);
   arguments->most.addTo(parser);
   parser.get_option("--max")->description("Coordinates may be so far apart");
+  arguments->picture.addTo(parser);
   addMore(parser);
   addFormat(parser, "--from-first", "Read the first file as this, whatever it looks like",
             arguments->fromFirst);

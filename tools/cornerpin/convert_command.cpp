@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -16,6 +15,7 @@
 #include "shot/files/result_reader.h"
 #include "shot/files/track_reader.h"
 #include "tools/cornerpin/export_options.h"
+#include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -58,7 +58,13 @@ Export outputOf(const Arguments& arguments, const char* usual) {
   return what;
 }
 
-WriteNotes convertResult(const Arguments& arguments, const FileLook& look, OutputFile& out) {
+// What was made of a file.
+struct Made {
+  Export what;
+  Written written;
+};
+
+Made convertResult(const Arguments& arguments, const FileLook& look, OutputFile& out) {
   const Export what = outputOf(arguments, "pin");
   if (what.kind == ExportKind::Tracks) {
     throw std::invalid_argument("a result holds no tracks: give --as tracks to cornerpin solve");
@@ -71,13 +77,15 @@ WriteNotes convertResult(const Arguments& arguments, const FileLook& look, Outpu
         "--first-frame: the result tells the clip's first frame: leave the option out");
   }
   refuseContradiction(contradicted, picture, look.name);
-  return writeExport(what, result, nullptr, look.name, out);
+  return {what, writeExport(what, result, nullptr, look.name, out)};
 }
 
-WriteNotes convertTracks(const Arguments& arguments, const FileLook& look, OutputFile& out) {
+Made convertTracks(const Arguments& arguments, const FileLook& look, FileTalk& talk,
+                   OutputFile& out) {
   ReadTrace trace;
   trace.format = arguments.from.value();
   Tracks tracks = readTracks(look.path, {}, {}, &trace);
+  talk.add(trace.notes);
   const Picture contradicted = tell(tracks, *trace.format, arguments.picture.value());
   const bool asTracks = !trace.isPin || arguments.kind == "tracks";
   const Export what = outputOf(arguments, asTracks ? "tracks" : "pin");
@@ -91,11 +99,8 @@ WriteNotes convertTracks(const Arguments& arguments, const FileLook& look, Outpu
   } else {
     refuseContradiction(contradicted, tracks.picture, look.name);
   }
-  WriteNotes notes = trace.notes;
-  const WriteNotes more = asTracks ? writeTracks(tracks, what.format, look.name, out)
-                                   : writePin(tracks, what, look.name, out);
-  notes.insert(notes.end(), more.begin(), more.end());
-  return notes;
+  return {what, asTracks ? writeTracks(tracks, what.format, look.name, out)
+                         : writePin(tracks, what, look.name, out)};
 }
 
 int run(const Arguments& arguments) {
@@ -103,11 +108,14 @@ int run(const Arguments& arguments) {
   requireWritable(arguments.output);
   const FileLook look = lookAt(arguments.input);
   OutputFile out(isStandardOutput(arguments.output) ? "-" : arguments.output);
-  const WriteNotes notes =
-      look.json ? convertResult(arguments, look, out) : convertTracks(arguments, look, out);
+  FileTalk talk;
+  const Made made =
+      look.json ? convertResult(arguments, look, out) : convertTracks(arguments, look, talk, out);
   out.commit();
+  talk.add(made.what, made.written);
   if (arguments.quiet.given) return kSolved;
-  for (const std::string& note : notes) std::cerr << "cornerpin: note: " << note << '\n';
+  if (!isStandardOutput(arguments.output)) print(talk.readBackRows());
+  talk.tellNotes();
   return kSolved;
 }
 

@@ -27,6 +27,7 @@
 #include "shot/time/between.h"
 #include "shot/time/retouch.h"
 #include "tools/cornerpin/export_options.h"
+#include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
@@ -276,7 +277,7 @@ Plan planOf(const Arguments& arguments) {
 }
 
 // Reads the tracks that take part, and notes what they were read from and is to be said of them.
-Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, WriteNotes& notes,
+Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, FileTalk& talk,
             const Progress& progress) {
   ReadTrace trace;
   trace.format = arguments.from.value();
@@ -295,15 +296,15 @@ Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, Writ
   input.name = arguments.input.fileName();
   input.sha256 = trace.digest ? trace.digest->hex() : "";
   input.rows = trace.rows;
-  notes = trace.notes;
+  talk.add(trace.notes);
   arguments.selection.apply(tracks, plan.given.frames);
   return tracks;
 }
 
-ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks, WriteNotes& notes,
+ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks, FileTalk& talk,
                  const Progress& progress) {
   InputFile input;
-  tracks = read(arguments, plan, input, notes, progress);
+  tracks = read(arguments, plan, input, talk, progress);
   checkTimes(plan.retouches.at, tracks);
   ShotResult result = solveShot(tracks, plan.options, progress);
   retouch(result, plan.retouches, progress);
@@ -314,41 +315,37 @@ ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks, W
   return result;
 }
 
-WriteNotes write(const Export& what, const Arguments& arguments, const Tracks& tracks,
-                 const ShotResult& result, const Progress& progress) {
+void write(const Export& what, const Arguments& arguments, const Tracks& tracks,
+           const ShotResult& result, FileTalk& talk, const Progress& progress) {
   OutputFile out(isStandardOutput(what.path) ? "-" : what.path);
-  WriteNotes notes = writeExport(what, result, &tracks, arguments.input.path, out, progress);
+  const Written written = writeExport(what, result, &tracks, arguments.input.path, out, progress);
   out.commit();
-  for (std::string& note : notes) note = what.path + ": " + note;
-  return notes;
+  talk.add(what, written);
 }
 
 void writeFiles(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
-                const ShotResult& result, WriteNotes& notes, const Progress& progress) {
+                const ShotResult& result, FileTalk& talk, const Progress& progress) {
   if (!arguments.explanation.empty()) {
     OutputFile out(arguments.explanation);
     writeExplanationCsv(result, tracks, out, progress);
     out.commit();
   }
   for (const Export& what : plan.exports) {
-    if (isStandardOutput(what.path)) continue;
-    const WriteNotes more = write(what, arguments, tracks, result, progress);
-    notes.insert(notes.end(), more.begin(), more.end());
+    if (!isStandardOutput(what.path)) write(what, arguments, tracks, result, talk, progress);
   }
 }
 
 void printResult(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
-                 const ShotResult& result, WriteNotes& notes) {
+                 const ShotResult& result, FileTalk& talk) {
   if (printsTable(arguments, plan)) {
     const bool coloured = isColoured(arguments.colour.value(), STDOUT_FILENO);
-    print(summaryTable(result, {arguments.talk.verbose, coloured}));
+    print(summaryTable(result, {arguments.talk.verbose, coloured}) + talk.readBackRows());
   } else if (arguments.json.given) {
     OutputFile out("-");
     writeResult(result, Format::Json, out);
     out.commit();
   } else if (const Export* what = onStandardOutput(plan)) {
-    const WriteNotes more = write(*what, arguments, tracks, result, {});
-    notes.insert(notes.end(), more.begin(), more.end());
+    write(*what, arguments, tracks, result, talk, {});
   }
 }
 
@@ -366,11 +363,6 @@ int exitCode(const Arguments& arguments, const Plan& plan, const ShotResult& res
   return degraded ? kDegraded : kSolved;
 }
 
-void tellNotes(const Arguments& arguments, const WriteNotes& notes) {
-  if (arguments.talk.quiet.given) return;
-  for (const std::string& note : notes) std::cerr << "cornerpin: note: " << note << '\n';
-}
-
 int run(const Arguments& arguments) {
   arguments.talk.check();
   checkShown(arguments);
@@ -380,16 +372,16 @@ int run(const Arguments& arguments) {
   checkOutputs(arguments, plan);
 
   Tracks tracks;
-  WriteNotes notes;
+  FileTalk talk;
   const ShotResult result = [&] {
     ProgressBar bar(style);  // gone before anything is printed
-    ShotResult solved = solve(arguments, plan, tracks, notes, bar.progress());
+    ShotResult solved = solve(arguments, plan, tracks, talk, bar.progress());
     if (tellsAdvice(arguments, plan)) advise(tracks, plan.options, solved, bar.progress());
-    writeFiles(arguments, plan, tracks, solved, notes, bar.progress());
+    writeFiles(arguments, plan, tracks, solved, talk, bar.progress());
     return solved;
   }();
-  printResult(arguments, plan, tracks, result, notes);
-  tellNotes(arguments, notes);
+  printResult(arguments, plan, tracks, result, talk);
+  if (!arguments.talk.quiet.given) talk.tellNotes();
   const int code = exitCode(arguments, plan, result);
   if (style == ProgressStyle::Json) writeFinished(code);
   return code;
