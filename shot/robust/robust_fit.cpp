@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "shot/fit/homography_fit.h"
@@ -76,17 +77,28 @@ double chanceOfAgreement(const Matches& matches, const Homography& h) {
   return chanceOf(std::move(squares), strayArea(matches.present()));
 }
 
-RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, const Prior& prior,
+bool isSettled(const MixtureSearch& search, const Matches& matches, const Prior& prior) {
+  return search.found() &&
+         keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma);
+}
+
+RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts,
+                      const AnotherStart& another, const Prior& prior,
                       const RobustOptions& options) {
   MixtureSearch search(matches, prior);
   for (const Start& start : starts) search.from(start);
+  bool settled = isSettled(search, matches, prior);
+  if (!settled && another) {
+    if (const std::optional<Start> start = another()) search.from(*start);
+    settled = isSettled(search, matches, prior);
+  }
   Origin origin;
   origin.grounds = Grounds::Searched;
   if (search.found()) {
     origin.firstStage = search.stage();
     origin.firstGood = search.good();
   }
-  if (search.found() && keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma)) {
+  if (settled) {
     search.finish();
   } else {
     search.fromSamples(options.seed);
@@ -162,7 +174,7 @@ RobustFit continuedFit(const Matches& matches, const Start& start, const Prior& 
 }  // namespace
 
 RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, const Prior& prior,
-                      const RobustOptions& options) {
+                      const RobustOptions& options, const AnotherStart& another) {
   if (matches.size() < kFewestForRobust) return plainFit(matches, starts, Grounds::TooFew);
   if (prior.recentSigma > 0.0 && !starts.empty()) {
     RobustFit clean = cleanFit(matches, starts.front(), prior.recentSigma);
@@ -170,7 +182,7 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, 
     RobustFit continued = continuedFit(matches, starts.front(), prior, options.loss);
     if (continued.found) return continued;
   }
-  return searchedFit(matches, starts, prior, options);
+  return searchedFit(matches, starts, another, prior, options);
 }
 
 }  // namespace cornerpin

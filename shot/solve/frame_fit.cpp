@@ -132,15 +132,30 @@ Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const
 // The full transform into `fit.h`, or why there is none into its verdict. Returns where the
 // library is to start in the next frame.
 LibraryTransform FrameFitter::fitFull(const Matches& file, Sweep& sweep, FrameFit& fit) {
-  const LibraryResult library = bestOfLibrary(sweep);
+  if (loss_ == Loss::None) return fitByLibrary(sweep, fit).transform;
+  const AnotherStart byLibrary = [&]() -> std::optional<Start> {
+    const LibraryResult library = fitByLibrary(sweep, fit);
+    if (library.shortfall != Shortfall::None) return std::nullopt;
+    return Start{Stage::Library, units_.toFit(library.h)};
+  };
+  std::vector<Start> starts = {{Stage::Neighbour, units_.toFit(sweep.neighbour)}};
+  if (file.size() < kFewestForRobust) {
+    const std::optional<Start> library = byLibrary();
+    // Without tracks to spare there is nothing to tell a bad one by.
+    if (!library) return {};
+    starts.insert(starts.begin(), *library);
+  }
+  fit.robust = fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file),
+                           robustOptions_, byLibrary);
+  return takeRobust(file, sweep, fit);
+}
+
+LibraryResult FrameFitter::fitByLibrary(Sweep& sweep, FrameFit& fit) {
+  LibraryResult library = bestOfLibrary(sweep);
   fit.verdict.shortfall = library.shortfall;
   fit.verdict.error = library.error;
-  // Without tracks to spare there is nothing to tell a bad one by.
-  const bool spare = file.size() >= kFewestForRobust;
-  const bool failed = library.shortfall != Shortfall::None;
-  if (loss_ != Loss::None && (spare || !failed)) return fitRobust(file, library, sweep, fit);
   fit.h = library.h;
-  return library.transform;
+  return library;
 }
 
 // From the neighbour's transform. Once that chain has been broken the neighbour may be far away:
@@ -155,16 +170,8 @@ LibraryResult FrameFitter::bestOfLibrary(Sweep& sweep) {
   return other.shortfall == Shortfall::None && better ? other : fit;
 }
 
-// On from the library's fit, where there is one, and from the neighbour's transform.
-LibraryTransform FrameFitter::fitRobust(const Matches& file, const LibraryResult& library,
-                                        Sweep& sweep, FrameFit& fit) const {
-  std::vector<Start> starts;
-  if (library.shortfall == Shortfall::None) {
-    starts.push_back({Stage::Library, units_.toFit(library.h)});
-  }
-  starts.push_back({Stage::Neighbour, units_.toFit(sweep.neighbour)});
-  fit.robust =
-      fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file), robustOptions_);
+// What the robust fit has found. Returns where the library is to start in the next frame.
+LibraryTransform FrameFitter::takeRobust(const Matches& file, Sweep& sweep, FrameFit& fit) const {
   judgeGood(file, sweep.surface, fit);
   if (fit.verdict.shortfall != Shortfall::None) return {};
   fit.h = units_.fromFit(fit.robust.h);

@@ -54,8 +54,8 @@ class FrameFitter {
   Verdict judgeTracks(const Matches& file, const Quad& surface) const;
   LibraryResult bestOfLibrary(Sweep& sweep);
   LibraryTransform fitFull(const Matches& file, Sweep& sweep, FrameFit& fit);
-  LibraryTransform fitRobust(const Matches& file, const LibraryResult& library, Sweep& sweep,
-                             FrameFit& fit) const;
+  LibraryResult fitByLibrary(Sweep& sweep, FrameFit& fit);
+  LibraryTransform takeRobust(const Matches& file, Sweep& sweep, FrameFit& fit) const;
 
   ShotUnits units_;
   Loss loss_;

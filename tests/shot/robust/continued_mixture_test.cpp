@@ -168,3 +168,23 @@ TEST(KeepsKnown, SparesTheSamples) {
   EXPECT_TRUE(spendsAll(8.0, sigma / 1.6));
   EXPECT_TRUE(spendsAll(7.9, sigma / 1.4));
 }
+
+TEST(KeepsKnown, SparesAnotherStart) {
+  Frame frame(40, 2, 30);
+  int asked = 0;
+  const AnotherStart another = [&]() -> std::optional<Start> {
+    ++asked;
+    return Start{Stage::Library, kView};
+  };
+  const auto groundsOf = [&] {
+    const std::vector<Start> starts = {{Stage::Neighbour, kView}};
+    return fitRobustly(frame.matches, starts, frame.prior, {}, another).origin.grounds;
+  };
+  EXPECT_EQ(groundsOf(), Grounds::Continued);
+  frame.prior.freedom = 0;
+  EXPECT_EQ(groundsOf(), Grounds::Searched);
+  EXPECT_EQ(asked, 0);
+  frame.prior.odds.assign(frame.matches.size(), 7.9);
+  EXPECT_EQ(groundsOf(), Grounds::Searched);
+  EXPECT_EQ(asked, 1);
+}
