@@ -263,14 +263,15 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   ModelChoice choice(weak, *trials_, usual_);
   const double fullError =
       weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
-  const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
-  double least = kInfinity;
-  if (best) least = best->squaredError;
   const double nearer = swept_[frame].gain > kLargestGain ? kNearer : kNearerWhereSpread;
-  if (best && (status != Status::Solved || least < nearer * nearer * fullError * fullError)) {
+  const double bound =
+      status == Status::Solved ? nearer * nearer * fullError * fullError : kInfinity;
+  const std::optional<Candidate> best =
+      choice.bestOnTopOf(groundsFor(frame, step, weak.corners), bound);
+  if (best && best->squaredError < bound) {
     reduceTo(*best, weak, frame);
     if (frames_[frame].sigma < choice.sigma()) frames_[frame].sigma = choice.sigma();
-    settled_[frame] = {weak, *best, least};
+    settled_[frame] = {weak, *best, best->squaredError};
   } else if (status == Status::Solved) {
     settled_[frame].squaredError = fullError * fullError;
   } else {

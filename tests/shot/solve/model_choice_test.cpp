@@ -202,6 +202,12 @@ TEST(ModelChoice, TakesTheLeastOfAll) {
       ASSERT_TRUE(best);
       EXPECT_EQ(best->squaredError, least);
       EXPECT_EQ(best->lower.from, kept[place].from);
+      const auto within = [&](double bound) {
+        return ModelChoice(frame, trials, {sigma, 5}).bestOnTopOf(kept, bound);
+      };
+      EXPECT_FALSE(within(least));
+      ASSERT_TRUE(within(1.001 * least));
+      EXPECT_EQ(within(1.001 * least)->squaredError, least);
       ++chosen[place];
     }
   }
@@ -229,4 +235,11 @@ TEST(ModelChoice, FitsNoMoreThanTheTracksFix) {
   EXPECT_EQ(best->lower.model, Model::Translation);
   EXPECT_EQ(best->h[0][2], 3.0);
   EXPECT_EQ(best->h[1][2], 4.0);
+}
+
+// Nothing is to be had instead.
+TEST(ModelChoice, TakesAnyWhereThereIsNoFullTransform) {
+  const WeakFrame frame = withoutFull(patch(20));
+  ModelChoice choice(frame, kStill, {0.5, 5});
+  EXPECT_TRUE(choice.bestOnTopOf({{kIdentity, {-1}}}, 0.0));
 }
