@@ -15,38 +15,6 @@ namespace {
 
 constexpr std::size_t kFewestAgreeing = 5;  // some transform meets any four
 
-double fullGain(const Points& base, const Quad& surface) {
-  return noiseGain(Model::Projective, base, surface);
-}
-
-// What stands against the transform that the good tracks agree on. Where none was found and the
-// library's fit had failed already, that stays the reason.
-void judgeGood(const Matches& file, const Quad& surface, FrameFit& fit) {
-  const RobustFit& robust = fit.robust;
-  Verdict& verdict = fit.verdict;
-  verdict.good = robust.goodCount;
-  if (!robust.found) {
-    if (!inGeneralPosition(file.present())) {
-      verdict.shortfall = Shortfall::OnOneLine;
-    } else if (verdict.shortfall == Shortfall::None) {
-      verdict.shortfall = Shortfall::NoAgreement;
-    }
-    return;
-  }
-  verdict.shortfall = Shortfall::None;
-  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
-    verdict.shortfall = Shortfall::FewAgree;
-    return;
-  }
-  const Matches good = file.subset(robust.good);
-  if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
-    verdict.shortfall = Shortfall::GoodOnOneLine;
-    return;
-  }
-  fit.gain = fullGain(good.base(), surface);
-  if (!std::isfinite(fit.gain)) verdict.shortfall = Shortfall::GoodBunchedInBase;
-}
-
 // Fits a lower model to the good tracks where they support one; `fit.h` is the neighbour's
 // transform before.
 void reduce(const Matches& file, const Quad& surface, FrameFit& fit) {
@@ -109,7 +77,7 @@ FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
 }
 
 // What stands against a full transform before anything is fitted.
-Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const {
+Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) {
   Verdict verdict;
   verdict.tracks = file.size();
   const auto because = [&](Shortfall shortfall) {
@@ -120,12 +88,11 @@ Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const
   if (file.size() < kFewestTracks) return because(Shortfall::TooFewTracks);
   // Far-off tracks may make the others look like one place. Those in the base frame are left out
   // where bad ones can be told, and in this frame the good ones are looked at instead.
-  const Points base = surfacePlaces(file.base(), loss_);
+  all_.look(file.base(), surface, loss_);
   const bool tellsBad = loss_ != Loss::None && file.size() >= kFewestForRobust;
-  if (!inGeneralPosition(base)) return because(Shortfall::OnOneLineInBase);
+  if (!all_.inGeneralPosition()) return because(Shortfall::OnOneLineInBase);
   if (!tellsBad && !inGeneralPosition(file.present())) return because(Shortfall::OnOneLine);
-  if (loss_ != Loss::None && !std::isfinite(fullGain(base, surface)))
-    return because(Shortfall::BunchedInBase);
+  if (loss_ != Loss::None && !std::isfinite(all_.gain())) return because(Shortfall::BunchedInBase);
   return verdict;
 }
 
@@ -170,8 +137,37 @@ LibraryResult FrameFitter::bestOfLibrary(Sweep& sweep) {
   return other.shortfall == Shortfall::None && better ? other : fit;
 }
 
+// What stands against the transform that the good tracks agree on. Where none was found and the
+// library's fit had failed already, that stays the reason.
+void FrameFitter::judgeGood(const Matches& file, const Quad& surface, FrameFit& fit) {
+  const RobustFit& robust = fit.robust;
+  Verdict& verdict = fit.verdict;
+  verdict.good = robust.goodCount;
+  if (!robust.found) {
+    if (!inGeneralPosition(file.present())) {
+      verdict.shortfall = Shortfall::OnOneLine;
+    } else if (verdict.shortfall == Shortfall::None) {
+      verdict.shortfall = Shortfall::NoAgreement;
+    }
+    return;
+  }
+  verdict.shortfall = Shortfall::None;
+  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
+    verdict.shortfall = Shortfall::FewAgree;
+    return;
+  }
+  const Matches good = file.subset(robust.good);
+  good_.look(good.base(), surface, loss_);
+  if (!good_.inGeneralPosition() || !inGeneralPosition(good.present())) {
+    verdict.shortfall = Shortfall::GoodOnOneLine;
+    return;
+  }
+  fit.gain = good_.gain();
+  if (!std::isfinite(fit.gain)) verdict.shortfall = Shortfall::GoodBunchedInBase;
+}
+
 // What the robust fit has found. Returns where the library is to start in the next frame.
-LibraryTransform FrameFitter::takeRobust(const Matches& file, Sweep& sweep, FrameFit& fit) const {
+LibraryTransform FrameFitter::takeRobust(const Matches& file, Sweep& sweep, FrameFit& fit) {
   judgeGood(file, sweep.surface, fit);
   if (fit.verdict.shortfall != Shortfall::None) return {};
   fit.h = units_.fromFit(fit.robust.h);
