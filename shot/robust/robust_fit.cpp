@@ -71,15 +71,19 @@ RobustFit finished(const Matches& matches, const MixtureFit& best, const Prior& 
   return fit;
 }
 
-double chanceOfAgreement(const Matches& matches, const Homography& h) {
+double chanceOfAgreement(const Matches& matches, const Homography& h, double area) {
   std::vector<double> squares;
   squaredResiduals(matches, h, squares);
-  return chanceOf(std::move(squares), strayArea(matches.present()));
+  return chanceOf(std::move(squares), area);
 }
 
-bool isSettled(const MixtureSearch& search, const Matches& matches, const Prior& prior) {
+// Whether there is nothing else to find: the best keeps the known matches, and the others do not
+// lead elsewhere.
+bool isSettled(const MixtureSearch& search, const Matches& matches, const Prior& prior,
+               std::uint64_t seed) {
   return search.found() &&
-         keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma);
+         keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma) &&
+         !hasRivalOrBetter(matches, search.best(), prior, seed);
 }
 
 RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts,
@@ -87,10 +91,10 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts,
                       const RobustOptions& options) {
   MixtureSearch search(matches, prior);
   for (const Start& start : starts) search.from(start);
-  bool settled = isSettled(search, matches, prior);
+  bool settled = isSettled(search, matches, prior, options.seed);
   if (!settled && another) {
     if (const std::optional<Start> start = another()) search.from(*start);
-    settled = isSettled(search, matches, prior);
+    settled = isSettled(search, matches, prior, options.seed);
   }
   Origin origin;
   origin.grounds = Grounds::Searched;
@@ -107,8 +111,8 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts,
   origin.budgetSpent = search.budgetSpent();
   RobustFit fit = finished(matches, search.best(), prior, options.loss);
   if (fit.found) {
-    origin.chance = chanceOfAgreement(matches, fit.h);
-    origin.rivalled = hasRival(matches, search.best(), prior, options.seed);
+    origin.chance = chanceOfAgreement(matches, fit.h, search.best().errors.area);
+    origin.rivalled = !settled && hasRival(matches, search.best(), prior, options.seed);
   }
   fit.origin = origin;
   return fit;
@@ -163,11 +167,12 @@ RobustFit cleanFit(const Matches& matches, const Start& start, double recentSigm
 
 // As in the frames before; not found where it is not.
 RobustFit continuedFit(const Matches& matches, const Start& start, const Prior& prior, Loss loss) {
-  RobustFit fit = finished(matches, continuedMixture(matches, start.h, prior), prior, loss);
+  const MixtureFit mixture = continuedMixture(matches, start.h, prior);
+  RobustFit fit = finished(matches, mixture, prior, loss);
   if (!fit.found) return fit;
   fit.origin.stage = start.stage;
   fit.origin.grounds = Grounds::Continued;
-  fit.origin.chance = chanceOfAgreement(matches, fit.h);
+  fit.origin.chance = chanceOfAgreement(matches, fit.h, mixture.errors.area);
   return fit;
 }
 

@@ -188,3 +188,27 @@ TEST(KeepsKnown, SparesAnotherStart) {
   EXPECT_EQ(groundsOf(), Grounds::Searched);
   EXPECT_EQ(asked, 1);
 }
+
+// As many others are looked at, but where they agree on nothing there is nothing else to find.
+TEST(KeepsKnown, SparesTheRestOfTheSearchBesideAsManyStrays) {
+  Frame frame(40, 0, 45);
+  int asked = 0;
+  const AnotherStart another = [&]() -> std::optional<Start> {
+    ++asked;
+    return std::nullopt;
+  };
+  const auto originOf = [&] {
+    const std::vector<Start> starts = {{Stage::Neighbour, kView}};
+    return fitRobustly(frame.matches, starts, frame.prior, {}, another).origin;
+  };
+  EXPECT_EQ(originOf().grounds, Grounds::Searched);
+  EXPECT_EQ(asked, 0);
+  for (std::size_t i = 40; i < 85; ++i) {
+    Match match = frame.matches[i];
+    match.present = map(away(), match.base);
+    frame.matches.set(i, match);
+    frame.prior.odds[i] = 1.0;
+  }
+  originOf();
+  EXPECT_EQ(asked, 1);
+}
