@@ -237,9 +237,18 @@ TEST(ModelChoice, FitsNoMoreThanTheTracksFix) {
   EXPECT_EQ(best->h[1][2], 4.0);
 }
 
-// Nothing is to be had instead.
-TEST(ModelChoice, TakesAnyWhereThereIsNoFullTransform) {
-  const WeakFrame frame = withoutFull(patch(20));
-  ModelChoice choice(frame, kStill, {0.5, 5});
-  EXPECT_TRUE(choice.bestOnTopOf({{kIdentity, {-1}}}, 0.0));
+// Nothing is to be had instead, whatever the bound.
+TEST(ModelChoice, TakesTheBestWhereThereIsNoFullTransform) {
+  WeakFrame frame = patch(20);
+  disturb(frame, 5.0);
+  frame = withoutFull(frame);
+  const std::vector<Kept> kept = {{kIdentity, {-1}}};
+  ModelChoice unbound(frame, kStill, {5.0, 5});
+  ModelChoice bound(frame, kStill, {5.0, 5});
+  const auto best = unbound.bestOnTopOf(kept);
+  const auto same = bound.bestOnTopOf(kept, 0.0);
+  ASSERT_TRUE(best);
+  ASSERT_TRUE(same);
+  EXPECT_EQ(same->squaredError, best->squaredError);
+  EXPECT_EQ(bound.sigma(), 5.0);
 }
