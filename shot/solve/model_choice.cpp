@@ -202,7 +202,8 @@ std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candi
 
 std::optional<Candidate> ModelChoice::bestOnTopOf(const std::vector<Kept>& kept, double bound) {
   const std::vector<Candidate> candidates = candidatesOn(kept);
-  std::optional<Candidate> best = bestOf(candidates, full_ ? bound : kInfinity);
+  if (!full_) bound = kInfinity;
+  std::optional<Candidate> best = bestOf(candidates, bound);
   if (best || full_ || candidates.empty()) return best;
   double least = kInfinity;
   for (const Candidate& candidate : candidates) {
