@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::size_t kSize = 8;
 
-// By how much more than alone a parameter may vary beside the others: from there on, no more than
-// three digits of the inverse are left.
-constexpr double kMostInflation = 1e12;
-
 // Which elements of the transform a lower model's parameters move: of a translation its shift; of a
 // similarity a, b and the shift in (a x - b y + c, b x + a y + d); of an affine map its own six.
 std::vector<Parameters> directionsOf(Model model) {
@@ -63,17 +59,6 @@ SquareMatrix<8> spread(const std::vector<Parameters>& directions, const SquareMa
     }
   }
   return result;
-}
-
-// False where it has none in double precision.
-bool invert(SquareMatrix<8>& a) {
-  Parameters diagonal{};
-  for (std::size_t i = 0; i < kSize; ++i) diagonal[i] = a[i * kSize + i];
-  if (!invertPositiveDefinite(a)) return false;
-  for (std::size_t j = 0; j < kSize; ++j) {
-    if (!(a[j * kSize + j] * diagonal[j] < kMostInflation)) return false;
-  }
-  return true;
 }
 
 // Behind `kept`.
@@ -215,12 +200,12 @@ void LinearisedFit::invert(const TrackSlopes& slopes, const FittedFrame& frame, 
 
 void LinearisedFit::invertWithin(Model model) {
   if (model == Model::Projective) {
-    determined_ = cornerpin::invert(inverse_);
+    determined_ = invertDetermined(inverse_);
     return;
   }
   const std::vector<Parameters> directions = directionsOf(model);
   SquareMatrix<8> inner = within(directions, inverse_);
-  determined_ = cornerpin::invert(inner);
+  determined_ = invertDetermined(inner);
   inverse_ = spread(directions, inner);
 }
 

@@ -11,6 +11,10 @@ namespace {
 
 constexpr std::size_t kSize = 8;
 
+// By how much more than alone a parameter may vary beside the others: from there on, no more than
+// three digits of the inverse are left.
+constexpr double kMostInflation = 1e12;
+
 // Exchanges parameter k of y = A x for the value that the others make of it. Done with all of them,
 // A has turned into -inv(A). What the diagonal holds before an exchange is the pivot that
 // eliminating the parameters before it leaves.
@@ -40,17 +44,30 @@ bool exchange(SquareMatrix<kSize>& a, std::size_t k) {
 
 }  // namespace
 
-bool invertPositiveDefinite(SquareMatrix<8>& matrix) {
+bool invertPositiveDefinite(SquareMatrix<8>& matrix, double* determinant) {
   for (std::size_t j = 0; j < kSize; ++j) {
     for (std::size_t i = 0; i < j; ++i) matrix[i * kSize + j] = matrix[j * kSize + i];
   }
+  double product = 1.0;
   for (std::size_t k = 0; k < kSize; ++k) {
+    product *= matrix[k * kSize + k];
     if (!exchange(matrix, k)) return false;
   }
+  if (determinant) *determinant = product;
   for (std::size_t j = 0; j < kSize; ++j) {
     for (std::size_t i = 0; i <= j; ++i) {
       matrix[i * kSize + j] = matrix[j * kSize + i] = -matrix[j * kSize + i];
     }
+  }
+  return true;
+}
+
+bool invertDetermined(SquareMatrix<8>& matrix, double* determinant) {
+  std::array<double, kSize> diagonal;
+  for (std::size_t i = 0; i < kSize; ++i) diagonal[i] = matrix[i * kSize + i];
+  if (!invertPositiveDefinite(matrix, determinant)) return false;
+  for (std::size_t i = 0; i < kSize; ++i) {
+    if (!(matrix[i * kSize + i] * diagonal[i] < kMostInflation)) return false;
   }
   return true;
 }

@@ -14,6 +14,8 @@ struct Point {
   double y = 0.0;
 };
 
+inline bool operator==(Point a, Point b) { return a.x == b.x && a.y == b.y; }
+
 inline double squaredDistance(Point a, Point b) {
   const double x = a.x - b.x;
   const double y = a.y - b.y;
@@ -71,6 +73,10 @@ class Points {
   const double* x() const { return x_.data(); }
   const double* y() const { return y_.data(); }
   std::size_t paddedSize() const { return x_.size(); }
+
+  bool operator==(const Points& other) const {
+    return size_ == other.size_ && x_ == other.x_ && y_ == other.y_;
+  }
 
  private:
   void makeRoom();

@@ -53,8 +53,7 @@ bool keepsKnown(const Matches& matches, const MixtureFit& fit, const Prior& prio
   for (std::size_t i = 0; i < good.size(); ++i) kept += known[i] && good[i];
   const std::size_t goodCount = countOf(good);
   return goodCount >= kFewest &&
-         static_cast<double>(kept) >= kLeastKept * static_cast<double>(knownCount) &&
-         isTooFewForRival(matches.size() - goodCount, goodCount);
+         static_cast<double>(kept) >= kLeastKept * static_cast<double>(knownCount);
 }
 
 MixtureFit continuedMixture(const Matches& matches, const Homography& start, const Prior& prior) {
@@ -67,6 +66,9 @@ MixtureFit continuedMixture(const Matches& matches, const Homography& start, con
   errors.area = strayArea(matches.present());
   MixtureFit fit = MixtureFitter(matches, prior).fit(h, errors);
   fit.found = fit.found && keepsKnown(matches, fit, prior, prior.recentSigma);
+  if (!fit.found) return fit;
+  const std::size_t good = countOf(goodMatches(matches, fit.h, fit.errors.sigma()));
+  fit.found = isTooFewForRival(matches.size() - good, good);
   return fit;
 }
 

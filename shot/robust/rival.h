@@ -22,6 +22,10 @@ namespace cornerpin {
 bool hasRival(const Matches& matches, const MixtureFit& best, const Prior& prior,
               std::uint64_t seed);
 
+/// Whether it finds a rival, or a fit that is better than the best by 2.
+bool hasRivalOrBetter(const Matches& matches, const MixtureFit& best, const Prior& prior,
+                      std::uint64_t seed);
+
 /// Whether so many bad matches are too few to look for a rival of so many good ones among them.
 bool isTooFewForRival(std::size_t bad, std::size_t good);
 

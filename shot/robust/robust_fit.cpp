@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "shot/fit/homography_fit.h"
@@ -70,23 +71,38 @@ RobustFit finished(const Matches& matches, const MixtureFit& best, const Prior& 
   return fit;
 }
 
-double chanceOfAgreement(const Matches& matches, const Homography& h) {
+double chanceOfAgreement(const Matches& matches, const Homography& h, double area) {
   std::vector<double> squares;
   squaredResiduals(matches, h, squares);
-  return chanceOf(std::move(squares), strayArea(matches.present()));
+  return chanceOf(std::move(squares), area);
 }
 
-RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, const Prior& prior,
+// Whether there is nothing else to find: the best keeps the known matches, and the others do not
+// lead elsewhere.
+bool isSettled(const MixtureSearch& search, const Matches& matches, const Prior& prior,
+               std::uint64_t seed) {
+  return search.found() &&
+         keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma) &&
+         !hasRivalOrBetter(matches, search.best(), prior, seed);
+}
+
+RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts,
+                      const AnotherStart& another, const Prior& prior,
                       const RobustOptions& options) {
   MixtureSearch search(matches, prior);
   for (const Start& start : starts) search.from(start);
+  bool settled = isSettled(search, matches, prior, options.seed);
+  if (!settled && another) {
+    if (const std::optional<Start> start = another()) search.from(*start);
+    settled = isSettled(search, matches, prior, options.seed);
+  }
   Origin origin;
   origin.grounds = Grounds::Searched;
   if (search.found()) {
     origin.firstStage = search.stage();
     origin.firstGood = search.good();
   }
-  if (search.found() && keepsKnown(matches, search.best(), prior, kMostGrown * prior.recentSigma)) {
+  if (settled) {
     search.finish();
   } else {
     search.fromSamples(options.seed);
@@ -95,8 +111,8 @@ RobustFit searchedFit(const Matches& matches, const std::vector<Start>& starts, 
   origin.budgetSpent = search.budgetSpent();
   RobustFit fit = finished(matches, search.best(), prior, options.loss);
   if (fit.found) {
-    origin.chance = chanceOfAgreement(matches, fit.h);
-    origin.rivalled = hasRival(matches, search.best(), prior, options.seed);
+    origin.chance = chanceOfAgreement(matches, fit.h, search.best().errors.area);
+    origin.rivalled = !settled && hasRival(matches, search.best(), prior, options.seed);
   }
   fit.origin = origin;
   return fit;
@@ -151,18 +167,19 @@ RobustFit cleanFit(const Matches& matches, const Start& start, double recentSigm
 
 // As in the frames before; not found where it is not.
 RobustFit continuedFit(const Matches& matches, const Start& start, const Prior& prior, Loss loss) {
-  RobustFit fit = finished(matches, continuedMixture(matches, start.h, prior), prior, loss);
+  const MixtureFit mixture = continuedMixture(matches, start.h, prior);
+  RobustFit fit = finished(matches, mixture, prior, loss);
   if (!fit.found) return fit;
   fit.origin.stage = start.stage;
   fit.origin.grounds = Grounds::Continued;
-  fit.origin.chance = chanceOfAgreement(matches, fit.h);
+  fit.origin.chance = chanceOfAgreement(matches, fit.h, mixture.errors.area);
   return fit;
 }
 
 }  // namespace
 
 RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, const Prior& prior,
-                      const RobustOptions& options) {
+                      const RobustOptions& options, const AnotherStart& another) {
   if (matches.size() < kFewestForRobust) return plainFit(matches, starts, Grounds::TooFew);
   if (prior.recentSigma > 0.0 && !starts.empty()) {
     RobustFit clean = cleanFit(matches, starts.front(), prior.recentSigma);
@@ -170,7 +187,7 @@ RobustFit fitRobustly(const Matches& matches, const std::vector<Start>& starts, 
     RobustFit continued = continuedFit(matches, starts.front(), prior, options.loss);
     if (continued.found) return continued;
   }
-  return searchedFit(matches, starts, prior, options);
+  return searchedFit(matches, starts, another, prior, options);
 }
 
 }  // namespace cornerpin

@@ -15,38 +15,6 @@ namespace {
 
 constexpr std::size_t kFewestAgreeing = 5;  // some transform meets any four
 
-double fullGain(const Points& base, const Quad& surface) {
-  return noiseGain(Model::Projective, base, surface);
-}
-
-// What stands against the transform that the good tracks agree on. Where none was found and the
-// library's fit had failed already, that stays the reason.
-void judgeGood(const Matches& file, const Quad& surface, FrameFit& fit) {
-  const RobustFit& robust = fit.robust;
-  Verdict& verdict = fit.verdict;
-  verdict.good = robust.goodCount;
-  if (!robust.found) {
-    if (!inGeneralPosition(file.present())) {
-      verdict.shortfall = Shortfall::OnOneLine;
-    } else if (verdict.shortfall == Shortfall::None) {
-      verdict.shortfall = Shortfall::NoAgreement;
-    }
-    return;
-  }
-  verdict.shortfall = Shortfall::None;
-  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
-    verdict.shortfall = Shortfall::FewAgree;
-    return;
-  }
-  const Matches good = file.subset(robust.good);
-  if (!inGeneralPosition(good.base()) || !inGeneralPosition(good.present())) {
-    verdict.shortfall = Shortfall::GoodOnOneLine;
-    return;
-  }
-  fit.gain = fullGain(good.base(), surface);
-  if (!std::isfinite(fit.gain)) verdict.shortfall = Shortfall::GoodBunchedInBase;
-}
-
 // Fits a lower model to the good tracks where they support one; `fit.h` is the neighbour's
 // transform before.
 void reduce(const Matches& file, const Quad& surface, FrameFit& fit) {
@@ -109,7 +77,7 @@ FrameFit FrameFitter::fit(const Matches& file, Sweep& sweep) {
 }
 
 // What stands against a full transform before anything is fitted.
-Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const {
+Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) {
   Verdict verdict;
   verdict.tracks = file.size();
   const auto because = [&](Shortfall shortfall) {
@@ -120,27 +88,41 @@ Verdict FrameFitter::judgeTracks(const Matches& file, const Quad& surface) const
   if (file.size() < kFewestTracks) return because(Shortfall::TooFewTracks);
   // Far-off tracks may make the others look like one place. Those in the base frame are left out
   // where bad ones can be told, and in this frame the good ones are looked at instead.
-  const Points base = surfacePlaces(file.base(), loss_);
+  all_.look(file.base(), surface, loss_);
   const bool tellsBad = loss_ != Loss::None && file.size() >= kFewestForRobust;
-  if (!inGeneralPosition(base)) return because(Shortfall::OnOneLineInBase);
+  if (!all_.inGeneralPosition()) return because(Shortfall::OnOneLineInBase);
   if (!tellsBad && !inGeneralPosition(file.present())) return because(Shortfall::OnOneLine);
-  if (loss_ != Loss::None && !std::isfinite(fullGain(base, surface)))
-    return because(Shortfall::BunchedInBase);
+  if (loss_ != Loss::None && !std::isfinite(all_.gain())) return because(Shortfall::BunchedInBase);
   return verdict;
 }
 
 // The full transform into `fit.h`, or why there is none into its verdict. Returns where the
 // library is to start in the next frame.
 LibraryTransform FrameFitter::fitFull(const Matches& file, Sweep& sweep, FrameFit& fit) {
-  const LibraryResult library = bestOfLibrary(sweep);
+  if (loss_ == Loss::None) return fitByLibrary(sweep, fit).transform;
+  const AnotherStart byLibrary = [&]() -> std::optional<Start> {
+    const LibraryResult library = fitByLibrary(sweep, fit);
+    if (library.shortfall != Shortfall::None) return std::nullopt;
+    return Start{Stage::Library, units_.toFit(library.h)};
+  };
+  std::vector<Start> starts = {{Stage::Neighbour, units_.toFit(sweep.neighbour)}};
+  if (file.size() < kFewestForRobust) {
+    const std::optional<Start> library = byLibrary();
+    // Without tracks to spare there is nothing to tell a bad one by.
+    if (!library) return {};
+    starts.insert(starts.begin(), *library);
+  }
+  fit.robust = fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file),
+                           robustOptions_, byLibrary);
+  return takeRobust(file, sweep, fit);
+}
+
+LibraryResult FrameFitter::fitByLibrary(Sweep& sweep, FrameFit& fit) {
+  LibraryResult library = bestOfLibrary(sweep);
   fit.verdict.shortfall = library.shortfall;
   fit.verdict.error = library.error;
-  // Without tracks to spare there is nothing to tell a bad one by.
-  const bool spare = file.size() >= kFewestForRobust;
-  const bool failed = library.shortfall != Shortfall::None;
-  if (loss_ != Loss::None && (spare || !failed)) return fitRobust(file, library, sweep, fit);
   fit.h = library.h;
-  return library.transform;
+  return library;
 }
 
 // From the neighbour's transform. Once that chain has been broken the neighbour may be far away:
@@ -155,16 +137,37 @@ LibraryResult FrameFitter::bestOfLibrary(Sweep& sweep) {
   return other.shortfall == Shortfall::None && better ? other : fit;
 }
 
-// On from the library's fit, where there is one, and from the neighbour's transform.
-LibraryTransform FrameFitter::fitRobust(const Matches& file, const LibraryResult& library,
-                                        Sweep& sweep, FrameFit& fit) const {
-  std::vector<Start> starts;
-  if (library.shortfall == Shortfall::None) {
-    starts.push_back({Stage::Library, units_.toFit(library.h)});
+// What stands against the transform that the good tracks agree on. Where none was found and the
+// library's fit had failed already, that stays the reason.
+void FrameFitter::judgeGood(const Matches& file, const Quad& surface, FrameFit& fit) {
+  const RobustFit& robust = fit.robust;
+  Verdict& verdict = fit.verdict;
+  verdict.good = robust.goodCount;
+  if (!robust.found) {
+    if (!inGeneralPosition(file.present())) {
+      verdict.shortfall = Shortfall::OnOneLine;
+    } else if (verdict.shortfall == Shortfall::None) {
+      verdict.shortfall = Shortfall::NoAgreement;
+    }
+    return;
   }
-  starts.push_back({Stage::Neighbour, units_.toFit(sweep.neighbour)});
-  fit.robust =
-      fitRobustly(file.in(units_.fileToFit), starts, sweep.memory.priorFor(file), robustOptions_);
+  verdict.shortfall = Shortfall::None;
+  if (robust.goodCount < std::min(kFewestAgreeing, file.size())) {
+    verdict.shortfall = Shortfall::FewAgree;
+    return;
+  }
+  const Matches good = file.subset(robust.good);
+  good_.look(good.base(), surface, loss_);
+  if (!good_.inGeneralPosition() || !inGeneralPosition(good.present())) {
+    verdict.shortfall = Shortfall::GoodOnOneLine;
+    return;
+  }
+  fit.gain = good_.gain();
+  if (!std::isfinite(fit.gain)) verdict.shortfall = Shortfall::GoodBunchedInBase;
+}
+
+// What the robust fit has found. Returns where the library is to start in the next frame.
+LibraryTransform FrameFitter::takeRobust(const Matches& file, Sweep& sweep, FrameFit& fit) {
   judgeGood(file, sweep.surface, fit);
   if (fit.verdict.shortfall != Shortfall::None) return {};
   fit.h = units_.fromFit(fit.robust.h);

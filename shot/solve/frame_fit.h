@@ -9,6 +9,7 @@
 #include "shot/solve/base_frame.h"
 #include "shot/solve/library_fit.h"
 #include "shot/solve/options.h"
+#include "shot/solve/place_worth.h"
 #include "shot/solve/sweep_memory.h"
 #include "shot/solve/units.h"
 #include "shot/solve/verdict.h"
@@ -51,17 +52,20 @@ class FrameFitter {
   FrameFit fit(const Matches& file, Sweep& sweep);
 
  private:
-  Verdict judgeTracks(const Matches& file, const Quad& surface) const;
+  Verdict judgeTracks(const Matches& file, const Quad& surface);
+  void judgeGood(const Matches& file, const Quad& surface, FrameFit& fit);
   LibraryResult bestOfLibrary(Sweep& sweep);
   LibraryTransform fitFull(const Matches& file, Sweep& sweep, FrameFit& fit);
-  LibraryTransform fitRobust(const Matches& file, const LibraryResult& library, Sweep& sweep,
-                             FrameFit& fit) const;
+  LibraryResult fitByLibrary(Sweep& sweep, FrameFit& fit);
+  LibraryTransform takeRobust(const Matches& file, Sweep& sweep, FrameFit& fit);
 
   ShotUnits units_;
   Loss loss_;
   RobustOptions robustOptions_;
   bool reduces_;
   LibraryFit library_;
+  PlaceWorth all_{PlaceWorth::FarOff::LeftOut};
+  PlaceWorth good_{PlaceWorth::FarOff::Counted};
 };
 
 }  // namespace cornerpin

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "shot/fit/linear_fit.h"
 #include "shot/fit/residuals.h"
@@ -11,6 +12,7 @@ namespace cornerpin {
 
 namespace {
 
+constexpr float kMostSingle = std::numeric_limits<float>::max();
 constexpr int kFrameRow = 1;  // of the scene; the other is the base frame's
 
 Homography toDouble(const LibraryTransform& m) {
@@ -21,6 +23,20 @@ Homography toDouble(const LibraryTransform& m) {
     }
   }
   return h;
+}
+
+bool areSingle(const double* numbers, std::size_t count, double centre, double scale) {
+  std::size_t single = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    single += std::fabs(static_cast<float>(scale * (numbers[i] - centre))) <= kMostSingle ? 1 : 0;
+  }
+  return single == count;
+}
+
+// Whether all points are finite in the unit and single precision.
+bool areSingle(const Points& points, const Similarity& unit) {
+  return areSingle(points.x(), points.size(), unit.centre.x, unit.scale) &&
+         areSingle(points.y(), points.size(), unit.centre.y, unit.scale);
 }
 
 }  // namespace
@@ -51,32 +67,36 @@ void LibraryFit::makeRoom(int tracks) {
 
 bool LibraryFit::load(const Matches& file) {
   file_ = &file;
+  filled_ = false;
+  const Similarity& unit = units_.fileToLibrary;
+  return areSingle(file.base(), unit) && areSingle(file.present(), unit);
+}
+
+// With the matches at hand.
+void LibraryFit::fillScene() {
+  if (filled_) return;
+  filled_ = true;
+  const Matches& file = *file_;
   const int count = static_cast<int>(file.size());
   if (count > scene_.trackCount) makeRoom(std::max(count, 2 * scene_.trackCount));
-  bool finite = true;
-  const auto single = [&](double x) {
-    const float rounded = static_cast<float>(x);
-    finite = finite && std::isfinite(rounded);
-    return rounded;
-  };
   // Weight 0 is what the library calls absent; the places of absent tracks are not read.
   for (int i = 0; i < scene_.trackCount; ++i) scene_.baseWeights[i] = i < count ? 1.0f : 0.0f;
   for (int i = 0; i < count; ++i) {
     const Match match = file[static_cast<std::size_t>(i)];
     const Point base = units_.fileToLibrary.apply(match.base);
     const Point present = units_.fileToLibrary.apply(match.present);
-    scene_.basePositions(i, 0) = single(base.x);
-    scene_.basePositions(i, 1) = single(base.y);
+    scene_.basePositions(i, 0) = static_cast<float>(base.x);
+    scene_.basePositions(i, 1) = static_cast<float>(base.y);
     MMatchmoveTrack& track = scene_.tracks[i];
-    track.positions(kFrameRow, 0) = single(present.x);
-    track.positions(kFrameRow, 1) = single(present.y);
+    track.positions(kFrameRow, 0) = static_cast<float>(present.x);
+    track.positions(kFrameRow, 1) = static_cast<float>(present.y);
     track.weights[kFrameRow] = static_cast<float>(match.weight);
   }
-  return finite;
 }
 
 LibraryResult LibraryFit::from(const LibraryTransform& start) {
   LibraryResult result;
+  fillScene();
   scene_.outputs[kFrameRow] = start.copy(LibraryTransform::ColumnMajor);
   try {
     scene_.solveFrame(kFrameRow);

@@ -45,10 +45,12 @@ class LibraryFit {
 
  private:
   void makeRoom(int tracks);
+  void fillScene();
 
   ShotUnits units_;
   MMatchmove scene_;  // its tracks are the matches, and behind them absent ones
   const Matches* file_ = nullptr;
+  bool filled_ = false;  // the scene, with these matches
 };
 
 }  // namespace cornerpin

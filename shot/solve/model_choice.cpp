@@ -186,12 +186,12 @@ std::vector<Candidate> ModelChoice::candidatesOn(const std::vector<Kept>& kept) 
   return all;
 }
 
-std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candidates) {
+std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candidates,
+                                             double bound) {
   std::optional<Candidate> best;
   for (const Candidate& candidate : candidates) {
     if (isContradicted(candidate)) continue;
-    double least = kInfinity;
-    if (best) least = best->squaredError;
+    const double least = best ? best->squaredError : bound;
     const double square = squaredError(candidate, least);
     if (!(square < least)) continue;
     best = candidate;
@@ -200,9 +200,10 @@ std::optional<Candidate> ModelChoice::bestOf(const std::vector<Candidate>& candi
   return best;
 }
 
-std::optional<Candidate> ModelChoice::bestOnTopOf(const std::vector<Kept>& kept) {
+std::optional<Candidate> ModelChoice::bestOnTopOf(const std::vector<Kept>& kept, double bound) {
   const std::vector<Candidate> candidates = candidatesOn(kept);
-  std::optional<Candidate> best = bestOf(candidates);
+  if (!full_) bound = kInfinity;
+  std::optional<Candidate> best = bestOf(candidates, bound);
   if (best || full_ || candidates.empty()) return best;
   double least = kInfinity;
   for (const Candidate& candidate : candidates) {
@@ -210,7 +211,7 @@ std::optional<Candidate> ModelChoice::bestOnTopOf(const std::vector<Kept>& kept)
     if (pairs > 0.0) least = std::min(least, squaresOf(candidate.h) / (2.0 * pairs));
   }
   noise_.sigma = std::max(noise_.sigma, std::sqrt(least));
-  return bestOf(candidates);
+  return bestOf(candidates, kInfinity);
 }
 
 }  // namespace cornerpin

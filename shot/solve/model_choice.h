@@ -68,7 +68,9 @@ class ModelChoice {
   /// The best of the lower models on top of these, on top of the first of several alike; none where
   /// the tracks contradict all of them. Where there is no full transform to take instead, the noise
   /// is then taken to be what the closest one leaves over.
-  std::optional<Candidate> bestOnTopOf(const std::vector<Kept>& kept);
+  /// \param bound  beside a full transform, one whose squared error is not below this is not wanted
+  std::optional<Candidate> bestOnTopOf(const std::vector<Kept>& kept,
+                                       double bound = std::numeric_limits<double>::infinity());
 
   /// What is expected of the square of a candidate's worst corner's error.
   double squaredError(const Candidate& candidate);
@@ -88,7 +90,7 @@ class ModelChoice {
                                   const Points& points);
   double varianceOf(const LinearisedFit& fit) const;
   std::vector<Candidate> candidatesOn(const std::vector<Kept>& kept) const;
-  std::optional<Candidate> bestOf(const std::vector<Candidate>& candidates);
+  std::optional<Candidate> bestOf(const std::vector<Candidate>& candidates, double bound);
   std::size_t pairsLeftBy(const Candidate& candidate) const;
   bool isContradicted(const Candidate& candidate) const;
   double priorOf(const Candidate& candidate) const;

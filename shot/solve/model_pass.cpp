@@ -151,7 +151,13 @@ WeakFrame ModelPass::seenAround(std::size_t frame) const {
     weak.full.reset();
     return weak;
   }
-  const RobustFit again = refit_(reliable, *weak.full, usual_.sigma);
+  Prior prior;
+  prior.lowSigma = usual_.sigma;
+  prior.recentSigma = std::max(usual_.sigma, frames_[frame].sigma);
+  for (std::size_t t = 0; t < others.odds.size(); ++t) {
+    if (others.reliable[t]) prior.odds.push_back(others.odds[t]);
+  }
+  const RobustFit again = refit_(reliable, *weak.full, std::move(prior));
   if (!again.found) return weak;
   weak.tracks = reliable.subset(again.good);
   weak.full = again.h;
@@ -168,7 +174,9 @@ ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
   for (std::size_t t = 0; t < tracks.size(); ++t) places[trackAt(tracks, t)] = t;
   Around result;
   result.squares.resize(tracks.size());
+  result.odds.assign(tracks.size(), 1.0);
   std::vector<bool> bad(tracks.size());
+  std::vector<int> kept(tracks.size());
   for (std::ptrdiff_t step : {-1, 1}) {
     std::vector<int> votes(tracks.size());
     std::vector<bool> seen(tracks.size());
@@ -183,7 +191,9 @@ ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
         if (place == kNone) continue;
         const double square = squaredResidual(there[t], frames_[*near].h);
         result.squares[place].push_back(square);
-        votes[place] += square <= farthest * farthest ? 1 : -1;
+        const bool keeps = square <= farthest * farthest;
+        votes[place] += keeps ? 1 : -1;
+        kept[place] += keeps ? 1 : 0;
         seen[place] = true;
       }
     }
@@ -191,6 +201,8 @@ ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
   }
   for (std::size_t t = 0; t < tracks.size(); ++t) {
     result.reliable.push_back(result.squares[t].empty() ? good[t] : !bad[t]);
+    const double missed = static_cast<double>(result.squares[t].size()) - kept[t];
+    result.odds[t] = (1.0 + kept[t]) / (1.0 + missed);
   }
   if (countOf(result.reliable) == 0) result.reliable = good;
   return result;
@@ -263,14 +275,15 @@ void ModelPass::settle(std::size_t frame, std::ptrdiff_t step) {
   ModelChoice choice(weak, *trials_, usual_);
   const double fullError =
       weak.full ? choice.fullError() : ModelChoice(weakFrame(frame), *trials_, usual_).fullError();
-  const std::optional<Candidate> best = choice.bestOnTopOf(groundsFor(frame, step, weak.corners));
-  double least = kInfinity;
-  if (best) least = best->squaredError;
   const double nearer = swept_[frame].gain > kLargestGain ? kNearer : kNearerWhereSpread;
-  if (best && (status != Status::Solved || least < nearer * nearer * fullError * fullError)) {
+  const double bound =
+      status == Status::Solved ? nearer * nearer * fullError * fullError : kInfinity;
+  const std::optional<Candidate> best =
+      choice.bestOnTopOf(groundsFor(frame, step, weak.corners), bound);
+  if (best && best->squaredError < bound) {
     reduceTo(*best, weak, frame);
     if (frames_[frame].sigma < choice.sigma()) frames_[frame].sigma = choice.sigma();
-    settled_[frame] = {weak, *best, least};
+    settled_[frame] = {weak, *best, best->squaredError};
   } else if (status == Status::Solved) {
     settled_[frame].squaredError = fullError * fullError;
   } else {

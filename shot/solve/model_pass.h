@@ -38,8 +38,8 @@ struct SweptFrame {
 class ModelPass {
  public:
   using TracksOf = std::function<Matches(const FrameResult&)>;
-  /// The full transform that the good ones of these tracks agree on, in the file's unit.
-  using Refit = std::function<RobustFit(const Matches&, const Homography& start, double sigma)>;
+  /// The full transform that the good ones of these tracks agree on; all in the file's unit.
+  using Refit = std::function<RobustFit(const Matches&, const Homography& start, Prior prior)>;
 
   /// \param frames    are changed
   /// \param tracksOf  what a frame was fitted to
@@ -66,6 +66,7 @@ class ModelPass {
   std::vector<std::optional<Homography>> firmTransforms() const;
   struct Around {
     std::vector<bool> reliable;                // per match
+    std::vector<double> odds;                  // per match: that it is a good one
     std::vector<std::vector<double>> squares;  // per match: of its track's residuals there
   };
   Around around(std::size_t frame, const Matches& tracks, const std::vector<bool>& good) const;

@@ -32,6 +32,9 @@ double extentOf(const Box& surface) {
   return std::max(surface.high.x - surface.low.x, surface.high.y - surface.low.y);
 }
 
+// A track's residual comes out alike but for this in two ways of rounding.
+constexpr double kRounding = 1.0 + 1e-6;
+
 // What is likely of the tracks' noise, where no frames tell it, counts as much as so many errors.
 constexpr double kLikelyFreedom = 4.0;
 
@@ -255,9 +258,25 @@ class ShotSolver {
     return used.subset(near);
   }
 
+  // Whether `SubsetPosterior` may find something to ask. A good track is a near one, so where many
+  // are good it is only asked whether those are that most frames do without.
+  bool mayBeAsked(const FrameResult& result) const {
+    const bool many = result.good > static_cast<int>(SubsetPosterior::kMost);
+    if (!many || kGoodWithin * result.sigma > extent_) return true;
+    const double farthest = kRounding * kGoodWithin * result.sigma;
+    const Tracks::Range seen = tracks_.inFrame(result.frame);
+    return std::any_of(seen.begin(), seen.end(), [&](const Observation& o) {
+      const TrackRecord& record = records_[static_cast<std::size_t>(o.track)];
+      if (!(record.shareMissedBut(true) > SubsetPosterior::kMostMissed)) return false;
+      const Point place = sweeps_.surfaceMap().placeOf(o.track);
+      return squaredDistance(map(result.h, place), {o.x, o.y}) <= farthest * farthest;
+    });
+  }
+
   // What is open about a solved frame: which of its tracks keep to the surface.
   void addOpinions(const NoiseEstimate& quiet, FrameResult& result) const {
     if (result.verdict.status != Status::Solved || !sweeps_.toldBad(result)) return;
+    if (!mayBeAsked(result)) return;
     const Matches near = nearIn(result);
     const FittedFrame fitted = sweeps_.fittedAs(result, near);
     std::vector<double> missed(near.size());

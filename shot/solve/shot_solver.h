@@ -17,10 +17,10 @@ namespace cornerpin {
 ///
 /// With Loss::None, and where every frame can be fitted, the transforms are those of
 /// `MMatchmove::solve` on the shot in the library's unit, to the bit. With another loss
-/// `fitRobustly` goes on from the library's fit and the neighbour's transform, in double precision,
-/// and its transform is the frame's and the next frame's start. What the earlier frames of a sweep
-/// say of the next one's errors is `SweepMemory`'s. With at least `kFewestForRobust` tracks the
-/// library's fit may fail then.
+/// `fitRobustly` goes on from the neighbour's transform and, where that does not settle the frame,
+/// from the library's fit, in double precision, and its transform is the frame's and the next
+/// frame's start. What the earlier frames of a sweep say of the next one's errors is
+/// `SweepMemory`'s. With at least `kFewestForRobust` tracks the library's fit may fail then.
 ///
 /// A frame with fewer than four active tracks, or whose tracks fix no transform here or in the base
 /// frame (`inGeneralPosition`), or of whose six or more tracks only four agree, as any four do, is

@@ -203,9 +203,9 @@ void ShotSweeps::chooseModels() {
       frames_, swept_, static_cast<std::size_t>(base_.frame() - tracks_.firstFrame()),
       [this](const FrameResult& frame) { return usedIn(frame); },
       [this](const FrameResult& frame) { return map_.matchesIn(tracks_, frame.frame); },
-      [this](const Matches& file, const Homography& start, double sigma) {
-        Prior prior;
-        prior.recentSigma = prior.lowSigma = sigma * units_.fileToFit.scale;
+      [this](const Matches& file, const Homography& start, Prior prior) {
+        prior.recentSigma *= units_.fileToFit.scale;
+        prior.lowSigma *= units_.fileToFit.scale;
         RobustFit fit =
             fitRobustly(file.in(units_.fileToFit), {{Stage::Neighbour, units_.toFit(start)}}, prior,
                         {options_.loss, options_.seed});

@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "shot/fit/positive_definite.h"
 #include "shot/fit/residuals.h"
 #include "shot/plane/extent.h"
 
@@ -22,7 +23,6 @@ constexpr double kNoneLeft = 1e-9;
 constexpr double kMostUnlikely = 4.605170185988092;  // log 100, of an opinion that is gone on from
 // What the share of frames in which a track is off adds to its odds.
 constexpr double kForMissed = 20.0;
-constexpr double kMostMissed = 0.5;  // of a track that keeps to the surface
 
 // Of all matches, with root mean square 1 over those that the frame's fit takes for good ones.
 std::vector<double> relativeWeights(const Matches& matches, const FittedFrame& frame) {
@@ -76,37 +76,30 @@ SubsetPosterior::SubsetPosterior(const Matches& matches, const FittedFrame& fram
   }
   if (matches.size() > kMost && !differ) return;
   const FittedFrame all = byAll(matches, frame);
-  const FrameSlopes slopes(matches, all, all.weights);
-  fit_.emplace(slopes, all);
-  if (!fit_->isDetermined()) return;
-  const double scale = fit_->scale();
+  slopes_.emplace(matches, all, all.weights);
+  const double scale = slopes_->place.to.scale;
   noise_.variance *= scale * scale * residualVariance(matches, frame);
   const Box box = boxAround(matches.present());
   reach_ = scale * std::hypot(box.high.x - box.low.x, box.high.y - box.low.y);
-  addSights(matches, all, slopes.tracks, missed);
-  setCounts();
-  const Opinion none = noneOff();
+  addSights(matches, all, missed);
   if (matches.size() <= kMost) {
-    tryAll(none);
+    const LinearisedFit fit(*slopes_, all);
+    if (fit.isDetermined()) tryAll(noneOff(fit));
     return;
   }
-  Opinion ofOthers = none;
-  if (leaveOut(others, ofOthers)) add(ofOthers);
-  // Both together go on from the frame's own.
-  for (std::size_t i = 0; i < own.size(); ++i) others[i] = others[i] && !own[i];
-  Opinion ofFrame = none;
-  if (!leaveOut(own, ofFrame)) return;
-  add(ofFrame);
-  if (leaveOut(others, ofFrame)) add(ofFrame);
+  tryWithout(others);
+  tryWithout(own);
+  for (std::size_t i = 0; i < own.size(); ++i) others[i] = others[i] || own[i];
+  tryWithout(others);
 }
 
 void SubsetPosterior::addSights(const Matches& matches, const FittedFrame& all,
-                                const TrackSlopes& slopes, const std::vector<double>& missed) {
-  const double scale = fit_->scale();
+                                const std::vector<double>& missed) {
+  const double scale = slopes_->place.to.scale;
   sights_.resize(matches.size());
   for (std::size_t i = 0; i < matches.size(); ++i) {
     Sight& sight = sights_[i];
-    sight.slopes = slopesAt(slopes, i);
+    sight.slopes = slopesAt(slopes_->tracks, i);
     const Point r = residual(matches[i], all.h);
     sight.residual = {scale * r.x, scale * r.y};
     sight.squaredWeight = all.weights[i] * all.weights[i];
@@ -114,29 +107,30 @@ void SubsetPosterior::addSights(const Matches& matches, const FittedFrame& all,
   }
 }
 
-SubsetPosterior::Opinion SubsetPosterior::noneOff() const {
+void SubsetPosterior::add(const Sight& sight, Parameters& gradient, double& squares) {
+  const Point r = sight.residual;
+  const double w2 = sight.squaredWeight;
+  squares += w2 * (r.x * r.x + r.y * r.y);
+  for (std::size_t k = 0; k < 8; ++k) {
+    gradient[k] += w2 * (sight.slopes.x[k] * r.x + sight.slopes.y[k] * r.y);
+  }
+}
+
+SubsetPosterior::Opinion SubsetPosterior::noneOff(const LinearisedFit& all) const {
   Opinion none;
   Parameters gradient{};
-  for (const Sight& sight : sights_) {
-    const Point r = sight.residual;
-    const double w2 = sight.squaredWeight;
-    none.squares += w2 * (r.x * r.x + r.y * r.y);
-    for (std::size_t k = 0; k < 8; ++k) {
-      gradient[k] += w2 * (sight.slopes.x[k] * r.x + sight.slopes.y[k] * r.y);
-    }
-  }
-  none.step = fit_->solve(gradient);
+  for (const Sight& sight : sights_) add(sight, gradient, none.squares);
+  none.step = all.solve(gradient);
   none.squares = std::max(none.squares - dot(none.step, gradient), 0.0);
-  none.inverse = fit_->inverse();
+  none.inverse = all.inverse();
   return none;
 }
 
-// Of the logarithms, what the number of tracks off decides.
-void SubsetPosterior::setCounts() {
+// Of the logarithms, what the number of tracks off decides, up to `most` of them.
+void SubsetPosterior::setCounts(std::size_t most) {
   const auto n = static_cast<double>(sights_.size());
   const double half = 0.5 * (noise_.freedom + 2.0 * n - 8.0);
-  ofCount_ = {0.0};
-  for (std::size_t i = 1; i + kFewestLeft <= sights_.size(); ++i) {
+  for (std::size_t i = ofCount_.size(); i <= most; ++i) {
     const auto off = static_cast<double>(i);
     ofCount_.push_back(ofCount_.back() + std::log(kPi * off / ((half - off) * (n - off + 1.0))));
   }
@@ -182,6 +176,7 @@ bool SubsetPosterior::leaveOut(std::size_t track, Opinion& opinion) const {
 
 // One more track off at a time.
 void SubsetPosterior::tryAll(const Opinion& none) {
+  setCounts(sights_.size() - kFewestLeft);
   std::vector<bool> tried(std::size_t{1} << sights_.size());
   std::vector<Opinion> opinions = {none};
   add(opinions.front());
@@ -205,12 +200,28 @@ void SubsetPosterior::tryAll(const Opinion& none) {
   }
 }
 
-// False too where too few are left.
-bool SubsetPosterior::leaveOut(const std::vector<bool>& off, Opinion& opinion) const {
+// Those off all at once: a fit to the others, where they fix one.
+void SubsetPosterior::tryWithout(const std::vector<bool>& off) {
+  Opinion opinion;
+  Symmetric2s pull(sights_.size());
+  Parameters gradient{};
   for (std::size_t i = 0; i < off.size(); ++i) {
-    if (off[i] && !leaveOut(i, opinion)) return false;
+    if (off[i]) {
+      opinion.off.push_back(i);
+      continue;
+    }
+    pull[0][i] = pull[2][i] = sights_[i].squaredWeight;
+    add(sights_[i], gradient, opinion.squares);
   }
-  return sights_.size() - opinion.off.size() >= kFewestLeft;
+  if (sights_.size() - opinion.off.size() < kFewestLeft) return;
+  opinion.inverse = sumOfProducts(slopes_->tracks, pull);
+  double determinant = 0.0;
+  if (!invertDetermined(opinion.inverse, &determinant)) return;
+  opinion.logDeterminant = std::log(determinant);
+  opinion.step = multiplied(opinion.inverse, gradient);
+  opinion.squares = std::max(opinion.squares - dot(opinion.step, gradient), 0.0);
+  setCounts(opinion.off.size());
+  add(opinion);
 }
 
 void SubsetPosterior::add(Opinion& opinion) {
@@ -245,12 +256,15 @@ double SubsetPosterior::logOf(const Opinion& opinion) const {
   double log =
       ofCount_[opinion.off.size()] - half * std::log(squares) - 0.5 * opinion.logDeterminant;
   const double variance = 0.5 * squares / half;
+  const bool many = sights_.size() > kMost;
+  const Symmetric2s all = many ? responses(slopes_->tracks, opinion.inverse) : Symmetric2s();
   for (std::size_t i : opinion.off) {
     const Sight& sight = sights_[i];
     const Point r = residualOf(sight, opinion);
     // The mean square of r were it a good one's.
-    const double least = variance * (2.0 / sight.squaredWeight +
-                                     covarianceOf(sight.slopes, opinion.inverse).trace());
+    const double ofFit =
+        many ? all[0][i] + all[2][i] : covarianceOf(sight.slopes, opinion.inverse).trace();
+    const double least = variance * (2.0 / sight.squaredWeight + ofFit);
     const double area = kPi * std::log1p(reach_ * reach_ / least) * (r.x * r.x + r.y * r.y + least);
     log += sight.logOdds - std::log(sight.squaredWeight * area);
   }
@@ -258,8 +272,9 @@ double SubsetPosterior::logOf(const Opinion& opinion) const {
 }
 
 Symmetric2 SubsetPosterior::covarianceAt(Point base) const {
-  const double scale = fit_->scale();
-  return times(1.0 / (scale * scale * total_), covarianceOf(fit_->slopesAt(base), moments_));
+  const double scale = slopes_->place.to.scale;
+  return times(1.0 / (scale * scale * total_),
+               covarianceOf(slopes_->place.slopesAt(base), moments_));
 }
 
 }  // namespace cornerpin

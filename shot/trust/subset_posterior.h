@@ -31,6 +31,8 @@ namespace cornerpin {
 class SubsetPosterior {
  public:
   static constexpr std::size_t kMost = 16;
+  /// In what share of the other frames a track may be off that keeps to the surface.
+  static constexpr double kMostMissed = 0.5;
 
   /// \param matches  all of the frame that are in front of the horizon
   /// \param frame    how its transform was fitted; 0 is the weight of the tracks it takes to be off
@@ -53,33 +55,33 @@ class SubsetPosterior {
     double squaredWeight = 1.0;
     double logOdds = 0.0;
   };
+  static void add(const Sight& sight, Parameters& gradient, double& squares);
   // The fit to the tracks that are left, of which the normal matrix has this inverse.
   struct Opinion {
     std::vector<std::size_t> off;
     SquareMatrix<8> inverse{};
     Parameters step{};  // from the frame's parameters
     double squares = 0.0;
-    double logDeterminant = 0.0;  // of the normal matrix, less that of all tracks
+    double logDeterminant = 0.0;  // of the normal matrix, less what all opinions have
     double log = 0.0;             // of the probability, but for a term that all have
   };
 
-  void addSights(const Matches& matches, const FittedFrame& all, const TrackSlopes& slopes,
-                 const std::vector<double>& missed);
-  void setCounts();
-  Opinion noneOff() const;
+  void addSights(const Matches& matches, const FittedFrame& all, const std::vector<double>& missed);
+  void setCounts(std::size_t most);
+  Opinion noneOff(const LinearisedFit& all) const;
   double freedomOf(const Opinion& opinion) const;
   Point residualOf(const Sight& sight, const Opinion& opinion) const;
   bool leaveOut(std::size_t track, Opinion& opinion) const;
   void tryAll(const Opinion& none);
-  bool leaveOut(const std::vector<bool>& off, Opinion& opinion) const;
+  void tryWithout(const std::vector<bool>& off);
   void add(Opinion& opinion);
   double logOf(const Opinion& opinion) const;
 
-  std::optional<LinearisedFit> fit_;  // to all tracks; none where there is nothing to ask
-  NoiseEstimate noise_;               // of a residual's coordinate, in the unit of the slopes
-  double reach_ = 0.0;                // the greatest distance
+  std::optional<FrameSlopes> slopes_;  // none where there is nothing to ask
+  NoiseEstimate noise_;                // of a residual's coordinate, in the unit of the slopes
+  double reach_ = 0.0;                 // the greatest distance
   std::vector<Sight> sights_;
-  std::vector<double> ofCount_;  // by the number of tracks off
+  std::vector<double> ofCount_ = {0.0};  // by the number of tracks off
   double most_ = 0.0;  // the largest logarithm so far, in units of whose probability the sums are
   double total_ = 0.0;
   SquareMatrix<8> moments_{};  // of the parameters

@@ -31,7 +31,9 @@ TEST(InvertPositiveDefinite, ReadsTheUpperTriangleAndWritesTheInverse) {
     for (int i = 0; i < 8; ++i)
       matrix[static_cast<std::size_t>(8 * j + i)] = i <= j ? a(i, j) : kNaN;
   }
-  ASSERT_TRUE(invertPositiveDefinite(matrix));
+  double determinant = 0.0;
+  ASSERT_TRUE(invertPositiveDefinite(matrix, &determinant));
+  EXPECT_NEAR(determinant / a.determinant(), 1.0, 1e-12);
   for (int j = 0; j < 8; ++j) {
     for (int i = 0; i < 8; ++i) {
       EXPECT_NEAR(matrix[static_cast<std::size_t>(8 * j + i)], inverse(i, j), 1e-12);
@@ -47,4 +49,18 @@ TEST(InvertPositiveDefinite, RefusesWhatIsNot) {
   SquareMatrix<8> indefinite;
   for (int k = 0; k < 64; ++k) indefinite[static_cast<std::size_t>(k)] = a(k % 8, k / 8);
   EXPECT_FALSE(invertPositiveDefinite(indefinite));
+}
+
+// Of the pair (1, r), (r, 1), each may vary 1 / (1 - r^2) times as much as alone.
+TEST(InvertDetermined, RefusesWhatLeavesNoDigits) {
+  const auto pairOf = [](double beside) {
+    SquareMatrix<8> matrix{};
+    for (std::size_t i = 0; i < 8; ++i) matrix[9 * i] = 1.0;
+    matrix[1] = matrix[8] = 1.0 - 0.5 / beside;
+    return matrix;
+  };
+  SquareMatrix<8> some = pairOf(0.8e12);
+  EXPECT_TRUE(invertDetermined(some));
+  SquareMatrix<8> none = pairOf(1.25e12);
+  EXPECT_FALSE(invertDetermined(none));
 }

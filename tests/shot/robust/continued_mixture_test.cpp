@@ -168,3 +168,47 @@ TEST(KeepsKnown, SparesTheSamples) {
   EXPECT_TRUE(spendsAll(8.0, sigma / 1.6));
   EXPECT_TRUE(spendsAll(7.9, sigma / 1.4));
 }
+
+TEST(KeepsKnown, SparesAnotherStart) {
+  Frame frame(40, 2, 30);
+  int asked = 0;
+  const AnotherStart another = [&]() -> std::optional<Start> {
+    ++asked;
+    return Start{Stage::Library, kView};
+  };
+  const auto groundsOf = [&] {
+    const std::vector<Start> starts = {{Stage::Neighbour, kView}};
+    return fitRobustly(frame.matches, starts, frame.prior, {}, another).origin.grounds;
+  };
+  EXPECT_EQ(groundsOf(), Grounds::Continued);
+  frame.prior.freedom = 0;
+  EXPECT_EQ(groundsOf(), Grounds::Searched);
+  EXPECT_EQ(asked, 0);
+  frame.prior.odds.assign(frame.matches.size(), 7.9);
+  EXPECT_EQ(groundsOf(), Grounds::Searched);
+  EXPECT_EQ(asked, 1);
+}
+
+// As many others are looked at, but where they agree on nothing there is nothing else to find.
+TEST(KeepsKnown, SparesTheRestOfTheSearchBesideAsManyStrays) {
+  Frame frame(40, 0, 45);
+  int asked = 0;
+  const AnotherStart another = [&]() -> std::optional<Start> {
+    ++asked;
+    return std::nullopt;
+  };
+  const auto originOf = [&] {
+    const std::vector<Start> starts = {{Stage::Neighbour, kView}};
+    return fitRobustly(frame.matches, starts, frame.prior, {}, another).origin;
+  };
+  EXPECT_EQ(originOf().grounds, Grounds::Searched);
+  EXPECT_EQ(asked, 0);
+  for (std::size_t i = 40; i < 85; ++i) {
+    Match match = frame.matches[i];
+    match.present = map(away(), match.base);
+    frame.matches.set(i, match);
+    frame.prior.odds[i] = 1.0;
+  }
+  originOf();
+  EXPECT_EQ(asked, 1);
+}

@@ -71,6 +71,26 @@ TEST(HasRival, GoesByWhatFramesBeforeSayOfTheTracks) {
   EXPECT_FALSE(isRivalled(matches, prior));
 }
 
+// Among the strays there is nothing but what leads back.
+TEST(HasRivalOrBetter, IsSoToo) {
+  const Matches rivals = groups(20, 20, 0, 1);
+  MixtureSearch ofRivals(rivals, {});
+  ofRivals.fromSamples(1);
+  int back = 0;
+  EXPECT_TRUE(hasRivalOrBetter(rivals, ofRivals.best(), {}, 1));
+  for (std::uint32_t seed = 1; seed <= kShots; ++seed) {
+    const Matches matches = groups(20, 0, 40, seed);
+    MixtureSearch search(matches, {});
+    search.fromSamples(1);
+    MixtureFit best = search.best();
+    EXPECT_FALSE(hasRivalOrBetter(matches, best, {}, 1)) << seed;
+    best.score += 2.5;
+    back += hasRivalOrBetter(matches, best, {}, 1);
+    EXPECT_FALSE(hasRival(matches, best, {}, 1)) << seed;
+  }
+  EXPECT_GT(back, 0);
+}
+
 TEST(HasRival, TakesSixMatchesAndTwoFewerThanTheGoodOnesAtLeast) {
   EXPECT_TRUE(isTooFewForRival(17, 20));
   EXPECT_FALSE(isTooFewForRival(18, 20));

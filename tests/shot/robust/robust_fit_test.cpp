@@ -456,6 +456,14 @@ TEST(RobustFit, SaysHowManyTheBestStartFits) {
   EXPECT_EQ(none.origin.firstGood, 0u);
 }
 
+TEST(RobustFit, GoesOnFromAnotherStart) {
+  const Shot shot = normalShot(60, 20, 2e-3);
+  const AnotherStart none = []() -> std::optional<Start> { return std::nullopt; };
+  const AnotherStart one = []() -> std::optional<Start> { return Start{Stage::Library, kView}; };
+  EXPECT_FALSE(fitRobustly(shot.matches, {}, shot.prior, {}, none).origin.firstStage);
+  EXPECT_EQ(fitRobustly(shot.matches, {}, shot.prior, {}, one).origin.firstStage, Stage::Library);
+}
+
 TEST(RobustFit, SaysHowManyTransformsChanceMakesAgreeAsMuch) {
   const Shot shot = normalShot(60, 20, 2e-3);
   const RobustFit searched = fitRobustly(shot.matches, {{Stage::Neighbour, kView}}, shot.prior, {});

@@ -590,7 +590,9 @@ TEST(FrameFitter, RemembersTheSigmaOfASearchAlone) {
   EXPECT_EQ(many.sweep.memory.priorFor({}).freedom, searched.robust.freedom);
   many.sweep.memory.rememberErrors(7.0, 16);
   many.sweep.memory.rememberErrors(5.0, 16);
-  EXPECT_EQ(many.fit(2).robust.origin.grounds, Grounds::NoBadTrack);
+  const FrameFit clean = many.fit(2);
+  EXPECT_EQ(clean.robust.origin.grounds, Grounds::NoBadTrack);
+  EXPECT_EQ(clean.robust.origin.stage, Stage::Neighbour) << "without the library";
   EXPECT_EQ(many.sweep.memory.priorFor({}).recentSigma, 5.0);
   Fitting few(movingShot(2), Loss::Tukey);
   EXPECT_EQ(few.fit(1).robust.origin.grounds, Grounds::TooFew);

@@ -202,6 +202,12 @@ TEST(ModelChoice, TakesTheLeastOfAll) {
       ASSERT_TRUE(best);
       EXPECT_EQ(best->squaredError, least);
       EXPECT_EQ(best->lower.from, kept[place].from);
+      const auto within = [&](double bound) {
+        return ModelChoice(frame, trials, {sigma, 5}).bestOnTopOf(kept, bound);
+      };
+      EXPECT_FALSE(within(least));
+      ASSERT_TRUE(within(1.001 * least));
+      EXPECT_EQ(within(1.001 * least)->squaredError, least);
       ++chosen[place];
     }
   }
@@ -229,4 +235,20 @@ TEST(ModelChoice, FitsNoMoreThanTheTracksFix) {
   EXPECT_EQ(best->lower.model, Model::Translation);
   EXPECT_EQ(best->h[0][2], 3.0);
   EXPECT_EQ(best->h[1][2], 4.0);
+}
+
+// Nothing is to be had instead, whatever the bound.
+TEST(ModelChoice, TakesTheBestWhereThereIsNoFullTransform) {
+  WeakFrame frame = patch(20);
+  disturb(frame, 5.0);
+  frame = withoutFull(frame);
+  const std::vector<Kept> kept = {{kIdentity, {-1}}};
+  ModelChoice unbound(frame, kStill, {5.0, 5});
+  ModelChoice bound(frame, kStill, {5.0, 5});
+  const auto best = unbound.bestOnTopOf(kept);
+  const auto same = bound.bestOnTopOf(kept, 0.0);
+  ASSERT_TRUE(best);
+  ASSERT_TRUE(same);
+  EXPECT_EQ(same->squaredError, best->squaredError);
+  EXPECT_EQ(bound.sigma(), 5.0);
 }

@@ -164,15 +164,13 @@ Subset subsetOf(const Frame& frame, const Sights& all, const NoiseEstimate& nois
   return subset;
 }
 
-// Every subset of at least five tracks, each fitted by itself.
-Eigen::Matrix2d byAllSubsets(const Frame& frame, const NoiseEstimate& noise) {
+// Of the subsets, each fitted by itself.
+Eigen::Matrix2d meanOver(const std::vector<unsigned>& which, const Frame& frame,
+                         const NoiseEstimate& noise) {
   const Sights all(frame);
   std::vector<Subset> subsets;
   double most = -1e300;
-  for (unsigned bits = 0; bits < 1u << all.s.size(); ++bits) {
-    std::size_t off = 0;
-    for (std::size_t i = 0; i < all.s.size(); ++i) off += bits >> i & 1u;
-    if (all.s.size() - off < 5) continue;
+  for (unsigned bits : which) {
     subsets.push_back(subsetOf(frame, all, noise, bits));
     most = std::max(most, subsets.back().log);
   }
@@ -183,6 +181,17 @@ Eigen::Matrix2d byAllSubsets(const Frame& frame, const NoiseEstimate& noise) {
     mean += std::exp(subset.log - most) * subset.square;
   }
   return mean / total;
+}
+
+// Of at least five tracks.
+std::vector<unsigned> allSubsets(std::size_t tracks) {
+  std::vector<unsigned> subsets;
+  for (unsigned bits = 0; bits < 1u << tracks; ++bits) {
+    std::size_t off = 0;
+    for (std::size_t i = 0; i < tracks; ++i) off += bits >> i & 1u;
+    if (tracks - off >= 5) subsets.push_back(bits);
+  }
+  return subsets;
 }
 
 }  // namespace
@@ -196,7 +205,7 @@ TEST(SubsetPosterior, IsTheMeanOverAllSubsetsButUnlikelyOnes) {
     Frame frame = fittedTo(tracks, off);
     frame.missed[2] = 0.4;
     const NoiseEstimate noise = {0.3, 12.0};
-    const Eigen::Matrix2d plain = byAllSubsets(frame, noise);
+    const Eigen::Matrix2d plain = meanOver(allSubsets(frame.matches.size()), frame, noise);
     const SubsetPosterior posterior(frame.matches, frame.fitted, noise, frame.missed);
     ASSERT_TRUE(posterior.isKnown());
     const Symmetric2 c = posterior.covarianceAt(kCorner);
@@ -278,6 +287,29 @@ TEST(SubsetPosterior, AmongManyTracksAsksWhereTheShotIsOfAnotherOpinion) {
   const double alone = Uncertainty(frame.matches, frame.fitted).deviationAt(kCorner);
   ASSERT_TRUE(isKnown());
   EXPECT_NEAR(deviationOf(frame, noise) / alone, 1.0, 0.2);
+}
+
+// The frame does without track 0, the shot without 1 and 2.
+TEST(SubsetPosterior, AmongManyTracksIsTheMeanOverThreeSubsets) {
+  std::vector<Match> tracks = spread(20, 3, 0.5);
+  tracks[0].present.x += 5.0;
+  tracks[1].present.y += 1.5;
+  std::vector<bool> off(20);
+  off[0] = true;
+  Frame frame = fittedTo(tracks, off);
+  frame.missed[1] = frame.missed[2] = 0.6;
+  for (double missed : {0.0, 0.3}) {
+    frame.missed[0] = missed;
+    const NoiseEstimate noise = {0.3, 12.0};
+    const Eigen::Matrix2d plain = meanOver({0b110, 0b001, 0b111}, frame, noise);
+    const SubsetPosterior posterior(frame.matches, frame.fitted, noise, frame.missed);
+    ASSERT_TRUE(posterior.isKnown());
+    const Symmetric2 c = posterior.covarianceAt(kCorner);
+    const double allowed = 1e-5 * plain.trace();
+    EXPECT_NEAR(c.xx, plain(0, 0), allowed);
+    EXPECT_NEAR(c.xy, plain(0, 1), allowed);
+    EXPECT_NEAR(c.yy, plain(1, 1), allowed);
+  }
 }
 
 TEST(SubsetPosterior, NeedsATrackToLeaveOutAndAnIdeaOfTheNoise) {
