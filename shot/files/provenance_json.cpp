@@ -27,7 +27,10 @@ Json jsonOf(const ProgramVersion& program) {
 }
 
 Json jsonOf(const InputFile& input) {
-  return {{"name", orNull(input.name)}, {"sha256", orNull(input.sha256)}, {"rows", input.rows}};
+  return {{"name", orNull(input.name)},
+          {"sha256", orNull(input.sha256)},
+          {"format", orNull(input.format)},
+          {"rows", input.rows}};
 }
 
 Json jsonOf(const FrameRange& frames) {
@@ -83,6 +86,7 @@ InputFile inputIn(const JsonField& field) {
   InputFile input;
   input.name = textOrNull(field.at("name"));
   input.sha256 = textOrNull(field.at("sha256"));
+  if (const auto format = known(field, "format")) input.format = format->text();
   const std::uint64_t rows = field.at("rows").count();
   if (rows > std::numeric_limits<std::int64_t>::max()) field.at("rows").refuse("too many");
   input.rows = static_cast<std::int64_t>(rows);

@@ -39,6 +39,7 @@ struct GivenOptions {
 struct InputFile {
   std::string name;    ///< without its folder; empty where it has none
   std::string sha256;  ///< of its bytes, in lower-case hexadecimal; empty: not known
+  std::string format;  ///< as --from names it; empty: not known
   std::int64_t rows = 0;
 };
 
@@ -54,7 +55,7 @@ struct Provenance {
   std::optional<ProgramVersion> program;
   std::optional<GivenOptions> options;
   std::optional<InputFile> input;
-  Picture picture;  ///< that the tracks were found in, in pixels
+  Picture picture;                  ///< that the tracks were found in, in pixels
   std::vector<RebaseStep> rebased;  ///< in the order in which it was done
 };
 

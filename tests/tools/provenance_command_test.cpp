@@ -59,6 +59,7 @@ TEST(ProvenanceCommand, NamesTheProgramAndTheInput) {
   EXPECT_EQ(cornerpin({"--version"}).out.rfind("cornerpin " + version + "\n", 0), 0u);
   EXPECT_EQ(j["input"]["name"], "facade.csv");
   EXPECT_EQ(j["input"]["rows"], 4260);
+  EXPECT_EQ(j["input"]["format"], "csv");
   EXPECT_EQ(j["input"]["sha256"], digestOf(kFacade));
   EXPECT_EQ(j["units"], "pixels of the input");
   EXPECT_TRUE(j["picture"]["width"].is_null());
@@ -92,8 +93,9 @@ TEST(ProvenanceCommand, DigestsWhatComesThroughStandardInput) {
   ChildOptions options;
   options.in = kFacade;
   const json piped = solved({"-"}, options);
-  EXPECT_EQ(piped["input"],
-            (json{{"name", nullptr}, {"sha256", digestOf(kFacade)}, {"rows", 4260}}));
+  EXPECT_EQ(
+      piped["input"],
+      (json{{"name", nullptr}, {"sha256", digestOf(kFacade)}, {"format", "csv"}, {"rows", 4260}}));
   EXPECT_TRUE(solved({"/dev/stdin"}, options)["input"]["name"].is_null());
 }
 

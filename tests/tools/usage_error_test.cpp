@@ -96,7 +96,7 @@ TEST(UsageError, SaysWhichValueAnOptionWants) {
             "--drop must not be empty; see cornerpin solve --help");
   const TemporaryFolder folder;
   EXPECT_EQ(refusalOf({"solve", "a.csv", "-o", folder.path().string()}),
-            "\"" + folder.path().string() + "\" is a folder: name a file in it, .json or .csv");
+            "\"" + folder.path().string() + "\" is a folder: name a file in it");
 }
 
 TEST(UsageError, WantsTwoDashesBeforeLongNames) {

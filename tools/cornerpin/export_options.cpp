@@ -91,6 +91,7 @@ Export exportOf(const std::string& path, const std::string& word, const std::str
   made.path = path;
   made.kind = kindNamed(kind);
   const std::optional<Format> format = word.empty() ? formatOf(path) : formatNamed(word);
+  if (!format) refuseFolder(path);
   if (!format && !isStandardOutput(path)) {
     throw std::invalid_argument(
         fmt::format("the name \"{}\" tells no format: put --to NAME before it, one of {}", path,

@@ -47,6 +47,12 @@ void refuseSame(const char* firstOption, const std::string& first, const char* s
   }
 }
 
+void refuseFolder(const std::string& path) {
+  std::error_code ignored;
+  if (!fs::is_directory(path, ignored)) return;
+  throw std::invalid_argument("\"" + path + "\" is a folder: name a file in it");
+}
+
 void requireWritable(const std::string& path) {
   if (path.empty()) return;
   try {

@@ -29,6 +29,9 @@ void requireWritable(const std::string& path);
 /// What went wrong with a file, and what to do where that is known.
 std::string textOf(const std::system_error& error);
 
+/// Refuses a folder in the place of a file.
+void refuseFolder(const std::string& path);
+
 /// Prints on standard output. Throws `std::system_error`.
 void print(const std::string& text);
 

@@ -100,10 +100,7 @@ Format OutputOptions::format() const {
   if (formatName == "csv") return Format::Csv;
   if (path.empty() || isStandardOutput()) return Format::Json;
   const std::optional<Format> format = formatOf(path);
-  std::error_code ignored;
-  if (!format && std::filesystem::is_directory(path, ignored)) {
-    throw std::invalid_argument("\"" + path + "\" is a folder: name a file in it, .json or .csv");
-  }
+  if (!format) refuseFolder(path);
   if (format != Format::Json && format != Format::Csv) {
     throw std::invalid_argument("\"" + path +
                                 "\" ends neither in .json nor in .csv: add --format json or "

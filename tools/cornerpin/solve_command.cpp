@@ -41,7 +41,7 @@ namespace {
 constexpr CommandText kText = {
     "solve", "Find the transform of every frame", "cornerpin solve shot.csv -o shot.json",
     "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries them\n"
-    "from the base frame to that frame. Prints how well it fits. Tracks are CSV with the columns\n"
+    "from the base frame to that frame. Prints how well it fits. Tracks are CSV with columns\n"
     "track,frame,x,y and, if you like, weight, or a file of a tracking program.\n",
     "CSV has a row for each track and frame where the track is seen. The columns stand in any\n"
     "order, with commas, semicolons or tabs between them, plain or gzip. A track's distance r\n"
@@ -295,6 +295,7 @@ Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, File
   for (const Export& what : plan.exports) requireKnown(what, tracks.picture, path);
   input.name = arguments.input.fileName();
   input.sha256 = trace.digest ? trace.digest->hex() : "";
+  input.format = factsOf(*trace.format).word;
   input.rows = trace.rows;
   talk.add(trace.notes);
   arguments.selection.apply(tracks, plan.given.frames);

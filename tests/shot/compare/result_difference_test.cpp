@@ -62,7 +62,7 @@ TEST(ResultDifference, NamesTracksOptionsAndOriginsOfOneOnly) {
   second.tracks.resize(1);
   second.tracks[0].name = "b";
   second.loss = Loss::Huber;
-  second.provenance.input = {{"other.csv", "12", 3}};
+  second.provenance.input = {{"other.csv", "12", "csv", 3}};
   second.provenance.program = {{"cornerpin", "9", ""}};
   const ResultDifference difference = differenceOf(first, second);
   EXPECT_EQ(difference.otherTracks.first, (std::vector<std::string>{"a"}));

@@ -88,7 +88,7 @@ TEST(DifferenceText, NamesTheProgramsAndTheFilesThatResultsWereMadeOf) {
   ShotResult second = first;
   first.provenance.program = {{"cornerpin", "0.1.0", "12ab"}};
   second.provenance.program = {{"cornerpin", "0.2.0", ""}};
-  second.provenance.input = {{"shot.csv", "34cd", 240}};
+  second.provenance.input = {{"shot.csv", "34cd", "csv", 240}};
   EXPECT_EQ(textOf(first, second),
             "program       cornerpin 0.1.0, commit 12ab  (a.json)\n"
             "              cornerpin 0.2.0  (b.json)\n"

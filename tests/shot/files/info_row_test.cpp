@@ -20,6 +20,6 @@ TEST(FileRows, NameTheFileItsKindAndSize) {
 TEST(Describe, PutsProgramsAndInputsForPeople) {
   EXPECT_EQ(describe(ProgramVersion{"cornerpin", "0.1.0", "12ab"}), "cornerpin 0.1.0, commit 12ab");
   EXPECT_EQ(describe(ProgramVersion{"cornerpin", "0.1.0", ""}), "cornerpin 0.1.0");
-  EXPECT_EQ(describe(InputFile{"a.csv", "34cd", 1}), "a.csv, 1 row, SHA-256 34cd");
-  EXPECT_EQ(describe(InputFile{"", "", 7}), "a pipe, 7 rows");
+  EXPECT_EQ(describe(InputFile{"a.csv", "34cd", "", 1}), "a.csv, 1 row, SHA-256 34cd");
+  EXPECT_EQ(describe(InputFile{"", "", "", 7}), "a pipe, 7 rows");
 }

@@ -35,7 +35,7 @@ ShotResult fullResult() {
   from.options->maxError = 2.5;
   from.options->at = {5.75, 5.25};
   from.options->quads = {{"sign", {{{0, 0}, {4, 0}, {4, 4}, {0, 4}}}}};
-  from.input = InputFile{"shot.csv", std::string(64, 'a'), 5000000000};
+  from.input = InputFile{"shot.csv", std::string(64, 'a'), "nk", 5000000000};
   from.picture = {Scale::Pixels, 1920, 1080, YAxis::Up, 0.5, std::nullopt};
   from.rebased = {{5, 6, {"cornerpin", "1", ""}}, {6, 5, *from.program}};
   return result;
@@ -68,8 +68,10 @@ TEST(ProvenanceJson, HoldsAllThatIsKnown) {
       "keep":["a,b","n*"],"drop":["\"p,1\":5-"],"base_only":true,"hold":true,"units":"fit",
       "loss":"none","seed":1,"max_error":2.5,"smooth":"off","fill":false,"at":[5.75,5.25],
       "quads":[{"name":"sign","corners":[[0,0],[4,0],[4,4],[0,4]]}]})"));
-  EXPECT_EQ(j["input"],
-            (json{{"name", "shot.csv"}, {"sha256", std::string(64, 'a')}, {"rows", 5000000000}}));
+  EXPECT_EQ(j["input"], (json{{"name", "shot.csv"},
+                              {"sha256", std::string(64, 'a')},
+                              {"format", "nk"},
+                              {"rows", 5000000000}}));
   EXPECT_EQ(j["picture"],
             json::parse(
                 R"({"width":1920,"height":1080,"y":"up","pixel_centre":0.5,"first_frame":null})"));
@@ -84,7 +86,7 @@ TEST(ProvenanceJson, HoldsAllThatIsKnown) {
 TEST(ProvenanceJson, HasAWordForWhatWasNotGiven) {
   ShotResult result = fullResult();
   result.provenance.options = GivenOptions();
-  result.provenance.input = InputFile{"", "", 3};
+  result.provenance.input = InputFile{"", "", "", 3};
   result.units = Units::Raw;
   result.loss = Loss::Huber;
   result.seed = 18446744073709551615u;
@@ -95,7 +97,7 @@ TEST(ProvenanceJson, HasAWordForWhatWasNotGiven) {
       "drop":[],"base_only":false,"hold":false,"units":"raw","loss":"huber",
       "seed":18446744073709551615,"max_error":"auto","smooth":0.5,"fill":true,"at":[],
       "quads":[]})"));
-  EXPECT_EQ(j["input"], json::parse(R"({"name":null,"sha256":null,"rows":3})"));
+  EXPECT_EQ(j["input"], json::parse(R"({"name":null,"sha256":null,"format":null,"rows":3})"));
   result.provenance.options->frames = {7, kOpen};
   EXPECT_EQ(writtenJson(result)["options"]["frames"], json::parse("[7,null]"));
 }

@@ -21,7 +21,7 @@ TEST(ResultInfo, SaysWhatMadeItOfWhatAndWhatItComesTo) {
   result.unused = {{{"x", Unused::Dropped}, {"y", Unused::Dropped}}};
   result.quads.push_back({"sign", result.quads[0].corners});
   result.provenance.program = {{"cornerpin", "0.1.0", "abc"}};
-  result.provenance.input = {{"shot.csv", "0123", 12}};
+  result.provenance.input = {{"shot.csv", "0123", "csv", 12}};
   result.provenance.options.emplace().hold = true;
   EXPECT_EQ(resultInfo(result, kLook, false),
             "file          a.json\n"

@@ -21,7 +21,7 @@ TEST(TrackAdvice, NamesThoseThatMoveCornersWithWhatToType) {
   result.tracks = {track("it's", {}), track("t2", {})};
   result.worst = {{"it's", {0, 60, 81, 70, 9.3, 12.0, true}},
                   {"t2", {1, 5, 5, 5, 2.0, 1.0, false}}};
-  result.provenance.input = {{"my shot.csv", "", 1}};
+  result.provenance.input = {{"my shot.csv", "", "csv", 1}};
   EXPECT_EQ(trackAdvice(result), "Tracks that move the corners most:\n  " +
                                      describe(result.worst[0]) +
                                      ", and it is far off:\n      --drop 'it'\\''s:60-81'\n  " +
