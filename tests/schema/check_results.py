@@ -17,7 +17,7 @@ import tempfile
 import jsonschema  # Debian's package python3-jsonschema
 
 FEWEST = 5  # results of a program
-FEWEST_DAMAGED = 20
+FEWEST_DAMAGED = {"cornerpin": 50, "cornerpin_tracks": 20}
 
 
 def results_of(program, selection, field):
@@ -96,7 +96,7 @@ def main():
         if validator.is_valid(copied):
             problems.append(f"the schema lets pass: {what}")
     print(f"{len(copies)} damaged results")
-    if problems or len(copies) < FEWEST_DAMAGED:
+    if problems or len(copies) < FEWEST_DAMAGED[field]:
         sys.exit("\n".join(problems or ["too few damaged results"]))
 
 
