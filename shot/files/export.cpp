@@ -70,6 +70,17 @@ bool needsSize(const Export& what) {
          what.format == Format::Keyframes;
 }
 
+// Frames that are written as they are, to a file that counts from the clip's first.
+void noteFrames(const Picture& from, Format format, int first, WriteNotes& notes) {
+  const FormatFacts& facts = factsOf(format);
+  const std::optional<int>& begins = facts.picture.firstFrame;
+  if (!begins || from.firstFrame || first == *begins) return;
+  notes.push_back(
+      fmt::format("{} files count frames from {}, and nothing tells the clip's first frame: frames "
+                  "stay as they are, from {} on; --first-frame moves them",
+                  facts.word, *begins, first));
+}
+
 WriteNotes write(const Tracks& tracks, Format format, OutputFile& out) {
   switch (format) {
     case Format::Csv:
@@ -147,6 +158,8 @@ Written writeTracks(const Tracks& tracks, Format format, const std::string& file
   Written written;
   written.tracks = converted(tracks, pictureFor(format, tracks.picture, file));
   written.notes = write(*written.tracks, format, out);
+  const std::vector<Observation>& rows = written.tracks->observations;
+  if (!rows.empty()) noteFrames(tracks.picture, format, rows.front().frame, written.notes);
   return written;
 }
 
@@ -156,6 +169,7 @@ Written writePin(const Pin& pin, Format format, const PinStyle& style, const std
   written.pin = converted(pin, pictureFor(format, pin.picture, file));
   written.style = style;
   written.notes = write(*written.pin, format, style, out);
+  if (!pin.frames.empty()) noteFrames(pin.picture, format, pin.frames.front().frame, written.notes);
   return written;
 }
 

@@ -3,11 +3,13 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "shot/files/json_reader.h"
 #include "shot/files/provenance_json.h"
 #include "shot/files/track_writers.h"
+#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
@@ -15,8 +17,29 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string quoted(const std::string& name) {
+std::string inQuotes(const std::string& name) {
   return Json(name).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// The names as JSON can have them, which is in UTF-8, and each another.
+std::vector<std::string> namesIn(const Tracks& tracks, WriteNotes& notes) {
+  std::vector<std::string> names;
+  names.reserve(tracks.names.size());
+  std::unordered_set<std::string> taken(tracks.names.begin(), tracks.names.end());
+  std::size_t changed = 0;
+  for (const std::string& name : tracks.names) {
+    std::string text = Json::parse(inQuotes(name)).get<std::string>();
+    if (text != name) {
+      ++changed;
+      while (!taken.insert(text).second) text += '_';
+    }
+    names.push_back(inQuotes(text));
+  }
+  if (changed > 0) {
+    notes.push_back(fmt::format("{} {} not in UTF-8 and written otherwise",
+                                counted(changed, "name"), changed == 1 ? "is" : "are"));
+  }
+  return names;
 }
 
 // The observations of each track, by frame.
@@ -34,8 +57,10 @@ WriteNotes writeJsonTracks(const Tracks& tracks, OutputFile& out) {
                         pictureJson(tracks.picture).dump()));
   const char* next = "\n";
   const auto rows = byTrack(tracks);
+  WriteNotes notes;
+  const std::vector<std::string> names = namesIn(tracks, notes);
   for (std::size_t track = 0; track < rows.size(); ++track) {
-    out.write(fmt::format("{}{{\"name\": {}, \"positions\": [", next, quoted(tracks.names[track])));
+    out.write(fmt::format("{}{{\"name\": {}, \"positions\": [", next, names[track]));
     next = ",\n";
     const char* comma = "\n";
     for (const Observation* row : rows[track]) {
@@ -45,7 +70,7 @@ WriteNotes writeJsonTracks(const Tracks& tracks, OutputFile& out) {
     out.write("]}");
   }
   out.write("]\n}\n");
-  return {};
+  return notes;
 }
 
 }  // namespace cornerpin

@@ -24,18 +24,18 @@ void NkRows::add(std::string name, const std::string& node, std::uint32_t line,
   lanes_.push_back({std::move(name), track, line, first, last});
 }
 
-std::int32_t NkRows::newTrack(std::string& name, const std::string& node) {
-  std::size_t known = tracks_.names();
-  std::int32_t track = tracks_.track(name);
-  if (tracks_.names() > known) return track;
-  const std::string joined = fmt::format("{} {}", name, node);
-  std::size_t& number = repeats_.try_emplace(joined, 0).first->second;
-  do {
-    ++number;
-    name = number == 1 ? joined : fmt::format("{} {}", joined, number);
-    known = tracks_.names();
-    track = tracks_.track(name);
-  } while (tracks_.names() == known);
+std::int32_t NkRows::newTrack(const std::string& name, const std::string& node) {
+  const auto isFree = [&](std::int32_t track) {
+    const auto index = static_cast<std::size_t>(track);
+    if (index >= isTaken_.size()) isTaken_.resize(index + 1);
+    return !isTaken_[index];
+  };
+  std::int32_t track = owned_.track(name, node);
+  if (!isFree(track)) {
+    std::size_t& number = repeats_.try_emplace(fmt::format("{}@{}", name, node), 1).first->second;
+    while (!isFree(track)) track = owned_.track(name, fmt::format("{} {}", node, ++number));
+  }
+  isTaken_[static_cast<std::size_t>(track)] = true;
   return track;
 }
 

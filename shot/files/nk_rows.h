@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "shot/files/node_curve.h"
+#include "shot/files/owned_tracks.h"
 #include "shot/files/track_builder.h"
 #include "shot/files/track_input.h"
 
@@ -17,10 +18,11 @@ namespace cornerpin {
 class NkRows {
  public:
   /// Both must outlive it.
-  NkRows(TrackBuilder& tracks, const TrackInput& input) : tracks_(tracks), input_(input) {}
+  NkRows(TrackBuilder& tracks, const TrackInput& input)
+      : tracks_(tracks), owned_(tracks), input_(input) {}
 
-  /// A track with its keys by rising frame, one at least, which must stay until `flush`. Where the
-  /// name is taken, the node's stands behind it, and a number where that is taken, too.
+  /// A track with its keys by rising frame, one at least, which must stay until `flush`. Where a
+  /// name repeats, the node joins it (`OwnedTracks`), and a number where it repeats in the node.
   void add(std::string name, const std::string& node, std::uint32_t line, const NodeKey* first,
            const NodeKey* last);
 
@@ -37,15 +39,17 @@ class NkRows {
     const NodeKey* last;
   };
 
-  std::int32_t newTrack(std::string& name, const std::string& node);
+  std::int32_t newTrack(const std::string& name, const std::string& node);
   void addByFrames(std::int64_t first, std::int64_t last);
   void addByTracks();
   void addRow(Lane& lane);
 
   TrackBuilder& tracks_;
+  OwnedTracks owned_;
   const TrackInput& input_;
   std::vector<Lane> lanes_;
-  std::unordered_map<std::string, std::size_t> repeats_;  // how often names with a node were wanted
+  std::vector<bool> isTaken_;                             // of tracks
+  std::unordered_map<std::string, std::size_t> repeats_;  // how often a node had a name again
 };
 
 }  // namespace cornerpin

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "shot/files/number_text.h"
+#include "shot/files/pin_text.h"
 #include "shot/files/track_writers.h"
 #include "shot/solve/wording.h"
 
@@ -19,18 +21,7 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{64} * 1024;
 
-// Without an exponent.
-std::string plainNumber(double value) {
-  std::string text = fmt::format("{}", value);
-  const std::size_t e = text.find('e');
-  if (e == std::string::npos) return text;
-  const int exponent = std::stoi(text.substr(e + 1));
-  if (exponent >= 0) return fmt::format("{:.0f}", value);
-  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-  const auto digits =
-      std::count_if(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(e), isDigit);
-  return fmt::format("{:.{}f}", value, static_cast<int>(digits) - 1 - exponent);
-}
+using Frames = std::vector<const PinFrame*>;
 
 // A script on its way to a file.
 class Script {
@@ -50,8 +41,11 @@ class Script {
     text_.clear();
   }
 
-  void key(int frame, double value) { *this << fmt::format(" x{} ", frame) << plainNumber(value); }
-  void pair(Point p) { *this << "{" << plainNumber(p.x) << " " << plainNumber(p.y) << "}"; }
+  void key(int frame, double value) {
+    *this << fmt::format(" x{} ", frame);
+    appendDecimal(text_, value);
+  }
+  void pair(Point p) { *this << "{" << decimal(p.x) << " " << decimal(p.y) << "}"; }
 
   void begin(const Picture& picture) {
     *this << "# x grows to the right and y upwards, in pixels; the middle of the first pixel is "
@@ -226,33 +220,35 @@ void writeCorner(Script& script, const Pin& pin, std::size_t corner) {
   script << "}\n";
 }
 
-void writeElement(Script& script, const Pin& pin, std::size_t row, std::size_t column) {
+void writeElement(Script& script, const Frames& frames, std::size_t row, std::size_t column) {
   script << "{curve L";
-  for (const PinFrame& frame : pin.frames) script.key(frame.frame, frame.h[row][column]);
+  for (const PinFrame* frame : frames) script.key(frame->frame, frame->h[row][column]);
   script << "}";
 }
 
 // The transform among those of space: z stays as it is.
-void writeMatrix(Script& script, const Pin& pin) {
+void writeMatrix(Script& script, const Frames& frames) {
   script << " transform_matrix {";
   for (std::size_t row = 0; row < 3; ++row) {
     if (row == 2) script << " {0 0 1 0} ";
     script << (row == 1 ? " {" : "{");
-    writeElement(script, pin, row, 0);
+    writeElement(script, frames, row, 0);
     script << " ";
-    writeElement(script, pin, row, 1);
+    writeElement(script, frames, row, 1);
     script << " 0 ";
     if (row == 2) {
       script << "1";
     } else {
-      writeElement(script, pin, row, 2);
+      writeElement(script, frames, row, 2);
     }
     script << "}";
   }
   script << "}\n";
 }
 
-void writeNode(Script& script, const Pin& pin, bool isMatrix, const std::string& name) {
+// With the matrix where there are frames for it, otherwise by points.
+void writeNode(Script& script, const Pin& pin, const Frames& matrix, const std::string& name) {
+  const bool isMatrix = !matrix.empty();
   script << "push $cut_paste_input\nCornerPin2D {\n";
   for (std::size_t corner = 0; corner < pin.from.size(); ++corner) {
     if (isMatrix) {
@@ -263,7 +259,7 @@ void writeNode(Script& script, const Pin& pin, bool isMatrix, const std::string&
       writeCorner(script, pin, corner);
     }
   }
-  if (isMatrix) writeMatrix(script, pin);
+  if (isMatrix) writeMatrix(script, matrix);
   script << " invert false\n";
   for (std::size_t corner = 0; corner < pin.from.size(); ++corner) {
     script << fmt::format(" from{} ", corner + 1);
@@ -278,16 +274,22 @@ bool isWhole(const Quad& quad) {
                       [](Point p) { return std::isnan(p.x) || std::isnan(p.y); });
 }
 
-WriteNotes notesOn(const Pin& pin) {
-  std::vector<int> frames;
+void noteCorners(const Pin& pin, WriteNotes& notes) {
+  std::vector<int> beyond;
+  std::vector<int> absent;
   for (const PinFrame& frame : pin.frames) {
-    if (!isWhole(frame.to)) frames.push_back(frame.frame);
+    if (!isWhole(frame.to)) (isFinite(frame.h) ? beyond : absent).push_back(frame.frame);
   }
-  if (frames.empty()) return {};
-  return {
-      fmt::format("corners on or behind the horizon have no key: frames {}; "
-                  "transform_matrix has them",
-                  textOf(stretchesOf(frames), 10))};
+  if (!beyond.empty()) {
+    notes.push_back(
+        fmt::format("corners on or behind the horizon have no key: frames {}; "
+                    "transform_matrix has them",
+                    textOf(stretchesOf(beyond), 10)));
+  }
+  if (!absent.empty()) {
+    notes.push_back(fmt::format("corners that are not known have no key: frames {}",
+                                textOf(stretchesOf(absent), 10)));
+  }
 }
 
 }  // namespace
@@ -319,15 +321,18 @@ WriteNotes writeNkPin(const Pin& pin, const PinStyle& style, OutputFile& out) {
   const bool hasPoints = style.nk != PinStyle::Nk::Matrix;
   const bool hasMatrix = style.nk != PinStyle::Nk::Points;
   const std::string name = nodeName(pin.name);
+  WriteNotes notes;
+  if (hasPoints) noteCorners(pin, notes);
+  const Frames matrix = hasMatrix ? transformedFrames(pin, notes) : Frames{};
   Script script(out);
   script.begin(pin.picture);
   script << "# corners: 1 bottom left, 2 bottom right, 3 top right, 4 top left\n";
   if (hasPoints && hasMatrix) script << "# two nodes that do the same: use one of them\n";
   script.head();
-  if (hasPoints) writeNode(script, pin, false, name);
-  if (hasMatrix) writeNode(script, pin, true, hasPoints ? name + "_matrix" : name);
+  if (hasPoints) writeNode(script, pin, {}, name);
+  if (hasMatrix) writeNode(script, pin, matrix, hasPoints ? name + "_matrix" : name);
   script.flush();
-  return hasPoints ? notesOn(pin) : WriteNotes{};
+  return notes;
 }
 
 }  // namespace cornerpin

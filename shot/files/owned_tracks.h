@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -23,9 +24,14 @@ class OwnedTracks {
   std::int32_t track(const std::string& name, const std::string& owner);
 
  private:
+  std::int32_t joined(const std::string& name, const std::string& owner);
+  std::string freeName(const std::string& name, const std::string& owner) const;
+
+  static constexpr char kBetween = '\n';  // is in no name of a camera, clip or node
   TrackBuilder& tracks_;
   std::vector<std::string> owners_;           // of each track, the one that it was met with
   std::unordered_set<std::string> repeated_;  // names that more than one owner has
+  std::unordered_map<std::string, std::int32_t> joined_;  // tracks of these by name and owner
 };
 
 }  // namespace cornerpin

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/files/pin_text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
@@ -20,6 +22,12 @@ bool hasCorners(const PinFrame& frame) {
                      [](Point p) { return std::isfinite(p.x) && std::isfinite(p.y); });
 }
 
+void noteWithoutKey(const std::vector<int>& frames, const char* why, WriteNotes& notes) {
+  if (frames.empty()) return;
+  notes.push_back(
+      fmt::format("no key in {}: {}", textOf(stretchesOf(frames), kNamedStretches), why));
+}
+
 bool isSame(const Quad& a, const Quad& b) {
   return std::equal(a.begin(), a.end(), b.begin(),
                     [](Point p, Point q) { return p.x == q.x && p.y == q.y; });
@@ -29,21 +37,35 @@ bool isSame(const Quad& a, const Quad& b) {
 
 std::vector<const PinFrame*> keyedFrames(const Pin& pin, WriteNotes& notes) {
   std::vector<const PinFrame*> keyed;
-  std::vector<int> others;
+  std::vector<int> beyond;
+  std::vector<int> absent;
   for (const PinFrame& frame : pin.frames) {
     if (hasCorners(frame)) {
       keyed.push_back(&frame);
     } else {
-      others.push_back(frame.frame);
+      (isFinite(frame.h) ? beyond : absent).push_back(frame.frame);
     }
   }
   if (keyed.empty()) {
     throw std::invalid_argument("there is no frame in which all four corners go somewhere");
   }
-  if (!others.empty()) {
-    notes.push_back("no key in " + textOf(stretchesOf(others), kNamedStretches) + ": there a " +
-                    "corner is on or behind the horizon");
+  noteWithoutKey(beyond, "there a corner is on or behind the horizon", notes);
+  noteWithoutKey(absent, "there a corner is not known", notes);
+  return keyed;
+}
+
+std::vector<const PinFrame*> transformedFrames(const Pin& pin, WriteNotes& notes) {
+  std::vector<const PinFrame*> keyed;
+  std::vector<int> others;
+  for (const PinFrame& frame : pin.frames) {
+    if (isFinite(frame.h)) {
+      keyed.push_back(&frame);
+    } else {
+      others.push_back(frame.frame);
+    }
   }
+  if (keyed.empty()) throw std::invalid_argument("there is no frame with a transform");
+  noteWithoutKey(others, "there is no transform", notes);
   return keyed;
 }
 

@@ -14,6 +14,10 @@ namespace cornerpin {
 /// for; a note names the others. Throws `std::invalid_argument` where there is none.
 std::vector<const PinFrame*> keyedFrames(const Pin& pin, WriteNotes& notes);
 
+/// The frames that have a transform; a note names the others. Throws `std::invalid_argument` where
+/// there is none.
+std::vector<const PinFrame*> transformedFrames(const Pin& pin, WriteNotes& notes);
+
 /// Notes, where the rectangle is not `picture`, the whole of it, that the format has no place for
 /// it.
 void noteRectangle(const Pin& pin, const Quad& picture, WriteNotes& notes);

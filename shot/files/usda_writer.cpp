@@ -13,8 +13,6 @@ namespace cornerpin {
 
 namespace {
 
-constexpr std::size_t kNamedStretches = 10;
-
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -55,24 +53,6 @@ std::string extentText(const Quad& quad) {
   const auto [low, high] =
       std::minmax_element(quad.begin(), quad.end(), [](Point a, Point b) { return a.y < b.y; });
   return pointText(left->x, low->y) + ", " + pointText(right->x, high->y);
-}
-
-std::vector<const PinFrame*> framesWithTransforms(const Pin& pin, WriteNotes& notes) {
-  std::vector<const PinFrame*> keyed;
-  std::vector<int> others;
-  for (const PinFrame& frame : pin.frames) {
-    if (isFinite(frame.h)) {
-      keyed.push_back(&frame);
-    } else {
-      others.push_back(frame.frame);
-    }
-  }
-  if (keyed.empty()) throw std::invalid_argument("there is no frame with a transform");
-  if (!others.empty()) {
-    notes.push_back("no key in " + textOf(stretchesOf(others), kNamedStretches) +
-                    ": there is no transform");
-  }
-  return keyed;
 }
 
 void writeHead(const Pin& pin, const PinStyle& style, int first, int last, OutputFile& out) {
@@ -122,7 +102,7 @@ void writeTail(const Quad& from, OutputFile& out) {
 
 WriteNotes writeUsdaPin(const Pin& pin, const PinStyle& style, OutputFile& out) {
   WriteNotes notes;
-  const std::vector<const PinFrame*> frames = framesWithTransforms(pin, notes);
+  const std::vector<const PinFrame*> frames = transformedFrames(pin, notes);
   writeHead(pin, style, frames.front()->frame, frames.back()->frame, out);
   for (const PinFrame* frame : frames) {
     out.write(fmt::format("        {}: {},\n", frame->frame, matrixText(frame->h)));

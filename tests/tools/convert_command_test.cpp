@@ -74,3 +74,46 @@ TEST(ConvertCommand, WritesAResultThatIsOneAgain) {
   EXPECT_TRUE(
       contains(tracks.err, "a result holds no tracks: give --as tracks to cornerpin solve"));
 }
+
+// In the second frame a corner is not there.
+TEST(ConvertCommand, WritesThePinOfAFileWithAGap) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.nk",
+            "CornerPin2D {\n"
+            " to1 {{curve x1 0 x2 1 x3 2} {curve x1 0 x2 1 x3 2}}\n"
+            " to2 {{curve x1 100 x2 101 x3 102} {curve x1 0 x2 1 x3 2}}\n"
+            " to3 {{curve x1 100 x3 102} {curve x1 50 x3 52}}\n"
+            " to4 {{curve x1 0 x2 1 x3 2} {curve x1 50 x2 51 x3 52}}\n"
+            "}\n");
+  const auto converted = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"convert", folder / "a.nk", "-", "--to", "nk", "--size", "100x50"});
+    return cornerpin(more);
+  };
+  const Outcome matrix = converted({"--nk", "matrix"});
+  EXPECT_EQ(matrix.code, 0) << matrix.err;
+  EXPECT_FALSE(contains(matrix.out, "nan")) << matrix.out;
+  EXPECT_TRUE(contains(matrix.out, "{curve L x1 0 x3 2}")) << matrix.out;
+  EXPECT_EQ(matrix.err, "cornerpin: note: -: no key in 2: there is no transform\n");
+  EXPECT_EQ(converted({}).err,
+            "cornerpin: note: -: corners that are not known have no key: frames 2\n");
+  for (const char* kind : {"stabilise", "matrix"}) {
+    const Outcome refused = converted({"--as", kind});
+    EXPECT_EQ(refused.code, 2) << refused.out;
+    EXPECT_TRUE(contains(refused.err, std::string("--as ") + kind + ": ")) << refused.err;
+  }
+}
+
+TEST(ConvertCommand, SaysWhereFramesStayThatTheFormatCountsOtherwise) {
+  const TemporaryFolder folder;
+  const auto notesFor = [&](int frame, std::vector<std::string> more) {
+    writeFile(folder / "a.csv", "track,frame,x,y\na," + std::to_string(frame) + ",1,1\n");
+    more.insert(more.begin(), {"convert", folder / "a.csv", "-", "--to", "points", "--y-up",
+                               "--pixel-center", "0.5"});
+    return cornerpin(more).err;
+  };
+  EXPECT_EQ(notesFor(1001, {}),
+            "cornerpin: note: -: points files count frames from 1, and nothing tells the clip's "
+            "first frame: frames stay as they are, from 1001 on; --first-frame moves them\n");
+  EXPECT_EQ(notesFor(1001, {"--first-frame", "1001"}), "");
+  EXPECT_EQ(notesFor(1, {}), "");
+}

@@ -21,8 +21,10 @@ inline Outcome cornerpin(std::vector<std::string> arguments, const ChildOptions&
   const Outcome run = runProgram(arguments, options);
   keepResult(run.out);
   for (std::size_t i = 1; i < arguments.size(); ++i) {
-    const bool named = arguments[i - 1] == "-o" && std::filesystem::is_regular_file(arguments[i]);
-    if (named && run.code != 1 && run.code != 2) keepResult(readFile(arguments[i]));
+    const bool converted = i == 3 && arguments[1] == "convert";
+    const bool named = arguments[i - 1] == "-o" || converted;
+    if (named && std::filesystem::is_regular_file(arguments[i]) && run.code != 1 && run.code != 2)
+      keepResult(readFile(arguments[i]));
   }
   return run;
 }

@@ -89,7 +89,7 @@ Made convertTracks(const Arguments& arguments, const FileLook& look, FileTalk& t
   const Picture contradicted = tell(tracks, *trace.format, arguments.picture.value());
   const bool asTracks = !trace.isPin || arguments.kind == "tracks";
   const Export what = outputOf(arguments, asTracks ? "tracks" : "pin");
-  if (asTracks != (what.kind == ExportKind::Tracks) || what.kind == ExportKind::Matrix) {
+  if (what.kind != (asTracks ? ExportKind::Tracks : ExportKind::Pin)) {
     throw std::invalid_argument(fmt::format("--as {}: \"{}\" holds {}: leave the option out",
                                             arguments.kind, look.name,
                                             trace.isPin ? "a pin" : "tracks"));

@@ -40,3 +40,15 @@ TEST(WriteJsonTracks, WritesWhatItReads) {
   again.commit();
   EXPECT_EQ(readFile(folder / "again.json"), text);
 }
+
+// In Latin-1: JSON is UTF-8, and a name that is there twice is refused.
+TEST(WriteJsonTracks, KeepsNamesApartThatAreNoUtf8) {
+  const Tracks tracks = tracksIn("track,frame,x,y\na\xE4,1,1,1\na\xF6,1,2,2\n\xC3\xA4,1,3,3\n");
+  const TemporaryFolder folder;
+  OutputFile out(folder / "out.json");
+  EXPECT_EQ(writeJsonTracks(tracks, out),
+            WriteNotes{"2 names are not in UTF-8 and written otherwise"});
+  out.commit();
+  const std::vector<std::string> names = {"a\xEF\xBF\xBD", "a\xEF\xBF\xBD_", "\xC3\xA4"};
+  EXPECT_EQ(tracksIn(readFile(folder / "out.json")).names, names);
+}

@@ -218,7 +218,7 @@ TEST(NkReader, ReadsTheOutputsOfPlanarTrackers) {
   }
 }
 
-TEST(NkReader, PutsTheNodesNameBehindNamesThatRepeat) {
+TEST(NkReader, JoinsTheNodeToNamesThatRepeat) {
   const std::string script = trackerNode("One", row("a", "{curve x1 1}", "{curve x1 1}") +
                                                     row("a", "{curve x1 2}", "{curve x1 2}") +
                                                     row("a", "{curve x1 3}", "{curve x1 3}")) +
@@ -227,11 +227,11 @@ TEST(NkReader, PutsTheNodesNameBehindNamesThatRepeat) {
                              "Tracker3 {\n track1 {{curve x1 6} {curve x1 6}}\n}\n" +
                              "Tracker3 {\n track1 {{curve x1 7} {curve x1 7}}\n}\n";
   const Tracks tracks = tracksIn(script);
-  EXPECT_EQ(tracks.names,
-            (Names{"a", "a One", "a One 2", "a Two", "b", "track1", "track1 Tracker3"}));
-  EXPECT_EQ(rowsOf(tracks, "a One 2")[0].x, 3);
-  EXPECT_EQ(rowsOf(tracks, "a Two")[0].x, 4);
-  EXPECT_EQ(rowsOf(tracks, "track1 Tracker3")[0].x, 7);
+  EXPECT_EQ(tracks.names, (Names{"a@One", "a@One 2", "a@One 3", "a@Two", "b", "track1@Tracker3",
+                                 "track1@Tracker3 2"}));
+  EXPECT_EQ(rowsOf(tracks, "a@One 3")[0].x, 3);
+  EXPECT_EQ(rowsOf(tracks, "a@Two")[0].x, 4);
+  EXPECT_EQ(rowsOf(tracks, "track1@Tracker3 2")[0].x, 7);
 }
 
 TEST(NkReader, TakesNamesAsPeopleMeanThem) {

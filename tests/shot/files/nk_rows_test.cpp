@@ -36,19 +36,19 @@ using Names = std::vector<std::string>;
 
 }  // namespace
 
-TEST(NkRows, PutTheNodeAndANumberBehindNamesThatAreTaken) {
+TEST(NkRows, JoinTheNodeAndANumberToNamesThatRepeat) {
   const NodeKey key{1.0, 2.0, 3, 1.0f};
   const Tracks tracks = built([&](NkRows& rows) {
     add(rows, "a", "n", key);
     add(rows, "a", "n", key);
-    add(rows, "a n 2", "n", key);  // taken before a number comes to it
+    add(rows, "a@n 2", "n", key);  // taken by the second one
     add(rows, "a", "n", key);
     rows.flush();
     add(rows, "a", "m", key);
     rows.flush();
     rows.flush();
   });
-  EXPECT_EQ(tracks.names, (Names{"a", "a m", "a n", "a n 2", "a n 3"}));
+  EXPECT_EQ(tracks.names, (Names{"a@m", "a@n", "a@n 2@n", "a@n 2@n 2", "a@n 3"}));
   EXPECT_EQ(tracks.observations.size(), 5u);
 }
 

@@ -28,3 +28,18 @@ TEST(OwnedTracks, HaveTheirOwnersInTheirNamesOnlyWhereThatIsNeeded) {
   EXPECT_FALSE(builder.has("a"));
   EXPECT_EQ(builder.finish().names, (std::vector<std::string>{"a@1", "a@2", "a@3", "b"}));
 }
+
+TEST(OwnedTracks, DoNotTakeTheNamesOfOthers) {
+  TrackBuilder builder("f", {});
+  OwnedTracks tracks(builder);
+  std::vector<std::int32_t> all = {tracks.track("a@1", "1"), tracks.track("a", "1"),
+                                   tracks.track("a", "2")};
+  EXPECT_EQ(tracks.track("a", "1"), all[1]);
+  EXPECT_EQ(tracks.track("a@1", "1"), all[0]);
+  Observation row;
+  for (const std::int32_t track : all) {
+    row.track = track;
+    builder.add(row);
+  }
+  EXPECT_EQ(builder.finish().names, (std::vector<std::string>{"a@1", "a@1_", "a@2"}));
+}

@@ -34,6 +34,32 @@ TEST(KeyedFrames, AreThoseWithFourCorners) {
   EXPECT_EQ(notes, WriteNotes{"no key in 2-3, 5: there a corner is on or behind the horizon"});
 }
 
+TEST(KeyedFrames, AreTheOthersThanThoseWithUnknownCorners) {
+  Pin pin = stillPin(3);
+  pin.frames[0].to[0].x = made::kNan;
+  pin.frames[2].to[1].x = made::kNan;
+  pin.frames[2].h[0][0] = made::kNan;
+  WriteNotes notes;
+  EXPECT_EQ(keyedFrames(pin, notes).size(), 1u);
+  EXPECT_EQ(notes, (WriteNotes{"no key in 1: there a corner is on or behind the horizon",
+                               "no key in 3: there a corner is not known"}));
+}
+
+TEST(TransformedFrames, AreThoseWithATransform) {
+  Pin pin = stillPin(3);
+  pin.frames[0].to[0].x = made::kNan;
+  pin.frames[1].h[2][1] = made::kNan;
+  WriteNotes notes;
+  const std::vector<const PinFrame*> frames = transformedFrames(pin, notes);
+  ASSERT_EQ(frames.size(), 2u);
+  EXPECT_EQ(frames[0]->frame, 1);
+  EXPECT_EQ(frames[1]->frame, 3);
+  EXPECT_EQ(notes, WriteNotes{"no key in 2: there is no transform"});
+  pin.frames.erase(pin.frames.begin());
+  pin.frames.pop_back();
+  EXPECT_THROW(transformedFrames(pin, notes), std::invalid_argument);
+}
+
 TEST(KeyedFrames, AreSaidNothingOfWhereAllAreThere) {
   WriteNotes notes;
   EXPECT_EQ(keyedFrames(stillPin(3), notes).size(), 3u);
