@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "shot/files/input_error.h"
+#include "shot/files/json_characters.h"
 #include "shot/files/number_text.h"
 #include "shot/files/provenance_json.h"
 #include "shot/files/track_builder.h"
@@ -23,65 +23,13 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::size_t kBlock = std::size_t{64} * 1024;
 constexpr std::size_t kReported = 65536;  // rows between two reports
-
-// The bytes of a source one by one, and the line that has been come to.
-class Characters {
- public:
-  explicit Characters(ByteSource& source) : source_(source), block_(kBlock, '\0') { fill(); }
-
-  bool atEnd() const { return next_ == filled_; }
-  char character() const { return block_[next_]; }
-  void advance() {
-    line_ += block_[next_] == '\n' ? 1 : 0;
-    if (++next_ == filled_) fill();
-  }
-  std::uint32_t line() const { return line_; }
-  const std::string& file() const { return source_.name(); }
-
- private:
-  void fill() {
-    next_ = 0;
-    filled_ = source_.read(block_.data(), block_.size());
-  }
-
-  ByteSource& source_;
-  std::string block_;
-  std::size_t next_ = 0;
-  std::size_t filled_ = 0;
-  std::uint32_t line_ = 1;
-};
-
-// The same for a parser that wants iterators.
-class CharacterIterator {
- public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = char;
-  using difference_type = std::ptrdiff_t;
-  using pointer = const char*;
-  using reference = char;
-
-  explicit CharacterIterator(Characters* characters) : characters_(characters) {}
-  char operator*() const { return characters_->character(); }
-  CharacterIterator& operator++() {
-    characters_->advance();
-    return *this;
-  }
-  // Two of them differ in whether there is anything left.
-  bool operator==(const CharacterIterator& other) const { return atEnd() == other.atEnd(); }
-  bool operator!=(const CharacterIterator& other) const { return !(*this == other); }
-
- private:
-  bool atEnd() const { return characters_ == nullptr || characters_->atEnd(); }
-  Characters* characters_;
-};
 
 // Takes the tracks from the parser's events, in memory for one row; the picture is put together as
 // a whole.
 class TrackEvents {
  public:
-  TrackEvents(const TrackInput& input, const Characters& characters)
+  TrackEvents(const TrackInput& input, JsonCharacters& characters)
       : input_(input), characters_(characters), tracks_(input.source.name(), input.frames) {}
 
   Tracks finish() {
@@ -113,6 +61,7 @@ class TrackEvents {
   bool binary(Json::binary_t&) { return true; }
 
   bool key(std::string& name) {
+    characters_.noteEnd();
     key_ = name;
     return true;
   }
@@ -169,10 +118,7 @@ class TrackEvents {
   }
 
   bool parse_error(std::size_t, const std::string&, const Json::exception& error) {
-    // The parser's own text has its name and place in front.
-    const std::string text = error.what();
-    const std::size_t colon = text.find(": ");
-    refuse("not JSON: " + (colon == std::string::npos ? text : text.substr(colon + 2)));
+    refuse("not JSON: " + jsonFlaw(error));
   }
 
  private:
@@ -181,11 +127,13 @@ class TrackEvents {
 
   Where where() const { return path_.empty() ? Where::Outside : path_.back(); }
   bool enter(Where where) {
+    characters_.noteEnd();
     if (path_.size() == kDeepest) refuse("lists and objects are nested too deep");
     path_.push_back(where);
     return true;
   }
   bool leave() {
+    characters_.noteEnd();
     path_.pop_back();
     return true;
   }
@@ -198,12 +146,19 @@ class TrackEvents {
   }
 
   bool value(const Json& value) {
-    if (where() == Where::Picture) pictureFields_[key_] = value;
+    characters_.noteEnd();
+    if (where() == Where::Picture) pictureField(value);
     if (where() == Where::Row) return rowGap(value);
     if (where() == Where::Positions || where() == Where::Tracks || where() == Where::Outside)
       refuse(fmt::format("{} stands where none belongs", value.dump()));
     if (where() == Where::Whole && key_ == kTracksField) takeVersion(value);
     return true;
+  }
+
+  void pictureField(const Json& value) {
+    constexpr std::size_t kMost = 100;
+    if (pictureFields_.size() == kMost) refuse("the picture has too many members");
+    pictureFields_[key_] = value;
   }
 
   void takeVersion(const Json& value) {
@@ -212,6 +167,7 @@ class TrackEvents {
   }
 
   bool name(const std::string& text) {
+    characters_.noteEnd();
     if (text.empty()) refuse("a track needs a name, not \"\"");
     if (tracks_.has(text)) refuse(fmt::format("track {} is there twice", shown(text)));
     track_ = tracks_.track(text);
@@ -226,6 +182,7 @@ class TrackEvents {
   }
 
   bool rowNumber(double number) {
+    characters_.noteEnd();
     if (count_ == row_.size()) refuseRow("has more than four numbers");
     row_[count_++] = number;
     return true;
@@ -264,7 +221,7 @@ class TrackEvents {
   }
 
   const TrackInput& input_;
-  const Characters& characters_;
+  JsonCharacters& characters_;
   TrackBuilder tracks_;
   std::vector<Where> path_;
   std::string key_;
@@ -296,9 +253,9 @@ std::string otherThanTracks(std::string_view beginning) {
 }
 
 Tracks readJson(const TrackInput& input) {
-  Characters characters(input.source);
+  JsonCharacters characters(input.source);
   TrackEvents events(input, characters);
-  Json::sax_parse(CharacterIterator(&characters), CharacterIterator(nullptr), &events);
+  Json::sax_parse(JsonCharacterIterator(&characters), JsonCharacterIterator(nullptr), &events);
   return events.finish();
 }
 

@@ -4,7 +4,6 @@
 #include "shot/files/byte_source.h"
 #include "shot/files/file_kind.h"
 #include "shot/files/input_error.h"
-#include "shot/files/json_field.h"
 #include "shot/files/json_reader.h"
 #include "shot/files/track_input.h"
 #include "shot/files/uv_json.h"
@@ -59,8 +58,7 @@ Tracks readTracks(const std::string& path, const Progress& progress, const Frame
     throw InputError(source.name(), other);
   }
   noted.format = Format::Uv;
-  const JsonFile file(source);
-  return readUvJson(file.whole(), input);
+  return readUvJson(input);
 }
 
 }  // namespace cornerpin

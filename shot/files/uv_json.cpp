@@ -3,13 +3,18 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "shot/files/format.h"
+#include "shot/files/json_characters.h"
+#include "shot/files/json_field.h"
 #include "shot/files/owned_tracks.h"
 #include "shot/files/track_builder.h"
 
@@ -20,19 +25,28 @@ namespace {
 constexpr const char* kPoints = "points";
 constexpr const char* kFrames = "per_frame";
 constexpr std::array<const char*, 3> kPositions = {"pos_dist", "pos", "pos_undist"};
+constexpr std::size_t kCoordinates = 2;
 
 // In single precision, in which the library computes.
 constexpr double kLargest = static_cast<double>(std::numeric_limits<float>::max());
 
-class UvJsonReader {
- public:
-  UvJsonReader(const JsonField& whole, const TrackInput& input)
-      : whole_(whole), input_(input), tracks_(input.source.name(), input.frames), owned_(tracks_) {}
+using Json = nlohmann::json;
 
-  Tracks read() {
-    leaveOut(whole_, {kPoints, "version"});
-    const JsonField points = whole_.at(kPoints);
-    for (std::size_t i = 0; i < points.size(); ++i) readPoint(points.at(i));
+bool isPosition(const std::string& name) {
+  return std::find(kPositions.begin(), kPositions.end(), name) != kPositions.end();
+}
+
+// Takes the tracks from the parser's events, in memory for the rows of one point.
+class UvJsonEvents {
+ public:
+  UvJsonEvents(const TrackInput& input, JsonCharacters& characters)
+      : input_(input),
+        characters_(characters),
+        tracks_(input.source.name(), input.frames),
+        owned_(tracks_) {}
+
+  Tracks finish() {
+    if (!hasPoints_) refuse(kPoints, "missing");
     noteLeftOut();
     input_.trace.rows = static_cast<std::int64_t>(tracks_.rows());
     Tracks tracks = tracks_.finish();
@@ -40,36 +54,178 @@ class UvJsonReader {
     return tracks;
   }
 
+  bool null() { return value(Json()); }
+  bool boolean(bool flag) { return value(Json(flag)); }
+  bool number_integer(Json::number_integer_t number) { return value(Json(number)); }
+  bool number_unsigned(Json::number_unsigned_t number) { return value(Json(number)); }
+  bool number_float(Json::number_float_t number, const std::string&) { return value(Json(number)); }
+  bool string(std::string& text) { return value(Json(text)); }
+  bool binary(Json::binary_t&) { return true; }
+
+  bool key(std::string& name) {
+    characters_.noteEnd();
+    key_ = name;
+    if (!isRead()) leaveOut(name);
+    return true;
+  }
+
+  bool start_object(std::size_t) {
+    switch (where()) {
+      case Where::Outside:
+        return enter(Where::Whole);
+      case Where::Points:
+        point_ = Json::object();
+        hasFrames_ = false;
+        return enter(Where::Point);
+      case Where::Frames:
+        row_ = Json::object();
+        return enter(Where::Frame);
+      default:
+        value(Json::object());
+        return enter(Where::Skipped);
+    }
+  }
+  bool end_object() {
+    if (where() == Where::Frame) endFrame();
+    if (where() == Where::Point) endPoint();
+    return leave();
+  }
+
+  bool start_array(std::size_t) {
+    if (where() == Where::Whole && key_ == kPoints) return enterOnce(hasPoints_, Where::Points);
+    if (where() == Where::Point && key_ == kFrames) return enterOnce(hasFrames_, Where::Frames);
+    value(Json::array());
+    return enter(where() == Where::Frame && isPosition(key_) ? Where::Place : Where::Skipped);
+  }
+  bool end_array() { return leave(); }
+
+  bool parse_error(std::size_t, const std::string&, const Json::exception& error) {
+    throw InputError(characters_.file(), characters_.line(), "not JSON: " + jsonFlaw(error));
+  }
+
  private:
-  void readPoint(const JsonField& point) {
-    leaveOut(point, {"name", "set_name", kFrames});
-    const std::string name = point.at("name").text();
-    if (name.empty()) point.at("name").refuse("a name is needed");
-    const std::string owner = point.has("set_name") ? point.at("set_name").text() : "";
-    const JsonField frames = point.at(kFrames);
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-      try {
-        readFrame(frames.at(i), name, owner);
-      } catch (const InputError& error) {
-        tracks_.refuse(error);
-      }
+  enum class Where : char { Outside, Whole, Points, Point, Frames, Frame, Place, Skipped };
+  static constexpr std::size_t kDeepest = 1000;
+  static constexpr std::size_t kReported = 65536;  // rows between two reports
+
+  Where where() const { return path_.empty() ? Where::Outside : path_.back(); }
+  bool enter(Where where) {
+    characters_.noteEnd();
+    if (path_.size() == kDeepest) {
+      throw InputError(characters_.file(), characters_.line(),
+                       "lists and objects are nested too deep");
+    }
+    path_.push_back(where);
+    return true;
+  }
+  bool enterOnce(bool& has, Where where) {
+    if (has) refuse(memberPlace(), "there twice");
+    has = true;
+    (where == Where::Points ? points_ : frames_) = 0;
+    return enter(where);
+  }
+  bool leave() {
+    characters_.noteEnd();
+    path_.pop_back();
+    return true;
+  }
+
+  std::string pointPlace() const { return fmt::format("{}[{}]", kPoints, points_); }
+  std::string framePlace() const {
+    return fmt::format("{}.{}[{}]", pointPlace(), kFrames, frames_);
+  }
+  std::string memberPlace() const {
+    return where() == Where::Point ? pointPlace() + "." + key_ : key_;
+  }
+  [[noreturn]] void refuse(const std::string& place, const char* text) const {
+    JsonField(Json(), characters_.file(), place).refuse(text);
+  }
+
+  // Whether the member is one that is read.
+  bool isRead() const {
+    switch (where()) {
+      case Where::Whole:
+        return key_ == kPoints || key_ == "version";
+      case Where::Point:
+        return key_ == "name" || key_ == "set_name" || key_ == kFrames;
+      case Where::Frame:
+        return key_ == "frame" || key_ == "weight" || isPosition(key_);
+      default:
+        return true;
     }
   }
 
-  void readFrame(const JsonField& frame, const std::string& name, const std::string& owner) {
+  // Of lists and objects whether they are empty or not makes no difference.
+  bool value(Json value) {
+    characters_.noteEnd();
+    switch (where()) {
+      case Where::Outside:
+        refuse("", "an object is needed");
+      case Where::Whole:
+        if (key_ == kPoints) refuse(kPoints, "a list is needed");
+        break;
+      case Where::Points:
+        refuse(pointPlace(), "an object is needed");
+      case Where::Point:
+        if (key_ == kFrames) refuse(memberPlace(), "a list is needed");
+        if (isRead()) point_[key_] = std::move(value);
+        break;
+      case Where::Frames:
+        row_ = std::move(value);
+        endFrame();
+        break;
+      case Where::Frame:
+        if (isRead()) row_[key_] = std::move(value);
+        break;
+      case Where::Place:
+        if (row_[key_].size() <= kCoordinates) row_[key_].push_back(std::move(value));
+        break;
+      case Where::Skipped:
+        break;
+    }
+    return true;
+  }
+
+  void endFrame() {
+    try {
+      readFrame({row_, characters_.file(), framePlace()});
+    } catch (const InputError& error) {
+      tracks_.refuse(error);
+    }
+    ++frames_;
+  }
+
+  void endPoint() {
+    const JsonField point(point_, characters_.file(), pointPlace());
+    const std::string& name = point.at("name").text();
+    if (name.empty()) point.at("name").refuse("a name is needed");
+    const std::string owner = point.has("set_name") ? point.at("set_name").text() : "";
+    if (!hasFrames_) refuse(pointPlace() + "." + kFrames, "missing");
+    const std::int32_t track = rows_.empty() ? 0 : owned_.track(name, owner);
+    for (Observation& row : rows_) {
+      row.track = track;
+      tracks_.add(row);
+      if (tracks_.rows() % kReported == 0) input_.report();
+    }
+    rows_.clear();
+    ++points_;
+  }
+
+  void readFrame(const JsonField& frame) {
     const char* position = positionOf(frame);
-    leaveOut(frame, {"frame", "weight", position});
+    for (const char* other : kPositions) {
+      if (other != position && frame.has(other)) leaveOut(other);
+    }
     Observation row;
+    row.line = characters_.line();
     row.frame = frame.at("frame").integer();
     const JsonField place = frame.at(position);
-    place.list(2);
+    place.list(kCoordinates);
     row.x = numberOf(place.at(0));
     row.y = numberOf(place.at(1));
     if (frame.has("weight")) row.weight = static_cast<float>(weightOf(frame.at("weight")));
     if (std::isnan(row.x) != std::isnan(row.y)) place.refuse("of a gap both are NaN or null");
-    if (std::isnan(row.x)) return;
-    row.track = owned_.track(name, owner);
-    tracks_.add(row);
+    if (!std::isnan(row.x)) rows_.push_back(row);
   }
 
   static const char* positionOf(const JsonField& frame) {
@@ -92,14 +248,8 @@ class UvJsonReader {
     return weight;
   }
 
-  // All members but these.
-  void leaveOut(const JsonField& field, std::initializer_list<const char*> read) {
-    if (!field.isObject()) field.refuse("an object is needed");
-    for (auto member = field.json().begin(); member != field.json().end(); ++member) {
-      bool isRead = false;
-      for (const char* name : read) isRead = isRead || member.key() == name;
-      if (!isRead && leftOut_.size() <= kNoted) leftOut_.insert(member.key());
-    }
+  void leaveOut(const std::string& name) {
+    if (leftOut_.size() <= kNoted) leftOut_.insert(name);
   }
 
   void noteLeftOut() {
@@ -116,24 +266,30 @@ class UvJsonReader {
 
   static constexpr std::size_t kNoted = 10;
 
-  const JsonField& whole_;
   const TrackInput& input_;
+  JsonCharacters& characters_;
   TrackBuilder tracks_;
   OwnedTracks owned_;
+  std::vector<Where> path_;
+  std::string key_;
+  bool hasPoints_ = false;
+  bool hasFrames_ = false;       // the point
+  std::size_t points_ = 0;       // that have ended
+  std::size_t frames_ = 0;       // of the point
+  Json point_ = Json::object();  // its name and set
+  Json row_;                     // what is read of the members of a frame
+  std::vector<Observation> rows_;
   std::set<std::string> leftOut_;
 };
 
 }  // namespace
 
-bool isUvJson(const JsonField& whole) {
-  if (!whole.isObject() || !whole.has("version") || !whole.has(kPoints)) return false;
-  const nlohmann::json& points = whole.json()[kPoints];
-  if (!points.is_array()) return false;
-  return points.empty() || (points[0].is_object() && points[0].contains(kFrames));
-}
-
-Tracks readUvJson(const JsonField& whole, const TrackInput& input) {
-  return UvJsonReader(whole, input).read();
+Tracks readUvJson(const TrackInput& input) {
+  input.report();
+  JsonCharacters characters(input.source);
+  UvJsonEvents events(input, characters);
+  Json::sax_parse(JsonCharacterIterator(&characters), JsonCharacterIterator(nullptr), &events);
+  return events.finish();
 }
 
 }  // namespace cornerpin

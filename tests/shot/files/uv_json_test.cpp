@@ -16,19 +16,17 @@ namespace {
 Tracks readJson(const std::string& text, ReadTrace* trace = nullptr) {
   const TemporaryFolder folder;
   writeFile(folder / "in.json", text);
-  const JsonFile file(folder / "in.json");
-  EXPECT_TRUE(isUvJson(file.whole()));
   ByteSource source(folder / "in.json");
   ReadTrace nobody;
   const Progress progress;
   const FrameRange frames;
-  return readUvJson(file.whole(), {source, progress, frames, trace != nullptr ? *trace : nobody});
+  return readUvJson({source, progress, frames, trace != nullptr ? *trace : nobody});
 }
 
-// What is said of one point with these frames, behind the file's name.
-std::string refusal(const std::string& frames) {
+// What is said of a text, behind the file's name.
+std::string refusalOfAll(const std::string& text) {
   try {
-    readJson("{\"version\": 2, \"points\": [{\"name\": \"a\", \"per_frame\": [" + frames + "]}]}");
+    readJson(text);
   } catch (const InputError& error) {
     const std::string message = error.what();
     return message.substr(message.find("in.json") + 7);
@@ -36,10 +34,10 @@ std::string refusal(const std::string& frames) {
   return "";
 }
 
-bool isUv(const std::string& text) {
-  const nlohmann::json json = nlohmann::json::parse(text);
-  const std::string file = "f";
-  return isUvJson({json, file});
+// The same of one point with these frames.
+std::string refusal(const std::string& frames) {
+  return refusalOfAll("{\"version\": 2, \"points\": [{\"name\": \"a\", \"per_frame\": [" + frames +
+                      "]}]}");
 }
 
 }  // namespace
@@ -69,24 +67,62 @@ TEST(ReadUvJson, ReadsPositionsAndWeightsAndSaysWhatIsLeftOut) {
   EXPECT_NE(trace.notes[0].find(": left out: camera, id, pos_undist"), std::string::npos);
 }
 
-TEST(ReadUvJson, KnowsItsFilesByTheirShape) {
-  EXPECT_TRUE(isUv(R"({"version": 2, "points": []})"));
-  EXPECT_TRUE(isUv(R"({"version": 2, "points": [{"per_frame": 1}]})"));
-  for (const char* other :
-       {R"([])", R"({"points": []})", R"({"version": 2})", R"({"version": 2, "points": 1})",
-        R"({"version": 2, "points": [1]})", R"({"version": 2, "points": [{"name": "a"}]})"}) {
-    EXPECT_FALSE(isUv(other)) << other;
-  }
+TEST(ReadUvJson, RefusesWhatHasAnotherShape) {
+  EXPECT_EQ(refusalOfAll("[]"), ": an object is needed");
+  EXPECT_EQ(refusalOfAll("1"), ": an object is needed");
+  EXPECT_EQ(refusalOfAll(R"({"version": 2})"), ": points: missing");
+  EXPECT_EQ(refusalOfAll(R"({"points": 1})"), ": points: a list is needed");
+  EXPECT_EQ(refusalOfAll(R"({"points": {}})"), ": points: a list is needed");
+  EXPECT_EQ(refusalOfAll(R"({"points": [], "points": []})"), ": points: there twice");
+  EXPECT_EQ(refusalOfAll(R"({"points": [1]})"), ": points[0]: an object is needed");
+  EXPECT_EQ(refusalOfAll(R"({"points": [[]]})"), ": points[0]: an object is needed");
+  const std::string place = ": points[1]";
+  const auto second = [](const std::string& members) {
+    return refusalOfAll(R"({"points": [{"name": "a", "per_frame": []}, {)" + members + "}]}");
+  };
+  EXPECT_EQ(second(R"("per_frame": [])"), place + ".name: missing");
+  EXPECT_EQ(second(R"("per_frame": [], "name": 1)"), place + ".name: a text is needed");
+  EXPECT_EQ(second(R"("per_frame": [], "name": {})"), place + ".name: a text is needed");
+  EXPECT_EQ(second(R"("per_frame": [], "name": "")"), place + ".name: a name is needed");
+  EXPECT_EQ(second(R"("per_frame": [], "name": "a", "set_name": 2)"),
+            place + ".set_name: a text is needed");
+  EXPECT_EQ(second(R"("name": "a")"), place + ".per_frame: missing");
+  EXPECT_EQ(second(R"("name": "a", "per_frame": 1)"), place + ".per_frame: a list is needed");
+  EXPECT_EQ(second(R"("name": "a", "per_frame": {})"), place + ".per_frame: a list is needed");
+  EXPECT_EQ(second(R"("name": "a", "per_frame": [], "per_frame": [])"),
+            place + ".per_frame: there twice");
+}
+
+TEST(ReadUvJson, TakesANameBehindTheFrames) {
+  const Tracks tracks = readJson(
+      R"({"points": [{"per_frame": [{"pos": [1, 2], "frame": 3, "frame": 4}], "name": "a"}]})");
+  EXPECT_EQ(rowsOf(tracks), (std::vector<ReadRow>{{"a", 4, 1.0, 2.0}}));
+}
+
+TEST(ReadUvJson, RefusesWhatIsNoJsonWithItsLine) {
+  EXPECT_EQ(refusalOfAll("{\n\"points\": [}").substr(0, 12), ":2: not JSON");
+  EXPECT_EQ(refusalOfAll("{\"points\": [\n]").substr(0, 12), ":2: not JSON");
+  EXPECT_EQ(refusalOfAll("{\"points\": []}\n{").substr(0, 12), ":2: not JSON");
+  EXPECT_EQ(refusalOfAll("{\"points\": 1e400}").substr(0, 12), ":1: not JSON");
+  EXPECT_EQ(refusalOfAll(std::string(2000, '[')), ": an object is needed");
+  EXPECT_EQ(refusalOfAll("{\"x\":" + std::string(2000, '[')),
+            ":1: lists and objects are nested too deep");
 }
 
 TEST(ReadUvJson, RefusesWithThePlaceInTheFile) {
   const std::string place = ": points[0].per_frame[0]";
   EXPECT_EQ(refusal(""), ": no track is in it");
   EXPECT_EQ(refusal("1"), place + ": an object is needed");
+  EXPECT_EQ(refusal("[]"), place + ": an object is needed");
   EXPECT_EQ(refusal(R"({"frame": 1})"), place + ".pos: missing");
   EXPECT_EQ(refusal(R"({"frame": 1.5, "pos": [1, 2]})"),
             place + ".frame: a whole number of 32 bits is needed");
   EXPECT_EQ(refusal(R"({"frame": 1, "pos": [1]})"), place + ".pos: a list of 2 is needed");
+  EXPECT_EQ(refusal(R"({"frame": 1, "pos": [1, 2, 3, 4]})"), place + ".pos: a list of 2 is needed");
+  EXPECT_EQ(refusal(R"({"frame": 1, "pos": {}})"), place + ".pos: a list of 2 is needed");
+  EXPECT_EQ(refusal(R"({"frame": 1, "pos": [1, [2]]})"), place + ".pos[1]: a number is needed");
+  EXPECT_EQ(refusal(R"({"frame": {"frame": 1}, "pos": [1, 2]})"),
+            place + ".frame: a whole number of 32 bits is needed");
   EXPECT_EQ(refusal(R"({"frame": 1, "pos": [1, "x"]})"), place + ".pos[1]: a number is needed");
   EXPECT_EQ(refusal(R"({"frame": 1, "pos": [1, 4e38]})"),
             place + ".pos[1]: the number is too large");
