@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -174,17 +173,26 @@ inline Places numbersInJson(const std::string& text) {
 // Of curves that have a frame in front of each value.
 inline Places numbersInNode(const std::string& text) {
   Places numbers;
-  const std::regex row("\"(\\w+)\" \\{curve([^}]*)\\} \\{curve([^}]*)\\}");
-  for (std::sregex_iterator found(text.begin(), text.end(), row), end; found != end; ++found) {
-    const std::vector<std::string> x = split((*found)[2], " ");
-    const std::vector<std::string> y = split((*found)[3], " ");
+  std::size_t at = 0;
+  // The text behind `opening`, up to `closing`; empty where there is none.
+  const auto next = [&](const std::string& opening, char closing) {
+    const std::size_t begin = text.find(opening, at);
+    if (begin == std::string::npos) return std::string();
+    const std::size_t first = begin + opening.size();
+    at = text.find(closing, first);
+    return text.substr(first, at - first);
+  };
+  // A row is {enable} "name" {x} {y} ..., the enable curve alone in front of a name.
+  for (;;) {
+    const std::string name = next("} \"", '"');
+    if (name.empty()) return numbers;
+    const std::vector<std::string> x = split(next("{curve", '}'), " ");
+    const std::vector<std::string> y = split(next("{curve", '}'), " ");
     for (std::size_t i = 1; i + 1 < x.size(); i += 2) {
       if (x[i] != y.at(i)) throw std::runtime_error("keys in " + x[i] + " and " + y[i]);
-      numbers[{(*found)[1], std::stoi(x[i].substr(1))}] = {std::stod(x[i + 1]),
-                                                           std::stod(y.at(i + 1))};
+      numbers[{name, std::stoi(x[i].substr(1))}] = {std::stod(x[i + 1]), std::stod(y.at(i + 1))};
     }
   }
-  return numbers;
 }
 
 /// The numbers that a file has, of those that the program writes.
