@@ -150,7 +150,8 @@ TEST(KeepsKnown, SparesTheSamples) {
     matches.add({base, {base.x + random.normalLength(kNoise) - kNoise, base.y}});
   }
   const std::vector<Start> starts = {{Stage::Neighbour, kIdentity}};
-  MixtureSearch search(matches, {});
+  const Prior prior;
+  MixtureSearch search(matches, prior);
   search.from(starts.front());
   ASSERT_TRUE(search.found());
   const double sigma = search.best().errors.sigma();

@@ -73,14 +73,15 @@ TEST(HasRival, GoesByWhatFramesBeforeSayOfTheTracks) {
 
 // Among the strays there is nothing but what leads back.
 TEST(HasRivalOrBetter, IsSoToo) {
+  const Prior prior;  // looked at as long as there is a search
   const Matches rivals = groups(20, 20, 0, 1);
-  MixtureSearch ofRivals(rivals, {});
+  MixtureSearch ofRivals(rivals, prior);
   ofRivals.fromSamples(1);
   int back = 0;
   EXPECT_TRUE(hasRivalOrBetter(rivals, ofRivals.best(), {}, 1));
   for (std::uint32_t seed = 1; seed <= kShots; ++seed) {
     const Matches matches = groups(20, 0, 40, seed);
-    MixtureSearch search(matches, {});
+    MixtureSearch search(matches, prior);
     search.fromSamples(1);
     MixtureFit best = search.best();
     EXPECT_FALSE(hasRivalOrBetter(matches, best, {}, 1)) << seed;
