@@ -195,7 +195,7 @@ class Search {
 
   // The simplest candidate, of which one with more parts leaves at most half as much.
   Candidate simplest() {
-    const Candidate plain = plainly();
+    Candidate plain = plainly();
     if (plain.left == 0.0) return plain;
     candidates_ = {plain};
     tryAll();

@@ -150,6 +150,7 @@ std::vector<int> electedShifts(const Tracks& first, const Tracks& second, const 
   std::map<int, int> votes;
   for (std::size_t i = 0; i < motions.size(); ++i) vote(motions[i], others[i], allowed, votes);
   std::vector<std::pair<int, int>> ranked;
+  ranked.reserve(votes.size());
   for (const auto& [shift, count_] : votes) ranked.emplace_back(-count_, shift);
   std::sort(ranked.begin(), ranked.end());
   std::vector<int> shifts;
