@@ -175,15 +175,15 @@ class Rz2Reader {
     lastSkipped_ = file_.lines.line();
   }
 
-  // What stands between a block's word and its brace; the name, or one with a number where there is
-  // none.
+  // What stands between a block's word and its brace; the name, or its number where there is
+  // none or it is empty.
   std::string takeHeader(std::size_t number) {
     const std::uint32_t begun = file_.lines.line();
     std::string name = fmt::format("{}", number);
     bool isNamed = false;
     for (words_.require(begun, "block"); !words_.is("{"); words_.require(begun, "block")) {
       if (words_.is("(")) words_.skip("(", ")", "bracket");
-      if (words_.isText() && !isNamed) name = words_.word();
+      if (words_.isText() && !isNamed && !words_.word().empty()) name = words_.word();
       isNamed = isNamed || words_.isText();
     }
     return name;

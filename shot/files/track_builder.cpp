@@ -42,6 +42,7 @@ Tracks TrackBuilder::finish(Repeats repeats) {
 }
 
 std::size_t TrackBuilder::indexOf(std::string_view name) {
+  refuseZero(name);
   name_.assign(name);
   const auto [entry, isNew] = indices_.try_emplace(name_, tracks_.names.size());
   if (isNew) {
@@ -51,7 +52,16 @@ std::size_t TrackBuilder::indexOf(std::string_view name) {
   return entry->second;
 }
 
+void TrackBuilder::refuseZero(std::string_view name) const {
+  if (name.find('\0') == std::string_view::npos) return;
+  throw InputError(file_,
+                   fmt::format("the name {} of a track has a zero byte in it: is this a text "
+                               "file?",
+                               shown(name)));
+}
+
 void TrackBuilder::rename(std::int32_t track, const std::string& name) {
+  refuseZero(name);
   std::string& held = tracks_.names[static_cast<std::size_t>(track)];
   indices_.erase(held);
   indices_.emplace(name, static_cast<std::size_t>(track));

@@ -34,7 +34,8 @@ class TrackBuilder {
 
   /// The number of the track with this name, which is a new one where it has not been met. Tracks
   /// mostly come in the order of the frame before, or one stays for many rows: the track that
-  /// followed the last one when that was met before is guessed, and itself where none did.
+  /// followed the last one when that was met before is guessed, and itself where none did. A name
+  /// with a zero in it throws `InputError`: no text has one, and no file of tracks could carry it.
   std::int32_t track(std::string_view name) {
     if (tracks_.names.empty() || tracks_.names[followers_[last_]] != name) {
       const std::size_t index = indexOf(name);
@@ -72,6 +73,7 @@ class TrackBuilder {
 
  private:
   std::size_t indexOf(std::string_view name);
+  void refuseZero(std::string_view name) const;
   void refuseFurthest() const;
   void refuseFarFrames() const;
   void leaveOutFarFrames();

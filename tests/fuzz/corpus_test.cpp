@@ -22,6 +22,8 @@ std::vector<std::filesystem::path> filesIn(const std::filesystem::path& folder) 
   return paths;
 }
 
+constexpr std::size_t kSmall = 4000;  // bytes
+
 class FuzzCorpus : public ::testing::TestWithParam<FuzzedReader> {};
 
 }  // namespace
@@ -48,17 +50,18 @@ TEST_P(FuzzCorpus, OfOtherFormatsBreaksNothing) {
   }
 }
 
-// Writing takes its time: what is left is written where it ends at every tenth byte.
+// Of small files. Writing takes its time: what is left is written where it ends at every 25th byte.
 TEST_P(FuzzCorpus, MayBeCutOffAnywhere) {
   const std::filesystem::path corpus = CORNERPIN_FUZZ_CORPUS;
   for (const auto& path : filesIn(corpus / GetParam().word)) {
     const std::string text = readFile(path.string());
+    if (text.size() > kSmall) continue;
     for (std::size_t length = 0; length < text.size(); ++length) {
       const std::string part = text.substr(0, length);
       ReadTrace trace;
       trace.format = GetParam().format;
       EXPECT_NO_THROW(refusalOf(part, &trace)) << path << ", " << length << " bytes of it";
-      if (length % 10 != 0) continue;
+      if (length % 25 != 0) continue;
       EXPECT_EQ(roundTrip(GetParam().format, part).flaw, "") << path << ", " << length;
     }
   }

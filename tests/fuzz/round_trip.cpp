@@ -104,7 +104,8 @@ class Trip {
 
   template <class WritePin>
   std::string withPin(const std::string& flaw, Format format, WritePin writePin) {
-    if (!flaw.empty() || !trace_.isPin || !tracks_.picture.width) return flaw;
+    const bool hasSize = tracks_.picture.width && tracks_.picture.height;
+    if (!flaw.empty() || !trace_.isPin || !hasSize) return flaw;
     const Pin pin = pinOf(tracks_, "fuzzed");
     // Keyframes are those in which every corner is somewhere.
     if (format == Format::Keyframes && !hasAllCorners()) return flaw;

@@ -54,6 +54,21 @@ TEST(RefusedRows, NamesWhatCameLastWhateverCameBefore) {
   EXPECT_EQ(raised(alone), "a.csv: Is a directory");
 }
 
+TEST(RefusedRows, EndWithTheFileWhereThereAreTooMany) {
+  RefusedRows rows = refused(10 + 10000);
+  EXPECT_EQ(raised(rows), lines(10) + "\na.csv: 10000 more rows are refused");
+  const std::string all =
+      lines(10) + "\na.csv: 10000 more rows are refused, and what follows is not read";
+  try {
+    rows.add({"a.csv", 99999, "bad"});
+    FAIL();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), all);
+    rows.addLast(error);
+  }
+  EXPECT_EQ(raised(rows), all);
+}
+
 TEST(RefusedRows, KeepsFileAndLineOfTheFirst) {
   try {
     refused(3).raise();

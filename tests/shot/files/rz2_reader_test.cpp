@@ -29,6 +29,13 @@ float weightOf(const std::string& tail) {
 
 }  // namespace
 
+TEST(ReadRz2, NumbersTracksWithoutNames) {
+  const Tracks tracks = tracksIn(
+      "pointTrack \"a\" {\n1 2 3\n}\npointTrack \"\" {\n1 4 5\n}\npointTrack {\n1 6 7\n}\n");
+  EXPECT_EQ(rowsOf(tracks),
+            (std::vector<ReadRow>{{"2", 1, 4.0, 5.0}, {"3", 1, 6.0, 7.0}, {"a", 1, 2.0, 3.0}}));
+}
+
 TEST(ReadRz2, ReadsSizeRangePositionsAndConfidences) {
   ReadTrace trace;
   const Tracks tracks = tracksIn(

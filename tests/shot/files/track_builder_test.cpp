@@ -54,6 +54,16 @@ TEST(TrackBuilder, NumbersNamesAsTheyComeAndSortsThemAtTheEnd) {
   EXPECT_EQ(tracks.observations[2].x, 1.0);
 }
 
+TEST(TrackBuilder, RefusesAZeroInAName) {
+  TrackBuilder builder("f", {});
+  const std::string name("a\0b", 3);
+  EXPECT_THROW(builder.track(name), InputError);
+  const std::int32_t a = builder.track("a");
+  EXPECT_THROW(builder.rename(a, name), InputError);
+  builder.add(row(a, 1, 0.0, 1));
+  EXPECT_EQ(builder.finish().names, std::vector<std::string>{"a"});
+}
+
 TEST(TrackBuilder, RenamesATrack) {
   TrackBuilder builder("f", {});
   const std::int32_t a = builder.track("a");
