@@ -83,7 +83,7 @@ TEST_P(ConvertFormats, PutsFivePointsWhereEveryOtherFormatHasThem) {
   const Places places = fivePoints();
   writeFile(folder / "in", other::fileOf(from, kClip, other::numbersIn(from, kClip, places)));
   for (const std::string& to : other::kWritten) {
-    SCOPED_TRACE(from + " to " + to);
+    SCOPED_TRACE(to);
     const Outcome run = convert(from, to, folder / "in", folder / "out");
     ASSERT_EQ(run.code, 0) << run.err;
     EXPECT_EQ(run.err, "");

@@ -125,7 +125,10 @@ TEST(ReadRz2, NamesTracksOfSeveralSequencesByThem) {
   EXPECT_EQ(rowsOf(tracks), (std::vector<ReadRow>{{"a@S", 11, 2.0, 3.0}, {"a@T", 11, 4.0, 5.0}}));
   for (const char* other : {"2561", "12"}) {
     const std::string changed = replaced(second, std::string(other) == "12" ? "11" : "2560", other);
-    EXPECT_EQ(refusal(kSequence + track("11 2 3\n") + changed),
+    std::string text = kSequence;
+    text += track("11 2 3\n");
+    text += changed;
+    EXPECT_EQ(refusal(text),
               "in.txt:9: the sequence has another size or first frame than the one before: split "
               "the file");
   }

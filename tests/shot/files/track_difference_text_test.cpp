@@ -93,7 +93,7 @@ TEST(TrackDifferenceText, NamesMovesScalesFramesAndNames) {
             }),
             "2 names swapped");
   Tracks renamed = shot();
-  for (std::string& name : renamed.names) name = "Tracker" + name;
+  for (std::string& name : renamed.names) name.insert(0, "Tracker");
   EXPECT_EQ(said(shot(), renamed), "6 tracks renamed");
 }
 
