@@ -3,7 +3,7 @@ import js from "@eslint/js";
 import globals from "globals";
 
 export default [
-  { ignores: ["build/", "demo/", "report/uplot/"] },
+  { ignores: ["build/", "demo/", "report/vendor/"] },
   js.configs.recommended,
   {
     linterOptions: { reportUnusedDisableDirectives: "error" },

@@ -33,7 +33,9 @@ function createLegend(knowsTracks) {
   const parts = knowsTracks ? [Part.good, Part.ignored, Part.none] : [];
   const swatches = parts.map((part) => {
     const canvas = made("canvas", { class: "swatch", "aria-hidden": "true" });
-    legend.append(made("li", {}, canvas, `${partWords[part]} track`));
+    legend.append(
+      made("li", {}, canvas, part === Part.none ? "track of no part" : `${partWords[part]} track`),
+    );
     return { canvas, part };
   });
   for (const [kind, text] of [
@@ -41,7 +43,9 @@ function createLegend(knowsTracks) {
     ["dashed", "quad in a doubtful frame"],
     ["ellipse", "expected error of a corner"],
   ]) {
-    legend.append(made("li", {}, made("span", { class: `swatch ${kind}`, "aria-hidden": "true" }), text));
+    legend.append(
+      made("li", {}, made("span", { class: `swatch ${kind}`, "aria-hidden": "true" }), text),
+    );
   }
   const draw = () => swatches.forEach(({ canvas, part }) => drawSwatch(canvas, part));
   draw();
@@ -62,6 +66,19 @@ function createFactor(id, state, key, factors) {
   }
   select.value = String(state[key]);
   select.addEventListener("change", () => state.change({ [key]: Number(select.value) }));
+}
+
+/** @param {State} state */
+function createZoom(state) {
+  const select = found("zoom", HTMLSelectElement);
+  for (const [zoom, label] of [
+    ["1", "the picture"],
+    ["0.5", "twice as much"],
+    ["0.25", "four times as much"],
+  ]) {
+    select.append(made("option", { value: zoom }, label));
+  }
+  select.addEventListener("change", () => state.change({ zoom: Number(select.value) }));
 }
 
 /** @param {number} factor */
@@ -89,6 +106,7 @@ export function createDrawingControls(data, state) {
   createFactor("residual-factor", state, "residualFactor", [0, ...drawingFactors()]);
   createFactor("ellipse-factor", state, "ellipseFactor", drawingFactors());
   found("residual-factor", HTMLSelectElement).disabled = !knowsTracks;
+  createZoom(state);
   state.subscribe(show);
   show();
 }

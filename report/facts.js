@@ -47,7 +47,10 @@ function madeBy({ program, rebased }) {
     ["Commit", program?.commit ?? "not noted"],
     ...rebased.map(
       ({ from, to, program: by }) =>
-        /** @type {Fact} */ (["Rebased", `from frame ${from} to ${to} by ${by.name} ${by.version}`]),
+        /** @type {Fact} */ ([
+          "Rebased",
+          `from frame ${from} to ${to} by ${by.name} ${by.version}`,
+        ]),
     ),
   ];
 }
@@ -110,7 +113,12 @@ function shownFacts({ reduced, pictures, observations }) {
     ["Frames", frames.how ?? `all ${frames.of}`],
     ["Tracks", tracks.how ?? `all ${tracks.of}`],
     ["Places of the tracks", observations === null ? "none: --tracks FILE brings them" : "yes"],
-    ["Pictures", pictures === null ? "none: --pictures brings them" : `of ${counted(pictures.frames, "frame")}`],
+    [
+      "Pictures",
+      pictures === null
+        ? "none: --pictures brings them"
+        : `of ${counted(pictures.frames, "frame")}`,
+    ],
   ];
 }
 

@@ -13,12 +13,14 @@ import { inView } from "./page_data.js";
 /** @typedef {import("./state.js").Looking} Looking */
 
 /**
- * What is drawn with: a canvas that shows the view and nothing else.
+ * What is drawn with: a canvas that shows the view, or more around it where it is zoomed out.
  * @typedef {{
  *   context: CanvasRenderingContext2D, data: PageData, cells: Cells, looking: Looking,
  *   isOnPicture: boolean, place: (point: Point) => Point, scale: Point, line: number,
+ *   box: [number, number, number, number],
  * }} Drawing `place` leads from the tracks' units to the canvas's pixels, `scale` is its linear
- * part, `line` is the width of a thin line in these pixels
+ * part, `line` is the width of a thin line in these pixels, `box` is where the view is: left, top, width
+ * and height
  */
 
 const ellipseDeviations = 2;
@@ -26,25 +28,53 @@ const labelGap = 9; // from a corner to its name, in thin lines
 const edgeGap = 6;
 
 /**
- * @param {HTMLCanvasElement} canvas
  * @param {CanvasRenderingContext2D} context
  * @param {{data: PageData, cells: Cells}} shot
  * @param {Looking} looking
  * @param {boolean} isOnPicture
  * @returns {Drawing}
  */
-export function createDrawing(canvas, context, { data, cells }, looking, isOnPicture) {
+export function createDrawing(context, { data, cells }, looking, isOnPicture) {
   const { view } = data;
-  const across = canvas.width / view.width;
-  const down = canvas.height / view.height;
+  const { width, height } = context.canvas;
+  const { zoom } = looking;
+  const across = (zoom * width) / view.width;
+  const down = (zoom * height) / view.height;
+  const left = ((1 - zoom) * width) / 2;
+  const top = ((1 - zoom) * height) / 2;
   /** @param {Point} point @returns {Point} */
   const place = (point) => {
     const [x, y] = inView(view, point);
-    return [(x - view.x) * across, (y - view.y) * down];
+    return [left + (x - view.x) * across, top + (y - view.y) * down];
   };
   const [ax, , ay] = view.from_tracks;
-  const line = window.devicePixelRatio;
-  return { context, data, cells, looking, isOnPicture, place, scale: [ax * across, ay * down], line };
+  return {
+    context,
+    data,
+    cells,
+    looking,
+    isOnPicture,
+    place,
+    scale: [ax * across, ay * down],
+    line: window.devicePixelRatio,
+    box: [left, top, zoom * width, zoom * height],
+  };
+}
+
+/**
+ * The picture, or the edges of where it would be.
+ * @param {Drawing} drawing
+ * @param {HTMLImageElement | null} image
+ */
+export function drawGround({ context, looking, box, line }, image) {
+  const { width, height } = context.canvas;
+  context.clearRect(0, 0, width, height);
+  if (image !== null) context.drawImage(image, ...box);
+  if (looking.zoom === 1) return;
+  context.setLineDash([]);
+  context.lineWidth = line;
+  context.strokeStyle = colour("edge");
+  context.strokeRect(...box);
 }
 
 /**
@@ -163,9 +193,7 @@ export function drawQuads(drawing) {
   for (const { name, corners: onSurface } of quads) {
     const quad = frame.quads[name];
     if (quad === undefined) continue;
-    const corners = quad.corners.map(([x, y]) =>
-      x === null || y === null ? null : place([x, y]),
-    );
+    const corners = quad.corners.map(([x, y]) => (x === null || y === null ? null : place([x, y])));
     traceQuad(drawing, corners);
     context.setLineDash(frame.verdict === "doubtful" ? [8 * line, 5 * line] : []);
     strokeCased(drawing, quadColour(drawing), 2);
@@ -238,8 +266,8 @@ function drawMark(drawing, part, middle) {
 }
 
 /**
- * The tracks that are seen in the frame, with lines from where the transform puts them, drawn
- * `residualFactor` times as long as they are.
+ * The tracks that are seen in the frame, with lines that lead away from where the transform puts
+ * them, `residualFactor` times as long as they are off.
  * @param {Drawing} drawing
  */
 export function drawTracks(drawing) {
@@ -299,6 +327,8 @@ export function drawingFactors() {
  */
 export function fittingFactor(length, view) {
   const longest = 0.04 * Math.hypot(view.width, view.height);
-  const fitting = factors.filter((factor) => factor * length * Math.abs(view.from_tracks[0]) <= longest);
+  const fitting = factors.filter(
+    (factor) => factor * length * Math.abs(view.from_tracks[0]) <= longest,
+  );
   return fitting.at(-1) ?? 1;
 }

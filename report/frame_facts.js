@@ -21,9 +21,7 @@ function figuresOf(frame) {
   ];
   if (frame.smoothed > 0) figures.push(["Smoothed by", pixelText(frame.smoothed)]);
   if (frame.filled) figures.push(["Filled in", "between good frames"]);
-  return figures.map(([name, text]) =>
-    made("div", {}, made("dt", {}, name), made("dd", {}, text)),
-  );
+  return figures.map(([name, text]) => made("div", {}, made("dt", {}, name), made("dd", {}, text)));
 }
 
 /** @param {Frame} frame */

@@ -58,9 +58,7 @@ function createHeatLegend(cap, knowsResiduals) {
   const legend = found("heat-legend", HTMLElement);
   const scale = made("canvas", { class: "heat-scale", "aria-hidden": "true" });
   if (knowsResiduals) {
-    legend.append(
-      made("span", { class: "heat-item" }, "0", scale, `${rounded(cap)} px and more`),
-    );
+    legend.append(made("span", { class: "heat-item" }, "0", scale, `${rounded(cap)} px and more`));
   }
   const swatches = [Part.ignored, Part.unseen].map((part) => {
     const canvas = made("canvas", { class: "heat-swatch", "aria-hidden": "true" });
@@ -69,7 +67,8 @@ function createHeatLegend(cap, knowsResiduals) {
   });
   const draw = () => {
     const palette = heatPalette();
-    if (knowsResiduals) fillPixels(scale, (x, _y, width) => palette.plain[Math.floor((x / width) * shades)]);
+    if (knowsResiduals)
+      fillPixels(scale, (x, _y, width) => palette.plain[Math.floor((x / width) * shades)]);
     for (const { canvas, part } of swatches) {
       fillPixels(canvas, (x, y) => {
         if (part === Part.unseen) return palette.missing;
@@ -237,7 +236,8 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   function describeSelected() {
     readout.setAttribute("aria-live", state.isPlaying ? "off" : "polite");
     if (state.track >= 0) describe(state.track, state.frame);
-    else readout.textContent = "Point at a cell to read it; click it to select its track and frame.";
+    else
+      readout.textContent = "Point at a cell to read it; click it to select its track and frame.";
   }
 
   function sort() {

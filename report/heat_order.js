@@ -43,8 +43,7 @@ export function createHeatOrder({ tracks, worst_tracks }, cells) {
   const compare = {
     worst: (a, b) => largerFirst(a.largest, b.largest) || a.track - b.track,
     fit: (a, b) => largerFirst(a.rms, b.rms) || compare.worst(a, b),
-    moves: (a, b) =>
-      largerFirst(movesOf[a.track], movesOf[b.track]) || compare.worst(a, b),
+    moves: (a, b) => largerFirst(movesOf[a.track], movesOf[b.track]) || compare.worst(a, b),
     name: (a, b) => a.track - b.track,
   };
   return (order) => figures.slice().sort(compare[order]);

@@ -45,7 +45,7 @@ export function createKeys(frames, state) {
   /** @param {number} frame */
   const goTo = (frame) => state.change({ frame, isPlaying: false });
 
-  /** @type {{ [key: string]: (event: KeyboardEvent) => void }} */
+  /** @type {{ [key: string]: ((event: KeyboardEvent) => void) | undefined }} */
   const acts = {
     ArrowLeft: (event) => goTo(state.frame - (event.shiftKey ? 10 : 1)),
     ArrowRight: (event) => goTo(state.frame + (event.shiftKey ? 10 : 1)),
@@ -58,8 +58,8 @@ export function createKeys(frames, state) {
   };
   document.addEventListener("keydown", (event) => {
     const act = acts[event.key];
-    const isOurs = act && !event.ctrlKey && !event.altKey && !event.metaKey && !dialog.open;
-    if (!isOurs || isTaken(event)) return;
+    if (act === undefined || event.ctrlKey || event.altKey || event.metaKey) return;
+    if (dialog.open || isTaken(event)) return;
     event.preventDefault();
     act(event);
   });

@@ -90,6 +90,7 @@ async function startPage() {
     track: -1,
     isPlaying: false,
     framesPerSecond: 12,
+    zoom: 1,
     ...firstFactors(data, cells),
   });
   const inOrder = createHeatOrder(data.result, cells);

@@ -2,7 +2,14 @@
 // The frame that the page looks at: its picture, its quads and its tracks.
 
 import { contextOf, fitToScreen, found, onResize } from "./elements.js";
-import { createDrawing, drawQuads, drawTracks, quadColour, trackNear } from "./frame_drawing.js";
+import {
+  createDrawing,
+  drawGround,
+  drawQuads,
+  drawTracks,
+  quadColour,
+  trackNear,
+} from "./frame_drawing.js";
 import { onThemeChange } from "./theme.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -41,13 +48,13 @@ export function createPlayerView(shot, pictures, state) {
   function draw(image) {
     if (!fitToScreen(canvas)) return;
     const frame = frames[state.frame];
-    context.clearRect(0, 0, canvas.width, canvas.height);
-    if (image !== null) context.drawImage(image, 0, 0, canvas.width, canvas.height);
-    drawing = createDrawing(canvas, context, shot, state, image !== null);
+    drawing = createDrawing(context, shot, state, image !== null);
+    drawGround(drawing, image);
     drawTracks(drawing);
     drawQuads(drawing);
     canvas.dataset.quadColour = quadColour(drawing);
-    badge.textContent = frame.verdict === "doubtful" ? `▲ ${frame.frame} doubtful` : `${frame.frame}`;
+    badge.textContent =
+      frame.verdict === "doubtful" ? `▲ ${frame.frame} doubtful` : `${frame.frame}`;
     badge.classList.toggle("doubtful", frame.verdict === "doubtful");
     caption.textContent = `Frame ${frame.frame}${pictureWords(image)}`;
     section.dataset.frame = String(frame.frame);

@@ -133,7 +133,8 @@ function plotKinds({ frames, max_error: limit }) {
   const used = frames.map(tracksInUse);
   const shown = models.filter((model) => frames.some((frame) => modelOf(frame) === model));
   const rows = [...shown, "doubtful"].reverse();
-  const limitWords = limit === null || showsLimit ? "" : `, far below the limit of ${pixelText(limit)}`;
+  const limitWords =
+    limit === null || showsLimit ? "" : `, far below the limit of ${pixelText(limit)}`;
   return [
     {
       id: "plot-error",
@@ -234,7 +235,12 @@ function createPlot(kind, frames, target) {
     width: 1.75,
     spanGaps: false,
     ...(dash && { dash }),
-    points: { show: frames.length <= 2, size: 7, stroke: () => colour(ink), fill: () => colour(ink) },
+    points: {
+      show: frames.length <= 2,
+      size: 7,
+      stroke: () => colour(ink),
+      fill: () => colour(ink),
+    },
   }));
   return new uPlot(
     {
@@ -253,10 +259,7 @@ function createPlot(kind, frames, target) {
       axes: axesOf(kind),
       hooks: {
         drawClear: [(plot) => drawDoubts(plot, frames)],
-        draw: [
-          (plot) => kind.limit && drawLimit(plot, kind.limit),
-          (plot) => kind.draw?.(plot),
-        ],
+        draw: [(plot) => kind.limit && drawLimit(plot, kind.limit), (plot) => kind.draw?.(plot)],
       },
     },
     [frames.map((frame) => frame.frame), ...kind.lines.map((line) => line.values)],
@@ -274,7 +277,12 @@ export function createPlots({ result }, state) {
   const plots = plotKinds(result).map((kind) => {
     const readout = made("span", { class: "readout" });
     const heading = made("h3", {}, kind.title);
-    const holder = made("div", { id: kind.id, class: "plot", role: "img", "aria-label": kind.title });
+    const holder = made("div", {
+      id: kind.id,
+      class: "plot",
+      role: "img",
+      "aria-label": kind.title,
+    });
     const now = made("div", { class: "now", "aria-hidden": "true" });
     list.append(made("div", { class: "plot-heading" }, heading, readout), holder);
     const plot = createPlot(kind, frames, holder);

@@ -4,7 +4,7 @@
 /**
  * @typedef {{
  *   frame: number, track: number, isPlaying: boolean, framesPerSecond: number,
- *   residualFactor: number, ellipseFactor: number,
+ *   residualFactor: number, ellipseFactor: number, zoom: number,
  * }} Looking `frame` and `track` are indices; `track` is -1 where none is selected
  */
 

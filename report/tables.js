@@ -23,7 +23,7 @@ const rowsAtFirst = 100;
  * @param {(row: HTMLTableRowElement, index: number) => void} [finish] called with each row
  */
 function fillTable(table, caption, columns, rows, finish) {
-  const look = columns.map(({ isNumber }) => (isNumber ? { class: "number" } : {}));
+  const look = columns.map(({ isNumber }) => ({ class: isNumber ? "number" : "words" }));
   const head = columns.map(({ title }, i) => made("th", { scope: "col", ...look[i] }, title));
   const body = made("tbody", {});
   /**
@@ -52,7 +52,11 @@ function fillTable(table, caption, columns, rows, finish) {
     append(rowsAtFirst, rows.length);
     foot.remove();
   });
-  const foot = made("tfoot", {}, made("tr", {}, made("td", { colspan: `${columns.length}` }, more)));
+  const foot = made(
+    "tfoot",
+    {},
+    made("tr", {}, made("td", { colspan: `${columns.length}` }, more)),
+  );
   table.append(foot);
 }
 
@@ -119,7 +123,8 @@ function createWorstTable({ result }, state) {
   }
   const rows = worst.map(({ track, first, last, peak, moves, off, stands_out: standsOut }) => {
     const index = tracks.findIndex(({ name }) => name === track);
-    const go = () => state.change({ track: index, frame: nearestIndex(frames, peak), isPlaying: false });
+    const go = () =>
+      state.change({ track: index, frame: nearestIndex(frames, peak), isPlaying: false });
     const label = `${shownName(track)}: select it in frame ${peak}`;
     return [
       madeButton(shownName(track), go, { class: "link track-name", "aria-label": label }),
@@ -256,5 +261,7 @@ export function createTables(data, figures, state) {
   createWorstTable(data, state);
   createBetweenTable(data);
   fillWhenOpened(found("frame-table", HTMLTableElement), () => fillFrameTable(data, state));
-  fillWhenOpened(found("track-table", HTMLTableElement), () => fillTrackTable(data, figures, state));
+  fillWhenOpened(found("track-table", HTMLTableElement), () =>
+    fillTrackTable(data, figures, state),
+  );
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The style sheet's colours, for what is drawn on canvases.
 
-/** @typedef {"ink" | "quiet" | "line" | "panel" | "good" | "ignored" | "none" | "quad" | "doubt" |
+/** @typedef {"ink" | "quiet" | "line" | "edge" | "panel" | "good" | "ignored" | "none" | "quad" | "doubt" |
  *   "wash" | "casing"} ColourName */
 
 /** @type {Map<ColourName, string>} */

@@ -76,7 +76,9 @@ export function createTransport(frames, state, isDrawn) {
   onClick("play", () => state.change({ isPlaying: !state.isPlaying }));
   onClick("step-back", () => state.change({ frame: state.frame - 1, isPlaying: false }));
   onClick("step-on", () => state.change({ frame: state.frame + 1, isPlaying: false }));
-  onClick("previous-doubtful", () => state.change({ frame: nextDoubtful(frames, state.frame, -1) }));
+  onClick("previous-doubtful", () =>
+    state.change({ frame: nextDoubtful(frames, state.frame, -1) }),
+  );
   onClick("next-doubtful", () => state.change({ frame: nextDoubtful(frames, state.frame, 1) }));
   scrubber.addEventListener("input", () => state.change({ frame: Number(scrubber.value) }));
   number.addEventListener("change", () => {

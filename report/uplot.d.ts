@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The part of the vendored uPlot that the page uses.
 
 interface UPlot {
@@ -17,7 +18,13 @@ interface UPlotSeries {
   width?: number;
   dash?: number[];
   spanGaps?: boolean;
-  points?: { show: boolean; size?: number; width?: number; fill?: () => string; stroke?: () => string };
+  points?: {
+    show: boolean;
+    size?: number;
+    width?: number;
+    fill?: () => string;
+    stroke?: () => string;
+  };
   paths?: () => null;
 }
 
@@ -41,7 +48,12 @@ interface UPlotOptions {
   height: number;
   padding?: (number | null)[];
   legend?: { show: boolean };
-  scales: { [name: string]: { time?: boolean; range?: (plot: UPlot, low: number, high: number) => [number, number] } };
+  scales: {
+    [name: string]: {
+      time?: boolean;
+      range?: (plot: UPlot, low: number, high: number) => [number, number];
+    };
+  };
   cursor?: object;
   series: UPlotSeries[];
   axes: UPlotAxis[];
