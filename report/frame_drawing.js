@@ -1,0 +1,334 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Draws one frame: quads with their corners' expected errors, and tracks with their residuals.
+
+import { Part } from "./cells.js";
+import { colour } from "./theme.js";
+import { cornerNames } from "./wording.js";
+import { inView } from "./page_data.js";
+
+/** @typedef {import("./page_data.js").PageData} PageData */
+/** @typedef {import("./page_data.js").Covariance} Covariance */
+/** @typedef {import("./page_data.js").Point} Point */
+/** @typedef {import("./cells.js").Cells} Cells */
+/** @typedef {import("./state.js").Looking} Looking */
+
+/**
+ * What is drawn with: a canvas that shows the view, or more around it where it is zoomed out.
+ * @typedef {{
+ *   context: CanvasRenderingContext2D, data: PageData, cells: Cells, looking: Looking,
+ *   isOnPicture: boolean, place: (point: Point) => Point, scale: Point, line: number,
+ *   box: [number, number, number, number],
+ * }} Drawing `place` leads from the tracks' units to the canvas's pixels, `scale` is its linear
+ * part, `line` is the width of a thin line in these pixels, `box` is where the view is: left, top, width
+ * and height
+ */
+
+const ellipseDeviations = 2;
+const labelGap = 9; // from a corner to its name, in thin lines
+const edgeGap = 6;
+
+/**
+ * @param {CanvasRenderingContext2D} context
+ * @param {{data: PageData, cells: Cells}} shot
+ * @param {Looking} looking
+ * @param {boolean} isOnPicture
+ * @returns {Drawing}
+ */
+export function createDrawing(context, { data, cells }, looking, isOnPicture) {
+  const { view } = data;
+  const { width, height } = context.canvas;
+  const { zoom } = looking;
+  const across = (zoom * width) / view.width;
+  const down = (zoom * height) / view.height;
+  const left = ((1 - zoom) * width) / 2;
+  const top = ((1 - zoom) * height) / 2;
+  /** @param {Point} point @returns {Point} */
+  const place = (point) => {
+    const [x, y] = inView(view, point);
+    return [left + (x - view.x) * across, top + (y - view.y) * down];
+  };
+  const [ax, , ay] = view.from_tracks;
+  return {
+    context,
+    data,
+    cells,
+    looking,
+    isOnPicture,
+    place,
+    scale: [ax * across, ay * down],
+    line: window.devicePixelRatio,
+    box: [left, top, zoom * width, zoom * height],
+  };
+}
+
+/**
+ * The picture, or the edges of where it would be.
+ * @param {Drawing} drawing
+ * @param {HTMLImageElement | null} image
+ */
+export function drawGround({ context, looking, box, line }, image) {
+  const { width, height } = context.canvas;
+  context.clearRect(0, 0, width, height);
+  if (image !== null) context.drawImage(image, ...box);
+  if (looking.zoom === 1) return;
+  context.setLineDash([]);
+  context.lineWidth = line;
+  context.strokeStyle = colour("edge");
+  context.strokeRect(...box);
+}
+
+/**
+ * Strokes the path; on a picture over a wider dark line, so that it is seen on any ground.
+ * @param {Drawing} drawing
+ * @param {string} stroke
+ * @param {number} width in thin lines
+ */
+function strokeCased({ context, isOnPicture, line }, stroke, width) {
+  if (isOnPicture) {
+    context.strokeStyle = colour("casing");
+    context.lineWidth = (width + 2) * line;
+    context.stroke();
+  }
+  context.strokeStyle = stroke;
+  context.lineWidth = width * line;
+  context.stroke();
+}
+
+/**
+ * Writes so that the text is read on any ground, and inside the canvas whatever the place.
+ * @param {Drawing} drawing
+ * @param {string} text
+ * @param {Point} point the text's middle
+ */
+function write({ context, line, isOnPicture }, text, [x, y]) {
+  context.font = `600 ${12 * line}px system-ui, sans-serif`;
+  context.textAlign = "center";
+  context.textBaseline = "middle";
+  context.setLineDash([]);
+  const half = context.measureText(text).width / 2 + edgeGap * line;
+  const { width, height } = context.canvas;
+  const inX = Math.min(Math.max(x, half), width - half);
+  const inY = Math.min(Math.max(y, 12 * line), height - 12 * line);
+  context.lineJoin = "round";
+  context.lineWidth = 4 * line;
+  context.strokeStyle = isOnPicture ? colour("casing") : colour("panel");
+  context.strokeText(text, inX, inY);
+  context.fillStyle = isOnPicture ? "#ffffff" : colour("ink");
+  context.fillText(text, inX, inY);
+}
+
+/**
+ * @param {(Point | [null, null])[]} corners
+ * @returns {corners is Point[]} whether all are in front of the horizon
+ */
+function areAllSeen(corners) {
+  return corners.every(([x, y]) => x !== null && y !== null);
+}
+
+/**
+ * The outline; where corners are behind the horizon, the sides between those that are not.
+ * @param {Drawing} drawing
+ * @param {(Point | null)[]} corners on the canvas
+ */
+function traceQuad({ context }, corners) {
+  context.beginPath();
+  corners.forEach((corner, i) => {
+    const next = corners[(i + 1) % corners.length];
+    if (corner === null || next === null) return;
+    context.moveTo(...corner);
+    context.lineTo(...next);
+  });
+}
+
+/**
+ * @param {Drawing} drawing
+ * @param {Point} middle on the canvas
+ * @param {NonNullable<Covariance>} covariance in the units of the tracks
+ */
+function drawEllipse(drawing, middle, covariance) {
+  const { context, line, looking, scale } = drawing;
+  const xx = covariance[0][0] * scale[0] * scale[0];
+  const xy = covariance[0][1] * scale[0] * scale[1];
+  const yy = covariance[1][1] * scale[1] * scale[1];
+  const mean = (xx + yy) / 2;
+  const spread = Math.hypot((xx - yy) / 2, xy);
+  const factor = ellipseDeviations * looking.ellipseFactor;
+  const long = factor * Math.sqrt(mean + spread);
+  const short = factor * Math.sqrt(Math.max(mean - spread, 0));
+  if (long < line / 2) return;
+  context.beginPath();
+  context.setLineDash([]);
+  context.ellipse(...middle, long, short, Math.atan2(2 * xy, xx - yy) / 2, 0, 2 * Math.PI);
+  strokeCased(drawing, quadColour(drawing), 1.25);
+}
+
+/** @param {Drawing} drawing */
+export function quadColour({ isOnPicture }) {
+  return isOnPicture ? "#f0e442" : colour("quad");
+}
+
+/**
+ * @param {Drawing} drawing
+ * @param {Point[]} corners on the canvas
+ * @param {string[]} names
+ */
+function nameCorners(drawing, corners, names) {
+  const middle = corners.reduce(([x, y], corner) => [x + corner[0] / 4, y + corner[1] / 4], [0, 0]);
+  corners.forEach(([x, y], i) => {
+    const away = Math.hypot(x - middle[0], y - middle[1]) || 1;
+    const gap = (labelGap * drawing.line) / away;
+    const down = Math.sign(y - middle[1]) * labelGap * drawing.line;
+    write(drawing, names[i], [x + (x - middle[0]) * gap, y + down]);
+  });
+}
+
+/**
+ * The quads where the frame has them: dashed where the frame is doubtful.
+ * @param {Drawing} drawing
+ */
+export function drawQuads(drawing) {
+  const { context, data, looking, line, place } = drawing;
+  const { quads, frames } = data.result;
+  const frame = frames[looking.frame];
+  for (const { name, corners: onSurface } of quads) {
+    const quad = frame.quads[name];
+    if (quad === undefined) continue;
+    const corners = quad.corners.map(([x, y]) => (x === null || y === null ? null : place([x, y])));
+    traceQuad(drawing, corners);
+    context.setLineDash(frame.verdict === "doubtful" ? [8 * line, 5 * line] : []);
+    strokeCased(drawing, quadColour(drawing), 2);
+    context.setLineDash([]);
+    corners.forEach((corner, i) => {
+      const covariance = quad.covariance[i];
+      if (corner !== null && covariance !== null) drawEllipse(drawing, corner, covariance);
+    });
+    if (!areAllSeen(quad.corners)) continue;
+    const seen = /** @type {Point[]} */ (corners);
+    const names = cornerNames(onSurface.map((corner) => inView(data.view, corner)));
+    if (quads.length <= 2) nameCorners(drawing, seen, names);
+    if (quads.length > 1) {
+      write(drawing, name, [
+        seen.reduce((sum, [x]) => sum + x / 4, 0),
+        seen.reduce((sum, [, y]) => sum + y / 4, 0),
+      ]);
+    }
+  }
+}
+
+/**
+ * A mark whose shape says what part the track has.
+ * @param {CanvasRenderingContext2D} context
+ * @param {number} part
+ * @param {Point} middle
+ * @param {number} radius
+ */
+export function traceMark(context, part, [x, y], radius) {
+  context.beginPath();
+  if (part === Part.good) {
+    context.arc(x, y, radius, 0, 2 * Math.PI);
+  } else if (part === Part.ignored) {
+    context.moveTo(x - radius, y - radius);
+    context.lineTo(x + radius, y + radius);
+    context.moveTo(x + radius, y - radius);
+    context.lineTo(x - radius, y + radius);
+  } else {
+    context.rect(x - radius, y - radius, 2 * radius, 2 * radius);
+  }
+}
+
+/**
+ * @param {Drawing} drawing
+ * @param {number} part
+ * @returns {string}
+ */
+function partColour({ isOnPicture }, part) {
+  if (part === Part.good) return isOnPicture ? "#56b4e9" : colour("good");
+  if (part === Part.ignored) return isOnPicture ? "#ff9e4a" : colour("ignored");
+  return isOnPicture ? "#ffffff" : colour("none");
+}
+
+/**
+ * @param {Drawing} drawing
+ * @param {number} part
+ * @param {Point} middle
+ */
+function drawMark(drawing, part, middle) {
+  const { context, line } = drawing;
+  context.setLineDash([]);
+  traceMark(context, part, middle, (part === Part.good ? 3 : 3.5) * line);
+  if (part !== Part.good) {
+    strokeCased(drawing, partColour(drawing, part), 1.5);
+    return;
+  }
+  if (drawing.isOnPicture) strokeCased(drawing, colour("casing"), 1);
+  context.fillStyle = partColour(drawing, part);
+  context.fill();
+}
+
+/**
+ * The tracks that are seen in the frame, with lines that lead away from where the transform puts
+ * them, `residualFactor` times as long as they are off.
+ * @param {Drawing} drawing
+ */
+export function drawTracks(drawing) {
+  const { context, cells, data, looking, place, scale, line } = drawing;
+  for (let track = 0; track < cells.trackCount; ++track) {
+    const cell = track * cells.frameCount + looking.frame;
+    if (Number.isNaN(cells.x[cell])) continue;
+    const [x, y] = place([cells.x[cell], cells.y[cell]]);
+    if (!Number.isNaN(cells.dx[cell]) && looking.residualFactor > 0) {
+      const across = cells.dx[cell] * scale[0] * looking.residualFactor;
+      const down = cells.dy[cell] * scale[1] * looking.residualFactor;
+      context.beginPath();
+      context.setLineDash([]);
+      context.moveTo(x, y);
+      context.lineTo(x + across, y + down);
+      strokeCased(drawing, partColour(drawing, cells.part[cell]), 1.25);
+    }
+    drawMark(drawing, cells.part[cell], [x, y]);
+    if (track !== looking.track) continue;
+    traceMark(context, Part.good, [x, y], 8 * line);
+    strokeCased(drawing, drawing.isOnPicture ? "#ffffff" : colour("ink"), 2);
+    write(drawing, data.result.tracks[track].name, [x, y - 18 * line]);
+  }
+}
+
+/**
+ * The track drawn nearest to the place on the canvas, within reach of a finger; -1 without one.
+ * @param {Drawing} drawing
+ * @param {Point} point
+ */
+export function trackNear({ cells, looking, place, line }, [x, y]) {
+  let nearest = -1;
+  let least = 14 * line;
+  for (let track = 0; track < cells.trackCount; ++track) {
+    const cell = track * cells.frameCount + looking.frame;
+    if (Number.isNaN(cells.x[cell])) continue;
+    const [trackX, trackY] = place([cells.x[cell], cells.y[cell]]);
+    const distance = Math.hypot(trackX - x, trackY - y);
+    if (distance >= least) continue;
+    least = distance;
+    nearest = track;
+  }
+  return nearest;
+}
+
+const factors = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1000];
+
+/** @returns {number[]} how many times as long residuals and ellipses can be drawn */
+export function drawingFactors() {
+  return factors;
+}
+
+/**
+ * The largest factor that draws a length no longer than a share of the view.
+ * @param {number} length in the units of the tracks
+ * @param {PageData["view"]} view
+ */
+export function fittingFactor(length, view) {
+  const longest = 0.04 * Math.hypot(view.width, view.height);
+  const fitting = factors.filter(
+    (factor) => factor * length * Math.abs(view.from_tracks[0]) <= longest,
+  );
+  return fitting.at(-1) ?? 1;
+}

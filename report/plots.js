@@ -1,0 +1,315 @@
+// SPDX-License-Identifier: BSD-3-Clause
+/* global uPlot */
+// Figures over the frames, one plot below the other with the same frames.
+
+import { colour, onThemeChange } from "./theme.js";
+import { found, made, onResize } from "./elements.js";
+import { modelOf, tracksInUse } from "./page_data.js";
+import { pixelText, rounded } from "./wording.js";
+
+/** @typedef {import("./page_data.js").PageData} PageData */
+/** @typedef {import("./page_data.js").Frame} Frame */
+/** @typedef {import("./state.js").State} State */
+/** @typedef {import("./theme.js").ColourName} ColourName */
+
+/**
+ * @typedef {{
+ *   id: string, title: string, height: number, lines: PlotLine[], limit?: number | null,
+ *   rows?: string[], isLast?: boolean, textAt: (frame: Frame) => string,
+ *   draw?: (plot: UPlot) => void,
+ * }} PlotKind `rows` names the places of what is no number; `textAt` is said of a frame
+ */
+/** @typedef {{ values: (number | null)[], ink: ColourName, dash?: number[] }} PlotLine */
+
+const plotFont = "12px system-ui, sans-serif";
+const axisWidth = 84;
+const models = ["base", "projective", "affine", "similarity", "translation", "held"];
+
+/**
+ * Doubtful frames in a wash, behind everything else.
+ * @param {UPlot} plot
+ * @param {Frame[]} frames
+ */
+function drawDoubts(plot, frames) {
+  const { ctx, bbox } = plot;
+  ctx.fillStyle = colour("wash");
+  for (let i = 0; i < frames.length; ++i) {
+    if (frames[i].verdict === "good") continue;
+    const start = i;
+    while (i + 1 < frames.length && frames[i + 1].verdict === "doubtful") ++i;
+    const left = Math.max(plot.valToPos(frames[start].frame - 0.5, "x", true), bbox.left);
+    const right = Math.min(plot.valToPos(frames[i].frame + 0.5, "x", true), bbox.left + bbox.width);
+    ctx.fillRect(left, bbox.top, right - left, bbox.height);
+  }
+}
+
+/**
+ * @param {UPlot} plot
+ * @param {number} limit
+ */
+function drawLimit(plot, limit) {
+  const { ctx, bbox } = plot;
+  const y = plot.valToPos(limit, "y", true);
+  if (y < bbox.top) return;
+  const line = window.devicePixelRatio;
+  ctx.save();
+  ctx.strokeStyle = colour("doubt");
+  ctx.fillStyle = colour("doubt");
+  ctx.lineWidth = 1.5 * line;
+  ctx.setLineDash([6 * line, 4 * line]);
+  ctx.beginPath();
+  ctx.moveTo(bbox.left, y);
+  ctx.lineTo(bbox.left + bbox.width, y);
+  ctx.stroke();
+  ctx.font = `${12 * line}px system-ui, sans-serif`;
+  ctx.textAlign = "right";
+  ctx.textBaseline = "bottom";
+  ctx.fillText(`limit ${pixelText(limit)}`, bbox.left + bbox.width - 4 * line, y - 3 * line);
+  ctx.restore();
+}
+
+/**
+ * A cross at the top for each frame whose error nothing tells.
+ * @param {UPlot} plot
+ * @param {Frame[]} frames
+ */
+function drawUnknown(plot, frames) {
+  const { ctx, bbox } = plot;
+  const line = window.devicePixelRatio;
+  const half = 2.5 * line;
+  const y = bbox.top + 5 * line;
+  ctx.save();
+  ctx.strokeStyle = colour("doubt");
+  ctx.lineWidth = line;
+  ctx.beginPath();
+  for (const { frame, expected_error: error } of frames) {
+    if (error !== null) continue;
+    const x = plot.valToPos(frame, "x", true);
+    ctx.moveTo(x - half, y - half);
+    ctx.lineTo(x + half, y + half);
+    ctx.moveTo(x + half, y - half);
+    ctx.lineTo(x - half, y + half);
+  }
+  ctx.stroke();
+  ctx.restore();
+}
+
+/**
+ * Squares for the frames' models, and a triangle for each doubtful frame.
+ * @param {UPlot} plot
+ * @param {Frame[]} frames
+ * @param {string[]} rows
+ */
+function drawModels(plot, frames, rows) {
+  const { ctx, bbox } = plot;
+  const line = window.devicePixelRatio;
+  const step = bbox.width / Math.max(frames.length, 1);
+  const half = Math.min(Math.max(step * 0.4, 0.5 * line), 3.5 * line);
+  ctx.save();
+  for (const frame of frames) {
+    const x = plot.valToPos(frame.frame, "x", true);
+    const y = plot.valToPos(rows.indexOf(modelOf(frame)), "y", true);
+    ctx.fillStyle = colour("good");
+    ctx.fillRect(x - half, y - 3 * line, 2 * half, 6 * line);
+    if (frame.verdict === "good") continue;
+    const top = plot.valToPos(rows.indexOf("doubtful"), "y", true);
+    ctx.fillStyle = colour("doubt");
+    ctx.beginPath();
+    ctx.moveTo(x, top - 4 * line);
+    ctx.lineTo(x + Math.max(half, line), top + 3 * line);
+    ctx.lineTo(x - Math.max(half, line), top + 3 * line);
+    ctx.fill();
+  }
+  ctx.restore();
+}
+
+/**
+ * @param {PageData["result"]} result
+ * @returns {PlotKind[]}
+ */
+function plotKinds({ frames, max_error: limit }) {
+  const largest = Math.max(...frames.map((frame) => frame.expected_error ?? 0));
+  const showsLimit = limit !== null && largest > 0.4 * limit;
+  const used = frames.map(tracksInUse);
+  const shown = models.filter((model) => frames.some((frame) => modelOf(frame) === model));
+  const rows = [...shown, "doubtful"].reverse();
+  const limitWords =
+    limit === null || showsLimit ? "" : `, far below the limit of ${pixelText(limit)}`;
+  return [
+    {
+      id: "plot-error",
+      title: `Expected corner error, px${limitWords}`,
+      height: 150,
+      lines: [{ values: frames.map((frame) => frame.expected_error), ink: "quad" }],
+      limit: showsLimit ? limit : null,
+      textAt: (frame) => pixelText(frame.expected_error),
+      draw: (plot) => drawUnknown(plot, frames),
+    },
+    {
+      id: "plot-rms",
+      title: "RMS of the good tracks, px",
+      height: 110,
+      lines: [{ values: frames.map((frame) => frame.good_rms ?? frame.rms), ink: "good" }],
+      textAt: (frame) => pixelText(frame.good_rms ?? frame.rms),
+    },
+    {
+      id: "plot-tracks",
+      title: "Tracks in use: good, and ignored (dashed)",
+      height: 110,
+      lines: [
+        { values: used.map(({ good }) => good), ink: "good" },
+        { values: used.map(({ ignored }) => ignored), ink: "ignored", dash: [5, 3] },
+      ],
+      textAt: (frame) => `${tracksInUse(frame).good} good, ${tracksInUse(frame).ignored} ignored`,
+    },
+    {
+      id: "plot-model",
+      title: "Model and verdict",
+      height: 34 + 20 * rows.length + 24,
+      lines: [{ values: frames.map(() => null), ink: "good" }],
+      rows,
+      isLast: true,
+      textAt: (frame) => `${modelOf(frame)}, ${frame.verdict}`,
+      draw: (plot) => drawModels(plot, frames, rows),
+    },
+  ];
+}
+
+/**
+ * @param {PlotKind} kind
+ * @returns {UPlotAxis[]}
+ */
+function axesOf({ rows, isLast }) {
+  const shared = { font: plotFont, stroke: () => colour("quiet") };
+  const grid = { stroke: () => colour("line"), width: 1 };
+  return [
+    {
+      ...shared,
+      grid: { ...grid, show: false },
+      ticks: { ...grid, show: isLast, size: 4 },
+      size: isLast ? 28 : 6,
+      gap: 4,
+      incrs: [1, 2, 5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000, 10000, 100000, 1000000],
+      values: (_plot, splits) => splits.map((split) => (isLast ? String(split) : "")),
+    },
+    {
+      ...shared,
+      grid,
+      ticks: { show: false },
+      size: axisWidth,
+      gap: 8,
+      space: 28,
+      ...(rows && { splits: () => rows.map((_, i) => i) }),
+      values: (_plot, splits) => splits.map((split) => (rows ? rows[split] : rounded(split))),
+    },
+  ];
+}
+
+/**
+ * @param {Frame[]} frames
+ * @param {PlotKind} kind
+ * @returns {UPlotOptions["scales"]}
+ */
+function scalesOf(frames, { rows, limit }) {
+  const first = frames[0].frame;
+  const last = frames[frames.length - 1].frame;
+  return {
+    x: { time: false, range: () => [first - 0.5, last + 0.5] },
+    y: {
+      range: (_plot, _low, high) =>
+        rows ? [-0.6, rows.length - 0.4] : [0, Math.max(high ?? 0, limit ?? 0, 1e-9) * 1.12],
+    },
+  };
+}
+
+/**
+ * @param {PlotKind} kind
+ * @param {Frame[]} frames
+ * @param {HTMLElement} target
+ * @returns {UPlot}
+ */
+function createPlot(kind, frames, target) {
+  /** @type {UPlotSeries[]} */
+  const series = kind.lines.map(({ ink, dash }) => ({
+    stroke: () => colour(ink),
+    width: 1.75,
+    spanGaps: false,
+    ...(dash && { dash }),
+    points: {
+      show: frames.length <= 2,
+      size: 7,
+      stroke: () => colour(ink),
+      fill: () => colour(ink),
+    },
+  }));
+  return new uPlot(
+    {
+      width: target.clientWidth,
+      height: kind.height,
+      padding: [8, 12, 0, 0],
+      legend: { show: false },
+      scales: scalesOf(frames, kind),
+      cursor: {
+        sync: { key: "frames", setSeries: false },
+        drag: { x: false, y: false },
+        points: { show: !kind.rows, size: 7 },
+        y: false,
+      },
+      series: [{}, ...series],
+      axes: axesOf(kind),
+      hooks: {
+        drawClear: [(plot) => drawDoubts(plot, frames)],
+        draw: [(plot) => kind.limit && drawLimit(plot, kind.limit), (plot) => kind.draw?.(plot)],
+      },
+    },
+    [frames.map((frame) => frame.frame), ...kind.lines.map((line) => line.values)],
+    target,
+  );
+}
+
+/**
+ * @param {PageData} data
+ * @param {State} state
+ */
+export function createPlots({ result }, state) {
+  const { frames } = result;
+  const list = found("plot-list", HTMLElement);
+  const plots = plotKinds(result).map((kind) => {
+    const readout = made("span", { class: "readout" });
+    const heading = made("h3", {}, kind.title);
+    const holder = made("div", {
+      id: kind.id,
+      class: "plot",
+      role: "img",
+      "aria-label": kind.title,
+    });
+    const now = made("div", { class: "now", "aria-hidden": "true" });
+    list.append(made("div", { class: "plot-heading" }, heading, readout), holder);
+    const plot = createPlot(kind, frames, holder);
+    plot.over.append(now);
+    plot.over.addEventListener("click", () => {
+      const index = plot.cursor.idx;
+      if (typeof index === "number") state.change({ frame: index });
+    });
+    return { kind, plot, readout, now, holder };
+  });
+
+  function showFrame() {
+    const frame = frames[state.frame];
+    for (const { kind, plot, readout, now } of plots) {
+      now.style.transform = `translateX(${plot.valToPos(frame.frame, "x")}px)`;
+      readout.textContent = `${kind.textAt(frame)} in frame ${frame.frame}`;
+    }
+  }
+
+  let width = list.clientWidth;
+  onResize(list, () => {
+    if (list.clientWidth === width || list.clientWidth === 0) return;
+    width = list.clientWidth;
+    for (const { kind, plot } of plots) plot.setSize({ width, height: kind.height });
+    showFrame();
+  });
+  onThemeChange(() => plots.forEach(({ plot }) => plot.redraw(false, true)));
+  state.subscribe((changed) => changed.has("frame") && showFrame());
+  showFrame();
+}
