@@ -83,7 +83,7 @@ export async function goTo(page, frame) {
  * @param {number} frame
  */
 export async function isAt(page, frame) {
-  await page.locator(`#player[data-frame="${frame}"]`).waitFor({ timeout: 10000 });
+  await page.locator(`#player[data-frame="${frame}"]`).waitFor();
 }
 
 /** @param {Page} page */

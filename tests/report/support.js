@@ -120,6 +120,7 @@ export async function open(path, options = {}, allowed = []) {
     ...options,
   });
   const page = await context.newPage();
+  page.setDefaultTimeout(15000);
   /** @type {string[]} */
   const requests = [];
   /** @type {string[]} */
