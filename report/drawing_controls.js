@@ -96,7 +96,11 @@ export function createDrawingControls(data, state) {
 
   function show() {
     const residuals = knowsTracks && state.residualFactor > 0;
-    const parts = residuals ? [`Residuals are drawn ${timesAsLong(state.residualFactor)}.`] : [];
+    const parts = residuals
+      ? [
+          `Residuals are drawn ${timesAsLong(state.residualFactor)}; a bar ends those that are cut short.`,
+        ]
+      : [];
     const large = state.ellipseFactor === 1 ? "" : `, drawn ${state.ellipseFactor} times as large`;
     parts.push(`Ellipses reach to two deviations of a corner's place${large}.`);
     note.textContent = parts.join(" ");

@@ -26,6 +26,7 @@ import { inView } from "./page_data.js";
 const ellipseDeviations = 2;
 const labelGap = 9; // from a corner to its name, in thin lines
 const edgeGap = 6;
+const longestResidual = 0.08; // of the canvas's diagonal
 
 /**
  * @param {CanvasRenderingContext2D} context
@@ -168,6 +169,17 @@ export function quadColour({ isOnPicture }) {
 }
 
 /**
+ * @param {CanvasRenderingContext2D} context
+ * @param {Point} point
+ * @returns {string} an arrow to a point beyond the canvas
+ */
+function arrowTo({ canvas }, [x, y]) {
+  if (x > canvas.width) return " →";
+  if (x < 0) return " ←";
+  return y < 0 ? " ↑" : y > canvas.height ? " ↓" : "";
+}
+
+/**
  * @param {Drawing} drawing
  * @param {Point[]} corners on the canvas
  * @param {string[]} names
@@ -178,7 +190,8 @@ function nameCorners(drawing, corners, names) {
     const away = Math.hypot(x - middle[0], y - middle[1]) || 1;
     const gap = (labelGap * drawing.line) / away;
     const down = Math.sign(y - middle[1]) * labelGap * drawing.line;
-    write(drawing, names[i], [x + (x - middle[0]) * gap, y + down]);
+    const name = names[i] + arrowTo(drawing.context, [x, y]);
+    write(drawing, name, [x + (x - middle[0]) * gap, y + down]);
   });
 }
 
@@ -266,25 +279,44 @@ function drawMark(drawing, part, middle) {
 }
 
 /**
- * The tracks that are seen in the frame, with lines that lead away from where the transform puts
- * them, `residualFactor` times as long as they are off.
+ * A line that leads away from where the transform puts the track, `residualFactor` times as long
+ * as the track is off. Where that would be longer than is of use it is cut off, with a bar.
+ * @param {Drawing} drawing
+ * @param {number} cell
+ * @param {Point} seen on the canvas
+ */
+function drawResidual(drawing, cell, [x, y]) {
+  const { context, cells, looking, scale, line } = drawing;
+  const across = cells.dx[cell] * scale[0] * looking.residualFactor;
+  const down = cells.dy[cell] * scale[1] * looking.residualFactor;
+  const length = Math.hypot(across, down);
+  if (!(length > 0)) return;
+  const longest = longestResidual * Math.hypot(context.canvas.width, context.canvas.height);
+  const share = Math.min(longest / length, 1);
+  const end = [x + across * share, y + down * share];
+  context.beginPath();
+  context.setLineDash([]);
+  context.moveTo(x, y);
+  context.lineTo(end[0], end[1]);
+  if (share < 1) {
+    const aside = [(4 * line * down) / length, (-4 * line * across) / length];
+    context.moveTo(end[0] - aside[0], end[1] - aside[1]);
+    context.lineTo(end[0] + aside[0], end[1] + aside[1]);
+  }
+  strokeCased(drawing, partColour(drawing, cells.part[cell]), 1.25);
+}
+
+/**
+ * The tracks that are seen in the frame, with their residuals.
  * @param {Drawing} drawing
  */
 export function drawTracks(drawing) {
-  const { context, cells, data, looking, place, scale, line } = drawing;
+  const { cells, data, looking, place, line, context } = drawing;
   for (let track = 0; track < cells.trackCount; ++track) {
     const cell = track * cells.frameCount + looking.frame;
     if (Number.isNaN(cells.x[cell])) continue;
     const [x, y] = place([cells.x[cell], cells.y[cell]]);
-    if (!Number.isNaN(cells.dx[cell]) && looking.residualFactor > 0) {
-      const across = cells.dx[cell] * scale[0] * looking.residualFactor;
-      const down = cells.dy[cell] * scale[1] * looking.residualFactor;
-      context.beginPath();
-      context.setLineDash([]);
-      context.moveTo(x, y);
-      context.lineTo(x + across, y + down);
-      strokeCased(drawing, partColour(drawing, cells.part[cell]), 1.25);
-    }
+    drawResidual(drawing, cell, [x, y]);
     drawMark(drawing, cells.part[cell], [x, y]);
     if (track !== looking.track) continue;
     traceMark(context, Part.good, [x, y], 8 * line);

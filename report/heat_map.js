@@ -20,6 +20,7 @@ const highestRow = 16;
 const namedRow = 12; // rows as high as this have their names beside them
 const nameWidth = 96;
 const shades = 64;
+const roundingsShown = 5; // below so many, residuals are those of rounding
 const stripe = 6; // from stripe to stripe, in CSS pixels
 
 /**
@@ -118,7 +119,10 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   const order = found("heat-order", HTMLSelectElement);
   const context = contextOf(canvas);
   const marksContext = contextOf(marks);
-  const cap = heatCap(sortedResiduals(cells, Part.good));
+  const cap = heatCap(
+    sortedResiduals(cells, Part.good),
+    roundingsShown * (data.observations?.unit ?? 0),
+  );
   const shadeOf = shadesOf(cells.residual, cap);
   const rowHeight = Math.min(
     Math.max(Math.floor(heatHeight / Math.max(tracks.length, 1)), lowestRow),

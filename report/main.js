@@ -47,9 +47,10 @@ function firstFrame({ result }) {
  * @param {PageData} data
  * @param {Cells} cells
  */
-function firstFactors({ result, view }, cells) {
+function firstFactors({ result, view, observations }, cells) {
   const residuals = sortedResiduals(cells, Part.good);
-  const high = residuals[Math.floor(0.9 * residuals.length)] ?? 0;
+  const rounding = observations?.unit ?? 0;
+  const high = Math.max(residuals[Math.floor(0.9 * residuals.length)] ?? 0, 4 * rounding);
   const errors = result.frames.map((frame) => frame.expected_error ?? 0).sort((a, b) => a - b);
   const usual = 2 * errors[Math.floor(0.5 * errors.length)];
   return {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The frame that the page looks at: its picture, its quads and its tracks.
 
-import { contextOf, fitToScreen, found, onResize } from "./elements.js";
+import { contextOf, fitToScreen, found, made, onResize } from "./elements.js";
 import {
   createDrawing,
   drawGround,
@@ -39,7 +39,6 @@ export function createPlayerView(shot, pictures, state) {
   const canvas = found("player-canvas", HTMLCanvasElement);
   const context = contextOf(canvas);
   const caption = found("player-caption", HTMLElement);
-  const badge = found("stage-badge", HTMLElement);
   let drawnFrame = -1;
   /** @type {Drawing | null} */
   let drawing = null;
@@ -53,10 +52,10 @@ export function createPlayerView(shot, pictures, state) {
     drawTracks(drawing);
     drawQuads(drawing);
     canvas.dataset.quadColour = quadColour(drawing);
-    badge.textContent =
-      frame.verdict === "doubtful" ? `▲ ${frame.frame} doubtful` : `${frame.frame}`;
-    badge.classList.toggle("doubtful", frame.verdict === "doubtful");
-    caption.textContent = `Frame ${frame.frame}${pictureWords(image)}`;
+    caption.replaceChildren(made("strong", {}, `Frame ${frame.frame}`), pictureWords(image));
+    if (frame.verdict === "doubtful") {
+      caption.append(" ", made("span", { class: "badge" }, "▲ doubtful"));
+    }
     section.dataset.frame = String(frame.frame);
     drawnFrame = state.frame;
   }

@@ -23,6 +23,7 @@ import { pixelText, rounded } from "./wording.js";
 
 const plotFont = "12px system-ui, sans-serif";
 const axisWidth = 84;
+const leastHeight = 0.001; // what is smaller is not worth a look
 const models = ["base", "projective", "affine", "similarity", "translation", "held"];
 
 /**
@@ -217,7 +218,7 @@ function scalesOf(frames, { rows, limit }) {
     x: { time: false, range: () => [first - 0.5, last + 0.5] },
     y: {
       range: (_plot, _low, high) =>
-        rows ? [-0.6, rows.length - 0.4] : [0, Math.max(high ?? 0, limit ?? 0, 1e-9) * 1.12],
+        rows ? [-0.6, rows.length - 0.4] : [0, Math.max(high ?? 0, limit ?? 0, leastHeight) * 1.12],
     },
   };
 }
