@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the result was made from and how, so that the page documents the solve.
 
-import { counted, framesText, pixelText, rounded } from "./wording.js";
+import { counted, framesText, pixelText, rounded, shareText } from "./wording.js";
 import { found, made } from "./elements.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -107,10 +107,9 @@ function conventions({ units, picture }) {
  * @returns {Fact[]}
  */
 function shownFacts({ reduced, pictures, observations }) {
-  const { frames, tracks } = reduced;
   return [
-    ["Frames", frames.how ?? `all ${frames.of}`],
-    ["Tracks", tracks.how ?? `all ${tracks.of}`],
+    ["Frames", shareText(reduced.frames, "frame")],
+    ["Tracks", shareText(reduced.tracks, "track")],
     [
       "Places of the tracks",
       observations === null

@@ -353,14 +353,15 @@ export function drawingFactors() {
 }
 
 /**
- * The largest factor that draws a length no longer than a share of the view.
+ * The largest factor that draws a length no longer than a share of the view's diagonal.
  * @param {number} length in the units of the tracks
+ * @param {number} share
  * @param {PageData["view"]} view
  */
-export function fittingFactor(length, view) {
-  const longest = 0.04 * Math.hypot(view.width, view.height);
+export function fittingFactor(length, share, view) {
+  const longest = share * Math.hypot(view.width, view.height);
   const fitting = factors.filter(
     (factor) => factor * length * Math.abs(view.from_tracks[0]) <= longest,
   );
-  return fitting.at(-1) ?? 1;
+  return length > 0 ? (fitting.at(-1) ?? 1) : 1;
 }

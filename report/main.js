@@ -53,9 +53,10 @@ function firstFactors({ result, view, observations }, cells) {
   const high = Math.max(residuals[Math.floor(0.9 * residuals.length)] ?? 0, 4 * rounding);
   const errors = result.frames.map((frame) => frame.expected_error ?? 0).sort((a, b) => a - b);
   const usual = 2 * errors[Math.floor(0.5 * errors.length)];
+  const worst = 2 * errors[errors.length - 1];
   return {
-    residualFactor: high > 0 ? fittingFactor(high, view) : 1,
-    ellipseFactor: usual > 0 ? fittingFactor(usual, view) : 1,
+    residualFactor: fittingFactor(high, 0.04, view),
+    ellipseFactor: Math.min(fittingFactor(usual, 0.04, view), fittingFactor(worst, 0.12, view)),
   };
 }
 

@@ -19,15 +19,6 @@ import { onThemeChange } from "./theme.js";
 /** @typedef {import("./frame_drawing.js").Drawing} Drawing */
 
 /**
- * Gives a stage the view's shape.
- * @param {HTMLElement} stage
- * @param {PageData["view"]} view
- */
-export function shapeStage(stage, view) {
-  stage.style.setProperty("--shape", String(view.width / view.height));
-}
-
-/**
  * @param {{data: PageData, cells: Cells}} shot
  * @param {Pictures} pictures
  * @param {State} state
@@ -84,7 +75,8 @@ export function createPlayerView(shot, pictures, state) {
     state.change({ track });
   }
 
-  shapeStage(found("player-stage", HTMLElement), shot.data.view);
+  const { width, height } = shot.data.view;
+  found("stages", HTMLElement).style.setProperty("--shape", String(width / height));
   canvas.addEventListener("click", selectTrack);
   state.subscribe(show);
   onThemeChange(show);

@@ -7,7 +7,6 @@ import { contextOf, fitToScreen, found, onResize } from "./elements.js";
 import { Part } from "./cells.js";
 import { colour, onThemeChange } from "./theme.js";
 import { inView } from "./page_data.js";
-import { shapeStage } from "./player_view.js";
 import { traceMark } from "./frame_drawing.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -103,7 +102,6 @@ export function createSteadiedView({ data, cells }, pictures, state) {
   caption.textContent = isEmpty
     ? "Steadied: nothing to hold still without pictures or tracks"
     : `Steadied: as seen from frame ${result.reference_frame}. A good solve stands still.`;
-  shapeStage(stage, view);
   state.subscribe((changed) => changed.has("frame") && show());
   onThemeChange(show);
   onResize(stage, show);

@@ -80,7 +80,11 @@ export function createTrackDetails({ data, cells }, state) {
     ];
     if (stretch !== null) {
       content.push(
-        made("p", { class: "label" }, `To leave it out in ${framesText(...stretch)}`),
+        made(
+          "p",
+          { class: "label" },
+          `To leave it out in ${stretch[0] === stretch[1] ? "frame" : "frames"} ${framesText(...stretch)}`,
+        ),
         optionLine(dropOption(name, stretch, names)),
       );
     }

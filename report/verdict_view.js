@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the solve comes to, in the command's words.
 
-import { counted, framesText } from "./wording.js";
+import { counted, framesText, shareText } from "./wording.js";
 import { found, made, madeButton } from "./elements.js";
 import { worstIndexWithin } from "./page_data.js";
 
@@ -36,8 +36,11 @@ export function createVerdictView({ title, verdict, result, reduced }, state) {
     }),
   );
 
-  const reductions = [reduced.frames.how, reduced.tracks.how].filter((how) => how !== null);
+  const shown = [
+    reduced.frames.how && shareText(reduced.frames, "frame"),
+    reduced.tracks.how && shareText(reduced.tracks, "track"),
+  ].filter(Boolean);
   const note = found("reduced-note", HTMLElement);
-  note.hidden = reductions.length === 0;
-  note.textContent = reductions.join(" ");
+  note.hidden = shown.length === 0;
+  note.textContent = `Shown here are ${shown.join("; and ")}.`;
 }
