@@ -7,41 +7,20 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "shot/files/base64.h"
 #include "shot/files/sha256.h"
 #include "shot/report/gzip.h"
+#include "shot/report/html_text.h"
 #include "shot/report/page_data.h"
 #include "shot/report/page_parts.h"
+#include "shot/report/page_pictures.h"
 #include "shot/report/view.h"
 
 namespace cornerpin {
 
 namespace {
-
-// What a page's text or attribute shows as this text.
-std::string htmlText(std::string_view text) {
-  std::string html;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        html += "&amp;";
-        break;
-      case '<':
-        html += "&lt;";
-        break;
-      case '>':
-        html += "&gt;";
-        break;
-      case '"':
-        html += "&quot;";
-        break;
-      default:
-        html += c;
-    }
-  }
-  return html;
-}
 
 std::string hashOf(std::string_view text) {
   Sha256 digest;
@@ -49,12 +28,13 @@ std::string hashOf(std::string_view text) {
   return "'sha256-" + digest.base64() + "'";
 }
 
-// Nothing from anywhere but what is in the page.
-std::string policy() {
+// Nothing from anywhere but what is in the page, or pictures from where it is itself.
+std::string policy(bool linked) {
   return fmt::format(
-      "default-src 'none'; script-src {} {}; style-src {}; img-src data:; base-uri 'none'; "
+      "default-src 'none'; script-src {} {}; style-src {}; img-src data:{}; base-uri 'none'; "
       "form-action 'none'",
-      hashOf(pageLibraries()), hashOf(pageScript()), hashOf(pageStyle()));
+      hashOf(pageLibraries()), hashOf(pageScript()), hashOf(pageStyle()),
+      linked ? " 'self' file:" : "");
 }
 
 using Places = std::map<std::string_view, std::string_view>;
@@ -75,27 +55,66 @@ std::size_t sizeOfParts() {
   return pageTemplate().size() + pageStyle().size() + pageLibraries().size() + pageScript().size();
 }
 
+struct Content {
+  Shown shown;
+  View view;
+};
+
+// As much as the page has room for.
+Content contentOf(const PageSubject& subject, const PictureUse* use) {
+  std::optional<PictureSize> size;
+  if (use != nullptr) size = use->pictures.size();
+  for (PageLimits limits;; limits = limits.halved()) {
+    Content content;
+    content.shown = shownOf(subject, limits);
+    content.view = viewOf(subject, content.shown, size);
+    const std::size_t bytes =
+        base64(gzip(pageDataJson(subject, content.shown, content.view, std::nullopt))).size();
+    if (bytes + sizeOfParts() <= kMostBytes || limits.frames <= 1) return content;
+  }
+}
+
+PagePictures picturesOf(const PageSubject& subject, const Shown& shown, const PictureUse& use) {
+  std::vector<int> frames;
+  frames.reserve(shown.frames.size());
+  for (const std::size_t f : shown.frames) frames.push_back(subject.result.frames[f].frame);
+  return use.linkedFrom.empty() ? embedded(use.pictures, frames)
+                                : linked(use.pictures, frames, use.linkedFrom);
+}
+
+// A URL, which needs no escapes, or null, for each frame.
+std::string listOf(const std::vector<std::string>& urls) {
+  std::string list;
+  for (const std::string& url : urls) {
+    list += list.empty() ? "[" : ",\n";
+    list += url.empty() ? "null" : "\"" + url + "\"";
+  }
+  return list + "]";
+}
+
 }  // namespace
 
-void writePage(const PageSubject& subject, OutputFile& out) {
-  std::string data;
-  PageLimits limits;
-  do {
-    const Shown shown = shownOf(subject, limits);
-    const View view = viewOf(subject, shown);
-    data = base64(gzip(pageDataJson(subject, shown, view, std::nullopt)));
-    limits = limits.halved();
-  } while (data.size() + sizeOfParts() > kMostBytes && limits.frames > 0);
+std::vector<std::string> writePage(const PageSubject& subject, const PictureUse* use,
+                                   OutputFile& out) {
+  const Content content = contentOf(subject, use);
+  std::optional<PagePictures> pictures;
+  if (use != nullptr) pictures = picturesOf(subject, content.shown, *use);
+  const std::string json =
+      pageDataJson(subject, content.shown, content.view,
+                   pictures ? std::optional<PictureNote>(pictures->note) : std::nullopt);
+  const std::string rules = policy(pictures && pictures->note.linked);
   const std::string title = htmlText(subject.title);
-  const std::string rules = policy();
+  const std::string data = base64(gzip(json));
+  const std::string urls = pictures ? listOf(pictures->urls) : "null";
   fill({{"policy", rules},
         {"title", title},
         {"style", pageStyle()},
         {"data", data},
-        {"pictures", "null"},
+        {"pictures", urls},
         {"libraries", pageLibraries()},
         {"script", pageScript()}},
        out);
+  return pictures ? pictures->broken : std::vector<std::string>();
 }
 
 }  // namespace cornerpin

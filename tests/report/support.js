@@ -54,15 +54,29 @@ export function cornerpin(...words) {
  * Solves a file of tracks and writes the page about it.
  * @param {string} tracks
  * @param {string} name of the result and the page, without ending
- * @param {string[]} words further ones of the solve
+ * @param {string[]} [solving] further words for `cornerpin solve`
+ * @param {string[]} [reporting] further words for `cornerpin report`
  * @returns {{ path: string, result: Result }}
  */
-export function solvedPage(tracks, name, ...words) {
+export function solvedPage(tracks, name, solving = [], reporting = []) {
   const result = made(`${name}.json`);
-  const path = made(`${name}.html`);
-  cornerpin("solve", tracks, "-o", result, "--report", path, ...words);
-  return { path, result: JSON.parse(readFileSync(result, "utf8")) };
+  cornerpin("solve", tracks, "-o", result, ...solving);
+  return { path: pageOf(result, "--tracks", tracks, ...reporting), result: readJson(result) };
 }
+
+/**
+ * Writes the page about a result beside it.
+ * @param {string} result
+ * @param {...string} words further ones for `cornerpin report`
+ */
+export function pageOf(result, ...words) {
+  const path = result.replace(/json$/, "html");
+  cornerpin("report", result, "-o", path, ...words);
+  return path;
+}
+
+/** @param {string} path */
+export const readJson = (path) => JSON.parse(readFileSync(path, "utf8"));
 
 /**
  * @param {string} name
@@ -106,6 +120,7 @@ export async function open(path, options = {}, allowed = []) {
     ...options,
   });
   const page = await context.newPage();
+  page.setDefaultTimeout(15000);
   /** @type {string[]} */
   const requests = [];
   /** @type {string[]} */
@@ -120,7 +135,7 @@ export async function open(path, options = {}, allowed = []) {
     dialog.dismiss();
   });
   await page.goto(pathToFileURL(path).href);
-  await page.locator("h1").waitFor();
+  await page.locator("html[data-ready]").waitFor();
   const close = async () => {
     await context.close();
     assert.deepEqual(problems, []);

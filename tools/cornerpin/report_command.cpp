@@ -9,13 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "shot/files/output_file.h"
 #include "shot/files/result_reader.h"
-#include "shot/report/page.h"
 #include "shot/report/tracks_of_result.h"
 #include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
+#include "tools/cornerpin/report_options.h"
 #include "tools/cornerpin/shared_options.h"
 
 namespace cornerpin {
@@ -35,34 +34,40 @@ struct Arguments {
   std::string input;
   std::string output;
   std::string tracks;
+  PagePictureOptions pictures;
+  PlotOption plot;
   QuietOption quiet;
 };
 
-// The page beside a result.
-std::string pageOf(const std::string& result) {
-  if (result == "-") {
+// Where the page goes: beside the result, unless it is said.
+std::string pageOf(const Arguments& arguments) {
+  if (!arguments.output.empty()) return arguments.output;
+  if (arguments.input == "-") {
     throw std::invalid_argument("standard input has no name that the page could have: add -o FILE");
   }
-  return std::filesystem::path(result).replace_extension(".html").string();
+  return std::filesystem::path(arguments.input).replace_extension(".html").string();
 }
 
-std::string titleOf(const ShotResult& result, const std::string& path) {
-  const std::optional<InputFile>& input = result.provenance.input;
-  if (input && !input->name.empty()) return input->name;
-  return path == "-" ? "a result" : std::filesystem::path(path).filename().string();
-}
-
-int run(const Arguments& arguments) {
-  const bool onStandardOutput = isStandardOutput(arguments.output);
-  const std::string path = arguments.output.empty() ? pageOf(arguments.input) : arguments.output;
-  if (!onStandardOutput) {
-    refuseInput(arguments.input, path);
-    refuseInput(arguments.tracks, path);
-  }
+// Refuses outputs that would replace the inputs or one another, or cannot be written.
+void checkFiles(const Arguments& arguments, const std::string& page) {
   if (arguments.input == "-" && arguments.tracks == "-") {
     throw std::invalid_argument("the result and --tracks both want standard input: name a file");
   }
-  requireWritable(path);
+  for (const std::string& output : {page, arguments.plot.path}) {
+    if (isStandardOutput(output)) continue;
+    refuseInput(arguments.input, output);
+    refuseInput(arguments.tracks, output);
+  }
+  refuseSame("-o", page, "--plot", arguments.plot.path);
+  requireWritable(page);
+  requireWritable(arguments.plot.path);
+}
+
+int run(Arguments& arguments) {
+  const std::string page = pageOf(arguments);
+  arguments.plot.check();
+  arguments.pictures.check(page);
+  checkFiles(arguments, page);
   const ShotResult result = readResult(arguments.input);
   FileTalk talk;
   std::optional<Tracks> tracks;
@@ -71,9 +76,12 @@ int run(const Arguments& arguments) {
     tracks = tracksOfResult(arguments.tracks, result, {}, notes);
     talk.add(notes);
   }
-  OutputFile out(onStandardOutput ? "-" : path);
-  writePage({result, tracks ? &*tracks : nullptr, titleOf(result, arguments.input)}, out);
-  out.commit();
+  const PageSubject subject = {result, tracks ? &*tracks : nullptr,
+                               titleOf(result, arguments.input)};
+  arguments.pictures.find(result.provenance.picture, result.frames.front().frame,
+                          result.frames.back().frame, subject.tracks);
+  arguments.pictures.write(subject, page, talk);
+  arguments.plot.write(subject);
   if (!arguments.quiet.given) talk.tellNotes();
   return kSolved;
 }
@@ -94,6 +102,8 @@ Command addReport(CLI::App& app) {
                               "File with the tracks that the result was made from"))
       ->check(refuseEmpty)
       ->option_text("FILE");
+  arguments->pictures.addTo(parser);
+  arguments->plot.addTo(parser);
   arguments->quiet.addTo(parser);
   return {&parser, [arguments] { return run(*arguments); }, &kText};
 }
