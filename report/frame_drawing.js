@@ -17,13 +17,20 @@ import { inView } from "./page_data.js";
  * @typedef {{
  *   context: CanvasRenderingContext2D, data: PageData, cells: Cells, looking: Looking,
  *   isOnPicture: boolean, place: (point: Point) => Point, scale: Point, line: number,
- *   box: [number, number, number, number],
+ *   markSize: number, box: [number, number, number, number],
  * }} Drawing `place` leads from the tracks' units to the canvas's pixels, `scale` is its linear
- * part, `line` is the width of a thin line in these pixels, `box` is where the view is: left, top, width
+ * part, `line` is the width of a thin line in these pixels, `markSize`
+ * the radius of a mark in these, `box` is where the view is: left, top, width
  * and height
  */
 
+/**
+ * What of it lines and marks need.
+ * @typedef {Pick<Drawing, "context" | "isOnPicture" | "line"> & { markSize?: number }} Brush
+ */
+
 const ellipseDeviations = 2;
+const usualMark = 3; // a mark's radius, in thin lines
 const labelGap = 9; // from a corner to its name, in thin lines
 const edgeGap = 6;
 const longestResidual = 0.08; // of the canvas's diagonal
@@ -58,6 +65,7 @@ export function createDrawing(context, { data, cells }, looking, isOnPicture) {
     place,
     scale: [ax * across, ay * down],
     line: window.devicePixelRatio,
+    markSize: markSizeOn(context.canvas),
     box: [left, top, zoom * width, zoom * height],
   };
 }
@@ -68,8 +76,6 @@ export function createDrawing(context, { data, cells }, looking, isOnPicture) {
  * @param {HTMLImageElement | null} image
  */
 export function drawGround({ context, looking, box, line }, image) {
-  const { width, height } = context.canvas;
-  context.clearRect(0, 0, width, height);
   if (image !== null) context.drawImage(image, ...box);
   if (looking.zoom === 1) return;
   context.setLineDash([]);
@@ -79,15 +85,24 @@ export function drawGround({ context, looking, box, line }, image) {
 }
 
 /**
+ * Marks are smaller where the canvas is, so that they hide no more of the picture.
+ * @param {HTMLCanvasElement} canvas
+ */
+export function markSizeOn({ width }) {
+  const share = width / window.devicePixelRatio / 560;
+  return usualMark * Math.min(Math.max(share, 0.65), 1);
+}
+
+/**
  * Strokes the path; on a picture over a wider dark line, so that it is seen on any ground.
- * @param {Drawing} drawing
+ * @param {Brush} brush
  * @param {string} stroke
  * @param {number} width in thin lines
  */
-function strokeCased({ context, isOnPicture, line }, stroke, width) {
+export function strokeCased({ context, isOnPicture, line }, stroke, width) {
   if (isOnPicture) {
     context.strokeStyle = colour("casing");
-    context.lineWidth = (width + 2) * line;
+    context.lineWidth = (width + 1.5) * line;
     context.stroke();
   }
   context.strokeStyle = stroke;
@@ -163,7 +178,7 @@ function drawEllipse(drawing, middle, covariance) {
   strokeCased(drawing, quadColour(drawing), 1.25);
 }
 
-/** @param {Drawing} drawing */
+/** @param {Brush} brush */
 export function quadColour({ isOnPicture }) {
   return isOnPicture ? "#f0e442" : colour("quad");
 }
@@ -250,7 +265,7 @@ export function traceMark(context, part, [x, y], radius) {
 }
 
 /**
- * @param {Drawing} drawing
+ * @param {Brush} brush
  * @param {number} part
  * @returns {string}
  */
@@ -261,20 +276,21 @@ function partColour({ isOnPicture }, part) {
 }
 
 /**
- * @param {Drawing} drawing
+ * @param {Brush} brush
  * @param {number} part
  * @param {Point} middle
  */
-function drawMark(drawing, part, middle) {
-  const { context, line } = drawing;
+export function drawMark(brush, part, middle) {
+  const { context, line } = brush;
+  const size = brush.markSize ?? usualMark;
   context.setLineDash([]);
-  traceMark(context, part, middle, (part === Part.good ? 3 : 3.5) * line);
+  traceMark(context, part, middle, (part === Part.good ? 1 : 1.15) * size * line);
   if (part !== Part.good) {
-    strokeCased(drawing, partColour(drawing, part), 1.5);
+    strokeCased(brush, partColour(brush, part), 1.5);
     return;
   }
-  if (drawing.isOnPicture) strokeCased(drawing, colour("casing"), 1);
-  context.fillStyle = partColour(drawing, part);
+  if (brush.isOnPicture) strokeCased(brush, colour("casing"), 1);
+  context.fillStyle = partColour(brush, part);
   context.fill();
 }
 

@@ -198,7 +198,6 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   function mark() {
     if (!fitToScreen(marks)) return;
     const density = window.devicePixelRatio;
-    marksContext.clearRect(0, 0, marks.width, marks.height);
     const columns = marks.width - left * density;
     const columnWidth = columns / frames.length;
     const x = left * density + state.frame * columnWidth;
@@ -247,7 +246,8 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   }
 
   function describeSelected() {
-    readout.setAttribute("aria-live", state.isPlaying ? "off" : "polite");
+    const isHeard = document.activeElement === scroll && !state.isPlaying;
+    readout.setAttribute("aria-live", isHeard ? "polite" : "off");
     if (state.track >= 0) describe(state.track, state.frame);
     else
       readout.textContent = "Point at a cell to read it; click it to select its track and frame.";

@@ -97,14 +97,13 @@ async function startPage() {
   });
   const inOrder = createHeatOrder(data.result, cells);
 
-  document.title = `${data.title} - Cornerpin`;
   saysWhatIsMissing(data);
   createVerdictView(data, state);
   const player = createPlayerView(shot, pictures, state);
   createSteadiedView(shot, pictures, state);
   createTransport(frames, state, player.isDrawn);
   createFrameFacts(data, state);
-  createDrawingControls(data, state);
+  createDrawingControls(data, state, pictures.any);
   createPlots(data, state);
   createHeatMap(shot, inOrder, state);
   createTrackDetails(shot, state);

@@ -38,7 +38,7 @@ export function createPlayerView(shot, pictures, state) {
   function draw(image) {
     if (!fitToScreen(canvas)) return;
     const frame = frames[state.frame];
-    drawing = createDrawing(context, shot, state, image !== null);
+    drawing = createDrawing(context, shot, state, pictures.any);
     drawGround(drawing, image);
     drawTracks(drawing);
     drawQuads(drawing);

@@ -94,12 +94,11 @@ export function createTrackDetails({ data, cells }, state) {
   }
 
   function show() {
-    holder.setAttribute("aria-live", state.isPlaying ? "off" : "polite");
     if (state.track >= 0) holder.replaceChildren(...selected());
     else {
       const words =
         "Select a track, here or in the player, for the option that would leave it out.";
-      holder.replaceChildren(made("p", { class: "quiet" }, words));
+      holder.replaceChildren(made("p", { class: "quiet on-screen" }, words));
     }
   }
   state.subscribe((changed) => {

@@ -43,7 +43,7 @@ export function framesText(first, last) {
  * @param {string} noun
  */
 export function shareText({ shown, of, how }, noun) {
-  if (how === null) return `all ${counted(of, noun)}`;
+  if (how === null) return of === 1 ? `the only ${noun}` : `all ${counted(of, noun)}`;
   return `${shown.toLocaleString("en")} of ${counted(of, noun)}: ${how}`;
 }
 
