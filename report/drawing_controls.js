@@ -2,54 +2,69 @@
 // What the marks of a drawn frame mean, and how many times as long lengths are drawn.
 
 import { Part, partWords } from "./cells.js";
-import { colour, onThemeChange } from "./theme.js";
+import { onThemeChange } from "./theme.js";
 import { contextOf, fitToScreen, found, made } from "./elements.js";
-import { drawingFactors, traceMark } from "./frame_drawing.js";
+import { drawMark, drawingFactors, quadColour, strokeCased } from "./frame_drawing.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./state.js").State} State */
 
+/** @typedef {import("./frame_drawing.js").Brush} Brush */
+/** @typedef {(brush: Brush, canvas: HTMLCanvasElement) => void} Swatch */
+
 /**
+ * @param {Brush} brush
  * @param {HTMLCanvasElement} canvas
- * @param {number} part
+ * @param {number[]} dash in thin lines
  */
-function drawSwatch(canvas, part) {
-  if (!fitToScreen(canvas)) return;
-  const context = contextOf(canvas);
-  const line = window.devicePixelRatio;
-  context.clearRect(0, 0, canvas.width, canvas.height);
-  const ink = colour(part === Part.good ? "good" : part === Part.ignored ? "ignored" : "none");
-  context.strokeStyle = ink;
-  context.fillStyle = ink;
-  context.lineWidth = 1.5 * line;
-  traceMark(context, part, [canvas.width / 2, canvas.height / 2], 4 * line);
-  if (part === Part.good) context.fill();
-  else context.stroke();
+function drawLine(brush, { width, height }, dash) {
+  const { context, line } = brush;
+  context.setLineDash(dash.map((length) => length * line));
+  context.beginPath();
+  context.moveTo(2 * line, height / 2);
+  context.lineTo(width - 2 * line, height / 2);
+  strokeCased(brush, quadColour(brush), 2);
 }
 
-/** @param {boolean} knowsTracks */
-function createLegend(knowsTracks) {
+/** @type {Swatch} */
+function drawSmallEllipse(brush, { width, height }) {
+  brush.context.beginPath();
+  brush.context.ellipse(width / 2, height / 2, width * 0.4, height * 0.3, 0, 0, 2 * Math.PI);
+  strokeCased(brush, quadColour(brush), 1.25);
+}
+
+/**
+ * @param {boolean} knowsTracks
+ * @param {boolean} isOnPicture
+ */
+function createLegend(knowsTracks, isOnPicture) {
   const legend = found("legend", HTMLElement);
-  const parts = knowsTracks ? [Part.good, Part.ignored, Part.none] : [];
-  const swatches = parts.map((part) => {
+  /** @param {number} part @returns {[string, Swatch]} */
+  const trackItem = (part) => [
+    part === Part.none ? "track of no part" : `${partWords[part]} track`,
+    (brush, { width, height }) => drawMark(brush, part, [width / 2, height / 2]),
+  ];
+  /** @type {[string, Swatch][]} */
+  const items = [
+    ...(knowsTracks ? [Part.good, Part.ignored, Part.none].map(trackItem) : []),
+    ["quad in a good frame", (brush, canvas) => drawLine(brush, canvas, [])],
+    ["quad in a doubtful frame", (brush, canvas) => drawLine(brush, canvas, [4, 3])],
+    ["expected error of a corner", drawSmallEllipse],
+  ];
+  const swatches = items.map(([text, draw]) => {
     const canvas = made("canvas", { class: "swatch", "aria-hidden": "true" });
-    legend.append(
-      made("li", {}, canvas, part === Part.none ? "track of no part" : `${partWords[part]} track`),
-    );
-    return { canvas, part };
+    legend.append(made("li", {}, canvas, text));
+    return { canvas, draw };
   });
-  for (const [kind, text] of [
-    ["solid", "quad in a good frame"],
-    ["dashed", "quad in a doubtful frame"],
-    ["ellipse", "expected error of a corner"],
-  ]) {
-    legend.append(
-      made("li", {}, made("span", { class: `swatch ${kind}`, "aria-hidden": "true" }), text),
-    );
+  function drawSwatches() {
+    for (const { canvas, draw } of swatches) {
+      if (!fitToScreen(canvas)) continue;
+      const context = contextOf(canvas);
+      draw({ context, isOnPicture, line: window.devicePixelRatio }, canvas);
+    }
   }
-  const draw = () => swatches.forEach(({ canvas, part }) => drawSwatch(canvas, part));
-  draw();
-  onThemeChange(draw);
+  drawSwatches();
+  onThemeChange(drawSwatches);
 }
 
 /**
@@ -68,11 +83,14 @@ function createFactor(id, state, key, factors) {
   select.addEventListener("change", () => state.change({ [key]: Number(select.value) }));
 }
 
-/** @param {State} state */
-function createZoom(state) {
+/**
+ * @param {State} state
+ * @param {boolean} isPicture
+ */
+function createZoom(state, isPicture) {
   const select = found("zoom", HTMLSelectElement);
   for (const [zoom, label] of [
-    ["1", "the picture"],
+    ["1", isPicture ? "the picture" : "the tracks"],
     ["0.5", "twice as much"],
     ["0.25", "four times as much"],
   ]) {
@@ -89,24 +107,29 @@ function timesAsLong(factor) {
 /**
  * @param {PageData} data
  * @param {State} state
+ * @param {boolean} hasPictures
  */
-export function createDrawingControls(data, state) {
+export function createDrawingControls(data, state, hasPictures) {
   const note = found("drawing-note", HTMLElement);
   const knowsTracks = data.observations !== null;
 
   function show() {
     const residuals = knowsTracks && state.residualFactor > 0;
-    const parts = residuals ? [`Residuals are drawn ${timesAsLong(state.residualFactor)}.`] : [];
+    const parts = residuals
+      ? [
+          `Residuals are drawn ${timesAsLong(state.residualFactor)}; a bar ends those that are cut short.`,
+        ]
+      : [];
     const large = state.ellipseFactor === 1 ? "" : `, drawn ${state.ellipseFactor} times as large`;
     parts.push(`Ellipses reach to two deviations of a corner's place${large}.`);
     note.textContent = parts.join(" ");
   }
 
-  createLegend(knowsTracks);
+  createLegend(knowsTracks, hasPictures);
   createFactor("residual-factor", state, "residualFactor", [0, ...drawingFactors()]);
   createFactor("ellipse-factor", state, "ellipseFactor", drawingFactors());
   found("residual-factor", HTMLSelectElement).disabled = !knowsTracks;
-  createZoom(state);
+  createZoom(state, data.view.is_picture);
   state.subscribe(show);
   show();
 }

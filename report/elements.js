@@ -39,6 +39,11 @@ export function madeButton(label, act, attributes = {}) {
   return button;
 }
 
+/** Scrolls to where frames are drawn, if they are not in the window already. */
+export function bringFramesIntoView() {
+  found("stages", HTMLElement).scrollIntoView({ block: "nearest" });
+}
+
 /**
  * @param {HTMLCanvasElement} canvas
  * @returns {CanvasRenderingContext2D}
@@ -50,7 +55,8 @@ export function contextOf(canvas) {
 }
 
 /**
- * Gives the canvas as many pixels as the screen has where it stands.
+ * Gives the canvas as many pixels as the screen has where it stands, all of them empty. (What
+ * `clearRect` empties comes out white in print.)
  * @param {HTMLCanvasElement} canvas
  * @returns {boolean} false where it is not shown
  */
@@ -59,8 +65,8 @@ export function fitToScreen(canvas) {
   const columns = Math.round(width * window.devicePixelRatio);
   const rows = Math.round(height * window.devicePixelRatio);
   if (columns === 0 || rows === 0) return false;
-  if (canvas.width !== columns) canvas.width = columns;
-  if (canvas.height !== rows) canvas.height = rows;
+  canvas.width = columns;
+  canvas.height = rows;
   return true;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the result was made from and how, so that the page documents the solve.
 
-import { counted, framesText, pixelText } from "./wording.js";
+import { counted, framesText, pixelText, rounded, shareText } from "./wording.js";
 import { found, made } from "./elements.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -31,7 +31,6 @@ function optionFacts(options) {
       const [first, last] = options.frames;
       return ["--frames", last === null ? `${first}-` : framesText(first, last)];
     }
-    if (name === "units") return ["--raw-units", optionText(value === "raw")];
     return [`--${option}`, optionText(value)];
   });
 }
@@ -108,11 +107,15 @@ function conventions({ units, picture }) {
  * @returns {Fact[]}
  */
 function shownFacts({ reduced, pictures, observations }) {
-  const { frames, tracks } = reduced;
   return [
-    ["Frames", frames.how ?? `all ${frames.of}`],
-    ["Tracks", tracks.how ?? `all ${tracks.of}`],
-    ["Places of the tracks", observations === null ? "none: --tracks FILE brings them" : "yes"],
+    ["Frames", shareText(reduced.frames, "frame")],
+    ["Tracks", shareText(reduced.tracks, "track")],
+    [
+      "Places of the tracks",
+      observations === null
+        ? "none: --tracks FILE brings them"
+        : `rounded to ${rounded(observations.unit)} px`,
+    ],
     [
       "Pictures",
       pictures === null

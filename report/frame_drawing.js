@@ -17,15 +17,23 @@ import { inView } from "./page_data.js";
  * @typedef {{
  *   context: CanvasRenderingContext2D, data: PageData, cells: Cells, looking: Looking,
  *   isOnPicture: boolean, place: (point: Point) => Point, scale: Point, line: number,
- *   box: [number, number, number, number],
+ *   markSize: number, box: [number, number, number, number],
  * }} Drawing `place` leads from the tracks' units to the canvas's pixels, `scale` is its linear
- * part, `line` is the width of a thin line in these pixels, `box` is where the view is: left, top, width
+ * part, `line` is the width of a thin line in these pixels, `markSize`
+ * the radius of a mark in these, `box` is where the view is: left, top, width
  * and height
  */
 
+/**
+ * What of it lines and marks need.
+ * @typedef {Pick<Drawing, "context" | "isOnPicture" | "line"> & { markSize?: number }} Brush
+ */
+
 const ellipseDeviations = 2;
+const usualMark = 3; // a mark's radius, in thin lines
 const labelGap = 9; // from a corner to its name, in thin lines
 const edgeGap = 6;
+const longestResidual = 0.08; // of the canvas's diagonal
 
 /**
  * @param {CanvasRenderingContext2D} context
@@ -57,6 +65,7 @@ export function createDrawing(context, { data, cells }, looking, isOnPicture) {
     place,
     scale: [ax * across, ay * down],
     line: window.devicePixelRatio,
+    markSize: markSizeOn(context.canvas),
     box: [left, top, zoom * width, zoom * height],
   };
 }
@@ -67,8 +76,6 @@ export function createDrawing(context, { data, cells }, looking, isOnPicture) {
  * @param {HTMLImageElement | null} image
  */
 export function drawGround({ context, looking, box, line }, image) {
-  const { width, height } = context.canvas;
-  context.clearRect(0, 0, width, height);
   if (image !== null) context.drawImage(image, ...box);
   if (looking.zoom === 1) return;
   context.setLineDash([]);
@@ -78,15 +85,24 @@ export function drawGround({ context, looking, box, line }, image) {
 }
 
 /**
+ * Marks are smaller where the canvas is, so that they hide no more of the picture.
+ * @param {HTMLCanvasElement} canvas
+ */
+export function markSizeOn({ width }) {
+  const share = width / window.devicePixelRatio / 560;
+  return usualMark * Math.min(Math.max(share, 0.65), 1);
+}
+
+/**
  * Strokes the path; on a picture over a wider dark line, so that it is seen on any ground.
- * @param {Drawing} drawing
+ * @param {Brush} brush
  * @param {string} stroke
  * @param {number} width in thin lines
  */
-function strokeCased({ context, isOnPicture, line }, stroke, width) {
+export function strokeCased({ context, isOnPicture, line }, stroke, width) {
   if (isOnPicture) {
     context.strokeStyle = colour("casing");
-    context.lineWidth = (width + 2) * line;
+    context.lineWidth = (width + 1.5) * line;
     context.stroke();
   }
   context.strokeStyle = stroke;
@@ -162,9 +178,20 @@ function drawEllipse(drawing, middle, covariance) {
   strokeCased(drawing, quadColour(drawing), 1.25);
 }
 
-/** @param {Drawing} drawing */
+/** @param {Brush} brush */
 export function quadColour({ isOnPicture }) {
   return isOnPicture ? "#f0e442" : colour("quad");
+}
+
+/**
+ * @param {CanvasRenderingContext2D} context
+ * @param {Point} point
+ * @returns {string} an arrow to a point beyond the canvas
+ */
+function arrowTo({ canvas }, [x, y]) {
+  if (x > canvas.width) return " →";
+  if (x < 0) return " ←";
+  return y < 0 ? " ↑" : y > canvas.height ? " ↓" : "";
 }
 
 /**
@@ -178,7 +205,8 @@ function nameCorners(drawing, corners, names) {
     const away = Math.hypot(x - middle[0], y - middle[1]) || 1;
     const gap = (labelGap * drawing.line) / away;
     const down = Math.sign(y - middle[1]) * labelGap * drawing.line;
-    write(drawing, names[i], [x + (x - middle[0]) * gap, y + down]);
+    const name = names[i] + arrowTo(drawing.context, [x, y]);
+    write(drawing, name, [x + (x - middle[0]) * gap, y + down]);
   });
 }
 
@@ -237,7 +265,7 @@ export function traceMark(context, part, [x, y], radius) {
 }
 
 /**
- * @param {Drawing} drawing
+ * @param {Brush} brush
  * @param {number} part
  * @returns {string}
  */
@@ -248,43 +276,63 @@ function partColour({ isOnPicture }, part) {
 }
 
 /**
- * @param {Drawing} drawing
+ * @param {Brush} brush
  * @param {number} part
  * @param {Point} middle
  */
-function drawMark(drawing, part, middle) {
-  const { context, line } = drawing;
+export function drawMark(brush, part, middle) {
+  const { context, line } = brush;
+  const size = brush.markSize ?? usualMark;
   context.setLineDash([]);
-  traceMark(context, part, middle, (part === Part.good ? 3 : 3.5) * line);
+  traceMark(context, part, middle, (part === Part.good ? 1 : 1.15) * size * line);
   if (part !== Part.good) {
-    strokeCased(drawing, partColour(drawing, part), 1.5);
+    strokeCased(brush, partColour(brush, part), 1.5);
     return;
   }
-  if (drawing.isOnPicture) strokeCased(drawing, colour("casing"), 1);
-  context.fillStyle = partColour(drawing, part);
+  if (brush.isOnPicture) strokeCased(brush, colour("casing"), 1);
+  context.fillStyle = partColour(brush, part);
   context.fill();
 }
 
 /**
- * The tracks that are seen in the frame, with lines that lead away from where the transform puts
- * them, `residualFactor` times as long as they are off.
+ * A line that leads away from where the transform puts the track, `residualFactor` times as long
+ * as the track is off. Where that would be longer than is of use it is cut off, with a bar.
+ * @param {Drawing} drawing
+ * @param {number} cell
+ * @param {Point} seen on the canvas
+ */
+function drawResidual(drawing, cell, [x, y]) {
+  const { context, cells, looking, scale, line } = drawing;
+  const across = cells.dx[cell] * scale[0] * looking.residualFactor;
+  const down = cells.dy[cell] * scale[1] * looking.residualFactor;
+  const length = Math.hypot(across, down);
+  if (!(length > 0)) return;
+  const longest = longestResidual * Math.hypot(context.canvas.width, context.canvas.height);
+  const share = Math.min(longest / length, 1);
+  const end = [x + across * share, y + down * share];
+  context.beginPath();
+  context.setLineDash([]);
+  context.moveTo(x, y);
+  context.lineTo(end[0], end[1]);
+  if (share < 1) {
+    const aside = [(4 * line * down) / length, (-4 * line * across) / length];
+    context.moveTo(end[0] - aside[0], end[1] - aside[1]);
+    context.lineTo(end[0] + aside[0], end[1] + aside[1]);
+  }
+  strokeCased(drawing, partColour(drawing, cells.part[cell]), 1.25);
+}
+
+/**
+ * The tracks that are seen in the frame, with their residuals.
  * @param {Drawing} drawing
  */
 export function drawTracks(drawing) {
-  const { context, cells, data, looking, place, scale, line } = drawing;
+  const { cells, data, looking, place, line, context } = drawing;
   for (let track = 0; track < cells.trackCount; ++track) {
     const cell = track * cells.frameCount + looking.frame;
     if (Number.isNaN(cells.x[cell])) continue;
     const [x, y] = place([cells.x[cell], cells.y[cell]]);
-    if (!Number.isNaN(cells.dx[cell]) && looking.residualFactor > 0) {
-      const across = cells.dx[cell] * scale[0] * looking.residualFactor;
-      const down = cells.dy[cell] * scale[1] * looking.residualFactor;
-      context.beginPath();
-      context.setLineDash([]);
-      context.moveTo(x, y);
-      context.lineTo(x + across, y + down);
-      strokeCased(drawing, partColour(drawing, cells.part[cell]), 1.25);
-    }
+    drawResidual(drawing, cell, [x, y]);
     drawMark(drawing, cells.part[cell], [x, y]);
     if (track !== looking.track) continue;
     traceMark(context, Part.good, [x, y], 8 * line);
@@ -321,14 +369,15 @@ export function drawingFactors() {
 }
 
 /**
- * The largest factor that draws a length no longer than a share of the view.
+ * The largest factor that draws a length no longer than a share of the view's diagonal.
  * @param {number} length in the units of the tracks
+ * @param {number} share
  * @param {PageData["view"]} view
  */
-export function fittingFactor(length, view) {
-  const longest = 0.04 * Math.hypot(view.width, view.height);
+export function fittingFactor(length, share, view) {
+  const longest = share * Math.hypot(view.width, view.height);
   const fitting = factors.filter(
     (factor) => factor * length * Math.abs(view.from_tracks[0]) <= longest,
   );
-  return fitting.at(-1) ?? 1;
+  return length > 0 ? (fitting.at(-1) ?? 1) : 1;
 }

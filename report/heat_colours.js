@@ -51,10 +51,11 @@ export function asPixel([r, g, b]) {
  * The residual from which on all have the last colour: a round number that nearly all residuals of
  * good tracks stay below.
  * @param {Float32Array} sortedGood
+ * @param {number} least
  */
-export function heatCap(sortedGood) {
+export function heatCap(sortedGood, least) {
   if (sortedGood.length === 0) return 1;
-  const high = sortedGood[Math.floor(0.99 * (sortedGood.length - 1))] || 1e-12;
+  const high = Math.max(sortedGood[Math.floor(0.99 * (sortedGood.length - 1))], least);
   const power = 10 ** Math.floor(Math.log10(high));
   const step = [1, 2, 3, 4, 5, 6, 8, 10].find((factor) => factor * power >= high) ?? 10;
   return step * power;

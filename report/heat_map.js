@@ -20,23 +20,24 @@ const highestRow = 16;
 const namedRow = 12; // rows as high as this have their names beside them
 const nameWidth = 96;
 const shades = 64;
-const stripe = 6; // from stripe to stripe, in CSS pixels
+const roundingsShown = 5; // below so many, residuals are those of rounding
+const markPeriod = 6; // from stripe to stripe and from dot to dot, in CSS pixels
 
 /**
  * The pixels for each part and shade; of seen cells without a residual the last one.
- * @returns {{plain: Uint32Array, striped: Uint32Array, missing: number}}
+ * @returns {{plain: Uint32Array, marked: Uint32Array, missing: number}}
  */
 function heatPalette() {
   const plain = new Uint32Array(shades + 1);
-  const striped = new Uint32Array(shades + 1);
+  const marked = new Uint32Array(shades + 1);
   for (let i = 0; i < shades; ++i) {
     const rgb = heatColour(i / (shades - 1), isDark());
     plain[i] = asPixel(rgb);
-    striped[i] = asPixel(stripeColour(rgb));
+    marked[i] = asPixel(stripeColour(rgb));
   }
   plain[shades] = asPixel(isDark() ? [96, 104, 114] : [168, 176, 186]);
-  striped[shades] = asPixel(isDark() ? [225, 225, 230] : [70, 70, 78]);
-  return { plain, striped, missing: asPixel(isDark() ? [30, 34, 39] : [238, 240, 243]) };
+  marked[shades] = asPixel(isDark() ? [225, 225, 230] : [70, 70, 78]);
+  return { plain, marked, missing: asPixel(isDark() ? [30, 34, 39] : [238, 240, 243]) };
 }
 
 /**
@@ -53,14 +54,15 @@ function shadesOf(residuals, cap) {
 /**
  * @param {number} cap
  * @param {boolean} knowsResiduals
+ * @param {number[]} parts what else there is
  */
-function createHeatLegend(cap, knowsResiduals) {
+function createHeatLegend(cap, knowsResiduals, parts) {
   const legend = found("heat-legend", HTMLElement);
   const scale = made("canvas", { class: "heat-scale", "aria-hidden": "true" });
   if (knowsResiduals) {
     legend.append(made("span", { class: "heat-item" }, "0", scale, `${rounded(cap)} px and more`));
   }
-  const swatches = [Part.ignored, Part.unseen].map((part) => {
+  const swatches = parts.map((part) => {
     const canvas = made("canvas", { class: "heat-swatch", "aria-hidden": "true" });
     legend.append(made("span", { class: "heat-item" }, canvas, partWords[part]));
     return { canvas, part };
@@ -72,7 +74,7 @@ function createHeatLegend(cap, knowsResiduals) {
     for (const { canvas, part } of swatches) {
       fillPixels(canvas, (x, y) => {
         if (part === Part.unseen) return palette.missing;
-        return isOnStripe(x + y) ? palette.striped[shades - 1] : palette.plain[shades - 1];
+        return (isMarked(part, x, y) ? palette.marked : palette.plain)[shades - 1];
       });
     }
   };
@@ -81,10 +83,19 @@ function createHeatLegend(cap, knowsResiduals) {
   onResize(legend, draw);
 }
 
-/** @param {number} diagonal in device pixels */
-function isOnStripe(diagonal) {
-  const period = Math.round(stripe * window.devicePixelRatio);
-  return diagonal % period < Math.max(period / 4, 1);
+/**
+ * Whether a mark over the colours takes the pixel: stripes where tracks are ignored, dots where
+ * they are of no part.
+ * @param {number} part
+ * @param {number} x in device pixels, as y
+ * @param {number} y
+ */
+function isMarked(part, x, y) {
+  if (part === Part.good) return false;
+  const period = Math.round(markPeriod * window.devicePixelRatio);
+  const wide = Math.max(period / 4, 1);
+  if (part === Part.ignored) return (x + y) % period < wide;
+  return x % period < wide && y % period < wide;
 }
 
 /**
@@ -118,7 +129,10 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   const order = found("heat-order", HTMLSelectElement);
   const context = contextOf(canvas);
   const marksContext = contextOf(marks);
-  const cap = heatCap(sortedResiduals(cells, Part.good));
+  const cap = heatCap(
+    sortedResiduals(cells, Part.good),
+    roundingsShown * (data.observations?.unit ?? 0),
+  );
   const shadeOf = shadesOf(cells.residual, cap);
   const rowHeight = Math.min(
     Math.max(Math.floor(heatHeight / Math.max(tracks.length, 1)), lowestRow),
@@ -153,11 +167,10 @@ export function createHeatMap({ data, cells }, inOrder, state) {
       for (let x = 0; x < columns; ++x) {
         const cell = firstCell + frameAt[x];
         const part = cells.part[cell];
-        const isStriped = part !== Part.good && isOnStripe(x + y + top);
         pixels[y * width + start + x] =
           part === Part.unseen
             ? palette.missing
-            : (isStriped ? palette.striped : palette.plain)[shadeOf[cell]];
+            : (isMarked(part, x, y + top) ? palette.marked : palette.plain)[shadeOf[cell]];
       }
     }
     context.putImageData(image, 0, 0);
@@ -185,7 +198,6 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   function mark() {
     if (!fitToScreen(marks)) return;
     const density = window.devicePixelRatio;
-    marksContext.clearRect(0, 0, marks.width, marks.height);
     const columns = marks.width - left * density;
     const columnWidth = columns / frames.length;
     const x = left * density + state.frame * columnWidth;
@@ -234,7 +246,8 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   }
 
   function describeSelected() {
-    readout.setAttribute("aria-live", state.isPlaying ? "off" : "polite");
+    const isHeard = document.activeElement === scroll && !state.isPlaying;
+    readout.setAttribute("aria-live", isHeard ? "polite" : "off");
     if (state.track >= 0) describe(state.track, state.frame);
     else
       readout.textContent = "Point at a cell to read it; click it to select its track and frame.";
@@ -265,7 +278,8 @@ export function createHeatMap({ data, cells }, inOrder, state) {
   space.style.height = `${tracks.length * rowHeight}px`;
   scroll.style.height = `${Math.min(tracks.length * rowHeight, 1.2 * heatHeight)}px`;
   for (const [value, text] of heatOrders) order.append(made("option", { value }, text));
-  createHeatLegend(cap, data.observations !== null);
+  const parts = [Part.ignored, Part.none, Part.unseen].filter((part) => cells.part.includes(part));
+  createHeatLegend(cap, data.observations !== null, parts);
 
   order.addEventListener("change", () => {
     scroll.scrollTop = 0;

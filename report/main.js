@@ -47,14 +47,16 @@ function firstFrame({ result }) {
  * @param {PageData} data
  * @param {Cells} cells
  */
-function firstFactors({ result, view }, cells) {
+function firstFactors({ result, view, observations }, cells) {
   const residuals = sortedResiduals(cells, Part.good);
-  const high = residuals[Math.floor(0.9 * residuals.length)] ?? 0;
+  const rounding = observations?.unit ?? 0;
+  const high = Math.max(residuals[Math.floor(0.9 * residuals.length)] ?? 0, 4 * rounding);
   const errors = result.frames.map((frame) => frame.expected_error ?? 0).sort((a, b) => a - b);
   const usual = 2 * errors[Math.floor(0.5 * errors.length)];
+  const worst = 2 * errors[errors.length - 1];
   return {
-    residualFactor: high > 0 ? fittingFactor(high, view) : 1,
-    ellipseFactor: usual > 0 ? fittingFactor(usual, view) : 1,
+    residualFactor: fittingFactor(high, 0.04, view),
+    ellipseFactor: Math.min(fittingFactor(usual, 0.04, view), fittingFactor(worst, 0.12, view)),
   };
 }
 
@@ -95,14 +97,13 @@ async function startPage() {
   });
   const inOrder = createHeatOrder(data.result, cells);
 
-  document.title = `${data.title} - Cornerpin`;
   saysWhatIsMissing(data);
   createVerdictView(data, state);
   const player = createPlayerView(shot, pictures, state);
   createSteadiedView(shot, pictures, state);
   createTransport(frames, state, player.isDrawn);
   createFrameFacts(data, state);
-  createDrawingControls(data, state);
+  createDrawingControls(data, state, pictures.any);
   createPlots(data, state);
   createHeatMap(shot, inOrder, state);
   createTrackDetails(shot, state);

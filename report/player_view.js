@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The frame that the page looks at: its picture, its quads and its tracks.
 
-import { contextOf, fitToScreen, found, onResize } from "./elements.js";
+import { contextOf, fitToScreen, found, made, onResize } from "./elements.js";
 import {
   createDrawing,
   drawGround,
@@ -19,15 +19,6 @@ import { onThemeChange } from "./theme.js";
 /** @typedef {import("./frame_drawing.js").Drawing} Drawing */
 
 /**
- * Gives a stage the view's shape.
- * @param {HTMLElement} stage
- * @param {PageData["view"]} view
- */
-export function shapeStage(stage, view) {
-  stage.style.setProperty("--shape", String(view.width / view.height));
-}
-
-/**
  * @param {{data: PageData, cells: Cells}} shot
  * @param {Pictures} pictures
  * @param {State} state
@@ -39,7 +30,6 @@ export function createPlayerView(shot, pictures, state) {
   const canvas = found("player-canvas", HTMLCanvasElement);
   const context = contextOf(canvas);
   const caption = found("player-caption", HTMLElement);
-  const badge = found("stage-badge", HTMLElement);
   let drawnFrame = -1;
   /** @type {Drawing | null} */
   let drawing = null;
@@ -48,15 +38,15 @@ export function createPlayerView(shot, pictures, state) {
   function draw(image) {
     if (!fitToScreen(canvas)) return;
     const frame = frames[state.frame];
-    drawing = createDrawing(context, shot, state, image !== null);
+    drawing = createDrawing(context, shot, state, pictures.any);
     drawGround(drawing, image);
     drawTracks(drawing);
     drawQuads(drawing);
     canvas.dataset.quadColour = quadColour(drawing);
-    badge.textContent =
-      frame.verdict === "doubtful" ? `▲ ${frame.frame} doubtful` : `${frame.frame}`;
-    badge.classList.toggle("doubtful", frame.verdict === "doubtful");
-    caption.textContent = `Frame ${frame.frame}${pictureWords(image)}`;
+    caption.replaceChildren(made("strong", {}, `Frame ${frame.frame}`), pictureWords(image));
+    if (frame.verdict === "doubtful") {
+      caption.append(" ", made("span", { class: "badge" }, "▲ doubtful"));
+    }
     section.dataset.frame = String(frame.frame);
     drawnFrame = state.frame;
   }
@@ -85,7 +75,8 @@ export function createPlayerView(shot, pictures, state) {
     state.change({ track });
   }
 
-  shapeStage(found("player-stage", HTMLElement), shot.data.view);
+  const { width, height } = shot.data.view;
+  found("stages", HTMLElement).style.setProperty("--shape", String(width / height));
   canvas.addEventListener("click", selectTrack);
   state.subscribe(show);
   onThemeChange(show);

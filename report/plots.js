@@ -23,6 +23,7 @@ import { pixelText, rounded } from "./wording.js";
 
 const plotFont = "12px system-ui, sans-serif";
 const axisWidth = 84;
+const leastHeight = 0.001; // what is smaller is not worth a look
 const models = ["base", "projective", "affine", "similarity", "translation", "held"];
 
 /**
@@ -217,7 +218,7 @@ function scalesOf(frames, { rows, limit }) {
     x: { time: false, range: () => [first - 0.5, last + 0.5] },
     y: {
       range: (_plot, _low, high) =>
-        rows ? [-0.6, rows.length - 0.4] : [0, Math.max(high ?? 0, limit ?? 0, 1e-9) * 1.12],
+        rows ? [-0.6, rows.length - 0.4] : [0, Math.max(high ?? 0, limit ?? 0, leastHeight) * 1.12],
     },
   };
 }
@@ -226,9 +227,10 @@ function scalesOf(frames, { rows, limit }) {
  * @param {PlotKind} kind
  * @param {Frame[]} frames
  * @param {HTMLElement} target
+ * @param {(index: number | null) => void} point called with the frame that is pointed at
  * @returns {UPlot}
  */
-function createPlot(kind, frames, target) {
+function createPlot(kind, frames, target, point) {
   /** @type {UPlotSeries[]} */
   const series = kind.lines.map(({ ink, dash }) => ({
     stroke: () => colour(ink),
@@ -258,6 +260,7 @@ function createPlot(kind, frames, target) {
       series: [{}, ...series],
       axes: axesOf(kind),
       hooks: {
+        setCursor: [(plot) => point(plot.cursor.idx ?? null)],
         drawClear: [(plot) => drawDoubts(plot, frames)],
         draw: [(plot) => kind.limit && drawLimit(plot, kind.limit), (plot) => kind.draw?.(plot)],
       },
@@ -285,31 +288,40 @@ export function createPlots({ result }, state) {
     });
     const now = made("div", { class: "now", "aria-hidden": "true" });
     list.append(made("div", { class: "plot-heading" }, heading, readout), holder);
-    const plot = createPlot(kind, frames, holder);
+    /** @param {number | null} pointedAt a frame's index */
+    function read(pointedAt) {
+      const frame = frames[pointedAt ?? state.frame];
+      readout.textContent = `${kind.textAt(frame)} in frame ${frame.frame}`;
+    }
+    const plot = createPlot(kind, frames, holder, read);
     plot.over.append(now);
     plot.over.addEventListener("click", () => {
       const index = plot.cursor.idx;
       if (typeof index === "number") state.change({ frame: index });
     });
-    return { kind, plot, readout, now, holder };
+    return { kind, plot, now, read };
   });
 
   function showFrame() {
-    const frame = frames[state.frame];
-    for (const { kind, plot, readout, now } of plots) {
-      now.style.transform = `translateX(${plot.valToPos(frame.frame, "x")}px)`;
-      readout.textContent = `${kind.textAt(frame)} in frame ${frame.frame}`;
+    for (const { plot, now, read } of plots) {
+      const x = plot.valToPos(frames[state.frame].frame, "x");
+      now.style.transform = `translateX(${x}px)`;
+      read(null);
     }
   }
 
-  let width = list.clientWidth;
-  onResize(list, () => {
-    if (list.clientWidth === width || list.clientWidth === 0) return;
-    width = list.clientWidth;
-    for (const { kind, plot } of plots) plot.setSize({ width, height: kind.height });
+  function fit() {
+    const width = list.clientWidth;
+    if (width === 0) return;
+    for (const { kind, plot } of plots) {
+      if (plot.width === width) plot.redraw(false, true);
+      else plot.setSize({ width, height: kind.height });
+    }
     showFrame();
-  });
-  onThemeChange(() => plots.forEach(({ plot }) => plot.redraw(false, true)));
+  }
+
+  onResize(list, fit);
+  onThemeChange(fit);
   state.subscribe((changed) => changed.has("frame") && showFrame());
   showFrame();
 }

@@ -4,11 +4,9 @@
 
 import { asMatrix3d, denominator, inverse, mapped, steadying } from "./homography.js";
 import { contextOf, fitToScreen, found, onResize } from "./elements.js";
-import { Part } from "./cells.js";
-import { colour, onThemeChange } from "./theme.js";
+import { onThemeChange } from "./theme.js";
 import { inView } from "./page_data.js";
-import { shapeStage } from "./player_view.js";
-import { traceMark } from "./frame_drawing.js";
+import { drawMark, markSizeOn, quadColour, strokeCased } from "./frame_drawing.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./page_data.js").Point} Point */
@@ -28,6 +26,13 @@ export function createSteadiedView({ data, cells }, pictures, state) {
   const canvas = found("steadied-canvas", HTMLCanvasElement);
   const context = contextOf(canvas);
   const caption = found("steadied-caption", HTMLElement);
+
+  const brush = () => ({
+    context,
+    isOnPicture: pictures.any,
+    line: window.devicePixelRatio,
+    markSize: markSizeOn(canvas),
+  });
 
   /**
    * @param {Point} point on the surface
@@ -51,40 +56,23 @@ export function createSteadiedView({ data, cells }, pictures, state) {
     holder.append(image);
   }
 
-  /** @param {boolean} isOnPicture */
-  function drawOutlines(isOnPicture) {
-    const line = window.devicePixelRatio;
+  function drawOutlines() {
     for (const { corners } of result.quads) {
       context.beginPath();
       corners.forEach((corner) => context.lineTo(...place(corner)));
       context.closePath();
-      if (isOnPicture) {
-        context.lineWidth = 4 * line;
-        context.strokeStyle = colour("casing");
-        context.stroke();
-      }
-      context.lineWidth = 2 * line;
-      context.strokeStyle = isOnPicture ? "#f0e442" : colour("quad");
-      context.stroke();
+      strokeCased(brush(), quadColour(brush()), 2);
     }
   }
 
   function drawTracksStanding() {
-    const line = window.devicePixelRatio;
     const back = inverse(result.frames[state.frame].h);
     const side = Math.sign(denominator(back, mapped(result.frames[state.frame].h, result.front)));
-    context.lineWidth = 1.5 * line;
     for (let track = 0; track < cells.trackCount; ++track) {
       const cell = track * cells.frameCount + state.frame;
       const seen = /** @type {Point} */ ([cells.x[cell], cells.y[cell]]);
       if (!(denominator(back, seen) * side > 0)) continue;
-      const part = cells.part[cell];
-      traceMark(context, part, place(mapped(back, seen)), 3 * line);
-      const ink = colour(part === Part.good ? "good" : part === Part.ignored ? "ignored" : "none");
-      context.fillStyle = ink;
-      context.strokeStyle = ink;
-      if (part === Part.good) context.fill();
-      else context.stroke();
+      drawMark(brush(), cells.part[cell], place(mapped(back, seen)));
     }
   }
 
@@ -93,9 +81,8 @@ export function createSteadiedView({ data, cells }, pictures, state) {
     const image = pictures.ready(frame) ?? (await pictures.get(frame));
     if (frame !== state.frame || !fitToScreen(canvas)) return;
     showPicture(image);
-    context.clearRect(0, 0, canvas.width, canvas.height);
     if (image === null) drawTracksStanding();
-    drawOutlines(image !== null);
+    drawOutlines();
     stage.dataset.frame = String(result.frames[frame].frame);
   }
 
@@ -103,7 +90,6 @@ export function createSteadiedView({ data, cells }, pictures, state) {
   caption.textContent = isEmpty
     ? "Steadied: nothing to hold still without pictures or tracks"
     : `Steadied: as seen from frame ${result.reference_frame}. A good solve stands still.`;
-  shapeStage(stage, view);
   state.subscribe((changed) => changed.has("frame") && show());
   onThemeChange(show);
   onResize(stage, show);

@@ -2,7 +2,7 @@
 // The figures as tables. Long ones are made when they are opened.
 
 import { comparableError, modelOf, nearestIndex, tracksInUse } from "./page_data.js";
-import { found, made, madeButton } from "./elements.js";
+import { bringFramesIntoView, found, made, madeButton } from "./elements.js";
 import { framesText, pixelText, shownName } from "./wording.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -16,6 +16,15 @@ import { framesText, pixelText, shownName } from "./wording.js";
 const rowsAtFirst = 100;
 
 /**
+ * @param {State} state
+ * @param {Partial<State>} changes
+ */
+function look(state, changes) {
+  state.change({ ...changes, isPlaying: false });
+  bringFramesIntoView();
+}
+
+/**
  * @param {HTMLTableElement} table
  * @param {string} caption
  * @param {Column[]} columns
@@ -23,8 +32,8 @@ const rowsAtFirst = 100;
  * @param {(row: HTMLTableRowElement, index: number) => void} [finish] called with each row
  */
 function fillTable(table, caption, columns, rows, finish) {
-  const look = columns.map(({ isNumber }) => ({ class: isNumber ? "number" : "words" }));
-  const head = columns.map(({ title }, i) => made("th", { scope: "col", ...look[i] }, title));
+  const classes = columns.map(({ isNumber }) => ({ class: isNumber ? "number" : "words" }));
+  const head = columns.map(({ title }, i) => made("th", { scope: "col", ...classes[i] }, title));
   const body = made("tbody", {});
   /**
    * @param {number} from
@@ -34,7 +43,7 @@ function fillTable(table, caption, columns, rows, finish) {
     rows.slice(from, to).forEach((cells, i) => {
       const row = made("tr", {});
       cells.forEach((content, column) => {
-        const attributes = { ...look[column], ...(column === 0 && { scope: "row" }) };
+        const attributes = { ...classes[column], ...(column === 0 && { scope: "row" }) };
         row.append(made(column === 0 ? "th" : "td", attributes, content));
       });
       finish?.(row, from + i);
@@ -97,7 +106,7 @@ function createDoubtfulTable({ result }, state) {
   }
   const rows = indices.map((index) => {
     const frame = result.frames[index];
-    const go = () => state.change({ frame: index, isPlaying: false });
+    const go = () => look(state, { frame: index });
     return [frameButton(frame.frame, go), pixelText(frame.expected_error), doubtList(frame)];
   });
   fillTable(
@@ -123,8 +132,7 @@ function createWorstTable({ result }, state) {
   }
   const rows = worst.map(({ track, first, last, peak, moves, off, stands_out: standsOut }) => {
     const index = tracks.findIndex(({ name }) => name === track);
-    const go = () =>
-      state.change({ track: index, frame: nearestIndex(frames, peak), isPlaying: false });
+    const go = () => look(state, { track: index, frame: nearestIndex(frames, peak) });
     const label = `${shownName(track)}: select it in frame ${peak}`;
     return [
       madeButton(shownName(track), go, { class: "link track-name", "aria-label": label }),
@@ -157,7 +165,7 @@ function createWorstTable({ result }, state) {
 function fillFrameTable({ result }, state) {
   const rows = result.frames.map((frame, index) => {
     const { good, ignored } = tracksInUse(frame);
-    const go = () => state.change({ frame: index, isPlaying: false });
+    const go = () => look(state, { frame: index });
     return [
       frameButton(frame.frame, go),
       frame.verdict,
@@ -192,7 +200,7 @@ function fillFrameTable({ result }, state) {
 function fillTrackTable({ result }, figures, state) {
   const { frames, tracks } = result;
   const rows = figures.map(({ track, good, ignored, largest, largestAt, rms }) => [
-    madeButton(shownName(tracks[track].name), () => state.change({ track, isPlaying: false }), {
+    madeButton(shownName(tracks[track].name), () => look(state, { track }), {
       class: "link track-name",
     }),
     String(good),
@@ -201,9 +209,7 @@ function fillTrackTable({ result }, figures, state) {
     pixelText(largest),
     largestAt < 0
       ? ""
-      : frameButton(frames[largestAt].frame, () =>
-          state.change({ track, frame: largestAt, isPlaying: false }),
-        ),
+      : frameButton(frames[largestAt].frame, () => look(state, { track, frame: largestAt })),
   ]);
   fillTable(
     found("track-table", HTMLTableElement),

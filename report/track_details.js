@@ -80,7 +80,11 @@ export function createTrackDetails({ data, cells }, state) {
     ];
     if (stretch !== null) {
       content.push(
-        made("p", { class: "label" }, `To leave it out in ${framesText(...stretch)}`),
+        made(
+          "p",
+          { class: "label" },
+          `To leave it out in ${stretch[0] === stretch[1] ? "frame" : "frames"} ${framesText(...stretch)}`,
+        ),
         optionLine(dropOption(name, stretch, names)),
       );
     }
@@ -90,12 +94,11 @@ export function createTrackDetails({ data, cells }, state) {
   }
 
   function show() {
-    holder.setAttribute("aria-live", state.isPlaying ? "off" : "polite");
     if (state.track >= 0) holder.replaceChildren(...selected());
     else {
       const words =
         "Select a track, here or in the player, for the option that would leave it out.";
-      holder.replaceChildren(made("p", { class: "quiet" }, words));
+      holder.replaceChildren(made("p", { class: "quiet on-screen" }, words));
     }
   }
   state.subscribe((changed) => {

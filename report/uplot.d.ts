@@ -3,6 +3,7 @@
 
 interface UPlot {
   readonly root: HTMLElement;
+  readonly width: number;
   readonly over: HTMLElement;
   readonly ctx: CanvasRenderingContext2D;
   readonly bbox: { left: number; top: number; width: number; height: number };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // What the solve comes to, in the command's words.
 
-import { counted, framesText } from "./wording.js";
-import { found, made, madeButton } from "./elements.js";
+import { counted, framesText, shareText } from "./wording.js";
+import { bringFramesIntoView, found, made, madeButton } from "./elements.js";
 import { worstIndexWithin } from "./page_data.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -27,8 +27,10 @@ export function createVerdictView({ title, verdict, result, reduced }, state) {
   sentence.classList.add(hasDoubts ? "doubtful" : "good");
   found("verdict-lines", HTMLElement).append(
     ...verdict.lines.map(({ first, last, text }) => {
-      const go = () =>
+      const go = () => {
         state.change({ frame: worstIndexWithin(frames, first, last), isPlaying: false });
+        bringFramesIntoView();
+      };
       const span = framesText(first, last);
       const label = `Go to the worst of frames ${span}`;
       const button = madeButton(span, go, { class: "link", "aria-label": label });
@@ -36,8 +38,11 @@ export function createVerdictView({ title, verdict, result, reduced }, state) {
     }),
   );
 
-  const reductions = [reduced.frames.how, reduced.tracks.how].filter((how) => how !== null);
+  const shown = [
+    reduced.frames.how && shareText(reduced.frames, "frame"),
+    reduced.tracks.how && shareText(reduced.tracks, "track"),
+  ].filter(Boolean);
   const note = found("reduced-note", HTMLElement);
-  note.hidden = reductions.length === 0;
-  note.textContent = reductions.join(" ");
+  note.hidden = shown.length === 0;
+  note.textContent = `Shown here are ${shown.join("; and ")}.`;
 }

@@ -38,6 +38,16 @@ export function framesText(first, last) {
 }
 
 /**
+ * Which of many are shown.
+ * @param {{shown: number, of: number, how: string | null}} share
+ * @param {string} noun
+ */
+export function shareText({ shown, of, how }, noun) {
+  if (how === null) return of === 1 ? `the only ${noun}` : `all ${counted(of, noun)}`;
+  return `${shown.toLocaleString("en")} of ${counted(of, noun)}: ${how}`;
+}
+
+/**
  * What a track is called on the page: a name without letters would be nothing to look at.
  * @param {string} name
  */
