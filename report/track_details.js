@@ -38,8 +38,13 @@ function stretchAround({ result }, cells, { track, frame }) {
 function optionLine(option) {
   const code = made("code", {}, option);
   const copy = madeButton("Copy", async () => {
-    await navigator.clipboard?.writeText(option);
-    copy.textContent = "Copied";
+    try {
+      await navigator.clipboard.writeText(option);
+      copy.textContent = "Copied";
+    } catch {
+      getSelection()?.selectAllChildren(code);
+      copy.textContent = "Selected";
+    }
   });
   copy.className = "small on-screen";
   copy.setAttribute("aria-label", `Copy ${option}`);
