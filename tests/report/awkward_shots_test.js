@@ -158,7 +158,7 @@ test("y up and pixels counted at their centres are drawn where they belong", asy
   const turned = rows.map((row) => ({ ...row, x: row.x - 0.5, y: 360 - row.y - 0.5 }));
   const picture = ["--size", "640x360", "--y-up", "--pixel-center", "0"];
   const quad = ["--reference", "0", "--quad", "wall=100,80,400,90,380,270,90,260"];
-  const { path, result } = solvedPage(writeTracks("up.csv", turned), "up", [...picture, ...quad]);
+  const { path, result } = solvedPage(writeTracks("up.csv", turned), "up", ...picture, ...quad);
   await inPage(path, async (page) => {
     for (const number of [0, 6, 11]) {
       await goTo(page, number);
@@ -183,8 +183,8 @@ test("linked pictures are the only files that a page asks for", async () => {
   const { path } = solvedPage(
     `${data}planks.csv`,
     "linked",
-    ["--size", "1024x576", "--y-down", "--pixel-center", "0.5"],
-    ["--pictures", `${folder}frame_%04d.jpg`, "--picture-scale", "0.5", "--link"],
+    ...["--size", "1024x576", "--y-down", "--pixel-center", "0.5"],
+    ...["--pictures", `${folder}frame_%04d.jpg`, "--picture-scale", "0.5", "--link"],
   );
   const numbers = Array.from({ length: 32 }, (_, i) => String(6 * i).padStart(4, "0"));
   const pictures = numbers.map((number) => `${folder}frame_${number}.jpg`);

@@ -12,7 +12,7 @@ withBrowser();
 const sheet = "sheet=181.5,223.5,463.5,211.5,441.5,467.5,114.5,469.5";
 const picture = ["--size", "1024x576", "--y-down", "--pixel-center", "0.5"];
 const quadOfPlanks = [...picture, "--reference", "50", "--quad", sheet];
-const plain = solvedPage(`${data}planks.csv`, "player_plain", quadOfPlanks);
+const plain = solvedPage(`${data}planks.csv`, "player_plain", ...quadOfPlanks);
 
 test("the player draws the quad where the result puts it, to within a pixel", async () => {
   await inPage(plain.path, async (page) => {
@@ -75,7 +75,7 @@ test("a question mark opens the list of keys, Escape closes it", async () => {
   });
 });
 
-test("steadied, the surface stands still on the pictures", async () => {
+test("steadied, the surface stands still on the pictures", async (context) => {
   const pictures = [
     "--pictures",
     `${data}planks_pictures/frame_%04d.jpg`,
@@ -85,8 +85,8 @@ test("steadied, the surface stands still on the pictures", async () => {
   const { path, result } = solvedPage(
     `${data}planks.csv`,
     "player_pictures",
-    quadOfPlanks,
-    pictures,
+    ...quadOfPlanks,
+    ...pictures,
   );
   await inPage(path, async (page) => {
     /** @type {Pixels[]} */
@@ -110,7 +110,7 @@ test("steadied, the surface stands still on the pictures", async () => {
     const inside = insideOf(result.quads[0].corners, steadied[0].width);
     const before = differences(moving, inside);
     const after = differences(steadied, inside);
-    console.log("differences between frames, moving:", before, "steadied:", after);
+    context.diagnostic(`differences between frames: ${before}; steadied: ${after}`);
     assert.ok(spread(steadied[0], inside) > 15, "there is a picture to see");
     before.forEach((value, i) => assert.ok(after[i] < value / 2, `${value} falls to ${after[i]}`));
   });

@@ -54,25 +54,22 @@ export function cornerpin(...words) {
  * Solves a file of tracks and writes the page about it.
  * @param {string} tracks
  * @param {string} name of the result and the page, without ending
- * @param {string[]} [solving] further words for `cornerpin solve`
- * @param {string[]} [reporting] further words for `cornerpin report`
+ * @param {...string} words further ones for `cornerpin solve`
  * @returns {{ path: string, result: Result }}
  */
-export function solvedPage(tracks, name, solving = [], reporting = []) {
-  const result = made(`${name}.json`);
-  cornerpin("solve", tracks, "-o", result, ...solving);
-  return { path: pageOf(result, "--tracks", tracks, ...reporting), result: readJson(result) };
+export function solvedPage(tracks, name, ...words) {
+  const [result, path] = [made(`${name}.json`), made(`${name}.html`)];
+  cornerpin("solve", tracks, "-o", result, "--report", path, ...words);
+  return { path, result: readJson(result) };
 }
 
 /**
  * Writes the page about a result beside it.
  * @param {string} result
- * @param {...string} words further ones for `cornerpin report`
  */
-export function pageOf(result, ...words) {
-  const path = result.replace(/json$/, "html");
-  cornerpin("report", result, "-o", path, ...words);
-  return path;
+export function pageOf(result) {
+  cornerpin("report", result);
+  return result.replace(/json$/, "html");
 }
 
 /** @param {string} path */
