@@ -83,7 +83,8 @@ export function createTrackDetails({ data, cells }, state) {
       made("p", {}, `In frame ${frames[state.frame].frame}: ${part}.`),
       made("p", { class: "quiet" }, figureLines()),
     ];
-    if (stretch !== null) {
+    const isWhole = stretch?.[0] === frames[0].frame && stretch[1] === frames.at(-1)?.frame;
+    if (stretch !== null && !isWhole) {
       content.push(
         made(
           "p",
