@@ -134,11 +134,12 @@ function write({ context, line, isOnPicture }, text, [x, y]) {
 }
 
 /**
- * @param {(Point | [null, null])[]} corners
- * @returns {corners is Point[]} whether all are in front of the horizon
+ * @param {Point[]} points
+ * @returns {Point}
  */
-function areAllSeen(corners) {
-  return corners.every(([x, y]) => x !== null && y !== null);
+function middleOf(points) {
+  const sum = points.reduce(([x, y], point) => [x + point[0], y + point[1]], [0, 0]);
+  return [sum[0] / points.length, sum[1] / points.length];
 }
 
 /**
@@ -196,16 +197,18 @@ function arrowTo({ canvas }, [x, y]) {
 
 /**
  * @param {Drawing} drawing
- * @param {Point[]} corners on the canvas
+ * @param {(Point | null)[]} corners on the canvas
+ * @param {Point} middle
  * @param {string[]} names
  */
-function nameCorners(drawing, corners, names) {
-  const middle = corners.reduce(([x, y], corner) => [x + corner[0] / 4, y + corner[1] / 4], [0, 0]);
-  corners.forEach(([x, y], i) => {
+function nameCorners(drawing, corners, middle, names) {
+  corners.forEach((corner, i) => {
+    if (corner === null) return;
+    const [x, y] = corner;
     const away = Math.hypot(x - middle[0], y - middle[1]) || 1;
     const gap = (labelGap * drawing.line) / away;
     const down = Math.sign(y - middle[1]) * labelGap * drawing.line;
-    const name = names[i] + arrowTo(drawing.context, [x, y]);
+    const name = names[i] + arrowTo(drawing.context, corner);
     write(drawing, name, [x + (x - middle[0]) * gap, y + down]);
   });
 }
@@ -230,16 +233,11 @@ export function drawQuads(drawing) {
       const covariance = quad.covariance[i];
       if (corner !== null && covariance !== null) drawEllipse(drawing, corner, covariance);
     });
-    if (!areAllSeen(quad.corners)) continue;
-    const seen = /** @type {Point[]} */ (corners);
+    const seen = corners.filter((corner) => corner !== null);
+    if (seen.length === 0) continue;
     const names = cornerNames(onSurface.map((corner) => inView(data.view, corner)));
-    if (quads.length <= 2) nameCorners(drawing, seen, names);
-    if (quads.length > 1) {
-      write(drawing, name, [
-        seen.reduce((sum, [x]) => sum + x / 4, 0),
-        seen.reduce((sum, [, y]) => sum + y / 4, 0),
-      ]);
-    }
+    if (quads.length <= 2) nameCorners(drawing, corners, middleOf(seen), names);
+    if (quads.length > 1) write(drawing, name, middleOf(seen));
   }
 }
 

@@ -113,4 +113,8 @@ async function startPage() {
   document.documentElement.dataset.ready = "true";
 }
 
-startPage();
+startPage().catch((error) => {
+  const sentence = found("verdict-sentence", HTMLElement);
+  sentence.textContent = `This browser cannot show the page: ${error.message}`;
+  throw error;
+});

@@ -96,6 +96,25 @@ function drawUnknown(plot, frames) {
 }
 
 /**
+ * Dots for values between frames that have none: no line leads to them.
+ * @param {UPlot} plot
+ * @param {Frame[]} frames
+ * @param {PlotLine} line
+ */
+function drawLoneValues(plot, frames, { values, ink }) {
+  const { ctx } = plot;
+  ctx.fillStyle = colour(ink);
+  values.forEach((value, i) => {
+    const isLone = (values[i - 1] ?? null) === null && (values[i + 1] ?? null) === null;
+    if (value === null || !isLone) return;
+    const x = plot.valToPos(frames[i].frame, "x", true);
+    ctx.beginPath();
+    ctx.arc(x, plot.valToPos(value, "y", true), 2 * window.devicePixelRatio, 0, 2 * Math.PI);
+    ctx.fill();
+  });
+}
+
+/**
  * Squares for the frames' models, and a triangle for each doubtful frame.
  * @param {UPlot} plot
  * @param {Frame[]} frames
@@ -262,7 +281,11 @@ function createPlot(kind, frames, target, point) {
       hooks: {
         setCursor: [(plot) => point(plot.cursor.idx ?? null)],
         drawClear: [(plot) => drawDoubts(plot, frames)],
-        draw: [(plot) => kind.limit && drawLimit(plot, kind.limit), (plot) => kind.draw?.(plot)],
+        draw: [
+          (plot) => kind.limit && drawLimit(plot, kind.limit),
+          (plot) => kind.lines.forEach((line) => drawLoneValues(plot, frames, line)),
+          (plot) => kind.draw?.(plot),
+        ],
       },
     },
     [frames.map((frame) => frame.frame), ...kind.lines.map((line) => line.values)],

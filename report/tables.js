@@ -3,7 +3,7 @@
 
 import { comparableError, modelOf, nearestIndex, tracksInUse } from "./page_data.js";
 import { bringFramesIntoView, found, made, madeButton } from "./elements.js";
-import { framesText, pixelText, shownName } from "./wording.js";
+import { dropOption, framesText, pixelText, shownName } from "./wording.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./page_data.js").Frame} Frame */
@@ -130,6 +130,7 @@ function createWorstTable({ result }, state) {
     table.parentElement?.remove();
     return;
   }
+  const names = new Set(tracks.map(({ name }) => name));
   const rows = worst.map(({ track, first, last, peak, moves, off, stands_out: standsOut }) => {
     const index = tracks.findIndex(({ name }) => name === track);
     const go = () => look(state, { track: index, frame: nearestIndex(frames, peak) });
@@ -141,6 +142,7 @@ function createWorstTable({ result }, state) {
       pixelText(moves),
       off === null ? "not known" : `${off.toFixed(1)} σ`,
       standsOut ? "▲ yes" : "no",
+      made("code", {}, dropOption(track, [first, last], names)),
     ];
   });
   fillTable(
@@ -153,6 +155,7 @@ function createWorstTable({ result }, state) {
       { title: "Moves a corner by", isNumber: true },
       { title: "Off by", isNumber: true },
       { title: "Stands out" },
+      { title: "To leave it out there" },
     ],
     rows,
   );

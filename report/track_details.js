@@ -38,8 +38,13 @@ function stretchAround({ result }, cells, { track, frame }) {
 function optionLine(option) {
   const code = made("code", {}, option);
   const copy = madeButton("Copy", async () => {
-    await navigator.clipboard?.writeText(option);
-    copy.textContent = "Copied";
+    try {
+      await navigator.clipboard.writeText(option);
+      copy.textContent = "Copied";
+    } catch {
+      getSelection()?.selectAllChildren(code);
+      copy.textContent = "Selected";
+    }
   });
   copy.className = "small on-screen";
   copy.setAttribute("aria-label", `Copy ${option}`);
@@ -78,7 +83,8 @@ export function createTrackDetails({ data, cells }, state) {
       made("p", {}, `In frame ${frames[state.frame].frame}: ${part}.`),
       made("p", { class: "quiet" }, figureLines()),
     ];
-    if (stretch !== null) {
+    const isWhole = stretch?.[0] === frames[0].frame && stretch[1] === frames.at(-1)?.frame;
+    if (stretch !== null && !isWhole) {
       content.push(
         made(
           "p",

@@ -41,9 +41,8 @@ namespace {
 
 constexpr CommandText kText = {
     "solve", "Find the transform of every frame", "cornerpin solve shot.csv -o shot.json",
-    "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries them\n"
-    "from the base frame to that frame. Prints how well it fits. Tracks are CSV with columns\n"
-    "track,frame,x,y and, if you like, weight, or a file of a tracking program.\n",
+    "Finds the 3x3 transform that carries a shot's tracks from the base frame to each frame.\n"
+    "Tracks are CSV with columns track,frame,x,y[,weight], or a file of a tracking program.\n",
     "CSV has a row for each track and frame where the track is seen. The columns stand in any\n"
     "order, with commas, semicolons or tabs between them, plain or gzip. A track's distance r\n"
     "from the fit is multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5\n"
@@ -66,6 +65,11 @@ constexpr CommandText kText = {
     "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than\n"
     "it may be off; --fill leaves frames at the ends of the shot as they are; --at takes any\n"
     "times from the first frame to the last. What the fit gave is kept beside it in the JSON.\n\n"
+    "--report writes a page for a browser, one file that asks for nothing from anywhere. Under\n"
+    "the tracks it shows --pictures, JPEG or PNG files that are told by a pattern with the\n"
+    "frame's number, by their folder, where it is the last number of their names, or by a list,\n"
+    "one name a line. The page holds them, at most 640 pixels wide; with --link it asks for the\n"
+    "files themselves. --plot writes the figures over the frames as a picture.\n\n"
     "--progress json writes what a program needs to show how far the work is: an object on a\n"
     "line of its own on standard error, at most ten a second, with the phase, how much of it is\n"
     "done, the total, and the seconds_left of this phase; what nobody knows is null. The phases\n"
