@@ -8,27 +8,28 @@ import { chromium } from "playwright-core";
 const [path, folder] = process.argv.slice(2);
 const frame = 60; // has a picture
 const phone = { width: 390, height: 844 };
-const screen = { width: 1180, height: 1000 };
 
-/** @type {[string, import("playwright-core").BrowserContextOptions][]} */
+/** @type {[string, string, import("playwright-core").BrowserContextOptions][]} what is at the top */
 const pictures = [
-  ["report-light.png", { colorScheme: "light", viewport: screen }],
-  ["report-dark.png", { colorScheme: "dark", viewport: screen }],
-  ["report-phone.png", { colorScheme: "light", viewport: phone, isMobile: true, hasTouch: true }],
+  ["report-light.png", "body", { colorScheme: "light", viewport: { width: 1180, height: 835 } }],
+  ["report-dark.png", "#plots", { colorScheme: "dark", viewport: { width: 1180, height: 1330 } }],
+  ["report-phone.png", "body", { viewport: phone, isMobile: true, hasTouch: true }],
 ];
 
 const browser = await chromium.launch({
   executablePath: process.env.CORNERPIN_BROWSER,
   chromiumSandbox: process.getuid?.() !== 0,
 });
-for (const [name, options] of pictures) {
-  const page = await browser.newPage({ ...options, offline: true });
+for (const [name, top, options] of pictures) {
+  const page = await browser.newPage({ ...options, offline: true, reducedMotion: "reduce" });
   await page.goto(pathToFileURL(resolve(path)).href);
   await page.locator("html[data-ready]").waitFor();
+  await page.locator("#heat-scroll").click({ position: { x: 100, y: 2 } });
   await page.locator("#frame-number").fill(String(frame));
   await page.locator("#frame-number").press("Enter");
+  await page.locator("#frame-number").blur();
   await page.locator(`#steadied-stage[data-frame="${frame}"] img`).waitFor();
-  await page.locator("h1").click();
+  await page.locator(top).evaluate((element) => element.scrollIntoView());
   await page.screenshot({ path: join(folder, name), caret: "initial" });
   await page.close();
 }

@@ -47,7 +47,7 @@ test("arrow keys step, Home and End go to the ends", async () => {
 });
 
 test("space plays and stops", async () => {
-  await inPage(plain.path, async (page) => {
+  const play = async (/** @type {import("./support.js").Page} */ page) => {
     await page.locator("h1").click();
     await goTo(page, 0);
     await page.locator("h1").click();
@@ -61,7 +61,9 @@ test("space plays and stops", async () => {
     const stopped = await frameOf(page);
     await page.waitForTimeout(500);
     assert.equal(await frameOf(page), stopped);
-  });
+  };
+  await inPage(plain.path, play);
+  await inPage(plain.path, play, { reducedMotion: "no-preference" });
 });
 
 test("a question mark opens the list of keys, Escape closes it", async () => {

@@ -113,6 +113,7 @@ export function withBrowser() {
 export async function open(path, options = {}, allowed = []) {
   const context = await browser.newContext({
     offline: true,
+    reducedMotion: "reduce",
     viewport: { width: 1280, height: 900 },
     ...options,
   });
