@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
-import { existsSync, mkdirSync, writeFileSync } from "node:fs";
+import { copyFileSync, existsSync, mkdirSync, writeFileSync } from "node:fs";
+import { join } from "node:path";
 import { test } from "node:test";
 import { assertQuadIsDrawnAt, goTo, isAt } from "./canvas.js";
 import { drift, driftingRows, driftingShot, plainNames } from "./shots.js";
@@ -79,6 +80,20 @@ test("the --drop of a hostile name leaves that track out in a shell", async () =
     }
   });
   assert.equal(existsSync(made("shell/hacked")), false);
+});
+
+test("names of files and quads are text, too", async () => {
+  const name = "<img src=x onerror=window.hacked=1>&lt;'";
+  const tracks = driftingShot(`${name}.csv`);
+  const quad = "</script><b>\u202e=100,80,400,90,380,270,90,260";
+  const { path, result } = solvedPage(tracks, name, "--reference", "0", "--quad", quad);
+  await inPage(path, async (page) => {
+    assert.equal(await page.locator("h1").textContent(), `${name}.csv`);
+    const facts = (await page.locator("#facts").textContent()) ?? "";
+    assert.ok(facts.includes(result.quads[0].name), facts);
+    assert.equal(await page.locator("main img, main b").count(), 0);
+    assert.equal(await isHacked(page), false);
+  });
 });
 
 test("a script that gets into the page does not run", async () => {
@@ -193,5 +208,23 @@ test("linked pictures are the only files that a page asks for", async () => {
   assert.ok(requests.some((url) => url.endsWith("/frame_0096.jpg")));
   await goTo(page, 97);
   assert.match(await page.locator("#player-caption").innerText(), /no picture/);
+  await close();
+});
+
+test("linked pictures are found whatever their names are", async () => {
+  const folder = made("odd % names");
+  mkdirSync(folder, { recursive: true });
+  const picture = join(folder, `a b#%41&amp;"'?<s>_0003.jpg`);
+  copyFileSync(`${data}planks_pictures/frame_0000.jpg`, picture);
+  const { path } = solvedPage(
+    driftingShot("linked_names.csv"),
+    "linked_names",
+    ...["--size", "512x288", "--y-down", "--pixel-center", "0.5"],
+    ...["--pictures", folder, "--link"],
+  );
+  const { page, requests, close } = await open(path, {}, [picture]);
+  await goTo(page, 3);
+  await page.locator('#steadied-stage[data-frame="3"] img').waitFor();
+  assert.equal(requests.length, 2);
   await close();
 });

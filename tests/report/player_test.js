@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { assertQuadIsDrawnAt, frameOf, goTo, isAt } from "./canvas.js";
 import { data, inPage, mapped, pixels, solvedPage, withBrowser } from "./support.js";
@@ -26,6 +27,22 @@ test("the player draws the quad where the result puts it, to within a pixel", as
           return [(x * width) / 1024, (y * height) / 576];
         }),
       );
+    }
+  });
+});
+
+test("a click on a track in the player names it", async () => {
+  const rows = readFileSync(`${data}planks.csv`, "utf8").split(/\r?\n/);
+  const seen = rows.map((row) => row.split(",")).filter(([, frame]) => frame === "150");
+  await inPage(plain.path, async (page) => {
+    await goTo(page, 150);
+    const canvas = page.locator("#player-canvas");
+    const box = await canvas.boundingBox();
+    assert.ok(box);
+    for (const [name, , x, y] of [seen[0], seen[60], seen[120]]) {
+      const position = { x: (Number(x) * box.width) / 1024, y: (Number(y) * box.height) / 576 };
+      await canvas.click({ position });
+      assert.equal(await page.locator("#track-details .track-name").innerText(), name);
     }
   });
 });
