@@ -72,6 +72,16 @@ read_text(vendor/uPlot/uPlot.min.css plots_style)
 read_text(style.css style)
 file(READ "${SOURCE}/template.html" template)
 
+# Every place of the template has something to fill it, and the other way round.
+set(known data libraries pictures policy script style title)
+string(REGEX MATCHALL "{{[^}]*}}" places "${template}")
+list(TRANSFORM places REPLACE "[{}]" "")
+list(REMOVE_DUPLICATES places)
+list(SORT places)
+if(NOT places STREQUAL known)
+  refuse(template.html "it has places for ${places}, not for ${known}")
+endif()
+
 # Bytes one by one: of literals, compilers limit the length.
 set(source "// SPDX-License-Identifier: BSD-3-Clause\n#include \"shot/report/page_parts.h\"\n\n")
 function(add_part name text)

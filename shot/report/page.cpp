@@ -74,11 +74,12 @@ Content contentOf(const PageSubject& subject, const PictureUse* use) {
   }
 }
 
-PagePictures picturesOf(const PageSubject& subject, const Shown& shown, const PictureUse& use) {
+PagePictures picturesOf(const PageSubject& subject, const Shown& shown, const PictureUse& use,
+                        const Progress& progress) {
   std::vector<int> frames;
   frames.reserve(shown.frames.size());
   for (const std::size_t f : shown.frames) frames.push_back(subject.result.frames[f].frame);
-  return use.linkedFrom.empty() ? embedded(use.pictures, frames)
+  return use.linkedFrom.empty() ? embedded(use.pictures, frames, progress)
                                 : linked(use.pictures, frames, use.linkedFrom);
 }
 
@@ -95,10 +96,10 @@ std::string listOf(const std::vector<std::string>& urls) {
 }  // namespace
 
 std::vector<std::string> writePage(const PageSubject& subject, const PictureUse* use,
-                                   OutputFile& out) {
+                                   OutputFile& out, const Progress& progress) {
   const Content content = contentOf(subject, use);
   std::optional<PagePictures> pictures;
-  if (use != nullptr) pictures = picturesOf(subject, content.shown, *use);
+  if (use != nullptr) pictures = picturesOf(subject, content.shown, *use, progress);
   const std::string json =
       pageDataJson(subject, content.shown, content.view,
                    pictures ? std::optional<PictureNote>(pictures->note) : std::nullopt);

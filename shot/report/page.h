@@ -9,6 +9,7 @@
 #include "shot/files/output_file.h"
 #include "shot/report/shot_pictures.h"
 #include "shot/report/shown.h"
+#include "shot/solve/progress.h"
 
 namespace cornerpin {
 
@@ -27,7 +28,7 @@ struct PictureUse {
 ///
 /// Returns which pictures were left out, as they are broken, with their names.
 std::vector<std::string> writePage(const PageSubject& subject, const PictureUse* pictures,
-                                   OutputFile& out);
+                                   OutputFile& out, const Progress& progress = {});
 
 /// Of a page without pictures.
 constexpr std::size_t kMostBytes = 2'000'000;

@@ -23,10 +23,12 @@ constexpr std::size_t kMostListed = 5;
 using UrlOf = std::function<std::string(const std::string& path)>;
 
 PagePictures picturesOf(const ShotPictures& pictures, const std::vector<int>& frames,
-                        const UrlOf& urlOf) {
+                        const UrlOf& urlOf, const Progress& progress) {
+  PhaseCount count(progress, Phase::Writing, frames.size());
   PagePictures page;
   std::vector<int> missing;
   for (const int frame : frames) {
+    count.add();
     const std::string path = pictures.of(frame);
     page.urls.emplace_back();
     if (path.empty()) {
@@ -53,16 +55,18 @@ PagePictures picturesOf(const ShotPictures& pictures, const std::vector<int>& fr
 
 }  // namespace
 
-PagePictures embedded(const ShotPictures& pictures, const std::vector<int>& frames) {
-  return picturesOf(pictures, frames, [](const std::string& path) {
+PagePictures embedded(const ShotPictures& pictures, const std::vector<int>& frames,
+                      const Progress& progress) {
+  const auto asJpeg = [](const std::string& path) {
     return "data:image/jpeg;base64," + base64(smallPicture(path, kWidestPicture));
-  });
+  };
+  return picturesOf(pictures, frames, asJpeg, progress);
 }
 
 PagePictures linked(const ShotPictures& pictures, const std::vector<int>& frames,
                     const std::string& page) {
-  PagePictures all =
-      picturesOf(pictures, frames, [&](const std::string& path) { return urlFrom(page, path); });
+  const auto fromPage = [&](const std::string& path) { return urlFrom(page, path); };
+  PagePictures all = picturesOf(pictures, frames, fromPage, {});
   all.note.linked = true;
   return all;
 }

@@ -7,6 +7,7 @@
 
 #include "shot/report/page_data.h"
 #include "shot/report/shot_pictures.h"
+#include "shot/solve/progress.h"
 
 namespace cornerpin {
 
@@ -18,7 +19,8 @@ struct PagePictures {
 };
 
 /// The pictures of these frames, as smaller ones in the page itself.
-PagePictures embedded(const ShotPictures& pictures, const std::vector<int>& frames);
+PagePictures embedded(const ShotPictures& pictures, const std::vector<int>& frames,
+                      const Progress& progress = {});
 
 /// The same as files that the page asks for: by their way from the page's folder.
 PagePictures linked(const ShotPictures& pictures, const std::vector<int>& frames,

@@ -65,3 +65,6 @@ expect_refusal("const a = 1;\n" "const b = 1;\nexport { b };\n" "not: export { b
 expect_refusal("const a = 1;\n" "function a() {}\n" "b.js: a is declared twice")
 expect_refusal("const a = \"</script>\";\n" "" "\"</script\" cannot stand in a page's script")
 expect_refusal("const a = \"<!--\";\n" "" "\"<!--\" cannot stand in a page's script")
+
+file(APPEND "${FOLDER}/template.html" "{{more}}")
+expect_refusal("const a = 1;\n" "" "it has places for data;libraries;more;pictures;")

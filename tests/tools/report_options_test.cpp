@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "tools/cornerpin/report_options.h"
-
 #include <gtest/gtest.h>
 
 #include "tests/shot/report/made_pictures.h"
@@ -70,9 +68,9 @@ TEST(ReportOptions, WantFilesOfTheirOwn) {
 TEST(ReportOptions, ReplaceNoTracks) {
   const TemporaryFolder folder;
   const std::string tracks = folder / "in.csv";
-  writeFile(tracks, stillShot(8, 6));
+  writeFile(tracks, stillShot(40, 6));
   EXPECT_EQ(cornerpin({"solve", tracks, "--report", tracks}).code, 2);
-  EXPECT_EQ(readFile(tracks), stillShot(8, 6));
+  EXPECT_EQ(readFile(tracks), stillShot(40, 6));
 }
 
 TEST(ReportOptions, SayBeforeASolveThatNothingDrawsPng) {
@@ -89,7 +87,7 @@ TEST(ReportOptions, SayBeforeASolveThatNothingDrawsPng) {
 TEST(ReportOptions, LookAtThePicturesBeforeTheSolve) {
   const TemporaryFolder folder;
   const std::string tracks = folder / "in.csv";
-  writeFile(tracks, stillShot(8, 6));
+  writeFile(tracks, stillShot(40, 6));
   const std::vector<std::string> given = {
       "solve",           tracks,       "-o",   folder / "a.json", "--report",
       folder / "a.html", "--progress", "json", "--pictures",      folder / "p#.jpg"};
@@ -109,7 +107,7 @@ TEST(ReportOptions, LookAtThePicturesBeforeTheSolve) {
 TEST(ReportOptions, PutPicturesIntoThePageOfASolve) {
   const TemporaryFolder folder;
   const std::string tracks = folder / "in.csv";
-  writeFile(tracks, stillShot(8, 6));
+  writeFile(tracks, stillShot(40, 6));
   writeJpeg(folder / "p3.jpg", 1000, 700);
   const Outcome run = cornerpin({"solve", tracks, "--report", folder / "a.html", "--plot",
                                  folder / "a.svg", "--pictures", folder / "p#.jpg", "-q"});

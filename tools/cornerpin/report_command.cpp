@@ -25,16 +25,16 @@ constexpr CommandText kText = {
     "report", "Write a page that shows whether a result is good",
     "cornerpin report shot.json --tracks shot.csv",
     "Writes a page for a browser: which frames are good, how far corners may be off, the tracks\n"
-    "and quads in motion, and what to do about the worst. It is one file, which asks for nothing\n"
+    "and quads in motion, and what to do about the worst. It is one file, which asks nothing\n"
     "from anywhere; without -o it stands beside the result and ends in .html. With the tracks\n"
     "that the result was made from it shows where they were seen, and their residuals.\n",
     "Of a long shot it shows a selection of the frames and tracks, and says which.\n\n"
-    "The tracks have to be in the file that was solved, or in one with the same tracks where the\n"
-    "result does not tell its digest. --pictures are JPEG or PNG files, told by a pattern with\n"
-    "the frame's number, by their folder, where it is the last number of their names, or by a\n"
-    "list, one name a line. The page holds them, at most 640 pixels wide; with --link it asks\n"
-    "for the files themselves. --picture-scale is found by the sizes where the result tells how\n"
-    "large the picture of its tracks is.\n"};
+    "The tracks have to be in the file that was solved, or, where the result does not tell its\n"
+    "digest, in one with the same tracks. --pictures are JPEG or PNG files, told by a pattern\n"
+    "with the frame's number, by their folder, where it is the last number of their names, or\n"
+    "by a list, one name a line. The page holds them, at most 640 pixels wide; with --link it\n"
+    "asks for the files themselves. --picture-scale is found by the sizes where the result\n"
+    "tells how large the picture of its tracks is.\n"};
 
 struct Arguments {
   std::string input;

@@ -52,7 +52,7 @@ void PagePictureOptions::addTo(CLI::App& parser) {
       .add_option("--picture-scale", scale_,
                   "Width of these pictures over that of the tracks' picture")
       ->check(refuseEmpty)
-      ->option_text("NUMBER");
+      ->option_text("S");
   parser.add_flag("--link", link_, "Leave the pictures beside the page, which asks for them");
 }
 
@@ -83,12 +83,12 @@ void PagePictureOptions::find(const Picture& picture, int first, int last, const
   pictures_->fit(picture, scaleOf(scale_), tracks);
 }
 
-void PagePictureOptions::write(const PageSubject& subject, const std::string& page,
-                               FileTalk& talk) const {
+void PagePictureOptions::write(const PageSubject& subject, const std::string& page, FileTalk& talk,
+                               const Progress& progress) const {
   OutputFile out(isStandardOutput(page) ? "-" : page);
   if (pictures_) {
     const PictureUse use = {*pictures_, link_ ? page : std::string()};
-    talk.add(writePage(subject, &use, out));
+    talk.add(writePage(subject, &use, out, progress));
   } else {
     writePage(subject, nullptr, out);
   }

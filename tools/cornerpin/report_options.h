@@ -8,6 +8,7 @@
 #include "shot/report/picture_files.h"
 #include "shot/report/shot_pictures.h"
 #include "shot/report/shown.h"
+#include "shot/solve/progress.h"
 #include "tools/cornerpin/file_talk.h"
 
 namespace CLI {
@@ -31,7 +32,8 @@ class PagePictureOptions {
   void find(const Picture& picture, int first, int last, const Tracks* tracks);
 
   /// Writes the page of a result.
-  void write(const PageSubject& subject, const std::string& page, FileTalk& talk) const;
+  void write(const PageSubject& subject, const std::string& page, FileTalk& talk,
+             const Progress& progress = {}) const;
 
  private:
   std::string pattern_;

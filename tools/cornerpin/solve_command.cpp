@@ -368,7 +368,7 @@ void writeFiles(const Arguments& arguments, const Plan& plan, const Tracks& trac
     if (!isStandardOutput(what.path)) write(what, arguments, tracks, result, talk, progress);
   }
   const PageSubject subject = {result, &tracks, titleOf(result, arguments.input.path)};
-  if (!arguments.page.empty()) arguments.pictures.write(subject, arguments.page, talk);
+  if (!arguments.page.empty()) arguments.pictures.write(subject, arguments.page, talk, progress);
   arguments.plot.write(subject);
 }
 
