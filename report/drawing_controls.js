@@ -4,12 +4,13 @@
 import { Part, partWords } from "./cells.js";
 import { onThemeChange } from "./theme.js";
 import { contextOf, fitToScreen, found, made } from "./elements.js";
-import { drawMark, drawingFactors, quadColour, strokeCased } from "./frame_drawing.js";
+import { createBrush, drawMark, quadColour, strokeCased } from "./brush.js";
+import { drawingFactors } from "./drawing_factors.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./state.js").State} State */
 
-/** @typedef {import("./frame_drawing.js").Brush} Brush */
+/** @typedef {import("./brush.js").Brush} Brush */
 /** @typedef {(brush: Brush, canvas: HTMLCanvasElement) => void} Swatch */
 
 /**
@@ -59,8 +60,7 @@ function createLegend(knowsTracks, isOnPicture) {
   function drawSwatches() {
     for (const { canvas, draw } of swatches) {
       if (!fitToScreen(canvas)) continue;
-      const context = contextOf(canvas);
-      draw({ context, isOnPicture, line: window.devicePixelRatio }, canvas);
+      draw({ ...createBrush(contextOf(canvas), isOnPicture), markSize: 3 }, canvas);
     }
   }
   drawSwatches();

@@ -18,7 +18,7 @@ import { createTables } from "./tables.js";
 import { createTrackDetails } from "./track_details.js";
 import { createTransport } from "./transport.js";
 import { createVerdictView } from "./verdict_view.js";
-import { fittingFactor } from "./frame_drawing.js";
+import { fittingFactor } from "./drawing_factors.js";
 import { found } from "./elements.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */

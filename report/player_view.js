@@ -2,15 +2,11 @@
 // The frame that the page looks at: its picture, its quads and its tracks.
 
 import { contextOf, fitToScreen, found, made, onResize } from "./elements.js";
-import {
-  createDrawing,
-  drawGround,
-  drawQuads,
-  drawTracks,
-  quadColour,
-  trackNear,
-} from "./frame_drawing.js";
+import { createDrawing, drawGround } from "./frame_drawing.js";
+import { drawQuads } from "./quad_drawing.js";
+import { drawTracks, trackNear } from "./track_drawing.js";
 import { onThemeChange } from "./theme.js";
+import { quadColour } from "./brush.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./cells.js").Cells} Cells */

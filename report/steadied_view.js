@@ -6,7 +6,7 @@ import { asMatrix3d, denominator, inverse, mapped, steadying } from "./homograph
 import { contextOf, fitToScreen, found, onResize } from "./elements.js";
 import { onThemeChange } from "./theme.js";
 import { inView } from "./page_data.js";
-import { drawMark, markSizeOn, quadColour, strokeCased } from "./frame_drawing.js";
+import { createBrush, drawMark, quadColour, strokeCased } from "./brush.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./page_data.js").Point} Point */
@@ -27,12 +27,7 @@ export function createSteadiedView({ data, cells }, pictures, state) {
   const context = contextOf(canvas);
   const caption = found("steadied-caption", HTMLElement);
 
-  const brush = () => ({
-    context,
-    isOnPicture: pictures.any,
-    line: window.devicePixelRatio,
-    markSize: markSizeOn(canvas),
-  });
+  const brush = () => createBrush(context, pictures.any);
 
   /**
    * @param {Point} point on the surface
