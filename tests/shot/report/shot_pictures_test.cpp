@@ -53,7 +53,7 @@ TEST_F(ShotPicturesOf, TheFramesThatHaveOne) {
 
 TEST_F(ShotPicturesOf, NoFrameAreRefused) {
   try {
-    ShotPictures(PictureFiles(folder_ / "p#.jpg"), "p#.jpg", 6, 9);
+    const ShotPictures none(PictureFiles(folder_ / "p#.jpg"), "p#.jpg", 6, 9);
     ADD_FAILURE();
   } catch (const std::invalid_argument& error) {
     EXPECT_EQ(error.what(), "--pictures: \"p#.jpg\" has no picture of frames 6 to 9, such as \"" +
