@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -15,6 +15,8 @@
 #include "shot/interface/result.h"
 #include "shot/report/page.h"
 #include "shot/report/picture_files.h"
+#include "shot/report/plot_png.h"
+#include "shot/report/plot_svg.h"
 #include "shot/report/shot_pictures.h"
 
 namespace cornerpin::shot {
@@ -64,25 +66,30 @@ PinStyle styleOf(const WriteOptions& options, Format format) {
   return style;
 }
 
+// By the word or the path's ending; refuses one that does not hold what it is to hold.
+Format formatFor(const std::string& path, const std::string& word, ExportKind kind) {
+  std::optional<Format> format = formatOfWord("to", word);
+  if (!format) format = formatOf(path);
+  if (!format) refuse(fmt::format("to: the name \"{}\" tells no format: give one", path));
+  const std::string flaw = flawOf(*format, kind);
+  if (!flaw.empty()) refuse(fmt::format("\"{}\": {}", path, flaw));
+  return *format;
+}
+
 Export exportOf(const std::string& path, const WriteOptions& options) {
   Export what;
   what.path = path;
   what.kind = kindOf(options.as);
-  std::optional<Format> format = formatOfWord("to", options.to);
-  if (!format) format = formatOf(path);
-  if (!format) refuse(fmt::format("to: the name \"{}\" tells no format: give one", path));
-  what.format = *format;
-  const std::string flaw = flawOf(what.format, what.kind);
-  if (!flaw.empty()) refuse(fmt::format("\"{}\": {}", path, flaw));
+  what.format = formatFor(path, options.to, what.kind);
   what.style = styleOf(options, what.format);
   return what;
 }
 
 // What messages and pages call the shot.
-std::string nameOf(const ShotResult& result) {
-  const std::optional<InputFile>& input = result.provenance.input;
+std::string nameOf(const std::optional<InputFile>& input) {
   return input && !input->name.empty() ? input->name : "shot";
 }
+std::string nameOf(const ShotResult& result) { return nameOf(result.provenance.input); }
 
 std::optional<ShotPictures> picturesOf(const PageOptions& options, const PageSubject& subject) {
   const std::optional<double>& scale = options.pictureScale;
@@ -111,6 +118,18 @@ std::optional<ShotPictures> picturesOf(const PageOptions& options, const PageSub
 }
 
 }  // namespace
+
+Written Tracks::write(const std::string& path, const std::string& to) const {
+  return atBoundary({}, [&](const cornerpin::Progress&) {
+    requireFile(path);
+    const Format format = formatFor(path, to, ExportKind::Tracks);
+    OutputFile out(path);
+    const cornerpin::Written written =
+        writeTracks(data_->tracks, format, nameOf(data_->input), out);
+    out.commit();
+    return Written{written.notes, readBackText(path, format, written)};
+  });
+}
 
 Written Result::write(const std::string& path, const WriteOptions& options,
                       const Progress& progress) const {
@@ -148,6 +167,19 @@ std::vector<std::string> Result::report(const std::string& path, const PageOptio
     out.commit();
     return broken;
   });
+}
+
+void Result::plot(const std::string& path) const {
+  requireFile(path);
+  const std::string ending = std::filesystem::path(path).extension().string();
+  if (ending != ".svg" && ending != ".png") {
+    refuse(fmt::format("path: \"{}\" ends neither in .svg nor in .png", path));
+  }
+  const std::string svg = plotSvg(data_->result, nameOf(data_->result));
+  const std::string picture = ending == ".png" ? pngOf(svg) : svg;
+  OutputFile out(path);
+  out.write(picture);
+  out.commit();
 }
 
 void Result::writeExplanation(const std::string& path, const Progress& progress) const {

@@ -15,6 +15,7 @@
 #include "shot/files/summary.h"
 #include "shot/interface/boundary.h"
 #include "shot/plane/homography.h"
+#include "shot/report/tracks_of_result.h"
 #include "shot/solve/rebase.h"
 #include "shot/solve/this_program.h"
 
@@ -263,6 +264,16 @@ Result Result::rebase(int reference) const {
   cornerpin::rebase(result, reference);
   if (reference != from) result.provenance.rebased.push_back({from, reference, thisProgram()});
   return Result(data);
+}
+
+Result Result::withTracks(const std::string& path, const Progress& progress) const {
+  return atBoundary(progress, [&](const cornerpin::Progress& report) {
+    const auto data = std::make_shared<Data>(*data_);
+    std::vector<std::string> notes;
+    data->tracks = std::make_shared<const cornerpin::Tracks>(
+        tracksOfResult(path, data_->result, report, notes));
+    return Result(data);
+  });
 }
 
 Result readResult(const std::string& path, const Picture& picture) {

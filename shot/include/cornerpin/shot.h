@@ -163,6 +163,12 @@ struct Observation {
   double weight = 1.0;    ///< 0: absent; taken in single precision
 };
 
+/// What is to be said of a file that was written.
+struct Written {
+  std::vector<std::string> notes;  ///< what the format cannot carry
+  std::string readBack;            ///< "read back: largest difference 0 px"; empty for results
+};
+
 /// The tracks of a shot. Copies share them; nothing changes them.
 class CORNERPIN_SHOT_API Tracks {
  public:
@@ -191,6 +197,15 @@ class CORNERPIN_SHOT_API Tracks {
   std::vector<double> positions() const;
   /// frames x tracks, packed: 0 where a track is absent.
   std::vector<double> weights() const;
+
+  /// Writes them to a file, in the coordinates and frames of its format, and reads it again to
+  /// compare.
+  ///
+  /// \param to  the format, as --to names it; empty: by the path's ending
+  ///
+  /// Throws `std::invalid_argument` for a format that holds no tracks, and for what it needs to
+  /// know and `Picture` does not tell.
+  Written write(const std::string& path, const std::string& to = {}) const;
 
   /// Of the library alone.
   const Data& data() const { return *data_; }
@@ -352,12 +367,6 @@ struct WriteOptions {
   double par = 1.0;               ///< width of a pixel over its height, for keyframes (--par)
 };
 
-/// What is to be said of a file that was written.
-struct Written {
-  std::vector<std::string> notes;  ///< what the format cannot carry
-  std::string readBack;            ///< "read back: largest difference 0 px"; empty for results
-};
-
 /// The page that shows whether a result is good.
 struct PageOptions {
   std::string pictures;  ///< "img_%04d.jpg", "img_####.jpg", a folder or a list; empty: none
@@ -434,6 +443,13 @@ class CORNERPIN_SHOT_API Result {
   /// show all corners.
   Result rebase(int reference) const;
 
+  /// The same with the tracks that it was made from, for `write` and `report`, where it was read
+  /// from a file.
+  ///
+  /// Throws `InputError` where the file is not the one that was solved: by its digest, or, where
+  /// the result does not tell that, by its tracks.
+  Result withTracks(const std::string& path, const Progress& progress = {}) const;
+
   /// Writes the result, a pin, its inverse, the transforms or the good tracks to a file, as
   /// `WriteOptions` and the path's ending say, in the coordinates and frames of the format, and
   /// reads it again to compare. Results are written to .json and .csv.
@@ -449,6 +465,12 @@ class CORNERPIN_SHOT_API Result {
   /// Throws `std::invalid_argument` for pictures that are not there or do not fit.
   std::vector<std::string> report(const std::string& path, const PageOptions& options = {},
                                   const Progress& progress = {}) const;
+  /// Writes a quick look at the frames as a picture, .svg or .png: how far corners may be off, the
+  /// residuals and how many tracks are in use.
+  ///
+  /// Throws `std::invalid_argument` for another ending, `std::runtime_error` where rsvg-convert,
+  /// which draws PNG, is missing.
+  void plot(const std::string& path) const;
   /// Writes what every track does to every frame as CSV: track, frame, residual, weight, leverage,
   /// influence. Throws `std::invalid_argument` unless it was solved with `Options::influences`.
   void writeExplanation(const std::string& path, const Progress& progress = {}) const;

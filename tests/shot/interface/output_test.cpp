@@ -182,6 +182,63 @@ TEST(Report, GivesThePageOfTheCommand) {
   EXPECT_TRUE(readFile(folder / "own.html") == readFile(folder / "its.html"));
 }
 
+TEST(Report, ShowsTheTracksOfAResultThatWasRead) {
+  const TemporaryFolder folder;
+  const Result solved = facade();
+  solved.write(folder / "a.json");
+  solved.report(folder / "solved.html");
+  const Result read = readResult(folder / "a.json");
+  read.withTracks(kFacade).report(folder / "read.html");
+  read.report(folder / "without.html");
+  const Outcome run = runProgram({CORNERPIN_PROGRAM, "report", folder / "a.json", "--tracks",
+                                  kFacade, "-o", folder / "its.html"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_TRUE(readFile(folder / "read.html") == readFile(folder / "its.html"));
+  EXPECT_LT(readFile(folder / "without.html").size(), readFile(folder / "read.html").size());
+  WriteOptions options;
+  options.as = "tracks";
+  read.withTracks(kFacade).write(folder / "read.csv", options);
+  solved.write(folder / "solved.csv", options);
+  EXPECT_TRUE(readFile(folder / "read.csv") == readFile(folder / "solved.csv"));
+  try {
+    read.withTracks(kPlanks);
+    FAIL() << "not refused";
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.file, kPlanks);
+  }
+}
+
+TEST(Plot, GivesTheFilesOfTheCommand) {
+  const TemporaryFolder folder;
+  facade().plot(folder / "own.svg");
+  solveByCommand(kFacade, joined({"--plot", folder / "its.svg"}, kTold));
+  EXPECT_GT(readFile(folder / "own.svg").size(), 1000u);
+  EXPECT_TRUE(readFile(folder / "own.svg") == readFile(folder / "its.svg"));
+  EXPECT_EQ(refusal([&] { facade().plot(folder / "own.gif"); }),
+            "path: \"" + folder / "own.gif" + "\" ends neither in .svg nor in .png");
+}
+
+TEST(WriteTracks, GivesTheFilesOfTheCommand) {
+  const TemporaryFolder folder;
+  ReadOptions how;
+  how.picture = kPicture;
+  const Tracks tracks = readTracks(kFacade, how);
+  for (const char* name : {"a.nk", "a.csv", "a.json"}) {
+    const Written written = tracks.write(folder / name);
+    EXPECT_EQ(written.readBack, "read back: largest difference 0 px");
+    const std::string its = folder / (std::string("its_") + name);
+    const Outcome run =
+        runProgram(joined({CORNERPIN_PROGRAM, "convert", kFacade, its, "--as", "tracks"}, kTold));
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_GT(readFile(its).size(), 1000u);
+    EXPECT_TRUE(readFile(folder / name) == readFile(its)) << name;
+  }
+  EXPECT_NE(refusal([&] { tracks.write(folder / "a.usda"); }).find("--as tracks is not written"),
+            std::string::npos);
+  EXPECT_EQ(refusal([&] { tracks.write("-"); }),
+            "path: the name of a file is wanted, not - for standard output");
+}
+
 TEST(Report, HasATitleAndNoPicturesUnlessAsked) {
   const TemporaryFolder folder;
   const Result result = solve(tracksFromArrays(plain::pan().given()));
