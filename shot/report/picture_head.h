@@ -21,7 +21,8 @@ struct PictureHead {
 /// it cannot be read, is of another kind or cut off, and where it has more than `kMostPixels`.
 PictureHead headOf(const std::string& path);
 
-/// Of 8192 x 8192: in memory, 268 MB.
+/// Of 8192 x 8192: 268 MB in memory, and as much as that again and more while a JPEG file is read
+/// that comes in several scans.
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 26;
 
 /// Whether a file begins as a JPEG or PNG file does.
