@@ -110,6 +110,9 @@ function shownFacts({ reduced, pictures, observations }) {
   return [
     ["Frames", shareText(reduced.frames, "frame")],
     ["Tracks", shareText(reduced.tracks, "track")],
+    ...(reduced.between.of > 0
+      ? [["Between frames", shareText(reduced.between, "transform")]]
+      : []),
     [
       "Places of the tracks",
       observations === null

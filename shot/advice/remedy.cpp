@@ -197,7 +197,8 @@ std::string describe(const Remedy& remedy, const ShotResult& result, const Track
           shellWord(textOf(Selected{remedy.track, {s.frames.first, s.frames.last}}, tracks)));
     case RemedyKind::AddTracks:
       return fmt::format("with two more tracks near {}, there and in frame {}, {}",
-                         cornerName(result.quads, s.quad, s.corner), result.baseFrame, after);
+                         cornerName(result.quads, result.provenance.picture.y, s.quad, s.corner),
+                         result.baseFrame, after);
     case RemedyKind::Fill:
       return fmt::format("interpolated between the frames around {}: --fill", after);
   }

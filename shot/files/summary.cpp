@@ -122,7 +122,7 @@ double largestDeviation(const FrameResult& frame, std::size_t quad) {
 std::string cornerOf(const ShotResult& result, const FrameResult& frame, std::size_t quad) {
   const std::array<double, 4> deviations = frame.figures.deviations(quad);
   const auto worst = std::max_element(deviations.begin(), deviations.end());
-  return cornerName(result.quads[quad].corners,
+  return cornerName(result.quads[quad].corners, result.provenance.picture.y,
                     static_cast<std::size_t>(worst - deviations.begin()));
 }
 

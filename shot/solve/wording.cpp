@@ -11,7 +11,7 @@ namespace cornerpin {
 
 namespace {
 
-std::array<std::string, 4> sidesOf(const Quad& corners) {
+std::array<std::string, 4> sidesOf(const Quad& corners, std::optional<YAxis> y) {
   Point middle;
   for (Point corner : corners) {
     middle.x += corner.x / 4.0;
@@ -19,8 +19,9 @@ std::array<std::string, 4> sidesOf(const Quad& corners) {
   }
   std::array<std::string, 4> sides;
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    sides[i] = fmt::format("{} {}", corners[i].y < middle.y ? "top" : "bottom",
-                           corners[i].x < middle.x ? "left" : "right");
+    const bool above = y == YAxis::Up ? corners[i].y >= middle.y : corners[i].y < middle.y;
+    sides[i] =
+        fmt::format("{} {}", above ? "top" : "bottom", corners[i].x < middle.x ? "left" : "right");
   }
   return sides;
 }
@@ -47,14 +48,15 @@ std::string shellWord(const std::string& word) {
   return text + "'";
 }
 
-std::string cornerName(const Quad& corners, std::size_t index) {
-  const std::array<std::string, 4> sides = sidesOf(corners);
+std::string cornerName(const Quad& corners, std::optional<YAxis> y, std::size_t index) {
+  const std::array<std::string, 4> sides = sidesOf(corners, y);
   const bool apart = std::set<std::string>(sides.begin(), sides.end()).size() == sides.size();
   return apart ? fmt::format("the {} corner", sides[index]) : fmt::format("corner {}", index);
 }
 
-std::string cornerName(const std::vector<NamedQuad>& quads, std::size_t quad, std::size_t index) {
-  const std::string name = cornerName(quads[quad].corners, index);
+std::string cornerName(const std::vector<NamedQuad>& quads, std::optional<YAxis> y,
+                       std::size_t quad, std::size_t index) {
+  const std::string name = cornerName(quads[quad].corners, y, index);
   return quads.size() == 1 ? name : fmt::format("{} of \"{}\"", name, quads[quad].name);
 }
 

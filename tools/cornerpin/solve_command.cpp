@@ -345,7 +345,6 @@ ShotResult solve(Arguments& arguments, const Plan& plan, Tracks& tracks, FileTal
   result.provenance.program = thisProgram();
   result.provenance.options = plan.given;
   result.provenance.input = input;
-  result.provenance.picture = tracks.picture;
   return result;
 }
 

@@ -10,7 +10,7 @@ using namespace cornerpin;
 namespace {
 
 std::string textOf(const ShotResult& a, const ShotResult& b, std::optional<double> most = {}) {
-  return differenceText(differenceOf(a, b), {"a.json", "b.json"}, a.quads, most);
+  return differenceText(differenceOf(a, b), {"a.json", "b.json"}, a, most);
 }
 
 // The top right corner of frame 7 is 3 pixels further right.
