@@ -64,6 +64,17 @@ std::string shown(std::string_view value) {
 }
 
 Parsed parse(std::string_view text, double& value) { return parseWhole(text, value); }
+Parsed parseFrame(std::string_view text, std::int32_t& frame) {
+  const Parsed parsed = parse(text, frame);
+  if (parsed != Parsed::Nothing) return parsed;
+  double number = 0.0;
+  const bool isNumber = parse(text, number) == Parsed::Number;
+  if (!isNumber || !std::isfinite(number) || number != std::floor(number)) return Parsed::Nothing;
+  if (std::fabs(number) > std::numeric_limits<std::int32_t>::max()) return Parsed::OutOfRange;
+  frame = static_cast<std::int32_t>(number);
+  return Parsed::Number;
+}
+
 Parsed parse(std::string_view text, std::int32_t& value) { return parseWhole(text, value); }
 
 void appendDecimal(std::string& text, double number) { appendFixed(text, number); }
