@@ -35,6 +35,9 @@ TEST(FileTalk, TellsTheFirstTwentyNotes) {
   EXPECT_EQ(toldBy(talk), "");
   talk.add(std::vector<std::string>{"f:3: left out"});
   EXPECT_EQ(toldBy(talk), "cornerpin: note: f:3: left out\n");
+  FileTalk hostile;
+  hostile.add(std::vector<std::string>{"\x1b[2Jf"});
+  EXPECT_EQ(toldBy(hostile), "cornerpin: note: ?[2Jf\n");
   talk.add(std::vector<std::string>(20, "more"));
   const std::string all = toldBy(talk);
   EXPECT_NE(all.find("\ncornerpin: note: and 1 more note\n"), std::string::npos) << all;

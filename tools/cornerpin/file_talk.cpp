@@ -25,7 +25,9 @@ void FileTalk::add(const Export& what, const Written& written) {
 
 void FileTalk::tellNotes() const {
   const std::size_t told = std::min(notes_.size(), kTold);
-  for (std::size_t i = 0; i < told; ++i) std::cerr << "cornerpin: note: " << notes_[i] << '\n';
+  for (std::size_t i = 0; i < told; ++i) {
+    std::cerr << "cornerpin: note: " << printable(notes_[i]) << '\n';
+  }
   const std::size_t more = notes_.size() - told;
   if (more > 0) std::cerr << "cornerpin: note: and " << counted(more, "more note") << '\n';
 }
