@@ -20,9 +20,9 @@ std::string marked(const char* word, const char* code, bool colour) {
 }
 
 // The doubts of the frame, and how far it may be off.
-std::string reasonsOf(const FrameResult& frame) {
+std::string reasonsOf(const FrameResult& frame, const char* next) {
   std::string text;
-  for (const Doubt& doubt : frame.doubts) text += (text.empty() ? "" : kNextLine) + doubt.text;
+  for (const Doubt& doubt : frame.doubts) text += (text.empty() ? "" : next) + doubt.text;
   const bool told =
       frame.doubts.front().code == DoubtCode::ExpectedError || !std::isfinite(frame.expectedError);
   return text + (told ? fmt::format(" (frame {})", frame.frame)
@@ -30,14 +30,17 @@ std::string reasonsOf(const FrameResult& frame) {
                                     pixels(frame.expectedError)));
 }
 
-std::string stretchLines(const ShotResult& result, const DoubtfulStretch& stretch) {
-  std::string text =
-      fmt::format("  {:<10}  {}", textOf(stretch.frames), reasonsOf(result.frames[stretch.worst]));
+// Why the stretch is doubtful and what was found to help.
+std::string wordsOn(const ShotResult& result, const DoubtfulStretch& stretch, const char* next) {
+  std::string text = reasonsOf(result.frames[stretch.worst], next);
   for (const Advice& advice : result.advice) {
-    if (advice.frames.first != stretch.frames.first) continue;
-    text += kNextLine + advice.text;
+    if (advice.frames.first == stretch.frames.first) text += next + advice.text;
   }
-  return text + "\n";
+  return text;
+}
+
+std::string stretchLines(const ShotResult& result, const DoubtfulStretch& stretch) {
+  return fmt::format("  {:<10}  {}\n", textOf(stretch.frames), wordsOn(result, stretch, kNextLine));
 }
 
 std::string allGood(const ShotResult& result) {
@@ -69,19 +72,32 @@ std::string someGood(const ShotResult& result, std::size_t doubtful) {
   return fmt::format("{} of {}.", frames - doubtful, counted(frames, "frame"));
 }
 
+std::string sentence(const ShotResult& result, bool colour) {
+  const std::vector<int> doubtful = doubtfulFrames(result);
+  const std::string good = marked("Good", "32", colour);
+  if (doubtful.empty()) return fmt::format("{}: {}", good, allGood(result));
+  return fmt::format("{}: {} {}: {}.", good, someGood(result, doubtful.size()),
+                     marked("Doubtful", "33", colour), textOf(stretchesOf(doubtful), kMostListed));
+}
+
 }  // namespace
 
 std::string closingWords(const ShotResult& result, bool colour) {
-  const std::vector<int> doubtful = doubtfulFrames(result);
-  const std::string good = marked("Good", "32", colour);
-  if (doubtful.empty()) return fmt::format("{}: {}\n", good, allGood(result));
-  std::string text =
-      fmt::format("{}: {} {}: {}.\n", good, someGood(result, doubtful.size()),
-                  marked("Doubtful", "33", colour), textOf(stretchesOf(doubtful), kMostListed));
+  std::string text = sentence(result, colour) + "\n";
   for (const DoubtfulStretch& stretch : worstStretches(result)) {
     text += stretchLines(result, stretch);
   }
   return text;
+}
+
+std::string closingSentence(const ShotResult& result) { return sentence(result, false); }
+
+std::vector<StretchWords> closingStretches(const ShotResult& result) {
+  std::vector<StretchWords> words;
+  for (const DoubtfulStretch& stretch : worstStretches(result)) {
+    words.push_back({stretch.frames, wordsOn(result, stretch, "; ")});
+  }
+  return words;
 }
 
 std::string advisedStretches(const ShotResult& result) {

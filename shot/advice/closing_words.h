@@ -3,8 +3,10 @@
 #define SHOT_ADVICE_CLOSING_WORDS_H
 
 #include <string>
+#include <vector>
 
 #include "shot/solve/result.h"
+#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
@@ -18,6 +20,14 @@ namespace cornerpin {
 ///
 /// \param colour  marks "Good" and "Doubtful" for a terminal
 std::string closingWords(const ShotResult& result, bool colour);
+
+/// The same in parts: the first line, and what is said of each stretch, as one line.
+struct StretchWords {
+  Stretch frames;
+  std::string text;
+};
+std::string closingSentence(const ShotResult& result);
+std::vector<StretchWords> closingStretches(const ShotResult& result);
 
 /// The lines of those stretches alone for which something was found to help; empty without any.
 std::string advisedStretches(const ShotResult& result);

@@ -78,6 +78,13 @@ Parsed parseFrame(std::string_view text, std::int32_t& frame) {
 void appendDecimal(std::string& text, double number) { appendFixed(text, number); }
 void appendDecimal(std::string& text, float number) { appendFixed(text, number); }
 
+double roundedTo(int digits, double number) {
+  if (!std::isfinite(number)) return number;
+  const std::string text = fmt::format("{:.{}g}", number, digits);
+  parse(text, number);
+  return number;
+}
+
 bool hasDecimalComma(std::string_view text) {
   std::string pointed(text);
   const std::size_t comma = pointed.find(',');

@@ -70,6 +70,9 @@ inline bool parsesPlain(std::string_view text, double& value) {
 void appendDecimal(std::string& text, double number);
 void appendDecimal(std::string& text, float number);
 
+/// The number nearest to it that so many decimal digits can tell; what is not finite stays.
+double roundedTo(int digits, double number);
+
 /// What is wrong with a text that did not parse as a number of this name, with the text: `x must be
 /// a number, not "a"`.
 std::string flawOfNumber(std::string_view name, std::string_view text, Parsed parsed);

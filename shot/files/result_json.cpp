@@ -2,10 +2,13 @@
 #include "shot/files/result_json.h"
 
 #include <cmath>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <utility>
 
+#include "shot/files/number_text.h"
 #include "shot/files/provenance_json.h"
 #include "shot/files/quad_file.h"
 
@@ -135,46 +138,59 @@ Json jsonOf(const ShotResult& result, const BetweenFrame& frame) {
   return {{"frame", frame.frame}, {"h", frame.h}, {"quads", std::move(quads)}};
 }
 
+// Every fraction in a value as the nearest with so many digits.
+void roundNumbers(Json& value, int digits) {
+  if (value.is_number_float()) value = roundedTo(digits, value.get<double>());
+  if (!value.is_structured()) return;
+  for (Json& item : value) roundNumbers(item, digits);
+}
+
+using Sink = std::function<void(std::string_view)>;
+
 // An object whose members are written one by one, each on a line of its own, and those that are
 // lists an item a line: a long shot's result is never in memory as a whole.
 class JsonWriter {
  public:
-  explicit JsonWriter(OutputFile& out) : out_(out) { out_.write("{"); }
+  // digits: how many of each number; 0 for all
+  JsonWriter(const Sink& write, int digits) : write_(write), digits_(digits) { write_("{"); }
 
-  void add(const std::string& name, const Json& value) {
+  void add(const std::string& name, Json value) {
     beginMember(name);
-    out_.write(textOf(value));
+    writeValue(std::move(value));
   }
 
   template <class Items, class ToJson>
   void addList(const char* name, const Items& items, const ToJson& toJson) {
     beginMember(name);
-    out_.write("[");
+    write_("[");
     const char* separator = "\n";
     for (const auto& item : items) {
-      out_.write(separator + textOf(toJson(item)));
+      write_(separator);
+      writeValue(toJson(item));
       separator = ",\n";
     }
-    out_.write("\n]");
+    write_("\n]");
   }
 
-  void close() { out_.write("}\n"); }
+  void close() { write_("}\n"); }
 
  private:
   void beginMember(const std::string& name) {
-    out_.write(separator_ + textOf(name) + ":");
+    write_(separator_ + textOf(name) + ":");
     separator_ = ",\n";
   }
 
-  OutputFile& out_;
+  void writeValue(Json value) {
+    if (digits_ > 0) roundNumbers(value, digits_);
+    write_(textOf(value));
+  }
+
+  const Sink& write_;
+  int digits_;
   const char* separator_ = "";
 };
 
-}  // namespace
-
-void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress) {
-  PhaseCount count(progress, Phase::Writing, result.frames.size());
-  JsonWriter file(out);
+void writeMembers(const ShotResult& result, JsonWriter& file, PhaseCount& count) {
   file.add("cornerpin", 2);
   const Json provenance = provenanceJson(result);
   for (const auto& field : provenance.items()) file.add(field.key(), field.value());
@@ -210,6 +226,25 @@ void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& 
   file.addList("between", result.between,
                [&](const BetweenFrame& frame) { return jsonOf(result, frame); });
   file.close();
+}
+
+}  // namespace
+
+void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress) {
+  PhaseCount count(progress, Phase::Writing, result.frames.size());
+  const Sink write = [&out](std::string_view text) { out.write(text); };
+  JsonWriter file(write, 0);
+  writeMembers(result, file, count);
+}
+
+std::string roundedResultJson(const ShotResult& result, int digits) {
+  const Progress nobody;
+  PhaseCount count(nobody, Phase::Writing, result.frames.size());
+  std::string json;
+  const Sink write = [&json](std::string_view text) { json += text; };
+  JsonWriter file(write, digits);
+  writeMembers(result, file, count);
+  return json;
 }
 
 }  // namespace cornerpin

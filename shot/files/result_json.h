@@ -2,6 +2,8 @@
 #ifndef SHOT_FILES_RESULT_JSON_H
 #define SHOT_FILES_RESULT_JSON_H
 
+#include <string>
+
 #include "shot/files/output_file.h"
 #include "shot/solve/progress.h"
 #include "shot/solve/result.h"
@@ -15,6 +17,9 @@ namespace cornerpin {
 /// covariance or an expected error without a figure, a track's place that is not known, and the
 /// coordinates of a corner on or behind the horizon.
 void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress = {});
+
+/// The same as a text, with so many digits of each number that is not a whole one.
+std::string roundedResultJson(const ShotResult& result, int digits);
 
 }  // namespace cornerpin
 

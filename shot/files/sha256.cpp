@@ -7,6 +7,8 @@
 #include <array>
 #include <stdexcept>
 
+#include "shot/files/base64.h"
+
 namespace cornerpin {
 
 namespace {
@@ -27,15 +29,21 @@ void Sha256::add(const void* bytes, std::size_t count) {
   require(::EVP_DigestUpdate(context_.get(), bytes, count) == 1);
 }
 
-std::string Sha256::hex() const {
+std::string Sha256::bytes() const {
   std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
   unsigned length = 0;
   const std::unique_ptr<EVP_MD_CTX, Free> ending(::EVP_MD_CTX_new());
   require(ending && ::EVP_MD_CTX_copy_ex(ending.get(), context_.get()) == 1 &&
           ::EVP_DigestFinal_ex(ending.get(), digest.data(), &length) == 1);
+  return {digest.begin(), digest.begin() + length};
+}
+
+std::string Sha256::hex() const {
   std::string text;
-  for (unsigned i = 0; i < length; ++i) text += fmt::format("{:02x}", digest[i]);
+  for (const char byte : bytes()) text += fmt::format("{:02x}", static_cast<unsigned char>(byte));
   return text;
 }
+
+std::string Sha256::base64() const { return cornerpin::base64(bytes()); }
 
 }  // namespace cornerpin

@@ -21,10 +21,15 @@ class Sha256 {
   /// Of all that was added, in lower-case hexadecimal.
   std::string hex() const;
 
+  /// The same in base64.
+  std::string base64() const;
+
  private:
   struct Free {
     void operator()(evp_md_ctx_st* context) const;
   };
+  std::string bytes() const;
+
   std::unique_ptr<evp_md_ctx_st, Free> context_;
 };
 

@@ -13,11 +13,37 @@ import pathlib
 import subprocess
 import sys
 import tempfile
+import urllib.request
 
 import jsonschema  # Debian's package python3-jsonschema
 
 FEWEST = 5  # results of a program
-FEWEST_DAMAGED = {"cornerpin": 50, "cornerpin_tracks": 20}
+FEWEST_DAMAGED = {"cornerpin": 50, "cornerpin_tracks": 20, "page": 50}
+
+
+def validator_of(path):
+    """Of a schema that may refer to other files."""
+    schema = json.loads(path.read_text(encoding="utf-8"))
+    jsonschema.Draft202012Validator.check_schema(schema)
+    try:
+        from referencing import Registry, Resource
+    except ImportError:  # an older jsonschema
+        resolver = jsonschema.RefResolver(path.as_uri(), schema)
+        return jsonschema.Draft202012Validator(schema, resolver=resolver)
+
+    def retrieve(uri):
+        with urllib.request.urlopen(uri) as file:
+            return Resource.from_contents(json.load(file))
+
+    registry = Registry(retrieve=retrieve)
+    return jsonschema.Draft202012Validator({"$ref": path.as_uri()}, registry=registry)
+
+
+def richness(value):
+    """Of several results the one with the most kinds of frames and members, and the shortest."""
+    frames = value.get("result", value).get("frames", [])
+    members = sum(bool(member) for member in value.values()) if "page" in value else 0
+    return len({frame["status"] for frame in frames}), members, -len(json.dumps(value))
 
 
 def results_of(program, selection, field):
@@ -71,10 +97,7 @@ def damaged(result):
 
 
 def main():
-    with open(sys.argv[1], encoding="utf-8") as file:
-        schema = json.load(file)
-    jsonschema.Draft202012Validator.check_schema(schema)
-    validator = jsonschema.Draft202012Validator(schema)
+    validator = validator_of(pathlib.Path(sys.argv[1]).resolve())
     problems = []
     richest = None
     field = sys.argv[2]
@@ -86,11 +109,7 @@ def main():
             for error in list(validator.iter_errors(result))[:5]:
                 problems.append(f"{program}: {error.json_path}: {error.message[:200]}")
         print(f"{program}: {len(results)} results")
-        statuses = lambda r: (
-            len({f["status"] for f in r.get("frames", [])}),
-            -len(json.dumps(r)),
-        )
-        richest = max(results + ([richest] if richest else []), key=statuses, default=richest)
+        richest = max(results + ([richest] if richest else []), key=richness, default=richest)
     copies = list(damaged(richest)) if richest else []
     for what, copied in copies:
         if validator.is_valid(copied):

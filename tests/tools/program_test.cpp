@@ -22,7 +22,7 @@ TEST(Program, PrintsTheHelpOfItselfAndOfEveryCommandInTwoWays) {
   EXPECT_EQ(run({"help"}).out, run({"--help"}).out);
   EXPECT_EQ(run({"-h"}).out, run({"--help"}).out);
   const Program program;
-  ASSERT_EQ(program.commands().size(), 8u);
+  ASSERT_EQ(program.commands().size(), 9u);
   for (const Command& command : program.commands()) {
     const std::string name = command.text->name;
     const Outcome printed = run({"help", name});

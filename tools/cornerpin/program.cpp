@@ -14,6 +14,7 @@
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/rebase_command.h"
+#include "tools/cornerpin/report_command.h"
 #include "tools/cornerpin/solve_command.h"
 #include "tools/cornerpin/this_program.h"
 #include "tools/cornerpin/usage_error.h"
@@ -48,8 +49,8 @@ Program::Program() : itself_{&app_, nullptr, &kText} {
   app_.set_version_flag("-V,--version", versionText,
                         "Print the version, its commit, and which LAPACK is in use");
   app_.require_subcommand(0, 1);
-  commands_ = {addSolve(app_), addConvert(app_), addInfo(app_),  addDiff(app_),
-               addCheck(app_), addExplain(app_), addRebase(app_)};
+  commands_ = {addSolve(app_), addReport(app_), addConvert(app_), addInfo(app_),
+               addDiff(app_),  addCheck(app_),  addExplain(app_), addRebase(app_)};
   addHelp();
 }
 

@@ -31,6 +31,7 @@
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/progress_bar.h"
+#include "tools/cornerpin/report_options.h"
 #include "tools/cornerpin/shared_options.h"
 #include "tools/cornerpin/this_program.h"
 
@@ -40,9 +41,8 @@ namespace {
 
 constexpr CommandText kText = {
     "solve", "Find the transform of every frame", "cornerpin solve shot.csv -o shot.json",
-    "Reads the tracks of a shot and finds, for every frame, the 3x3 transform that carries them\n"
-    "from the base frame to that frame. Prints how well it fits. Tracks are CSV with columns\n"
-    "track,frame,x,y and, if you like, weight, or a file of a tracking program.\n",
+    "Finds the 3x3 transform that carries a shot's tracks from the base frame to each frame.\n"
+    "Tracks are CSV with columns track,frame,x,y[,weight], or a file of a tracking program.\n",
     "CSV has a row for each track and frame where the track is seen. The columns stand in any\n"
     "order, with commas, semicolons or tabs between them, plain or gzip. A track's distance r\n"
     "from the fit is multiplied by its weight w: the cost is w^2 r^2, so a track of weight 0.5\n"
@@ -65,6 +65,11 @@ constexpr CommandText kText = {
     "--smooth, --fill and --at work on what was solved. --smooth moves a corner by no more than\n"
     "it may be off; --fill leaves frames at the ends of the shot as they are; --at takes any\n"
     "times from the first frame to the last. What the fit gave is kept beside it in the JSON.\n\n"
+    "--report writes a page for a browser, one file that asks for nothing from anywhere. Under\n"
+    "the tracks it shows --pictures, JPEG or PNG files that are told by a pattern with the\n"
+    "frame's number, by their folder, where it is the last number of their names, or by a list,\n"
+    "one name a line. The page holds them, at most 640 pixels wide; with --link it asks for the\n"
+    "files themselves. --plot writes the figures over the frames as a picture.\n\n"
     "--progress json writes what a program needs to show how far the work is: an object on a\n"
     "line of its own on standard error, at most ten a second, with the phase, how much of it is\n"
     "done, the total, and the seconds_left of this phase; what nobody knows is null. The phases\n"
@@ -88,6 +93,9 @@ struct Arguments {
   FramesOption frames;
   SelectionOptions selection;
   std::string explanation;
+  std::string page;
+  PagePictureOptions pictures;
+  PlotOption plot;
   UnitsOption units;
   LossOption loss;
   HoldOption hold;
@@ -116,9 +124,15 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.maxError.addTo(parser);
   arguments.smooth.addTo(parser);
   arguments.fill.addTo(parser);
+  takesFile(parser.add_option("--report", arguments.page,
+                              "Write a page for a browser that shows whether the solve is good"))
+      ->check(refuseEmpty)
+      ->option_text("FILE");
   arguments.talk.addTo(parser);
 
   addMore(parser);
+  arguments.pictures.addTo(parser);
+  arguments.plot.addTo(parser);
   takesFile(parser.add_option("--explain", arguments.explanation,
                               "Write a CSV file of how much each track pulls on each frame"))
       ->check(refuseEmpty)
@@ -202,6 +216,24 @@ bool printsTable(const Arguments& arguments, const Plan& plan) {
   return !arguments.json.given && onStandardOutput(plan) == nullptr && !arguments.talk.quiet.given;
 }
 
+// Of the files that are written beside the exports, each has a name of its own that can be written.
+struct OtherFile {
+  const char* option;
+  const std::string& path;
+};
+void checkOtherFiles(const std::vector<OtherFile>& files, const Arguments& arguments) {
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const auto [option, path] = files[i];
+    refuseInput(arguments.input.path, path);
+    refuseInput(arguments.quads.quads, path);
+    for (std::size_t j = 0; j < i; ++j) refuseSame(files[j].option, files[j].path, option, path);
+    if (isStandardOutput(path)) {
+      throw std::invalid_argument(std::string(option) + " wants a file: name one");
+    }
+    requireWritable(path);
+  }
+}
+
 // Refuses outputs that would replace the input or one another, or cannot be written.
 void checkOutputs(const Arguments& arguments, const Plan& plan) {
   std::size_t printed = arguments.json.given ? 1 : 0;
@@ -214,6 +246,8 @@ void checkOutputs(const Arguments& arguments, const Plan& plan) {
     refuseInput(arguments.input.path, path);
     refuseInput(arguments.quads.quads, path);
     refuseSame("-o", path, "--explain", arguments.explanation);
+    refuseSame("-o", path, "--report", arguments.page);
+    refuseSame("-o", path, "--plot", arguments.plot.path);
     for (std::size_t j = 0; j < i; ++j) refuseSame("-o", plan.exports[j].path, "-o", path);
   }
   if (printed > 1) {
@@ -221,14 +255,12 @@ void checkOutputs(const Arguments& arguments, const Plan& plan) {
                                     ? "--json and -o both want standard output: leave one out"
                                     : "-o: one file alone goes to standard output");
   }
-  refuseInput(arguments.input.path, arguments.explanation);
-  refuseInput(arguments.quads.quads, arguments.explanation);
-  if (isStandardOutput(arguments.explanation)) {
-    throw std::invalid_argument("--explain wants a file: name one");
-  }
+  checkOtherFiles({{"--explain", arguments.explanation},
+                   {"--report", arguments.page},
+                   {"--plot", arguments.plot.path}},
+                  arguments);
   if (printed > 0 || !arguments.talk.quiet.given) requireWritable("-");
   for (const Export& what : plan.exports) requireWritable(what.path);
-  requireWritable(arguments.explanation);
 }
 
 GivenOptions givenIn(const Arguments& arguments, const SolveOptions& options,
@@ -247,9 +279,9 @@ GivenOptions givenIn(const Arguments& arguments, const SolveOptions& options,
   return given;
 }
 
-// Whether anything is written that names the digest of the tracks.
+// Whether anything is written that tells all of the result, and the digest of the tracks.
 bool writesJson(const Arguments& arguments, const Plan& plan) {
-  return arguments.json.given ||
+  return arguments.json.given || !arguments.page.empty() ||
          std::any_of(plan.exports.begin(), plan.exports.end(), [](const Export& what) {
            return writesResult(what) && what.format == Format::Json;
          });
@@ -302,11 +334,12 @@ Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, File
   return tracks;
 }
 
-ShotResult solve(const Arguments& arguments, const Plan& plan, Tracks& tracks, FileTalk& talk,
+ShotResult solve(Arguments& arguments, const Plan& plan, Tracks& tracks, FileTalk& talk,
                  const Progress& progress) {
   InputFile input;
   tracks = read(arguments, plan, input, talk, progress);
   checkTimes(plan.retouches.at, tracks);
+  arguments.pictures.find(tracks.picture, tracks.firstFrame(), tracks.lastFrame(), &tracks);
   ShotResult result = solveShot(tracks, plan.options, progress);
   retouch(result, plan.retouches, progress);
   result.provenance.program = thisProgram();
@@ -335,6 +368,9 @@ void writeFiles(const Arguments& arguments, const Plan& plan, const Tracks& trac
   for (const Export& what : plan.exports) {
     if (!isStandardOutput(what.path)) write(what, arguments, tracks, result, talk, progress);
   }
+  const PageSubject subject = {result, &tracks, titleOf(result, arguments.input.path)};
+  if (!arguments.page.empty()) arguments.pictures.write(subject, arguments.page, talk, progress);
+  arguments.plot.write(subject);
 }
 
 void printResult(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
@@ -365,9 +401,11 @@ int exitCode(const Arguments& arguments, const Plan& plan, const ShotResult& res
   return degraded ? kDegraded : kSolved;
 }
 
-int run(const Arguments& arguments) {
+int run(Arguments& arguments) {
   arguments.talk.check();
   checkShown(arguments);
+  arguments.plot.check();
+  arguments.pictures.check(arguments.page);
   const Plan plan = planOf(arguments);
   checkPinnedQuad(plan);
   const ProgressStyle style = arguments.progress.value(arguments.talk.quiet.given);

@@ -56,6 +56,24 @@ TEST(ClosingWords, SayWhichFramesAreDoubtfulWhyAndWhatHelps) {
   EXPECT_EQ(advisedStretches(result), "");
 }
 
+TEST(ClosingWords, ComeInParts) {
+  ShotResult result = goodShot(20);
+  EXPECT_EQ(closingSentence(result),
+            "Good: all 20 frames. No corner is expected to be more than 4.75 px off.");
+  EXPECT_TRUE(closingStretches(result).empty());
+  result.frames[4].doubts = {{DoubtCode::ExpectedError, "far off"},
+                             {DoubtCode::Jump, "jumps, too"}};
+  result.frames[12].doubts = {{DoubtCode::Rival, "others agree"}};
+  result.advice = {{{4, 4}, "do this"}};
+  EXPECT_EQ(closingSentence(result), "Good: 18 of 20 frames. Doubtful: 4, 12.");
+  const std::vector<StretchWords> words = closingStretches(result);
+  ASSERT_EQ(words.size(), 2u);
+  EXPECT_EQ(words[0].text, "others agree (frame 12: may be 3 px off)");
+  EXPECT_EQ(words[1].frames.first, 4);
+  EXPECT_EQ(words[1].frames.last, 4);
+  EXPECT_EQ(words[1].text, "far off; jumps, too (frame 4); do this");
+}
+
 TEST(ClosingWords, NameThreeStretchesAtMost) {
   ShotResult result = goodShot(50);
   for (std::size_t i = 0; i < 50; i += 10) result.frames[i].doubts = {{DoubtCode::Jump, "jumps"}};

@@ -97,3 +97,13 @@ TEST(AppendDecimal, WritesTheShortestNumberWithoutAnExponent) {
     EXPECT_EQ(read, number);
   }
 }
+
+TEST(RoundedTo, KeepsSoManyDigits) {
+  EXPECT_EQ(roundedTo(9, 1234.5678901234), 1234.56789);
+  EXPECT_EQ(roundedTo(9, -1.23456789012e-7), -1.23456789e-7);
+  EXPECT_EQ(roundedTo(9, 987654321987.0), 987654322000.0);
+  EXPECT_EQ(roundedTo(3, 0.1), 0.1);
+  EXPECT_EQ(roundedTo(1, 0.0), 0.0);
+  EXPECT_EQ(roundedTo(9, HUGE_VAL), HUGE_VAL);
+  EXPECT_TRUE(std::isnan(roundedTo(9, std::nan(""))));
+}

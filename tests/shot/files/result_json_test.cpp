@@ -63,6 +63,16 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   EXPECT_FALSE(j["frames"][0].contains("stage"));
 }
 
+TEST(RoundedResultJson, IsTheSameWithFewerDigits) {
+  ShotResult result = twoFrames();
+  EXPECT_EQ(roundedResultJson(result, 17), written(result, Format::Json));
+  result.frames[1].h = {{{0.123456789, 1.0 / 3.0, 1e300}, {-2.5, 0, 0}, {0, -0.01, 1}}};
+  const json j = json::parse(roundedResultJson(result, 3));
+  EXPECT_EQ(j["frames"][1]["h"], json::parse("[[0.123,0.333,1e300],[-2.5,0,0],[0,-0.01,1]]"));
+  EXPECT_EQ(j["frames"][1]["reason"], "the fit failed: a \"quoted\"\nreason");
+  EXPECT_EQ(j["front"], json::parse("[2,3.25]"));
+}
+
 TEST(ResultJson, SaysWhatWasFoundToHelp) {
   const json j = json::parse(written(twoFrames(), Format::Json));
   EXPECT_EQ(j["advice"], json::parse(R"([{"first":5,"last":6,"text":"do \"this\""}])"));

@@ -38,3 +38,10 @@ TEST(Sha256, TakesPiecesAndGoesOn) {
   digest.add("d", 1);
   EXPECT_EQ(digest.hex(), digestOf("abcd"));
 }
+
+// The standard's digest of "abc" as another program writes its bytes.
+TEST(Sha256, ComesInBase64) {
+  Sha256 digest;
+  digest.add("abc", 3);
+  EXPECT_EQ(digest.base64(), "ungWv48Bz+pBQUDeXa4iI7ADYaOWF3qctBD/YfIAFa0=");
+}
