@@ -93,7 +93,11 @@ std::string frameRow(const ResultDifference& d, const char* label, bool FrameDif
 
 std::string closing(const ResultDifference& d, const ShotResult& first,
                     std::optional<double> most) {
-  if (!d.comparedIn) return fmt::format("Different: the corners cannot be compared: {}.\n", d.why);
+  if (!d.comparedIn) {
+    return fmt::format(
+        "Different: the corners cannot be compared: {}, for both files with cornerpin rebase.\n",
+        d.why);
+  }
   const std::vector<int> beyond = d.framesBeyond(most.value_or(0.0));
   if (!beyond.empty()) {
     const std::string limit = most.value_or(0.0) > 0.0 ? " by more than " + pixels(*most) : "";

@@ -140,8 +140,9 @@ std::string corners(const ShotResult& result, std::size_t quad) {
     }
   }
   if (figures.empty() && without == 0) return {};
-  const std::string what =
-      result.quads.size() > 1 ? fmt::format("of \"{}\" may", result.quads[quad].name) : "may";
+  const std::string what = result.quads.size() > 1
+                               ? fmt::format("of \"{}\" may", printable(result.quads[quad].name))
+                               : "may";
   const char* label = quad == 0 ? "corners" : "";
   if (figures.empty()) {
     return row(label, fmt::format("nothing tells how far those {} be off, in {}", what,

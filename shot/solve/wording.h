@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "shot/plane/picture.h"
@@ -19,7 +20,11 @@ std::string pixels(double length);
 /// "1 frame", "7 frames".
 std::string counted(std::size_t count, const std::string& noun);
 
-/// A word as a shell reads it back: in quotes where it needs them.
+/// A text from a file, such as a name, as a terminal may be given it: on one line, with ? in the
+/// place of each control character.
+std::string printable(std::string_view text);
+
+/// A word as a shell reads it back: in quotes where it needs them, control characters as `\x1b`.
 std::string shellWord(const std::string& word);
 
 /// "the top left corner" of a quad by where it lies around the middle of the four, with y down

@@ -80,7 +80,7 @@ TEST(DifferenceText, SaysWhyNothingIsCompared) {
             "base frame    4 and 6\n"
             "reference     frames 4 and 6: not compared\n\n"
             "Different: the corners cannot be compared: frame 4 cannot be the reference: it was "
-            "held.\n");
+            "held: take another one, for both files with cornerpin rebase.\n");
 }
 
 TEST(DifferenceText, NamesTheProgramsAndTheFilesThatResultsWereMadeOf) {

@@ -29,6 +29,14 @@ TEST(Wording, CountsOneOfAThingInTheSingular) {
   EXPECT_EQ(counted(2, "frame"), "2 frames");
 }
 
+TEST(Wording, KeepsControlCharactersFromTerminals) {
+  EXPECT_EQ(printable("\x1b[31ma\nb\x7f"), "?[31ma?b?");
+  EXPECT_EQ(printable("a\xC2\x9b 2J"), "a? 2J");  // U+009B
+  EXPECT_EQ(printable("\xC3\xA4 \xC2\xA0\xE2\x82\xAC \xE4\xC2"),
+            "\xC3\xA4 \xC2\xA0\xE2\x82\xAC \xE4\xC2");
+  EXPECT_EQ(shellWord("a\x1b'\\b"), "$'a\\x1b\\'\\\\b'");
+}
+
 // Whichever way the corners go around, and where they begin.
 TEST(Wording, NamesCornersByWhereTheyLie) {
   EXPECT_EQ(cornerName(kSquare, std::nullopt, 0), "the top left corner");
