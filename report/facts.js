@@ -107,9 +107,13 @@ function conventions({ units, picture }) {
  * @returns {Fact[]}
  */
 function shownFacts({ reduced, pictures, observations }) {
+  /** @type {Fact[]} */
+  const between =
+    reduced.between.of > 0 ? [["Between frames", shareText(reduced.between, "transform")]] : [];
   return [
     ["Frames", shareText(reduced.frames, "frame")],
     ["Tracks", shareText(reduced.tracks, "track")],
+    ...between,
     [
       "Places of the tracks",
       observations === null

@@ -41,6 +41,7 @@ export function createVerdictView({ title, verdict, result, reduced }, state) {
   const shown = [
     reduced.frames.how && shareText(reduced.frames, "frame"),
     reduced.tracks.how && shareText(reduced.tracks, "track"),
+    reduced.between.how && shareText(reduced.between, "transform between frames"),
   ].filter(Boolean);
   const note = found("reduced-note", HTMLElement);
   note.hidden = shown.length === 0;

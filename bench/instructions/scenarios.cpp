@@ -11,8 +11,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -25,6 +25,7 @@
 #ifdef CORNERPIN_BENCH_SHOT
 #include "bench/command/inputs.h"
 #include "bench/support/matches.h"
+#include "shot/files/input_error.h"
 #include "shot/files/track_reader.h"
 #include "shot/fit/homography_fit.h"
 #include "shot/solve/shot_solver.h"
@@ -67,25 +68,66 @@ std::function<void()> fitsOf(int tracks) {
 // A track file that goes with its owner.
 class TrackFile {
  public:
-  TrackFile(int tracks, int frames)
-      : path_((std::filesystem::temp_directory_path() /
-               ("cornerpin-instructions-" + std::to_string(::getpid()) + ".csv"))
-                  .string()) {
-    bench::synthetic(tracks, frames, path_);
-  }
+  TrackFile(int tracks, int frames) { bench::synthetic(tracks, frames, path_); }
+  explicit TrackFile(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
   TrackFile(const TrackFile&) = delete;
   TrackFile& operator=(const TrackFile&) = delete;
   ~TrackFile() { std::filesystem::remove(path_); }
 
   cornerpin::Tracks read() const { return cornerpin::readTracks(path_); }
 
+  void readOrRefuse(cornerpin::Format format) const {
+    cornerpin::ReadTrace trace;
+    trace.format = format;
+    try {
+      cornerpin::readTracks(path_, {}, {}, &trace);
+    } catch (const cornerpin::InputError&) {
+    }
+  }
+
  private:
-  std::string path_;
+  std::string path_ = (std::filesystem::temp_directory_path() /
+                       ("cornerpin-instructions-" + std::to_string(::getpid()) + ".csv"))
+                          .string();
 };
 
 std::function<void()> reading() {
   const auto file = std::make_shared<const TrackFile>(100, 100);
   return [file] { file->read(); };
+}
+
+// A file of a format that is a hundred thousand bytes of the same behind a beginning. Of what can
+// be repeated, this takes each reader longest: to refuse it, or to skip it.
+struct Hostile {
+  const char* name;
+  cornerpin::Format format;
+  const char* begin;
+  const char* repeated;
+};
+
+constexpr std::size_t kHostileBytes = 100'000;
+
+const Hostile hostileFiles[] = {
+    {"hostile-csv", cornerpin::Format::Csv, "track,frame,x,y\n", "a,1,1,1\n"},
+    {"hostile-json", cornerpin::Format::Json,
+     R"({"cornerpin_tracks": 1, "tracks": [{"name": "a", "positions": [)", "[1,1,1],"},
+    {"hostile-points", cornerpin::Format::Points, "1\na\n0\n1\n", "\r"},
+    {"hostile-nk", cornerpin::Format::Nk, "Tracker4 {\n tracks { { 1 3 1 }\n", "{ }"},
+    {"hostile-blocks", cornerpin::Format::Blocks, "\"a\"\n2\n1\n", "\r"},
+    {"hostile-keyframes", cornerpin::Format::Keyframes, "Adobe After Effects 6.0 Keyframe Data\n",
+     "a\n"},
+    {"hostile-paths", cornerpin::Format::Paths, "", "a 1 1 1 7\n"},
+    {"hostile-rz2", cornerpin::Format::Rz2, "pointTrack \"a\"\n{\n", "\t0\t1\t1\n"},
+    {"hostile-uv", cornerpin::Format::Uv, "1\na\n1\n", "\r"},
+    {"hostile-uv-json", cornerpin::Format::Json,
+     R"({"points": [{"name": "a", "per_frame": [{"frame": 1, "pos": [)", "1,"},
+};
+
+std::function<void()> readingOf(const Hostile& hostile) {
+  std::string text = hostile.begin;
+  while (text.size() < kHostileBytes) text += hostile.repeated;
+  const auto file = std::make_shared<const TrackFile>(text);
+  return [file, format = hostile.format] { file->readOrRefuse(format); };
 }
 
 // All of `solveShot`, from the first of 20 frames.
@@ -112,25 +154,32 @@ std::function<void()> norms() {
 
 struct Scenario {
   const char* name;
-  std::function<void()> (*prepare)();
+  std::function<std::function<void()>()> prepare;
 };
 
-const Scenario scenarios[] = {
-    {"solve-8-tracks", [] { return solveOf(8); }},
-    {"solve-32-tracks", [] { return solveOf(32); }},
-    {"solve-100-tracks", [] { return solveOf(100); }},
-    {"solve-300-tracks", [] { return solveOf(300); }},
-    {"norms-0-to-1000", norms},
+std::vector<Scenario> allScenarios() {
+  std::vector<Scenario> all = {
+      {"solve-8-tracks", [] { return solveOf(8); }},
+      {"solve-32-tracks", [] { return solveOf(32); }},
+      {"solve-100-tracks", [] { return solveOf(100); }},
+      {"solve-300-tracks", [] { return solveOf(300); }},
+      {"norms-0-to-1000", norms},
 #ifdef CORNERPIN_BENCH_SHOT
-    {"fit-8-tracks", [] { return fitsOf(8); }},
-    {"fit-32-tracks", [] { return fitsOf(32); }},
-    {"fit-100-tracks", [] { return fitsOf(100); }},
-    {"fit-300-tracks", [] { return fitsOf(300); }},
-    {"read-10000-rows", reading},
-    {"solve-shot-none", [] { return solveShotWith(cornerpin::Loss::None); }},
-    {"solve-shot-tukey", [] { return solveShotWith(cornerpin::Loss::Tukey); }},
+      {"fit-8-tracks", [] { return fitsOf(8); }},
+      {"fit-32-tracks", [] { return fitsOf(32); }},
+      {"fit-100-tracks", [] { return fitsOf(100); }},
+      {"fit-300-tracks", [] { return fitsOf(300); }},
+      {"read-10000-rows", reading},
+      {"solve-shot-none", [] { return solveShotWith(cornerpin::Loss::None); }},
+      {"solve-shot-tukey", [] { return solveShotWith(cornerpin::Loss::Tukey); }},
 #endif
-};
+  };
+#ifdef CORNERPIN_BENCH_SHOT
+  for (const Hostile& hostile : hostileFiles)
+    all.push_back({hostile.name, [&hostile] { return readingOf(hostile); }});
+#endif
+  return all;
+}
 
 void printEnvironment() {
   const bench::Machine machine = bench::thisMachine();
@@ -146,6 +195,7 @@ extern "C" __attribute__((noinline, visibility("default"))) void cornerpin_measu
 }
 
 int main(int argc, char** argv) {
+  const std::vector<Scenario> scenarios = allScenarios();
   if (argc < 2) {
     for (const Scenario& s : scenarios) std::puts(s.name);
     return 0;
@@ -159,10 +209,10 @@ int main(int argc, char** argv) {
                  kVariant);
     return 1;
   }
-  const auto* end = std::end(scenarios);
-  const auto* wanted = std::find_if(
-      scenarios, end, [argv](const Scenario& s) { return std::strcmp(s.name, argv[1]) == 0; });
-  if (wanted == end) {
+  const auto wanted = std::find_if(scenarios.begin(), scenarios.end(), [argv](const Scenario& s) {
+    return std::strcmp(s.name, argv[1]) == 0;
+  });
+  if (wanted == scenarios.end()) {
     std::fprintf(stderr, "cornerpin_instructions: no scenario %s\n", argv[1]);
     return 2;
   }

@@ -12,6 +12,7 @@
 #include "shot/plane/median.h"
 #include "shot/solve/selection.h"
 #include "shot/solve/shot_solver.h"
+#include "shot/solve/wording.h"
 #include "shot/time/retouch.h"
 
 namespace cornerpin {
@@ -192,12 +193,13 @@ std::string describe(const Remedy& remedy, const ShotResult& result, const Track
   switch (remedy.kind) {
     case RemedyKind::DropTrack:
       return fmt::format(
-          "without {} there {}: --drop {}", tracks.names[static_cast<std::size_t>(remedy.track)],
-          after,
+          "without {} there {}: --drop {}",
+          printable(tracks.names[static_cast<std::size_t>(remedy.track)]), after,
           shellWord(textOf(Selected{remedy.track, {s.frames.first, s.frames.last}}, tracks)));
     case RemedyKind::AddTracks:
       return fmt::format("with two more tracks near {}, there and in frame {}, {}",
-                         cornerName(result.quads, s.quad, s.corner), result.baseFrame, after);
+                         cornerName(result.quads, result.provenance.picture.y, s.quad, s.corner),
+                         result.baseFrame, after);
     case RemedyKind::Fill:
       return fmt::format("interpolated between the frames around {}: --fill", after);
   }

@@ -117,6 +117,12 @@ Picture pictureFor(Format format, const Picture& from, const std::string& file, 
   return completed(to, from);
 }
 
+bool takesSize(Picture from, Picture to) {
+  from.width = to.width = std::nullopt;
+  const std::vector<PictureFact> missing = missingBetween(from, to);
+  return std::find(missing.begin(), missing.end(), PictureFact::Size) != missing.end();
+}
+
 Tracks converted(Tracks tracks, const Picture& to) {
   const PictureMap map(tracks.picture, to);
   const int shift = frameShift(tracks.picture, to);

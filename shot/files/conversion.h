@@ -41,6 +41,9 @@ enum class Needs { Conversion, Size };
 Picture pictureFor(Format format, const Picture& from, const std::string& file,
                    Needs needs = Needs::Conversion);
 
+/// Whether a conversion depends on how large the picture is.
+bool takesSize(Picture from, Picture to);
+
 /// Tracks with the coordinates and frames of another picture, of which nothing may be missing.
 /// Gaps, weights and lines stay.
 Tracks converted(Tracks tracks, const Picture& to);

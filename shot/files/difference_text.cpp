@@ -59,22 +59,23 @@ std::string frameChoiceRows(const ResultDifference& d) {
                                                  d.secondReference, end));
 }
 
-std::string distanceText(const FrameDifference& worst, const std::vector<NamedQuad>& quads) {
-  const std::string corner = cornerName(quads, worst.quad, worst.corner);
+std::string distanceText(const FrameDifference& worst, const ShotResult& first) {
+  const std::string corner =
+      cornerName(first.quads, first.provenance.picture.y, worst.quad, worst.corner);
   if (std::isinf(worst.distance)) {
     return fmt::format("{} in frame {} lies behind the horizon in one only", corner, worst.frame);
   }
   return fmt::format("{} in frame {}, {}", pixels(worst.distance), worst.frame, corner);
 }
 
-std::string cornerRows(const ResultDifference& d, const std::vector<NamedQuad>& quads) {
+std::string cornerRows(const ResultDifference& d, const ShotResult& first) {
   const std::vector<int> moved = d.framesBeyond(0.0);
   if (moved.empty()) return "";
   std::vector<double> distances;
   for (const FrameDifference& frame : d.frames) distances.push_back(frame.distance);
   std::string text = infoRow(
       "corners", fmt::format("differ in {} of {}, worst {}", moved.size(),
-                             counted(d.frames.size(), "frame"), distanceText(*d.worst(), quads)));
+                             counted(d.frames.size(), "frame"), distanceText(*d.worst(), first)));
   if (distances.size() > 1) text += infoRow("", sparkline(distances, kWidth));
   return text;
 }
@@ -90,15 +91,19 @@ std::string frameRow(const ResultDifference& d, const char* label, bool FrameDif
       label, fmt::format("{} in {}: {}", what, counted(frames.size(), "frame"), listed(frames)));
 }
 
-std::string closing(const ResultDifference& d, const std::vector<NamedQuad>& quads,
+std::string closing(const ResultDifference& d, const ShotResult& first,
                     std::optional<double> most) {
-  if (!d.comparedIn) return fmt::format("Different: the corners cannot be compared: {}.\n", d.why);
+  if (!d.comparedIn) {
+    return fmt::format(
+        "Different: the corners cannot be compared: {}, for both files with cornerpin rebase.\n",
+        d.why);
+  }
   const std::vector<int> beyond = d.framesBeyond(most.value_or(0.0));
   if (!beyond.empty()) {
     const std::string limit = most.value_or(0.0) > 0.0 ? " by more than " + pixels(*most) : "";
     return fmt::format("Different: corners move{} in {} of {}: {}. Worst: {}.\n", limit,
                        beyond.size(), counted(d.frames.size(), "frame"), listed(beyond),
-                       distanceText(*d.worst(), quads));
+                       distanceText(*d.worst(), first));
   }
   if (isDifferent(d, most)) {
     return d.frames.empty()         ? "Different: no frame is in both.\n"
@@ -120,20 +125,20 @@ bool isDifferent(const ResultDifference& difference, std::optional<double> most)
 }
 
 std::string differenceText(const ResultDifference& difference, const DifferenceNames& names,
-                           const std::vector<NamedQuad>& quads, std::optional<double> most) {
+                           const ShotResult& first, std::optional<double> most) {
   const ResultDifference& d = difference;
   std::string text = originRows(d, names) + onlyRows("tracks", d.otherTracks, names) +
                      onlyRows("frames", d.otherFrames, names) + frameChoiceRows(d);
   if (d.quads)
     text += infoRow("quads", "other corners or names: those of " + names.first + " count");
-  text += cornerRows(d, quads);
+  text += cornerRows(d, first);
   if (d.framesBeyond(0.0).empty()) {
     text += frameRow(d, "transforms", &FrameDifference::transform, "other last digits");
   }
   text +=
       frameRow(d, "status", &FrameDifference::status, "another one") +
       frameRow(d, "verdict", &FrameDifference::verdict, "good in one and doubtful in the other");
-  return text + (text.empty() ? "" : "\n") + closing(d, quads, most);
+  return text + (text.empty() ? "" : "\n") + closing(d, first, most);
 }
 
 }  // namespace cornerpin

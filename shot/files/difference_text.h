@@ -13,8 +13,10 @@ namespace cornerpin {
 
 /// How two results are told apart, as lines for people. The last line decides: "Same: ...",
 /// "Different: ...".
+///
+/// \param first  the result whose corners were compared
 std::string differenceText(const ResultDifference& difference, const DifferenceNames& names,
-                           const std::vector<NamedQuad>& quads, std::optional<double> most);
+                           const ShotResult& first, std::optional<double> most);
 
 /// Whether the results count as different: for a corner that is further off than `most` pixels and
 /// for frames that only one has; without `most`, for anything that differs.

@@ -9,6 +9,7 @@
 #include "shot/files/read_back.h"
 #include "shot/files/result_file.h"
 #include "shot/files/result_pin.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_writers.h"
 #include "shot/solve/good_tracks.h"
 
@@ -70,6 +71,10 @@ bool needsSize(const Export& what) {
          what.format == Format::Keyframes;
 }
 
+std::string sizeText(const Picture& picture) {
+  return fmt::format("{}x{}", picture.width.value_or(0), picture.height.value_or(0));
+}
+
 // Frames that are written as they are, to a file that counts from the clip's first.
 void noteFrames(const Picture& from, Format format, int first, WriteNotes& notes) {
   const FormatFacts& facts = factsOf(format);
@@ -121,7 +126,8 @@ WriteNotes write(const Pin& pin, Format format, const PinStyle& style, OutputFil
 
 std::string readBackText(const std::string& path, Format format, const Written& written) {
   if (written.tracks) return textOf(readBack(path, format, *written.tracks));
-  return written.pin ? textOf(readBack(path, format, *written.pin, written.style)) : "";
+  if (written.pin) return textOf(readBack(path, format, *written.pin, written.style));
+  return textOf(readBack(path, format, *written.transforms));
 }
 
 std::string flawOf(Format format, ExportKind kind) {
@@ -130,6 +136,12 @@ std::string flawOf(Format format, ExportKind kind) {
   if (kind == ExportKind::Pin && factsOf(format).writesTracks) {
     return fmt::format("{} files hold tracks, no pins: add --as tracks, or write one of {}", word,
                        formatsThatHold(kind));
+  }
+  if (kind == ExportKind::Tracks && factsOf(format).writesPins) {
+    return fmt::format(
+        "{} files hold pins, no tracks: cornerpin solve makes pins of tracks, which as they are go "
+        "to {}",
+        word, formatsThatHold(kind));
   }
   return fmt::format("--as {} is not written to {} files, but to {}", wordOf(kind), word,
                      formatsThatHold(kind));
@@ -156,7 +168,9 @@ void requireKnown(const Export& what, const Picture& picture, const std::string&
 
 Written writeTracks(const Tracks& tracks, Format format, const std::string& file, OutputFile& out) {
   Written written;
-  written.tracks = converted(tracks, pictureFor(format, tracks.picture, file));
+  const Picture to = pictureFor(format, tracks.picture, file);
+  written.tracks = converted(tracks, to);
+  if (takesSize(tracks.picture, to)) written.size = sizeText(to);
   written.notes = write(*written.tracks, format, out);
   const std::vector<Observation>& rows = written.tracks->observations;
   if (!rows.empty()) noteFrames(tracks.picture, format, rows.front().frame, written.notes);
@@ -166,7 +180,9 @@ Written writeTracks(const Tracks& tracks, Format format, const std::string& file
 Written writePin(const Pin& pin, Format format, const PinStyle& style, const std::string& file,
                  OutputFile& out) {
   Written written;
-  written.pin = converted(pin, pictureFor(format, pin.picture, file));
+  const Picture to = pictureFor(format, pin.picture, file);
+  written.pin = converted(pin, to);
+  if (takesSize(pin.picture, to)) written.size = sizeText(to);
   written.style = style;
   written.notes = write(*written.pin, format, style, out);
   if (!pin.frames.empty()) noteFrames(pin.picture, format, pin.frames.front().frame, written.notes);
@@ -179,7 +195,9 @@ Written writePin(const Tracks& corners, const Export& what, const std::string& f
     return writeTracks(corners, what.format, file, out);
   }
   requireKnown(what, corners.picture, file);
-  return writePin(pinOf(corners, "pin"), what.format, what.style, file, out);
+  Written written = writePin(pinOf(corners, "pin"), what.format, what.style, file, out);
+  if (needsSize(what)) written.size = sizeText(corners.picture);
+  return written;
 }
 
 Written writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
@@ -190,13 +208,17 @@ Written writeExport(const Export& what, const ShotResult& result, const Tracks* 
   }
   if (isResult(what.format)) {
     writeResult(result, what.format, out, progress);
-    return {};
+    Written written;
+    written.transforms = transformsOf(result);
+    return written;
   }
   const PinKind kind = pinKindOf(what.kind);
   const NamedQuad* quad = kind == PinKind::Pin ? pinnedQuad(result) : nullptr;
   PinStyle style = what.style;
   if (kind == PinKind::Matrix) style.nk = PinStyle::Nk::Matrix;
-  return writePin(pinOf(result, kind, quad), what.format, style, file, out);
+  Written written = writePin(pinOf(result, kind, quad), what.format, style, file, out);
+  if (needsSize(what)) written.size = sizeText(result.provenance.picture);
+  return written;
 }
 
 }  // namespace cornerpin

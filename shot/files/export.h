@@ -31,16 +31,18 @@ struct Export {
   PinStyle style;
 };
 
-/// What a file was given to hold, in its format's picture: tracks, a pin, or neither of a result.
+/// What a file was given to hold, in its format's picture: tracks, a pin, or the transforms of a
+/// result.
 struct Written {
   std::optional<Tracks> tracks;
   std::optional<Pin> pin;
+  std::optional<ShotResult> transforms;  ///< `transformsOf`
   PinStyle style;
+  std::string size;  ///< of the picture, such as 1920x1080, where something depended on it
   WriteNotes notes;  ///< what the format cannot carry
 };
 
-/// Reads a file that was written again and compares: "read back: largest difference 0 px". Empty
-/// for results.
+/// Reads a file that was written again and compares: "read back: largest difference 0 px".
 std::string readBackText(const std::string& path, Format format, const Written& written);
 
 /// Why a format does not hold what it is to hold, and what to do; empty where it does.

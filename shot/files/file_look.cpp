@@ -17,6 +17,7 @@
 #include "shot/files/byte_source.h"
 #include "shot/files/input_error.h"
 #include "shot/files/json_reader.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/unreadable.h"
 
 namespace cornerpin {
@@ -94,6 +95,7 @@ FileLook lookAt(const std::string& path) {
   look.json = first != std::string_view::npos &&
               (beginning[first] == '{' || beginning[first] == '[') &&
               !otherThanTracks(beginning).empty();
+  look.table = !look.json && isResultCsv(beginning);
   return look;
 }
 

@@ -14,6 +14,7 @@ struct FileLook {
   std::uint64_t bytes = 0;  ///< as it stands there
   bool packed = false;      ///< a gzip file
   bool json = false;        ///< what is in it begins like JSON without tracks
+  bool table = false;       ///< what is in it begins like a result in CSV
 };
 
 /// Looks at a file's size and beginning; "-" is standard input. What can be read only once, such as

@@ -81,6 +81,11 @@ bool isWhole(std::string_view text) {
   return parse(text, value) != Parsed::Nothing;
 }
 
+bool isFrame(std::string_view text) {
+  std::int32_t value = 0;
+  return parseFrame(text, value) != Parsed::Nothing;
+}
+
 // A name of letters and digits in front of a brace, as nodes have it.
 bool opensNode(std::string_view line) {
   if (line.size() < 3 || line.back() != '{') return false;
@@ -106,7 +111,7 @@ bool isPathLine(std::string_view line) {
   const std::vector<std::string_view> words = wordsOf(line);
   if (words.size() < 5) return false;
   const auto from = words.end() - 4;
-  return isWhole(from[0]) && isNumber(from[1]) && isNumber(from[2]) && isWhole(from[3]);
+  return isFrame(from[0]) && isNumber(from[1]) && isNumber(from[2]) && isWhole(from[3]);
 }
 
 // Only a name in quotes.

@@ -10,7 +10,7 @@
 namespace cornerpin {
 
 std::string infoRow(const std::string& label, const std::string& text) {
-  return fmt::format("{:<14}{}\n", label, text);
+  return fmt::format("{:<14}{}\n", label, printable(text));
 }
 
 std::string fileRows(const FileLook& look, const std::string& kind) {

@@ -81,6 +81,12 @@ double JsonField::lengthOrNull() const {
 }
 
 int JsonField::integer() const {
+  if (value_->is_number_float()) {
+    const double number = value_->get<double>();
+    const bool isWhole =
+        number == std::floor(number) && std::fabs(number) <= std::numeric_limits<int>::max();
+    if (isWhole) return static_cast<int>(number);
+  }
   const bool negative = value_->is_number_integer() && !value_->is_number_unsigned();
   const bool fits =
       negative ? value_->get<std::int64_t>() >= std::numeric_limits<int>::min()

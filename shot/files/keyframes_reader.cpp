@@ -19,9 +19,9 @@
 #include "shot/files/number_text.h"
 #include "shot/files/owned_tracks.h"
 #include "shot/files/pin.h"
+#include "shot/files/skip_notes.h"
 #include "shot/files/track_builder.h"
 #include "shot/files/track_input.h"
-#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
@@ -30,7 +30,6 @@ namespace {
 using Kind = KeyframesSection::Kind;
 
 constexpr std::size_t kReported = 65536;  // rows between two reports
-constexpr std::size_t kNoted = 10;        // of a kind
 constexpr std::string_view kHeader = "Adobe After Effects ";
 constexpr double kOldest = 5.0;
 constexpr double kNewest = 9.0;
@@ -46,24 +45,8 @@ std::string headingText(std::string_view heading) {
   return shown(text);
 }
 
-/// What is skipped of one kind: so many are named, the others counted.
-class Skipped {
- public:
-  explicit Skipped(const char* noun) : noun_(noun) {}
-
-  void add(const LineReader& lines, const std::string& text, std::vector<std::string>& notes) {
-    if (++count_ <= kNoted) notes.emplace_back(lines.error(text).what());
-  }
-  void finish(const std::string& file, std::vector<std::string>& notes) const {
-    if (count_ <= kNoted) return;
-    notes.push_back(file + ": " + counted(count_ - kNoted, std::string("more ") + noun_) +
-                    " skipped");
-  }
-
- private:
-  const char* noun_;
-  std::size_t count_ = 0;
-};
+// Kinds of what is skipped.
+enum class About { Sections, Keys };
 
 class KeyframesReader {
  public:
@@ -72,6 +55,7 @@ class KeyframesReader {
         lines_(input.source),
         tracks_(input.source.name(), input.frames),
         points_(tracks_),
+        skipped_(lines_.file(), input.trace.notes, {"sections", "keys"}),
         picture_(factsOf(Format::Keyframes).picture) {}
 
   Tracks read() {
@@ -226,8 +210,8 @@ class KeyframesReader {
   }
 
   void skipSection(const char* how) {
-    sections_.add(lines_, fmt::format("{} is {}", headingText(lines_.text()), how),
-                  input_.trace.notes);
+    skipped_.add(About::Sections, lines_.line(),
+                 [&] { return fmt::format("{} is {}", headingText(lines_.text()), how); });
     if (firstSkipped_.empty()) firstSkipped_ = headingText(lines_.text());
     section_.kind = Kind::Other;
   }
@@ -314,9 +298,9 @@ class KeyframesReader {
   void addPosition(Frame frame, Point p) {
     if (!frame) return addConstant(p);
     if (*frame != std::floor(*frame)) {
-      const std::string_view word = Words(lines_).take();
-      return keys_.add(lines_, fmt::format("{} is between two frames: skipped", shown(word)),
-                       input_.trace.notes);
+      return skipped_.add(About::Keys, lines_.line(), [&] {
+        return fmt::format("{} is between two frames: skipped", shown(Words(lines_).take()));
+      });
     }
     Observation row;
     row.x = p.x;
@@ -339,7 +323,8 @@ class KeyframesReader {
     if (section_.kind == Kind::Corner) {
       corners_[section_.corner].constant = p;
     } else {
-      keys_.add(lines_, "a position without a frame: skipped", input_.trace.notes);
+      skipped_.add(About::Keys, lines_.line(),
+                   [] { return std::string("a position without a frame: skipped"); });
     }
   }
 
@@ -353,14 +338,12 @@ class KeyframesReader {
   }
 
   void noteEnd() {
-    std::vector<std::string>& notes = input_.trace.notes;
     if (section_.kind != Kind::End) {
       noteFile("there is no \"End of Keyframe Data\": the file may be cut off");
     } else if (isFollowed()) {
       noteFile("what follows \"End of Keyframe Data\" is skipped");
     }
-    sections_.finish(lines_.file(), notes);
-    keys_.finish(lines_.file(), notes);
+    skipped_.close();
   }
 
   Tracks finishPoints() {
@@ -498,9 +481,8 @@ class KeyframesReader {
   LineReader lines_;
   TrackBuilder tracks_;
   OwnedTracks points_;
+  SkipNotes skipped_;
   Picture picture_;
-  Skipped sections_{"section"};
-  Skipped keys_{"key"};
   std::string firstSkipped_;
   std::size_t rows_ = 0;
   bool isBroken_ = false;  // behind a line that cannot be read

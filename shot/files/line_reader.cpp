@@ -149,7 +149,7 @@ std::int32_t Words::takeWhole(const char* name) {
 std::int32_t Words::takeFrame() {
   const std::string_view word = require("frame");
   std::int32_t frame = 0;
-  const Parsed parsed = parse(word, frame);
+  const Parsed parsed = parseFrame(word, frame);
   const std::string flaw = flawOfFrame(word, parsed, frame);
   if (!flaw.empty()) throw lines_.error(word, flaw);
   return frame;

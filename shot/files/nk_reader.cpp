@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "shot/files/nk_knobs.h"
-#include "shot/files/nk_notes.h"
 #include "shot/files/nk_pin.h"
 #include "shot/files/nk_rows.h"
 #include "shot/files/node_curve.h"
 #include "shot/files/node_words.h"
 #include "shot/files/number_text.h"
 #include "shot/files/pin.h"
+#include "shot/files/skip_notes.h"
 #include "shot/files/track_builder.h"
 #include "shot/files/track_input.h"
 #include "shot/solve/wording.h"
@@ -25,7 +25,9 @@ namespace cornerpin {
 namespace {
 
 using Kind = NodeWords::Kind;
-using About = NkNotes::About;
+
+// Kinds of what is skipped.
+enum class About { Expressions, Keys, Nodes, Places, Pins, Counts };
 
 constexpr std::size_t kLongestWord = 1024;  // of names of knobs and nodes
 // Of curves beside those of x and y, of which there are many or which have few keys.
@@ -66,7 +68,8 @@ class NkReader {
       : input_(input),
         words_(input.source),
         tracks_(input.source.name(), input.frames),
-        notes_(input.source.name(), input.trace.notes),
+        notes_(input.source.name(), input.trace.notes,
+               {"expressions", "tracks with keys left out", "nodes", "places", "pins", "counts"}),
         rows_(tracks_, input) {}
 
   Tracks read() {
@@ -496,7 +499,7 @@ class NkReader {
       std::swap(pin, pin_);
       corners_ = std::move(corners);
     }
-    if (pinCount_ > 1 && others_.size() < NkNotes::kNamed) others_.push_back(std::move(pin));
+    if (pinCount_ > 1 && others_.size() < SkipNotes::kNamed) others_.push_back(std::move(pin));
   }
 
   void noteSkipped(const NamedPin& pin, const std::string& why) {
@@ -524,7 +527,7 @@ class NkReader {
   const TrackInput& input_;
   NodeWords words_;
   TrackBuilder tracks_;
-  NkNotes notes_;
+  SkipNotes notes_;
   NkRows rows_;
   Node node_;
   std::string knob_;

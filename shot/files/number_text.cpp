@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "shot/plane/picture.h"
+#include "shot/solve/wording.h"
 
 namespace cornerpin {
 
@@ -56,15 +57,23 @@ void appendFixed(std::string& text, T number) {
 }  // namespace
 
 std::string shown(std::string_view value) {
-  std::string text(value.substr(0, shownLength(value)));
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-  }
+  const std::string text = printable(value.substr(0, shownLength(value)));
   return "\"" + text + (value.size() > kShownLength ? "...\"" : "\"");
 }
 
 Parsed parse(std::string_view text, double& value) { return parseWhole(text, value); }
 Parsed parse(std::string_view text, std::int32_t& value) { return parseWhole(text, value); }
+
+Parsed parseFrame(std::string_view text, std::int32_t& frame) {
+  const Parsed parsed = parse(text, frame);
+  if (parsed != Parsed::Nothing) return parsed;
+  double number = 0.0;
+  const bool isNumber = parse(text, number) == Parsed::Number;
+  if (!isNumber || !std::isfinite(number) || number != std::floor(number)) return Parsed::Nothing;
+  if (std::fabs(number) > std::numeric_limits<std::int32_t>::max()) return Parsed::OutOfRange;
+  frame = static_cast<std::int32_t>(number);
+  return Parsed::Number;
+}
 
 void appendDecimal(std::string& text, double number) { appendFixed(text, number); }
 void appendDecimal(std::string& text, float number) { appendFixed(text, number); }

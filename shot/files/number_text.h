@@ -29,6 +29,9 @@ enum class Parsed { Number, OutOfRange, Nothing };
 Parsed parse(std::string_view text, double& value);
 Parsed parse(std::string_view text, std::int32_t& value);
 
+/// A frame's number; programs that count in floating point write whole ones such as `12.0`.
+Parsed parseFrame(std::string_view text, std::int32_t& frame);
+
 /// Whether a number becomes of it with a point in place of a comma.
 bool hasDecimalComma(std::string_view text);
 

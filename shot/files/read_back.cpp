@@ -12,6 +12,8 @@
 
 #include "shot/compare/track_difference.h"
 #include "shot/files/pin_scan.h"
+#include "shot/files/result_reader.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_reader.h"
 #include "shot/solve/wording.h"
 
@@ -196,7 +198,48 @@ ReadBack comparedNode(const std::string& path, const Pin& written, PinStyle::Nk 
   return joined(corners, comparedNodeMatrix(path, written));
 }
 
+std::map<double, Homography> transformsByFrame(const ShotResult& result) {
+  std::map<double, Homography> transforms;
+  for (const FrameResult& frame : result.frames) transforms.emplace(frame.frame, frame.h);
+  for (const BetweenFrame& frame : result.between) transforms.emplace(frame.frame, frame.h);
+  return transforms;
+}
+
+// How far a corner is from where it was to be; where it is on the horizon, nothing in its own
+// place.
+double apart(const Homography& h, Point corner, const Homography& read, Point readCorner) {
+  const bool isSame = h == read && corner == readCorner;
+  return isSame ? 0.0 : apart(map(h, corner), map(read, readCorner));
+}
+
+double apart(const Homography& h, const NamedQuad& quad, const Homography& read,
+             const NamedQuad& readQuad) {
+  double most = 0.0;
+  for (std::size_t i = 0; i < kCorners; ++i)
+    most = std::max(most, apart(h, quad.corners[i], read, readQuad.corners[i]));
+  return most;
+}
+
 }  // namespace
+
+ReadBack readBack(const std::string& path, Format format, const ShotResult& written) {
+  const ShotResult read = format == Format::Csv ? readResultCsv(path) : readResult(path);
+  const std::map<double, Homography> wanted = transformsByFrame(written);
+  const std::map<double, Homography> there = transformsByFrame(read);
+  ReadBack back;
+  for (const auto& [frame, h] : wanted) {
+    const auto found = there.find(frame);
+    if (found == there.end()) {
+      ++back.missing;
+      continue;
+    }
+    for (std::size_t q = 0; q < std::min(written.quads.size(), read.quads.size()); ++q)
+      back.largest =
+          std::max(back.largest, apart(h, written.quads[q], found->second, read.quads[q]));
+  }
+  back.added = there.size() + back.missing - wanted.size();
+  return back;
+}
 
 ReadBack readBack(const std::string& path, Format format, const Tracks& written) {
   return compared(written, readAs(path, format));

@@ -8,6 +8,7 @@
 #include "shot/files/format.h"
 #include "shot/files/pin.h"
 #include "shot/plane/picture.h"
+#include "shot/solve/result.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
@@ -34,6 +35,10 @@ ReadBack readBack(const std::string& path, Format format, const Tracks& written)
 /// has positions, rotations and scales, where these carry the corners.
 ReadBack readBack(const std::string& path, Format format, const Pin& written,
                   const PinStyle& style);
+
+/// The same for a result in JSON or CSV: where its transforms, those between frames, too, carry the
+/// corners of its quads. \param written  holds what `transformsOf` gives
+ReadBack readBack(const std::string& path, Format format, const ShotResult& written);
 
 /// "read back: largest difference 0 px", and what is missing.
 std::string textOf(const ReadBack& read);

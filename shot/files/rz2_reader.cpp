@@ -11,6 +11,7 @@
 #include "shot/files/line_tracks.h"
 #include "shot/files/number_text.h"
 #include "shot/files/owned_tracks.h"
+#include "shot/files/skip_notes.h"
 #include "shot/files/track_input.h"
 
 namespace cornerpin {
@@ -124,16 +125,16 @@ bool isKind(std::string_view word) {
 class Rz2Reader {
  public:
   explicit Rz2Reader(const TrackInput& input)
-      : file_(input), words_(file_.lines), owned_(file_.tracks) {}
+      : file_(input),
+        words_(file_.lines),
+        owned_(file_.tracks),
+        skipped_(file_.lines.file(), input.trace.notes, {"blocks"}) {}
 
   Tracks read() {
     file_.readAll([&] {
       while (words_.next()) readBlock();
     });
-    if (skipped_ > kNoted) {
-      file_.note(lastSkipped_,
-                 fmt::format("{} more blocks are skipped, the last here", skipped_ - kNoted));
-    }
+    skipped_.close();
     return file_.finish(picture_);
   }
 
@@ -160,19 +161,15 @@ class Rz2Reader {
 
   // Other blocks, and what stands between blocks, up to the end of the line.
   void skipBlock() {
-    if (!words_.is("{")) noteSkipped();
+    if (!words_.is("{")) {
+      skipped_.add(0, file_.lines.line(),
+                   [&] { return fmt::format("{} is skipped", shown(words_.word())); });
+    }
     while (!words_.is("{")) {
       if (words_.isEndOfLine()) return;
       words_.next();
     }
     words_.skip("{", "}", "block");
-  }
-
-  void noteSkipped() {
-    if (skipped_++ < kNoted) {
-      file_.note(file_.lines.line(), fmt::format("{} is skipped", shown(words_.word())));
-    }
-    lastSkipped_ = file_.lines.line();
   }
 
   // What stands between a block's word and its brace; the name, or its number where there is
@@ -270,18 +267,15 @@ class Rz2Reader {
     }
   }
 
-  static constexpr std::size_t kNoted = 10;
-
   LineTracks file_;
   Rz2Words words_;
   OwnedTracks owned_;
+  SkipNotes skipped_;
   Picture picture_ = factsOf(Format::Rz2).picture;
   Size size_;
   std::string sequence_;
   std::size_t sequences_ = 0;
   std::size_t tracks_ = 0;
-  std::size_t skipped_ = 0;
-  std::uint32_t lastSkipped_ = 0;
 };
 
 }  // namespace

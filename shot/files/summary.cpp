@@ -122,7 +122,7 @@ double largestDeviation(const FrameResult& frame, std::size_t quad) {
 std::string cornerOf(const ShotResult& result, const FrameResult& frame, std::size_t quad) {
   const std::array<double, 4> deviations = frame.figures.deviations(quad);
   const auto worst = std::max_element(deviations.begin(), deviations.end());
-  return cornerName(result.quads[quad].corners,
+  return cornerName(result.quads[quad].corners, result.provenance.picture.y,
                     static_cast<std::size_t>(worst - deviations.begin()));
 }
 
@@ -140,8 +140,9 @@ std::string corners(const ShotResult& result, std::size_t quad) {
     }
   }
   if (figures.empty() && without == 0) return {};
-  const std::string what =
-      result.quads.size() > 1 ? fmt::format("of \"{}\" may", result.quads[quad].name) : "may";
+  const std::string what = result.quads.size() > 1
+                               ? fmt::format("of \"{}\" may", printable(result.quads[quad].name))
+                               : "may";
   const char* label = quad == 0 ? "corners" : "";
   if (figures.empty()) {
     return row(label, fmt::format("nothing tells how far those {} be off, in {}", what,

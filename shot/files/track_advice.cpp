@@ -84,8 +84,9 @@ std::string movers(const ShotResult& result, const Tracks& names) {
 std::string ignoredTracks(const ShotResult& result, const Tracks& names) {
   std::string text;
   for (const Ignored& ignored : mostIgnored(result)) {
-    text += fmt::format("  {}, ignored in {} of {}: {}:\n      {}\n", names.names[ignored.track],
-                        ignored.frames, counted(static_cast<std::size_t>(ignored.seen), "frame"),
+    text += fmt::format("  {}, ignored in {} of {}: {}:\n      {}\n",
+                        printable(names.names[ignored.track]), ignored.frames,
+                        counted(static_cast<std::size_t>(ignored.seen), "frame"),
                         textOf(ignored.stretches, kListed), dropOf(names, ignored.track, {}));
   }
   return text;

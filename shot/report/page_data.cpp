@@ -136,7 +136,8 @@ std::string pageDataJson(const PageSubject& subject, const Shown& shown, const V
   const ShotResult& result = subject.result;
   const Json reduced = {
       {"frames", shareOf(shown.frames.size(), result.frames.size(), shown.howFrames)},
-      {"tracks", shareOf(shown.tracks.size(), result.tracks.size(), shown.howTracks)}};
+      {"tracks", shareOf(shown.tracks.size(), result.tracks.size(), shown.howTracks)},
+      {"between", shareOf(shown.between.size(), result.between.size(), shown.howBetween)}};
   return fmt::format(
       "{{\"page\":1,\n\"title\":{},\n\"verdict\":{},\n\"result\":{},\n\"reduced\":{},\n"
       "\"view\":{},\n\"observations\":{},\n\"pictures\":{}}}\n",

@@ -203,8 +203,12 @@ Shown shownOf(const PageSubject& subject, const PageLimits& limits) {
   const ShotResult& result = subject.result;
   Shown shown;
   const std::size_t quads = std::max<std::size_t>(result.quads.size(), 1);
-  chooseFrames(result, std::max<std::size_t>(std::min(limits.frames, limits.quads / quads), 1),
-               shown);
+  const std::size_t most = std::max<std::size_t>(std::min(limits.frames, limits.quads / quads), 1);
+  chooseFrames(result, most, shown);
+  Choice between(result.between.size());
+  between.spread(allOf(result.between.size()), most);
+  shown.between = between.taken();
+  if (shown.between.size() < result.between.size()) shown.howBetween = "an even selection";
   chooseTracks(subject, std::min(limits.tracks, limits.cells / shown.frames.size()), shown);
   return shown;
 }
@@ -216,6 +220,7 @@ ShotResult onlyShown(const ShotResult& result, const Shown& shown) {
   only.tracks.clear();
   for (const std::size_t i : shown.frames) only.frames.push_back(result.frames[i]);
   for (const std::size_t i : shown.tracks) only.tracks.push_back(result.tracks[i]);
+  for (const std::size_t i : shown.between) only.between.push_back(result.between[i]);
   return only;
 }
 

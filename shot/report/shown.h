@@ -29,13 +29,15 @@ struct PageLimits {
   PageLimits halved() const { return {frames / 2, tracks / 2, cells / 2, quads / 2}; }
 };
 
-/// What a page shows: indices into `ShotResult::frames` and `ShotResult::tracks`, which rise, and
-/// how they were chosen, for people; empty where all are shown.
+/// What a page shows: indices into `ShotResult::frames`, `tracks` and `between`, which rise, and how
+/// they were chosen, for people; empty where all are shown.
 struct Shown {
   std::vector<std::size_t> frames;
   std::vector<std::size_t> tracks;
+  std::vector<std::size_t> between;
   std::string howFrames;
   std::string howTracks;
+  std::string howBetween;
 };
 
 /// Chooses what is shown, at least one frame.
@@ -44,13 +46,14 @@ struct Shown {
 /// doubtful stretch, where the worst tracks move corners most, and further doubtful frames, those
 /// first that may be furthest off; all these together are at most half. Of the tracks the worst
 /// tracks of the result and those with the largest residuals in the frames that go by them, again
-/// at most half. The others are spread evenly.
+/// at most half. The others are spread evenly. Of transforms between frames as many are shown as of
+/// frames at most, spread evenly.
 ///
 /// Where the tracks are not known, those that are ignored in most frames stand for those with the
 /// largest residuals.
 Shown shownOf(const PageSubject& subject, const PageLimits& limits);
 
-/// The result with these frames and tracks alone, and no transforms between frames.
+/// The result with these frames, tracks and transforms between frames alone.
 ShotResult onlyShown(const ShotResult& result, const Shown& shown);
 
 }  // namespace cornerpin

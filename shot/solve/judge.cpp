@@ -27,7 +27,7 @@ struct Corner {
 };
 
 std::string textOf(const ShotResult& result, const Corner& corner) {
-  return cornerName(result.quads, corner.quad, corner.index);
+  return cornerName(result.quads, result.provenance.picture.y, corner.quad, corner.index);
 }
 
 // The corners that have a figure, and those that have none.

@@ -23,7 +23,8 @@ const FrameResult& frameOf(const ShotResult& result, int frame) {
 }
 
 [[noreturn]] void refuse(int frame, const std::string& why) {
-  throw std::invalid_argument(fmt::format("frame {} cannot be the reference: {}", frame, why));
+  throw std::invalid_argument(
+      fmt::format("frame {} cannot be the reference: {}: take another one", frame, why));
 }
 
 Homography inverseOf(const FrameResult& frame) {

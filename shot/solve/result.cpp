@@ -30,7 +30,7 @@ std::string describe(const WorstTrack& track) {
   const std::string frames = s.first == s.last ? fmt::format("frame {}", s.first)
                                                : fmt::format("frames {}-{}", s.first, s.last);
   return fmt::format(
-      "{}, {}: without it the worst corner moves {} px", track.name, frames,
+      "{}, {}: without it the worst corner moves {} px", printable(track.name), frames,
       s.moves < 10.0 ? fmt::format("{:.2g}", s.moves) : fmt::format("{:.0f}", s.moves));
 }
 

@@ -86,6 +86,7 @@ class ShotSolver {
         lasting_(tracks.names.size()),
         worst_(kVisible * extent_),
         records_(tracks.names.size()) {
+    result_.provenance.picture = tracks_.picture;
     result_.baseFrame = result_.referenceFrame = base_.frame();
     result_.baseTracks = static_cast<int>(base_.tracks().size());
     result_.handedOver = sweeps.handedOver();

@@ -11,7 +11,29 @@ namespace cornerpin {
 
 namespace {
 
-std::array<std::string, 4> sidesOf(const Quad& corners) {
+bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
+
+// U+0080 to U+009F, which terminals may obey, too: two bytes.
+bool isLateControl(std::string_view text) {
+  return text.size() > 1 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) >= 0x80 &&
+         static_cast<unsigned char>(text[1]) < 0xA0;
+}
+
+// Between quotes with a dollar in front of them.
+std::string escaped(const std::string& word) {
+  std::string text;
+  for (char c : word) {
+    if (isControl(c)) {
+      text += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
+    } else {
+      if (c == '\'' || c == '\\') text += '\\';
+      text += c;
+    }
+  }
+  return text;
+}
+
+std::array<std::string, 4> sidesOf(const Quad& corners, std::optional<YAxis> y) {
   Point middle;
   for (Point corner : corners) {
     middle.x += corner.x / 4.0;
@@ -19,8 +41,9 @@ std::array<std::string, 4> sidesOf(const Quad& corners) {
   }
   std::array<std::string, 4> sides;
   for (std::size_t i = 0; i < sides.size(); ++i) {
-    sides[i] = fmt::format("{} {}", corners[i].y < middle.y ? "top" : "bottom",
-                           corners[i].x < middle.x ? "left" : "right");
+    const bool above = y == YAxis::Up ? corners[i].y >= middle.y : corners[i].y < middle.y;
+    sides[i] =
+        fmt::format("{} {}", above ? "top" : "bottom", corners[i].x < middle.x ? "left" : "right");
   }
   return sides;
 }
@@ -36,26 +59,39 @@ std::string counted(std::size_t count, const std::string& noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
+std::string printable(std::string_view text) {
+  std::string shown;
+  shown.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool isLate = isLateControl(text.substr(i));
+    shown += isLate || isControl(text[i]) ? '?' : text[i];
+    if (isLate) ++i;
+  }
+  return shown;
+}
+
 std::string shellWord(const std::string& word) {
   const bool plain = !word.empty() && word.find_first_not_of(
                                           "abcdefghijklmnopqrstuvwxyz"
                                           "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
                                           "0123456789_./,:=+@%-") == std::string::npos;
   if (plain) return word;
+  if (std::any_of(word.begin(), word.end(), isControl)) return "$'" + escaped(word) + "'";
   std::string text = "'";
   for (char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return text + "'";
 }
 
-std::string cornerName(const Quad& corners, std::size_t index) {
-  const std::array<std::string, 4> sides = sidesOf(corners);
+std::string cornerName(const Quad& corners, std::optional<YAxis> y, std::size_t index) {
+  const std::array<std::string, 4> sides = sidesOf(corners, y);
   const bool apart = std::set<std::string>(sides.begin(), sides.end()).size() == sides.size();
   return apart ? fmt::format("the {} corner", sides[index]) : fmt::format("corner {}", index);
 }
 
-std::string cornerName(const std::vector<NamedQuad>& quads, std::size_t quad, std::size_t index) {
-  const std::string name = cornerName(quads[quad].corners, index);
-  return quads.size() == 1 ? name : fmt::format("{} of \"{}\"", name, quads[quad].name);
+std::string cornerName(const std::vector<NamedQuad>& quads, std::optional<YAxis> y,
+                       std::size_t quad, std::size_t index) {
+  const std::string name = cornerName(quads[quad].corners, y, index);
+  return quads.size() == 1 ? name : fmt::format("{} of \"{}\"", name, printable(quads[quad].name));
 }
 
 std::vector<Stretch> stretchesOf(const std::vector<int>& frames) {

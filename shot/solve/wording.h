@@ -3,9 +3,12 @@
 #define SHOT_SOLVE_WORDING_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "shot/plane/picture.h"
 #include "shot/solve/named_quad.h"
 
 /// How results are put for people. Whatever prints them uses these words.
@@ -17,15 +20,21 @@ std::string pixels(double length);
 /// "1 frame", "7 frames".
 std::string counted(std::size_t count, const std::string& noun);
 
-/// A word as a shell reads it back: in quotes where it needs them.
+/// A text from a file, such as a name, as a terminal may be given it: on one line, with ? in the
+/// place of each control character.
+std::string printable(std::string_view text);
+
+/// A word as a shell reads it back: in quotes where it needs them, control characters as `\x1b`.
 std::string shellWord(const std::string& word);
 
-/// "the top left corner" of a quad by where it lies around the middle of the four, with y down as
-/// in pictures; "corner 2" (from 0) where two corners would share a name, as of a quad on its tip.
-std::string cornerName(const Quad& corners, std::size_t index);
+/// "the top left corner" of a quad by where it lies around the middle of the four, with y down
+/// where nothing tells; "corner 2" (from 0) where two corners would share a name, as of a quad on
+/// its tip.
+std::string cornerName(const Quad& corners, std::optional<YAxis> y, std::size_t index);
 
 /// The same with the quad's name where there are several: "the top left corner of \"sign\"".
-std::string cornerName(const std::vector<NamedQuad>& quads, std::size_t quad, std::size_t index);
+std::string cornerName(const std::vector<NamedQuad>& quads, std::optional<YAxis> y,
+                       std::size_t quad, std::size_t index);
 
 /// Frames next to each other, both ends included.
 struct Stretch {

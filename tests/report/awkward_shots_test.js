@@ -150,6 +150,19 @@ test("a single frame has a page", async () => {
   });
 });
 
+test("transforms between frames have a table", async () => {
+  const tracks = driftingShot("between.csv");
+  const { path, result } = solvedPage(tracks, "between", "--at", "3.5,7.25");
+  await inPage(path, async (page) => {
+    const rows = await page.locator("#between-table tbody tr").allInnerTexts();
+    assert.equal(rows.length, 2);
+    result.between.forEach(({ frame, quads }, i) => {
+      const places = quads.tracks.corners.map(([x, y]) => `${x?.toFixed(2)}, ${y?.toFixed(2)}`);
+      assert.deepEqual(rows[i].split("\t"), [String(frame), "tracks", ...places]);
+    });
+  });
+});
+
 test("a shot whose frames are all doubtful has a page", async () => {
   const { result } = solvedPage(driftingShot("doubtful.csv"), "doubtful");
   for (const frame of result.frames) {

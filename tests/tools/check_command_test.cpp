@@ -101,16 +101,6 @@ TEST(CheckCommand, ReadsStandardInputOnce) {
             "cornerpin: both files want standard input: name a file for one\n");
 }
 
-TEST(CheckCommand, SendsTwoResultsToDiff) {
-  const TemporaryFolder folder;
-  const std::string path = folder / "a b.json";
-  cornerpin({"solve", kFacade, "-o", path});
-  const Outcome run = cornerpin({"check", path, path});
-  EXPECT_EQ(run.code, 2);
-  EXPECT_EQ(run.err, "cornerpin: both files are results of solves: type cornerpin diff '" + path +
-                         "' '" + path + "'\n");
-}
-
 namespace {
 
 // Two frames, in the second of which the surface lies 2 to the right.
@@ -140,7 +130,29 @@ TEST(CheckCommand, ComparesTheCornersOfAResult) {
   EXPECT_EQ(half.check().code, 4);
   EXPECT_TRUE(contains(half.check().out, "\nDifferent: half a pixel (+0.5 in y).\n"))
       << half.check().out;
+  std::string right = kResult;
+  const std::string quad = "[[0,0],[8,0],[8,8],[0,8]]";
+  right.replace(right.find(quad), quad.size(), "[[0.5,0],[8.5,0],[8.5,8],[0.5,8]]");
+  const TwoFiles results(kResult, right);
+  EXPECT_EQ(results.check().code, 4);
+  EXPECT_TRUE(contains(results.check().out, "\nDifferent: half a pixel (+0.5 in x).\n"))
+      << results.check().out;
   const TwoFiles tracks(kResult, plain());
   EXPECT_EQ(tracks.check().code, 2);
   EXPECT_TRUE(contains(tracks.check().err, "has 3 tracks, and")) << tracks.check().err;
+}
+
+TEST(CheckCommand, ComparesAResultInCsv) {
+  const TemporaryFolder folder;
+  EXPECT_LT(
+      cornerpin({"solve", kFacade, "-o", folder / "r.json", "-o", folder / "r.csv", "-q"}).code, 5);
+  const Outcome run = cornerpin({"check", folder / "r.json", folder / "r.csv"});
+  EXPECT_EQ(run.out, "Same: nothing differs.\n") << run.err;
+  EXPECT_EQ(run.code, 0);
+}
+
+TEST(CheckCommand, KeepsControlCharactersFromTheTerminal) {
+  const TwoFiles files("track,frame,x,y\n\x1b[31ma,1,1,2\n", "track,frame,x,y\nb,1,1,2\n");
+  EXPECT_FALSE(contains(files.check().out, "\x1b")) << files.check().out;
+  EXPECT_TRUE(contains(files.check().out, "?[31ma is b")) << files.check().out;
 }

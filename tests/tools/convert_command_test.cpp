@@ -117,3 +117,42 @@ TEST(ConvertCommand, SaysWhereFramesStayThatTheFormatCountsOtherwise) {
   EXPECT_EQ(notesFor(1001, {"--first-frame", "1001"}), "");
   EXPECT_EQ(notesFor(1, {}), "");
 }
+
+// The same pin from either file of a solve.
+TEST(ConvertCommand, TakesAResultInCsv) {
+  const TemporaryFolder folder;
+  cornerpin({"solve", kFacade, "-o", folder / "r.json", "-o", folder / "r.csv", "-q"});
+  const std::vector<std::string> told = {"--to", "nk",     "--y-down", "--pixel-center",
+                                         "0.5",  "--size", "640x360"};
+  const auto converted = [&](const std::string& file, std::vector<std::string> more) {
+    more.insert(more.begin(), {"convert", folder / file, "-"});
+    return cornerpin(more);
+  };
+  const Outcome json = converted("r.json", told);
+  const Outcome csv = converted("r.csv", told);
+  EXPECT_EQ(csv.code, 0) << csv.err;
+  EXPECT_EQ(csv.out, json.out);
+  EXPECT_TRUE(contains(csv.err, "the pin is that of the whole picture: a result in CSV does not"))
+      << csv.err;
+  const Outcome refused = converted("r.csv", {"--to", "json"});
+  EXPECT_EQ(refused.code, 2);
+  EXPECT_TRUE(contains(refused.err,
+                       "a result in CSV becomes a pin of another program, no json "
+                       "file: give the JSON file of the solve"))
+      << refused.err;
+}
+
+TEST(ConvertCommand, SaysTheSizeThatAFileTellsWhereItIsUsed) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.rz2",
+            "imageSequence \"s\"\n{\n 640 360 f( \"a\" ) b( 1 9 1 )\n}\n"
+            "pointTrack \"a\"\n{\n 1 10 20\n}\n");
+  const auto said = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"convert", folder / "a.rz2", "-"});
+    return cornerpin(more).err;
+  };
+  EXPECT_EQ(said({"--to", "nk"}),
+            "cornerpin: note: " + (folder / "a.rz2") + ": the picture is 640x360, as it says\n");
+  EXPECT_EQ(said({"--to", "nk", "--size", "640x360"}), "");
+  EXPECT_EQ(said({"--to", "csv"}), "");
+}

@@ -88,7 +88,7 @@ TEST(ExportOptions, RefuseWhatCannotBeWritten) {
   EXPECT_EQ(refusalOfExports({"--to", "nk"}), "--to: no file is written: add -o FILE");
   EXPECT_EQ(refusalOfExports({"--as", "pin"}), "--as: no file is written: add -o FILE");
   EXPECT_EQ(refusalOfExports({"-o", "a.usda", "--as", "tracks"}).substr(0, 20),
-            "\"a.usda\": --as track");
+            "\"a.usda\": usda files");
   EXPECT_EQ(refusalOfExports({"-o", "a", "--to", "keyframes"}),
             "keyframes files need to know how many frames a second has: add --fps");
   EXPECT_THROW(exportsOf({"-o", "a", "--to", "paths"}), CLI::ValidationError);

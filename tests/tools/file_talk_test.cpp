@@ -35,6 +35,9 @@ TEST(FileTalk, TellsTheFirstTwentyNotes) {
   EXPECT_EQ(toldBy(talk), "");
   talk.add(std::vector<std::string>{"f:3: left out"});
   EXPECT_EQ(toldBy(talk), "cornerpin: note: f:3: left out\n");
+  FileTalk hostile;
+  hostile.add(std::vector<std::string>{"\x1b[2Jf"});
+  EXPECT_EQ(toldBy(hostile), "cornerpin: note: ?[2Jf\n");
   talk.add(std::vector<std::string>(20, "more"));
   const std::string all = toldBy(talk);
   EXPECT_NE(all.find("\ncornerpin: note: and 1 more note\n"), std::string::npos) << all;
@@ -56,12 +59,10 @@ TEST(FileTalk, SaysHowFilesCompareThatAreReadAgain) {
   EXPECT_EQ(toldBy(talk), "cornerpin: note: " + path + ": no colour\n");
 }
 
-TEST(FileTalk, SaysNothingOfResultsAndStandardOutput) {
+TEST(FileTalk, SaysNothingOfStandardOutput) {
   FileTalk talk;
   Export what;
   what.path = "-";
   talk.add(what, oneTrack());
-  what.path = "none.json";
-  talk.add(what, Written());
   EXPECT_EQ(talk.readBackRows(), "");
 }

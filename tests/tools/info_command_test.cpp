@@ -50,6 +50,13 @@ TEST(InfoCommand, SaysWhatAResultIs) {
   EXPECT_EQ(restOf(packed.out), restOf(run.out)) << packed.err;
 }
 
+TEST(InfoCommand, NamesWhatIsSkipped) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.rz2", "pointTrack \"a\"\n{\n 1 10 20\n}\ncamera\n");
+  EXPECT_EQ(cornerpin({"info", folder / "a.rz2"}).err,
+            "cornerpin: note: " + (folder / "a.rz2") + ":5: \"camera\" is skipped\n");
+}
+
 TEST(InfoCommand, ReadsAPipeByAnyName) {
   const Outcome run =
       runProgram({"/bin/bash", "-c", "\"$0\" info <(cat \"$1\")", CORNERPIN_PROGRAM, kFacade});

@@ -142,9 +142,9 @@ TEST(RebaseCommand, SaysWhyAFrameIsRefused) {
   cornerpin({"solve", kScreen, "--hold", "-o", folder / "in.json"});
   const Outcome held = rebased(folder / "in.json", "87");
   EXPECT_EQ(held.code, 2);
-  EXPECT_EQ(
-      held.err,
-      "cornerpin: frame 87 cannot be the reference: it was held (3 of the 4 tracks needed)\n");
+  EXPECT_EQ(held.err,
+            "cornerpin: frame 87 cannot be the reference: it was held (3 of the 4 tracks needed): "
+            "take another one\n");
   EXPECT_EQ(held.out, "");
   const Outcome outside = rebased(folder / "in.json", "104");
   EXPECT_EQ(outside.code, 2);

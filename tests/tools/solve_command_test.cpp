@@ -220,9 +220,9 @@ TEST(SolveCommand, SaysWhyAFrameCannotBeTheReference) {
             "cornerpin: reference frame 71 is not in the shot: take one from 0 to 70\n");
   const Outcome held = cornerpin({"solve", kScreen, "--hold", "--reference", "87"});
   EXPECT_EQ(held.code, 2);
-  EXPECT_EQ(
-      held.err,
-      "cornerpin: frame 87 cannot be the reference: it was held (3 of the 4 tracks needed)\n");
+  EXPECT_EQ(held.err,
+            "cornerpin: frame 87 cannot be the reference: it was held (3 of the 4 tracks needed): "
+            "take another one\n");
 }
 
 TEST(SolveCommand, ExplainsWhatTracksDoToAQuad) {

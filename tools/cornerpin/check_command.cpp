@@ -5,7 +5,6 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -21,10 +20,12 @@
 #include "shot/files/json_reader.h"
 #include "shot/files/result_pin.h"
 #include "shot/files/result_reader.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_difference_text.h"
 #include "shot/files/track_reader.h"
 #include "shot/solve/wording.h"
 #include "tools/cornerpin/export_options.h"
+#include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -52,7 +53,7 @@ constexpr CommandText kText = {
     "with the place of a pixel's centre: where that is at 0, it is one less than the height.\n"
     "Where a conversion takes the picture's size, and neither file tells it, the numbers are\n"
     "compared as they are.\n\n"
-    "Results of two solves are compared by cornerpin diff.\n"};
+    "What else than corners is in the results of two solves is compared by cornerpin diff.\n"};
 
 struct Arguments {
   std::string first;
@@ -70,17 +71,22 @@ struct Compared {
   std::string name;
 };
 
+enum class Holds { Tracks, Result, ResultCsv };
+
 // Only a plain file can be looked into and then read from its beginning.
-bool isResult(const std::string& path) {
-  if (!std::filesystem::is_regular_file(path)) return false;
+Holds contentOf(const std::string& path, const std::string& format) {
+  if (!format.empty() || !std::filesystem::is_regular_file(path)) return Holds::Tracks;
   ByteSource source(path);
   const std::string_view beginning = source.beginning();
-  return formatIn(beginning) == Format::Json && !otherThanTracks(beginning).empty() &&
-         beginning.find("\"cornerpin\"") != std::string_view::npos;
+  if (isResultCsv(beginning)) return Holds::ResultCsv;
+  const bool isResult = formatIn(beginning) == Format::Json &&
+                        !otherThanTracks(beginning).empty() &&
+                        beginning.find("\"cornerpin\"") != std::string_view::npos;
+  return isResult ? Holds::Result : Holds::Tracks;
 }
 
-std::vector<Compared> cornersOf(const std::string& path, const Picture& told) {
-  ShotResult result = readResult(path);
+std::vector<Compared> cornersOf(const std::string& path, Holds content, const Picture& told) {
+  ShotResult result = content == Holds::ResultCsv ? readResultCsv(path) : readResult(path);
   Picture contradicted;
   tell(result.provenance.picture, Format::Json, told, contradicted);
   std::vector<Compared> all;
@@ -98,18 +104,13 @@ std::vector<Compared> cornersOf(const std::string& path, const Picture& told) {
 
 // What is told is taken where a file does not say it itself.
 std::vector<Compared> tracksIn(const std::string& path, const std::string& format,
-                               const Picture& told) {
+                               const Picture& told, FileTalk& talk) {
   ReadTrace trace;
   if (!format.empty()) trace.format = formatNamed(format);
   std::vector<Compared> only = {{readTracks(path, {}, {}, &trace), path}};
   tell(only[0].tracks, *trace.format, told);
-  for (const std::string& note : trace.notes) std::cerr << "cornerpin: " << note << '\n';
+  talk.add(trace.notes);
   return only;
-}
-
-std::vector<Compared> comparedOf(const std::string& path, const std::string& format, bool result,
-                                 const Picture& told) {
-  return result ? cornersOf(path, told) : tracksIn(path, format, told);
 }
 
 void refuseOthersThanCorners(const Compared& tracks, const std::string& result) {
@@ -151,19 +152,19 @@ int run(const Arguments& arguments) {
     throw std::invalid_argument("both files want standard input: name a file for one");
   }
   requireWritable("-");
-  const bool isFirstResult = arguments.fromFirst.empty() && isResult(first);
-  const bool isSecondResult = arguments.fromSecond.empty() && isResult(second);
-  if (isFirstResult && isSecondResult) {
-    throw std::invalid_argument(
-        fmt::format("both files are results of solves: type cornerpin diff {} {}", shellWord(first),
-                    shellWord(second)));
-  }
-  const std::vector<Compared> all = comparedOf(first, arguments.fromFirst, isFirstResult, told);
-  const std::vector<Compared> others =
-      comparedOf(second, arguments.fromSecond, isSecondResult, told);
-  if (isFirstResult) refuseOthersThanCorners(others[0], first);
-  if (isSecondResult) refuseOthersThanCorners(all[0], second);
+  FileTalk talk;
+  const auto compared = [&](const std::string& path, const std::string& format, Holds content) {
+    return content == Holds::Tracks ? tracksIn(path, format, told, talk)
+                                    : cornersOf(path, content, told);
+  };
+  const Holds inFirst = contentOf(first, arguments.fromFirst);
+  const Holds inSecond = contentOf(second, arguments.fromSecond);
+  const std::vector<Compared> all = compared(first, arguments.fromFirst, inFirst);
+  const std::vector<Compared> others = compared(second, arguments.fromSecond, inSecond);
+  if (inFirst != Holds::Tracks) refuseOthersThanCorners(others[0], first);
+  if (inSecond != Holds::Tracks) refuseOthersThanCorners(all[0], second);
   const Comparable pair = nearest(all, others);
+  talk.tellNotes();
   print(differenceText(pair.difference, pair.names, most));
   return isDifferent(pair.difference, most) ? kDegraded : kSolved;
 }

@@ -13,6 +13,7 @@
 #include "shot/files/export.h"
 #include "shot/files/file_look.h"
 #include "shot/files/result_reader.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_reader.h"
 #include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/file_talk.h"
@@ -27,13 +28,13 @@ namespace {
 constexpr CommandText kText = {
     "convert", "Write tracks, a pin or a result in another format",
     "cornerpin convert shot.json pin.nk --size 1920x1080 --y-down --pixel-center 0.5",
-    "Reads tracks, a corner pin, or the JSON file of a solve, and writes it in another format:\n"
+    "Reads tracks, a corner pin, or the result of a solve, and writes it in another format:\n"
     "tracks as tracks, a pin or a result as a pin. The format of what is read is found by its\n"
     "content, that of what is written by its name or --to. Coordinates and frames become those\n"
     "of the other format; where a file does not say what its own are, you are asked for it.\n",
     "Nothing is solved. A result is written as a pin of the whole picture, or of the quad that\n"
-    "it was solved with. --as stabilise writes the inverse, which makes the surface stand\n"
-    "still; --as matrix the transforms alone.\n\n"
+    "it was solved with, which only its JSON file tells. --as stabilise writes the inverse,\n"
+    "which makes the surface stand still; --as matrix the transforms alone.\n\n"
     "--y-up, --y-down, --pixel-center and --size say of the input what it does not say itself;\n"
     "where it does and the output may have either, as CSV and JSON may, they say what is to be\n"
     "written. With --first-frame 1001 the clip begins with frame 1001: files that count frames\n"
@@ -64,12 +65,23 @@ struct Made {
   Written written;
 };
 
-Made convertResult(const Arguments& arguments, const FileLook& look, OutputFile& out) {
+// What of a table is the quad's, a pin of the picture would not have.
+void refuseTable(const Export& what, const FileLook& look) {
+  if (!isOpen(what.format)) return;
+  throw std::invalid_argument(fmt::format(
+      "\"{}\": a result in CSV becomes a pin of another program, no {} file: give the JSON file of "
+      "the solve",
+      look.name, factsOf(what.format).word));
+}
+
+Made convertResult(const Arguments& arguments, const FileLook& look, FileTalk& talk,
+                   OutputFile& out) {
   const Export what = outputOf(arguments, "pin");
   if (what.kind == ExportKind::Tracks) {
     throw std::invalid_argument("a result holds no tracks: give --as tracks to cornerpin solve");
   }
-  ShotResult result = readResult(look.path);
+  if (look.table) refuseTable(what, look);
+  ShotResult result = look.table ? readResultCsv(look.path) : readResult(look.path);
   Picture& picture = result.provenance.picture;
   Picture contradicted;
   if (tell(picture, Format::Json, arguments.picture.value(), contradicted) != 0) {
@@ -77,6 +89,10 @@ Made convertResult(const Arguments& arguments, const FileLook& look, OutputFile&
         "--first-frame: the result tells the clip's first frame: leave the option out");
   }
   refuseContradiction(contradicted, picture, look.name);
+  if (look.table && what.kind == ExportKind::Pin) {
+    talk.add({look.name + ": the pin is that of the whole picture: a result in CSV does not tell "
+                          "of which quad one was wanted"});
+  }
   return {what, writeExport(what, result, nullptr, look.name, out)};
 }
 
@@ -109,10 +125,12 @@ int run(const Arguments& arguments) {
   const FileLook look = lookAt(arguments.input);
   OutputFile out(isStandardOutput(arguments.output) ? "-" : arguments.output);
   FileTalk talk;
-  const Made made =
-      look.json ? convertResult(arguments, look, out) : convertTracks(arguments, look, talk, out);
+  const bool isResult = arguments.from.text.empty() && (look.json || look.table);
+  const Made made = isResult ? convertResult(arguments, look, talk, out)
+                             : convertTracks(arguments, look, talk, out);
   out.commit();
   talk.add(made.what, made.written);
+  if (arguments.picture.size.empty()) talk.addSize(look.name, made.written);
   if (arguments.quiet.given) return kSolved;
   if (!isStandardOutput(arguments.output)) print(talk.readBackRows());
   talk.tellNotes();
@@ -125,7 +143,7 @@ Command addConvert(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& parser = addParser(app, kText);
   takesFile(parser.add_option("input", arguments->input,
-                              "Tracks, a pin or the JSON file of a solve; - is standard input"))
+                              "Tracks, a pin or the result of a solve; - is standard input"))
       ->required()
       ->check(refuseEmpty);
   takesFile(parser.add_option("output", arguments->output, "What is written; - is standard output"))

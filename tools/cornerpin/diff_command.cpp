@@ -46,7 +46,7 @@ int run(const Arguments& arguments) {
   const ShotResult first = readResult(arguments.first);
   const ResultDifference difference = differenceOf(first, readResult(arguments.second));
   if (!arguments.quiet.given) {
-    print(differenceText(difference, {arguments.first, arguments.second}, first.quads, most));
+    print(differenceText(difference, {arguments.first, arguments.second}, first, most));
   }
   return isDifferent(difference, most) ? kDegraded : kSolved;
 }

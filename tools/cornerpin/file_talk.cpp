@@ -19,13 +19,21 @@ void FileTalk::add(const std::vector<std::string>& notes) {
 void FileTalk::add(const Export& what, const Written& written) {
   for (const std::string& note : written.notes) notes_.push_back(what.path + ": " + note);
   if (isStandardOutput(what.path)) return;
-  const std::string text = readBackText(what.path, what.format, written);
-  if (!text.empty()) rows_ += infoRow(rows_.empty() ? "written" : "", what.path + "  " + text);
+  rows_ += infoRow(rows_.empty() ? "written" : "",
+                   what.path + "  " + readBackText(what.path, what.format, written));
+}
+
+void FileTalk::addSize(const std::string& file, const Written& written) {
+  if (written.size.empty()) return;
+  const std::string note = fmt::format("{}: the picture is {}, as it says", file, written.size);
+  if (std::find(notes_.begin(), notes_.end(), note) == notes_.end()) notes_.push_back(note);
 }
 
 void FileTalk::tellNotes() const {
   const std::size_t told = std::min(notes_.size(), kTold);
-  for (std::size_t i = 0; i < told; ++i) std::cerr << "cornerpin: note: " << notes_[i] << '\n';
+  for (std::size_t i = 0; i < told; ++i) {
+    std::cerr << "cornerpin: note: " << printable(notes_[i]) << '\n';
+  }
   const std::size_t more = notes_.size() - told;
   if (more > 0) std::cerr << "cornerpin: note: and " << counted(more, "more note") << '\n';
 }

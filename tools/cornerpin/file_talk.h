@@ -18,7 +18,10 @@ class FileTalk {
   /// it is standard output.
   void add(const Export& what, const Written& written);
 
-  /// A line for each file that was read again; none for results.
+  /// The size of the picture that something depended on, if it is the file that tells it; once.
+  void addSize(const std::string& file, const Written& written);
+
+  /// A line for each file that was read again.
   std::string readBackRows() const { return rows_; }
   /// On standard error: at most `kTold`, and how many more there are.
   void tellNotes() const;

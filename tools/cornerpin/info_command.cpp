@@ -13,6 +13,7 @@
 #include "shot/files/track_info.h"
 #include "shot/files/track_reader.h"
 #include "shot/solve/tracks.h"
+#include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -33,18 +34,21 @@ struct Arguments {
   ColourOption colour;
 };
 
-std::string infoOn(const FileLook& look, bool coloured) {
+std::string infoOn(const FileLook& look, bool coloured, FileTalk& talk) {
   if (look.json) return resultInfo(readResult(look.path), look, coloured);
   ReadTrace trace;
   trace.digest.emplace();
   // Asked for by number, frames far from all others are no mistake.
   const Tracks tracks = readTracks(look.path, {}, {-kFurthestFrame, kFurthestFrame}, &trace);
+  talk.add(trace.notes);
   return trackInfo(tracks, look, trace);
 }
 
 int run(const Arguments& arguments) {
   requireWritable("-");
-  print(infoOn(lookAt(arguments.file), isColoured(arguments.colour.value(), STDOUT_FILENO)));
+  FileTalk talk;
+  print(infoOn(lookAt(arguments.file), isColoured(arguments.colour.value(), STDOUT_FILENO), talk));
+  talk.tellNotes();
   return kSolved;
 }
 

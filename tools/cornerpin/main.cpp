@@ -12,6 +12,7 @@
 
 #include "shot/files/input_error.h"
 #include "shot/files/output_file.h"
+#include "shot/solve/wording.h"
 #include "tools/cornerpin/command.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/program.h"
@@ -49,7 +50,9 @@ void guardUnfinishedFiles() {
 // Each line of the text begins with who says it.
 int fail(const std::string& text, ExitCode code) {
   std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) std::cerr << "cornerpin: " << line << '\n';
+  for (std::string line; std::getline(lines, line);) {
+    std::cerr << "cornerpin: " << printable(line) << '\n';
+  }
   return code;
 }
 

@@ -345,7 +345,6 @@ ShotResult solve(Arguments& arguments, const Plan& plan, Tracks& tracks, FileTal
   result.provenance.program = thisProgram();
   result.provenance.options = plan.given;
   result.provenance.input = input;
-  result.provenance.picture = tracks.picture;
   return result;
 }
 
@@ -355,6 +354,7 @@ void write(const Export& what, const Arguments& arguments, const Tracks& tracks,
   const Written written = writeExport(what, result, &tracks, arguments.input.path, out, progress);
   out.commit();
   talk.add(what, written);
+  if (arguments.picture.size.empty()) talk.addSize(arguments.input.path, written);
 }
 
 void writeFiles(const Arguments& arguments, const Plan& plan, const Tracks& tracks,

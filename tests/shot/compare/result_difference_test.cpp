@@ -97,7 +97,7 @@ TEST(ResultDifference, TakesTheOtherReferenceWhereOneIsHeldAndNoneWhereBothAre) 
   first.frames[6].verdict.status = Status::Held;
   const ResultDifference difference = differenceOf(first, second);
   EXPECT_FALSE(difference.comparedIn);
-  EXPECT_EQ(difference.why, "frame 4 cannot be the reference: it was held");
+  EXPECT_EQ(difference.why, "frame 4 cannot be the reference: it was held: take another one");
   EXPECT_TRUE(difference.any());
 }
 

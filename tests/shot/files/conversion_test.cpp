@@ -158,3 +158,12 @@ TEST(AsAskedFor, TurnsWhatIsContradicted) {
   EXPECT_EQ(tracks.observations[0].y, 6.0);
   EXPECT_EQ(tracks.picture.y, YAxis::Down);
 }
+
+TEST(TakesSize, WhereYIsTurnedOrTheScaleChanges) {
+  Picture down = factsOf(Format::Rz2).picture;
+  down.width = 640;
+  down.height = 360;
+  EXPECT_TRUE(takesSize(down, factsOf(Format::Nk).picture));
+  EXPECT_TRUE(takesSize(down, factsOf(Format::Uv).picture));
+  EXPECT_FALSE(takesSize(down, factsOf(Format::Keyframes).picture));
+}

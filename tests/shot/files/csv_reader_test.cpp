@@ -400,6 +400,12 @@ TEST(ReadTracksRefuses, AWeightThatIsNegativeOrNotFinite) {
   EXPECT_EQ(refusal(kHeader + "a,0,1,2,1e39\n"), "2: weight is too large: \"1e39\"");
 }
 
+TEST(ReadTracks, TakesFramesWithDecimalsThatAreNought) {
+  const TemporaryFolder folder;
+  writeFile(folder / "t.csv", kHeader + "a,12.0,1,2,1\n");
+  EXPECT_EQ(readTracks(folder / "t.csv").observations.at(0).frame, 12);
+}
+
 TEST(ReadTracksRefuses, AFrameThatIsNotAWholeNumber) {
   EXPECT_EQ(refusal(kHeader + "a,1.5,1,2,1\n"), "2: frame must be a whole number, not \"1.5\"");
   EXPECT_EQ(refusal(kHeader + "a,99999999999,1,2,1\n"), "2: frame is too large: \"99999999999\"");

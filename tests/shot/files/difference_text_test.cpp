@@ -10,7 +10,7 @@ using namespace cornerpin;
 namespace {
 
 std::string textOf(const ShotResult& a, const ShotResult& b, std::optional<double> most = {}) {
-  return differenceText(differenceOf(a, b), {"a.json", "b.json"}, a.quads, most);
+  return differenceText(differenceOf(a, b), {"a.json", "b.json"}, a, most);
 }
 
 // The top right corner of frame 7 is 3 pixels further right.
@@ -80,7 +80,7 @@ TEST(DifferenceText, SaysWhyNothingIsCompared) {
             "base frame    4 and 6\n"
             "reference     frames 4 and 6: not compared\n\n"
             "Different: the corners cannot be compared: frame 4 cannot be the reference: it was "
-            "held.\n");
+            "held: take another one, for both files with cornerpin rebase.\n");
 }
 
 TEST(DifferenceText, NamesTheProgramsAndTheFilesThatResultsWereMadeOf) {

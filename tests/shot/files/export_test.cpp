@@ -41,7 +41,8 @@ TEST(FlawOf, SaysWhatAFormatDoesNotHoldAndWhichDo) {
   EXPECT_EQ(flawOf(Format::Keyframes, ExportKind::Matrix),
             "--as matrix is not written to keyframes files, but to csv, json, nk, usda");
   EXPECT_EQ(flawOf(Format::Usda, ExportKind::Tracks),
-            "--as tracks is not written to usda files, but to csv, json, points, nk, blocks, uv");
+            "usda files hold pins, no tracks: cornerpin solve makes pins of tracks, which as they "
+            "are go to csv, json, points, nk, blocks, uv");
   EXPECT_EQ(flawOf(Format::Json, ExportKind::Stabilise),
             "--as stabilise is not written to json files, but to points, nk, keyframes, blender, "
             "natron, usda");

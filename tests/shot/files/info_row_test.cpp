@@ -7,6 +7,7 @@ using namespace cornerpin;
 
 TEST(InfoRow, PutsTheTextInAColumnOfItsOwn) {
   EXPECT_EQ(infoRow("frames", "0-9"), "frames        0-9\n");
+  EXPECT_EQ(infoRow("a", "\x1b[1m"), "a             ?[1m\n");
   EXPECT_EQ(infoRow("", "0-9"), "              0-9\n");
 }
 

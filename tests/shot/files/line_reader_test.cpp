@@ -145,7 +145,8 @@ TEST(Words, RefuseWithTheColumnAndTheValue) {
   const auto far = [](Words& words) { EXPECT_EQ(words.takeFrame(), 1000000000); };
   EXPECT_EQ(messageFor("1000000000", far), "");
   EXPECT_EQ(messageFor("1000000001", far), ":2: column 1: frame is too large: \"1000000001\"");
-  EXPECT_EQ(messageFor("1.0", far), ":2: column 1: frame must be a whole number, not \"1.0\"");
+  EXPECT_EQ(messageFor("1000000000.0", far), "");
+  EXPECT_EQ(messageFor("1.5", far), ":2: column 1: frame must be a whole number, not \"1.5\"");
   EXPECT_EQ(messageFor("a", frame), ":2: column 2: the line ends where frame is wanted");
   const auto x = [](Words& words) { words.takePosition("x"); };
   EXPECT_EQ(messageFor("1,5", x),

@@ -82,6 +82,11 @@ TEST_P(LineFormats, TakeFramesInAnyOrderAndBelowZero) {
             (std::vector<ReadRow>{{"a", -1, 2.0, 2.0}, {"a", 0, 3.0, 3.0}, {"a", 2, 1.0, 1.0}}));
 }
 
+TEST_P(LineFormats, TakeFramesWithDecimalsThatAreNought) {
+  const std::string text = file({{"a", "1.0", "1", "1"}, {"a", "2.000", "3", "3"}});
+  EXPECT_EQ(rowsOf(read(text)), (std::vector<ReadRow>{{"a", 1, 1.0, 1.0}, {"a", 2, 3.0, 3.0}}));
+}
+
 TEST_P(LineFormats, JoinARepeatedNameUnlessAFrameRepeats) {
   const TextRow other = {"b", "1", "1", "1"};
   const Tracks tracks = read(file({{"a", "1", "1", "1"}, other, {"a", "2", "3", "3"}}));

@@ -34,6 +34,23 @@ TEST(Parse, TakesWholeTextsOnly) {
   EXPECT_EQ(parse("1.0", whole), Parsed::Nothing);
 }
 
+TEST(ParseFrame, TakesWholeNumbersHoweverTheyAreWritten) {
+  std::int32_t frame = 0;
+  for (const char* text : {"12", "12.0", "+12.", "1.2E+1", " 12.000\t"}) {
+    frame = 0;
+    EXPECT_EQ(parseFrame(text, frame), Parsed::Number) << text;
+    EXPECT_EQ(frame, 12) << text;
+  }
+  EXPECT_EQ(parseFrame("-3.0", frame), Parsed::Number);
+  EXPECT_EQ(frame, -3);
+  for (const char* text : {"2147483648", "2147483648.0", "-1e30", "1e400"}) {
+    EXPECT_NE(parseFrame(text, frame), Parsed::Number) << text;
+  }
+  for (const char* text : {"", "1.5", "nan", "inf", "1.0x", "1,0"}) {
+    EXPECT_EQ(parseFrame(text, frame), Parsed::Nothing) << text;
+  }
+}
+
 // The C library's conversion is correctly rounded.
 TEST(ParsesPlain, GivesTheNearestDouble) {
   made::Random random(1);

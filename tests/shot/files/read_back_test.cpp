@@ -8,8 +8,10 @@
 #include <limits>
 
 #include "shot/files/input_error.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_writers.h"
 #include "tests/shot/compare/disturbed_tracks.h"
+#include "tests/shot/files/two_frames.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -257,6 +259,42 @@ TEST(ReadBack, ReadsCornersFromFormatsWithReaders) {
   Pin off = pin();
   off.frames[0].to[0].x += 5.0;
   expectDifference(readBack(folder / "out", Format::Csv, off, {}), 5.0, 0, 0);
+}
+
+namespace {
+
+// What is read back of a result that was to be written, when another was.
+ReadBack ofResult(Format format, const ShotResult& wanted, const ShotResult& other) {
+  const TemporaryFolder folder;
+  writeFile(folder / "out", written(other, format));
+  return readBack(folder / "out", format, transformsOf(wanted));
+}
+
+}  // namespace
+
+// Two corners are behind the horizon of the second frame, whose transform has x' = 2 x + 10 over
+// 1 - y / 4.
+TEST(ReadBack, ComparesWhereTransformsOfResultsCarryTheCorners) {
+  ShotResult result = twoFrames();
+  result.between = {{5.5, kIdentity}};
+  for (const Format format : {Format::Json, Format::Csv}) {
+    expectDifference(ofResult(format, result, result), 0.0, 0, 0);
+    ShotResult off = result;
+    off.between[0].h[0][2] = 0.25;
+    expectDifference(ofResult(format, result, off), 0.25, 0, 0);
+    off.frames[1].h[0][2] = 11.0;
+    EXPECT_EQ(ofResult(format, result, off).largest, 8.0);  // where 1 - y / 4 is -1/8
+    ShotResult fewer = result;
+    fewer.frames.pop_back();
+    fewer.tracks.clear();
+    fewer.worst.clear();
+    fewer.between.clear();
+    expectDifference(ofResult(format, result, fewer), 0.0, 2, 0);
+    expectDifference(ofResult(format, fewer, result), 0.0, 0, 2);
+    ShotResult wider = result;
+    wider.quads[0].corners[0].x -= 0.5;
+    EXPECT_EQ(ofResult(format, result, wider).largest, 2.0);
+  }
 }
 
 TEST(ReadBack, RefusesFilesThatCannotBeRead) {

@@ -129,10 +129,22 @@ TEST(Shown, IsOneFrameAtLeast) {
   EXPECT_TRUE(shown.tracks.empty());
 }
 
-TEST(OnlyShown, LeavesTheFramesAndTracksAndNothingBetween) {
+TEST(Shown, IsOfTransformsBetweenFramesAnEvenSelection) {
+  ShotResult result = small::result(5, 20);
+  for (int i = 0; i < 12; ++i) result.between.push_back({1.0 + 0.5 * i, small::shiftBy(0.5 * i)});
+  Shown shown = shownOf({result, nullptr, ""}, limitsOf(20, 5, 1000));
+  EXPECT_EQ(shown.between, upTo(12));
+  EXPECT_EQ(shown.howBetween, "");
+  shown = shownOf({result, nullptr, ""}, limitsOf(4, 5, 1000));
+  EXPECT_EQ(shown.between, (std::vector<std::size_t>{0, 3, 6, 9}));
+  EXPECT_EQ(shown.howBetween, "an even selection");
+}
+
+TEST(OnlyShown, LeavesWhatIsShown) {
   ShotResult result = small::result(6, 8);
-  result.between = {{1.5, small::shiftBy(1.5)}};
+  result.between = {{1.5, small::shiftBy(1.5)}, {2.5, small::shiftBy(2.5)}};
   Shown shown;
+  shown.between = {1};
   shown.frames = {0, 3, 7};
   shown.tracks = {1, 4};
   const ShotResult only = onlyShown(result, shown);
@@ -140,6 +152,7 @@ TEST(OnlyShown, LeavesTheFramesAndTracksAndNothingBetween) {
   EXPECT_EQ(only.frames[1].frame, 3);
   ASSERT_EQ(only.tracks.size(), 2u);
   EXPECT_EQ(only.tracks[1].name, "t4");
-  EXPECT_TRUE(only.between.empty());
+  ASSERT_EQ(only.between.size(), 1u);
+  EXPECT_EQ(only.between[0].frame, 2.5);
   EXPECT_EQ(only.baseTracks, 6);
 }

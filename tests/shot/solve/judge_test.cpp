@@ -74,6 +74,14 @@ TEST(Judge, DoubtsFramesWithACornerAboveTheLimit) {
             "expected-error: the top right corner may be 4 px off, the limit is 3.75 px\n");
 }
 
+TEST(Judge, NamesCornersAsThePictureShowsThem) {
+  ShotResult result = twoGood();
+  result.maxError = 3.75;
+  result.provenance.picture.y = YAxis::Up;
+  EXPECT_EQ(doubtsIn(result),
+            "expected-error: the bottom right corner may be 4 px off, the limit is 3.75 px\n");
+}
+
 TEST(Judge, TakesTheWorstCornerOfAllQuads) {
   ShotResult result = twoGood();
   result.quads.push_back({"sign", {{{10, 10}, {20, 10}, {20, 20}, {10, 20}}}});

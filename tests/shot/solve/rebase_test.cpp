@@ -276,25 +276,29 @@ TEST(Rebase, SaysWhyAFrameIsRefused) {
   EXPECT_EQ(refusal(result, -1), "reference frame -1 is not in the shot: take one from 5 to 7");
   ShotResult held = result;
   held.frames[1].verdict.status = Status::Held;
-  EXPECT_EQ(refusal(held, 6), "frame 6 cannot be the reference: it was held");
+  EXPECT_EQ(refusal(held, 6), "frame 6 cannot be the reference: it was held: take another one");
   held.frames[1].reason = "no tracks";
-  EXPECT_EQ(refusal(held, 6), "frame 6 cannot be the reference: it was held (no tracks)");
+  EXPECT_EQ(refusal(held, 6),
+            "frame 6 cannot be the reference: it was held (no tracks): take another one");
   ShotResult flat = result;
   flat.frames[1].h = {{{1, 0, 0}, {0, 0, 0}, {0, 0, 1}}};
-  EXPECT_EQ(refusal(flat, 6), "frame 6 cannot be the reference: its transform has no inverse");
+  EXPECT_EQ(refusal(flat, 6),
+            "frame 6 cannot be the reference: its transform has no inverse: take another one");
   flat.frames[1].h = {{{1, 0, 0}, {1, 1e-18, 0}, {0, 0, 1}}};
-  EXPECT_EQ(refusal(flat, 6), "frame 6 cannot be the reference: its transform has no inverse");
+  EXPECT_EQ(refusal(flat, 6),
+            "frame 6 cannot be the reference: its transform has no inverse: take another one");
   ShotResult tilted = result;
   tilted.frames[1].h = {{{1, 0, 0}, {0, 1, 0}, {-0.3, 0, 1}}};  // the horizon is at x = 3.3
   EXPECT_EQ(refusal(tilted, 6),
             "frame 6 cannot be the reference: a corner of the quad \"q\" lies on or behind its "
-            "horizon");
+            "horizon: take another one");
   // A frame that has the horizon through the reference frame's corner (0, 0).
   ShotResult endless = result;
   endless.frames[1].h = {{{1, 0, 1}, {0, 1, 0}, {0, 0, 1}}};
   endless.frames[2].h = {{{1, 0, 0}, {0, 1, 0}, {1, 0, 1}}};
   EXPECT_EQ(refusal(endless, 6),
-            "frame 6 cannot be the reference: from it, frame 7 has no finite transform");
+            "frame 6 cannot be the reference: from it, frame 7 has no finite transform: take "
+            "another one");
 }
 
 TEST(Rebase, TakesAReducedFrame) {

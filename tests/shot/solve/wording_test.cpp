@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 using namespace cornerpin;
 
 namespace {
@@ -27,28 +29,42 @@ TEST(Wording, CountsOneOfAThingInTheSingular) {
   EXPECT_EQ(counted(2, "frame"), "2 frames");
 }
 
+TEST(Wording, KeepsControlCharactersFromTerminals) {
+  EXPECT_EQ(printable("\x1b[31ma\nb\x7f"), "?[31ma?b?");
+  EXPECT_EQ(printable("a\xC2\x9b 2J"), "a? 2J");  // U+009B
+  EXPECT_EQ(printable("\xC3\xA4 \xC2\xA0\xE2\x82\xAC \xE4\xC2"),
+            "\xC3\xA4 \xC2\xA0\xE2\x82\xAC \xE4\xC2");
+  EXPECT_EQ(shellWord("a\x1b'\\b"), "$'a\\x1b\\'\\\\b'");
+}
+
 // Whichever way the corners go around, and where they begin.
 TEST(Wording, NamesCornersByWhereTheyLie) {
-  EXPECT_EQ(cornerName(kSquare, 0), "the top left corner");
-  EXPECT_EQ(cornerName(kSquare, 1), "the top right corner");
-  EXPECT_EQ(cornerName(kSquare, 2), "the bottom right corner");
-  EXPECT_EQ(cornerName(kSquare, 3), "the bottom left corner");
+  EXPECT_EQ(cornerName(kSquare, std::nullopt, 0), "the top left corner");
+  EXPECT_EQ(cornerName(kSquare, std::nullopt, 1), "the top right corner");
+  EXPECT_EQ(cornerName(kSquare, std::nullopt, 2), "the bottom right corner");
+  EXPECT_EQ(cornerName(kSquare, std::nullopt, 3), "the bottom left corner");
   const Quad other = {{kSquare[2], kSquare[1], kSquare[0], kSquare[3]}};
-  EXPECT_EQ(cornerName(other, 0), "the bottom right corner");
-  EXPECT_EQ(cornerName(other, 1), "the top right corner");
+  EXPECT_EQ(cornerName(other, std::nullopt, 0), "the bottom right corner");
+  EXPECT_EQ(cornerName(other, std::nullopt, 1), "the top right corner");
+}
+
+TEST(Wording, NamesCornersAsThePictureShowsThemWhereYGoesUp) {
+  EXPECT_EQ(cornerName(kSquare, YAxis::Down, 0), "the top left corner");
+  EXPECT_EQ(cornerName(kSquare, YAxis::Up, 0), "the bottom left corner");
+  EXPECT_EQ(cornerName(kSquare, YAxis::Up, 2), "the top right corner");
 }
 
 TEST(Wording, NumbersTheCornersOfAQuadOnItsTip) {
   const Quad tip = {{{50, 0}, {100, 50}, {50, 100}, {0, 50}}};
-  EXPECT_EQ(cornerName(tip, 0), "corner 0");
-  EXPECT_EQ(cornerName(tip, 3), "corner 3");
+  EXPECT_EQ(cornerName(tip, std::nullopt, 0), "corner 0");
+  EXPECT_EQ(cornerName(tip, std::nullopt, 3), "corner 3");
 }
 
 TEST(Wording, NamesTheQuadWhereThereAreSeveral) {
   std::vector<NamedQuad> quads = {{"door", kSquare}};
-  EXPECT_EQ(cornerName(quads, 0, 0), "the top left corner");
+  EXPECT_EQ(cornerName(quads, std::nullopt, 0, 0), "the top left corner");
   quads.push_back({"sign", kSquare});
-  EXPECT_EQ(cornerName(quads, 1, 2), "the bottom right corner of \"sign\"");
+  EXPECT_EQ(cornerName(quads, std::nullopt, 1, 2), "the bottom right corner of \"sign\"");
 }
 
 TEST(Wording, PutsNeighboursTogether) {

@@ -219,7 +219,8 @@ TEST(RebaseOfARetouch, RefusesATimeWithoutAFiniteTransform) {
     ADD_FAILURE();
   } catch (const std::invalid_argument& error) {
     EXPECT_STREQ(error.what(),
-                 "frame 20 cannot be the reference: from it, frame 10.5 has no finite transform");
+                 "frame 20 cannot be the reference: from it, frame 10.5 has no finite transform: "
+                 "take another one");
   }
   EXPECT_EQ(endless.referenceFrame, 10);
 }

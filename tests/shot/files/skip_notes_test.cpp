@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "shot/files/nk_notes.h"
+#include "shot/files/skip_notes.h"
 
 #include <gtest/gtest.h>
 
@@ -8,16 +8,16 @@
 
 using namespace cornerpin;
 
-TEST(NkNotes, NameTenOfAKind) {
+TEST(SkipNotes, NameTenOfAKind) {
   const std::string file = "f.nk";
   std::vector<std::string> all = {"first"};
-  NkNotes notes(file, all);
+  SkipNotes notes(file, all, {"nodes", "pins", "keys"});
   std::uint32_t texts = 0;
   for (std::uint32_t line = 1; line <= 12; ++line) {
-    notes.add(NkNotes::About::Nodes, line, [&] { return std::to_string(++texts); });
+    notes.add(0, line, [&] { return std::to_string(++texts); });
   }
   for (std::uint32_t line = 1; line <= 10; ++line)
-    notes.add(NkNotes::About::Pins, line, [] { return std::string("pin"); });
+    notes.add(1, line, [] { return std::string("pin"); });
   EXPECT_EQ(texts, 10u);
   ASSERT_EQ(all.size(), 21u);
   notes.close();
