@@ -127,7 +127,7 @@ Written Tracks::write(const std::string& path, const std::string& to) const {
     const cornerpin::Written written =
         writeTracks(data_->tracks, format, nameOf(data_->input), out);
     out.commit();
-    return Written{written.notes, readBackText(path, format, written)};
+    return Written{written.notes, readBackText(path, format, written), written.size};
   });
 }
 
@@ -144,7 +144,7 @@ Written Result::write(const std::string& path, const WriteOptions& options,
     const cornerpin::Written written =
         writeExport(what, data_->result, data_->tracks.get(), name, out, report);
     out.commit();
-    return Written{written.notes, readBackText(path, what.format, written)};
+    return Written{written.notes, readBackText(path, what.format, written), written.size};
   });
 }
 

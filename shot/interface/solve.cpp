@@ -127,7 +127,6 @@ Result solve(const Tracks& tracks, const Options& options, const Progress& progr
     data->result.provenance.program = thisProgram();
     data->result.provenance.options = given;
     data->result.provenance.input = tracks.data().input;
-    data->result.provenance.picture = used->picture;
     if (options.advice) advise(*used, own, data->result, report);
     return Result(data);
   });

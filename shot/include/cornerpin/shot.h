@@ -166,7 +166,8 @@ struct Observation {
 /// What is to be said of a file that was written.
 struct Written {
   std::vector<std::string> notes;  ///< what the format cannot carry
-  std::string readBack;            ///< "read back: largest difference 0 px"; empty for results
+  std::string readBack;            ///< how it compares: "read back: largest difference 0 px"
+  std::string size;  ///< of the picture, such as 1920x1080, where something depended on it
 };
 
 /// The tracks of a shot. Copies share them; nothing changes them.
