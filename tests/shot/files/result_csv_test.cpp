@@ -169,3 +169,7 @@ TEST(ResultCsv, SaysWhyAFrameIsReduced) {
     EXPECT_EQ(field(result, column), "") << column;
   }
 }
+
+TEST(ResultCsv, IsTheSameAsAText) {
+  EXPECT_EQ(resultCsv(twoFrames()), written(twoFrames(), Format::Csv));
+}

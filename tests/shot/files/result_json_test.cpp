@@ -243,3 +243,7 @@ TEST(ResultJson, HasTransformsBetweenFrames) {
             json::parse(R"([{"frame":5.25,"h":[[1,0,0.5],[0,1,-2],[0,0,1]],"quads":{"tracks":)"
                         R"({"corners":[[1.5,0],[3.5,0],[3.5,2.5],[1.5,2.5]]}}}])"));
 }
+
+TEST(ResultJson, IsTheSameAsAText) {
+  EXPECT_EQ(resultJson(twoFrames()), written(twoFrames(), Format::Json));
+}

@@ -182,3 +182,12 @@ TEST(WriteResult, TellsTheFramesItHasWritten) {
     EXPECT_EQ(reports.lastOf(Phase::Writing).total, 60u);
   }
 }
+
+TEST(Phases, HaveNames) {
+  const std::vector<std::string> names = {
+      "reading",   "solving", "choosing the base frame", "handing over", "figures of trust",
+      "smoothing", "filling", "looking for what helps",  "writing"};
+  for (int phase = 0; phase <= static_cast<int>(Phase::Writing); ++phase) {
+    EXPECT_EQ(nameOf(static_cast<Phase>(phase)), names.at(static_cast<std::size_t>(phase)));
+  }
+}

@@ -256,3 +256,32 @@ TEST(TakeFrames, RefusesToLeaveNothing) {
     }
   }
 }
+
+TEST(ApplySelection, TakesFramesAndTracks) {
+  Tracks tracks = shotOf({"a", "b", "c"});
+  applySelection(tracks, {0, 10}, {"a", "b"}, {"b:5-"});
+  EXPECT_EQ(tracks.firstFrame(), 0);
+  EXPECT_EQ(tracks.lastFrame(), 10);
+  for (const Observation& o : tracks.observations) {
+    EXPECT_EQ(o.weight > 0.0f, o.track == 0 || (o.track == 1 && o.frame < 5));
+  }
+}
+
+TEST(ApplySelection, NamesTheOptionThatIsWrong) {
+  using Lists = std::vector<std::string>;
+  const auto refusal = [](const FrameRange& frames, const Lists& keep, const Lists& drop) {
+    Tracks tracks = shotOf({"a", "b"});
+    try {
+      applySelection(tracks, frames, keep, drop);
+    } catch (const std::invalid_argument& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(refusal({}, {"x"}, {}).rfind("--keep: \"x\" ", 0), 0u);
+  EXPECT_EQ(refusal({}, {}, {"a", "x"}).rfind("--drop: \"x\" ", 0), 0u);
+  EXPECT_EQ(refusal({200, 300}, {}, {}).rfind("--frames: \"200-300\" ", 0), 0u);
+  EXPECT_EQ(refusal({}, {}, {"a,b"}), "--keep and --drop leave no track: keep or drop others");
+  EXPECT_EQ(refusal({0, 5}, {"a"}, {"a"}),
+            "--keep and --drop leave no track in the frames of --frames: keep or drop others");
+}
