@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "shot/files/csv_text.h"
 
@@ -94,10 +96,24 @@ std::string csvRow(const ShotResult& result, const BetweenFrame& between, std::s
          std::string(static_cast<std::size_t>(missing), ',') + "\n";
 }
 
+using Sink = std::function<void(std::string_view)>;
+
 template <class Frame>
-void writeRows(const ShotResult& result, const Frame& frame, OutputFile& out) {
+void writeRows(const ShotResult& result, const Frame& frame, const Sink& write) {
   for (std::size_t quad = 0; quad < result.quads.size(); ++quad) {
-    out.write(csvRow(result, frame, quad));
+    write(csvRow(result, frame, quad));
+  }
+}
+
+void writeAll(const ShotResult& result, PhaseCount& count, const Sink& write) {
+  write((result.quads.size() > 1 ? "frame,quad" : "frame") + kColumns + "\n");
+  auto between = result.between.begin();
+  for (const FrameResult& frame : result.frames) {
+    writeRows(result, frame, write);
+    for (; between != result.between.end() && between->frame < frame.frame + 1.0; ++between) {
+      writeRows(result, *between, write);
+    }
+    count.add();
   }
 }
 
@@ -105,15 +121,15 @@ void writeRows(const ShotResult& result, const Frame& frame, OutputFile& out) {
 
 void writeResultCsv(const ShotResult& result, OutputFile& out, const Progress& progress) {
   PhaseCount count(progress, Phase::Writing, result.frames.size());
-  out.write((result.quads.size() > 1 ? "frame,quad" : "frame") + kColumns + "\n");
-  auto between = result.between.begin();
-  for (const FrameResult& frame : result.frames) {
-    writeRows(result, frame, out);
-    for (; between != result.between.end() && between->frame < frame.frame + 1.0; ++between) {
-      writeRows(result, *between, out);
-    }
-    count.add();
-  }
+  writeAll(result, count, [&out](std::string_view text) { out.write(text); });
+}
+
+std::string resultCsv(const ShotResult& result) {
+  const Progress nobody;
+  PhaseCount count(nobody, Phase::Writing, result.frames.size());
+  std::string csv;
+  writeAll(result, count, [&csv](std::string_view text) { csv += text; });
+  return csv;
 }
 
 }  // namespace cornerpin

@@ -2,6 +2,8 @@
 #ifndef SHOT_FILES_RESULT_CSV_H
 #define SHOT_FILES_RESULT_CSV_H
 
+#include <string>
+
 #include "shot/files/output_file.h"
 #include "shot/solve/progress.h"
 #include "shot/solve/result.h"
@@ -19,6 +21,9 @@ namespace cornerpin {
 /// What has no value is empty: the rms of a frame without active tracks, the sigma with loss none,
 /// what only some frames have, and a corner on or behind the horizon.
 void writeResultCsv(const ShotResult& result, OutputFile& out, const Progress& progress = {});
+
+/// The same as a text.
+std::string resultCsv(const ShotResult& result);
 
 }  // namespace cornerpin
 

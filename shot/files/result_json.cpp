@@ -237,6 +237,8 @@ void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& 
   writeMembers(result, file, count);
 }
 
+std::string resultJson(const ShotResult& result) { return roundedResultJson(result, 0); }
+
 std::string roundedResultJson(const ShotResult& result, int digits) {
   const Progress nobody;
   PhaseCount count(nobody, Phase::Writing, result.frames.size());

@@ -18,7 +18,10 @@ namespace cornerpin {
 /// coordinates of a corner on or behind the horizon.
 void writeResultJson(const ShotResult& result, OutputFile& out, const Progress& progress = {});
 
-/// The same as a text, with so many digits of each number that is not a whole one.
+/// The same as a text.
+std::string resultJson(const ShotResult& result);
+
+/// The same with so many digits of each number that is not a whole one.
 std::string roundedResultJson(const ShotResult& result, int digits);
 
 }  // namespace cornerpin

@@ -33,22 +33,6 @@ void refuseOtherDigest(const std::string& path, const ShotResult& result, const 
                                      name.empty() ? "one" : shown(name), wanted, digest.hex()));
 }
 
-// As the solve selected them.
-void applyOptions(const GivenOptions& options, Tracks& tracks) {
-  const auto listed = [&](const std::vector<std::string>& lists) {
-    std::vector<Selected> all;
-    for (const std::string& list : lists) {
-      const std::vector<Selected> items = parseSelection(list, tracks);
-      all.insert(all.end(), items.begin(), items.end());
-    }
-    return all;
-  };
-  const std::vector<Selected> kept = listed(options.keep);
-  const std::vector<Selected> dropped = listed(options.drop);
-  takeFrames(tracks, options.frames);
-  select(tracks, kept, dropped);
-}
-
 bool isSeen(const TrackResult& track) {
   return std::any_of(track.runs.begin(), track.runs.end(),
                      [](const TrackRun& run) { return run.use != TrackUse::Absent; });
@@ -128,7 +112,7 @@ Tracks tracksOfResult(const std::string& path, const ShotResult& result, const P
   tell(tracks, *trace.format, result.provenance.picture);
   tracks = inPictureOf(result, std::move(tracks), path);
   try {
-    applyOptions(options, tracks);
+    applySelection(tracks, options.frames, options.keep, options.drop);
   } catch (const std::invalid_argument& error) {
     throw InputError(path,
                      std::string("the selection of the result does not fit: ") + error.what());

@@ -21,6 +21,9 @@ enum class Phase {
   Writing,       ///< in frames
 };
 
+/// What people and programs call it: "reading", "choosing the base frame", "figures of trust" ...
+const char* nameOf(Phase phase);
+
 /// Called at the beginning of a phase, with nothing done, and again as it goes on; a total of 0 is
 /// one that nobody knows. From several threads, but from one at a time.
 using Progress = std::function<void(Phase phase, std::size_t done, std::size_t total)>;

@@ -215,6 +215,20 @@ bool noteEmptied(Tracks& tracks, Unused why, const Change& change) {
   return std::find(behind.begin(), behind.end(), true) != behind.end();
 }
 
+std::vector<Selected> parseLists(const char* option, const std::vector<std::string>& lists,
+                                 const Tracks& tracks) {
+  std::vector<Selected> selection;
+  for (const std::string& list : lists) {
+    try {
+      const std::vector<Selected> items = parseSelection(list, tracks);
+      selection.insert(selection.end(), items.begin(), items.end());
+    } catch (const std::invalid_argument& error) {
+      throw std::invalid_argument(std::string(option) + ": " + error.what());
+    }
+  }
+  return selection;
+}
+
 // Leaves those observations without weight of which that is asked.
 template <class Condition>
 bool takeWeight(Tracks& tracks, Unused why, const Condition& condition) {
@@ -275,6 +289,25 @@ void select(Tracks& tracks, const std::vector<Selected>& kept,
   const auto isDropped = [&](const Observation& o) { return drop.has(o); };
   if (!takeWeight(tracks, Unused::Dropped, isDropped)) {
     throw std::invalid_argument("the selection leaves no track");
+  }
+}
+
+void applySelection(Tracks& tracks, const FrameRange& frames, const std::vector<std::string>& keep,
+                    const std::vector<std::string>& drop) {
+  const std::vector<Selected> kept = parseLists("--keep", keep, tracks);
+  const std::vector<Selected> dropped = parseLists("--drop", drop, tracks);
+  try {
+    takeFrames(tracks, frames);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(std::string("--frames: ") + error.what());
+  }
+  try {
+    select(tracks, kept, dropped);
+  } catch (const std::invalid_argument&) {
+    throw std::invalid_argument(frames.isAll()
+                                    ? "--keep and --drop leave no track: keep or drop others"
+                                    : "--keep and --drop leave no track in the frames of --frames: "
+                                      "keep or drop others");
   }
 }
 

@@ -44,6 +44,11 @@ void takeFrames(Tracks& tracks, const FrameRange& frames);
 void select(Tracks& tracks, const std::vector<Selected>& kept,
             const std::vector<Selected>& dropped);
 
+/// Does both as the options --frames, --keep and --drop say, with lists that `parseSelection`
+/// reads. What is refused throws `std::invalid_argument` that names the option.
+void applySelection(Tracks& tracks, const FrameRange& frames, const std::vector<std::string>& keep,
+                    const std::vector<std::string>& drop);
+
 }  // namespace cornerpin
 
 #endif

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "shot/solve/this_program.h"
 #include "tests/support/process.h"
 #include "tools/cornerpin/help_text.h"
 
@@ -39,6 +40,10 @@ TEST(Program, TellsItsVersionInTwoWays) {
   const Outcome printed = run({"-V"});
   EXPECT_EQ(printed.code, 0);
   EXPECT_EQ(printed.out, run({"--version"}).out);
+  const cornerpin::ProgramVersion program = cornerpin::thisProgram();
+  const std::string commit = program.commit.empty() ? "" : "commit " + program.commit + "\n";
+  const std::string first = program.name + " " + program.version + "\n" + commit + "LAPACK ";
+  EXPECT_EQ(printed.out.rfind(first, 0), 0u) << printed.out;
 }
 
 TEST(Program, PrintsTheHelpOfAllCommands) {

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <string>
 
+#include "shot/solve/this_program.h"
 #include "tools/cornerpin/check_command.h"
 #include "tools/cornerpin/convert_command.h"
 #include "tools/cornerpin/diff_command.h"
@@ -16,7 +17,6 @@
 #include "tools/cornerpin/rebase_command.h"
 #include "tools/cornerpin/report_command.h"
 #include "tools/cornerpin/solve_command.h"
-#include "tools/cornerpin/this_program.h"
 #include "tools/cornerpin/usage_error.h"
 
 namespace cornerpin {

@@ -17,9 +17,6 @@ namespace cornerpin {
 /// How progress is told: not at all, by a bar for people, or by objects for programs.
 enum class ProgressStyle { None, Bar, Json };
 
-/// What people and programs call it.
-const char* nameOf(Phase phase);
-
 /// Tells on standard error what phase the work is in, how much of it is done, and how long it takes
 /// yet if it goes on as it did. A thread of its own writes ten times a second, so that the figures
 /// live where reports are far between.

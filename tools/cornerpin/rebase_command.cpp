@@ -10,10 +10,10 @@
 #include "shot/files/result_file.h"
 #include "shot/files/result_reader.h"
 #include "shot/solve/rebase.h"
+#include "shot/solve/this_program.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
-#include "tools/cornerpin/this_program.h"
 
 namespace cornerpin {
 

@@ -24,20 +24,6 @@ namespace cornerpin {
 
 namespace {
 
-std::vector<Selected> parseLists(const char* option, const std::vector<std::string>& lists,
-                                 const Tracks& tracks) {
-  std::vector<Selected> selection;
-  for (const std::string& list : lists) {
-    try {
-      const std::vector<Selected> items = parseSelection(list, tracks);
-      selection.insert(selection.end(), items.begin(), items.end());
-    } catch (const std::invalid_argument& error) {
-      throw std::invalid_argument(std::string(option) + ": " + error.what());
-    }
-  }
-  return selection;
-}
-
 // Corners have no extension and are no file.
 bool isFile(const std::string& text) {
   std::error_code ignored;
@@ -230,21 +216,7 @@ void SelectionOptions::addTo(CLI::App& parser) {
 }
 
 void SelectionOptions::apply(Tracks& tracks, const FrameRange& frames) const {
-  const std::vector<Selected> kept = parseLists("--keep", keep, tracks);
-  const std::vector<Selected> dropped = parseLists("--drop", drop, tracks);
-  try {
-    takeFrames(tracks, frames);
-  } catch (const std::invalid_argument& error) {
-    throw std::invalid_argument(std::string("--frames: ") + error.what());
-  }
-  try {
-    select(tracks, kept, dropped);
-  } catch (const std::invalid_argument&) {
-    throw std::invalid_argument(frames.isAll()
-                                    ? "--keep and --drop leave no track: keep or drop others"
-                                    : "--keep and --drop leave no track in the frames of --frames: "
-                                      "keep or drop others");
-  }
+  applySelection(tracks, frames, keep, drop);
 }
 
 void UnitsOption::addTo(CLI::App& parser) {

@@ -24,6 +24,7 @@
 #include "shot/files/summary.h"
 #include "shot/files/track_reader.h"
 #include "shot/solve/shot_solver.h"
+#include "shot/solve/this_program.h"
 #include "shot/time/between.h"
 #include "shot/time/retouch.h"
 #include "tools/cornerpin/export_options.h"
@@ -33,7 +34,6 @@
 #include "tools/cornerpin/progress_bar.h"
 #include "tools/cornerpin/report_options.h"
 #include "tools/cornerpin/shared_options.h"
-#include "tools/cornerpin/this_program.h"
 
 namespace cornerpin {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "tools/cornerpin/this_program.h"
+#include "shot/solve/this_program.h"
 
 #include "commit.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef TOOLS_CORNERPIN_THIS_PROGRAM_H
-#define TOOLS_CORNERPIN_THIS_PROGRAM_H
+#ifndef SHOT_SOLVE_THIS_PROGRAM_H
+#define SHOT_SOLVE_THIS_PROGRAM_H
 
 #include "shot/solve/provenance.h"
 
