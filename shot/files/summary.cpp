@@ -309,7 +309,7 @@ std::string summaryTable(const ShotResult& result, const SummaryOptions& options
   }
   text += worstTracks(result);
   if (options.verbose) text += worstFrames(s) + unsolvedFrames(s) + doubts(result, s);
-  return text + "\n" + closingWords(result, options.colour);
+  return text + options.files + "\n" + closingWords(result, options.colour);
 }
 
 }  // namespace cornerpin

@@ -32,6 +32,7 @@ std::string doubtfulFramesLine(const ShotResult& result);
 struct SummaryOptions {
   bool verbose = false;  ///< also how the base was chosen, what fits began with, lists of frames
   bool colour = false;
+  std::string files;  ///< rows about the files that were written
 };
 
 /// The summary as a short table for people, several lines, and `closingWords` at its end. Of the

@@ -376,7 +376,7 @@ void printResult(const Arguments& arguments, const Plan& plan, const Tracks& tra
                  const ShotResult& result, FileTalk& talk) {
   if (printsTable(arguments, plan)) {
     const bool coloured = isColoured(arguments.colour.value(), STDOUT_FILENO);
-    print(summaryTable(result, {arguments.talk.verbose, coloured}) + talk.readBackRows());
+    print(summaryTable(result, {arguments.talk.verbose, coloured, talk.readBackRows()}));
   } else if (arguments.json.given) {
     OutputFile out("-");
     writeResult(result, Format::Json, out);

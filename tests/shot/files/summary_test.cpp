@@ -6,6 +6,8 @@
 #include <cmath>
 #include <sstream>
 
+#include "shot/advice/closing_words.h"
+
 using namespace cornerpin;
 
 namespace {
@@ -28,7 +30,7 @@ void setDeviations(FrameResult& f, const std::array<double, 4>& deviations) {
 }
 
 std::string tableOf(const ShotResult& result, bool verbose = false) {
-  return summaryTable(result, {verbose, false});
+  return summaryTable(result, {verbose, false, ""});
 }
 
 // The lines of the table that begin with a label, and those without one that follow it.
@@ -328,4 +330,16 @@ TEST(SummaryTable, SaysWhatWasDoneToTransforms) {
   for (FrameResult& f : result.frames) f.smoothed = 0.0;
   EXPECT_EQ(rowsOf(tableOf(result), "smoothed"), "smoothed      no corner moved\n");
   EXPECT_EQ(rowsOf(tableOf(result), "filled in"), "filled in     2 of 2 reduced or held frames\n");
+}
+
+// The sentence that decides is the last thing that is read.
+TEST(SummaryTable, EndsInTheClosingWordsBehindWhatWasWritten) {
+  ShotResult result;
+  result.quads = {kSquare};
+  result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 1.0)};
+  for (FrameResult& f : result.frames) setDeviations(f, {1, 1, 1, 1});
+  const std::string table = summaryTable(result, {false, false, "written  a.json\n"});
+  const std::string end = "written  a.json\n\n" + closingWords(result, false);
+  ASSERT_GT(table.size(), end.size());
+  EXPECT_EQ(table.substr(table.size() - end.size()), end);
 }

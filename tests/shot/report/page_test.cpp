@@ -75,8 +75,9 @@ TEST(Page, AsksForNothing) {
     page.erase(page.find(part), part.size());
   for (const char* word : {"http:", "https:", "//", " src=", "@import", "url(", "javascript:"})
     EXPECT_EQ(page.find(word), std::string::npos) << word;
-  EXPECT_EQ(countOf(page, "href="), 1u);
+  EXPECT_EQ(countOf(page, "href="), 2u);
   EXPECT_EQ(countOf(page, "href=\"data:,\""), 1u);
+  EXPECT_EQ(countOf(page, "href=\"#"), 1u);  // a place in the page itself
 }
 
 TEST(Page, HoldsTheDataWhateverNamesAreCalled) {

@@ -396,6 +396,6 @@ TEST(SolveRelative, RefusesFramesAndQuadsThatTheReferenceCannotHave) {
   } catch (const std::invalid_argument& error) {
     EXPECT_STREQ(error.what(),
                  "frame 9 cannot be the reference: a corner of the quad \"sign\" lies on or behind "
-                 "its horizon");
+                 "its horizon: take another one");
   }
 }
