@@ -29,8 +29,8 @@ struct PageLimits {
   PageLimits halved() const { return {frames / 2, tracks / 2, cells / 2, quads / 2}; }
 };
 
-/// What a page shows: indices into `ShotResult::frames`, `tracks` and `between`, which rise, and how
-/// they were chosen, for people; empty where all are shown.
+/// What a page shows: indices into `ShotResult::frames`, `tracks` and `between`, which rise, and
+/// how they were chosen, for people; empty where all are shown.
 struct Shown {
   std::vector<std::size_t> frames;
   std::vector<std::size_t> tracks;
