@@ -30,11 +30,11 @@ constexpr CommandText kText = {
     "that the result was made from it shows where they were seen, and their residuals.\n",
     "Of a long shot it shows a selection of the frames and tracks, and says which.\n\n"
     "The tracks have to be in the file that was solved, or, where the result does not tell its\n"
-    "digest, in one with the same tracks. --pictures are JPEG or PNG files, told by a pattern\n"
-    "with the frame's number, by their folder, where it is the last number of their names, or\n"
-    "by a list, one name a line. The page holds them, at most 640 pixels wide; with --link it\n"
-    "asks for the files themselves. --picture-scale is found by the sizes where the result\n"
-    "tells how large the picture of its tracks is.\n"};
+    "digest, in one with the same tracks. --pictures are JPEG, PNG, WebP, GIF or TIFF files,\n"
+    "told by a pattern with the frame's number, by their folder, where it is the last number of\n"
+    "their names, or by a list, one name a line. The page holds them, at most 640 pixels wide;\n"
+    "with --link it asks for the files themselves. --picture-scale is found by the sizes where\n"
+    "the result tells how large the picture of its tracks is.\n"};
 
 struct Arguments {
   ResultArgument result;
