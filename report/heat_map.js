@@ -7,6 +7,7 @@ import { contextOf, fitToScreen, found, made, onResize } from "./elements.js";
 import { createHeatLegend } from "./heat_legend.js";
 import { heatCap } from "./heat_colours.js";
 import { heatOrders } from "./heat_order.js";
+import { look } from "./look.js";
 import { paintCells, shadesOf } from "./heat_pixels.js";
 import { pixelText, shownName } from "./wording.js";
 
@@ -165,7 +166,7 @@ function listenToHeat(shot, scroll, layout, state) {
   const { describeSelected, describePointed } = createHeatReadout(shot, scroll, state);
   scroll.addEventListener("click", (event) => {
     const cell = cellAt(scroll, layout, state.frameCount, event);
-    if (cell !== null) state.change({ ...cell, isPlaying: false });
+    if (cell !== null) look(state, cell);
   });
   scroll.addEventListener("pointermove", (event) => {
     const cell = cellAt(scroll, layout, state.frameCount, event);

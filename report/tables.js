@@ -2,7 +2,8 @@
 // The figures as tables. Long ones are made when they are opened.
 
 import { comparableError, modelOf, nearestIndex, tracksInUse } from "./page_data.js";
-import { bringFramesIntoView, found, made, madeButton } from "./elements.js";
+import { found, made, madeButton } from "./elements.js";
+import { look } from "./look.js";
 import { dropOption, framesText, pixelText, shownName } from "./wording.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -14,15 +15,6 @@ import { dropOption, framesText, pixelText, shownName } from "./wording.js";
 /** @typedef {{ title: string, isNumber?: boolean }} Column */
 
 const rowsAtFirst = 100;
-
-/**
- * @param {State} state
- * @param {Partial<State>} changes
- */
-function look(state, changes) {
-  state.change({ ...changes, isPlaying: false });
-  bringFramesIntoView();
-}
 
 /**
  * @param {HTMLTableElement} table
