@@ -49,14 +49,19 @@ function fillTable(table, caption, columns, rows, finish) {
     body,
   );
   if (rows.length <= rowsAtFirst) return;
-  const more = madeButton(`Show all ${rows.length} rows`, () => {
-    append(rowsAtFirst, rows.length);
-    foot.remove();
-  });
+  const more = madeButton(
+    `Show all ${rows.length} rows`,
+    () => {
+      append(rowsAtFirst, rows.length);
+      foot.remove();
+    },
+    { class: "on-screen" },
+  );
+  const note = made("span", { class: "on-paper" }, `The first ${rowsAtFirst} of ${rows.length}`);
   const foot = made(
     "tfoot",
     {},
-    made("tr", {}, made("td", { colspan: `${columns.length}` }, more)),
+    made("tr", {}, made("td", { colspan: `${columns.length}` }, more, note)),
   );
   table.append(foot);
 }
