@@ -210,7 +210,7 @@ export function createHeatMap(shot, inOrder, state) {
   /** What of the map is seen at once. */
   function fit() {
     const most = isOnPaper() ? paperRows * layout.rowHeight : 1.2 * heatHeight;
-    scroll.style.height = `${Math.min(height, most)}px`;
+    scroll.style.setProperty("--seen", `${Math.min(height, most)}px`);
     layout.top = isOnPaper() ? 0 : scroll.scrollTop;
   }
 

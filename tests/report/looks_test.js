@@ -21,24 +21,43 @@ const inLight = sharedPage(board.path, { colorScheme: "light" });
 const inDark = sharedPage(board.path, { colorScheme: "dark" });
 
 /**
- * Fails with the rules that the page breaks as it is now, and where.
+ * Fails with the rules that a part of the page breaks as it is now, and where.
  * @param {Page} page
+ * @param {string} part
  */
-async function assertAccessible(page) {
+async function assertAccessible(page, part) {
   await page.evaluate(axe);
-  const violations = await page.evaluate(async () => {
-    const found = await /** @type {any} */ (window).axe.run();
+  const violations = await page.evaluate(async (selector) => {
+    const found = await /** @type {any} */ (window).axe.run(selector);
     return found.violations.map((/** @type {any} */ { id, nodes }) => ({
       id,
       nodes: nodes.map((/** @type {any} */ { html, failureSummary }) => html + failureSummary),
     }));
-  });
+  }, part);
   assert.deepEqual(violations, []);
 }
 
 /** @param {Page} page */
 const openDetails = (page) =>
   page.evaluate(() => document.querySelectorAll("details").forEach((each) => (each.open = true)));
+
+/**
+ * The rows of pixels that the heat map has on paper.
+ * @param {import("./paper.js").Sheet[]} sheets
+ */
+function mapRows(sheets) {
+  const legend = placeOf(sheets, "and more");
+  const behind = placeOf(sheets, "Doubtful frames");
+  assert.ok(legend && behind);
+  const { sheet, bottom } = legend;
+  const end = sheet === behind.sheet ? behind.top : sheet.drawn.height;
+  const rows = [];
+  for (let y = Math.ceil(bottom); y < end; ++y) {
+    const blank = countPixels(sheet, y, y + 1, (colour) => Math.min(...colour) > 250);
+    if (blank < 0.2 * sheet.drawn.width) rows.push({ sheet, y });
+  }
+  return rows;
+}
 
 /**
  * The middle brightness of the window's pixels, 0 to 255.
@@ -77,7 +96,6 @@ test("a printed page has its words, its tables, its plots and the whole heat map
     const sentence = await page.locator("#verdict-sentence").innerText();
     const [worst] = board.result.worst_tracks;
     assert.ok(worst);
-    await page.locator("#heat-scroll").evaluate((heat) => (heat.scrollTop = 1e6));
     const sheets = await printed(page, "board");
     for (const phrase of [
       sentence,
@@ -117,33 +135,70 @@ test("a printed page has its words, its tables, its plots and the whole heat map
       assert.ok(count > 100, `${heading}: ${count} pixels of its line`);
     }
 
-    // A row of the map is 4 of its pixels high, and a point is 4/3 of one.
-    const map = placeOf(sheets, "not seen");
-    const behind = placeOf(sheets, "Doubtful frames");
-    assert.ok(map && behind);
-    const first = placeOf(sheets, "Residuals of every");
-    assert.ok(first && first.sheet === map.sheet, "the map's heading stands alone");
-    const end = map.sheet === behind.sheet ? behind.top : Infinity;
-    let rows = 0;
-    for (let y = Math.ceil(map.bottom); y < Math.min(end, map.sheet.drawn.height); ++y) {
-      const blank = countPixels(map.sheet, y, y + 1, (colour) => Math.min(...colour) > 250);
-      if (blank < 0.2 * map.sheet.drawn.width) ++rows;
+    const rows = mapRows(sheets);
+    assert.equal(rows[0].sheet, placeOf(sheets, "Residuals of every")?.sheet, "a heading alone");
+    const wanted = board.result.tracks.length * 4 * 0.75; // a point is 4/3 of the page's pixels
+    assert.ok(Math.abs(rows.length - wanted) <= 2, `${rows.length} rows, not ${wanted}`);
+  });
+});
+
+/** Of more tracks than the heat map shows at once, on the screen or on paper: rows 3 pixels high. */
+const many = solvedPage(
+  driftingShot("many.csv", { names: plainNames(400), frames: 6 }),
+  "many",
+).path;
+const inMany = sharedPage(many);
+
+test("a heat map that is scrolled shows, and takes clicks for, the rows that it is scrolled to", async () => {
+  await inMany(async (page) => {
+    const heat = page.locator("#heat-scroll");
+    const name = page.locator("#track-details .track-name");
+    await heat.scrollIntoViewIfNeeded();
+    await heat.click({ position: { x: 10, y: 391 } });
+    const atTop = await name.innerText();
+    const [top, scrolled] = [pixels(await heat.screenshot()), await scrolledTo(300)];
+    for (let y = 0; y < top.height - 300; y += 7) {
+      for (let x = 5; x < top.width - 20; x += 50) {
+        assert.deepEqual(scrolled.at(x, y), top.at(x, y + 300), `at ${x}, ${y}`);
+      }
     }
-    const wanted = board.result.tracks.length * 3;
-    assert.ok(Math.abs(rows - wanted) <= 2, `${rows} rows of pixels, not ${wanted}`);
+    await heat.click({ position: { x: 10, y: 4 } });
+    assert.notEqual(await name.innerText(), atTop);
+    await heat.click({ position: { x: 10, y: 91 } });
+    assert.equal(await name.innerText(), atTop);
+    await heat.evaluate((element) => (element.scrollTop = 0));
+
+    /** @param {number} y */
+    async function scrolledTo(y) {
+      await heat.evaluate((element, to) => (element.scrollTop = to), y);
+      await page.waitForTimeout(100);
+      return pixels(await heat.screenshot());
+    }
   });
 });
 
 test("what is too long for paper is printed in part, which it says", async () => {
-  const names = plainNames(400);
-  const many = solvedPage(driftingShot("many.csv", { names, frames: 6 }), "many").path;
-  await inPage(many, async (page) => {
+  await inMany(async (page) => {
     assert.equal(await page.locator("#heat-part").isVisible(), false);
     await openDetails(page);
     const sheets = await printed(page, "many");
     const cut = sheets.filter((sheet) => placeOf([sheet], "The first 100 of 400"));
     assert.equal(cut.length, 1, "a table's end is told once");
     assert.ok(placeOf(sheets, "The first 266 of 400 tracks: largest residual first."));
+    const rows = mapRows(sheets);
+    const wanted = 266 * 3 * 0.75;
+    assert.ok(Math.abs(rows.length - wanted) <= 2, `${rows.length} rows, not ${wanted}`);
+
+    // They are the first ones, to wherever the map was scrolled.
+    await page.locator("#heat-scroll").evaluate((heat) => (heat.scrollTop = 300));
+    const scrolled = mapRows(await printed(page, "many_scrolled"));
+    assert.equal(scrolled.length, rows.length);
+    for (let i = 0; i < rows.length; i += 10) {
+      for (let x = 60; x < 500; x += 20) {
+        const colours = [rows[i], scrolled[i]].map(({ sheet, y }) => sheet.drawn.at(x, y));
+        assert.deepEqual(colours[0], colours[1], `row ${i} of pixels`);
+      }
+    }
   });
 });
 
@@ -212,14 +267,13 @@ test("nothing moves by itself, and nothing at all where less motion is asked for
 for (const colorScheme of /** @type {const} */ (["light", "dark"])) {
   test(`axe finds nothing, ${colorScheme}`, async () => {
     await (colorScheme === "light" ? inLight : inDark)(async (page) => {
-      await assertAccessible(page);
       await openDetails(page);
       await page.locator("#heat-scroll").click({ position: { x: 300, y: 30 } });
-      await assertAccessible(page);
+      await assertAccessible(page, "html");
       await page.locator("h1").click();
       await page.keyboard.press("?");
       await page.getByRole("dialog").waitFor();
-      await assertAccessible(page);
+      await assertAccessible(page, "#keys");
     });
   });
 }
