@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <cornerpin/shot.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -66,6 +67,8 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);
   try {
     return Program().run(argc, argv);
+  } catch (const shot::InputError& error) {
+    return fail(error.what(), kUnreadable);
   } catch (const InputError& error) {
     return fail(error.what(), kUnreadable);
   } catch (const std::invalid_argument& error) {
