@@ -57,6 +57,14 @@ std::optional<Format> formatOfWord(const char* option, const std::string& word) 
   throw std::invalid_argument(fmt::format("{}: \"{}\" is none of {}", option, word, words));
 }
 
+FrameRange frameRangeOf(const std::string& text) {
+  try {
+    return text.empty() ? FrameRange() : parseFrameRange(text);
+  } catch (const std::invalid_argument& error) {
+    throw std::invalid_argument(std::string("frames: ") + error.what());
+  }
+}
+
 cornerpin::Picture pictureOf(const Picture& picture) {
   const auto requirePixels = [](const char* name, const std::optional<int>& pixels) {
     if (!pixels || *pixels > 0) return;

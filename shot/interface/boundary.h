@@ -10,6 +10,7 @@
 #include "shot/files/format.h"
 #include "shot/files/input_error.h"
 #include "shot/plane/picture.h"
+#include "shot/solve/frame_range.h"
 #include "shot/solve/progress.h"
 
 /// What becomes of errors, progress and words between the host layer and its public header.
@@ -58,6 +59,9 @@ void requirePositive(const char* option, const std::optional<double>& number);
 
 /// None for an empty word; refuses one that is no format's.
 std::optional<Format> formatOfWord(const char* option, const std::string& word);
+
+/// All frames for an empty text; refuses one that is no range.
+FrameRange frameRangeOf(const std::string& text);
 
 /// Refuses what makes no sense in it.
 cornerpin::Picture pictureOf(const Picture& picture);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include "shot/interface/output.h"
+
 #include <fmt/format.h>
 
 #include <filesystem>
@@ -29,13 +31,8 @@ constexpr double kLargestScale = 1000.0;
 
 [[noreturn]] void refuse(const std::string& text) { throw std::invalid_argument(text); }
 
-void requireFile(const std::string& path) {
-  if (path.empty()) refuse("path: the name of a file is wanted");
-  if (path == "-") refuse("path: the name of a file is wanted, not - for standard output");
-}
-
 ExportKind kindOf(const std::string& word) {
-  if (word == "pin") return ExportKind::Pin;
+  if (word.empty() || word == "pin") return ExportKind::Pin;
   if (word == "stabilise") return ExportKind::Stabilise;
   if (word == "matrix") return ExportKind::Matrix;
   if (word == "tracks") return ExportKind::Tracks;
@@ -76,22 +73,28 @@ Format formatFor(const std::string& path, const std::string& word, ExportKind ki
   return *format;
 }
 
-Export exportOf(const std::string& path, const WriteOptions& options) {
-  Export what;
-  what.path = path;
-  what.kind = kindOf(options.as);
-  what.format = formatFor(path, options.to, what.kind);
-  what.style = styleOf(options, what.format);
-  return what;
+// What messages call what was read from `source`.
+std::string nameOf(const std::string& source) { return source.empty() ? "shot" : source; }
+
+// What pages and plots are called: the file of the tracks, or of the result.
+std::string titleOf(const Result::Data& data, const std::string& title) {
+  if (!title.empty()) return title;
+  const std::optional<InputFile>& input = data.result.provenance.input;
+  if (input && !input->name.empty()) return input->name;
+  if (data.source == "-") return "standard input";
+  return nameOf(std::filesystem::path(data.source).filename().string());
 }
 
-// What messages and pages call the shot.
-std::string nameOf(const std::optional<InputFile>& input) {
-  return input && !input->name.empty() ? input->name : "shot";
-}
-std::string nameOf(const ShotResult& result) { return nameOf(result.provenance.input); }
+// What pictures are looked at with, where it is known.
+struct PictureSubject {
+  int firstFrame;
+  int lastFrame;
+  const cornerpin::Picture& picture;  // of the tracks
+  const cornerpin::Tracks* tracks;    // null: not known
+};
 
-std::optional<ShotPictures> picturesOf(const PageOptions& options, const PageSubject& subject) {
+// Without a subject it is only looked where they are.
+std::optional<ShotPictures> picturesOf(const PageOptions& options, const PictureSubject* subject) {
   const std::optional<double>& scale = options.pictureScale;
   if (options.pictures.empty()) {
     if (scale) refuse("picture_scale: no pictures are given");
@@ -106,10 +109,10 @@ std::optional<ShotPictures> picturesOf(const PageOptions& options, const PageSub
   }
   try {
     const PictureFiles files(options.pictures);
-    ShotPictures pictures(files, options.pictures, subject.result.frames.front().frame,
-                          subject.result.frames.back().frame);
+    if (subject == nullptr) return std::nullopt;
+    ShotPictures pictures(files, options.pictures, subject->firstFrame, subject->lastFrame);
     if (options.link) pictures.refuseLinks();
-    pictures.fit(subject.result.provenance.picture, scale, subject.tracks);
+    pictures.fit(subject->picture, scale, subject->tracks);
     return pictures;
   } catch (const std::invalid_argument& error) {
     const std::string text = error.what();
@@ -118,7 +121,69 @@ std::optional<ShotPictures> picturesOf(const PageOptions& options, const PageSub
   }
 }
 
+bool isPng(const std::string& path) { return std::filesystem::path(path).extension() == ".png"; }
+
+void requirePlot(const std::string& path) {
+  requireFile(path);
+  if (isPng(path) || std::filesystem::path(path).extension() == ".svg") return;
+  refuse(fmt::format("path: \"{}\" ends neither in .svg nor in .png", path));
+}
+
 }  // namespace
+
+void requireFile(const std::string& path) {
+  if (path.empty()) refuse("path: the name of a file is wanted");
+}
+
+Export exportOf(const std::string& path, const WriteOptions& options) {
+  Export what;
+  what.path = path;
+  what.kind = kindOf(options.as);
+  what.format = formatFor(path, options.to, what.kind);
+  what.style = styleOf(options, what.format);
+  return what;
+}
+
+Written saidOf(const std::string& path, Format format, const cornerpin::Written& written,
+               bool readBack) {
+  const bool isRead = readBack && path != "-";
+  return {written.notes, isRead ? readBackText(path, format, written) : "", written.size};
+}
+
+void removeTemporaryFiles() noexcept { cornerpin::removeTemporaryFiles(); }
+
+void checkWritable(const std::string& path) {
+  requireFile(path);
+  OutputFile::check(path);
+}
+
+void checkWrite(const std::string& path, const WriteOptions& options, const Options& solved,
+                const Tracks* tracks) {
+  requireFile(path);
+  const Export what = exportOf(path, options);
+  const bool isPin =
+      what.kind == ExportKind::Pin && what.format != Format::Json && what.format != Format::Csv;
+  if (isPin) requireOneQuad(namedQuadsOf(solved.quads));
+  if (tracks == nullptr) return;
+  const Tracks::Data& data = tracks->data();
+  requireKnown(what, data.tracks.picture, nameOf(data.source));
+}
+
+void checkReport(const PageOptions& options, const Options& solved, const Tracks* tracks) {
+  atBoundary({}, [&](const cornerpin::Progress&) {
+    if (tracks == nullptr || options.pictures.empty()) return picturesOf(options, nullptr);
+    // Only looked at, in this call.
+    const std::shared_ptr<const Tracks::Data> all(std::shared_ptr<void>(), &tracks->data());
+    const auto part = takingPart(all, solved, false);
+    const PictureSubject shown = {part->firstFrame(), part->lastFrame(), part->picture, part.get()};
+    return picturesOf(options, &shown);
+  });
+}
+
+void checkPlot(const std::string& path) {
+  requirePlot(path);
+  if (isPng(path)) requirePngRenderer();
+}
 
 Written Tracks::write(const std::string& path, const std::string& to) const {
   return atBoundary({}, [&](const cornerpin::Progress&) {
@@ -126,9 +191,9 @@ Written Tracks::write(const std::string& path, const std::string& to) const {
     const Format format = formatFor(path, to, ExportKind::Tracks);
     OutputFile out(path);
     const cornerpin::Written written =
-        writeTracks(data_->tracks, format, nameOf(data_->input), out);
+        writeTracks(data_->tracks, format, nameOf(data_->source), out);
     out.commit();
-    return Written{written.notes, readBackText(path, format, written), written.size};
+    return saidOf(path, format, written, true);
   });
 }
 
@@ -140,12 +205,11 @@ Written Result::write(const std::string& path, const WriteOptions& options,
     if (what.kind == ExportKind::Tracks && data_->tracks == nullptr) {
       refuse("as: a result that was read from a file holds no tracks: solve them again");
     }
-    const std::string name = nameOf(data_->result);
     OutputFile out(path);
     const cornerpin::Written written =
-        writeExport(what, data_->result, data_->tracks.get(), name, out, report);
+        writeExport(what, data_->result, data_->tracks.get(), nameOf(data_->source), out, report);
     out.commit();
-    return Written{written.notes, readBackText(path, what.format, written), written.size};
+    return saidOf(path, what.format, written, options.readBack);
   });
 }
 
@@ -153,10 +217,13 @@ std::vector<std::string> Result::report(const std::string& path, const PageOptio
                                         const Progress& progress) const {
   return atBoundary(progress, [&](const cornerpin::Progress& report) {
     requireFile(path);
-    const ShotResult& result = data_->result;
-    const PageSubject subject = {result, data_->tracks.get(),
-                                 options.title.empty() ? nameOf(result) : options.title};
-    const std::optional<ShotPictures> pictures = picturesOf(options, subject);
+    const PageSubject subject = {data_->result, data_->tracks.get(),
+                                 titleOf(*data_, options.title)};
+    if (options.link && path == "-") refuse("link: pictures cannot be beside standard output");
+    const std::vector<FrameResult>& frames = data_->result.frames;
+    const PictureSubject shown = {frames.front().frame, frames.back().frame,
+                                  data_->result.provenance.picture, data_->tracks.get()};
+    const std::optional<ShotPictures> pictures = picturesOf(options, &shown);
     OutputFile out(path);
     std::vector<std::string> broken;
     if (pictures) {
@@ -171,13 +238,9 @@ std::vector<std::string> Result::report(const std::string& path, const PageOptio
 }
 
 void Result::plot(const std::string& path) const {
-  requireFile(path);
-  const std::string ending = std::filesystem::path(path).extension().string();
-  if (ending != ".svg" && ending != ".png") {
-    refuse(fmt::format("path: \"{}\" ends neither in .svg nor in .png", path));
-  }
-  const std::string svg = plotSvg(data_->result, nameOf(data_->result));
-  const std::string picture = ending == ".png" ? pngOf(svg) : svg;
+  requirePlot(path);
+  const std::string svg = plotSvg(data_->result, titleOf(*data_, ""));
+  const std::string picture = isPng(path) ? pngOf(svg) : svg;
   OutputFile out(path);
   out.write(picture);
   out.commit();

@@ -9,10 +9,12 @@
 
 #include "shot/advice/closing_words.h"
 #include "shot/files/conversion.h"
+#include "shot/files/quad_file.h"
 #include "shot/files/result_csv.h"
 #include "shot/files/result_json.h"
 #include "shot/files/result_reader.h"
 #include "shot/files/summary.h"
+#include "shot/files/track_advice.h"
 #include "shot/interface/boundary.h"
 #include "shot/plane/homography.h"
 #include "shot/report/tracks_of_result.h"
@@ -252,7 +254,21 @@ std::vector<Stretch> Result::advice() const {
   return stretches;
 }
 
-std::string Result::summary() const { return summaryTable(data_->result); }
+std::vector<std::string> Result::notes() const { return data_->notes; }
+
+FrameCounts Result::counts() const {
+  const Summary summary = summarise(data_->result);
+  return {data_->result.frames.size(), summary.solved, summary.reduced, summary.held,
+          summary.doubtful};
+}
+
+std::string Result::doubtfulFrames() const { return doubtfulFramesLine(data_->result); }
+
+std::string Result::summary(const SummaryOptions& options) const {
+  return summaryTable(data_->result, {options.verbose, options.colour, options.rows});
+}
+
+std::string Result::trackAdvice() const { return cornerpin::trackAdvice(data_->result); }
 
 std::string Result::toJson() const { return resultJson(data_->result); }
 std::string Result::toCsv() const { return resultCsv(data_->result); }
@@ -269,10 +285,21 @@ Result Result::rebase(int reference) const {
 Result Result::withTracks(const std::string& path, const Progress& progress) const {
   return atBoundary(progress, [&](const cornerpin::Progress& report) {
     const auto data = std::make_shared<Data>(*data_);
-    std::vector<std::string> notes;
+    data->notes.clear();
     data->tracks = std::make_shared<const cornerpin::Tracks>(
-        tracksOfResult(path, data_->result, report, notes));
+        tracksOfResult(path, data_->result, report, data->notes));
     return Result(data);
+  });
+}
+
+QuadFile readQuads(const std::string& path) {
+  return atBoundary({}, [&](const cornerpin::Progress&) {
+    const cornerpin::QuadFile file = cornerpin::readQuads(path);
+    QuadFile made;
+    made.frame = file.frame;
+    made.quads.reserve(file.quads.size());
+    for (const NamedQuad& quad : file.quads) made.quads.push_back(quadOf(quad));
+    return made;
   });
 }
 
@@ -280,6 +307,7 @@ Result readResult(const std::string& path, const Picture& picture) {
   return atBoundary({}, [&](const cornerpin::Progress&) {
     const auto data = std::make_shared<Result::Data>();
     data->result = cornerpin::readResult(path);
+    data->source = path;
     cornerpin::Picture& own = data->result.provenance.picture;
     cornerpin::Picture contradicted;
     if (tell(own, Format::Json, pictureOf(picture), contradicted) != 0) {

@@ -3,6 +3,7 @@
 #define SHOT_INTERFACE_RESULT_H
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "cornerpin/shot.h"
@@ -15,7 +16,9 @@ namespace cornerpin::shot {
 struct Result::Data {
   ShotResult result;
   std::shared_ptr<const cornerpin::Tracks> tracks;  ///< that take part; null: not at hand
-  bool explained = false;                           ///< whether it holds the influences
+  std::vector<std::string> notes;                   ///< on the file of the tracks
+  std::string source;      ///< the file that the tracks, or it itself, were read from
+  bool explained = false;  ///< whether it holds the influences
 };
 
 std::vector<NamedQuad> namedQuadsOf(const std::vector<Quad>& quads);

@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "cornerpin/shot.h"
 #include "shot/advice/remedy.h"
@@ -93,9 +94,7 @@ GivenOptions givenIn(const Options& options, const SolveOptions& solved) {
   GivenOptions given;
   given.base = options.base;
   given.reference = options.reference;
-  if (!options.frames.empty()) {
-    given.frames = named("frames", [&] { return parseFrameRange(options.frames); });
-  }
+  given.frames = frameRangeOf(options.frames);
   given.keep = options.keep;
   given.drop = options.drop;
   given.baseOnly = options.baseOnly;
@@ -108,25 +107,44 @@ GivenOptions givenIn(const Options& options, const SolveOptions& solved) {
 
 }  // namespace
 
-Result solve(const Tracks& tracks, const Options& options, const Progress& progress) {
+std::shared_ptr<const cornerpin::Tracks> takingPart(const std::shared_ptr<const Tracks::Data>& all,
+                                                    const Options& options, bool mayChange) {
+  const FrameRange frames = frameRangeOf(options.frames);
+  if (frames.isAll() && options.keep.empty() && options.drop.empty()) return {all, &all->tracks};
+  const auto part = std::make_shared<cornerpin::Tracks>(
+      mayChange ? std::move(const_cast<cornerpin::Tracks&>(all->tracks)) : all->tracks);
+  applySelection(*part, frames, options.keep, options.drop);
+  return part;
+}
+
+void checkSolve(const Options& options) {
+  givenIn(options, solveOptionsOf(options));
+  retouchOf(options);
+}
+
+Result solve(Tracks tracks, const Options& options, const Progress& progress) {
   return atBoundary(progress, [&](const cornerpin::Progress& report) {
     const SolveOptions own = solveOptionsOf(options);
     const RetouchOptions retouches = retouchOf(options);
     const GivenOptions given = givenIn(options, own);
-    const auto used = std::make_shared<cornerpin::Tracks>(tracks.data().tracks);
-    applySelection(*used, given.frames, given.keep, given.drop);
+    const std::shared_ptr<const Tracks::Data> all = std::move(tracks.data_);
+    // Nobody else has them who could tell a change.
+    const bool areOwn = all.use_count() == 1;
+    const std::shared_ptr<const cornerpin::Tracks> used = takingPart(all, options, areOwn);
     named("at", [&] {
       requireBetween(retouches.at, used->firstFrame(), used->lastFrame());
       return true;
     });
     const auto data = std::make_shared<Result::Data>();
     data->tracks = used;
+    data->notes = all->notes;
+    data->source = all->source;
     data->explained = options.influences;
     data->result = solveShot(*used, own, report);
     retouch(data->result, retouches, report);
     data->result.provenance.program = thisProgram();
     data->result.provenance.options = given;
-    data->result.provenance.input = tracks.data().input;
+    data->result.provenance.input = all->input;
     if (options.advice) advise(*used, own, data->result, report);
     return Result(data);
   });

@@ -17,7 +17,6 @@
 #include "shot/files/input_error.h"
 #include "shot/files/track_reader.h"
 #include "shot/interface/boundary.h"
-#include "shot/solve/frame_range.h"
 
 namespace cornerpin::shot {
 
@@ -215,14 +214,6 @@ std::string fileNameOf(const std::string& path) {
   return plain ? std::filesystem::path(path).filename().string() : std::string();
 }
 
-FrameRange framesOf(const std::string& text) {
-  try {
-    return text.empty() ? FrameRange() : parseFrameRange(text);
-  } catch (const std::invalid_argument& error) {
-    refuse(std::string("frames: ") + error.what());
-  }
-}
-
 // By frame and track.
 template <class Visit>
 void visitDense(const cornerpin::Tracks& tracks, const Visit& visit) {
@@ -302,15 +293,21 @@ Tracks readTracks(const std::string& path, const ReadOptions& options, const Pro
     const cornerpin::Picture told = pictureOf(options.picture);
     ReadTrace trace;
     trace.format = formatOfWord("from", options.from);
-    trace.digest.emplace();
+    if (options.digest) trace.digest.emplace();
     const auto data = std::make_shared<Tracks::Data>();
-    data->tracks = cornerpin::readTracks(path, report, framesOf(options.frames), &trace);
-    if (trace.isPin) throw cornerpin::InputError(path, "this is a corner pin, not tracks");
+    data->tracks = cornerpin::readTracks(path, report, frameRangeOf(options.frames), &trace);
+    if (trace.isPin) {
+      throw cornerpin::InputError(path,
+                                  "this is a corner pin, not tracks: cornerpin convert and "
+                                  "cornerpin check take it");
+    }
     const cornerpin::Picture contradicted = tell(data->tracks, *trace.format, told);
     refuseContradiction(contradicted, data->tracks.picture, path);
     data->tracks = inPixels(std::move(data->tracks), path);
     data->notes = trace.notes;
-    data->input = {fileNameOf(path), trace.digest->hex(), factsOf(*trace.format).word, trace.rows};
+    data->source = path;
+    data->input = {fileNameOf(path), trace.digest ? trace.digest->hex() : "",
+                   factsOf(*trace.format).word, trace.rows};
     return Tracks(data);
   });
 }

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/shot/interface/plain_shot.h"
 #include "tests/shot/made_shots.h"
+#include "tests/support/files.h"
 
 using namespace cornerpin;
 
@@ -103,4 +107,55 @@ TEST(SolveShot, HandsOverInTheRelayShots) {
     EXPECT_GT(result.handedOver, 0) << seed;
     EXPECT_EQ(result.whyBase.empty(), made::relayOptions(seed).base.has_value()) << seed;
   }
+}
+
+// All that a result gives, and what is made of it and written.
+std::vector<std::string> allOf(const shot::Result& result, const std::string& folder) {
+  std::vector<std::string> texts = {result.toJson(),
+                                    result.toCsv(),
+                                    result.summary(),
+                                    result.trackAdvice(),
+                                    result.closingSentence(),
+                                    result.rebase(20).toJson(),
+                                    std::to_string(result.frames().size()),
+                                    std::to_string(result.tracks().size())};
+  result.write(folder + ".json");
+  result.report(folder + ".html");
+  result.writeExplanation(folder + ".csv");
+  for (const char* ending : {".json", ".html", ".csv"}) texts.push_back(readFile(folder + ending));
+  return texts;
+}
+
+TEST(Result, IsUsedByTwoThreadsAtOnce) {
+  const TemporaryFolder folder;
+  const shot::Tracks tracks = shot::tracksFromArrays(plain::relay().given());
+  shot::Options options;
+  options.influences = true;
+  const shot::Result result = shot::solve(tracks, options);
+  const std::vector<std::string> alone = allOf(result, folder / "alone");
+  std::vector<std::string> both[2];
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < 2; ++i) {
+    threads.emplace_back(
+        [&, i] { both[i] = allOf(result, folder / ("thread" + std::to_string(i))); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_TRUE(both[0] == alone);
+  EXPECT_TRUE(both[1] == alone);
+}
+
+TEST(Tracks, AreSolvedByTwoThreadsAtOnce) {
+  const shot::Tracks tracks = shot::tracksFromArrays(plain::relay().given());
+  shot::Options options;
+  options.drop = {"t03"};
+  options.advice = false;
+  const std::string alone = shot::solve(tracks, options).toJson();
+  std::string both[2];
+  std::vector<std::thread> threads;
+  for (std::string& json : both) {
+    threads.emplace_back([&] { json = shot::solve(tracks, options).toJson(); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_TRUE(both[0] == alone);
+  EXPECT_TRUE(both[1] == alone);
 }

@@ -62,22 +62,22 @@ TEST(ExportOptions, TakeEachFormatFromTheNameOrTheWordBeforeIt) {
                                              "--as", "tracks", "-o", "c.csv", "-o", "d.nk"});
   ASSERT_EQ(all.size(), 4u);
   EXPECT_EQ(all[0].path, "a.json");
-  EXPECT_EQ(all[0].format, Format::Json);
-  EXPECT_EQ(all[1].format, Format::Points);
-  EXPECT_EQ(all[1].kind, ExportKind::Pin);
-  EXPECT_EQ(all[2].format, Format::Csv);
-  EXPECT_EQ(all[2].kind, ExportKind::Tracks);
-  EXPECT_EQ(all[3].format, Format::Nk);
-  EXPECT_EQ(all[3].kind, ExportKind::Pin);
+  EXPECT_EQ(all[0].how.to, "json");
+  EXPECT_EQ(all[1].how.to, "points");
+  EXPECT_EQ(all[1].how.as, "");
+  EXPECT_EQ(all[2].how.to, "csv");
+  EXPECT_EQ(all[2].how.as, "tracks");
+  EXPECT_EQ(all[3].how.to, "nk");
+  EXPECT_EQ(all[3].how.as, "");
 }
 
 TEST(ExportOptions, TakeAWordBehindTheLastNameForThatOne) {
-  EXPECT_EQ(exportsOf({"-o", "a", "--format", "csv"})[0].format, Format::Csv);
-  EXPECT_EQ(exportsOf({"-o", "a.nk", "--as", "stabilise"})[0].kind, ExportKind::Stabilise);
+  EXPECT_EQ(exportsOf({"-o", "a", "--format", "csv"})[0].how.to, "csv");
+  EXPECT_EQ(exportsOf({"-o", "a.nk", "--as", "stabilise"})[0].how.as, "stabilise");
   const std::vector<Export> two = exportsOf({"-o", "a.json", "-o", "b", "--to", "nk"});
-  EXPECT_EQ(two[0].format, Format::Json);
-  EXPECT_EQ(two[1].format, Format::Nk);
-  EXPECT_EQ(exportsOf({"-o", "-"})[0].format, Format::Json);
+  EXPECT_EQ(two[0].how.to, "json");
+  EXPECT_EQ(two[1].how.to, "nk");
+  EXPECT_EQ(exportsOf({"-o", "-"})[0].how.to, "json");
   EXPECT_TRUE(exportsOf({}).empty());
 }
 
@@ -94,15 +94,26 @@ TEST(ExportOptions, RefuseWhatCannotBeWritten) {
   EXPECT_THROW(exportsOf({"-o", "a", "--to", "paths"}), CLI::ValidationError);
 }
 
+TEST(Export, IsTheResultOrWhatOthersTake) {
+  for (const char* path : {"a.json", "a.csv"}) {
+    EXPECT_TRUE(exportsOf({"-o", path})[0].isResult()) << path;
+    EXPECT_TRUE(exportsOf({"-o", path, "--as", "matrix"})[0].isResult()) << path;
+    EXPECT_FALSE(exportsOf({"-o", path, "--as", "tracks"})[0].isResult()) << path;
+  }
+  EXPECT_FALSE(exportsOf({"-o", "a.nk"})[0].isResult());
+}
+
 TEST(StyleOptions, AreReadForEveryFile) {
-  const Export what = exportsOf({"-o", "a", "--to", "keyframes", "--fps", "23.976", "--par", "2",
-                                 "--nk", "both", "--keyframes", "transform"})[0];
-  EXPECT_EQ(what.style.framesPerSecond, 23.976);
-  EXPECT_EQ(what.style.pixelAspect, 2.0);
-  EXPECT_EQ(what.style.nk, PinStyle::Nk::Both);
-  EXPECT_EQ(what.style.keyframes, PinStyle::Keyframes::Transform);
-  EXPECT_EQ(exportsOf({"-o", "a.nk", "--nk", "matrix"})[0].style.nk, PinStyle::Nk::Matrix);
-  EXPECT_EQ(exportsOf({"-o", "a.nk"})[0].style.pixelAspect, 1.0);
+  const cornerpin::shot::WriteOptions how =
+      exportsOf({"-o", "a", "--to", "keyframes", "--fps", "23.976", "--par", "2", "--nk", "both",
+                 "--keyframes", "transform"})[0]
+          .how;
+  EXPECT_EQ(how.fps, 23.976);
+  EXPECT_EQ(how.par, 2.0);
+  EXPECT_EQ(how.nk, "both");
+  EXPECT_EQ(how.keyframes, "transform");
+  EXPECT_EQ(exportsOf({"-o", "a.nk", "--nk", "matrix"})[0].how.nk, "matrix");
+  EXPECT_EQ(exportsOf({"-o", "a.nk"})[0].how.par, 1.0);
   EXPECT_EQ(refusalOfExports({"-o", "a.nk", "--fps", "0"}),
             "--fps takes a number above 0, not \"0\"");
   EXPECT_EQ(refusalOfExports({"-o", "a.nk", "--par", "x"}),
@@ -110,17 +121,17 @@ TEST(StyleOptions, AreReadForEveryFile) {
 }
 
 TEST(PictureOptions, SayWhatFilesDoNot) {
-  const Picture all =
+  const cornerpin::shot::Picture all =
       Line({"--size", "1920x1080", "--y-down", "--pixel-center", "0", "--first-frame", "-5"})
           .picture.value();
   EXPECT_EQ(all.width, 1920);
   EXPECT_EQ(all.height, 1080);
-  EXPECT_EQ(all.y, YAxis::Down);
+  EXPECT_EQ(all.y, "down");
   EXPECT_EQ(all.pixelCentre, 0.0);
   EXPECT_EQ(all.firstFrame, -5);
   EXPECT_EQ(Line({"--y-up", "--pixel-center", "0.5"}).picture.value().pixelCentre, 0.5);
-  const Picture none = Line({}).picture.value();
-  EXPECT_FALSE(none.width || none.y || none.pixelCentre || none.firstFrame);
+  const cornerpin::shot::Picture none = Line({}).picture.value();
+  EXPECT_FALSE(none.width || !none.y.empty() || none.pixelCentre || none.firstFrame);
 }
 
 TEST(PictureOptions, AreRefusedOneByOne) {
@@ -139,7 +150,7 @@ TEST(PictureOptions, AreRefusedOneByOne) {
 }
 
 TEST(FromOption, NamesFormatsThatAreRead) {
-  EXPECT_EQ(Line({"--from", "rz2"}).from.value(), Format::Rz2);
-  EXPECT_EQ(Line({}).from.value(), std::nullopt);
+  EXPECT_EQ(Line({"--from", "rz2"}).from.text, "rz2");
+  EXPECT_EQ(Line({}).from.text, "");
   EXPECT_THROW(Line({"--from", "usda"}), CLI::ValidationError);
 }

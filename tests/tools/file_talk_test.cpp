@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/file_talk.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
-
-#include "tests/support/files.h"
 
 using namespace cornerpin;
 
@@ -16,16 +15,6 @@ std::string toldBy(const FileTalk& talk) {
   testing::internal::CaptureStderr();
   talk.tellNotes();
   return testing::internal::GetCapturedStderr();
-}
-
-Written oneTrack() {
-  Written written;
-  written.tracks.emplace();
-  written.tracks->names = {"a"};
-  written.tracks->observations.resize(1);
-  written.tracks->observations[0].x = 3.0;
-  written.tracks->arrange();
-  return written;
 }
 
 }  // namespace
@@ -44,25 +33,24 @@ TEST(FileTalk, TellsTheFirstTwentyNotes) {
 }
 
 TEST(FileTalk, SaysHowFilesCompareThatAreReadAgain) {
-  const TemporaryFolder folder;
-  const std::string path = folder / "a.csv";
-  writeFile(path, "track,frame,x,y\na,0,3.25,0\n");
-  Export what;
-  what.path = path;
-  what.format = Format::Csv;
   FileTalk talk;
-  Written written = oneTrack();
-  written.notes = {"no colour"};
-  talk.add(what, written);
+  talk.add("a.csv", {{"no colour"}, "read back: largest difference 0.25 px", ""});
+  talk.add("\x1b[2Jb.nk", {{}, "read back: largest difference 0 px", ""});
   EXPECT_EQ(talk.readBackRows(),
-            "written       " + path + "  read back: largest difference 0.25 px\n");
-  EXPECT_EQ(toldBy(talk), "cornerpin: note: " + path + ": no colour\n");
+            "written       a.csv  read back: largest difference 0.25 px\n"
+            "              ?[2Jb.nk  read back: largest difference 0 px\n");
+  EXPECT_EQ(toldBy(talk), "cornerpin: note: a.csv: no colour\n");
+}
+
+TEST(FileTalk, TellsASizeOnce) {
+  FileTalk talk;
+  for (int i = 0; i < 2; ++i) talk.addSize("a.csv", {{}, "", "1920x1080"});
+  talk.addSize("a.csv", {});
+  EXPECT_EQ(toldBy(talk), "cornerpin: note: a.csv: the picture is 1920x1080, as it says\n");
 }
 
 TEST(FileTalk, SaysNothingOfStandardOutput) {
   FileTalk talk;
-  Export what;
-  what.path = "-";
-  talk.add(what, oneTrack());
+  talk.add("-", {{}, "read back", ""});
   EXPECT_EQ(talk.readBackRows(), "");
 }

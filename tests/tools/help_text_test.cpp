@@ -100,8 +100,12 @@ TEST(HelpText, QuotesTheExitCodes) {
 TEST(HelpText, NamesThePhasesThatProgramsAreTold) {
   const Program program;
   const std::string solve = helpOf(program.commands().front(), true);
-  for (int phase = 0; phase <= static_cast<int>(Phase::Writing); ++phase) {
-    EXPECT_TRUE(contains(solve, nameOf(static_cast<Phase>(phase)))) << phase;
+  const std::size_t list = solve.find("The phases\nare ");
+  ASSERT_NE(list, std::string::npos);
+  for (const char* phase :
+       {"reading", "choosing the base frame", "solving", "handing over", "figures of trust",
+        "smoothing", "filling", "looking for what helps", "writing"}) {
+    EXPECT_TRUE(contains(solve.substr(list, 200), phase)) << phase;
   }
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/program.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
-#include "shot/solve/this_program.h"
 #include "tests/support/process.h"
 #include "tools/cornerpin/help_text.h"
 
@@ -40,9 +40,9 @@ TEST(Program, TellsItsVersionInTwoWays) {
   const Outcome printed = run({"-V"});
   EXPECT_EQ(printed.code, 0);
   EXPECT_EQ(printed.out, run({"--version"}).out);
-  const cornerpin::ProgramVersion program = cornerpin::thisProgram();
+  const cornerpin::shot::Version program = cornerpin::shot::version();
   const std::string commit = program.commit.empty() ? "" : "commit " + program.commit + "\n";
-  const std::string first = program.name + " " + program.version + "\n" + commit + "LAPACK ";
+  const std::string first = program.program + " " + program.version + "\n" + commit + "LAPACK ";
   EXPECT_EQ(printed.out.rfind(first, 0), 0u) << printed.out;
 }
 

@@ -1,29 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/check_command.h"
 
-#include <fmt/format.h>
+#include <cornerpin/shot.h>
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
-#include "shot/compare/track_difference.h"
-#include "shot/files/byte_source.h"
-#include "shot/files/conversion.h"
-#include "shot/files/format.h"
-#include "shot/files/json_reader.h"
-#include "shot/files/result_pin.h"
-#include "shot/files/result_reader.h"
-#include "shot/files/result_transforms.h"
-#include "shot/files/track_difference_text.h"
-#include "shot/files/track_reader.h"
-#include "shot/solve/wording.h"
 #include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
@@ -64,109 +48,24 @@ struct Arguments {
   PictureOptions picture;
 };
 
-// What of a file is compared: its tracks; of a result, the corners of one of its quads or of the
-// whole picture.
-struct Compared {
-  Tracks tracks;
-  std::string name;
-};
-
-enum class Holds { Tracks, Result, ResultCsv };
-
-// Only a plain file can be looked into and then read from its beginning.
-Holds contentOf(const std::string& path, const std::string& format) {
-  if (!format.empty() || !std::filesystem::is_regular_file(path)) return Holds::Tracks;
-  ByteSource source(path);
-  const std::string_view beginning = source.beginning();
-  if (isResultCsv(beginning)) return Holds::ResultCsv;
-  const bool isResult = formatIn(beginning) == Format::Json &&
-                        !otherThanTracks(beginning).empty() &&
-                        beginning.find("\"cornerpin\"") != std::string_view::npos;
-  return isResult ? Holds::Result : Holds::Tracks;
-}
-
-std::vector<Compared> cornersOf(const std::string& path, Holds content, const Picture& told) {
-  ShotResult result = content == Holds::ResultCsv ? readResultCsv(path) : readResult(path);
-  Picture contradicted;
-  tell(result.provenance.picture, Format::Json, told, contradicted);
-  std::vector<Compared> all;
-  for (const NamedQuad& quad : result.quads) {
-    all.push_back({tracksOf(pinOf(result, PinKind::Pin, &quad)),
-                   fmt::format("{}, quad \"{}\"", path, quad.name)});
-  }
-  const Picture& picture = result.provenance.picture;
-  if (picture.width && picture.height) {
-    all.push_back(
-        {tracksOf(pinOf(result, PinKind::Pin, nullptr)), path + ", corners of the picture"});
-  }
-  return all;
-}
-
-// What is told is taken where a file does not say it itself.
-std::vector<Compared> tracksIn(const std::string& path, const std::string& format,
-                               const Picture& told, FileTalk& talk) {
-  ReadTrace trace;
-  if (!format.empty()) trace.format = formatNamed(format);
-  std::vector<Compared> only = {{readTracks(path, {}, {}, &trace), path}};
-  tell(only[0].tracks, *trace.format, told);
-  talk.add(trace.notes);
-  return only;
-}
-
-void refuseOthersThanCorners(const Compared& tracks, const std::string& result) {
-  if (tracks.tracks.names.size() == kCornerNames.size()) return;
-  throw std::invalid_argument(
-      fmt::format("\"{}\" has {}, and \"{}\" is a result, of which the four corners of a pin are "
-                  "compared: give the file of a pin, or the tracks of another file",
-                  tracks.name, counted(tracks.tracks.names.size(), "track"), result));
-}
-
-struct Comparable {
-  TrackDifference difference;
-  DifferenceNames names;
-
-  std::size_t agreeing() const { return difference.rest.positions - difference.rest.apart; }
-  int parts() const { return difference.explanation ? difference.explanation->parts() : 0; }
-};
-
-// The pair that has most in common, with the simplest explanation.
-Comparable nearest(const std::vector<Compared>& first, const std::vector<Compared>& second) {
-  std::optional<Comparable> best;
-  for (const Compared& a : first) {
-    for (const Compared& b : second) {
-      Comparable pair = {differenceOf(a.tracks, b.tracks), {a.name, b.name}};
-      const bool isBetter = !best || pair.agreeing() > best->agreeing() ||
-                            (pair.agreeing() == best->agreeing() && pair.parts() < best->parts());
-      if (isBetter) best = std::move(pair);
-    }
-  }
-  return best.value();
-}
-
 int run(const Arguments& arguments) {
   const std::string& first = arguments.first;
   const std::string& second = arguments.second;
-  const std::optional<double> most = arguments.most.value();
-  const Picture told = arguments.picture.value();
+  shot::CompareOptions options;
+  options.most = arguments.most.value();
+  options.picture = arguments.picture.value();
+  options.fromFirst = arguments.fromFirst;
+  options.fromSecond = arguments.fromSecond;
   if (first == "-" && second == "-") {
     throw std::invalid_argument("both files want standard input: name a file for one");
   }
   requireWritable("-");
+  const shot::FileDifference difference = shot::compareFiles(first, second, options);
   FileTalk talk;
-  const auto compared = [&](const std::string& path, const std::string& format, Holds content) {
-    return content == Holds::Tracks ? tracksIn(path, format, told, talk)
-                                    : cornersOf(path, content, told);
-  };
-  const Holds inFirst = contentOf(first, arguments.fromFirst);
-  const Holds inSecond = contentOf(second, arguments.fromSecond);
-  const std::vector<Compared> all = compared(first, arguments.fromFirst, inFirst);
-  const std::vector<Compared> others = compared(second, arguments.fromSecond, inSecond);
-  if (inFirst != Holds::Tracks) refuseOthersThanCorners(others[0], first);
-  if (inSecond != Holds::Tracks) refuseOthersThanCorners(all[0], second);
-  const Comparable pair = nearest(all, others);
+  talk.add(difference.notes);
   talk.tellNotes();
-  print(differenceText(pair.difference, pair.names, most));
-  return isDifferent(pair.difference, most) ? kDegraded : kSolved;
+  print(difference.text);
+  return difference.isDifferent ? kDegraded : kSolved;
 }
 
 void addFile(CLI::App& parser, const char* name, const char* text, std::string& path) {
@@ -174,11 +73,7 @@ void addFile(CLI::App& parser, const char* name, const char* text, std::string& 
 }
 
 void addFormat(CLI::App& parser, const char* name, const char* text, std::string& word) {
-  std::vector<std::string> words;
-  for (const FormatFacts& facts : allFormats()) {
-    if (facts.readsTracks) words.emplace_back(facts.word);
-  }
-  takesOneOf(parser.add_option(name, word, text), words)->option_text("NAME");
+  takesOneOf(parser.add_option(name, word, text), formatsThatAreRead())->option_text("NAME");
 }
 
 }  // namespace

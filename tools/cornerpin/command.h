@@ -34,7 +34,7 @@ struct CommandText {
 /// A subcommand: its part of the parser, and what it does once the arguments are parsed.
 ///
 /// `run` returns the exit code; it throws `std::invalid_argument` for arguments that make no sense,
-/// `InputError` for input that is refused, and other exceptions for what went wrong.
+/// `shot::InputError` for input that is refused, and other exceptions for what went wrong.
 struct Command {
   CLI::App* parser = nullptr;
   std::function<int()> run;

@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/convert_command.h"
 
-#include <fmt/format.h>
+#include <cornerpin/shot.h>
 
 #include <CLI/CLI.hpp>
 #include <memory>
-#include <stdexcept>
 #include <string>
-#include <utility>
 
-#include "shot/files/conversion.h"
-#include "shot/files/export.h"
-#include "shot/files/file_look.h"
-#include "shot/files/result_reader.h"
-#include "shot/files/result_transforms.h"
-#include "shot/files/track_reader.h"
+#include "tools/cornerpin/as_typed.h"
 #include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
@@ -51,86 +44,22 @@ struct Arguments {
   QuietOption quiet;
 };
 
-// What the output is to be, where the input decides whether it holds tracks or a pin.
-Export outputOf(const Arguments& arguments, const char* usual) {
-  Export what =
-      exportOf(arguments.output, arguments.word, arguments.kind.empty() ? usual : arguments.kind);
-  what.style = arguments.style.value(what.format);
-  return what;
-}
-
-// What was made of a file.
-struct Made {
-  Export what;
-  Written written;
-};
-
-// What of a table is the quad's, a pin of the picture would not have.
-void refuseTable(const Export& what, const FileLook& look) {
-  if (!isOpen(what.format)) return;
-  throw std::invalid_argument(fmt::format(
-      "\"{}\": a result in CSV becomes a pin of another program, no {} file: give the JSON file of "
-      "the solve",
-      look.name, factsOf(what.format).word));
-}
-
-Made convertResult(const Arguments& arguments, const FileLook& look, FileTalk& talk,
-                   OutputFile& out) {
-  const Export what = outputOf(arguments, "pin");
-  if (what.kind == ExportKind::Tracks) {
-    throw std::invalid_argument("a result holds no tracks: give --as tracks to cornerpin solve");
-  }
-  if (look.table) refuseTable(what, look);
-  ShotResult result = look.table ? readResultCsv(look.path) : readResult(look.path);
-  Picture& picture = result.provenance.picture;
-  Picture contradicted;
-  if (tell(picture, Format::Json, arguments.picture.value(), contradicted) != 0) {
-    throw std::invalid_argument(
-        "--first-frame: the result tells the clip's first frame: leave the option out");
-  }
-  refuseContradiction(contradicted, picture, look.name);
-  if (look.table && what.kind == ExportKind::Pin) {
-    talk.add({look.name + ": the pin is that of the whole picture: a result in CSV does not tell "
-                          "of which quad one was wanted"});
-  }
-  return {what, writeExport(what, result, nullptr, look.name, out)};
-}
-
-Made convertTracks(const Arguments& arguments, const FileLook& look, FileTalk& talk,
-                   OutputFile& out) {
-  ReadTrace trace;
-  trace.format = arguments.from.value();
-  Tracks tracks = readTracks(look.path, {}, {}, &trace);
-  talk.add(trace.notes);
-  const Picture contradicted = tell(tracks, *trace.format, arguments.picture.value());
-  const bool asTracks = !trace.isPin || arguments.kind == "tracks";
-  const Export what = outputOf(arguments, asTracks ? "tracks" : "pin");
-  if (what.kind != (asTracks ? ExportKind::Tracks : ExportKind::Pin)) {
-    throw std::invalid_argument(fmt::format("--as {}: \"{}\" holds {}: leave the option out",
-                                            arguments.kind, look.name,
-                                            trace.isPin ? "a pin" : "tracks"));
-  }
-  if (isOpen(what.format)) {
-    tracks = asAskedFor(inPixels(std::move(tracks), look.name), contradicted, look.name);
-  } else {
-    refuseContradiction(contradicted, tracks.picture, look.name);
-  }
-  return {what, asTracks ? writeTracks(tracks, what.format, look.name, out)
-                         : writePin(tracks, what, look.name, out)};
-}
-
 int run(const Arguments& arguments) {
   refuseInput(arguments.input, arguments.output);
   requireWritable(arguments.output);
-  const FileLook look = lookAt(arguments.input);
-  OutputFile out(isStandardOutput(arguments.output) ? "-" : arguments.output);
+  shot::ReadOptions how;
+  how.from = arguments.from.text;
+  how.picture = arguments.picture.value();
+  const shot::WriteOptions output =
+      writeOptionsOf(arguments.output, arguments.word, arguments.kind, arguments.style);
+  const std::string path = isStandardOutput(arguments.output) ? "-" : arguments.output;
+  const shot::Converted made =
+      asTyped([&] { return shot::convert(arguments.input, path, how, output); });
   FileTalk talk;
-  const bool isResult = arguments.from.text.empty() && (look.json || look.table);
-  const Made made = isResult ? convertResult(arguments, look, talk, out)
-                             : convertTracks(arguments, look, talk, out);
-  out.commit();
-  talk.add(made.what, made.written);
-  if (arguments.picture.size.empty()) talk.addSize(look.name, made.written);
+  talk.add(made.notes);
+  talk.add(arguments.output, made.written);
+  const std::string name = arguments.input == "-" ? "standard input" : arguments.input;
+  if (arguments.picture.size.empty()) talk.addSize(name, made.written);
   if (arguments.quiet.given) return kSolved;
   if (!isStandardOutput(arguments.output)) print(talk.readBackRows());
   talk.tellNotes();

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/diff_command.h"
 
+#include <cornerpin/shot.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
-#include "shot/compare/result_difference.h"
-#include "shot/files/difference_text.h"
-#include "shot/files/result_reader.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -43,12 +42,11 @@ int run(const Arguments& arguments) {
     throw std::invalid_argument("both results want standard input: name a file for one");
   }
   if (!arguments.quiet.given) requireWritable("-");
-  const ShotResult first = readResult(arguments.first);
-  const ResultDifference difference = differenceOf(first, readResult(arguments.second));
-  if (!arguments.quiet.given) {
-    print(differenceText(difference, {arguments.first, arguments.second}, first, most));
-  }
-  return isDifferent(difference, most) ? kDegraded : kSolved;
+  const shot::Result first = shot::readResult(arguments.first);
+  const shot::Result second = shot::readResult(arguments.second);
+  const shot::ResultDifference difference = shot::compare(first, second, most);
+  if (!arguments.quiet.given) print(difference.text);
+  return difference.isDifferent ? kDegraded : kSolved;
 }
 
 void addFile(CLI::App& parser, const char* name, const char* text, std::string& path) {

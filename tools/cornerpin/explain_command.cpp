@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/explain_command.h"
 
+#include <cornerpin/shot.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
-#include "shot/files/result_reader.h"
-#include "shot/files/track_advice.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
 
@@ -23,7 +23,7 @@ constexpr CommandText kText = {
 
 int run(const std::string& path) {
   requireWritable("-");
-  print(trackAdvice(readResult(path)));
+  print(shot::readResult(path).trackAdvice());
   return kSolved;
 }
 

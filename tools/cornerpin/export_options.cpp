@@ -6,8 +6,10 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <stdexcept>
 
+#include "tools/cornerpin/as_typed.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/parse_whole.h"
@@ -19,23 +21,17 @@ namespace {
 
 const std::vector<std::string> kKinds = {"pin", "stabilise", "matrix", "tracks"};
 
-std::vector<std::string> wordsWhere(bool (*holds)(const FormatFacts&)) {
+std::vector<std::string> wordsWhere(bool (*holds)(const shot::FileFormat&)) {
   std::vector<std::string> words;
-  for (const FormatFacts& facts : allFormats()) {
-    if (holds(facts)) words.emplace_back(facts.word);
+  for (const shot::FileFormat& format : shot::fileFormats()) {
+    if (holds(format)) words.push_back(format.word);
   }
   return words;
 }
 
-ExportKind kindNamed(const std::string& word) {
-  if (word == "stabilise") return ExportKind::Stabilise;
-  if (word == "matrix") return ExportKind::Matrix;
-  return word == "tracks" ? ExportKind::Tracks : ExportKind::Pin;
-}
-
 std::vector<std::string> writtenFormats() {
   return wordsWhere(
-      [](const FormatFacts& facts) { return facts.writesTracks || facts.writesPins; });
+      [](const shot::FileFormat& format) { return format.writesTracks || format.writesPins; });
 }
 
 // What was said of a file by the time its name came.
@@ -45,13 +41,13 @@ struct Said {
   std::string kind;
 };
 
-double positive(const char* option, const std::string& text, double otherwise) {
-  if (text.empty()) return otherwise;
+std::optional<double> positive(const char* option, const std::string& text) {
+  if (text.empty()) return std::nullopt;
   const std::optional<double> value = parseWhole<double>(text);
   if (!value || !std::isfinite(*value) || !(*value > 0.0)) {
     throw std::invalid_argument(fmt::format("{} takes a number above 0, not \"{}\"", option, text));
   }
-  return *value;
+  return value;
 }
 
 }  // namespace
@@ -72,35 +68,23 @@ void StyleOptions::addTo(CLI::App& parser) {
       ->option_text("NUMBER=1");
 }
 
-PinStyle StyleOptions::value(Format format) const {
-  PinStyle style;
-  if (nk == "matrix") style.nk = PinStyle::Nk::Matrix;
-  if (nk == "both") style.nk = PinStyle::Nk::Both;
-  if (keyframes == "transform") style.keyframes = PinStyle::Keyframes::Transform;
-  style.framesPerSecond = positive("--fps", fps, style.framesPerSecond);
-  style.pixelAspect = positive("--par", pixelAspect, style.pixelAspect);
-  if (format == Format::Keyframes && fps.empty()) {
-    throw std::invalid_argument(
-        "keyframes files need to know how many frames a second has: add --fps");
-  }
-  return style;
-}
-
-Export exportOf(const std::string& path, const std::string& word, const std::string& kind) {
-  Export made;
-  made.path = path;
-  made.kind = kindNamed(kind);
-  const std::optional<Format> format = word.empty() ? formatOf(path) : formatNamed(word);
-  if (!format) refuseFolder(path);
-  if (!format && !isStandardOutput(path)) {
+shot::WriteOptions writeOptionsOf(const std::string& path, const std::string& word,
+                                  const std::string& kind, const StyleOptions& style) {
+  shot::WriteOptions how;
+  how.to = word.empty() ? shot::fileFormatOf(path) : word;
+  if (how.to.empty()) refuseFolder(path);
+  if (how.to.empty() && !isStandardOutput(path)) {
     throw std::invalid_argument(
         fmt::format("the name \"{}\" tells no format: put --to NAME before it, one of {}", path,
                     inASentence(writtenFormats())));
   }
-  made.format = format.value_or(Format::Json);
-  const std::string flaw = flawOf(made.format, made.kind);
-  if (!flaw.empty()) throw std::invalid_argument(fmt::format("\"{}\": {}", path, flaw));
-  return made;
+  if (how.to.empty()) how.to = "json";
+  how.as = kind;
+  how.nk = style.nk;
+  how.keyframes = style.keyframes;
+  how.fps = positive("--fps", style.fps);
+  how.par = positive("--par", style.pixelAspect).value_or(how.par);
+  return how;
 }
 
 void addFormatOptions(CLI::App& parser, std::string& word, std::string& kind) {
@@ -150,19 +134,21 @@ std::vector<Export> ExportOptions::value(const StyleOptions& style) const {
   std::vector<Export> exports;
   exports.reserve(said.size());
   for (const Said& one : said) {
-    exports.push_back(exportOf(one.path, one.word, one.kind));
-    exports.back().style = style.value(exports.back().format);
+    exports.push_back({one.path, writeOptionsOf(one.path, one.word, one.kind, style)});
+    asTyped([&] { shot::checkWrite(one.path, exports.back().how); });
   }
   return exports;
 }
 
-void FromOption::addTo(CLI::App& parser) {
-  takesOneOf(parser.add_option("--from", text, "Format of the input, which is found otherwise"),
-             wordsWhere([](const FormatFacts& facts) { return facts.readsTracks; }))
-      ->option_text("NAME");
+std::vector<std::string> formatsThatAreRead() {
+  return wordsWhere([](const shot::FileFormat& format) { return format.readsTracks; });
 }
 
-std::optional<Format> FromOption::value() const { return formatNamed(text); }
+void FromOption::addTo(CLI::App& parser) {
+  takesOneOf(parser.add_option("--from", text, "Format of the input, which is found otherwise"),
+             formatsThatAreRead())
+      ->option_text("NAME");
+}
 
 void PictureOptions::addTo(CLI::App& parser) {
   parser.add_option("--size", size, "How large the picture is, in pixels: 1920x1080")
@@ -182,12 +168,12 @@ void PictureOptions::addTo(CLI::App& parser) {
       ->option_text("FRAME");
 }
 
-Picture PictureOptions::value() const {
-  Picture picture;
+shot::Picture PictureOptions::value() const {
+  shot::Picture picture;
   if (up && down) {
     throw std::invalid_argument("--y-up and --y-down exclude each other: leave one out");
   }
-  if (up || down) picture.y = up ? YAxis::Up : YAxis::Down;
+  if (up || down) picture.y = up ? "up" : "down";
   if (!size.empty()) {
     const std::size_t cross = size.find('x');
     const auto width = parseWhole<int>(size.substr(0, cross));
@@ -209,7 +195,7 @@ Picture PictureOptions::value() const {
   }
   if (!firstFrame.empty()) {
     picture.firstFrame = parseWhole<int>(firstFrame);
-    if (!picture.firstFrame || std::abs(*picture.firstFrame) > kFurthestFrame) {
+    if (!picture.firstFrame || std::abs(*picture.firstFrame) > shot::kFurthestFrame) {
       throw std::invalid_argument(
           fmt::format("--first-frame takes a frame number, not \"{}\"", firstFrame));
     }

@@ -2,13 +2,10 @@
 #ifndef TOOLS_CORNERPIN_EXPORT_OPTIONS_H
 #define TOOLS_CORNERPIN_EXPORT_OPTIONS_H
 
-#include <optional>
+#include <cornerpin/shot.h>
+
 #include <string>
 #include <vector>
-
-#include "shot/files/export.h"
-#include "shot/files/format.h"
-#include "shot/plane/picture.h"
 
 namespace CLI {
 class App;
@@ -25,13 +22,21 @@ struct StyleOptions {
   std::string fps;
   std::string pixelAspect;
   void addTo(CLI::App& parser);
-  /// Refuses a format that needs what is not given.
-  PinStyle value(Format format) const;
 };
 
-/// The format and kind of a file that is written, as it is said by --to, --as and its name. Refuses
-/// what the format does not hold, and a name without a format; standard output is JSON.
-Export exportOf(const std::string& path, const std::string& word, const std::string& kind);
+/// How a file is written, as it is said by --to, --as, its name and the style. Refuses a name
+/// without a format; standard output is JSON.
+shot::WriteOptions writeOptionsOf(const std::string& path, const std::string& word,
+                                  const std::string& kind, const StyleOptions& style);
+
+/// A file that is written.
+struct Export {
+  std::string path;
+  shot::WriteOptions how;
+
+  /// Whether it holds the result as it is, not what other programs take.
+  bool isResult() const { return how.as != "tracks" && (how.to == "json" || how.to == "csv"); }
+};
 
 /// --to and --as for the one file that is written.
 void addFormatOptions(CLI::App& parser, std::string& word, std::string& kind);
@@ -43,18 +48,20 @@ struct ExportOptions {
   std::vector<std::string> words;  ///< of --to and --format
   std::vector<std::string> kinds;  ///< of --as
   void addTo(CLI::App& parser);
-  /// What each file holds (`exportOf`).
+  /// Refuses a format that does not hold what it is to hold, or lacks what it needs.
   std::vector<Export> value(const StyleOptions& style) const;
 
  private:
   const CLI::App* parser_ = nullptr;
 };
 
-/// --from: the format of the input; none where it is to be found.
+/// The words of the formats that tracks and pins are read from.
+std::vector<std::string> formatsThatAreRead();
+
+/// --from: the format of the input; empty where it is to be found.
 struct FromOption {
   std::string text;
   void addTo(CLI::App& parser);
-  std::optional<Format> value() const;
 };
 
 /// --size, --y-up, --y-down, --pixel-center and --first-frame: what files do not say.
@@ -65,7 +72,7 @@ struct PictureOptions {
   std::string pixelCentre;
   std::string firstFrame;
   void addTo(CLI::App& parser);
-  Picture value() const;
+  shot::Picture value() const;
 };
 
 }  // namespace cornerpin

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "shot/files/export.h"
+namespace cornerpin::shot {
+struct Written;
+}
 
 namespace cornerpin {
 
@@ -16,10 +18,10 @@ class FileTalk {
   void add(const std::vector<std::string>& notes);
   /// What a file that was written cannot carry, and how it compares when it is read again, unless
   /// it is standard output.
-  void add(const Export& what, const Written& written);
+  void add(const std::string& path, const shot::Written& written);
 
   /// The size of the picture that something depended on, if it is the file that tells it; once.
-  void addSize(const std::string& file, const Written& written);
+  void addSize(const std::string& file, const shot::Written& written);
 
   /// A line for each file that was read again.
   std::string readBackRows() const { return rows_; }

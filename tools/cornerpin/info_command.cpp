@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/info_command.h"
 
+#include <cornerpin/shot.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
-#include "shot/files/file_look.h"
-#include "shot/files/result_info.h"
-#include "shot/files/result_reader.h"
-#include "shot/files/track_info.h"
-#include "shot/files/track_reader.h"
-#include "shot/solve/tracks.h"
 #include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
@@ -34,20 +29,13 @@ struct Arguments {
   ColourOption colour;
 };
 
-std::string infoOn(const FileLook& look, bool coloured, FileTalk& talk) {
-  if (look.json) return resultInfo(readResult(look.path), look, coloured);
-  ReadTrace trace;
-  trace.digest.emplace();
-  // Asked for by number, frames far from all others are no mistake.
-  const Tracks tracks = readTracks(look.path, {}, {-kFurthestFrame, kFurthestFrame}, &trace);
-  talk.add(trace.notes);
-  return trackInfo(tracks, look, trace);
-}
-
 int run(const Arguments& arguments) {
   requireWritable("-");
+  const bool coloured = isColoured(arguments.colour.value(), STDOUT_FILENO);
+  const shot::FileDescription file = shot::describeFile(arguments.file, coloured);
+  print(file.text);
   FileTalk talk;
-  print(infoOn(lookAt(arguments.file), isColoured(arguments.colour.value(), STDOUT_FILENO), talk));
+  talk.add(file.notes);
   talk.tellNotes();
   return kSolved;
 }

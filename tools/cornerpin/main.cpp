@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <cornerpin/shot.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -10,9 +11,6 @@
 #include <string>
 #include <system_error>
 
-#include "shot/files/input_error.h"
-#include "shot/files/output_file.h"
-#include "shot/solve/wording.h"
 #include "tools/cornerpin/command.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/program.h"
@@ -31,7 +29,7 @@ void guardStandardStreams() {
 }
 
 extern "C" void removeAndEnd(int signal) {
-  removeTemporaryFiles();
+  shot::removeTemporaryFiles();
   ::raise(signal);  // the handler is gone by now: it ends the process
 }
 
@@ -51,7 +49,7 @@ void guardUnfinishedFiles() {
 int fail(const std::string& text, ExitCode code) {
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
-    std::cerr << "cornerpin: " << printable(line) << '\n';
+    std::cerr << "cornerpin: " << shot::printable(line) << '\n';
   }
   return code;
 }
@@ -66,7 +64,7 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);
   try {
     return Program().run(argc, argv);
-  } catch (const InputError& error) {
+  } catch (const shot::InputError& error) {
     return fail(error.what(), kUnreadable);
   } catch (const std::invalid_argument& error) {
     return fail(error.what(), kUsage);

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/output_paths.h"
 
+#include <cornerpin/shot.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
-
-#include "shot/files/output_file.h"
 
 namespace cornerpin {
 
@@ -56,7 +58,7 @@ void refuseFolder(const std::string& path) {
 void requireWritable(const std::string& path) {
   if (path.empty()) return;
   try {
-    OutputFile::check(isStandardOutput(path) ? "-" : path);
+    shot::checkWritable(isStandardOutput(path) ? "-" : path);
   } catch (const std::system_error& error) {
     if (isStandardOutput(path)) {
       throw std::runtime_error(
@@ -80,9 +82,13 @@ std::string textOf(const std::system_error& error) {
 }
 
 void print(const std::string& text) {
-  OutputFile out("-");
-  out.write(text);
-  out.commit();
+  for (std::string_view rest = text; !rest.empty();) {
+    const ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EPIPE) return;  // the reader has had enough
+    if (count < 0) throw std::system_error(errno, std::generic_category(), "standard output");
+    rest.remove_prefix(static_cast<std::size_t>(count));
+  }
 }
 
 }  // namespace cornerpin

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/program.h"
 
+#include <cornerpin/shot.h>
+
 #include <iostream>
 #include <string>
 
-#include "shot/solve/this_program.h"
 #include "tools/cornerpin/check_command.h"
 #include "tools/cornerpin/convert_command.h"
 #include "tools/cornerpin/diff_command.h"
@@ -35,8 +36,8 @@ constexpr CommandText kHelpText = {"help", "Print the help of a command", "corne
                                    ""};
 
 std::string versionText() {
-  const ProgramVersion version = thisProgram();
-  std::string text = version.name + " " + version.version + "\n";
+  const shot::Version version = shot::version();
+  std::string text = version.program + " " + version.version + "\n";
   if (!version.commit.empty()) text += "commit " + version.commit + "\n";
   return text + "LAPACK " + lapackInfo() + "\n";
 }

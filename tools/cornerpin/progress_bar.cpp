@@ -60,7 +60,15 @@ ProgressBar::~ProgressBar() {
   writer_.join();
 }
 
-void ProgressBar::update(Phase phase, std::size_t done, std::size_t total) {
+shot::Progress ProgressBar::progress() {
+  if (style_ == ProgressStyle::None) return {};
+  return [this](const char* phase, std::size_t done, std::size_t total) {
+    update(phase, done, total);
+    return true;
+  };
+}
+
+void ProgressBar::update(const char* phase, std::size_t done, std::size_t total) {
   if (!writer_.joinable()) return;
   const auto now = Clock::now();
   const std::lock_guard<std::mutex> alone(mutex_);
@@ -95,26 +103,25 @@ void ProgressBar::writeUntilStopped() {
 // On a narrow terminal the bar is shorter, and where there is no room for any, the line is: one
 // that goes over the edge could not be cleared away.
 std::string ProgressBar::barLine() const {
-  const std::string name = nameOf(phase_);
   const std::size_t most = columnsOf(STDERR_FILENO) - 1;
-  if (total_ == 0) return "\r" + name.substr(0, most) + "\033[K";
+  if (total_ == 0) return "\r" + phase_.substr(0, most) + "\033[K";
   const std::size_t done = std::min(done_, total_);
   const std::optional<double> left = secondsLeft(Clock::now());
   const std::string figures =
       fmt::format(" {} %{}", done * 100 / total_,
                   left ? fmt::format(", {} left", textOf(std::max(*left, 1.0))) : "");
-  const std::size_t others = name.size() + figures.size() + std::strlen(" []");
+  const std::size_t others = phase_.size() + figures.size() + std::strlen(" []");
   const std::size_t width = most > others ? std::min(kWidth, most - others) : 0;
-  if (width < kLeastWidth) return "\r" + (name + figures).substr(0, most) + "\033[K";
+  if (width < kLeastWidth) return "\r" + (phase_ + figures).substr(0, most) + "\033[K";
   const std::size_t filled = done * width / total_;
-  return fmt::format("\r{} [{:#<{}}{:.<{}}]{}\033[K", name, "", filled, "", width - filled,
+  return fmt::format("\r{} [{:#<{}}{:.<{}}]{}\033[K", phase_, "", filled, "", width - filled,
                      figures);
 }
 
 std::string ProgressBar::jsonLine() const {
   const std::optional<double> left = secondsLeft(Clock::now());
-  return fmt::format("{{\"phase\":\"{}\",\"done\":{},\"total\":{},\"seconds_left\":{}}}\n",
-                     nameOf(phase_), done_, total_ > 0 ? fmt::format("{}", total_) : "null",
+  return fmt::format("{{\"phase\":\"{}\",\"done\":{},\"total\":{},\"seconds_left\":{}}}\n", phase_,
+                     done_, total_ > 0 ? fmt::format("{}", total_) : "null",
                      left ? fmt::format("{:.1f}", std::max(*left, 0.0)) : "null");
 }
 

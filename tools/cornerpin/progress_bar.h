@@ -2,6 +2,8 @@
 #ifndef TOOLS_CORNERPIN_PROGRESS_BAR_H
 #define TOOLS_CORNERPIN_PROGRESS_BAR_H
 
+#include <cornerpin/shot.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -9,8 +11,6 @@
 #include <optional>
 #include <string>
 #include <thread>
-
-#include "shot/solve/progress.h"
 
 namespace cornerpin {
 
@@ -35,12 +35,10 @@ class ProgressBar {
   ~ProgressBar();
 
   /// From any thread.
-  void update(Phase phase, std::size_t done, std::size_t total);
+  void update(const char* phase, std::size_t done, std::size_t total);
 
-  /// A `Progress` that leads here.
-  Progress progress() {
-    return [this](Phase phase, std::size_t done, std::size_t total) { update(phase, done, total); };
-  }
+  /// A `Progress` that leads here; none where nothing is told.
+  shot::Progress progress();
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -54,7 +52,7 @@ class ProgressBar {
   std::mutex mutex_;
   bool begun_ = false;
   bool changed_ = false;  // since the line before
-  Phase phase_ = Phase::Reading;
+  std::string phase_;
   std::size_t done_ = 0;
   std::size_t total_ = 0;
   Clock::time_point begin_;  // of the phase, and what of it had been done by then

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/rebase_command.h"
 
+#include <cornerpin/shot.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "shot/files/output_file.h"
-#include "shot/files/result_file.h"
-#include "shot/files/result_reader.h"
-#include "shot/solve/rebase.h"
-#include "shot/solve/this_program.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
 
@@ -36,17 +33,14 @@ struct Arguments {
 
 int run(const Arguments& arguments) {
   const int reference = arguments.reference.value().value();
-  const Format format = arguments.output.format();
+  shot::WriteOptions how;
+  how.to = arguments.output.format();
+  how.readBack = false;
   const bool onStandardOutput = arguments.output.isStandardOutput();
   if (!onStandardOutput) refuseInput(arguments.result.path, arguments.output.path);
   requireWritable(arguments.output.path);
-  ShotResult result = readResult(arguments.result.path);
-  const int from = result.referenceFrame;
-  rebase(result, reference);
-  if (reference != from) result.provenance.rebased.push_back({from, reference, thisProgram()});
-  OutputFile out(onStandardOutput ? "-" : arguments.output.path);
-  writeResult(result, format, out);
-  out.commit();
+  const shot::Result result = shot::readResult(arguments.result.path).rebase(reference);
+  result.write(onStandardOutput ? "-" : arguments.output.path, how);
   return kSolved;
 }
 

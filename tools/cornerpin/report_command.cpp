@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/report_command.h"
 
+#include <cornerpin/shot.h>
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
-#include "shot/files/result_reader.h"
-#include "shot/report/tracks_of_result.h"
+#include "tools/cornerpin/as_typed.h"
 #include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
@@ -74,20 +73,16 @@ int run(Arguments& arguments) {
   arguments.plot.check();
   arguments.pictures.check(page);
   checkFiles(arguments, page);
-  const ShotResult result = readResult(arguments.result.path);
+  shot::Result result = shot::readResult(arguments.result.path);
   FileTalk talk;
-  std::optional<Tracks> tracks;
   if (!arguments.tracks.empty()) {
-    std::vector<std::string> notes;
-    tracks = tracksOfResult(arguments.tracks, result, {}, notes);
-    talk.add(notes);
+    result = result.withTracks(arguments.tracks);
+    talk.add(result.notes());
   }
-  const PageSubject subject = {result, tracks ? &*tracks : nullptr,
-                               titleOf(result, arguments.result.path)};
-  arguments.pictures.find(result.provenance.picture, result.frames.front().frame,
-                          result.frames.back().frame, subject.tracks);
-  arguments.pictures.write(subject, page, talk);
-  arguments.plot.write(subject);
+  talk.add(asTyped([&] {
+    return result.report(isStandardOutput(page) ? "-" : page, arguments.pictures.value());
+  }));
+  if (!arguments.plot.path.empty()) result.plot(arguments.plot.path);
   if (!arguments.quiet.given) talk.tellNotes();
   return kSolved;
 }

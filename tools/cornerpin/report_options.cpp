@@ -6,13 +6,10 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
-#include <vector>
 
-#include "shot/files/output_file.h"
-#include "shot/report/page.h"
-#include "shot/report/plot_png.h"
-#include "shot/report/plot_svg.h"
+#include "tools/cornerpin/as_typed.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/parse_whole.h"
@@ -38,8 +35,6 @@ std::optional<double> scaleOf(const std::string& text) {
   return scale;
 }
 
-bool isPng(const std::string& path) { return std::filesystem::path(path).extension() == ".png"; }
-
 }  // namespace
 
 void PagePictureOptions::addTo(CLI::App& parser) {
@@ -56,7 +51,7 @@ void PagePictureOptions::addTo(CLI::App& parser) {
   parser.add_flag("--link", link_, "Leave the pictures beside the page, which asks for them");
 }
 
-void PagePictureOptions::check(const std::string& page) {
+void PagePictureOptions::check(const std::string& page) const {
   if (pattern_.empty()) {
     const char* given = !scale_.empty() ? "--picture-scale" : link_ ? "--link" : nullptr;
     if (given == nullptr) return;
@@ -69,31 +64,15 @@ void PagePictureOptions::check(const std::string& page) {
     throw std::invalid_argument(
         "--link: pictures cannot be beside standard output: name a file for the page");
   }
-  scaleOf(scale_);
-  try {
-    files_.emplace(pattern_);
-  } catch (const std::invalid_argument& error) {
-    throw std::invalid_argument(std::string("--pictures: ") + error.what());
-  }
+  asTyped([&] { shot::checkReport(value()); });
 }
 
-void PagePictureOptions::find(const Picture& picture, int first, int last, const Tracks* tracks) {
-  if (!files_) return;
-  pictures_.emplace(*files_, pattern_, first, last);
-  if (link_) pictures_->refuseLinks();
-  pictures_->fit(picture, scaleOf(scale_), tracks);
-}
-
-void PagePictureOptions::write(const PageSubject& subject, const std::string& page, FileTalk& talk,
-                               const Progress& progress) const {
-  OutputFile out(isStandardOutput(page) ? "-" : page);
-  if (pictures_) {
-    const PictureUse use = {*pictures_, link_ ? page : std::string()};
-    talk.add(writePage(subject, &use, out, progress));
-  } else {
-    writePage(subject, nullptr, out);
-  }
-  out.commit();
+shot::PageOptions PagePictureOptions::value() const {
+  shot::PageOptions options;
+  options.pictures = pattern_;
+  options.pictureScale = scaleOf(scale_);
+  options.link = link_;
+  return options;
 }
 
 void PlotOption::addTo(CLI::App& parser) {
@@ -104,25 +83,12 @@ void PlotOption::addTo(CLI::App& parser) {
 
 void PlotOption::check() const {
   if (path.empty()) return;
-  if (!isPng(path) && std::filesystem::path(path).extension() != ".svg") {
+  const std::string ending = std::filesystem::path(path).extension().string();
+  if (ending != ".svg" && ending != ".png") {
     throw std::invalid_argument(
         fmt::format("--plot: \"{}\" ends neither in .svg nor in .png: name one that does", path));
   }
-  if (isPng(path)) requirePngRenderer();
-}
-
-void PlotOption::write(const PageSubject& subject) const {
-  if (path.empty()) return;
-  const std::string svg = plotSvg(subject.result, subject.title);
-  OutputFile out(path);
-  out.write(isPng(path) ? pngOf(svg) : svg);
-  out.commit();
-}
-
-std::string titleOf(const ShotResult& result, const std::string& path) {
-  const std::optional<InputFile>& input = result.provenance.input;
-  if (input && !input->name.empty()) return input->name;
-  return path == "-" ? "standard input" : std::filesystem::path(path).filename().string();
+  shot::checkPlot(path);
 }
 
 }  // namespace cornerpin

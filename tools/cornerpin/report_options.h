@@ -2,14 +2,9 @@
 #ifndef TOOLS_CORNERPIN_REPORT_OPTIONS_H
 #define TOOLS_CORNERPIN_REPORT_OPTIONS_H
 
-#include <optional>
-#include <string>
+#include <cornerpin/shot.h>
 
-#include "shot/report/picture_files.h"
-#include "shot/report/shot_pictures.h"
-#include "shot/report/shown.h"
-#include "shot/solve/progress.h"
-#include "tools/cornerpin/file_talk.h"
+#include <string>
 
 namespace CLI {
 class App;
@@ -25,23 +20,14 @@ class PagePictureOptions {
 
   /// Refuses options that go with nothing, and looks where the pictures are.
   /// \param page  the path of the page; empty: none is written
-  void check(const std::string& page);
+  void check(const std::string& page) const;
 
-  /// Finds the pictures of the frames from the first to the last, and looks whether they fit.
-  /// \param tracks  null: not known
-  void find(const Picture& picture, int first, int last, const Tracks* tracks);
-
-  /// Writes the page of a result.
-  void write(const PageSubject& subject, const std::string& page, FileTalk& talk,
-             const Progress& progress = {}) const;
+  shot::PageOptions value() const;
 
  private:
   std::string pattern_;
   std::string scale_;
   bool link_ = false;
-
-  std::optional<PictureFiles> files_;
-  std::optional<ShotPictures> pictures_;
 };
 
 /// --plot: a quick look as a picture.
@@ -50,12 +36,7 @@ struct PlotOption {
   void addTo(CLI::App& parser);
   /// Refuses a name that ends neither in .svg nor in .png, and a PNG file that nothing draws here.
   void check() const;
-  /// Where it is given.
-  void write(const PageSubject& subject) const;
 };
-
-/// What a page or a plot is called: the file of the tracks, or of the result.
-std::string titleOf(const ShotResult& result, const std::string& path);
 
 }  // namespace cornerpin
 

@@ -14,8 +14,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "shot/files/quad_file.h"
-#include "shot/solve/selection.h"
+#include "tools/cornerpin/as_typed.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/parse_whole.h"
@@ -27,11 +26,11 @@ namespace {
 // Corners have no extension and are no file.
 bool isFile(const std::string& text) {
   std::error_code ignored;
-  return formatOf(text) == Format::Json || std::filesystem::exists(text, ignored);
+  return shot::fileFormatOf(text) == "json" || std::filesystem::exists(text, ignored);
 }
 
-void addFile(const std::string& path, int frame, std::vector<NamedQuad>& quads) {
-  const QuadFile file = readQuads(path);
+void addFile(const std::string& path, int frame, std::vector<shot::Quad>& quads) {
+  const shot::QuadFile file = shot::readQuads(path);
   if (file.frame && *file.frame != frame) {
     const std::string its = std::to_string(*file.frame);
     throw std::invalid_argument("--quads: the quads of \"" + path + "\" were read on frame " + its +
@@ -59,12 +58,6 @@ void TracksArgument::addTo(CLI::App& parser) {
       ->check(refuseEmpty);
 }
 
-std::string TracksArgument::fileName() const {
-  std::error_code ignored;
-  const bool plain = path.rfind("/dev/", 0) != 0 && std::filesystem::is_regular_file(path, ignored);
-  return plain ? std::filesystem::path(path).filename().string() : std::string();
-}
-
 void ResultArgument::addTo(CLI::App& parser) {
   takesFile(parser.add_option("result", path, "JSON file of a solve; - is standard input"))
       ->required()
@@ -84,21 +77,20 @@ void OutputOptions::addTo(CLI::App& parser) {
 
 bool OutputOptions::isStandardOutput() const { return cornerpin::isStandardOutput(path); }
 
-Format OutputOptions::format() const {
+std::string OutputOptions::format() const {
   if (!formatName.empty() && path.empty()) {
     throw std::invalid_argument("--format: no file is written: add -o FILE");
   }
-  if (formatName == "json") return Format::Json;
-  if (formatName == "csv") return Format::Csv;
-  if (path.empty() || isStandardOutput()) return Format::Json;
-  const std::optional<Format> format = formatOf(path);
-  if (!format) refuseFolder(path);
-  if (format != Format::Json && format != Format::Csv) {
+  if (!formatName.empty()) return formatName;
+  if (path.empty() || isStandardOutput()) return "json";
+  const std::string format = shot::fileFormatOf(path);
+  if (format.empty()) refuseFolder(path);
+  if (format != "json" && format != "csv") {
     throw std::invalid_argument("\"" + path +
                                 "\" ends neither in .json nor in .csv: add --format json or "
                                 "--format csv");
   }
-  return *format;
+  return format;
 }
 
 void JsonOption::addTo(CLI::App& parser) {
@@ -132,7 +124,7 @@ std::optional<int> ReferenceOption::value() const {
   return frame;
 }
 
-Quad parseQuad(const std::string& text) {
+std::array<double, 8> parseQuad(const std::string& text) {
   std::array<double, 8> numbers{};
   const char* at = text.data();
   const char* end = at + text.size();
@@ -147,9 +139,7 @@ Quad parseQuad(const std::string& text) {
   }
   if (at != end)
     throw std::invalid_argument("a quad has eight numbers, not more: \"" + text + "\"");
-  Quad quad;
-  for (std::size_t i = 0; i < quad.size(); ++i) quad[i] = {numbers[2 * i], numbers[2 * i + 1]};
-  return quad;
+  return numbers;
 }
 
 void QuadOptions::addTo(CLI::App& parser) {
@@ -168,13 +158,13 @@ const char* QuadOptions::given() const {
   return quads.empty() ? nullptr : "--quads";
 }
 
-std::vector<NamedQuad> QuadOptions::value(std::optional<int> frame) const {
+std::vector<shot::Quad> QuadOptions::value(std::optional<int> frame) const {
   if (given() == nullptr) return {};
   if (!frame) {
     throw std::invalid_argument(std::string(given()) +
                                 ": on which frame were the corners read? Add --reference FRAME");
   }
-  std::vector<NamedQuad> all;
+  std::vector<shot::Quad> all;
   int unnamed = 0;
   const auto add = [&](const std::string& text) {
     const std::size_t equals = text.rfind('=');
@@ -191,7 +181,10 @@ std::vector<NamedQuad> QuadOptions::value(std::optional<int> frame) const {
   } else if (!quads.empty()) {
     add(quads);
   }
-  if (const std::string flaw = flawOf(all); !flaw.empty()) throw std::invalid_argument(flaw);
+  shot::Options options;
+  options.reference = frame;
+  options.quads = all;
+  asTyped([&] { shot::checkSolve(options); });
   return all;
 }
 
@@ -201,13 +194,11 @@ void FramesOption::addTo(CLI::App& parser) {
       ->option_text("FRAMES");
 }
 
-FrameRange FramesOption::value() const {
-  if (text.empty()) return {};
-  try {
-    return parseFrameRange(text);
-  } catch (const std::invalid_argument& error) {
-    throw std::invalid_argument(std::string("--frames: ") + error.what());
-  }
+std::string FramesOption::value() const {
+  shot::Options options;
+  options.frames = text;
+  asTyped([&] { shot::checkSolve(options); });
+  return text;
 }
 
 void SelectionOptions::addTo(CLI::App& parser) {
@@ -221,10 +212,6 @@ void SelectionOptions::addTo(CLI::App& parser) {
       ->option_text("TRACKS");
 }
 
-void SelectionOptions::apply(Tracks& tracks, const FrameRange& frames) const {
-  applySelection(tracks, frames, keep, drop);
-}
-
 void UnitsOption::addTo(CLI::App& parser) {
   takesOneOf(
       parser.add_option("--units", text, "fit scales the tracks for the solver, raw does not"),
@@ -232,19 +219,11 @@ void UnitsOption::addTo(CLI::App& parser) {
       ->option_text("NAME=fit");
 }
 
-Units UnitsOption::value() const { return text == "raw" ? Units::Raw : Units::Fit; }
-
 void LossOption::addTo(CLI::App& parser) {
   takesOneOf(parser.add_option("--loss", text,
                                "tukey ignores far-off tracks, cauchy and huber weaken them"),
              {"tukey", "cauchy", "huber", "none"})
       ->option_text("NAME=tukey");
-}
-
-Loss LossOption::value() const {
-  if (text == "none") return Loss::None;
-  if (text == "huber") return Loss::Huber;
-  return text == "cauchy" ? Loss::Cauchy : Loss::Tukey;
 }
 
 void BaseOnlyOption::addTo(CLI::App& parser) {

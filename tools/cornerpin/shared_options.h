@@ -2,17 +2,14 @@
 #ifndef TOOLS_CORNERPIN_SHARED_OPTIONS_H
 #define TOOLS_CORNERPIN_SHARED_OPTIONS_H
 
+#include <cornerpin/shot.h>
+
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "shot/files/result_file.h"
-#include "shot/plane/points.h"
-#include "shot/solve/frame_range.h"
-#include "shot/solve/named_quad.h"
-#include "shot/solve/shot_solver.h"
-#include "shot/solve/tracks.h"
 #include "tools/cornerpin/colour.h"
 #include "tools/cornerpin/progress_bar.h"
 
@@ -30,9 +27,6 @@ namespace cornerpin {
 struct TracksArgument {
   std::string path;
   void addTo(CLI::App& parser);
-  /// The file's name without its folder; empty for what is no plain file, which has none of its
-  /// own.
-  std::string fileName() const;
 };
 
 /// The file with a result; "-" is standard input.
@@ -48,7 +42,7 @@ struct OutputOptions {
   void addTo(CLI::App& parser);
   bool isStandardOutput() const;
   /// As named, else by the path's extension; JSON without a file and on standard output.
-  Format format() const;
+  std::string format() const;
 };
 
 /// --json: the result as JSON on standard output.
@@ -72,7 +66,7 @@ struct ReferenceOption {
 };
 
 /// Reads "x0,y0,x1,y1,x2,y2,x3,y3".
-Quad parseQuad(const std::string& text);
+std::array<double, 8> parseQuad(const std::string& text);
 
 /// --quad and --quads: corners by name.
 struct QuadOptions {
@@ -83,14 +77,14 @@ struct QuadOptions {
   const char* given() const;
   /// Reads the file too. \param frame  on which they were read; without one there are no quads, and
   /// a file that names another is refused
-  std::vector<NamedQuad> value(std::optional<int> frame) const;
+  std::vector<shot::Quad> value(std::optional<int> frame) const;
 };
 
 /// --frames: the range of the shot that is solved; all when it is not given.
 struct FramesOption {
   std::string text;
   void addTo(CLI::App& parser);
-  FrameRange value() const;
+  std::string value() const;
 };
 
 /// --drop and --keep: which tracks count, and where.
@@ -98,23 +92,18 @@ struct SelectionOptions {
   std::vector<std::string> drop;
   std::vector<std::string> keep;
   void addTo(CLI::App& parser);
-  /// Leaves the frames of the range (`takeFrames`) and in them what is selected (`select`). A list
-  /// may name any frames of the whole shot.
-  void apply(Tracks& tracks, const FrameRange& frames) const;
 };
 
 /// --units: the coordinates that the solver works in.
 struct UnitsOption {
   std::string text = "fit";
   void addTo(CLI::App& parser);
-  Units value() const;
 };
 
 /// --loss: how far-off tracks count.
 struct LossOption {
   std::string text = "tukey";
   void addTo(CLI::App& parser);
-  Loss value() const;
 };
 
 /// --base-only: tracks that the base frame lacks take no part.

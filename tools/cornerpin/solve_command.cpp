@@ -1,32 +1,19 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/solve_command.h"
 
+#include <cornerpin/shot.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "shot/advice/remedy.h"
-#include "shot/files/conversion.h"
-#include "shot/files/explanation_csv.h"
-#include "shot/files/export.h"
-#include "shot/files/input_error.h"
-#include "shot/files/output_file.h"
-#include "shot/files/result_file.h"
-#include "shot/files/sha256.h"
-#include "shot/files/summary.h"
-#include "shot/files/track_reader.h"
-#include "shot/solve/shot_solver.h"
-#include "shot/solve/this_program.h"
-#include "shot/time/between.h"
-#include "shot/time/retouch.h"
+#include "tools/cornerpin/as_typed.h"
 #include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
@@ -153,49 +140,34 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.progress.addTo(parser);
 }
 
-SolveOptions optionsOf(const Arguments& arguments) {
-  SolveOptions options;
+shot::Options optionsOf(const Arguments& arguments) {
+  shot::Options options;
   options.base = arguments.base.value();
-  options.units = arguments.units.value();
-  options.loss = arguments.loss.value();
-  options.reduce = !arguments.hold.given;
-  options.handOver = !arguments.baseOnly.given;
-  options.seed = arguments.seed.value();
-  options.threads = arguments.threads.value();
   options.reference = arguments.reference.value();
-  options.quads =
-      arguments.quads.value(options.reference ? options.reference : arguments.base.value());
+  options.frames = arguments.frames.value();
+  options.keep = arguments.selection.keep;
+  options.drop = arguments.selection.drop;
+  options.baseOnly = arguments.baseOnly.given;
+  options.hold = arguments.hold.given;
+  options.units = arguments.units.text;
+  options.loss = arguments.loss.text;
+  options.seed = arguments.seed.value();
   options.maxError = arguments.maxError.value();
+  options.smooth = arguments.smooth.value();
+  options.fill = arguments.fill.given;
+  options.at = arguments.at.value();
+  options.quads = arguments.quads.value(options.reference ? options.reference : options.base);
+  options.threads = arguments.threads.value();
   options.influences = !arguments.explanation.empty();
   return options;
 }
 
-RetouchOptions retouchOf(const Arguments& arguments) {
-  return {arguments.smooth.value(), arguments.fill.given, arguments.at.value()};
-}
-
-// What the times are refused for is known before anything is solved.
-void checkTimes(const std::vector<double>& at, const Tracks& tracks) {
-  try {
-    requireBetween(at, tracks.firstFrame(), tracks.lastFrame());
-  } catch (const std::invalid_argument& error) {
-    throw std::invalid_argument(std::string("--at: ") + error.what());
-  }
-}
-
 // What is to be done with the tracks, and what is to be written.
 struct Plan {
-  SolveOptions options;
-  RetouchOptions retouches;
-  GivenOptions given;
-  Picture told;
+  shot::Options options;
+  shot::Picture told;
   std::vector<Export> exports;
 };
-
-bool writesResult(const Export& what) {
-  return what.kind != ExportKind::Tracks &&
-         (what.format == Format::Json || what.format == Format::Csv);
-}
 
 // Refuses options for what the table does not show where nothing else is written.
 void checkShown(const Arguments& arguments) {
@@ -264,35 +236,16 @@ void checkOutputs(const Arguments& arguments, const Plan& plan) {
   for (const Export& what : plan.exports) requireWritable(what.path);
 }
 
-GivenOptions givenIn(const Arguments& arguments, const SolveOptions& options,
-                     const RetouchOptions& retouches) {
-  GivenOptions given;
-  given.base = options.base;
-  given.reference = options.reference;
-  given.frames = arguments.frames.value();
-  given.keep = arguments.selection.keep;
-  given.drop = arguments.selection.drop;
-  given.baseOnly = arguments.baseOnly.given;
-  given.hold = arguments.hold.given;
-  given.maxError = options.maxError;
-  given.at = retouches.at;
-  given.quads = options.quads;
-  return given;
-}
-
 // Whether anything is written that tells all of the result, and the digest of the tracks.
 bool writesJson(const Arguments& arguments, const Plan& plan) {
   return arguments.json.given || !arguments.page.empty() ||
-         std::any_of(plan.exports.begin(), plan.exports.end(), [](const Export& what) {
-           return writesResult(what) && what.format == Format::Json;
-         });
+         std::any_of(plan.exports.begin(), plan.exports.end(),
+                     [](const Export& what) { return what.isResult() && what.how.to == "json"; });
 }
 
 // A pin is put on one quad.
 void checkPinnedQuad(const Plan& plan) {
-  for (const Export& what : plan.exports) {
-    if (!writesResult(what) && what.kind == ExportKind::Pin) requireOneQuad(plan.options.quads);
-  }
+  for (const Export& what : plan.exports) shot::checkWrite(what.path, what.how, plan.options);
 }
 
 bool tellsAdvice(const Arguments& arguments, const Plan& plan) {
@@ -302,102 +255,76 @@ bool tellsAdvice(const Arguments& arguments, const Plan& plan) {
 Plan planOf(const Arguments& arguments) {
   Plan plan;
   plan.options = optionsOf(arguments);
-  plan.retouches = retouchOf(arguments);
-  plan.given = givenIn(arguments, plan.options, plan.retouches);
   plan.told = arguments.picture.value();
   plan.exports = arguments.output.value(arguments.style);
+  plan.options.advice = tellsAdvice(arguments, plan);
   return plan;
 }
 
-// Reads the tracks that take part, and notes what they were read from and is to be said of them.
-Tracks read(const Arguments& arguments, const Plan& plan, InputFile& input, FileTalk& talk,
-            const Progress& progress) {
-  ReadTrace trace;
-  trace.format = arguments.from.value();
-  if (writesJson(arguments, plan)) trace.digest.emplace();
-  const std::string& path = arguments.input.path;
-  Tracks tracks = readTracks(path, progress, plan.given.frames, &trace);
-  if (trace.isPin) {
-    throw InputError(path,
-                     "this is a corner pin, not tracks: cornerpin convert and cornerpin "
-                     "check take it");
+// What could fail behind the solve alone is refused before it.
+shot::Result solve(const Arguments& arguments, const Plan& plan, FileTalk& talk,
+                   const shot::Progress& progress) {
+  shot::ReadOptions how;
+  how.from = arguments.from.text;
+  how.frames = plan.options.frames;
+  how.picture = plan.told;
+  how.digest = writesJson(arguments, plan);
+  shot::Tracks tracks = shot::readTracks(arguments.input.path, how, progress);
+  for (const Export& what : plan.exports) {
+    shot::checkWrite(what.path, what.how, plan.options, &tracks);
   }
-  const Picture contradicted = tell(tracks, *trace.format, plan.told);
-  refuseContradiction(contradicted, tracks.picture, path);
-  tracks = inPixels(std::move(tracks), path);
-  for (const Export& what : plan.exports) requireKnown(what, tracks.picture, path);
-  input.name = arguments.input.fileName();
-  input.sha256 = trace.digest ? trace.digest->hex() : "";
-  input.format = factsOf(*trace.format).word;
-  input.rows = trace.rows;
-  talk.add(trace.notes);
-  arguments.selection.apply(tracks, plan.given.frames);
-  return tracks;
+  talk.add(tracks.notes());
+  return asTyped([&] {
+    shot::checkReport(arguments.pictures.value(), plan.options, &tracks);
+    return shot::solve(std::move(tracks), plan.options, progress);
+  });
 }
 
-ShotResult solve(Arguments& arguments, const Plan& plan, Tracks& tracks, FileTalk& talk,
-                 const Progress& progress) {
-  InputFile input;
-  tracks = read(arguments, plan, input, talk, progress);
-  checkTimes(plan.retouches.at, tracks);
-  arguments.pictures.find(tracks.picture, tracks.firstFrame(), tracks.lastFrame(), &tracks);
-  ShotResult result = solveShot(tracks, plan.options, progress);
-  retouch(result, plan.retouches, progress);
-  result.provenance.program = thisProgram();
-  result.provenance.options = plan.given;
-  result.provenance.input = input;
-  return result;
-}
-
-void write(const Export& what, const Arguments& arguments, const Tracks& tracks,
-           const ShotResult& result, FileTalk& talk, const Progress& progress) {
-  OutputFile out(isStandardOutput(what.path) ? "-" : what.path);
-  const Written written = writeExport(what, result, &tracks, arguments.input.path, out, progress);
-  out.commit();
-  talk.add(what, written);
+void write(const Export& what, const Arguments& arguments, const shot::Result& result,
+           FileTalk& talk, const shot::Progress& progress) {
+  const std::string path = isStandardOutput(what.path) ? "-" : what.path;
+  const shot::Written written = result.write(path, what.how, progress);
+  talk.add(what.path, written);
   if (arguments.picture.size.empty()) talk.addSize(arguments.input.path, written);
 }
 
-void writeFiles(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
-                const ShotResult& result, FileTalk& talk, const Progress& progress) {
-  if (!arguments.explanation.empty()) {
-    OutputFile out(arguments.explanation);
-    writeExplanationCsv(result, tracks, out, progress);
-    out.commit();
-  }
+void writeFiles(const Arguments& arguments, const Plan& plan, const shot::Result& result,
+                FileTalk& talk, const shot::Progress& progress) {
+  if (!arguments.explanation.empty()) result.writeExplanation(arguments.explanation, progress);
   for (const Export& what : plan.exports) {
-    if (!isStandardOutput(what.path)) write(what, arguments, tracks, result, talk, progress);
+    if (!isStandardOutput(what.path)) write(what, arguments, result, talk, progress);
   }
-  const PageSubject subject = {result, &tracks, titleOf(result, arguments.input.path)};
-  if (!arguments.page.empty()) arguments.pictures.write(subject, arguments.page, talk, progress);
-  arguments.plot.write(subject);
+  if (!arguments.page.empty()) {
+    talk.add(result.report(arguments.page, arguments.pictures.value(), progress));
+  }
+  if (!arguments.plot.path.empty()) result.plot(arguments.plot.path);
 }
 
-void printResult(const Arguments& arguments, const Plan& plan, const Tracks& tracks,
-                 const ShotResult& result, FileTalk& talk) {
+void printResult(const Arguments& arguments, const Plan& plan, const shot::Result& result,
+                 FileTalk& talk) {
   if (printsTable(arguments, plan)) {
     const bool coloured = isColoured(arguments.colour.value(), STDOUT_FILENO);
-    print(summaryTable(result, {arguments.talk.verbose, coloured, talk.readBackRows()}));
+    print(result.summary({arguments.talk.verbose, coloured, talk.readBackRows()}));
   } else if (arguments.json.given) {
-    OutputFile out("-");
-    writeResult(result, Format::Json, out);
-    out.commit();
+    shot::WriteOptions how;
+    how.to = "json";
+    result.write("-", how);
   } else if (const Export* what = onStandardOutput(plan)) {
-    write(*what, arguments, tracks, result, talk, {});
+    write(*what, arguments, result, talk, {});
   }
 }
 
 // Warns of doubtful frames on standard error, unless a person has the table before them or only
 // errors are to be told.
-int exitCode(const Arguments& arguments, const Plan& plan, const ShotResult& result) {
-  const Summary summary = summarise(result);
+int exitCode(const Arguments& arguments, const Plan& plan, const shot::Result& result) {
+  const shot::FrameCounts counts = result.counts();
   const bool isSeen = printsTable(arguments, plan) && ::isatty(STDOUT_FILENO) != 0;
-  if (summary.doubtful > 0 && !arguments.talk.quiet.given && !isSeen) {
+  if (counts.doubtful > 0 && !arguments.talk.quiet.given && !isSeen) {
     const Mark mark = doubtfulMark(arguments.colour.value(), STDERR_FILENO);
-    std::cerr << "cornerpin: " << mark("warning:") << ' ' << doubtfulFramesLine(result) << '\n';
+    std::cerr << "cornerpin: " << mark("warning:") << ' ' << result.doubtfulFrames() << '\n';
   }
   const bool strict = arguments.strict.given || arguments.maxError.value().has_value();
-  const bool degraded = summary.held + summary.reduced > 0 || (strict && summary.doubtful > 0);
+  const bool degraded = counts.held + counts.reduced > 0 || (strict && counts.doubtful > 0);
   return degraded ? kDegraded : kSolved;
 }
 
@@ -411,16 +338,14 @@ int run(Arguments& arguments) {
   const ProgressStyle style = arguments.progress.value(arguments.talk.quiet.given);
   checkOutputs(arguments, plan);
 
-  Tracks tracks;
   FileTalk talk;
-  const ShotResult result = [&] {
+  const shot::Result result = [&] {
     ProgressBar bar(style);  // gone before anything is printed
-    ShotResult solved = solve(arguments, plan, tracks, talk, bar.progress());
-    if (tellsAdvice(arguments, plan)) advise(tracks, plan.options, solved, bar.progress());
-    writeFiles(arguments, plan, tracks, solved, talk, bar.progress());
+    shot::Result solved = solve(arguments, plan, talk, bar.progress());
+    writeFiles(arguments, plan, solved, talk, bar.progress());
     return solved;
   }();
-  printResult(arguments, plan, tracks, result, talk);
+  printResult(arguments, plan, result, talk);
   if (!arguments.talk.quiet.given) talk.tellNotes();
   const int code = exitCode(arguments, plan, result);
   if (style == ProgressStyle::Json) writeFinished(code);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/suggestion.h"
 
+#include <cornerpin/shot.h>
+
 #include <algorithm>
 #include <cstddef>
-
-#include "shot/solve/nearest_names.h"
 
 namespace cornerpin {
 
@@ -29,7 +29,7 @@ std::string suggestionFor(const std::string& word, const std::vector<std::string
   for (const std::string& candidate : known) {
     const std::string meant = bare(candidate);
     const bool begun = typed.size() >= kTelling && meant.compare(0, typed.size(), typed) == 0;
-    const std::size_t errors = begun && meant != typed ? 1 : slipsBetween(typed, meant);
+    const std::size_t errors = begun && meant != typed ? 1 : shot::slipsBetween(typed, meant);
     if (errors < fewest) {
       fewest = errors;
       nearest = candidate;

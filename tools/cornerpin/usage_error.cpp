@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tools/cornerpin/usage_error.h"
 
+#include <cornerpin/shot.h>
 #include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
 
-#include "shot/solve/wording.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/suggestion.h"
 
@@ -25,7 +26,7 @@ std::string nameIn(const std::string& word) { return word.substr(0, word.find('=
 // A command line that starts with a command and has these words behind it.
 std::string lineOf(const std::string& command, const Words& words) {
   std::string line = "cornerpin " + command;
-  for (const std::string& word : words) line += " " + shellWord(word);
+  for (const std::string& word : words) line += " " + shot::shellWord(word);
   return line;
 }
 
@@ -98,13 +99,13 @@ std::string unknownOption(const std::string& word, const UsedParser& parser) {
 std::string unknownCommand(const std::string& word, const UsedParser& parser) {
   if (isFile(word)) {
     const char* const command = endsIn(word, ".json") ? "info" : "solve";
-    return fmt::format("{} is a file, not a command: type {}", shellWord(word),
+    return fmt::format("{} is a file, not a command: type {}", shot::shellWord(word),
                        lineOf(command, parser.words));
   }
   Words known;
   for (const Command& command : parser.commands) known.emplace_back(command.text->name);
   for (const std::string& name : optionNamesOf(parser.program)) known.push_back(name);
-  return fmt::format("{} is no command{}", shellWord(word),
+  return fmt::format("{} is no command{}", shot::shellWord(word),
                      ending(suggestionFor(word, known), nullptr));
 }
 
@@ -141,7 +142,7 @@ std::string unusedWord(const UsedParser& parser) {
   if (option != unused.end()) return unknownOption(*option, parser);
   if (unused.empty()) return "";
   if (parser.command == nullptr) return unknownCommand(unused.front(), parser);
-  return fmt::format("{} is one word too many for {}; {}", shellWord(unused.front()),
+  return fmt::format("{} is one word too many for {}; {}", shot::shellWord(unused.front()),
                      parser.command->text->name, seeHelp(parser.command));
 }
 

@@ -3,11 +3,13 @@
 // write_manual FOLDER: writes the manual page and the shells' completions, from the options that
 // the program is made of.
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <string>
+#include <system_error>
 
-#include "shot/files/output_file.h"
 #include "tools/cornerpin/completions.h"
 #include "tools/cornerpin/man_page.h"
 #include "tools/cornerpin/program.h"
@@ -17,9 +19,8 @@ namespace {
 using namespace cornerpin;
 
 void write(const std::string& path, const std::string& text) {
-  OutputFile out(path);
-  out.write(text);
-  out.commit();
+  std::ofstream out(path, std::ios::binary);
+  if (!(out << text).flush()) throw std::system_error(errno, std::generic_category(), path);
 }
 
 }  // namespace

@@ -23,8 +23,8 @@
 /// Lengths and places are in the pixels of the tracks, frames are counted as they count them. A
 /// number that is not known is NaN.
 ///
-/// Nothing is printed. Different tracks and results may be used in different threads at the same
-/// time, and so may copies of the same.
+/// Nothing is printed unless it is written to "-", standard output. Different tracks and results
+/// may be used in different threads at the same time, and so may copies of the same.
 ///
 /// Every function throws `std::bad_alloc` where memory is out, and besides what it says itself:
 /// - `InputError` for a file that cannot be read or is refused,
@@ -91,6 +91,46 @@ class CORNERPIN_SHOT_API Cancelled : public std::exception {
 /// allows, one at a time.
 using Progress = std::function<bool(const char* phase, std::size_t done, std::size_t total)>;
 
+/// What made a result, and what is running.
+struct Version {
+  std::string program;  ///< "cornerpin"
+  std::string version;  ///< "0.1.0"
+  std::string commit;  ///< of its source, with "-modified" where that was changed; empty: not known
+};
+
+/// Of this library.
+CORNERPIN_SHOT_API Version version();
+
+/// A format of files. `docs/formats.md` describes them.
+struct FileFormat {
+  std::string word;           ///< for `ReadOptions::from` and `WriteOptions::to`
+  std::string what;           ///< for people: "a node script"
+  std::string extension;      ///< of the files' names: ".nk"; empty: they have no one of their own
+  bool readsTracks = false;   ///< or pins
+  bool writesTracks = false;  ///< `Tracks::write`
+  bool writesPins = false;    ///< `Result::write`
+};
+
+/// All formats.
+CORNERPIN_SHOT_API std::vector<FileFormat> fileFormats();
+
+/// The word of the format whose files end like the path, in any case; empty where it tells none.
+CORNERPIN_SHOT_API std::string fileFormatOf(const std::string& path);
+
+/// A text from a file, such as a name in an error, as a terminal may be given it: on one line, with
+/// ? in the place of each control character.
+CORNERPIN_SHOT_API std::string printable(const std::string& text);
+
+/// A word as a shell reads it back, as in `Result::trackAdvice`: in quotes where it needs them.
+CORNERPIN_SHOT_API std::string shellWord(const std::string& word);
+
+/// How many slips lead from one word to the other: a byte too many, one missing, another one, or
+/// two neighbours swapped. Names that nothing has are refused with those that are few slips away.
+CORNERPIN_SHOT_API std::size_t slipsBetween(const std::string& a, const std::string& b);
+
+/// Frames lie between this and its negative.
+constexpr int kFurthestFrame = 1'000'000'000;
+
 /// What is known of the picture and the clip that tracks are from; what is not known is not there.
 /// x always grows to the right. A solve needs none of it, files in other formats do.
 struct Picture {
@@ -108,6 +148,7 @@ struct ReadOptions {
   std::string frames;  ///< where a frame is far from all others, only these are read, as
                        ///< `Options::frames` has them; empty: such a frame is refused
   Picture picture;     ///< what the file does not say itself
+  bool digest = true;  ///< take the SHA-256 of the file, which results in JSON tell
 };
 
 /// An array of numbers that somebody else owns, which is only looked at during a call. No copy is
@@ -166,9 +207,13 @@ struct Observation {
 /// What is to be said of a file that was written.
 struct Written {
   std::vector<std::string> notes;  ///< what the format cannot carry
-  std::string readBack;            ///< how it compares: "read back: largest difference 0 px"
-  std::string size;  ///< of the picture, such as 1920x1080, where something depended on it
+  std::string readBack;  ///< how it compares: "read back: largest difference 0 px"; empty where
+                         ///< nothing was read again, as of standard output
+  std::string size;      ///< of the picture, such as 1920x1080, where something depended on it
 };
+
+class Result;
+struct Options;
 
 /// The tracks of a shot. Copies share them; nothing changes them.
 class CORNERPIN_SHOT_API Tracks {
@@ -200,7 +245,7 @@ class CORNERPIN_SHOT_API Tracks {
   std::vector<double> weights() const;
 
   /// Writes them to a file, in the coordinates and frames of its format, and reads it again to
-  /// compare.
+  /// compare; "-" is standard output.
   ///
   /// \param to  the format, as --to names it; empty: by the path's ending
   ///
@@ -212,6 +257,9 @@ class CORNERPIN_SHOT_API Tracks {
   const Data& data() const { return *data_; }
 
  private:
+  friend CORNERPIN_SHOT_API Result solve(Tracks tracks, const Options& options,
+                                         const Progress& progress);
+
   std::shared_ptr<const Data> data_;
 };
 
@@ -229,7 +277,7 @@ CORNERPIN_SHOT_API Tracks readTracks(const std::string& path, const ReadOptions&
 /// Throws `std::invalid_argument` for a wrong shape, no frame or track, a name that is empty, has a
 /// zero byte in it or is there twice, NaN in one coordinate alone, a position or weight beyond
 /// single precision, a negative weight or NaN, where no track is seen anywhere, and for more than
-/// 2,000,000 frames or one beyond 1,000,000,000.
+/// 2,000,000 frames or one beyond `kFurthestFrame`.
 CORNERPIN_SHOT_API Tracks tracksFromArrays(const TrackArrays& arrays);
 
 /// Takes tracks from their observations, in any order.
@@ -358,14 +406,31 @@ struct WorstTrack {
   bool standsOut = false;  ///< noise does not explain it, and it matters
 };
 
+/// How many frames there are of each kind: the base frame, solved, reduced and held ones.
+struct FrameCounts {
+  std::size_t frames = 0;    ///< all
+  std::size_t solved = 0;    ///< with a full transform of their own, but the base frame
+  std::size_t reduced = 0;   ///< with a simpler one
+  std::size_t held = 0;      ///< with their neighbour's
+  std::size_t doubtful = 0;  ///< with a doubt, of all these
+};
+
+/// How `Result::summary` is put.
+struct SummaryOptions {
+  bool verbose = false;  ///< also how the base frame was chosen, what fits began with, more frames
+  bool colour = false;   ///< what is doubtful in yellow, for a terminal
+  std::string rows;      ///< further lines in front of the closing ones
+};
+
 /// How a file is written.
 struct WriteOptions {
   std::string to;                 ///< the format, as --to names it; empty: by the path's ending
-  std::string as = "pin";         ///< "pin", "stabilise", "matrix" or "tracks" (--as)
+  std::string as;                 ///< "pin", "stabilise", "matrix" or "tracks" (--as); empty: a pin
   std::string nk = "points";      ///< pins in nk files by "points", "matrix" or "both" (--nk)
   std::string keyframes = "pin";  ///< keyframes of corners, "pin", or of the layer's "transform"
   std::optional<double> fps;      ///< frames a second; keyframes files need it (--fps)
   double par = 1.0;               ///< width of a pixel over its height, for keyframes (--par)
+  bool readBack = true;           ///< read the file again and compare
 };
 
 /// The page that shows whether a result is good.
@@ -375,7 +440,8 @@ struct PageOptions {
   std::optional<double> pictureScale;  ///< their width over that of the tracks' picture; none: by
                                        ///< the sizes (--picture-scale)
   bool link = false;                   ///< leave the pictures beside the page (--link)
-  std::string title;                   ///< empty: the name of the tracks' file, or "shot"
+  std::string title;                   ///< empty: the name of the tracks' file, or of the result's,
+                                       ///< or "shot"
 };
 
 /// A solved shot. Copies share it; nothing changes it.
@@ -416,6 +482,8 @@ class CORNERPIN_SHOT_API Result {
   /// frames x 4: the root of the trace of each of these, in pixels.
   std::vector<double> deviation(std::size_t quad = 0) const;
 
+  /// What was skipped in the file of the tracks that are at hand, "FILE:LINE: text", for people.
+  std::vector<std::string> notes() const;
   /// In the order of `Tracks::names`.
   std::vector<Track> tracks() const;
   /// Those of them that take part nowhere, and why; empty where an older file does not tell.
@@ -429,8 +497,16 @@ class CORNERPIN_SHOT_API Result {
   std::vector<Stretch> closingStretches() const;
   /// What was found to make doubtful frames better, by trying it.
   std::vector<Stretch> advice() const;
+  /// How many frames are solved, and how many doubtful.
+  FrameCounts counts() const;
+  /// "11 of 192 frames are doubtful: 0-9, 55"; empty where none is.
+  std::string doubtfulFrames() const;
   /// All of it as the command prints it: several lines.
-  std::string summary() const;
+  std::string summary(const SummaryOptions& options = {}) const;
+  /// The tracks that are worth a look, as `cornerpin explain` names them: those that move corners
+  /// most and those that are ignored most, each with the `Options::drop` that leaves it out there.
+  /// That this helps is not known: nothing is solved.
+  std::string trackAdvice() const;
 
   /// The result as the JSON that `cornerpin solve -o` writes (`docs/result.md`).
   std::string toJson() const;
@@ -453,7 +529,7 @@ class CORNERPIN_SHOT_API Result {
 
   /// Writes the result, a pin, its inverse, the transforms or the good tracks to a file, as
   /// `WriteOptions` and the path's ending say, in the coordinates and frames of the format, and
-  /// reads it again to compare. Results are written to .json and .csv.
+  /// reads it again to compare. Results are written to .json and .csv; "-" is standard output.
   ///
   /// Throws `std::invalid_argument` for a format that does not hold it, what the format needs to
   /// know and `Picture` does not tell, a pin of several quads, and tracks that are not at hand, as
@@ -461,7 +537,8 @@ class CORNERPIN_SHOT_API Result {
   Written write(const std::string& path, const WriteOptions& options = {},
                 const Progress& progress = {}) const;
   /// Writes the page that shows whether the result is good: one file for a browser, which asks for
-  /// no other unless pictures are linked. Returns which pictures were left out, as they are broken.
+  /// no other unless pictures are linked; "-" is standard output. Returns which pictures were left
+  /// out, as they are broken.
   ///
   /// Throws `std::invalid_argument` for pictures that are not there or do not fit.
   std::vector<std::string> report(const std::string& path, const PageOptions& options = {},
@@ -492,9 +569,38 @@ class CORNERPIN_SHOT_API Result {
 /// Hartley and Zisserman, Multiple View Geometry (2004), chapter 5. With the loss "none" transforms
 /// are those of `MMatchmove`, to the bit.
 ///
+/// \param tracks  Where some are left out, a copy of the others is made, but of those that are
+/// moved
+///                in and that nobody else has.
+///
 /// Throws `std::invalid_argument` for options that make no sense for these tracks.
-CORNERPIN_SHOT_API Result solve(const Tracks& tracks, const Options& options = {},
+CORNERPIN_SHOT_API Result solve(Tracks tracks, const Options& options = {},
                                 const Progress& progress = {});
+
+/// Throws where a file of that path cannot be written, as far as that can be told beforehand;
+/// nothing is left behind. "-" is standard output.
+///
+/// With the four below it is known before a shot is solved what could only fail behind it. They
+/// refuse what the functions would that they are called after, with the same exceptions.
+CORNERPIN_SHOT_API void checkWritable(const std::string& path);
+
+/// Throws `std::invalid_argument` for options that `solve` refuses whatever the tracks are.
+CORNERPIN_SHOT_API void checkSolve(const Options& options);
+
+/// What `Result::write` refuses of a result that is solved with these options.
+///
+/// \param tracks  that it is to be solved from; null: not known yet
+CORNERPIN_SHOT_API void checkWrite(const std::string& path, const WriteOptions& options,
+                                   const Options& solved = {}, const Tracks* tracks = nullptr);
+
+/// What `Result::report` refuses of a result that is solved with these options: pictures.
+///
+/// \param tracks  that it is to be solved from; null: not known yet
+CORNERPIN_SHOT_API void checkReport(const PageOptions& options, const Options& solved = {},
+                                    const Tracks* tracks = nullptr);
+
+/// What `Result::plot` refuses of any result.
+CORNERPIN_SHOT_API void checkPlot(const std::string& path);
 
 /// Reads a result from the JSON file of a solve; "-" is standard input. `toJson` gives the bytes of
 /// the file again where this version has written it.
@@ -504,6 +610,107 @@ CORNERPIN_SHOT_API Result solve(const Tracks& tracks, const Options& options = {
 /// Throws `InputError` for a file that is no result, and `std::invalid_argument` for a picture that
 /// contradicts the file.
 CORNERPIN_SHOT_API Result readResult(const std::string& path, const Picture& picture = {});
+
+/// Quads from a file.
+struct QuadFile {
+  std::vector<Quad> quads;   ///< in the order of the file's list, or of their names
+  std::optional<int> frame;  ///< on which they were read, where the file says it
+};
+
+/// Reads quads from a JSON file: an object with names and corners,
+/// {"sign": [[x,y],[x,y],[x,y],[x,y]]}, or one with a list `quads` of objects with `name` and
+/// `corners`, and if it likes `reference_frame`, such as a result. "-" is standard input.
+///
+/// Throws `InputError` for a file that is nothing of the kind, and for quads that `solve` refuses.
+CORNERPIN_SHOT_API QuadFile readQuads(const std::string& path);
+
+/// How two results differ in a frame that both have.
+struct FrameDifference {
+  int frame = 0;           ///< its number
+  double distance = 0.0;   ///< how far apart they put the corner that differs most, in pixels;
+                           ///< infinite where one alone puts it on or behind the horizon
+  std::size_t quad = 0;    ///< of that corner, of the first result's
+  std::size_t corner = 0;  ///< in that quad
+  bool transform = false;  ///< whether any bit of the transforms differs
+  bool status = false;     ///< whether the status does
+  bool verdict = false;    ///< whether one is doubtful and the other is not
+};
+
+/// How two results differ.
+struct ResultDifference {
+  bool isDifferent = false;             ///< whether anything counts
+  std::vector<FrameDifference> frames;  ///< that both have; none where no way leads from one
+                                        ///< reference frame to the other
+  std::string text;                     ///< as `cornerpin diff` prints it, several lines
+};
+
+/// Compares two results: where they put the corners of the first one's quads, and which options,
+/// tracks and frames only one has. Where they start from different reference frames, one is made
+/// relative to the other's.
+///
+/// \param most  so many pixels a corner may be off, and nothing else counts but frames that only
+///              one has; none: all counts
+CORNERPIN_SHOT_API ResultDifference compare(const Result& first, const Result& second,
+                                            const std::optional<double>& most = {});
+
+/// How two files are compared.
+struct CompareOptions {
+  std::string fromFirst;       ///< their formats, as `ReadOptions::from` has them
+  std::string fromSecond;      ///< the same
+  Picture picture;             ///< what a file does not say itself
+  std::optional<double> most;  ///< so many pixels a coordinate may be off, and nothing else counts
+                               ///< but positions that only one has; none: all counts
+};
+
+/// How two files of tracks or pins differ.
+struct FileDifference {
+  bool isDifferent = false;        ///< whether anything counts
+  std::size_t positions = 0;       ///< that both have
+  std::size_t apart = 0;           ///< of these, elsewhere by more than the files' digits allow
+  std::string explanation;         ///< "y flipped about 1080, frame +1"; empty for none
+  std::string text;                ///< as `cornerpin check` prints it, several lines
+  std::vector<std::string> notes;  ///< what was skipped in the files, "FILE:LINE: text"
+};
+
+/// Compares two files of the same tracks or of the same pin, in any formats, and names what
+/// explains the difference. Of a result, in JSON or CSV, the corners of its quads are compared.
+///
+/// Throws `InputError` for a file that is refused, and `std::invalid_argument` for options that
+/// make no sense and where the one is a result and the other has no four tracks.
+CORNERPIN_SHOT_API FileDifference compareFiles(const std::string& first, const std::string& second,
+                                               const CompareOptions& options = {});
+
+/// A file that was converted.
+struct Converted {
+  Written written;                 ///< what is to be said of the new one
+  std::vector<std::string> notes;  ///< what was skipped in the old one, and what became of it
+};
+
+/// Writes tracks, a pin or a result, in JSON or CSV, in another format: tracks as tracks, the
+/// others as a pin, unless `WriteOptions::as` says more. Nothing is solved. "-" is standard input
+/// and output.
+///
+/// Throws as `readTracks` and `Result::write` do.
+CORNERPIN_SHOT_API Converted convert(const std::string& input, const std::string& output,
+                                     const ReadOptions& read = {}, const WriteOptions& write = {});
+
+/// What a file is.
+struct FileDescription {
+  std::string text;                ///< as `cornerpin info` prints it, several lines
+  std::vector<std::string> notes;  ///< what was skipped in it, "FILE:LINE: text"
+};
+
+/// Says of a file of tracks what is in it, and of a result what made it and how good it is; "-" is
+/// standard input.
+///
+/// \param colour  what is doubtful in yellow, for a terminal
+///
+/// Throws `InputError` for a file that is refused.
+CORNERPIN_SHOT_API FileDescription describeFile(const std::string& path, bool colour = false);
+
+/// Removes the unfinished files of this process, at most 16: for one that is about to end. Safe in
+/// a signal handler.
+CORNERPIN_SHOT_API void removeTemporaryFiles() noexcept;
 
 }  // namespace cornerpin::shot
 

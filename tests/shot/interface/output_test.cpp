@@ -2,11 +2,13 @@
 #include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include "tests/shot/interface/plain_shot.h"
+#include "tests/support/child.h"
 #include "tests/support/files.h"
 #include "tests/support/process.h"
 
@@ -36,6 +38,11 @@ void solveByCommand(const std::string& tracks, std::vector<std::string> words) {
 std::vector<std::string> joined(std::vector<std::string> a, const std::vector<std::string>& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
+}
+
+std::string firstPicture() {
+  const std::filesystem::directory_iterator folder(CORNERPIN_DATA "/planks_pictures");
+  return folder->path().filename().string();
 }
 
 template <class Action>
@@ -142,8 +149,7 @@ TEST(Write, RefusesOptionsByTheirNames) {
   EXPECT_NE(refusalWith("a.nk", {}).find("\"shot\" does not say, where y grows to"),
             std::string::npos)
       << refusalWith("a.nk", {});
-  EXPECT_EQ(refusal([&] { result.write("-"); }),
-            "path: the name of a file is wanted, not - for standard output");
+  EXPECT_EQ(refusal([&] { result.write("-"); }), "to: the name \"-\" tells no format: give one");
   EXPECT_EQ(refusal([&] { result.write(""); }), "path: the name of a file is wanted");
   EXPECT_EQ(folder.entryCount(), 0u);
 }
@@ -237,8 +243,9 @@ TEST(WriteTracks, GivesTheFilesOfTheCommand) {
   EXPECT_NE(refusal([&] { tracks.write(folder / "a.usda"); }).find("usda files hold"),
             std::string::npos)
       << refusal([&] { tracks.write(folder / "a.usda"); });
-  EXPECT_EQ(refusal([&] { tracks.write("-"); }),
-            "path: the name of a file is wanted, not - for standard output");
+  const ChildRun printed = runInChild([&] { EXPECT_EQ(tracks.write("-", "nk").readBack, ""); });
+  EXPECT_TRUE(printed.exited);
+  EXPECT_TRUE(printed.out == readFile(folder / "a.nk"));
 }
 
 TEST(Report, HasATitleAndNoPicturesUnlessAsked) {
@@ -271,8 +278,11 @@ TEST(Report, RefusesOptionsByTheirNames) {
             "such as 0.5, not 0");
   options.pictureScale.reset();
   EXPECT_EQ(refusalWith(options).rfind("pictures: \"", 0), 0u) << refusalWith(options);
-  EXPECT_EQ(refusal([&] { result.report("-"); }),
-            "path: the name of a file is wanted, not - for standard output");
+  options = {};
+  options.pictures = CORNERPIN_DATA "/planks_pictures";
+  options.link = true;
+  EXPECT_EQ(refusal([&] { result.report("-", options); }),
+            "link: pictures cannot be beside standard output");
   EXPECT_EQ(folder.entryCount(), 0u);
 }
 
@@ -298,6 +308,143 @@ TEST(Report, LinksNoPicturesThatBrowsersDoNotShow) {
                                 ": is a TIFF file, which browsers do not show: convert it, or do "
                                 "not link it");
   }
+  EXPECT_EQ(folder.entryCount(), 1u);
+}
+
+TEST(Write, GivesTheBytesOfTheFileToStandardOutput) {
+  const Result result = solve(tracksFromArrays(plain::pan().given()));
+  const TemporaryFolder folder;
+  result.write(folder / "a.json");
+  const ChildRun written = runInChild([&] {
+    WriteOptions options;
+    options.to = "json";
+    EXPECT_EQ(result.write("-", options).readBack, "");
+  });
+  EXPECT_TRUE(written.exited);
+  EXPECT_EQ(written.err, "");
+  EXPECT_TRUE(written.out == readFile(folder / "a.json"));
+  result.report(folder / "a.html");
+  EXPECT_TRUE(runInChild([&] { result.report("-"); }).out == readFile(folder / "a.html"));
+}
+
+TEST(Write, ReadsTheFileAgainUnlessItIsNotToBe) {
+  const Result result = solve(tracksFromArrays(plain::pan().given()));
+  const TemporaryFolder folder;
+  EXPECT_EQ(result.write(folder / "a.json").readBack, "read back: largest difference 0 px");
+  WriteOptions options;
+  options.readBack = false;
+  EXPECT_EQ(result.write(folder / "b.json", options).readBack, "");
+  EXPECT_TRUE(readFile(folder / "a.json") == readFile(folder / "b.json"));
+}
+
+TEST(Plot, DrawsPngToo) {
+  const TemporaryFolder folder;
+  facade().plot(folder / "own.png");
+  const std::string png = readFile(folder / "own.png");
+  EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1a\n");
+  EXPECT_EQ(png.substr(16, 4), std::string("\0\0\x03\xc0", 4));  // 960 wide
+  EXPECT_GT(png.size(), 5000u);
+}
+
+TEST(Plot, HasATitle) {
+  const TemporaryFolder folder;
+  const Result result = solve(tracksFromArrays(plain::pan().given()));
+  result.plot(folder / "a.svg");
+  EXPECT_NE(readFile(folder / "a.svg").find(">shot"), std::string::npos);
+  result.write(folder / "c.json");
+  readResult(folder / "c.json").plot(folder / "c.svg");
+  EXPECT_NE(readFile(folder / "c.svg").find(">c.json"), std::string::npos);
+}
+
+TEST(CheckWritable, LeavesNothingBehind) {
+  const TemporaryFolder folder;
+  EXPECT_NO_THROW(checkWritable(folder / "a"));
+  EXPECT_NO_THROW(checkWritable("-"));
+  EXPECT_THROW(checkWritable(folder / "none/a"), std::system_error);
+  EXPECT_THROW(checkWritable(folder.path().string()), std::system_error);
+  EXPECT_EQ(refusal([] { checkWritable(""); }), "path: the name of a file is wanted");
+  EXPECT_EQ(folder.entryCount(), 0u);
+}
+
+// What the check refuses, and with the same words what the write refuses.
+TEST(CheckWrite, RefusesWhatWriteWould) {
+  const Tracks tracks = tracksFromArrays(plain::pan().given());
+  Options solved;
+  solved.reference = 0;
+  solved.quads = {{"a", {100, 100, 500, 110, 490, 400, 90, 390}},
+                  {"b", {10, 10, 50, 10, 50, 40, 10, 40}}};
+  const Result result = solve(tracks, solved);
+  const TemporaryFolder folder;
+  const auto expectRefused = [&](const char* name, const WriteOptions& options,
+                                 const Tracks* known) {
+    const std::string path = folder / name;
+    const std::string text = refusal([&] { checkWrite(path, options, solved, known); });
+    EXPECT_NE(text, "not refused") << name;
+    EXPECT_EQ(refusal([&] { result.write(path, options); }), text);
+  };
+  WriteOptions options;
+  expectRefused("a", options, nullptr);
+  options.to = "paths";
+  expectRefused("a", options, nullptr);
+  options.to = "keyframes";
+  expectRefused("a", options, nullptr);
+  options = {};
+  options.as = "matrix";
+  expectRefused("a.nk", options, &tracks);  // nothing tells where y grows to
+  EXPECT_NO_THROW(checkWrite(folder / "a.nk", options, solved));
+  EXPECT_EQ(refusal([&] { checkWrite(folder / "a.nk", {}, solved); }),
+            "a pin has four corners, and there are 2 quads: give one with --quad");
+  EXPECT_NO_THROW(checkWrite(folder / "a.json", {}, solved, &tracks));
+  EXPECT_EQ(folder.entryCount(), 0u);
+}
+
+TEST(CheckReport, RefusesWhatReportWould) {
+  const Tracks tracks = readTracks(kPlanks);
+  PageOptions options;
+  options.link = true;
+  EXPECT_EQ(refusal([&] { checkReport(options); }), "link: no pictures are given");
+  options = {};
+  options.pictures = "no/such/folder";
+  EXPECT_EQ(refusal([&] { checkReport(options); }).rfind("pictures: \"no/such/folder\"", 0), 0u);
+  options.pictures = CORNERPIN_DATA "/planks_pictures";
+  EXPECT_NO_THROW(checkReport(options));
+  EXPECT_NE(refusal([&] { checkReport(options, {}, &tracks); }).find("add --picture-scale"),
+            std::string::npos)
+      << refusal([&] { checkReport(options, {}, &tracks); });
+  options.pictureScale = 0.5;
+  EXPECT_NO_THROW(checkReport(options, {}, &tracks));
+  EXPECT_NO_THROW(checkReport({}, {}, &tracks));
+}
+
+// Of the frames that are solved at least one has to have a picture.
+TEST(CheckReport, LooksAtThePicturesOfTheFramesThatAreSolved) {
+  const TemporaryFolder folder;
+  std::filesystem::copy_file(CORNERPIN_DATA "/planks_pictures/" + firstPicture(),
+                             folder / "p_0.jpg");
+  const Tracks tracks = readTracks(kPlanks);
+  PageOptions options;
+  options.pictures = folder / "p_%d.jpg";
+  options.pictureScale = 0.5;
+  EXPECT_NO_THROW(checkReport(options, {}, &tracks));
+  Options solved;
+  solved.frames = "5-10";
+  EXPECT_NE(refusal([&] {
+              checkReport(options, solved, &tracks);
+            }).find("has no picture of frames 5 to 10"),
+            std::string::npos);
+}
+
+TEST(CheckPlot, RefusesWhatPlotWould) {
+  EXPECT_NO_THROW(checkPlot("a.svg"));
+  EXPECT_NO_THROW(checkPlot("a.png"));
+  EXPECT_EQ(refusal([] { checkPlot("a.gif"); }),
+            "path: \"a.gif\" ends neither in .svg nor in .png");
+}
+
+TEST(RemoveTemporaryFiles, LeavesWhatIsFinished) {
+  const TemporaryFolder folder;
+  solve(tracksFromArrays(plain::pan().given())).write(folder / "a.json");
+  removeTemporaryFiles();
   EXPECT_EQ(folder.entryCount(), 1u);
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -228,6 +229,59 @@ TEST(Result, IsTheCsvOfTheCommand) {
   EXPECT_TRUE(solve(readTracks(kScreen)).toCsv() == readFile(path));
 }
 
+TEST(Result, CountsFramesAsTheJsonHasThem) {
+  const FrameCounts counts = screen().counts();
+  FrameCounts wanted;
+  for (const json& frame : screenJson()["frames"]) {
+    ++wanted.frames;
+    if (frame["status"] == "solved") ++wanted.solved;
+    if (frame["status"] == "reduced") ++wanted.reduced;
+    if (frame["status"] == "held") ++wanted.held;
+    if (frame["verdict"] == "doubtful") ++wanted.doubtful;
+  }
+  EXPECT_EQ(counts.frames, wanted.frames);
+  EXPECT_EQ(counts.solved, wanted.solved);
+  EXPECT_EQ(counts.reduced, wanted.reduced);
+  EXPECT_EQ(counts.held, wanted.held);
+  EXPECT_EQ(counts.doubtful, wanted.doubtful);
+  EXPECT_GT(counts.doubtful, 0u);
+  const std::string begin = std::to_string(counts.doubtful) + " of " +
+                            std::to_string(counts.frames) + " frames are doubtful: ";
+  EXPECT_EQ(screen().doubtfulFrames().rfind(begin, 0), 0u) << screen().doubtfulFrames();
+  EXPECT_EQ(solve(tracksFromArrays(plain::pan().given())).doubtfulFrames(), "");
+}
+
+TEST(Result, IsSummedUpAsTheCommandDoes) {
+  const Result result = solve(readTracks(kScreen));
+  EXPECT_EQ(runProgram({CORNERPIN_PROGRAM, "solve", kScreen}).out, result.summary());
+  SummaryOptions options;
+  options.verbose = true;
+  options.colour = true;
+  EXPECT_EQ(runProgram({CORNERPIN_PROGRAM, "solve", kScreen, "--verbose", "--color", "always"}).out,
+            result.summary(options));
+  options.rows = "one more row\n";
+  EXPECT_NE(result.summary(options).find("\none more row\n\n"), std::string::npos);
+}
+
+TEST(Result, NamesTracksThatAreWorthALook) {
+  const TemporaryFolder folder;
+  screen().write(folder / "a.json");
+  EXPECT_EQ(runProgram({CORNERPIN_PROGRAM, "explain", folder / "a.json"}).out,
+            screen().trackAdvice());
+  EXPECT_NE(screen().trackAdvice().find("--drop "), std::string::npos);
+}
+
+TEST(Result, TellsWhatWasSkippedInTheFileOfItsTracks) {
+  const TemporaryFolder folder;
+  const Tracks tracks = tracksFromArrays(plain::pan().given());
+  const Result solved = solve(tracks);
+  EXPECT_TRUE(solved.notes().empty());
+  writeFile(folder / "a.csv", plain::csv(tracks));
+  const Result result = solve(readTracks(folder / "a.csv"));
+  EXPECT_EQ(result.notes(), readTracks(folder / "a.csv").notes());
+  EXPECT_EQ(result.withTracks(folder / "a.csv").notes(), result.notes());
+}
+
 TEST(Result, CopiesShareItAndNothingChangesIt) {
   const std::string before = screen().toJson();
   Result copy = screen();
@@ -261,6 +315,35 @@ TEST(Rebase, GivesTheBytesOfTheCommand) {
 
 TEST(Rebase, RefusesFramesOutsideTheShot) {
   EXPECT_THROW(screen().rebase(100'000), std::invalid_argument);
+}
+
+TEST(ReadQuads, ReadsNamesAndCorners) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.json", R"({"sign": [[1,2],[30,2.5],[30,40],[1,40]]})");
+  const QuadFile file = readQuads(folder / "a.json");
+  ASSERT_EQ(file.quads.size(), 1u);
+  EXPECT_EQ(file.quads[0].name, "sign");
+  EXPECT_EQ(file.quads[0].corners, (std::array<double, 8>{1, 2, 30, 2.5, 30, 40, 1, 40}));
+  EXPECT_FALSE(file.frame);
+  screen().write(folder / "result.json");
+  const QuadFile own = readQuads(folder / "result.json");
+  ASSERT_EQ(own.quads.size(), 2u);
+  EXPECT_EQ(own.quads[1].name, "b");
+  EXPECT_EQ(own.quads[1].corners, screen().quads()[1].corners);
+  EXPECT_EQ(own.frame, 20);
+}
+
+TEST(ReadQuads, TellsTheFileThatItRefuses) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.json", "{}");
+  for (const char* name : {"a.json", "none.json"}) {
+    try {
+      readQuads(folder / name);
+      FAIL() << name;
+    } catch (const InputError& error) {
+      EXPECT_EQ(error.file, folder / name);
+    }
+  }
 }
 
 TEST(ReadResult, GivesTheFileAgain) {

@@ -225,6 +225,50 @@ TEST(Solve, RefusesOptionsByTheirNames) {
   EXPECT_EQ(refusal(options), "threads: a number from 1 to 1024 is wanted, not 1025");
 }
 
+TEST(CheckSolve, RefusesWhatNeedsNoTracks) {
+  Options options;
+  EXPECT_NO_THROW(checkSolve(options));
+  options.at = {7.5};  // which may be in a shot
+  EXPECT_NO_THROW(checkSolve(options));
+  const auto expectRefused = [](const Options& refused) {
+    try {
+      checkSolve(refused);
+      ADD_FAILURE() << "not refused: " << refusal(refused);
+    } catch (const std::invalid_argument& error) {
+      EXPECT_EQ(error.what(), refusal(refused));
+    }
+  };
+  options.at = {plain::kNan};
+  expectRefused(options);
+  options = {};
+  options.frames = "5-1";
+  expectRefused(options);
+  options = {};
+  options.loss = "l1";
+  expectRefused(options);
+  options = {};
+  options.smooth = -1.0;
+  expectRefused(options);
+  options = {};
+  options.quads = {{"a", {0, 0, 1, 0, 1, 1, 0, 1}}};
+  expectRefused(options);
+}
+
+// Tracks that are moved in and taken from are not copied; others are, and stay as they are.
+TEST(Solve, ChangesNoTracksThatAnybodyElseHas) {
+  const Tracks tracks = tracksFromArrays(plain::pan().given());
+  Options options;
+  options.drop = {"t03", "t05:2-4"};
+  options.frames = "1-6";
+  const std::vector<double> before = tracks.positions();
+  const std::string json = solve(tracks, options).toJson();
+  EXPECT_EQ(tracks.positions(), before);
+  Tracks copy = tracks;
+  EXPECT_TRUE(solve(std::move(copy), options).toJson() == json);
+  EXPECT_EQ(tracks.positions(), before);
+  EXPECT_TRUE(solve(tracksFromArrays(plain::pan().given()), options).toJson() == json);
+}
+
 TEST(Solve, RefusesQuads) {
   Options options;
   options.quads = {{"a", {0, 0, 1, 0, 1, 1, 0, 1}}};

@@ -51,6 +51,17 @@ bool contains(const std::string& text, const std::string& part) {
 
 }  // namespace
 
+TEST(ReadTracks, TakesADigestUnlessItIsNotToBe) {
+  const auto tellsIt = [](bool digest) {
+    ReadOptions how;
+    how.digest = digest;
+    const std::string json = solve(readTracks(CORNERPIN_DATA "/facade.csv", how)).toJson();
+    return json.find("\"sha256\":null") == std::string::npos;
+  };
+  EXPECT_TRUE(tellsIt(true));
+  EXPECT_FALSE(tellsIt(false));
+}
+
 TEST(TracksFromArrays, KeepsPlacesFramesAndWeights) {
   TwoByTwo shot;
   shot.weights = {1, 0.5, 2, 1};
