@@ -3,6 +3,7 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { assertQuadIsDrawnAt, canvasPixels, frameOf, goTo, isAt } from "./canvas.js";
+import { placeOf, printed } from "./paper.js";
 import { driftingShot } from "./shots.js";
 import { data, inPage, mapped, pixels, sharedPage, solvedPage, withBrowser } from "./support.js";
 
@@ -183,6 +184,21 @@ test("steadied, the surface stands still on the pictures", async (context) => {
     context.diagnostic(`differences between frames: ${before}; steadied: ${after}`);
     assert.ok(spread(steadied[0], inside) > 15, "there is a picture to see");
     before.forEach((value, i) => assert.ok(after[i] < value / 2, `${value} falls to ${after[i]}`));
+  });
+});
+
+test("on paper each table is below its heading", async () => {
+  await inPictures(async (page) => {
+    const sheets = await printed(page, "planks");
+    for (const [heading, columns] of [
+      ["Tracks that move the corners most", "Track Frames Most"],
+      ["Doubtful frames", "No frame is doubtful."],
+      ["How it was made", "Made by"],
+    ]) {
+      const above = placeOf(sheets, heading);
+      const below = placeOf(sheets, columns);
+      assert.ok(above && below && above.sheet === below.sheet, `${heading} stands alone`);
+    }
   });
 });
 
