@@ -9,6 +9,7 @@
 #include "tests/shot/interface/plain_shot.h"
 #include "tests/support/files.h"
 #include "tests/support/process.h"
+#include "tests/support/refusal.h"
 
 using namespace cornerpin::shot;
 
@@ -36,16 +37,6 @@ void solveByCommand(const std::string& tracks, std::vector<std::string> words) {
 std::vector<std::string> joined(std::vector<std::string> a, const std::vector<std::string>& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
-}
-
-template <class Action>
-std::string refusal(const Action& action) {
-  try {
-    action();
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "not refused";
 }
 
 }  // namespace
