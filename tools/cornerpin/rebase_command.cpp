@@ -6,11 +6,12 @@
 #include <optional>
 #include <string>
 
+#include "shot/files/export.h"
 #include "shot/files/output_file.h"
-#include "shot/files/result_file.h"
 #include "shot/files/result_reader.h"
 #include "shot/solve/rebase.h"
 #include "shot/solve/this_program.h"
+#include "tools/cornerpin/file_talk.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
@@ -32,22 +33,27 @@ struct Arguments {
   std::string input;
   ReferenceOption reference;
   OutputOptions output;
-  QuietOption quiet;  // for scripts that give it to every command: nothing is printed without it
+  QuietOption quiet;
 };
 
 int run(const Arguments& arguments) {
   const int reference = arguments.reference.value().value();
-  const Format format = arguments.output.format();
+  Export what;
+  what.path = arguments.output.path;
+  what.format = arguments.output.format();
   const bool onStandardOutput = arguments.output.isStandardOutput();
-  if (!onStandardOutput) refuseInput(arguments.input, arguments.output.path);
-  requireWritable(arguments.output.path);
+  if (!onStandardOutput) refuseInput(arguments.input, what.path);
+  requireWritable(what.path);
   ShotResult result = readResult(arguments.input);
   const int from = result.referenceFrame;
   rebase(result, reference);
   if (reference != from) result.provenance.rebased.push_back({from, reference, thisProgram()});
-  OutputFile out(onStandardOutput ? "-" : arguments.output.path);
-  writeResult(result, format, out);
+  OutputFile out(onStandardOutput ? "-" : what.path);
+  const Written written = writeExport(what, result, nullptr, arguments.input, out);
   out.commit();
+  FileTalk talk;
+  talk.add(what, written);
+  if (!arguments.quiet.given) print(talk.readBackRows());
   return kSolved;
 }
 
