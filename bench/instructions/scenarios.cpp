@@ -139,6 +139,23 @@ std::function<void()> solveShotWith(cornerpin::Loss loss) {
   options.threads = 1;
   return [tracks, options] { cornerpin::solveShot(*tracks, options); };
 }
+
+// A shot of ten frames, a thousand frames with two tracks each, and ten more: what those take grows
+// no faster than there are.
+std::function<void()> solveGap() {
+  const cornerpin::Tracks whole = TrackFile(8, 1020).read();
+  auto tracks = std::make_shared<cornerpin::Tracks>(whole);
+  const auto isLeftOut = [](const cornerpin::Observation& row) {
+    return row.frame >= 10 && row.frame < 1010 && row.track >= 2;
+  };
+  auto& rows = tracks->observations;
+  rows.erase(std::remove_if(rows.begin(), rows.end(), isLeftOut), rows.end());
+  tracks->arrange();
+  cornerpin::SolveOptions options;
+  options.base = 0;
+  options.threads = 1;
+  return [tracks, options] { cornerpin::solveShot(*tracks, options); };
+}
 #endif
 
 volatile float sink;
@@ -172,6 +189,7 @@ std::vector<Scenario> allScenarios() {
       {"read-10000-rows", reading},
       {"solve-shot-none", [] { return solveShotWith(cornerpin::Loss::None); }},
       {"solve-shot-tukey", [] { return solveShotWith(cornerpin::Loss::Tukey); }},
+      {"solve-gap", solveGap},
 #endif
   };
 #ifdef CORNERPIN_BENCH_SHOT
