@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -85,7 +86,23 @@ Holds contentOf(const std::string& path, const std::string& format) {
   return isResult ? Holds::Result : Holds::Tracks;
 }
 
-std::vector<Compared> cornersOf(const std::string& path, Holds content, const Picture& told) {
+// In the order of the file, which says which is which where y is flipped: other corners are seen
+// at the lower left then.
+Tracks inFileOrder(const ShotResult& result, const NamedQuad& quad) {
+  Pin pin;
+  pin.picture = result.provenance.picture;
+  for (const FrameResult& frame : result.frames) {
+    PinFrame made;
+    made.frame = frame.frame;
+    std::transform(quad.corners.begin(), quad.corners.end(), made.to.begin(),
+                   [&](Point corner) { return carried(result, frame, corner); });
+    pin.frames.push_back(made);
+  }
+  return tracksOf(pin);
+}
+
+std::vector<Compared> cornersOf(const std::string& path, Holds content, const Picture& told,
+                                bool withResult) {
   ShotResult result = content == Holds::ResultCsv ? readResultCsv(path) : readResult(path);
   Picture contradicted;
   tell(result.provenance.picture, Format::Json, told, contradicted);
@@ -93,6 +110,7 @@ std::vector<Compared> cornersOf(const std::string& path, Holds content, const Pi
   for (const NamedQuad& quad : result.quads) {
     all.push_back({tracksOf(pinOf(result, PinKind::Pin, &quad)),
                    fmt::format("{}, quad \"{}\"", path, quad.name)});
+    if (withResult) all.push_back({inFileOrder(result, quad), all.back().name});
   }
   const Picture& picture = result.provenance.picture;
   if (picture.width && picture.height) {
@@ -153,12 +171,13 @@ int run(const Arguments& arguments) {
   }
   requireWritable("-");
   FileTalk talk;
-  const auto compared = [&](const std::string& path, const std::string& format, Holds content) {
-    return content == Holds::Tracks ? tracksIn(path, format, told, talk)
-                                    : cornersOf(path, content, told);
-  };
   const Holds inFirst = contentOf(first, arguments.fromFirst);
   const Holds inSecond = contentOf(second, arguments.fromSecond);
+  const bool areResults = inFirst != Holds::Tracks && inSecond != Holds::Tracks;
+  const auto compared = [&](const std::string& path, const std::string& format, Holds content) {
+    return content == Holds::Tracks ? tracksIn(path, format, told, talk)
+                                    : cornersOf(path, content, told, areResults);
+  };
   const std::vector<Compared> all = compared(first, arguments.fromFirst, inFirst);
   const std::vector<Compared> others = compared(second, arguments.fromSecond, inSecond);
   if (inFirst != Holds::Tracks) refuseOthersThanCorners(others[0], first);
