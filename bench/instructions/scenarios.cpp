@@ -26,6 +26,7 @@
 #include "bench/command/inputs.h"
 #include "bench/support/matches.h"
 #include "shot/files/input_error.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_reader.h"
 #include "shot/fit/homography_fit.h"
 #include "shot/solve/shot_solver.h"
@@ -74,6 +75,7 @@ class TrackFile {
   TrackFile& operator=(const TrackFile&) = delete;
   ~TrackFile() { std::filesystem::remove(path_); }
 
+  const std::string& path() const { return path_; }
   cornerpin::Tracks read() const { return cornerpin::readTracks(path_); }
 
   void readOrRefuse(cornerpin::Format format) const {
@@ -128,6 +130,18 @@ std::function<void()> readingOf(const Hostile& hostile) {
   while (text.size() < kHostileBytes) text += hostile.repeated;
   const auto file = std::make_shared<const TrackFile>(text);
   return [file, format = hostile.format] { file->readOrRefuse(format); };
+}
+
+// A result in CSV of as many bytes, whose transforms are as short as they can be.
+std::function<void()> readingResult() {
+  std::string text =
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"
+      "0,1,0,0,0,1,0,0,0,1,base,1,2,3,2,3,4.5,1,4.5\n";
+  for (int frame = 1; text.size() < kHostileBytes; ++frame) {
+    text += std::to_string(frame) + ",1,0,0,0,1,0,0,0,1,held,,,,,,,,\n";
+  }
+  const auto file = std::make_shared<const TrackFile>(text);
+  return [file] { cornerpin::readResultCsv(file->path()); };
 }
 
 // All of `solveShot`, from the first of 20 frames.
@@ -195,6 +209,7 @@ std::vector<Scenario> allScenarios() {
 #ifdef CORNERPIN_BENCH_SHOT
   for (const Hostile& hostile : hostileFiles)
     all.push_back({hostile.name, [&hostile] { return readingOf(hostile); }});
+  all.push_back({"hostile-result", readingResult});
 #endif
   return all;
 }

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -88,14 +89,17 @@ Holds contentOf(const std::string& path, const std::string& format) {
 
 // In the order of the file, which says which is which where y is flipped: other corners are seen
 // at the lower left then.
-Tracks inFileOrder(const ShotResult& result, const NamedQuad& quad) {
+Tracks inFileOrder(const ResultTransforms& result, const NamedQuad& quad) {
+  constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
   Pin pin;
-  pin.picture = result.provenance.picture;
-  for (const FrameResult& frame : result.frames) {
+  pin.picture = result.picture;
+  for (const FrameTransform& frame : result.frames) {
     PinFrame made;
     made.frame = frame.frame;
-    std::transform(quad.corners.begin(), quad.corners.end(), made.to.begin(),
-                   [&](Point corner) { return carried(result, frame, corner); });
+    std::transform(quad.corners.begin(), quad.corners.end(), made.to.begin(), [&](Point corner) {
+      const bool isSeen = onSameSide(frame.h, result.baseCentre, corner);
+      return isSeen ? map(frame.h, corner) : Point{kNowhere, kNowhere};
+    });
     pin.frames.push_back(made);
   }
   return tracksOf(pin);
@@ -103,16 +107,17 @@ Tracks inFileOrder(const ShotResult& result, const NamedQuad& quad) {
 
 std::vector<Compared> cornersOf(const std::string& path, Holds content, const Picture& told,
                                 bool withResult) {
-  ShotResult result = content == Holds::ResultCsv ? readResultCsv(path) : readResult(path);
+  ResultTransforms result =
+      content == Holds::ResultCsv ? readResultCsv(path) : transformsOf(readResult(path));
   Picture contradicted;
-  tell(result.provenance.picture, Format::Json, told, contradicted);
+  tell(result.picture, Format::Json, told, contradicted);
   std::vector<Compared> all;
   for (const NamedQuad& quad : result.quads) {
     all.push_back({tracksOf(pinOf(result, PinKind::Pin, &quad)),
                    fmt::format("{}, quad \"{}\"", path, quad.name)});
     if (withResult) all.push_back({inFileOrder(result, quad), all.back().name});
   }
-  const Picture& picture = result.provenance.picture;
+  const Picture& picture = result.picture;
   if (picture.width && picture.height) {
     all.push_back(
         {tracksOf(pinOf(result, PinKind::Pin, nullptr)), path + ", corners of the picture"});

@@ -74,25 +74,34 @@ void refuseTable(const Export& what, const FileLook& look) {
       look.name, factsOf(what.format).word));
 }
 
-Made convertResult(const Arguments& arguments, const FileLook& look, FileTalk& talk,
-                   OutputFile& out) {
-  const Export what = outputOf(arguments, "pin");
-  if (what.kind == ExportKind::Tracks) {
-    throw std::invalid_argument("a result holds no tracks: give --as tracks to cornerpin solve");
-  }
-  if (look.table) refuseTable(what, look);
-  ShotResult result = look.table ? readResultCsv(look.path) : readResult(look.path);
-  Picture& picture = result.provenance.picture;
+// What is told of a result's picture.
+void tellPicture(const Arguments& arguments, const FileLook& look, Picture& picture) {
   Picture contradicted;
   if (tell(picture, Format::Json, arguments.picture.value(), contradicted) != 0) {
     throw std::invalid_argument(
         "--first-frame: the result tells the clip's first frame: leave the option out");
   }
   refuseContradiction(contradicted, picture, look.name);
-  if (look.table && what.kind == ExportKind::Pin) {
-    talk.add({look.name + ": the pin is that of the whole picture: a result in CSV does not tell "
-                          "of which quad one was wanted"});
+}
+
+Made convertResult(const Arguments& arguments, const FileLook& look, FileTalk& talk,
+                   OutputFile& out) {
+  const Export what = outputOf(arguments, "pin");
+  if (what.kind == ExportKind::Tracks) {
+    throw std::invalid_argument("a result holds no tracks: give --as tracks to cornerpin solve");
   }
+  if (look.table) {
+    refuseTable(what, look);
+    ResultTransforms transforms = readResultCsv(look.path);
+    tellPicture(arguments, look, transforms.picture);
+    if (what.kind == ExportKind::Pin) {
+      talk.add({look.name + ": the pin is that of the whole picture: a result in CSV does not tell "
+                            "of which quad one was wanted"});
+    }
+    return {what, writePin(transforms, nullptr, what, look.name, out)};
+  }
+  ShotResult result = readResult(look.path);
+  tellPicture(arguments, look, result.provenance.picture);
   return {what, writeExport(what, result, nullptr, look.name, out)};
 }
 
