@@ -127,6 +127,14 @@ TEST(RebaseCommand, ReadsBackWhatItHasWritten) {
   }
 }
 
+TEST(RebaseCommand, WritesToWhatHasNothingToReadBack) {
+  const Solved solved;
+  const Outcome run = cornerpin(
+      {"rebase", solved.path(), "--reference", "50", "-o", "/dev/null", "--format", "json"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out + run.err, "");
+}
+
 TEST(RebaseCommand, KeepsEveryByteWhereTheReferenceStays) {
   const Solved solved;
   EXPECT_EQ(rebased(solved.path(), "20").out, readFile(solved.path()));

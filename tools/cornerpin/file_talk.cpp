@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "shot/files/info_row.h"
 #include "shot/solve/wording.h"
@@ -18,7 +20,9 @@ void FileTalk::add(const std::vector<std::string>& notes) {
 
 void FileTalk::add(const Export& what, const Written& written) {
   for (const std::string& note : written.notes) notes_.push_back(what.path + ": " + note);
-  if (isStandardOutput(what.path)) return;
+  std::error_code ignored;
+  const bool isThere = std::filesystem::is_regular_file(what.path, ignored);
+  if (isStandardOutput(what.path) || !isThere) return;
   rows_ += infoRow(rows_.empty() ? "written" : "",
                    what.path + "  " + readBackText(what.path, what.format, written));
 }

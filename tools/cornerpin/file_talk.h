@@ -15,7 +15,7 @@ class FileTalk {
   /// What was left out of a file that was read: texts with its name.
   void add(const std::vector<std::string>& notes);
   /// What a file that was written cannot carry, and how it compares when it is read again, unless
-  /// it is standard output.
+  /// it is standard output or no plain file: pipes and devices have nothing to read again.
   void add(const Export& what, const Written& written);
 
   /// The size of the picture that something depended on, if it is the file that tells it; once.
