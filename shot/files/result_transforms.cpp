@@ -158,6 +158,7 @@ class ResultTable {
     std::deque<BetweenFrame>& between = result_.between;
     if (!between.empty() && row.frame == between.back().frame) return;
     if (result_.frames.empty() || row.frame < result_.frames.back().frame ||
+        row.frame >= result_.frames.back().frame + 1.0 ||
         (!between.empty() && row.frame < between.back().frame)) {
       refuse("the frame is not behind the one before");
     }

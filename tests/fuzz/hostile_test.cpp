@@ -253,7 +253,7 @@ TEST(HostileResult, OfManyFramesTakesLittleMoreThanTheFile) {
     const std::string number = std::to_string(i);
     const std::string h = i % 2 == 0 ? "1,0,0,0,1,0,0,0,1" : "2,0,0,0,1,0,0,0,1";
     frames += number + ",q," + h + ",held,,,,,,,,\n";
-    between += number + ",q," + h + ",between,,,,,,,,\n";
+    between += "0." + std::to_string(1'000'000 + i) + ",q," + h + ",between,,,,,,,,\n";
   }
   EXPECT_EQ(endOfResult(frames), Ends::Read);
   EXPECT_EQ(endOfResult(between), Ends::Read);

@@ -113,6 +113,9 @@ TEST(ReadResultCsv, RefusesWhatIsNoResult) {
   EXPECT_EQ(refusal(kHeader + kBase + "5.5,1,0,0,0,1,0,0,0,1,held,,,,,,,,\n"), behind);
   EXPECT_EQ(refusal(kHeader + kBase + "4.5,1,0,0,0,1,0,0,0,1,between,,,,,,,,\n"),
             ":3: the frame is not behind the one before");
+  EXPECT_EQ(refusal(kHeader + kBase + "7.5,1,0,0,0,1,0,0,0,1,between,,,,,,,,\n" +
+                    "6,1,0,0,0,1,0,0,0,1,held,,,,,,,,\n"),
+            ":3: the frame is not behind the one before");
   EXPECT_EQ(refusal(kHeader + kBase + "5,1,0,1,0,1,0,0,0,1,base,,,,,,,,\n"),
             ":3: the frame has another transform than on the line above");
 }
