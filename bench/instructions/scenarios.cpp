@@ -26,6 +26,7 @@
 #include "bench/command/inputs.h"
 #include "bench/support/matches.h"
 #include "shot/files/input_error.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_reader.h"
 #include "shot/fit/homography_fit.h"
 #include "shot/solve/shot_solver.h"
@@ -74,6 +75,7 @@ class TrackFile {
   TrackFile& operator=(const TrackFile&) = delete;
   ~TrackFile() { std::filesystem::remove(path_); }
 
+  const std::string& path() const { return path_; }
   cornerpin::Tracks read() const { return cornerpin::readTracks(path_); }
 
   void readOrRefuse(cornerpin::Format format) const {
@@ -130,12 +132,41 @@ std::function<void()> readingOf(const Hostile& hostile) {
   return [file, format = hostile.format] { file->readOrRefuse(format); };
 }
 
+// A result in CSV of as many bytes, whose transforms are as short as they can be.
+std::function<void()> readingResult() {
+  std::string text =
+      "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n"
+      "0,1,0,0,0,1,0,0,0,1,base,1,2,3,2,3,4.5,1,4.5\n";
+  for (int frame = 1; text.size() < kHostileBytes; ++frame) {
+    text += std::to_string(frame) + ",1,0,0,0,1,0,0,0,1,held,,,,,,,,\n";
+  }
+  const auto file = std::make_shared<const TrackFile>(text);
+  return [file] { cornerpin::readResultCsv(file->path()); };
+}
+
 // All of `solveShot`, from the first of 20 frames.
 std::function<void()> solveShotWith(cornerpin::Loss loss) {
   const auto tracks = std::make_shared<const cornerpin::Tracks>(TrackFile(100, 20).read());
   cornerpin::SolveOptions options;
   options.base = 0;
   options.loss = loss;
+  options.threads = 1;
+  return [tracks, options] { cornerpin::solveShot(*tracks, options); };
+}
+
+// A shot of ten frames, a thousand frames with two tracks each, and ten more: what those take grows
+// no faster than there are.
+std::function<void()> solveGap() {
+  const cornerpin::Tracks whole = TrackFile(8, 1020).read();
+  auto tracks = std::make_shared<cornerpin::Tracks>(whole);
+  const auto isLeftOut = [](const cornerpin::Observation& row) {
+    return row.frame >= 10 && row.frame < 1010 && row.track >= 2;
+  };
+  auto& rows = tracks->observations;
+  rows.erase(std::remove_if(rows.begin(), rows.end(), isLeftOut), rows.end());
+  tracks->arrange();
+  cornerpin::SolveOptions options;
+  options.base = 0;
   options.threads = 1;
   return [tracks, options] { cornerpin::solveShot(*tracks, options); };
 }
@@ -172,11 +203,13 @@ std::vector<Scenario> allScenarios() {
       {"read-10000-rows", reading},
       {"solve-shot-none", [] { return solveShotWith(cornerpin::Loss::None); }},
       {"solve-shot-tukey", [] { return solveShotWith(cornerpin::Loss::Tukey); }},
+      {"solve-gap", solveGap},
 #endif
   };
 #ifdef CORNERPIN_BENCH_SHOT
   for (const Hostile& hostile : hostileFiles)
     all.push_back({hostile.name, [&hostile] { return readingOf(hostile); }});
+  all.push_back({"hostile-result", readingResult});
 #endif
   return all;
 }

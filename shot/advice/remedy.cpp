@@ -62,6 +62,7 @@ class Tries {
     Tracks more = tracks_;
     for (const DoubtfulStretch& s : open) addBeside(s, noise, more);
     if (more.observations.size() == tracks_.observations.size()) return;
+    if (more.observations.size() > kMostTried) return;
     more.arrange();
     take(more, RemedyKind::AddTracks, open);
   }

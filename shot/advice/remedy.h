@@ -37,8 +37,8 @@ struct Remedy {
 /// 3. Reduced and held frames are filled in.
 ///
 /// What counts as help is `helped`. All stretches are tried at once, so two solves with the
-/// result's base frame are the most that it costs; shots of more than `kMostTried` observations are
-/// left alone.
+/// result's base frame are the most that it costs; shots of more than `kMostTried` observations,
+/// with those that are added, are left alone.
 std::vector<Remedy> remediesFor(const Tracks& tracks, const SolveOptions& options,
                                 const ShotResult& result, const Progress& progress = nullptr);
 

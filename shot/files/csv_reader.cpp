@@ -153,6 +153,7 @@ class TrackReader {
 
   std::int32_t readFrame() const {
     std::int32_t frame = 0;
+    if (parsesPlain(value(kFrame), frame)) return frame;
     const Parsed parsed = parseFrame(value(kFrame), frame);
     const std::string flaw = flawOfFrame(value(kFrame), parsed, frame);
     if (!flaw.empty()) refuse(flaw);

@@ -203,6 +203,10 @@ bool CsvRecords::fill() {
   std::memmove(buffer_.data(), buffer_.data() + begin_, filled_);
   begin_ = 0;
   if (filled_ > kLongest) fail(fmt::format("the line is longer than {} bytes", kLongest));
+  if (hasQuote_) ends_.clear();  // those of separators that mean nothing
+  if (ends_.size() > kMostFields) {
+    fail(fmt::format("the line has more than {} fields", kMostFields));
+  }
   if (filled_ + kGuard == buffer_.size()) buffer_.resize(2 * filled_ + kGuard);
   const std::size_t count =
       source_.read(buffer_.data() + filled_, buffer_.size() - kGuard - filled_);

@@ -22,7 +22,7 @@ namespace cornerpin {
 /// Takes gzip files, quoted fields (with line ends inside), LF, CRLF and CR line ends, a leading
 /// byte-order mark, and skips blank lines. Blanks around an unquoted field are dropped. Throws
 /// `InputError` when the file cannot be read, for a stray quote, for a quote that is never closed,
-/// and for a record longer than `kLongest`.
+/// for a record longer than `kLongest`, and one without quotes of more than about `kMostFields`.
 ///
 /// Cost: a line without a quote is cut where it stands in the file's block; only lines with one go
 /// through libcsv.
@@ -55,6 +55,7 @@ class CsvRecords {
   ByteSource::Position position() const { return source_.position(); }
 
   static constexpr std::size_t kLongest = std::size_t{4} * 1024 * 1024;
+  static constexpr std::size_t kMostFields = 1'000'000;
 
  private:
   static void onField(void* text, std::size_t length, void* self);

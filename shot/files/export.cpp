@@ -9,7 +9,6 @@
 #include "shot/files/read_back.h"
 #include "shot/files/result_file.h"
 #include "shot/files/result_pin.h"
-#include "shot/files/result_transforms.h"
 #include "shot/files/track_writers.h"
 #include "shot/solve/good_tracks.h"
 
@@ -200,6 +199,18 @@ Written writePin(const Tracks& corners, const Export& what, const std::string& f
   return written;
 }
 
+Written writePin(const ResultTransforms& result, const NamedQuad* quad, const Export& what,
+                 const std::string& file, OutputFile& out) {
+  requireKnown(what, result.picture, file);
+  const PinKind kind = pinKindOf(what.kind);
+  PinStyle style = what.style;
+  if (kind == PinKind::Matrix) style.nk = PinStyle::Nk::Matrix;
+  const Pin pin = pinOf(result, kind, kind == PinKind::Pin ? quad : nullptr);
+  Written written = writePin(pin, what.format, style, file, out);
+  if (needsSize(what)) written.size = sizeText(result.picture);
+  return written;
+}
+
 Written writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
                     const std::string& file, OutputFile& out, const Progress& progress) {
   requireKnown(what, result.provenance.picture, file);
@@ -212,13 +223,8 @@ Written writeExport(const Export& what, const ShotResult& result, const Tracks* 
     written.transforms = transformsOf(result);
     return written;
   }
-  const PinKind kind = pinKindOf(what.kind);
-  const NamedQuad* quad = kind == PinKind::Pin ? pinnedQuad(result) : nullptr;
-  PinStyle style = what.style;
-  if (kind == PinKind::Matrix) style.nk = PinStyle::Nk::Matrix;
-  Written written = writePin(pinOf(result, kind, quad), what.format, style, file, out);
-  if (needsSize(what)) written.size = sizeText(result.provenance.picture);
-  return written;
+  const NamedQuad* quad = what.kind == ExportKind::Pin ? pinnedQuad(result) : nullptr;
+  return writePin(transformsOf(result), quad, what, file, out);
 }
 
 }  // namespace cornerpin

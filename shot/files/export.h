@@ -9,6 +9,7 @@
 #include "shot/files/format.h"
 #include "shot/files/output_file.h"
 #include "shot/files/pin.h"
+#include "shot/files/result_transforms.h"
 #include "shot/solve/named_quad.h"
 #include "shot/solve/progress.h"
 #include "shot/solve/result.h"
@@ -36,7 +37,7 @@ struct Export {
 struct Written {
   std::optional<Tracks> tracks;
   std::optional<Pin> pin;
-  std::optional<ShotResult> transforms;  ///< `transformsOf`
+  std::optional<ResultTransforms> transforms;
   PinStyle style;
   std::string size;  ///< of the picture, such as 1920x1080, where something depended on it
   WriteNotes notes;  ///< what the format cannot carry
@@ -64,6 +65,12 @@ const NamedQuad* pinnedQuad(const ShotResult& result);
 /// \param file    the input's name, for messages
 Written writeExport(const Export& what, const ShotResult& result, const Tracks* tracks,
                     const std::string& file, OutputFile& out, const Progress& progress = {});
+
+/// The same of a result's transforms, as a pin.
+///
+/// \param quad  what the pin is put on; null: the whole picture
+Written writePin(const ResultTransforms& result, const NamedQuad* quad, const Export& what,
+                 const std::string& file, OutputFile& out);
 
 /// Writes a pin, or tracks, in the format's convention; a pin also from its corners as tracks.
 Written writePin(const Pin& pin, Format format, const PinStyle& style, const std::string& file,

@@ -66,6 +66,17 @@ inline bool parsesPlain(std::string_view text, double& value) {
   return true;
 }
 
+/// A whole number of at most nine digits without a sign, which is a frame (`flawOfFrame`); false
+/// for all else.
+inline bool parsesPlain(std::string_view text, std::int32_t& value) {
+  constexpr std::size_t kShort = 9;
+  std::int64_t digits = 0;
+  if (text.empty() || text.size() > kShort) return false;
+  takeDigits(text, digits);
+  value = static_cast<std::int32_t>(digits);
+  return text.empty();
+}
+
 /// Appends the number as the shortest decimal without an exponent that reads back as the same.
 void appendDecimal(std::string& text, double number);
 void appendDecimal(std::string& text, float number);

@@ -198,9 +198,9 @@ ReadBack comparedNode(const std::string& path, const Pin& written, PinStyle::Nk 
   return joined(corners, comparedNodeMatrix(path, written));
 }
 
-std::map<double, Homography> transformsByFrame(const ShotResult& result) {
+std::map<double, Homography> transformsByFrame(const ResultTransforms& result) {
   std::map<double, Homography> transforms;
-  for (const FrameResult& frame : result.frames) transforms.emplace(frame.frame, frame.h);
+  for (const FrameTransform& frame : result.frames) transforms.emplace(frame.frame, frame.h);
   for (const BetweenFrame& frame : result.between) transforms.emplace(frame.frame, frame.h);
   return transforms;
 }
@@ -222,8 +222,9 @@ double apart(const Homography& h, const NamedQuad& quad, const Homography& read,
 
 }  // namespace
 
-ReadBack readBack(const std::string& path, Format format, const ShotResult& written) {
-  const ShotResult read = format == Format::Csv ? readResultCsv(path) : readResult(path);
+ReadBack readBack(const std::string& path, Format format, const ResultTransforms& written) {
+  const ResultTransforms read =
+      format == Format::Csv ? readResultCsv(path) : transformsOf(readResult(path));
   const std::map<double, Homography> wanted = transformsByFrame(written);
   const std::map<double, Homography> there = transformsByFrame(read);
   ReadBack back;

@@ -7,8 +7,8 @@
 
 #include "shot/files/format.h"
 #include "shot/files/pin.h"
+#include "shot/files/result_transforms.h"
 #include "shot/plane/picture.h"
-#include "shot/solve/result.h"
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
@@ -37,8 +37,8 @@ ReadBack readBack(const std::string& path, Format format, const Pin& written,
                   const PinStyle& style);
 
 /// The same for a result in JSON or CSV: where its transforms, those between frames, too, carry the
-/// corners of its quads. \param written  holds what `transformsOf` gives
-ReadBack readBack(const std::string& path, Format format, const ShotResult& written);
+/// corners of its quads.
+ReadBack readBack(const std::string& path, Format format, const ResultTransforms& written);
 
 /// "read back: largest difference 0 px", and what is missing.
 std::string textOf(const ReadBack& read);

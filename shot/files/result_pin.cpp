@@ -54,10 +54,10 @@ Quad byCorner(const Quad& corners, YAxis y) {
   return best;
 }
 
-Pin pinOf(const ShotResult& result, PinKind kind, const NamedQuad* quad) {
+Pin pinOf(const ResultTransforms& result, PinKind kind, const NamedQuad* quad) {
   Pin pin;
   pin.name = quad != nullptr ? quad->name : "picture";
-  pin.picture = result.provenance.picture;
+  pin.picture = result.picture;
   const YAxis y = pin.picture.y.value_or(YAxis::Down);
   const bool sized = pin.picture.width && pin.picture.height;
   const Quad placed = quad != nullptr ? byCorner(quad->corners, y) : Quad{};
@@ -69,7 +69,7 @@ Pin pinOf(const ShotResult& result, PinKind kind, const NamedQuad* quad) {
   const bool puts = quad != nullptr && kind == PinKind::Pin;
   const Homography onto = puts ? quadToQuad(pin.from, placed) : kIdentity;
   pin.frames.reserve(result.frames.size());
-  for (const FrameResult& frame : result.frames) {
+  for (const FrameTransform& frame : result.frames) {
     PinFrame made;
     made.frame = frame.frame;
     const Point front = result.baseCentre;

@@ -3,8 +3,8 @@
 #define SHOT_FILES_RESULT_PIN_H
 
 #include "shot/files/pin.h"
+#include "shot/files/result_transforms.h"
 #include "shot/solve/named_quad.h"
-#include "shot/solve/result.h"
 
 namespace cornerpin {
 
@@ -23,7 +23,7 @@ Quad byCorner(const Quad& corners, YAxis y);
 /// known; without a size it is the quad, or the first of the result's. \param quad  what the
 /// rectangle is put on, in the reference frame; null: on itself, which holds
 ///              for all but `PinKind::Pin`
-Pin pinOf(const ShotResult& result, PinKind kind, const NamedQuad* quad);
+Pin pinOf(const ResultTransforms& result, PinKind kind, const NamedQuad* quad);
 
 }  // namespace cornerpin
 

@@ -26,6 +26,7 @@ namespace {
 
 constexpr std::size_t kElements = 9;
 constexpr std::size_t kCoordinates = 8;
+constexpr std::size_t kMostColumns = 1000;
 constexpr std::size_t kNoColumn = static_cast<std::size_t>(-1);
 constexpr std::string_view kBetween = "between";
 constexpr std::array<std::string_view, kElements> kElementNames = {
@@ -46,7 +47,7 @@ class ResultTable {
  public:
   explicit ResultTable(ByteSource& source) : csv_(source) {}
 
-  ShotResult read() {
+  ResultTransforms read() {
     readHeader();
     while (csv_.next()) take(readRow());
     if (result_.frames.empty()) throw InputError(csv_.name(), "there is a header but no frame");
@@ -61,6 +62,9 @@ class ResultTable {
 
   void readHeader() {
     if (!csv_.next()) throw InputError(csv_.name(), "the file is empty");
+    if (csv_.fieldCount() > kMostColumns) {
+      refuse(fmt::format("the header has more than {} fields", kMostColumns));
+    }
     for (std::size_t i = 0; i < csv_.fieldCount(); ++i) {
       header_.emplace_back(trimmed(csv_.field(i)));
     }
@@ -135,7 +139,7 @@ class ResultTable {
   }
 
   void takeFrame(const Row& row) {
-    std::vector<FrameResult>& frames = result_.frames;
+    std::deque<FrameTransform>& frames = result_.frames;
     if (!frames.empty() && row.frame == frames.back().frame) {
       if (row.h != frames.back().h)
         refuse("the frame has another transform than on the line above");
@@ -146,20 +150,20 @@ class ResultTable {
     const bool follows = frames.empty() || row.frame == frames.back().frame + 1.0;
     if (!isWhole || !follows) refuse("the frame is not the one behind the frame before");
     if (frames.size() == kMaxFrames) refuse(fmt::format("more than {} frames", kMaxFrames));
-    FrameResult frame;
-    frame.frame = static_cast<int>(row.frame);
-    frame.h = row.h;
-    frame.verdict.status = *row.status;
-    if (row.status == Status::Base) result_.baseFrame = frame.frame;
-    frames.push_back(std::move(frame));
+    frames.push_back({static_cast<int>(row.frame), *row.status, row.h});
+    if (row.status == Status::Base) result_.baseFrame = frames.back().frame;
   }
 
   void takeBetween(const Row& row) {
-    std::vector<BetweenFrame>& between = result_.between;
+    std::deque<BetweenFrame>& between = result_.between;
     if (!between.empty() && row.frame == between.back().frame) return;
     if (result_.frames.empty() || row.frame < result_.frames.back().frame ||
+        row.frame >= result_.frames.back().frame + 1.0 ||
         (!between.empty() && row.frame < between.back().frame)) {
       refuse("the frame is not behind the one before");
+    }
+    if (between.size() == kMaxFrames) {
+      refuse(fmt::format("more than {} transforms between frames", kMaxFrames));
     }
     between.push_back({row.frame, row.h});
   }
@@ -171,6 +175,7 @@ class ResultTable {
     if (isNew && result_.frames.size() > 1) {
       refuse(fmt::format("the frames before have no quad {}", shown(row.quad)));
     }
+    if (isNew && quads_.size() == kMostQuads) refuse(fmt::format("more than {} quads", kMostQuads));
     if (isNew) quads_.push_back({row.quad, {}, false});
     FoundQuad& quad = quads_[index->second];
     const bool isReference = row.h == kIdentity;
@@ -217,7 +222,7 @@ class ResultTable {
   std::size_t quad_ = kNoColumn;
   std::array<std::size_t, kElements> elements_{};
   std::array<std::size_t, kCoordinates> corners_{};
-  ShotResult result_;
+  ResultTransforms result_;
   std::vector<FoundQuad> quads_;
   std::unordered_map<std::string, std::size_t> indices_;  // of these, by name
   std::optional<int> reference_;
@@ -232,25 +237,21 @@ bool isResultCsv(std::string_view beginning) {
          header.find("qx0", frame) != std::string_view::npos;
 }
 
-ShotResult readResultCsv(const std::string& path) {
+ResultTransforms readResultCsv(const std::string& path) {
   ByteSource source(path);
   return ResultTable(source).read();
 }
 
-ShotResult transformsOf(const ShotResult& result) {
-  ShotResult transforms;
+ResultTransforms transformsOf(const ShotResult& result) {
+  ResultTransforms transforms;
+  transforms.picture = result.provenance.picture;
   transforms.baseFrame = result.baseFrame;
   transforms.referenceFrame = result.referenceFrame;
   transforms.baseCentre = result.baseCentre;
   transforms.quads = result.quads;
-  transforms.between = result.between;
-  transforms.frames.reserve(result.frames.size());
+  transforms.between.assign(result.between.begin(), result.between.end());
   for (const FrameResult& frame : result.frames) {
-    FrameResult only;
-    only.frame = frame.frame;
-    only.h = frame.h;
-    only.verdict.status = frame.verdict.status;
-    transforms.frames.push_back(std::move(only));
+    transforms.frames.push_back({frame.frame, frame.verdict.status, frame.h});
   }
   return transforms;
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -51,18 +53,37 @@ Holds contentOf(const std::string& path, const std::string& format) {
   return isResult ? Holds::Result : Holds::Tracks;
 }
 
+// In the order of the file, which says which is which where y is flipped: other corners are seen
+// at the lower left then.
+cornerpin::Tracks inFileOrder(const ResultTransforms& result, const NamedQuad& quad) {
+  constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
+  Pin pin;
+  pin.picture = result.picture;
+  for (const FrameTransform& frame : result.frames) {
+    PinFrame made;
+    made.frame = frame.frame;
+    std::transform(quad.corners.begin(), quad.corners.end(), made.to.begin(), [&](Point corner) {
+      const bool isSeen = onSameSide(frame.h, result.baseCentre, corner);
+      return isSeen ? map(frame.h, corner) : Point{kNowhere, kNowhere};
+    });
+    pin.frames.push_back(made);
+  }
+  return tracksOf(pin);
+}
+
 std::vector<Compared> cornersOf(const std::string& path, Holds content,
-                                const cornerpin::Picture& told) {
-  ShotResult result =
-      content == Holds::ResultCsv ? readResultCsv(path) : cornerpin::readResult(path);
+                                const cornerpin::Picture& told, bool withResult) {
+  ResultTransforms result =
+      content == Holds::ResultCsv ? readResultCsv(path) : transformsOf(cornerpin::readResult(path));
   cornerpin::Picture contradicted;
-  tell(result.provenance.picture, Format::Json, told, contradicted);
+  tell(result.picture, Format::Json, told, contradicted);
   std::vector<Compared> all;
   for (const NamedQuad& quad : result.quads) {
     all.push_back({tracksOf(pinOf(result, PinKind::Pin, &quad)),
                    fmt::format("{}, quad \"{}\"", path, quad.name)});
+    if (withResult) all.push_back({inFileOrder(result, quad), all.back().name});
   }
-  const cornerpin::Picture& picture = result.provenance.picture;
+  const cornerpin::Picture& picture = result.picture;
   if (picture.width && picture.height) {
     all.push_back(
         {tracksOf(pinOf(result, PinKind::Pin, nullptr)), path + ", corners of the picture"});
@@ -126,11 +147,12 @@ FileDifference compareFiles(const std::string& first, const std::string& second,
                                           formatOfWord("from_second", options.fromSecond)};
     const Holds inFirst = contentOf(first, options.fromFirst);
     const Holds inSecond = contentOf(second, options.fromSecond);
+    const bool areResults = inFirst != Holds::Tracks && inSecond != Holds::Tracks;
     FileDifference difference;
     const auto compared = [&](const std::string& path, const std::optional<Format>& format,
                               Holds content) {
       return content == Holds::Tracks ? tracksIn(path, format, told, difference.notes)
-                                      : cornersOf(path, content, told);
+                                      : cornersOf(path, content, told, areResults);
     };
     const std::vector<Compared> all = compared(first, from[0], inFirst);
     const std::vector<Compared> others = compared(second, from[1], inSecond);

@@ -52,26 +52,35 @@ void refuseTable(const Export& what, const FileLook& look) {
       look.name, factsOf(what.format).word));
 }
 
+// What is told of a result's picture.
+void tellPicture(const Conversion& job, cornerpin::Picture& picture) {
+  cornerpin::Picture contradicted;
+  if (tell(picture, Format::Json, pictureOf(job.read.picture), contradicted) != 0) {
+    throw std::invalid_argument(
+        "--first-frame: the result tells the clip's first frame: leave the option out");
+  }
+  refuseContradiction(contradicted, picture, job.look.name);
+}
+
 Made convertResult(Conversion& job) {
   const FileLook& look = job.look;
   const Export what = job.exportAs("pin");
   if (what.kind == ExportKind::Tracks) {
     throw std::invalid_argument("a result holds no tracks: give --as tracks to cornerpin solve");
   }
-  if (look.table) refuseTable(what, look);
-  ShotResult result = look.table ? readResultCsv(look.path) : cornerpin::readResult(look.path);
-  cornerpin::Picture& picture = result.provenance.picture;
-  cornerpin::Picture contradicted;
-  if (tell(picture, Format::Json, pictureOf(job.read.picture), contradicted) != 0) {
-    throw std::invalid_argument(
-        "--first-frame: the result tells the clip's first frame: leave the option out");
+  if (look.table) {
+    refuseTable(what, look);
+    ResultTransforms transforms = readResultCsv(look.path);
+    tellPicture(job, transforms.picture);
+    if (what.kind == ExportKind::Pin) {
+      job.notes.push_back(look.name +
+                          ": the pin is that of the whole picture: a result in CSV does not tell "
+                          "of which quad one was wanted");
+    }
+    return {what.format, writePin(transforms, nullptr, what, look.name, job.out)};
   }
-  refuseContradiction(contradicted, picture, look.name);
-  if (look.table && what.kind == ExportKind::Pin) {
-    job.notes.push_back(look.name +
-                        ": the pin is that of the whole picture: a result in CSV does not tell "
-                        "of which quad one was wanted");
-  }
+  ShotResult result = cornerpin::readResult(look.path);
+  tellPicture(job, result.provenance.picture);
   return {what.format, writeExport(what, result, nullptr, look.name, job.out)};
 }
 

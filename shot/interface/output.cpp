@@ -146,7 +146,8 @@ Export exportOf(const std::string& path, const WriteOptions& options) {
 
 Written saidOf(const std::string& path, Format format, const cornerpin::Written& written,
                bool readBack) {
-  const bool isRead = readBack && path != "-";
+  std::error_code ignored;  // of a path that is not there
+  const bool isRead = readBack && path != "-" && std::filesystem::is_regular_file(path, ignored);
   return {written.notes, isRead ? readBackText(path, format, written) : "", written.size};
 }
 

@@ -99,6 +99,7 @@ void ModelPass::findFirm(double likely) {
   for (std::size_t f = 0; f < frames_.size(); ++f) {
     certain_[f] = f == base_ || isCertain(f);
     firm_[f] = certain_[f] && !isLikelyByChance(frames_[f].verdict.origin);
+    if (firm_[f]) firmFrames_.push_back(f);
   }
 }
 
@@ -209,20 +210,24 @@ ModelPass::Around ModelPass::around(std::size_t frame, const Matches& tracks,
 }
 
 std::optional<std::size_t> ModelPass::firmFrom(std::size_t frame, std::ptrdiff_t step) const {
-  for (std::size_t f = shifted(frame, step); f < firm_.size(); f = shifted(f, step)) {
-    if (firm_[f]) return f;
+  if (step > 0) {
+    const auto next = std::upper_bound(firmFrames_.begin(), firmFrames_.end(), frame);
+    return next == firmFrames_.end() ? std::nullopt : std::optional<std::size_t>(*next);
   }
-  return std::nullopt;
+  const auto next = std::lower_bound(firmFrames_.begin(), firmFrames_.end(), frame);
+  return next == firmFrames_.begin() ? std::nullopt : std::optional<std::size_t>(next[-1]);
 }
 
-// The farthest firm frame up to so many frames behind the first one.
+// The farthest firm frame up to so many frames behind the first one, which is firm itself.
 std::optional<std::size_t> ModelPass::secondFrom(std::size_t first, std::ptrdiff_t step,
                                                  std::ptrdiff_t most) const {
-  for (; most > 0; --most) {
-    const std::size_t frame = shifted(first, step * most);
-    if (frame < firm_.size() && firm_[frame]) return frame;
-  }
-  return std::nullopt;
+  const auto reach = static_cast<std::size_t>(most);
+  const auto begin = firmFrames_.begin();
+  const auto end = firmFrames_.end();
+  const std::size_t found = step > 0
+                                ? *(std::upper_bound(begin, end, first + reach) - 1)
+                                : *std::lower_bound(begin, end, first - std::min(first, reach));
+  return found == first ? std::nullopt : std::optional<std::size_t>(found);
 }
 
 std::vector<Kept> ModelPass::groundsFor(std::size_t frame, std::ptrdiff_t step,

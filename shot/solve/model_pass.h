@@ -88,8 +88,9 @@ class ModelPass {
   TracksOf knownIn_;
   Refit refit_;
   Noise usual_;
-  std::vector<bool> certain_;  // by frame
-  std::vector<bool> firm_;     // by frame: its transform stays
+  std::vector<bool> certain_;            // by frame
+  std::vector<bool> firm_;               // by frame: its transform stays
+  std::vector<std::size_t> firmFrames_;  // those that are, rising
   std::optional<MotionTrials> trials_;
   std::map<std::size_t, Settled> settled_;  // of the frames that are not certain
 };

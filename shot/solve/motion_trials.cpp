@@ -81,7 +81,11 @@ bool contradicts(double squares, std::size_t pairs, const Noise& noise) {
 }
 
 MotionTrials::MotionTrials(std::vector<std::optional<Homography>> known)
-    : known_(std::move(known)) {}
+    : known_(std::move(known)) {
+  for (std::size_t f = 0; f < known_.size(); ++f) {
+    if (known_[f]) frames_.push_back(f);
+  }
+}
 
 std::vector<std::size_t> MotionTrials::framesFor(const Offsets& from) const {
   std::vector<std::size_t> all;
@@ -89,10 +93,11 @@ std::vector<std::size_t> MotionTrials::framesFor(const Offsets& from) const {
   const auto isKnown = [&](std::ptrdiff_t frame) {
     return frame >= 0 && frame < count && known_[static_cast<std::size_t>(frame)];
   };
-  for (std::ptrdiff_t f = 0; f < count; ++f) {
-    bool usable = isKnown(f);
-    for (std::ptrdiff_t offset : from) usable = usable && isKnown(f + offset);
-    if (usable) all.push_back(static_cast<std::size_t>(f));
+  for (const std::size_t f : frames_) {
+    const bool usable = std::all_of(from.begin(), from.end(), [&](std::ptrdiff_t offset) {
+      return isKnown(static_cast<std::ptrdiff_t>(f) + offset);
+    });
+    if (usable) all.push_back(f);
   }
   if (all.size() <= kMostTrials) return all;
   std::vector<std::size_t> spread;

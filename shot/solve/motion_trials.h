@@ -61,7 +61,8 @@ class MotionTrials {
   Homography keptIn(std::size_t trial, const Offsets& from, const TrialFrame& frame) const;
 
  private:
-  std::vector<std::optional<Homography>> known_;
+  std::vector<std::optional<Homography>> known_;  // by frame
+  std::vector<std::size_t> frames_;               // those that are, rising
 };
 
 /// How far lower models go wrong in the shot at hand: each is fitted in frames whose transforms are

@@ -34,7 +34,7 @@ TEST_P(FuzzCorpus, IsStillTheSameWhereItIsWrittenAndReadAgain) {
   std::size_t read = 0;
   for (const auto& path : filesIn(corpus / GetParam().word)) {
     SCOPED_TRACE(path.filename().string());
-    const RoundTrip result = roundTrip(GetParam().format, readFile(path.string()));
+    const RoundTrip result = roundTrip(GetParam(), readFile(path.string()));
     EXPECT_EQ(result.flaw, "");
     EXPECT_EQ(result.isRead, path.filename().string().rfind("refused", 0) != 0);
     read += result.isRead ? 1 : 0;
@@ -46,7 +46,7 @@ TEST_P(FuzzCorpus, IsStillTheSameWhereItIsWrittenAndReadAgain) {
 TEST_P(FuzzCorpus, OfOtherFormatsBreaksNothing) {
   for (const auto& folder : filesIn(CORNERPIN_FUZZ_CORPUS)) {
     for (const auto& path : filesIn(folder))
-      EXPECT_EQ(roundTrip(GetParam().format, readFile(path.string())).flaw, "") << path;
+      EXPECT_EQ(roundTrip(GetParam(), readFile(path.string())).flaw, "") << path;
   }
 }
 
@@ -60,9 +60,11 @@ TEST_P(FuzzCorpus, MayBeCutOffAnywhere) {
       const std::string part = text.substr(0, length);
       ReadTrace trace;
       trace.format = GetParam().format;
-      EXPECT_NO_THROW(refusalOf(part, &trace)) << path << ", " << length << " bytes of it";
-      if (length % 25 != 0) continue;
-      EXPECT_EQ(roundTrip(GetParam().format, part).flaw, "") << path << ", " << length;
+      if (!GetParam().isOfResults) {
+        EXPECT_NO_THROW(refusalOf(part, &trace)) << path << ", " << length << " bytes of it";
+      }
+      if (length % 25 != 0 && !GetParam().isOfResults) continue;
+      EXPECT_EQ(roundTrip(GetParam(), part).flaw, "") << path << ", " << length;
     }
   }
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "shot/files/input_error.h"
+#include "shot/files/result_transforms.h"
 #include "tests/fuzz/round_trip.h"
 #include "tests/shot/files/gzipped.h"
 #include "tests/shot/files/line_files.h"
@@ -87,17 +88,16 @@ std::vector<Shape> shapes() {
 
 enum class Ends { Read, Refused };
 
-// Reads a file, in memory that is bounded whatever is in it. Refused where no tracks come of it.
-Ends endOf(const std::string& bytes, Format format, std::size_t most = kMost) {
+// Reads a file, in memory that is bounded whatever is in it. Refused where nothing comes of it.
+template <class Read>
+Ends endOf(const std::string& bytes, const Read& read, std::size_t most) {
   const TemporaryFolder folder;
   const std::string path = folder / "in.txt";
   writeFile(path, bytes);
   Ends end = Ends::Read;
   const std::size_t peak = allocations::peakBytesOf([&] {
-    ReadTrace trace;
-    trace.format = format;
     try {
-      readTracks(path, {}, {}, &trace);
+      read(path);
     } catch (const InputError& error) {
       end = Ends::Refused;
       EXPECT_LT(std::string(error.what()).size(), 10000u);
@@ -106,6 +106,25 @@ Ends endOf(const std::string& bytes, Format format, std::size_t most = kMost) {
   EXPECT_LE(peak, most) << bytes.substr(0, 100);
   return end;
 }
+
+Ends endOf(const std::string& bytes, Format format, std::size_t most = kMost) {
+  const auto read = [&](const std::string& path) {
+    ReadTrace trace;
+    trace.format = format;
+    readTracks(path, {}, {}, &trace);
+  };
+  return endOf(bytes, read, most);
+}
+
+// Of a result in CSV, beside as much as the file has.
+Ends endOfResult(const std::string& bytes) {
+  return endOf(
+      bytes, [](const std::string& path) { readResultCsv(path); }, kMost + bytes.size());
+}
+
+const std::string kResultHeader =
+    "frame,quad,h00,h01,h02,h10,h11,h12,h20,h21,h22,status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n";
+const std::string kShownBase = "0,q,1,0,0,0,1,0,0,0,1,base,1,2,3,2,3,4.5,1,4.5\n";
 
 // Tracks t0, t1 ... whose x is their number.
 std::string manyTracks(const std::string& word, std::size_t count) {
@@ -223,6 +242,64 @@ TEST_P(HostileFile, OfAMillionTracksInOneFrameIsRead) {
   for (const Observation& row : tracks.observations) {
     const std::string& name = tracks.names[static_cast<std::size_t>(row.track)];
     ASSERT_EQ(row.x, std::stod(name.substr(1)));
+  }
+}
+
+// Each frame moves the surface, so that rows could not be kept as one.
+TEST(HostileResult, OfManyFramesTakesLittleMoreThanTheFile) {
+  std::string frames = kResultHeader + kShownBase;
+  std::string between = frames;
+  for (int i = 1; i < 300'000; ++i) {
+    const std::string number = std::to_string(i);
+    const std::string h = i % 2 == 0 ? "1,0,0,0,1,0,0,0,1" : "2,0,0,0,1,0,0,0,1";
+    frames += number + ",q," + h + ",held,,,,,,,,\n";
+    between += "0." + std::to_string(1'000'000 + i) + ",q," + h + ",between,,,,,,,,\n";
+  }
+  EXPECT_EQ(endOfResult(frames), Ends::Read);
+  EXPECT_EQ(endOfResult(between), Ends::Read);
+}
+
+TEST(HostileResult, OfManyQuadsIsRefused) {
+  std::string text = kResultHeader;
+  for (std::size_t i = 0; i <= 2 * kMostQuads; ++i) {
+    text += "0," + std::to_string(i) + kShownBase.substr(3);
+  }
+  EXPECT_EQ(endOfResult(text), Ends::Refused);
+}
+
+TEST(HostileResult, OfManyFieldsOrALongLineIsRefused) {
+  for (const char c : {'1', 'x', '{', '"', ' ', ','}) {
+    const std::string line(17 * kMegabyte, c);
+    EXPECT_EQ(endOfResult(line), Ends::Refused) << c;
+    EXPECT_EQ(endOfResult(kResultHeader + line), Ends::Refused) << c;
+    EXPECT_EQ(endOfResult(kResultHeader + kShownBase + "1,q," + line), Ends::Refused) << c;
+  }
+  const std::string commas(4'000'000, ',');
+  EXPECT_EQ(endOfResult("frame" + commas + "\n"), Ends::Refused);
+}
+
+TEST(HostileResult, ThatIsAGzipBombIsRefused) {
+  for (const char c : {'\0', '\n', '1', ','}) {
+    EXPECT_EQ(endOfResult(repeated(gzippedOf(4 * kMegabyte, c), 256)), Ends::Refused) << c;
+  }
+  const std::string rows = gzipped(repeated("1,q,1,0,0,0,1,0,0,0,1,held,,,,,,,,\n", 100'000));
+  EXPECT_EQ(endOfResult(gzipped(kResultHeader + kShownBase) + repeated(rows, 256)), Ends::Refused);
+}
+
+TEST(HostileResult, OfNumbersThatAreNoneIsRefused) {
+  for (const char* x : {"inf", "-inf", "nan", "1e400", "", "null"}) {
+    const std::string row = std::string("0,q,1,0,") + x + ",0,1,0,0,0,1,base,1,2,3,2,3,4.5,1,4.5\n";
+    EXPECT_EQ(endOfResult(kResultHeader + row), Ends::Refused) << x;
+  }
+  const std::string far = "1000000001" + kShownBase.substr(1);
+  EXPECT_EQ(endOfResult(kResultHeader + far), Ends::Refused);
+}
+
+// A line of separators alone, which is within the bytes that a line may have.
+TEST_P(HostileFile, WithALineOfSeparatorsTakesLittleMemory) {
+  for (const char c : {',', ';', '\t', ' '}) {
+    end(shape().begin + std::string(4 * kMegabyte, c));
+    end(shape().begin + "\"" + std::string(4 * kMegabyte, c));
   }
 }
 

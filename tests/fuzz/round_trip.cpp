@@ -6,10 +6,13 @@
 #include <fstream>
 #include <map>
 #include <tuple>
+#include <utility>
 
 #include "shot/files/input_error.h"
 #include "shot/files/pin.h"
 #include "shot/files/provenance_json.h"
+#include "shot/files/result_file.h"
+#include "shot/files/result_transforms.h"
 #include "shot/files/track_reader.h"
 #include "shot/files/track_writers.h"
 #include "tests/support/files.h"
@@ -149,17 +152,94 @@ class Trip {
   Tracks tracks_;
 };
 
+constexpr std::size_t kMostRows = 2000;
+
+ShotResult resultWith(const ResultTransforms& transforms) {
+  ShotResult result;
+  result.baseFrame = transforms.baseFrame;
+  result.referenceFrame = transforms.referenceFrame;
+  result.baseCentre = transforms.baseCentre;
+  result.quads = transforms.quads;
+  result.between.assign(transforms.between.begin(), transforms.between.end());
+  for (const FrameTransform& frame : transforms.frames) {
+    FrameResult made;
+    made.frame = frame.frame;
+    made.verdict.status = frame.status;
+    made.h = frame.h;
+    made.figures = baseFrameFigures(transforms.quads.size());
+    result.frames.push_back(std::move(made));
+  }
+  return result;
+}
+
+// The file names no quad where there is one alone.
+std::string flawOf(const ResultTransforms& first, const ResultTransforms& again) {
+  const auto isSameFrame = [](const FrameTransform& a, const FrameTransform& b) {
+    return a.frame == b.frame && a.status == b.status && a.h == b.h;
+  };
+  const auto isSameBetween = [](const BetweenFrame& a, const BetweenFrame& b) {
+    return a.frame == b.frame && a.h == b.h;
+  };
+  const auto isSameQuad = [&](const NamedQuad& a, const NamedQuad& b) {
+    return (a.name == b.name || first.quads.size() == 1) && a.corners == b.corners;
+  };
+  const auto areSame = [](const auto& a, const auto& b, const auto& isSame) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), isSame);
+  };
+  if (!areSame(first.frames, again.frames, isSameFrame)) return "the frames differ";
+  if (!areSame(first.between, again.between, isSameBetween)) return "those between frames differ";
+  if (!areSame(first.quads, again.quads, isSameQuad)) return "the quads differ";
+  return first.referenceFrame == again.referenceFrame ? "" : "the reference frame differs";
+}
+
+RoundTrip tripOfResult(std::string_view bytes) {
+  const TemporaryFolder folder;
+  writeFile(folder / "in", std::string(bytes));
+  RoundTrip trip;
+  ResultTransforms first;
+  try {
+    first = readResultCsv(folder / "in");
+  } catch (const InputError&) {
+    return trip;
+  }
+  trip.isRead = true;
+  const bool isTold = std::any_of(first.frames.begin(), first.frames.end(),
+                                  [](const FrameTransform& f) { return f.h == kIdentity; });
+  const std::size_t frames = first.frames.size() + first.between.size();
+  if (!isTold || frames * first.quads.size() > kMostRows) return trip;
+  OutputFile out(folder / "out");
+  writeResult(resultWith(first), Format::Csv, out);
+  out.commit();
+  try {
+    trip.flaw = flawOf(first, readResultCsv(folder / "out"));
+  } catch (const InputError& error) {
+    trip.flaw = std::string("what was written is refused: ") + error.what() + "\n" +
+                readFile(folder / "out");
+  }
+  return trip;
+}
+
 }  // namespace
 
 const std::vector<FuzzedReader>& fuzzedReaders() {
-  static const std::vector<FuzzedReader> all = {
-      {"csv", Format::Csv},     {"json", Format::Json},     {"points", Format::Points},
-      {"nk", Format::Nk},       {"blocks", Format::Blocks}, {"keyframes", Format::Keyframes},
-      {"paths", Format::Paths}, {"rz2", Format::Rz2},       {"uv", Format::Uv},
-      {"uv_json", Format::Json}};
+  static const std::vector<FuzzedReader> all = {{"csv", Format::Csv},
+                                                {"json", Format::Json},
+                                                {"points", Format::Points},
+                                                {"nk", Format::Nk},
+                                                {"blocks", Format::Blocks},
+                                                {"keyframes", Format::Keyframes},
+                                                {"paths", Format::Paths},
+                                                {"rz2", Format::Rz2},
+                                                {"uv", Format::Uv},
+                                                {"uv_json", Format::Json},
+                                                {"result_csv", Format::Csv, true}};
   return all;
 }
 
 RoundTrip roundTrip(Format format, std::string_view bytes) { return Trip(format, bytes).run(); }
+
+RoundTrip roundTrip(const FuzzedReader& reader, std::string_view bytes) {
+  return reader.isOfResults ? tripOfResult(bytes) : roundTrip(reader.format, bytes);
+}
 
 }  // namespace cornerpin

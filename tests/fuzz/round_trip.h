@@ -14,6 +14,7 @@ namespace cornerpin {
 struct FuzzedReader {
   const char* word;
   Format format;
+  bool isOfResults = false;  ///< otherwise of tracks
 };
 const std::vector<FuzzedReader>& fuzzedReaders();
 
@@ -26,6 +27,10 @@ struct RoundTrip {
 /// writer and as CSV where it has none, and read again: names, frames, positions and weights are
 /// the same, as far as the writer does not say that the format cannot carry them.
 RoundTrip roundTrip(Format format, std::string_view bytes);
+
+/// The same by a reader. Of results, the frames, their statuses and transforms and those between,
+/// and the quads are the same; where no frame tells these as they are, the result is only read.
+RoundTrip roundTrip(const FuzzedReader& reader, std::string_view bytes);
 
 }  // namespace cornerpin
 

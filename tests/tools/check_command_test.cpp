@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tests/support/files.h"
 #include "tests/tools/program.h"
@@ -149,6 +152,132 @@ TEST(CheckCommand, ComparesAResultInCsv) {
   const Outcome run = cornerpin({"check", folder / "r.json", folder / "r.csv"});
   EXPECT_EQ(run.out, "Same: nothing differs.\n") << run.err;
   EXPECT_EQ(run.code, 0);
+}
+
+namespace {
+
+// How one file's numbers become another's, and how much its frames are later.
+struct Change {
+  double times = 1.0;
+  double plusX = 0.0;
+  double timesY = 1.0;
+  double plusY = 0.0;
+  int frames = 0;
+};
+
+constexpr int kFirst = 7;
+constexpr int kMoving = 6;  // frames
+
+using Corners = std::vector<std::pair<double, double>>;
+
+// A corner of a quad that moves, grows and leans, by exact steps: bottom left, bottom right, top
+// right, top left where y grows downwards.
+Corners cornersIn(int i, const Change& c) {
+  const double grows = 1.0 + 0.125 * i;
+  const Corners square = {{100.0, 300.0}, {400.0, 324.0}, {416.0, 100.0}, {96.0, 120.0}};
+  Corners corners;
+  for (const auto& [x, y] : square) {
+    const double movedX = grows * x + 0.25 * i * y + 3.0 * i * i;
+    const double movedY = grows * y - 8.5 * i;
+    corners.emplace_back(c.times * movedX + c.plusX, c.timesY * movedY + c.plusY);
+  }
+  return corners;
+}
+
+// A corner pin whose corners are those in this order.
+std::string pinWith(const Change& c, const std::vector<std::size_t>& order = {0, 1, 2, 3}) {
+  std::string text = "CornerPin2D {\n";
+  for (std::size_t k = 0; k < 4; ++k) {
+    std::string x;
+    std::string y;
+    for (int i = 0; i < kMoving; ++i) {
+      const auto [px, py] = cornersIn(i, c)[order[k]];
+      const std::string frame = " x" + std::to_string(kFirst + c.frames + i) + " ";
+      x += frame + std::to_string(px);
+      y += frame + std::to_string(py);
+    }
+    text += " to" + std::to_string(k + 1) + " {{curve L" + x + "} {curve L" + y + "}}\n";
+  }
+  return text + " name CornerPin1\n}\n";
+}
+
+// The transform between two triangles of numbers, by the differences of their corners.
+std::string resultWith(const Change& c, bool asCsv) {
+  std::string rows;
+  const Corners first = cornersIn(0, c);
+  const auto text = [](double number) { return fmt::format("{}", number); };
+  for (int i = 0; i < kMoving; ++i) {
+    // x' = a x + b y + m, y' = d y + n of the picture before the change, and of the numbers after.
+    const double a = 1.0 + 0.125 * i;
+    const double b = 0.25 * i * c.times / c.timesY;
+    const double m = c.times * 3.0 * i * i + c.plusX - a * c.plusX - b * c.plusY;
+    const double n = c.timesY * -8.5 * i + c.plusY - a * c.plusY;
+    const std::string frame = std::to_string(kFirst + c.frames + i);
+    const std::string status = i == 0 ? "base" : "solved";
+    if (asCsv) {
+      rows += frame + "," + text(a) + "," + text(b) + "," + text(m) + ",0," + text(a) + "," +
+              text(n) + ",0,0,1," + status;
+      for (const auto& [x, y] : cornersIn(i, c)) rows += "," + text(x) + "," + text(y);
+      rows += "\n";
+    } else {
+      rows += (i == 0 ? "" : ",") + fmt::format(R"({{"frame":{},"status":"{}","tracks":4,"rms":0,)"
+                                                R"("h":[[{},{},{}],[0,{},{}],[0,0,1]]}})",
+                                                frame, status, a, b, m, a, n);
+    }
+  }
+  if (asCsv) {
+    return "frame,h00,h01,h02,h10,h11,h12,h20,h21,h22,status,qx0,qy0,qx1,qy1,qx2,qy2,qx3,qy3\n" +
+           rows;
+  }
+  return fmt::format(
+      R"({{"cornerpin":1,"base_frame":{},"base_tracks":4,"left_out":0,"units":"fit",)"
+      R"("corners":[[{},{}],[{},{}],[{},{}],[{},{}]],"frames":[{}]}})",
+      kFirst + c.frames, first[0].first, first[0].second, first[1].first, first[1].second,
+      first[2].first, first[2].second, first[3].first, first[3].second, rows);
+}
+
+struct Named {
+  Change change;
+  const char* words;
+};
+
+const std::vector<Named> kNamed = {
+    {{1.0, 0.0, -1.0, 1080.0, 0}, "y flipped about 1080"},
+    {{1.0, 0.5, 1.0, 0.5, 0}, "half a pixel (+0.5 in x and y)"},
+    {{1.0, -0.5, -1.0, 1079.5, 0}, "y flipped about 1080, half a pixel"},
+    {{1.0, 0.0, 1.0, 0.0, 1}, "frame +1"},
+    {{0.5, 0.0, 0.5, 0.0, 0}, "scaled by 0.5"},
+    {{0.5, 0.0, 0.5, 0.0, -1}, "scaled by 0.5, frame -1"}};
+
+}  // namespace
+
+TEST(CheckCommand, NamesWhatDiffersBetweenPins) {
+  EXPECT_EQ(TwoFiles(pinWith({}), pinWith({})).check().out, "Same: nothing differs.\n");
+  for (const Named& named : kNamed) {
+    const Outcome run = TwoFiles(pinWith({}), pinWith(named.change)).check();
+    EXPECT_EQ(run.code, 4);
+    EXPECT_TRUE(contains(run.out, fmt::format("\nDifferent: {}.\n", named.words))) << run.out;
+  }
+  const Outcome run = TwoFiles(pinWith({}), pinWith({}, {3, 2, 1, 0})).check();
+  EXPECT_EQ(run.code, 4);
+  EXPECT_TRUE(contains(run.out, "\nDifferent: corner order.\n")) << run.out;
+}
+
+TEST(CheckCommand, NamesWhatDiffersBetweenResults) {
+  for (const bool asCsv : {false, true}) {
+    EXPECT_EQ(TwoFiles(resultWith({}, !asCsv), resultWith({}, asCsv)).check().code, 0);
+    for (const Named& named : kNamed) {
+      const Outcome run = TwoFiles(resultWith({}, false), resultWith(named.change, asCsv)).check();
+      EXPECT_EQ(run.code, 4);
+      EXPECT_TRUE(contains(run.out, fmt::format("\nDifferent: {}.\n", named.words))) << run.out;
+    }
+  }
+}
+
+TEST(CheckCommand, NamesWhatDiffersBetweenAPinAndAResult) {
+  const Outcome run = TwoFiles(resultWith({}, false), pinWith({}, {1, 2, 3, 0})).check();
+  EXPECT_EQ(run.code, 4);
+  EXPECT_TRUE(contains(run.out, "\nDifferent: corner order.\n")) << run.out;
 }
 
 TEST(CheckCommand, KeepsControlCharactersFromTheTerminal) {

@@ -5,9 +5,10 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "tests/support/refusal.h"
 
 using namespace cornerpin;
 
@@ -35,16 +36,6 @@ struct Line {
 std::vector<Export> exportsOf(const Words& words) {
   const Line line(words);
   return line.output.value(line.style);
-}
-
-template <class Action>
-std::string refusal(const Action& action) {
-  try {
-    action();
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "nothing thrown";
 }
 
 std::string refusalOfExports(const Words& words) {

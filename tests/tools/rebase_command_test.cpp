@@ -60,7 +60,6 @@ TEST(RebaseCommand, WritesTheResultRelativeToAFrame) {
   const Outcome run =
       cornerpin({"rebase", solved.path(), "--reference", "50", "-o", solved / "out.json"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.err, "");
   const json before = json::parse(readFile(solved.path()));
   const json after = json::parse(readFile(solved / "out.json"));
@@ -115,6 +114,25 @@ TEST(RebaseCommand, TakesQuietAsOtherCommandsDo) {
   EXPECT_EQ(run.code, 0) << run.err;
   EXPECT_EQ(run.out + run.err, "");
   EXPECT_EQ(readFile(solved / "out.json"), rebased(solved.path(), "50").out);
+}
+
+TEST(RebaseCommand, ReadsBackWhatItHasWritten) {
+  const Solved solved;
+  for (const char* name : {"out.json", "out.csv"}) {
+    const Outcome run =
+        cornerpin({"rebase", solved.path(), "--reference", "50", "-o", solved / name});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(run.out,
+              "written       " + (solved / name) + "  read back: largest difference 0 px\n");
+  }
+}
+
+TEST(RebaseCommand, WritesToWhatHasNothingToReadBack) {
+  const Solved solved;
+  const Outcome run = cornerpin(
+      {"rebase", solved.path(), "--reference", "50", "-o", "/dev/null", "--format", "json"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out + run.err, "");
 }
 
 TEST(RebaseCommand, KeepsEveryByteWhereTheReferenceStays) {

@@ -18,6 +18,7 @@
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
+#include "tests/support/refusal.h"
 #include "tests/support/terminal.h"
 
 using namespace cornerpin;
@@ -35,17 +36,6 @@ Option parsed(Words words) {
   std::reverse(words.begin(), words.end());  // the last one is parsed first
   app.parse(words);
   return option;
-}
-
-// The message of what `action` throws.
-template <class Action>
-std::string refusal(const Action& action) {
-  try {
-    action();
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "nothing thrown";
 }
 
 }  // namespace

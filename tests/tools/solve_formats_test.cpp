@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/format_files.h"
+#include "tests/support/format_files.h"
 #include "tests/tools/program.h"
 
 using other::Clip;

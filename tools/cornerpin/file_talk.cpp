@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <iostream>
 
-#include "tools/cornerpin/output_paths.h"
-
 namespace cornerpin {
 
 void FileTalk::add(const std::vector<std::string>& notes) {
@@ -17,7 +15,7 @@ void FileTalk::add(const std::vector<std::string>& notes) {
 
 void FileTalk::add(const std::string& path, const shot::Written& written) {
   for (const std::string& note : written.notes) notes_.push_back(path + ": " + note);
-  if (isStandardOutput(path)) return;
+  if (written.readBack.empty()) return;
   rows_ += fmt::format("{:<14}{}\n", rows_.empty() ? "written" : "",
                        shot::printable(path + "  " + written.readBack));
 }

@@ -17,7 +17,7 @@ class FileTalk {
   /// What was left out of a file that was read: texts with its name.
   void add(const std::vector<std::string>& notes);
   /// What a file that was written cannot carry, and how it compares when it is read again, unless
-  /// it is standard output.
+  /// it was not read again.
   void add(const std::string& path, const shot::Written& written);
 
   /// The size of the picture that something depended on, if it is the file that tells it; once.

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "tools/cornerpin/file_talk.h"
+#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
 
@@ -28,19 +30,21 @@ struct Arguments {
   ResultArgument result;
   ReferenceOption reference;
   OutputOptions output;
-  QuietOption quiet;  // for scripts that give it to every command: nothing is printed without it
+  QuietOption quiet;
 };
 
 int run(const Arguments& arguments) {
   const int reference = arguments.reference.value().value();
   shot::WriteOptions how;
   how.to = arguments.output.format();
-  how.readBack = false;
   const bool onStandardOutput = arguments.output.isStandardOutput();
   if (!onStandardOutput) refuseInput(arguments.result.path, arguments.output.path);
   requireWritable(arguments.output.path);
   const shot::Result result = shot::readResult(arguments.result.path).rebase(reference);
-  result.write(onStandardOutput ? "-" : arguments.output.path, how);
+  FileTalk talk;
+  talk.add(arguments.output.path,
+           result.write(onStandardOutput ? "-" : arguments.output.path, how));
+  if (!arguments.quiet.given) print(talk.readBackRows());
   return kSolved;
 }
 

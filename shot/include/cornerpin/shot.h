@@ -208,7 +208,7 @@ struct Observation {
 struct Written {
   std::vector<std::string> notes;  ///< what the format cannot carry
   std::string readBack;  ///< how it compares: "read back: largest difference 0 px"; empty where
-                         ///< nothing was read again, as of standard output
+                         ///< nothing was read again, as of standard output and pipes
   std::string size;      ///< of the picture, such as 1920x1080, where something depended on it
 };
 

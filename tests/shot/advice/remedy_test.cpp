@@ -151,6 +151,18 @@ TEST(Remedy, IsNotLookedForInHugeShots) {
   EXPECT_TRUE(remediesFor(huge, fromTheFirst(), result).empty());
 }
 
+// Six frames with two more tracks each are more than are tried.
+TEST(Remedy, IsNotToTrackMoreWhereThatMakesAShotHuge) {
+  const Tracks tracks = shotWith(
+      0.0, [](int t) { return t < kFar && t % 5 < 4; }, shaken);
+  ShotResult result = solveShot(tracks, fromTheFirst());
+  for (FrameResult& frame : result.frames) frame.strongest = -1;
+  ASSERT_EQ(remediesFor(tracks, fromTheFirst(), result).size(), 1u);
+  Tracks large = tracks;
+  large.observations.resize(kMostTried, tracks.observations.back());
+  EXPECT_TRUE(remediesFor(large, fromTheFirst(), result).empty());
+}
+
 TEST(Remedy, IsToldWithWhatToType) {
   ShotResult result;
   result.baseFrame = 54;

@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <stdexcept>
 #include <string>
+
+#include "tests/support/refusal.h"
 
 using namespace cornerpin;
 
@@ -34,16 +35,6 @@ Tracks oneRow(const Picture& picture, double x, double y, int frame) {
   tracks.observations = {row};
   tracks.arrange();
   return tracks;
-}
-
-template <class Action>
-std::string refusal(const Action& action) {
-  try {
-    action();
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "";
 }
 
 }  // namespace

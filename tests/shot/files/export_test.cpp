@@ -3,25 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
 #include <string>
 
 #include "tests/shot/files/tracks_in.h"
 #include "tests/shot/files/two_frames.h"
+#include "tests/support/refusal.h"
 
 using namespace cornerpin;
 
 namespace {
-
-template <class Action>
-std::string refusal(const Action& action) {
-  try {
-    action();
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "";
-}
 
 Export exportTo(Format format, ExportKind kind) {
   Export what;

@@ -8,9 +8,13 @@
 #include <vector>
 
 #include "shot/files/track_writers.h"
+#include "tests/shot/files/keyframes_sections.h"
 #include "tests/shot/files/made_pin.h"
 
 using namespace cornerpin;
+using made::placed;
+using made::Rows;
+using made::sectionsIn;
 
 namespace {
 
@@ -27,39 +31,6 @@ std::string pinText(const Pin& pin, WriteNotes* notes = nullptr) {
 }
 std::string transformText(const Pin& pin, WriteNotes* notes = nullptr) {
   return textOf(pin, PinStyle::Keyframes::Transform, notes);
-}
-
-// The values of each section by frame.
-using Rows = std::map<int, std::vector<double>>;
-std::map<std::string, Rows> sectionsIn(const std::string& text) {
-  std::map<std::string, Rows> sections;
-  std::string heading;
-  for (const std::string& line : made::parts(text, '\n')) {
-    if (line.empty()) continue;
-    if (line[0] != '\t') {
-      heading = line;
-      continue;
-    }
-    std::vector<std::string> cells = made::parts(line.substr(1), '\t');
-    if (cells[0] == "Frame" || std::isalpha(cells[0][0]) != 0) continue;
-    std::vector<double> values;
-    for (std::size_t i = 1; i < cells.size(); ++i) values.push_back(std::stod(cells[i]));
-    EXPECT_TRUE(sections[heading].emplace(std::stoi(cells[0]), values).second) << line;
-  }
-  return sections;
-}
-
-// The sections' placement of a point, y down: position + R S (p - anchor).
-Point placed(const std::map<std::string, Rows>& sections, int frame, Point p) {
-  const auto row = [&](const char* name) { return sections.at(name).at(frame); };
-  const std::vector<double> anchor = row("Anchor Point");
-  const std::vector<double> position = row("Position");
-  const std::vector<double> scale = row("Scale");
-  const double turn = row("Rotation").at(0) * std::acos(-1.0) / 180.0;
-  const double x = (p.x - anchor.at(0)) * scale.at(0) / 100.0;
-  const double y = (p.y - anchor.at(1)) * scale.at(1) / 100.0;
-  return {position.at(0) + x * std::cos(turn) - y * std::sin(turn),
-          position.at(1) + x * std::sin(turn) + y * std::cos(turn)};
 }
 
 }  // namespace

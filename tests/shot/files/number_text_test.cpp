@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
@@ -66,6 +67,19 @@ TEST(ParsesPlain, GivesTheNearestDouble) {
   EXPECT_TRUE(parsesPlain("-0.5", value));
   EXPECT_EQ(value, -0.5);
   for (const char* text : {"", "-", ".", "1e3", " 1", "1234567890123456", "nan"}) {
+    EXPECT_FALSE(parsesPlain(text, value)) << text;
+  }
+}
+
+TEST(ParsesPlain, TakesShortWholeNumbers) {
+  std::int32_t value = -1;
+  EXPECT_TRUE(parsesPlain("0", value));
+  EXPECT_EQ(value, 0);
+  EXPECT_TRUE(parsesPlain("000001001", value));
+  EXPECT_EQ(value, 1001);
+  EXPECT_TRUE(parsesPlain("999999999", value));
+  EXPECT_EQ(value, 999999999);
+  for (const char* text : {"", "-1", "+1", "1.0", " 1", "1 ", "1000000000", "0000000001", "a"}) {
     EXPECT_FALSE(parsesPlain(text, value)) << text;
   }
 }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr Homography kMoves = {{{1.2, 0.1, 30.0}, {-0.05, 0.9, -20.0}, {1e-4, 2e-4, 1.0}}};
 
-ShotResult resultWith(const Homography& h, YAxis y, bool sized = true) {
+ResultTransforms resultWith(const Homography& h, YAxis y, bool sized = true) {
   ShotResult result;
   result.provenance.picture.y = y;
   result.provenance.picture.pixelCentre = 0.5;
@@ -27,7 +27,7 @@ ShotResult resultWith(const Homography& h, YAxis y, bool sized = true) {
   frame.frame = 3;
   frame.h = h;
   result.frames = {frame};
-  return result;
+  return transformsOf(result);
 }
 
 // By fractions, as on paper.

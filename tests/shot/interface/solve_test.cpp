@@ -13,6 +13,7 @@
 #include "tests/support/files.h"
 #include "tests/support/kept_results.h"
 #include "tests/support/process.h"
+#include "tests/support/refusal.h"
 
 using namespace cornerpin::shot;
 
@@ -20,13 +21,8 @@ namespace {
 
 const std::string kData = CORNERPIN_DATA "/";
 
-std::string refusal(const Options& options) {
-  try {
-    solve(tracksFromArrays(plain::pan().given()), options);
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "not refused";
+std::string refusalOf(const Options& options) {
+  return refusal([&] { solve(tracksFromArrays(plain::pan().given()), options); });
 }
 
 // What the command writes.
@@ -186,43 +182,43 @@ TEST(Solve, PrintsNothing) {
 TEST(Solve, RefusesOptionsByTheirNames) {
   Options options;
   options.base = 8;
-  EXPECT_EQ(refusal(options), "base frame 8 is not in the shot: take one from 0 to 7");
+  EXPECT_EQ(refusalOf(options), "base frame 8 is not in the shot: take one from 0 to 7");
   options = {};
   options.reference = -1;
-  EXPECT_EQ(refusal(options), "reference frame -1 is not in the shot: take one from 0 to 7");
+  EXPECT_EQ(refusalOf(options), "reference frame -1 is not in the shot: take one from 0 to 7");
   options = {};
   options.frames = "x";
-  EXPECT_EQ(refusal(options).rfind("frames: \"x\" ", 0), 0u) << refusal(options);
+  EXPECT_EQ(refusalOf(options).rfind("frames: \"x\" ", 0), 0u) << refusalOf(options);
   options.frames = "20-30";
-  EXPECT_EQ(refusal(options).rfind("--frames: ", 0), 0u) << refusal(options);
+  EXPECT_EQ(refusalOf(options).rfind("--frames: ", 0), 0u) << refusalOf(options);
   options = {};
   options.keep = {"nobody"};
-  EXPECT_EQ(refusal(options).rfind("--keep: \"nobody\" ", 0), 0u) << refusal(options);
+  EXPECT_EQ(refusalOf(options).rfind("--keep: \"nobody\" ", 0), 0u) << refusalOf(options);
   options = {};
   options.drop = {"t*"};
-  EXPECT_EQ(refusal(options), "--keep and --drop leave no track: keep or drop others");
+  EXPECT_EQ(refusalOf(options), "--keep and --drop leave no track: keep or drop others");
   options = {};
   options.units = "mm";
-  EXPECT_EQ(refusal(options), "units: \"mm\" is none of fit, raw");
+  EXPECT_EQ(refusalOf(options), "units: \"mm\" is none of fit, raw");
   options = {};
   options.loss = "l1";
-  EXPECT_EQ(refusal(options), "loss: \"l1\" is none of tukey, cauchy, huber, none");
+  EXPECT_EQ(refusalOf(options), "loss: \"l1\" is none of tukey, cauchy, huber, none");
   options = {};
   options.maxError = 0.0;
-  EXPECT_EQ(refusal(options), "max_error: a number above 0 is wanted, not 0");
+  EXPECT_EQ(refusalOf(options), "max_error: a number above 0 is wanted, not 0");
   options = {};
   options.smooth = plain::kNan;
-  EXPECT_EQ(refusal(options), "smooth: a number above 0 is wanted, not nan");
+  EXPECT_EQ(refusalOf(options), "smooth: a number above 0 is wanted, not nan");
   options = {};
   options.at = {7.5};
-  EXPECT_EQ(refusal(options), "at: 7.5 is not in the shot: take times from 0 to 7");
+  EXPECT_EQ(refusalOf(options), "at: 7.5 is not in the shot: take times from 0 to 7");
   options.at = {plain::kNan};
-  EXPECT_EQ(refusal(options), "at: a time is wanted, not nan");
+  EXPECT_EQ(refusalOf(options), "at: a time is wanted, not nan");
   options = {};
   options.threads = 0;
-  EXPECT_EQ(refusal(options), "threads: a number from 1 to 1024 is wanted, not 0");
+  EXPECT_EQ(refusalOf(options), "threads: a number from 1 to 1024 is wanted, not 0");
   options.threads = 1025;
-  EXPECT_EQ(refusal(options), "threads: a number from 1 to 1024 is wanted, not 1025");
+  EXPECT_EQ(refusalOf(options), "threads: a number from 1 to 1024 is wanted, not 1025");
 }
 
 TEST(CheckSolve, RefusesWhatNeedsNoTracks) {
@@ -272,9 +268,9 @@ TEST(Solve, ChangesNoTracksThatAnybodyElseHas) {
 TEST(Solve, RefusesQuads) {
   Options options;
   options.quads = {{"a", {0, 0, 1, 0, 1, 1, 0, 1}}};
-  EXPECT_EQ(refusal(options), "quads: on which frame were the corners read? Give reference");
+  EXPECT_EQ(refusalOf(options), "quads: on which frame were the corners read? Give reference");
   options.reference = 0;
   options.quads = {{"a", {0, 0, 1, 0, 0, 1, 1, 1}}};
-  EXPECT_EQ(refusal(options),
+  EXPECT_EQ(refusalOf(options),
             "quads: the quad \"a\" crosses itself: give its corners in the order around it");
 }

@@ -9,22 +9,13 @@
 
 #include "tests/shot/interface/plain_shot.h"
 #include "tests/support/files.h"
+#include "tests/support/refusal.h"
 
 using namespace cornerpin::shot;
 
 namespace {
 
-template <class Action>
-std::string refusal(const Action& action) {
-  try {
-    action();
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "not refused";
-}
-
-std::string refusal(const TrackArrays& arrays) {
+std::string refusalOf(const TrackArrays& arrays) {
   return refusal([&] { tracksFromArrays(arrays); });
 }
 
@@ -143,18 +134,18 @@ TEST(TracksFromArrays, KeepsFramesAndTracksInWhichNothingIsSeen) {
 TEST(TracksFromArrays, RefusesWrongShapes) {
   const TwoByTwo shot;
   TrackArrays arrays;
-  EXPECT_EQ(refusal(arrays),
+  EXPECT_EQ(refusalOf(arrays),
             "positions: an array of frames x tracks x 2 is wanted, not one of nothing");
   arrays.positions = {shot.positions.data(), {2, 4}};
-  EXPECT_EQ(refusal(arrays),
+  EXPECT_EQ(refusalOf(arrays),
             "positions: an array of frames x tracks x 2 is wanted, not one of 2 x 4");
   arrays.positions = {shot.positions.data(), {2, 1, 3}};
-  EXPECT_TRUE(contains(refusal(arrays), "2 x 1 x 3"));
+  EXPECT_TRUE(contains(refusalOf(arrays), "2 x 1 x 3"));
   arrays.positions = {shot.positions.data(), {0, 2, 2}};
-  EXPECT_TRUE(contains(refusal(arrays), "0 x 2 x 2"));
+  EXPECT_TRUE(contains(refusalOf(arrays), "0 x 2 x 2"));
   arrays = shot.given();
   arrays.weights = {shot.weights.data(), {4}};
-  EXPECT_EQ(refusal(arrays),
+  EXPECT_EQ(refusalOf(arrays),
             "weights: an array of 2 x 2 is wanted, as the positions have it, not one of 4");
   EXPECT_EQ(refusal([&] {
               Array(shot.positions.data(), {2, 2, 2}, {4, 2});
@@ -165,26 +156,26 @@ TEST(TracksFromArrays, RefusesWrongShapes) {
 TEST(TracksFromArrays, RefusesNumbersThatAreNone) {
   TwoByTwo shot;
   shot.positions[2] = plain::kNan;
-  EXPECT_EQ(refusal(shot.given()),
+  EXPECT_EQ(refusalOf(shot.given()),
             "positions: two numbers in single precision are wanted, or two NaN where the track is "
             "absent, not nan and 4 of track 1 in frame 0");
   shot.positions[2] = 1e39;
-  EXPECT_TRUE(contains(refusal(shot.given()), "not 1e+39 and 4 of track 1"));
+  EXPECT_TRUE(contains(refusalOf(shot.given()), "not 1e+39 and 4 of track 1"));
   shot.positions[2] = 3;
   shot.weights[2] = -1;
-  EXPECT_EQ(refusal(shot.given()),
+  EXPECT_EQ(refusalOf(shot.given()),
             "weights: a number from 0 on in single precision is wanted, not -1 of track 0 in frame "
             "1");
   shot.weights[2] = plain::kNan;
-  EXPECT_TRUE(contains(refusal(shot.given()), "not nan of track 0"));
+  EXPECT_TRUE(contains(refusalOf(shot.given()), "not nan of track 0"));
   shot.weights[2] = 1e39;
-  EXPECT_TRUE(contains(refusal(shot.given()), "not 1e+39 of track 0"));
+  EXPECT_TRUE(contains(refusalOf(shot.given()), "not 1e+39 of track 0"));
 }
 
 TEST(TracksFromArrays, RefusesTracksThatNobodySees) {
   TwoByTwo shot;
   shot.weights.assign(4, 0.0);
-  EXPECT_EQ(refusal(shot.given()),
+  EXPECT_EQ(refusalOf(shot.given()),
             "positions: no track is seen in any frame with a weight above 0");
 }
 
@@ -192,44 +183,44 @@ TEST(TracksFromArrays, RefusesNames) {
   const TwoByTwo shot;
   TrackArrays arrays = shot.given();
   arrays.names = {"a"};
-  EXPECT_EQ(refusal(arrays), "names: 2 are wanted, one for each track, not 1");
+  EXPECT_EQ(refusalOf(arrays), "names: 2 are wanted, one for each track, not 1");
   arrays.names = {"a", ""};
-  EXPECT_EQ(refusal(arrays), "names: that of track 1 is empty");
+  EXPECT_EQ(refusalOf(arrays), "names: that of track 1 is empty");
   arrays.names = {"a", std::string("b\0", 2)};
-  EXPECT_EQ(refusal(arrays), "names: that of track 1 has a zero byte in it");
+  EXPECT_EQ(refusalOf(arrays), "names: that of track 1 has a zero byte in it");
   arrays.names = {"a", "a"};
-  EXPECT_EQ(refusal(arrays), "names: \"a\" is there twice, and of each track another is wanted");
+  EXPECT_EQ(refusalOf(arrays), "names: \"a\" is there twice, and of each track another is wanted");
 }
 
 TEST(TracksFromArrays, RefusesFramesThatAreTooMany) {
   const TwoByTwo shot;
   TrackArrays arrays = shot.given();
   arrays.firstFrame = 1'000'000'000;
-  EXPECT_EQ(refusal(arrays),
+  EXPECT_EQ(refusalOf(arrays),
             "frames: 1000000000 to 1000000001 are given: at most 1000000000 from 0 are wanted");
   // A stride of 0 makes one place all of them.
   arrays.positions = {shot.positions.data(), {2'000'001, 1, 2}, {0, 0, 1}};
   arrays.weights = {};
-  EXPECT_TRUE(contains(refusal(arrays), "2000001 frames"));
+  EXPECT_TRUE(contains(refusalOf(arrays), "2000001 frames"));
 }
 
 TEST(TracksFromArrays, RefusesPictures) {
   const TwoByTwo shot;
   TrackArrays arrays = shot.given();
   arrays.picture.width = 0;
-  EXPECT_EQ(refusal(arrays), "width: a number of pixels above 0 is wanted, not 0");
+  EXPECT_EQ(refusalOf(arrays), "width: a number of pixels above 0 is wanted, not 0");
   arrays.picture = {};
   arrays.picture.height = -5;
-  EXPECT_EQ(refusal(arrays), "height: a number of pixels above 0 is wanted, not -5");
+  EXPECT_EQ(refusalOf(arrays), "height: a number of pixels above 0 is wanted, not -5");
   arrays.picture = {};
   arrays.picture.y = "left";
-  EXPECT_EQ(refusal(arrays), "y: \"left\" is none of up, down");
+  EXPECT_EQ(refusalOf(arrays), "y: \"left\" is none of up, down");
   arrays.picture = {};
   arrays.picture.pixelCentre = 0.25;
-  EXPECT_EQ(refusal(arrays), "pixel_centre: 0 or 0.5 is wanted, not 0.25");
+  EXPECT_EQ(refusalOf(arrays), "pixel_centre: 0 or 0.5 is wanted, not 0.25");
   arrays.picture = {};
   arrays.picture.firstFrame = 1'000'000'001;
-  EXPECT_EQ(refusal(arrays), "first_frame: 1000000001 is further than 1000000000 from 0");
+  EXPECT_EQ(refusalOf(arrays), "first_frame: 1000000001 is further than 1000000000 from 0");
 }
 
 TEST(TracksFromArrays, KeepsThePicture) {

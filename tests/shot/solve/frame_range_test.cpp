@@ -5,8 +5,9 @@
 
 #include <limits>
 #include <random>
-#include <stdexcept>
 #include <utility>
+
+#include "tests/support/refusal.h"
 
 using namespace cornerpin;
 
@@ -15,13 +16,8 @@ namespace {
 constexpr int kLeast = std::numeric_limits<int>::min();
 constexpr int kMost = std::numeric_limits<int>::max();
 
-std::string refusal(const char* text) {
-  try {
-    parseFrameRange(text);
-  } catch (const std::invalid_argument& error) {
-    return error.what();
-  }
-  return "taken";
+std::string refusalOf(const char* text) {
+  return refusal([&] { parseFrameRange(text); });
 }
 
 }  // namespace
@@ -38,14 +34,14 @@ TEST(FrameRange, IsOneFrameSeveralOrOpenAtItsEnd) {
 TEST(FrameRange, SaysWhatToWriteInstead) {
   const std::string form = " is no range of frames: write it like 60, 60-81 or 60-";
   for (const char* text : {"", "x", "1.5", "1-2x", "1--", "1-2-", "-", "--5", "+5", " 5", "1:2"}) {
-    EXPECT_EQ(refusal(text), "\"" + std::string(text) + "\"" + form);
+    EXPECT_EQ(refusalOf(text), "\"" + std::string(text) + "\"" + form);
   }
-  EXPECT_EQ(refusal("2-1"), "\"2-1\" runs backwards: write 1-2");
-  EXPECT_EQ(refusal("-3--10"), "\"-3--10\" runs backwards: write -10--3");
+  EXPECT_EQ(refusalOf("2-1"), "\"2-1\" runs backwards: write 1-2");
+  EXPECT_EQ(refusalOf("-3--10"), "\"-3--10\" runs backwards: write -10--3");
   const std::string large =
       " has a frame that is too large: take one from -2147483648 to 2147483647";
   for (const char* text : {"99999999999", "1-2147483648", "-2147483649-5"}) {
-    EXPECT_EQ(refusal(text), "\"" + std::string(text) + "\"" + large);
+    EXPECT_EQ(refusalOf(text), "\"" + std::string(text) + "\"" + large);
   }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef TESTS_TOOLS_FORMAT_FILES_H
-#define TESTS_TOOLS_FORMAT_FILES_H
+#ifndef TESTS_SUPPORT_FORMAT_FILES_H
+#define TESTS_SUPPORT_FORMAT_FILES_H
 
 #include <fmt/format.h>
 
