@@ -111,8 +111,12 @@ std::shared_ptr<const cornerpin::Tracks> takingPart(const std::shared_ptr<const 
                                                     const Options& options, bool mayChange) {
   const FrameRange frames = frameRangeOf(options.frames);
   if (frames.isAll() && options.keep.empty() && options.drop.empty()) return {all, &all->tracks};
-  const auto part = std::make_shared<cornerpin::Tracks>(
-      mayChange ? std::move(const_cast<cornerpin::Tracks&>(all->tracks)) : all->tracks);
+  const auto part = std::make_shared<cornerpin::Tracks>();
+  if (mayChange) {
+    *part = std::move(const_cast<cornerpin::Tracks&>(all->tracks));
+  } else {
+    *part = all->tracks;
+  }
   applySelection(*part, frames, options.keep, options.drop);
   return part;
 }

@@ -222,7 +222,9 @@ class CORNERPIN_SHOT_API Tracks {
   /// Made by `readTracks`, `tracksFromArrays` and `tracksFromRows`.
   explicit Tracks(std::shared_ptr<const Data> data);
   Tracks(const Tracks&) = default;
+  Tracks(Tracks&&) noexcept = default;
   Tracks& operator=(const Tracks&) = default;
+  Tracks& operator=(Tracks&&) noexcept = default;
   ~Tracks();
 
   /// In order, byte by byte, so that nothing depends on the order in which they came. Results have

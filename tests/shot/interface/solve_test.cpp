@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/shot/interface/plain_shot.h"
+#include "tests/support/allocations.h"
 #include "tests/support/files.h"
 #include "tests/support/kept_results.h"
 #include "tests/support/process.h"
@@ -263,6 +264,20 @@ TEST(Solve, ChangesNoTracksThatAnybodyElseHas) {
   EXPECT_TRUE(solve(std::move(copy), options).toJson() == json);
   EXPECT_EQ(tracks.positions(), before);
   EXPECT_TRUE(solve(tracksFromArrays(plain::pan().given()), options).toJson() == json);
+}
+
+// Those that are moved in are taken from where they are.
+TEST(Solve, CopiesNoTracksThatAreMovedIn) {
+  const plain::Arrays shot = plain::pan(2000, 40);
+  Options options;
+  options.frames = "0-9";
+  options.advice = false;
+  Tracks tracks = tracksFromArrays(shot.given());
+  const std::size_t bytes = 2000 * 40 * 24;  // two numbers, a track and a frame each, at least
+  const std::size_t copied = allocations::peakBytesOf([&] { solve(tracks, options); });
+  const std::size_t moved = allocations::peakBytesOf([&] { solve(std::move(tracks), options); });
+  EXPECT_GT(copied, bytes);
+  EXPECT_LT(moved, bytes / 2);
 }
 
 TEST(Solve, RefusesQuads) {
