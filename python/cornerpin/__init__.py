@@ -10,6 +10,7 @@
 `solve`, `read`, `Tracks` and `Result` give what the command `cornerpin` gives, to the bit; the other
 functions are those of the library. docs/python.md is the guide.
 """
+from cornerpin._cornerpin import __version__
 from cornerpin._errors import Cancelled, InputError
 from cornerpin._library import (
     Roots,
@@ -64,6 +65,7 @@ __all__ = [
     "Tracks",
     "WorstTrack",
     "Written",
+    "__version__",
     "affine_at",
     "closest_point_on_ellipse",
     "homography",

@@ -9,6 +9,8 @@ _Ints = NDArray[np.int32]
 _Text = Union[str, bytes]
 _Progress = Optional[Callable[[str, int, int], Optional[bool]]]
 
+__version__: str
+
 class Picture:
     width: Optional[int]
     height: Optional[int]

@@ -4,6 +4,7 @@
 // NOLINTNEXTLINE(bugprone-reserved-identifier): Python looks for a name that begins so
 PYBIND11_MODULE(_cornerpin, module) {
   module.doc() = "The compiled part of cornerpin.";
+  module.attr("__version__") = CORNERPIN_VERSION;
   cornerpin::python::bindErrors();
   cornerpin::python::bindTracks(module);
   cornerpin::python::bindResult(module);

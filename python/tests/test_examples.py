@@ -3,6 +3,7 @@
 import ast
 import doctest
 import importlib
+import importlib.metadata
 import inspect
 import re
 import subprocess
@@ -107,7 +108,12 @@ def test_docstrings_say_what_is_true():
     assert ran > 0
 
 
-@pytest.mark.parametrize("name", cornerpin.__all__)
+def test_the_version_is_that_of_the_command(command):
+    assert command("--version").stdout.split("\n")[0] == f"cornerpin {cornerpin.__version__}"
+    assert importlib.metadata.version("cornerpin") == cornerpin.__version__
+
+
+@pytest.mark.parametrize("name", [name for name in cornerpin.__all__ if name[0] != "_"])
 def test_all_that_is_public_is_described(name):
     thing = getattr(cornerpin, name)
     text = inspect.getdoc(thing) or ""
