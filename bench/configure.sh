@@ -3,7 +3,8 @@
 # configures build/bench.
 
 bench_needs="heaptrack libbenchmark-dev libceres-dev libcli11-dev libcminpack-dev libeigen3-dev
-  libgsl-dev libgtest-dev libimath-dev libopencv-dev nlohmann-json3-dev pkg-config valgrind zlib1g-dev"
+  libgsl-dev libgtest-dev libimath-dev libopencv-dev nlohmann-json3-dev pkg-config pybind11-dev
+  python3-dev python3-numpy python3-opencv valgrind zlib1g-dev"
 
 install_missing() {
   command -v dpkg-query >/dev/null || return 0
