@@ -407,3 +407,23 @@ TEST(BatchCommand, PrintsCommandsForGnuParallel) {
   const Outcome whole = cornerpin({"batch", folder / "in", "-o", folder / "out"});
   EXPECT_TRUE(contains(whole.out, "done          0 now, 6 were there\n")) << whole.out;
 }
+
+TEST(BatchCommand, IsComparedWithAnotherByDiff) {
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 2);
+  cornerpin({"batch", folder / "in", "-o", folder / "a", "--quiet"});
+  cornerpin({"batch", folder / "in", "-o", folder / "b", "--quiet", "--base=2"});
+  const Outcome same = cornerpin({"diff", folder / "a", folder / "a"});
+  EXPECT_EQ(same.code, 0) << same.err;
+  EXPECT_EQ(same.out, "Same: 2 shots\n");
+  const Outcome differs = cornerpin({"diff", folder / "a", folder / "b"});
+  EXPECT_EQ(differs.code, 4) << differs.err;
+  EXPECT_TRUE(contains(differs.out, "other options")) << differs.out;
+  EXPECT_TRUE(contains(differs.out, "\nDifferent: 2 of 2 shots in both\n")) << differs.out;
+  EXPECT_EQ(cornerpin({"diff", folder / "a", folder / "b", "--max", "1"}).code, 0);
+  const Outcome mixed = cornerpin({"diff", folder / "a", folder / "a/small0.json"});
+  EXPECT_EQ(mixed.code, 2);
+  EXPECT_EQ(mixed.err, "cornerpin: \"" + (folder / "a/small0.json") +
+                           "\" is no folder: compare two folders or two files\n");
+  EXPECT_EQ(cornerpin({"diff", folder / "a", folder / "in"}).code, 3);
+}
