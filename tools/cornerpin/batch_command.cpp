@@ -24,6 +24,7 @@
 #include "show/input_files.h"
 #include "show/output_folder.h"
 #include "show/show.h"
+#include "show/show_page.h"
 #include "show/show_run.h"
 #include "show/show_table.h"
 #include "tools/cornerpin/export_options.h"
@@ -52,7 +53,8 @@ constexpr CommandText kText = {
     "and the record NAME.task.json, last of all. A shot is done when its record is there and\n"
     "has the same key: a digest of the bytes of the tracks, the name of their file, the\n"
     "options and the program's version. Shots that failed are done again with --retry, or once\n"
-    "their key differs. batch.json has all shots, from their records.\n\n"
+    "their key differs. batch.json has all shots, from their records, and batch.html is a\n"
+    "page for a browser with a table of them, the worst first.\n\n"
     "A process that is killed or stopped is started again, three times in all. The exit code\n"
     "is 1 where a shot failed, or else 4 where one has frames without a full transform.\n\n"
     "--print-commands prints a command for every --chunk shots, one a line, for queues. They\n"
@@ -362,13 +364,16 @@ int run(const Arguments& arguments) {
     return runShow(show, options, folder, bar.progress());
   }();
   const ShowTable table = readTable(show, folder, options.first, options.last);
-  if (isWhole) folder.write(kShowFile, showText(table, options.version));
+  if (isWhole) {
+    folder.write(kShowFile, showText(table, options.version));
+    folder.write(kShowPage, showPageText(table));
+  }
   if (!arguments.quiet.given) {
     std::string text = summaryOf(table);
     text += fmt::format("{:<14}{} now, {} were there\n", "done", counts.done, counts.kept);
     if (isWhole) {
-      text += fmt::format("{:<14}{}\n", "written",
-                          printable((fs::path(arguments.folder) / kShowFile).string()));
+      text += fmt::format("{:<14}{}\n", "page",
+                          printable((fs::path(arguments.folder) / kShowPage).string()));
     }
     print(text);
   }
