@@ -68,7 +68,7 @@ if(TARGET cornerpin_shot)
   set(pc_libs_private "")
   if(library_type STREQUAL "STATIC_LIBRARY")
     set(pc_cflags " -DCORNERPIN_SHOT_STATIC")
-    cornerpin_link_flags(pc_libs_private gd csv fmt ${libraries} crypto pthread z)
+    cornerpin_link_flags(pc_libs_private gd csv fmt ${libraries} crypto pthread tiff z)
   endif()
   configure_file("${PROJECT_SOURCE_DIR}/cmake/cornerpin-shot.pc.in"
                  "${PROJECT_BINARY_DIR}/cornerpin-shot.pc" @ONLY)

@@ -6,11 +6,14 @@ import { colour } from "./theme.js";
 
 /** @typedef {import("./page_data.js").Point} Point */
 
+/** @typedef {[number, number, number, number]} Box left, top, right and bottom */
+
 /**
  * `line` is the width of a thin line in the canvas's pixels, `markSize` the radius of a mark in
- * thin lines.
+ * thin lines; `written` is where texts are.
  * @typedef {{
  *   context: CanvasRenderingContext2D, isOnPicture: boolean, line: number, markSize: number,
+ *   written: Box[],
  * }} Brush
  */
 
@@ -25,7 +28,8 @@ const edgeGap = 6;
 export function createBrush(context, isOnPicture) {
   const line = window.devicePixelRatio;
   const share = context.canvas.width / line / 560;
-  return { context, isOnPicture, line, markSize: usualMark * Math.min(Math.max(share, 0.65), 1) };
+  const markSize = usualMark * Math.min(Math.max(share, 0.65), 1);
+  return { context, isOnPicture, line, markSize, written: [] };
 }
 
 /**
@@ -46,20 +50,34 @@ export function strokeCased({ context, isOnPicture, line }, stroke, width) {
 }
 
 /**
+ * @param {Box} a
+ * @param {Box} b
+ */
+const areApart = (a, b) => a[2] <= b[0] || b[2] <= a[0] || a[3] <= b[1] || b[3] <= a[1];
+
+/**
  * Writes a text inside the canvas, whatever the place.
  * @param {Brush} brush
  * @param {string} text
- * @param {Point} point the text's middle
+ * @param {...Point} places for the text's middle: the first at which no other text is in the way
  */
-export function write({ context, line, isOnPicture }, text, [x, y]) {
+export function write({ context, line, isOnPicture, written }, text, ...places) {
   context.font = `600 ${12 * line}px system-ui, sans-serif`;
   context.textAlign = "center";
   context.textBaseline = "middle";
   context.setLineDash([]);
   const half = context.measureText(text).width / 2 + edgeGap * line;
+  const high = 8 * line;
   const { width, height } = context.canvas;
-  const inX = Math.min(Math.max(x, half), width - half);
-  const inY = Math.min(Math.max(y, 12 * line), height - 12 * line);
+  const boxes = places.map(([x, y]) => {
+    const inX = Math.min(Math.max(x, half), width - half);
+    const inY = Math.min(Math.max(y, 12 * line), height - 12 * line);
+    return /** @type {Box} */ ([inX - half, inY - high, inX + half, inY + high]);
+  });
+  const box = boxes.find((each) => written.every((other) => areApart(each, other))) ?? boxes[0];
+  written.push(box);
+  const inX = box[0] + half;
+  const inY = box[1] + high;
   context.lineJoin = "round";
   context.lineWidth = 4 * line;
   context.strokeStyle = isOnPicture ? colour("casing") : colour("panel");

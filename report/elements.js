@@ -39,11 +39,6 @@ export function madeButton(label, act, attributes = {}) {
   return button;
 }
 
-/** Scrolls to where frames are drawn, if they are not in the window already. */
-export function bringFramesIntoView() {
-  found("stages", HTMLElement).scrollIntoView({ block: "nearest" });
-}
-
 /**
  * @param {HTMLCanvasElement} canvas
  * @returns {CanvasRenderingContext2D}

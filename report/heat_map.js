@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The residuals of all tracks in all frames. Only the rows that are scrolled to are painted.
+// The residuals of all tracks in all frames. Only the rows that are scrolled to are painted, on paper
+// as many as a sheet has room for.
 
 import { Part, partWords, sortedResiduals } from "./cells.js";
-import { colour, onThemeChange } from "./theme.js";
+import { colour, isOnPaper, onThemeChange } from "./theme.js";
 import { contextOf, fitToScreen, found, made, onResize } from "./elements.js";
 import { createHeatLegend } from "./heat_legend.js";
 import { heatCap } from "./heat_colours.js";
 import { heatOrders } from "./heat_order.js";
+import { look } from "./look.js";
 import { paintCells, shadesOf } from "./heat_pixels.js";
-import { pixelText, shownName } from "./wording.js";
+import { counted, pixelText, shownName } from "./wording.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./page_data.js").Track} Track */
@@ -19,6 +21,7 @@ import { pixelText, shownName } from "./wording.js";
 /** @typedef {import("./state.js").State} State */
 
 const heatHeight = 440; // that the rows share, in CSS pixels, as far as they can
+const paperHeight = 800; // of the map on paper, where nothing scrolls
 const lowestRow = 3;
 const highestRow = 16;
 const namedRow = 12; // rows as high as this have their names beside them
@@ -165,7 +168,7 @@ function listenToHeat(shot, scroll, layout, state) {
   const { describeSelected, describePointed } = createHeatReadout(shot, scroll, state);
   scroll.addEventListener("click", (event) => {
     const cell = cellAt(scroll, layout, state.frameCount, event);
-    if (cell !== null) state.change({ ...cell, isPlaying: false });
+    if (cell !== null) look(state, cell);
   });
   scroll.addEventListener("pointermove", (event) => {
     const cell = cellAt(scroll, layout, state.frameCount, event);
@@ -201,9 +204,18 @@ export function createHeatMap(shot, inOrder, state) {
   const cap = heatCap(sortedResiduals(cells, Part.good), roundingsShown * rounding);
   const shadeOf = shadesOf(cells.residual, cap);
   const layout = createLayout(tracks.length);
+  const height = tracks.length * layout.rowHeight;
+  const paperRows = Math.floor(paperHeight / layout.rowHeight);
+
+  /** What of the map is seen at once. */
+  function fit() {
+    const most = isOnPaper() ? paperRows * layout.rowHeight : 1.2 * heatHeight;
+    scroll.style.setProperty("--seen", `${Math.min(height, most)}px`);
+    layout.top = isOnPaper() ? 0 : scroll.scrollTop;
+  }
 
   function paint() {
-    layout.top = scroll.scrollTop;
+    fit();
     paintCells(canvas, cells, shadeOf, layout);
     if (layout.left > 0) writeNames(contextOf(canvas), layout, tracks);
     drawSelection(marks, layout, state);
@@ -213,12 +225,15 @@ export function createHeatMap(shot, inOrder, state) {
     layout.rows = inOrder(/** @type {HeatOrder} */ (order.value)).map(({ track }) => track);
     layout.rows.forEach((track, row) => (layout.rowOf[track] = row));
     scroll.scrollTop = 0;
+    if (tracks.length > paperRows) {
+      const [, how] = heatOrders.find(([value]) => value === order.value) ?? [];
+      const all = counted(tracks.length, "track");
+      found("heat-part", HTMLElement).textContent = `The first ${paperRows} of ${all}: ${how}.`;
+    }
     paint();
   }
 
-  const height = tracks.length * layout.rowHeight;
   found("heat-space", HTMLElement).style.height = `${height}px`;
-  scroll.style.height = `${Math.min(height, 1.2 * heatHeight)}px`;
   for (const [value, text] of heatOrders) order.append(made("option", { value }, text));
   const parts = [Part.ignored, Part.none, Part.unseen].filter((part) => cells.part.includes(part));
   createHeatLegend(cap, data.observations !== null, parts);

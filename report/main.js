@@ -2,7 +2,7 @@
 // Reads what the page is made from and sets its views up.
 
 import { Part, cellsOf, sortedResiduals } from "./cells.js";
-import { comparableError, readPageData, readPictureList } from "./page_data.js";
+import { readPageData, readPictureList } from "./page_data.js";
 import { createDrawingControls } from "./drawing_controls.js";
 import { createFacts } from "./facts.js";
 import { createFrameFacts } from "./frame_facts.js";
@@ -23,24 +23,23 @@ import { found } from "./elements.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
 /** @typedef {import("./cells.js").Cells} Cells */
+/** @typedef {import("./pictures.js").Pictures} Pictures */
 
 /**
- * The frame that is worst, so that the page opens where a look is due; the reference frame where
- * all are good.
+ * The frame that is worst, so that the page opens where a look is due: of the doubtful ones with a
+ * figure, else of those with a picture, else of all.
  * @param {PageData} data
+ * @param {Pictures} pictures
  */
-function firstFrame({ result }) {
-  const { frames } = result;
-  const doubtful = frames.filter(
-    (frame) => frame.verdict === "doubtful" && frame.expected_error !== null,
-  );
-  const worst = doubtful.reduce(
-    (most, frame) => (comparableError(frame) > comparableError(most) ? frame : most),
-    doubtful[0],
-  );
-  const index = frames.indexOf(worst);
-  const reference = frames.findIndex((frame) => frame.frame === result.reference_frame);
-  return Math.max(index >= 0 ? index : reference, 0);
+function firstFrame({ result: { frames } }, pictures) {
+  const indices = frames.map((_, index) => index);
+  const known = indices.filter((index) => frames[index].expected_error !== null);
+  const doubtful = known.filter((index) => frames[index].verdict === "doubtful");
+  const pictured = indices.filter(pictures.has);
+  const choice = [doubtful, pictured, indices].find((each) => each.length > 0) ?? [0];
+  /** @param {number} index */
+  const errorOf = (index) => frames[index].expected_error ?? 0;
+  return choice.reduce((most, index) => (errorOf(index) > errorOf(most) ? index : most));
 }
 
 /**
@@ -88,7 +87,7 @@ async function startPage() {
   const shot = { data, cells };
   const pictures = createPictures(readPictureList());
   const state = createState(frames.length, {
-    frame: firstFrame(data),
+    frame: firstFrame(data, pictures),
     track: -1,
     isPlaying: false,
     framesPerSecond: 12,

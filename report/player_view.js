@@ -4,7 +4,7 @@
 import { contextOf, fitToScreen, found, made, onResize } from "./elements.js";
 import { createDrawing, drawGround } from "./frame_drawing.js";
 import { drawQuads } from "./quad_drawing.js";
-import { drawTracks, trackNear } from "./track_drawing.js";
+import { drawSelectedTrack, drawTracks, trackNear } from "./track_drawing.js";
 import { onThemeChange } from "./theme.js";
 import { quadColour } from "./brush.js";
 
@@ -38,6 +38,7 @@ export function createPlayerView(shot, pictures, state) {
     drawGround(drawing, image);
     drawTracks(drawing);
     drawQuads(drawing);
+    drawSelectedTrack(drawing);
     canvas.dataset.quadColour = quadColour(drawing);
     caption.replaceChildren(made("strong", {}, `Frame ${frame.frame}`), pictureWords(image));
     if (frame.verdict === "doubtful") {

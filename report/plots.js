@@ -5,6 +5,7 @@
 import { colour, onThemeChange } from "./theme.js";
 import { drawDoubts, drawLimit, drawLoneValues, drawModels, drawUnknown } from "./plot_drawing.js";
 import { found, made, onResize } from "./elements.js";
+import { look } from "./look.js";
 import { modelOf, tracksInUse } from "./page_data.js";
 import { pixelText, rounded } from "./wording.js";
 
@@ -203,7 +204,7 @@ export function createPlots({ result }, state) {
     plot.over.append(now);
     plot.over.addEventListener("click", () => {
       const index = plot.cursor.idx;
-      if (typeof index === "number") state.change({ frame: index });
+      if (typeof index === "number") look(state, { frame: index });
     });
     return { kind, plot, now, read };
   });

@@ -83,7 +83,8 @@ function nameCorners(drawing, corners, middle, names) {
     const gap = (labelGap * drawing.line) / away;
     const down = Math.sign(y - middle[1]) * labelGap * drawing.line;
     const name = names[i] + arrowTo(drawing.context, corner);
-    write(drawing, name, [x + (x - middle[0]) * gap, y + down]);
+    const beside = x + (x - middle[0]) * gap;
+    write(drawing, name, [beside, y + down], [beside, y + 3 * down]);
   });
 }
 

@@ -2,7 +2,8 @@
 // The figures as tables. Long ones are made when they are opened.
 
 import { comparableError, modelOf, nearestIndex, tracksInUse } from "./page_data.js";
-import { bringFramesIntoView, found, made, madeButton } from "./elements.js";
+import { found, made, madeButton } from "./elements.js";
+import { look } from "./look.js";
 import { dropOption, framesText, pixelText, shownName } from "./wording.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -14,15 +15,6 @@ import { dropOption, framesText, pixelText, shownName } from "./wording.js";
 /** @typedef {{ title: string, isNumber?: boolean }} Column */
 
 const rowsAtFirst = 100;
-
-/**
- * @param {State} state
- * @param {Partial<State>} changes
- */
-function look(state, changes) {
-  state.change({ ...changes, isPlaying: false });
-  bringFramesIntoView();
-}
 
 /**
  * @param {HTMLTableElement} table
@@ -57,14 +49,19 @@ function fillTable(table, caption, columns, rows, finish) {
     body,
   );
   if (rows.length <= rowsAtFirst) return;
-  const more = madeButton(`Show all ${rows.length} rows`, () => {
-    append(rowsAtFirst, rows.length);
-    foot.remove();
-  });
+  const more = madeButton(
+    `Show all ${rows.length} rows`,
+    () => {
+      append(rowsAtFirst, rows.length);
+      foot.remove();
+    },
+    { class: "on-screen" },
+  );
+  const note = made("span", { class: "on-paper" }, `The first ${rowsAtFirst} of ${rows.length}`);
   const foot = made(
     "tfoot",
     {},
-    made("tr", {}, made("td", { colspan: `${columns.length}` }, more)),
+    made("tr", {}, made("td", { colspan: `${columns.length}` }, more, note)),
   );
   table.append(foot);
 }

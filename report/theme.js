@@ -20,10 +20,14 @@ export function colour(name) {
   return known;
 }
 
+/** @returns {boolean} whether the page is made ready for paper */
+export function isOnPaper() {
+  return window.matchMedia("print").matches;
+}
+
 /** @returns {boolean} whether light is drawn on dark */
 export function isDark() {
-  const isDarkScheme = window.matchMedia("(prefers-color-scheme: dark)").matches;
-  return isDarkScheme && !window.matchMedia("print").matches;
+  return window.matchMedia("(prefers-color-scheme: dark)").matches && !isOnPaper();
 }
 
 /**

@@ -34,8 +34,11 @@ function stretchAround({ result }, cells, { track, frame }) {
   return [frames[first].frame, frames[last].frame];
 }
 
-/** @param {string} option */
-function optionLine(option) {
+/**
+ * @param {string} purpose
+ * @param {string} option
+ */
+function optionFor(purpose, option) {
   const code = made("code", {}, option);
   const copy = madeButton("Copy", async () => {
     try {
@@ -48,7 +51,12 @@ function optionLine(option) {
   });
   copy.className = "small on-screen";
   copy.setAttribute("aria-label", `Copy ${option}`);
-  return made("p", { class: "option" }, code, copy);
+  return made(
+    "div",
+    {},
+    made("p", { class: "label" }, purpose),
+    made("p", { class: "option" }, code, copy),
+  );
 }
 
 /**
@@ -85,17 +93,10 @@ export function createTrackDetails({ data, cells }, state) {
     ];
     const isWhole = stretch?.[0] === frames[0].frame && stretch[1] === frames.at(-1)?.frame;
     if (stretch !== null && !isWhole) {
-      content.push(
-        made(
-          "p",
-          { class: "label" },
-          `To leave it out in ${stretch[0] === stretch[1] ? "frame" : "frames"} ${framesText(...stretch)}`,
-        ),
-        optionLine(dropOption(name, stretch, names)),
-      );
+      const where = `${stretch[0] === stretch[1] ? "frame" : "frames"} ${framesText(...stretch)}`;
+      content.push(optionFor(`To leave it out in ${where}`, dropOption(name, stretch, names)));
     }
-    content.push(made("p", { class: "label" }, "To leave it out everywhere"));
-    content.push(optionLine(dropOption(name, null, names)));
+    content.push(optionFor("To leave it out everywhere", dropOption(name, null, names)));
     return content;
   }
 
@@ -103,7 +104,7 @@ export function createTrackDetails({ data, cells }, state) {
     if (state.track >= 0) holder.replaceChildren(...selected());
     else {
       const words =
-        "Select a track, here or in the player, for the option that would leave it out.";
+        "Select a track, in the frame or in the heat map, for the option that would leave it out.";
       holder.replaceChildren(made("p", { class: "quiet on-screen" }, words));
     }
   }

@@ -43,19 +43,31 @@ function drawResidual(drawing, cell, [x, y]) {
  * @param {Drawing} drawing
  */
 export function drawTracks(drawing) {
-  const { cells, data, looking, place, line, context } = drawing;
+  const { cells, looking, place } = drawing;
   for (let track = 0; track < cells.trackCount; ++track) {
     const cell = track * cells.frameCount + looking.frame;
     if (Number.isNaN(cells.x[cell])) continue;
     const [x, y] = place([cells.x[cell], cells.y[cell]]);
     drawResidual(drawing, cell, [x, y]);
     drawMark(drawing, cells.part[cell], [x, y]);
-    if (track !== looking.track) continue;
-    context.beginPath();
-    context.arc(x, y, 8 * line, 0, 2 * Math.PI);
-    strokeCased(drawing, drawing.isOnPicture ? "#ffffff" : colour("ink"), 2);
-    write(drawing, shownName(data.result.tracks[track].name), [x, y - 18 * line]);
   }
+}
+
+/**
+ * A ring around the track that is looked at, where the frame has it, with its name.
+ * @param {Drawing} drawing
+ */
+export function drawSelectedTrack(drawing) {
+  const { cells, data, looking, place, line, context } = drawing;
+  const cell = looking.track * cells.frameCount + looking.frame;
+  if (looking.track < 0 || Number.isNaN(cells.x[cell])) return;
+  const [x, y] = place([cells.x[cell], cells.y[cell]]);
+  context.beginPath();
+  context.setLineDash([]);
+  context.arc(x, y, 8 * line, 0, 2 * Math.PI);
+  strokeCased(drawing, drawing.isOnPicture ? "#ffffff" : colour("ink"), 2);
+  const away = 18 * line;
+  write(drawing, shownName(data.result.tracks[looking.track].name), [x, y - away], [x, y + away]);
 }
 
 /**

@@ -2,7 +2,8 @@
 // What the solve comes to, in the command's words.
 
 import { counted, framesText, shareText } from "./wording.js";
-import { bringFramesIntoView, found, made, madeButton } from "./elements.js";
+import { found, made, madeButton } from "./elements.js";
+import { look } from "./look.js";
 import { worstIndexWithin } from "./page_data.js";
 
 /** @typedef {import("./page_data.js").PageData} PageData */
@@ -27,10 +28,7 @@ export function createVerdictView({ title, verdict, result, reduced }, state) {
   sentence.classList.add(hasDoubts ? "doubtful" : "good");
   found("verdict-lines", HTMLElement).append(
     ...verdict.lines.map(({ first, last, text }) => {
-      const go = () => {
-        state.change({ frame: worstIndexWithin(frames, first, last), isPlaying: false });
-        bringFramesIntoView();
-      };
+      const go = () => look(state, { frame: worstIndexWithin(frames, first, last) });
       const span = framesText(first, last);
       const label = `Go to the worst of frames ${span}`;
       const button = madeButton(span, go, { class: "link", "aria-label": label });

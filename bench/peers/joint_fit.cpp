@@ -89,7 +89,9 @@ ceres::Solver::Options settings(ceres::ParameterBlockOrdering* placesFirst) {
 
 bool hasJointFit() { return true; }
 
-std::vector<Homography> jointFit(const Tracks& tracks, int base, std::vector<Homography> start) {
+std::vector<Homography> jointFit(const Tracks& tracks, int base,
+                                 const std::vector<Homography>& given) {
+  std::vector<Homography> start = given;
   start[static_cast<std::size_t>(base - tracks.firstFrame())] = kIdentity;
   std::vector<Place> places = placesOf(tracks, start);
   std::vector<Transform> transforms;
@@ -120,7 +122,7 @@ std::vector<Homography> jointFit(const Tracks& tracks, int base, std::vector<Hom
 
 bool hasJointFit() { return false; }
 
-std::vector<Homography> jointFit(const Tracks&, int, std::vector<Homography>) {
+std::vector<Homography> jointFit(const Tracks&, int, const std::vector<Homography>&) {
   throw std::logic_error("built without Ceres");
 }
 

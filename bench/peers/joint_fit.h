@@ -17,7 +17,7 @@ bool hasJointFit();
 // From the transforms in `start`, by frame from the shot's first one on, and the places that they
 // carry back from the tracks' observations in the mean.
 std::vector<cornerpin::Homography> jointFit(const cornerpin::Tracks& tracks, int base,
-                                            std::vector<cornerpin::Homography> start);
+                                            const std::vector<cornerpin::Homography>& start);
 
 }  // namespace bench
 

@@ -108,6 +108,7 @@ std::optional<ShotPictures> picturesOf(const PageOptions& options, const PageSub
     const PictureFiles files(options.pictures);
     ShotPictures pictures(files, options.pictures, subject.result.frames.front().frame,
                           subject.result.frames.back().frame);
+    if (options.link) pictures.refuseLinks();
     pictures.fit(subject.result.provenance.picture, scale, subject.tracks);
     return pictures;
   } catch (const std::invalid_argument& error) {

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <filesystem>
@@ -42,7 +43,9 @@ std::optional<int> numberIn(const fs::path& path) {
 bool isNamedLikePicture(const fs::path& path) {
   std::string extension = path.extension().string();
   for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return extension == ".jpg" || extension == ".jpeg" || extension == ".png";
+  constexpr std::array<std::string_view, 7> kExtensions = {".jpg", ".jpeg", ".png", ".webp",
+                                                           ".gif", ".tif",  ".tiff"};
+  return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
 }
 
 [[noreturn]] void refuse(const std::string& text, const std::string& why) {
@@ -89,7 +92,7 @@ void PictureFiles::addFolder(const std::string& folder) {
       add(*frame, at->path().string());
   }
   if (failure) refuse(folder, "cannot be read (" + failure.message() + ")");
-  if (paths_.empty()) refuse(folder, "holds no JPEG or PNG file with a number in its name");
+  if (paths_.empty()) refuse(folder, "holds no picture with a number in its name");
 }
 
 void PictureFiles::addList(const std::string& path) {

@@ -10,8 +10,8 @@ namespace cornerpin {
 /// Which file has a frame's picture.
 ///
 /// Told by a pattern for the file's name with one number in it, the frame's: `img_%04d.jpg`,
-/// `img_%d.jpg` or `img_####.jpg`; by a folder, whose JPEG and PNG files have the frame as the last
-/// number of their names; or by a text file with the names of such files, one a line, which are
+/// `img_%d.jpg` or `img_####.jpg`; by a folder, whose pictures have the frame as the last number of
+/// their names; or by a text file with the names of such files, one a line, which are
 /// beside it unless they say where they are.
 class PictureFiles {
  public:

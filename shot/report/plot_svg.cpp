@@ -33,6 +33,14 @@ constexpr const char* kBlue = "#0072b2";
 constexpr const char* kOrange = "#d55e00";
 constexpr const char* kGrey = "#555555";
 
+// The same on a dark ground, where the reader's system asks for one.
+constexpr const char* kDarkStyle =
+    "<style>@media (prefers-color-scheme: dark) {\n"
+    "  svg { fill: #e7eaed }\n  rect { fill: #121518 }\n"
+    "  [stroke=\"#0072b2\"] { stroke: #56b4e9 }\n  [stroke=\"#555555\"] { stroke: #a6afb9 }\n"
+    "  [stroke=\"#d55e00\"] { stroke: #f09a4c }\n  [fill=\"#d55e00\"] { fill: #f09a4c }\n"
+    "}</style>\n";
+
 // A figure of some frames next to each other, and whether one of them is doubtful.
 struct PlotPoint {
   double frame = 0.0;
@@ -226,8 +234,8 @@ std::string plotSvg(const ShotResult& result, const std::string& title) {
              "font-family=\"sans-serif\" font-size=\"13\" fill=\"#222222\">\n"
              "<title id=\"title\">{2}</title>\n<desc id=\"desc\">{3} Triangles mark doubtful "
              "frames, crosses those without a figure.</desc>\n"
-             "<rect width=\"{0}\" height=\"{1}\" fill=\"#ffffff\"/>\n",
-             kWidth, bottom + kBelow, htmlText(title), htmlText(sentence)) +
+             "{4}<rect width=\"{0}\" height=\"{1}\" fill=\"#ffffff\"/>\n",
+             kWidth, bottom + kBelow, htmlText(title), htmlText(sentence), kDarkStyle) +
          text(kLeft, kTop - kBetween, "start", title + ". " + sentence) + errors(panel, result) +
          residuals(second, result) + tracksInUse(third, result) +
          text(kLeft, bottom + kBelow / 2.0, "start", fmt::format("frame {}", first)) +

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include "shot/files/input_error.h"
 #include "shot/report/picture_head.h"
 
 namespace cornerpin {
@@ -41,8 +42,9 @@ ShotPictures::ShotPictures(const PictureFiles& files, const std::string& pattern
   for (std::int64_t frame = firstFrame; frame <= lastFrame; ++frame) {
     const std::string path = files.of(static_cast<int>(frame));
     if (path.empty()) continue;
-    const PictureSize size = headOf(path).size;
+    const auto [kind, size] = headOf(path);
     if (paths_.empty()) own_ = size;
+    if (kind == PictureKind::Tiff) tiff_ = path;
     if (size.width != own_.width || size.height != own_.height) {
       throw std::invalid_argument(
           fmt::format("--pictures: \"{}\" is {} and \"{}\" {}: give pictures of one size",
@@ -79,6 +81,12 @@ void ShotPictures::fit(const Picture& picture, std::optional<double> scale, cons
       "--pictures: those of \"{}\" are {}, and the tracks go far beyond that: add --picture-scale "
       "with the width of the pictures over that of the tracks' picture, such as 0.5",
       pattern_, textOf(own_)));
+}
+
+void ShotPictures::refuseLinks() const {
+  if (tiff_.empty()) return;
+  throw InputError(tiff_,
+                   "is a TIFF file, which browsers do not show: convert it, or do not link it");
 }
 
 std::string ShotPictures::of(int frame) const {

@@ -30,6 +30,9 @@ class ShotPictures {
   /// \param tracks   these may not lie outside the picture; null: not known
   void fit(const Picture& picture, std::optional<double> scale, const Tracks* tracks);
 
+  /// Refuses to have a page ask for these pictures where a browser would show none of them.
+  void refuseLinks() const;
+
   /// Of the tracks' picture.
   PictureSize size() const { return size_; }
 
@@ -39,6 +42,7 @@ class ShotPictures {
  private:
   std::string pattern_;
   std::map<int, std::string> paths_;
+  std::string tiff_;  // one of them that is a TIFF file; empty without one
   PictureSize own_;   // of each picture
   PictureSize size_;  // of the tracks' picture
 };

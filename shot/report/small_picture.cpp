@@ -11,6 +11,7 @@
 
 #include "shot/files/input_error.h"
 #include "shot/report/picture_head.h"
+#include "shot/report/tiff_file.h"
 
 namespace cornerpin {
 
@@ -23,13 +24,31 @@ using Image = std::unique_ptr<gdImage, void (*)(gdImagePtr)>;
 // What the library would print: whether a picture is whole is told by whoever reads it.
 void saysNothing(int /*priority*/, const char* /*format*/, va_list /*values*/) {}
 
+using Reader = gdImagePtr (*)(std::FILE* file);
+
+Reader readerOf(PictureKind kind) {
+  switch (kind) {
+    case PictureKind::Png:
+      return ::gdImageCreateFromPng;
+    case PictureKind::WebP:
+      return ::gdImageCreateFromWebp;
+    case PictureKind::Gif:
+      return ::gdImageCreateFromGif;
+    case PictureKind::Tiff:
+      return ::gdImageCreateFromTiff;
+    case PictureKind::Jpeg:
+      break;
+  }
+  return ::gdImageCreateFromJpeg;
+}
+
 Image imageIn(const std::string& path, PictureKind kind) {
   ::gdSetErrorMethod(saysNothing);
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
                                                              std::fclose);
   if (!file) throw InputError(path, "cannot be opened");
-  const auto read = kind == PictureKind::Jpeg ? ::gdImageCreateFromJpeg : ::gdImageCreateFromPng;
-  Image image(read(file.get()), ::gdImageDestroy);
+  const QuietTiff quiet;
+  Image image(readerOf(kind)(file.get()), ::gdImageDestroy);
   if (!image) throw InputError(path, "is not a whole picture");
   return image;
 }

@@ -6,7 +6,7 @@
 
 namespace cornerpin {
 
-/// A JPEG or PNG file as the bytes of a JPEG file that is at most `widest` pixels wide, by means
+/// A picture's file as the bytes of a JPEG file that is at most `widest` pixels wide, by means
 /// over what each of its pixels covers. Throws `InputError` for a file that is refused (`headOf`)
 /// or broken.
 std::string smallPicture(const std::string& path, int widest);

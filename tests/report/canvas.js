@@ -86,6 +86,16 @@ export async function isAt(page, frame) {
   await page.locator(`#player[data-frame="${frame}"]`).waitFor();
 }
 
+/**
+ * Fails where the frame's drawing is not in the window as a whole.
+ * @param {Page} page
+ */
+export async function assertPlayerIsSeen(page) {
+  const box = await page.locator("#player-stage").boundingBox();
+  const height = page.viewportSize()?.height ?? 0;
+  assert.ok(box && box.y >= 0 && box.y + box.height <= height, `${JSON.stringify(box)}: ${height}`);
+}
+
 /** @param {Page} page */
 export const frameOf = async (page) =>
   Number(await page.locator("#player").getAttribute("data-frame"));

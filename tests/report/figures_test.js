@@ -2,9 +2,9 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
-import { canvasPixels, isAt } from "./canvas.js";
-import { cornerpin, data, inPage, made, mapped, readJson, solvedPage } from "./support.js";
-import { withBrowser } from "./support.js";
+import { assertPlayerIsSeen, canvasPixels, isAt } from "./canvas.js";
+import { cornerpin, data, made, mapped, readJson, solvedPage } from "./support.js";
+import { sharedPage, withBrowser } from "./support.js";
 
 /** @typedef {import("./support.js").Page} Page */
 
@@ -12,6 +12,7 @@ withBrowser();
 
 const tracks = `${data}board.csv`;
 const { path, result } = solvedPage(tracks, "figures");
+const inBoard = sharedPage(path);
 const worst = result.frames.reduce((most, frame) =>
   (frame.expected_error ?? 0) > (most.expected_error ?? 0) ? frame : most,
 );
@@ -45,9 +46,27 @@ function assertLength(text, length) {
   assert.ok(Math.abs(parseFloat(text) - length) <= 0.501 * 10 ** -digits, `${text}: ${length}`);
 }
 
+test("the page opens with the verdict and at the worst frame", async () => {
+  const said = cornerpin("solve", tracks, "-o", made("verdict.json"));
+  await inBoard(async (page) => {
+    await isAt(page, worst.frame);
+    const sentence = await page.locator("#verdict-sentence").innerText();
+    assert.ok(sentence.length > 20 && flat(said).includes(flat(sentence)), sentence);
+    for (const line of await page.locator("#verdict-lines li > span").allInnerTexts()) {
+      assert.ok(flat(said).includes(flat(line)), line);
+    }
+    const corners = await page.locator("#frame-corners tbody td").allInnerTexts();
+    const expected = worst.quads.tracks.corners;
+    expected.forEach(([x, y], i) => {
+      assert.ok(Math.abs(Number(corners[3 * i]) - Number(x)) <= 0.00501);
+      assert.ok(Math.abs(Number(corners[3 * i + 1]) - Number(y)) <= 0.00501);
+    });
+  });
+});
+
 test("the worst frame's rows say what the result says", async () => {
   assert.equal(worst.verdict, "doubtful");
-  await inPage(path, async (page) => {
+  await inBoard(async (page) => {
     await page.getByText("All frames as a table").click();
     const row = await rowOf(page.locator("#frame-table"), String(worst.frame));
     assert.equal(row.Verdict, "doubtful");
@@ -65,24 +84,6 @@ test("the worst frame's rows say what the result says", async () => {
   });
 });
 
-test("the page opens with the verdict and at the worst frame", async () => {
-  const said = cornerpin("solve", tracks, "-o", made("verdict.json"));
-  await inPage(path, async (page) => {
-    await isAt(page, worst.frame);
-    const sentence = await page.locator("#verdict-sentence").innerText();
-    assert.ok(sentence.length > 20 && flat(said).includes(flat(sentence)), sentence);
-    for (const line of await page.locator("#verdict-lines li > span").allInnerTexts()) {
-      assert.ok(flat(said).includes(flat(line)), line);
-    }
-    const corners = await page.locator("#frame-corners tbody td").allInnerTexts();
-    const expected = worst.quads.tracks.corners;
-    expected.forEach(([x, y], i) => {
-      assert.ok(Math.abs(Number(corners[3 * i]) - Number(x)) <= 0.00501);
-      assert.ok(Math.abs(Number(corners[3 * i + 1]) - Number(y)) <= 0.00501);
-    });
-  });
-});
-
 /**
  * Without line breaks and other blanks.
  * @param {string} text
@@ -91,7 +92,7 @@ const flat = (text) => text.replace(/\s+/g, "");
 
 test("each plot is drawn, and the worst frame's error is above the base frame's", async () => {
   assert.ok(base);
-  await inPage(path, async (page) => {
+  await inBoard(async (page) => {
     const canvases = page.locator("#plots canvas");
     assert.equal(await canvases.count(), 4);
     for (let i = 0; i < 4; ++i) {
@@ -130,8 +131,8 @@ test("each plot is drawn, and the worst frame's error is above the base frame's"
   });
 });
 
-test("a click in a plot goes to its frame", async () => {
-  await inPage(path, async (page) => {
+test("a click in a plot goes to its frame, and scrolls to it", async () => {
+  await inBoard(async (page) => {
     for (const index of [3, 70, 140]) {
       for (const id of ["plot-error", "plot-model"]) {
         await page.keyboard.press("Home");
@@ -142,6 +143,7 @@ test("a click in a plot goes to its frame", async () => {
         const x = ((index + 0.5) / result.frames.length) * box.width;
         await area.click({ position: { x, y: box.height / 2 } });
         await isAt(page, result.frames[index].frame);
+        await assertPlayerIsSeen(page);
       }
     }
   });
@@ -159,9 +161,9 @@ function observations() {
   return places;
 }
 
-test("a click in the heat map moves the player and names the track, as far off as it is", async () => {
+test("a click in the heat map shows the track in the player, as far off as it is", async () => {
   const places = observations();
-  await inPage(path, async (page) => {
+  await inBoard(async (page) => {
     const heat = page.locator("#heat-scroll");
     await heat.scrollIntoViewIfNeeded();
     const box = await heat.boundingBox();
@@ -173,6 +175,10 @@ test("a click in the heat map moves the player and names the track, as far off a
       await heat.click({ position: { x, y: 2 } });
       const { frame, h } = result.frames[index];
       await isAt(page, frame);
+      await assertPlayerIsSeen(page);
+      const option = page.locator("#track-details .option").last();
+      const { y: top = Infinity } = (await option.boundingBox()) ?? {};
+      assert.ok(top < 900, `the option that leaves the track out is at ${top}`);
       const name = await page.locator("#track-details .track-name").innerText();
       const track = result.tracks.find((each) => each.name === name);
       const readout = await page.locator("#heat-readout").innerText();
@@ -211,7 +217,7 @@ function largestResidual(name, places) {
 }
 
 test("the --drop of a selected track leaves it out", async () => {
-  await inPage(path, async (page) => {
+  await inBoard(async (page) => {
     const heat = page.locator("#heat-scroll");
     await heat.click({ position: { x: 300, y: 30 } });
     const name = await page.locator("#track-details .track-name").innerText();
@@ -230,7 +236,7 @@ test("the --drop of a selected track leaves it out", async () => {
 test("the tracks that move the corners most are those of the result", async () => {
   const [most] = result.worst_tracks;
   assert.ok(most);
-  await inPage(path, async (page) => {
+  await inBoard(async (page) => {
     const names = await page.locator("#worst-table tbody th").allInnerTexts();
     assert.deepEqual(
       names,
@@ -243,7 +249,7 @@ test("the tracks that move the corners most are those of the result", async () =
 });
 
 test("the page says what it was made from", async () => {
-  await inPage(path, async (page) => {
+  await inBoard(async (page) => {
     const facts = await page.locator("#facts").innerText();
     const { program, input, base_frame: from } = result;
     assert.ok(program && input && input.sha256 && input.name);

@@ -2,8 +2,9 @@
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
-import { assertQuadIsDrawnAt, frameOf, goTo, isAt } from "./canvas.js";
-import { data, inPage, mapped, pixels, solvedPage, withBrowser } from "./support.js";
+import { assertQuadIsDrawnAt, canvasPixels, frameOf, goTo, isAt } from "./canvas.js";
+import { driftingShot } from "./shots.js";
+import { data, inPage, mapped, pixels, sharedPage, solvedPage, withBrowser } from "./support.js";
 
 /** @typedef {import("./support.js").Point} Point */
 /** @typedef {import("./canvas.js").Pixels} Pixels */
@@ -14,9 +15,37 @@ const sheet = "sheet=181.5,223.5,463.5,211.5,441.5,467.5,114.5,469.5";
 const picture = ["--size", "1024x576", "--y-down", "--pixel-center", "0.5"];
 const quadOfPlanks = [...picture, "--reference", "50", "--quad", sheet];
 const plain = solvedPage(`${data}planks.csv`, "player_plain", ...quadOfPlanks);
+const onPictures = solvedPage(
+  `${data}planks.csv`,
+  "player_pictures",
+  ...quadOfPlanks,
+  ...["--pictures", `${data}planks_pictures/frame_%04d.jpg`, "--picture-scale", "0.5"],
+);
+
+const inPlain = sharedPage(plain.path);
+const inPictures = sharedPage(onPictures.path);
+
+/**
+ * The frame, of those with these numbers, whose corners may be off most.
+ * @param {import("./support.js").Result} result
+ * @param {(number: number) => boolean} isOne
+ */
+const worstOf = ({ frames }, isOne) =>
+  frames
+    .filter(({ frame }) => isOne(frame))
+    .reduce((a, b) => ((b.expected_error ?? 0) > (a.expected_error ?? 0) ? b : a)).frame;
+
+test("a page of good frames opens at the worst of them, or of those with a picture", async () => {
+  assert.ok(plain.result.frames.every(({ verdict }) => verdict === "good"));
+  const worst = worstOf(plain.result, () => true);
+  const pictured = worstOf(plain.result, (number) => number % 6 === 0);
+  assert.notEqual(worst, pictured);
+  await inPlain((page) => isAt(page, worst));
+  await inPictures((page) => isAt(page, pictured));
+});
 
 test("the player draws the quad where the result puts it, to within a pixel", async () => {
-  await inPage(plain.path, async (page) => {
+  await inPlain(async (page) => {
     for (const number of [0, 50, 91, 150, 191]) {
       await goTo(page, number);
       const frame = plain.result.frames.find((each) => each.frame === number);
@@ -31,10 +60,43 @@ test("the player draws the quad where the result puts it, to within a pixel", as
   });
 });
 
+// A side of the quad leads through the track, whose ring has a radius of 8 pixels.
+test("the ring of a selected track is above the quad's outline", async () => {
+  const tracks = driftingShot("ring.csv");
+  const [t12] = readFileSync(tracks, "utf8")
+    .split("\n")
+    .filter((row) => row.startsWith('"t12",0,'));
+  const [x, y] = t12.split(",").slice(2, 4).map(Number);
+  const quad = `${x - 100},${y},${x + 100},${y},${x + 100},${y + 90},${x - 100},${y + 90}`;
+  const { path } = solvedPage(
+    tracks,
+    "ring",
+    ...["--size", "640x360", "--y-down", "--pixel-center", "0.5"],
+    ...["--reference", "0", "--quad", `wall=${quad}`],
+  );
+  await inPage(path, async (page) => {
+    await goTo(page, 0);
+    const canvas = page.locator("#player-canvas");
+    const box = await canvas.boundingBox();
+    assert.ok(box);
+    const scale = box.width / 640;
+    const aside = [Math.round(x * scale - 8), Math.round(y * scale)];
+    const isDark = async () => {
+      const { at } = await canvasPixels(canvas);
+      const near = [-1, 0].map((left) => Math.max(...at(aside[0] + left, aside[1])));
+      return Math.min(...near) < 60;
+    };
+    assert.equal(await isDark(), false);
+    await canvas.click({ position: { x: x * scale, y: y * scale } });
+    assert.equal(await page.locator("#track-details .track-name").innerText(), "t12");
+    assert.equal(await isDark(), true);
+  });
+});
+
 test("a click on a track in the player names it", async () => {
   const rows = readFileSync(`${data}planks.csv`, "utf8").split(/\r?\n/);
   const seen = rows.map((row) => row.split(",")).filter(([, frame]) => frame === "150");
-  await inPage(plain.path, async (page) => {
+  await inPlain(async (page) => {
     await goTo(page, 150);
     const canvas = page.locator("#player-canvas");
     const box = await canvas.boundingBox();
@@ -48,7 +110,7 @@ test("a click on a track in the player names it", async () => {
 });
 
 test("arrow keys step, Home and End go to the ends", async () => {
-  await inPage(plain.path, async (page) => {
+  await inPlain(async (page) => {
     await goTo(page, 20);
     await page.locator("h1").click();
     await page.keyboard.press("ArrowRight");
@@ -79,12 +141,12 @@ test("space plays and stops", async () => {
     await page.waitForTimeout(500);
     assert.equal(await frameOf(page), stopped);
   };
-  await inPage(plain.path, play);
+  await inPlain(play);
   await inPage(plain.path, play, { reducedMotion: "no-preference" });
 });
 
 test("a question mark opens the list of keys, Escape closes it", async () => {
-  await inPage(plain.path, async (page) => {
+  await inPlain(async (page) => {
     await page.keyboard.press("?");
     const keys = page.getByRole("dialog", { name: "Keys" });
     await keys.waitFor();
@@ -95,19 +157,8 @@ test("a question mark opens the list of keys, Escape closes it", async () => {
 });
 
 test("steadied, the surface stands still on the pictures", async (context) => {
-  const pictures = [
-    "--pictures",
-    `${data}planks_pictures/frame_%04d.jpg`,
-    "--picture-scale",
-    "0.5",
-  ];
-  const { path, result } = solvedPage(
-    `${data}planks.csv`,
-    "player_pictures",
-    ...quadOfPlanks,
-    ...pictures,
-  );
-  await inPage(path, async (page) => {
+  const { result } = onPictures;
+  await inPictures(async (page) => {
     /** @type {Pixels[]} */
     const moving = [];
     /** @type {Pixels[]} */

@@ -91,6 +91,9 @@ export function writeTracks(name, rows) {
 /** @type {import("playwright-core").Browser} */
 let browser;
 
+/** @type {Opened[]} the pages that tests share */
+const shared = [];
+
 /** Starts the browser before a file's tests and ends it after them. */
 export function withBrowser() {
   before(async () => {
@@ -99,18 +102,21 @@ export function withBrowser() {
       chromiumSandbox: process.getuid?.() !== 0,
     });
   });
-  after(() => browser.close());
+  after(async () => {
+    for (const { close } of shared) await close();
+    await browser.close();
+  });
 }
 
 /**
- * Opens a page from disk, offline. `close` fails if the page asked for anything but itself, data in
+ * Opens a file from disk, offline. `close` fails if the page asked for anything but itself, data in
  * itself and the files of `allowed`, or put anything on the console.
  * @param {string} path
  * @param {import("playwright-core").BrowserContextOptions} [options]
  * @param {string[]} [allowed] paths
  * @returns {Promise<Opened>}
  */
-export async function open(path, options = {}, allowed = []) {
+export async function openAny(path, options = {}, allowed = []) {
   const context = await browser.newContext({
     offline: true,
     reducedMotion: "reduce",
@@ -133,7 +139,6 @@ export async function open(path, options = {}, allowed = []) {
     dialog.dismiss();
   });
   await page.goto(pathToFileURL(path).href);
-  await page.locator("html[data-ready]").waitFor();
   const close = async () => {
     await context.close();
     assert.deepEqual(problems, []);
@@ -149,6 +154,18 @@ export async function open(path, options = {}, allowed = []) {
 }
 
 /**
+ * Opens a page about a solve, as `openAny` does, and waits until it is ready.
+ * @param {string} path
+ * @param {import("playwright-core").BrowserContextOptions} [options]
+ * @param {string[]} [allowed] paths
+ */
+export async function open(path, options, allowed) {
+  const opened = await openAny(path, options, allowed);
+  await opened.page.locator("html[data-ready]").waitFor();
+  return opened;
+}
+
+/**
  * Opens a page, does something with it, and closes it as `open` says.
  * @param {string} path
  * @param {(page: Page, opened: Opened) => Promise<void>} body
@@ -158,6 +175,25 @@ export async function inPage(path, body, options) {
   const opened = await open(path, options);
   await body(opened.page, opened);
   await opened.close();
+}
+
+/**
+ * A page that several tests of a file share, one after the other: each finds it as the one before
+ * has left it. It is opened by the first one, and closed after all, as `open` says.
+ * @param {string} path
+ * @param {import("playwright-core").BrowserContextOptions} [options]
+ * @returns {(body: (page: Page) => Promise<void>) => Promise<void>}
+ */
+export function sharedPage(path, options) {
+  /** @type {Opened | null} */
+  let opened = null;
+  return async (body) => {
+    if (opened === null) {
+      opened = await open(path, options);
+      shared.push(opened);
+    }
+    await body(opened.page);
+  };
 }
 
 /**

@@ -98,9 +98,23 @@ TEST(ReportOptions, LookAtThePicturesBeforeTheSolve) {
   writeFile(folder / "p3.jpg", "no picture");
   const Outcome broken = cornerpin(given);
   EXPECT_EQ(broken.code, 3);
-  EXPECT_TRUE(contains(broken.err, (folder / "p3.jpg") + ": is neither a JPEG nor a PNG file"))
+  EXPECT_TRUE(contains(broken.err, (folder / "p3.jpg") + ": is no JPEG, PNG, WebP, GIF or TIFF"))
       << broken.err;
   EXPECT_FALSE(contains(broken.err, "\"phase\":\"solving\"")) << broken.err;
+  EXPECT_EQ(folder.entryCount(), 2u);
+}
+
+TEST(ReportOptions, LinkNoPicturesThatBrowsersDoNotShow) {
+  const TemporaryFolder folder;
+  const std::string tracks = folder / "in.csv";
+  writeFile(tracks, stillShot(40, 6));
+  writeHalves(folder / "p3.tif", 1000, 700, ::gdImageTiff);
+  const Outcome run = cornerpin({"solve", tracks, "--report", folder / "a.html", "--pictures",
+                                 folder / "p#.tif", "--link", "-q"});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.err, "cornerpin: " + (folder / "p3.tif") +
+                         ": is a TIFF file, which browsers do not show: convert it, or do not "
+                         "link it\n");
   EXPECT_EQ(folder.entryCount(), 2u);
 }
 

@@ -81,6 +81,13 @@ TEST(TracksArgument, IsRequiredAndNotEmpty) {
   EXPECT_THROW(parsed<TracksArgument>({""}), CLI::ValidationError);
 }
 
+TEST(ResultArgument, IsRequiredAndNotEmpty) {
+  EXPECT_EQ(parsed<ResultArgument>({"in.json"}).path, "in.json");
+  EXPECT_EQ(parsed<ResultArgument>({"-"}).path, "-");
+  EXPECT_THROW(parsed<ResultArgument>({}), CLI::RequiredError);
+  EXPECT_THROW(parsed<ResultArgument>({""}), CLI::ValidationError);
+}
+
 TEST(OutputOptions, TakeTheFormatFromTheNameUnlessItIsNamed) {
   EXPECT_EQ(parsed<OutputOptions>({}).format(), Format::Json);
   EXPECT_EQ(parsed<OutputOptions>({"-o", "a.JSON"}).format(), Format::Json);

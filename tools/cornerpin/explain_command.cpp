@@ -7,7 +7,6 @@
 
 #include "shot/files/result_reader.h"
 #include "shot/files/track_advice.h"
-#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
 
@@ -31,12 +30,10 @@ int run(const std::string& path) {
 }  // namespace
 
 Command addExplain(CLI::App& app) {
-  const auto path = std::make_shared<std::string>();
+  const auto result = std::make_shared<ResultArgument>();
   CLI::App& parser = addParser(app, kText);
-  takesFile(parser.add_option("result", *path, "JSON file of a solve; - is standard input"))
-      ->required()
-      ->check(refuseEmpty);
-  return {&parser, [path] { return run(*path); }, &kText};
+  result->addTo(parser);
+  return {&parser, [result] { return run(result->path); }, &kText};
 }
 
 }  // namespace cornerpin

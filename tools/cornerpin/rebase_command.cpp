@@ -11,7 +11,6 @@
 #include "shot/files/result_reader.h"
 #include "shot/solve/rebase.h"
 #include "shot/solve/this_program.h"
-#include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
 #include "tools/cornerpin/shared_options.h"
 
@@ -29,7 +28,7 @@ constexpr CommandText kText = {
     ""};
 
 struct Arguments {
-  std::string input;
+  ResultArgument result;
   ReferenceOption reference;
   OutputOptions output;
   QuietOption quiet;  // for scripts that give it to every command: nothing is printed without it
@@ -39,9 +38,9 @@ int run(const Arguments& arguments) {
   const int reference = arguments.reference.value().value();
   const Format format = arguments.output.format();
   const bool onStandardOutput = arguments.output.isStandardOutput();
-  if (!onStandardOutput) refuseInput(arguments.input, arguments.output.path);
+  if (!onStandardOutput) refuseInput(arguments.result.path, arguments.output.path);
   requireWritable(arguments.output.path);
-  ShotResult result = readResult(arguments.input);
+  ShotResult result = readResult(arguments.result.path);
   const int from = result.referenceFrame;
   rebase(result, reference);
   if (reference != from) result.provenance.rebased.push_back({from, reference, thisProgram()});
@@ -56,10 +55,7 @@ int run(const Arguments& arguments) {
 Command addRebase(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& parser = addParser(app, kText);
-  takesFile(
-      parser.add_option("result", arguments->input, "JSON file of a solve; - is standard input"))
-      ->required()
-      ->check(refuseEmpty);
+  arguments->result.addTo(parser);
   arguments->reference.addTo(parser);
   arguments->output.addTo(parser);
   arguments->quiet.addTo(parser);

@@ -30,14 +30,14 @@ constexpr CommandText kText = {
     "that the result was made from it shows where they were seen, and their residuals.\n",
     "Of a long shot it shows a selection of the frames and tracks, and says which.\n\n"
     "The tracks have to be in the file that was solved, or, where the result does not tell its\n"
-    "digest, in one with the same tracks. --pictures are JPEG or PNG files, told by a pattern\n"
-    "with the frame's number, by their folder, where it is the last number of their names, or\n"
-    "by a list, one name a line. The page holds them, at most 640 pixels wide; with --link it\n"
-    "asks for the files themselves. --picture-scale is found by the sizes where the result\n"
-    "tells how large the picture of its tracks is.\n"};
+    "digest, in one with the same tracks. --pictures are JPEG, PNG, WebP, GIF or TIFF files,\n"
+    "told by a pattern with the frame's number, by their folder, where it is the last number of\n"
+    "their names, or by a list, one name a line. The page holds them, at most 640 pixels wide;\n"
+    "with --link it asks for the files themselves. --picture-scale is found by the sizes where\n"
+    "the result tells how large the picture of its tracks is.\n"};
 
 struct Arguments {
-  std::string input;
+  ResultArgument result;
   std::string output;
   std::string tracks;
   PagePictureOptions pictures;
@@ -48,20 +48,20 @@ struct Arguments {
 // Where the page goes: beside the result, unless it is said.
 std::string pageOf(const Arguments& arguments) {
   if (!arguments.output.empty()) return arguments.output;
-  if (arguments.input == "-") {
+  if (arguments.result.path == "-") {
     throw std::invalid_argument("standard input has no name that the page could have: add -o FILE");
   }
-  return std::filesystem::path(arguments.input).replace_extension(".html").string();
+  return std::filesystem::path(arguments.result.path).replace_extension(".html").string();
 }
 
 // Refuses outputs that would replace the inputs or one another, or cannot be written.
 void checkFiles(const Arguments& arguments, const std::string& page) {
-  if (arguments.input == "-" && arguments.tracks == "-") {
+  if (arguments.result.path == "-" && arguments.tracks == "-") {
     throw std::invalid_argument("the result and --tracks both want standard input: name a file");
   }
   for (const std::string& output : {page, arguments.plot.path}) {
     if (isStandardOutput(output)) continue;
-    refuseInput(arguments.input, output);
+    refuseInput(arguments.result.path, output);
     refuseInput(arguments.tracks, output);
   }
   refuseSame("-o", page, "--plot", arguments.plot.path);
@@ -74,7 +74,7 @@ int run(Arguments& arguments) {
   arguments.plot.check();
   arguments.pictures.check(page);
   checkFiles(arguments, page);
-  const ShotResult result = readResult(arguments.input);
+  const ShotResult result = readResult(arguments.result.path);
   FileTalk talk;
   std::optional<Tracks> tracks;
   if (!arguments.tracks.empty()) {
@@ -83,7 +83,7 @@ int run(Arguments& arguments) {
     talk.add(notes);
   }
   const PageSubject subject = {result, tracks ? &*tracks : nullptr,
-                               titleOf(result, arguments.input)};
+                               titleOf(result, arguments.result.path)};
   arguments.pictures.find(result.provenance.picture, result.frames.front().frame,
                           result.frames.back().frame, subject.tracks);
   arguments.pictures.write(subject, page, talk);
@@ -97,10 +97,7 @@ int run(Arguments& arguments) {
 Command addReport(CLI::App& app) {
   const auto arguments = std::make_shared<Arguments>();
   CLI::App& parser = addParser(app, kText);
-  takesFile(
-      parser.add_option("result", arguments->input, "JSON file of a solve; - is standard input"))
-      ->required()
-      ->check(refuseEmpty);
+  arguments->result.addTo(parser);
   takesFile(parser.add_option("-o,--output", arguments->output, "Write the page to this file"))
       ->check(refuseEmpty)
       ->option_text("FILE");

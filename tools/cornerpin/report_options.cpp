@@ -80,6 +80,7 @@ void PagePictureOptions::check(const std::string& page) {
 void PagePictureOptions::find(const Picture& picture, int first, int last, const Tracks* tracks) {
   if (!files_) return;
   pictures_.emplace(*files_, pattern_, first, last);
+  if (link_) pictures_->refuseLinks();
   pictures_->fit(picture, scaleOf(scale_), tracks);
 }
 

@@ -65,6 +65,12 @@ std::string TracksArgument::fileName() const {
   return plain ? std::filesystem::path(path).filename().string() : std::string();
 }
 
+void ResultArgument::addTo(CLI::App& parser) {
+  takesFile(parser.add_option("result", path, "JSON file of a solve; - is standard input"))
+      ->required()
+      ->check(refuseEmpty);
+}
+
 void OutputOptions::addTo(CLI::App& parser) {
   takesFile(parser.add_option("-o,--output", path,
                               "Write the transforms to this file, named .json or .csv"))

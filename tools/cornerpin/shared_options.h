@@ -35,6 +35,12 @@ struct TracksArgument {
   std::string fileName() const;
 };
 
+/// The file with a result; "-" is standard input.
+struct ResultArgument {
+  std::string path;
+  void addTo(CLI::App& parser);
+};
+
 /// -o and --format: the file that is written, none when the path is empty.
 struct OutputOptions {
   std::string path;

@@ -276,6 +276,31 @@ TEST(Report, RefusesOptionsByTheirNames) {
   EXPECT_EQ(folder.entryCount(), 0u);
 }
 
+// 100 x 100 pixels, as far as the file's head tells.
+TEST(Report, LinksNoPicturesThatBrowsersDoNotShow) {
+  const Result result = solve(tracksFromArrays(plain::pan().given()));
+  const TemporaryFolder folder;
+  const std::string picture = folder / ("p" + std::to_string(result.frames()[0].frame) + ".tif");
+  writeFile(picture, std::string("II*\0\x08\0\0\0\x04\0"
+                                 "\0\x01\x03\0\x01\0\0\0\x64\0\0\0"
+                                 "\x01\x01\x03\0\x01\0\0\0\x64\0\0\0"
+                                 "\x11\x01\x04\0\x01\0\0\0\x08\0\0\0"
+                                 "\x17\x01\x04\0\x01\0\0\0\x01\0\0\0\0\0\0\0",
+                                 62));
+  PageOptions options;
+  options.pictures = folder / "p%d.tif";
+  options.link = true;
+  try {
+    result.report(folder / "a.html", options);
+    ADD_FAILURE();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), picture +
+                                ": is a TIFF file, which browsers do not show: convert it, or do "
+                                "not link it");
+  }
+  EXPECT_EQ(folder.entryCount(), 1u);
+}
+
 TEST(WriteExplanation, GivesTheFileOfTheCommand) {
   const TemporaryFolder folder;
   Options options;

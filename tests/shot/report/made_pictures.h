@@ -14,20 +14,36 @@ inline gdImagePtr halves(int width, int height) {
   return image;
 }
 
-inline void writeJpeg(const std::string& path, int width, int height) {
+template <class Write>
+void writeHalves(const std::string& path, int width, int height, const Write& write) {
   gdImagePtr image = halves(width, height);
   std::FILE* file = std::fopen(path.c_str(), "wb");
-  ::gdImageJpeg(image, file, 90);
+  write(image, file);
   std::fclose(file);
   ::gdImageDestroy(image);
 }
 
+inline void writeJpeg(const std::string& path, int width, int height) {
+  writeHalves(path, width, height,
+              [](gdImagePtr image, std::FILE* file) { ::gdImageJpeg(image, file, 90); });
+}
+
 inline void writePng(const std::string& path, int width, int height) {
-  gdImagePtr image = halves(width, height);
-  std::FILE* file = std::fopen(path.c_str(), "wb");
-  ::gdImagePng(image, file);
-  std::fclose(file);
-  ::gdImageDestroy(image);
+  writeHalves(path, width, height, ::gdImagePng);
+}
+
+inline void writeWebP(const std::string& path, int width, int height) {
+  writeHalves(path, width, height, ::gdImageWebp);
+}
+
+inline void writeLosslessWebP(const std::string& path, int width, int height) {
+  writeHalves(path, width, height, [](gdImagePtr image, std::FILE* file) {
+    ::gdImageWebpEx(image, file, gdWebpLossless);
+  });
+}
+
+inline void writeGif(const std::string& path, int width, int height) {
+  writeHalves(path, width, height, ::gdImageGif);
 }
 
 #endif

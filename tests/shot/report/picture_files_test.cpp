@@ -82,7 +82,7 @@ TEST(PictureFiles, RefuseWhatTellsNoFile) {
   }
   const std::string empty = folder.path().string();
   EXPECT_EQ(refusalOf(empty),
-            "\"" + empty + "\" holds no JPEG or PNG file with a number in its name" + kWhatToGive);
+            "\"" + empty + "\" holds no picture with a number in its name" + kWhatToGive);
 }
 
 TEST(PictureFiles, RefuseListsThatTellNoFrames) {

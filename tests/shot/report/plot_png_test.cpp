@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "shot/report/plot_png.h"
 
+#include <gd.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
@@ -28,6 +29,11 @@ TEST(PlotPng, IsAPictureOfThePlot) {
   EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1a\n");
   // Its width, 960, and its height, 64 + 3 * 140 + 2 * 44 + 40 = 612.
   EXPECT_EQ(png.substr(16, 8), std::string("\0\0\x03\xc0\0\0\x02\x64", 8));
+  std::string bytes = png;
+  gdImagePtr image = ::gdImageCreateFromPngPtr(static_cast<int>(bytes.size()), bytes.data());
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(::gdImageGetTrueColorPixel(image, 5, 5) & 0xffffff, 0xffffff);  // on light paper
+  ::gdImageDestroy(image);
 }
 
 TEST(PlotPng, SaysWhatIsMissing) {

@@ -55,13 +55,31 @@ TEST(PlotSvg, PutsFiguresWhereTheyBelong) {
 
 TEST(PlotSvg, MarksDoubtfulFramesByShape) {
   ShotResult result = small::result(4, 5);
-  EXPECT_EQ(countOf(plotSvg(result, ""), "fill=\"#d55e00\""), 0u);
+  EXPECT_EQ(countOf(plotSvg(result, ""), "fill=\"#d55e00\"/>"), 0u);
   small::doubt(result.frames[2], 3.0);
   small::doubt(result.frames[3], kNoFigure);
   const std::string svg = plotSvg(result, "");
   expectWellFormed(svg);
-  EXPECT_EQ(countOf(svg, "fill=\"#d55e00\""), 3u);    // triangles in all three plots
+  EXPECT_EQ(countOf(svg, "fill=\"#d55e00\"/>"), 3u);  // triangles in all three plots
   EXPECT_EQ(countOf(svg, "stroke-width=\"2\""), 1u);  // a cross in the first
+}
+
+// Each colour of a light ground but the paper's and the text's, which are those of whole elements.
+TEST(PlotSvg, HasADarkColourForEachLightOne) {
+  ShotResult result = small::result(4, 5);
+  small::doubt(result.frames[2], 3.0);
+  small::doubt(result.frames[3], kNoFigure);
+  const std::string svg = plotSvg(result, "");
+  const std::size_t body = svg.find("</style>");
+  const std::string style = svg.substr(0, body);
+  EXPECT_NE(style.find("@media (prefers-color-scheme: dark)"), std::string::npos);
+  for (const std::string attribute : {"stroke=\"#", "fill=\"#"}) {
+    for (std::size_t at = body; (at = svg.find(attribute, at)) != std::string::npos; ++at) {
+      const std::string colour = svg.substr(at, svg.find('"', at + attribute.size()) + 1 - at);
+      if (colour == "fill=\"#ffffff\"") continue;
+      EXPECT_NE(style.find("[" + colour + "]"), std::string::npos) << colour;
+    }
+  }
 }
 
 TEST(PlotSvg, KeepsItsScaleWhereAnErrorIsHuge) {
@@ -87,7 +105,7 @@ TEST(PlotSvg, StaysSmallAndLosesNoDoubtfulFrame) {
   small::doubt(result.frames[5003], 3.5);
   const std::string svg = plotSvg(result, "");
   EXPECT_LT(svg.size(), 60'000u);
-  EXPECT_EQ(countOf(svg, "fill=\"#d55e00\""), 3u);
+  EXPECT_EQ(countOf(svg, "fill=\"#d55e00\"/>"), 3u);
   // At the upper edge, 3.5 px: frame 5003 is at 80 + 856 * 5003 / 9999.
   EXPECT_NE(svg.find("M508.3 60.0l"), std::string::npos);
 }

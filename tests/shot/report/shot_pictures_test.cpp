@@ -5,7 +5,9 @@
 
 #include <stdexcept>
 
+#include "shot/files/input_error.h"
 #include "tests/shot/report/made_pictures.h"
+#include "tests/shot/report/made_tiff.h"
 #include "tests/shot/report/small_result.h"
 #include "tests/support/files.h"
 
@@ -59,6 +61,20 @@ TEST_F(ShotPicturesOf, NoFrameAreRefused) {
     EXPECT_EQ(error.what(), "--pictures: \"p#.jpg\" has no picture of frames 6 to 9, such as \"" +
                                 (folder_ / "p6.jpg") +
                                 "\": the numbers of the pictures are those of the frames");
+  }
+}
+
+TEST_F(ShotPicturesOf, AKindThatBrowsersDoNotShowAreNotLinked) {
+  pictures().refuseLinks();
+  writeTiff(folder_ / "p6.jpg", 50, 40);
+  const ShotPictures found = pictures();
+  try {
+    found.refuseLinks();
+    ADD_FAILURE();
+  } catch (const InputError& error) {
+    EXPECT_EQ(error.what(), (folder_ / "p6.jpg") +
+                                ": is a TIFF file, which browsers do not show: convert it, or do "
+                                "not link it");
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include "shot/files/input_error.h"
 #include "tests/shot/report/made_pictures.h"
+#include "tests/shot/report/made_tiff.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -35,9 +36,12 @@ TEST(SmallPicture, IsAsWideAsIsAskedForWithTheSameShape) {
   const TemporaryFolder folder;
   writePng(folder / "a.png", 1000, 501);
   writeJpeg(folder / "b.jpg", 1000, 501);
-  for (const char* name : {"a.png", "b.jpg"}) {
+  writeWebP(folder / "c.webp", 1000, 501);
+  writeGif(folder / "d.gif", 1000, 501);
+  writeTiff(folder / "e.tif", 1000, 501);
+  for (const char* name : {"a.png", "b.jpg", "c.webp", "d.gif", "e.tif"}) {
     const Image image = imageOf(smallPicture(folder / name, 100));
-    ASSERT_TRUE(image);
+    ASSERT_TRUE(image) << name;
     EXPECT_EQ(gdImageSX(image.get()), 100);
     EXPECT_EQ(gdImageSY(image.get()), 50);
     EXPECT_LT(gdImageRed(image.get(), gdImageGetPixel(image.get(), 20, 25)), 30);
@@ -72,4 +76,20 @@ TEST(SmallPicture, IsRefusedByNameWhereTheFileIsBroken) {
   writeFile(folder / "b.jpg", std::string("\xff\xd8\xff\xc0\0\x11\x08\0\x07\x01\x02\x03", 12));
   EXPECT_EQ(refusalOf(folder / "b.jpg"), (folder / "b.jpg") + ": is not a whole picture");
   EXPECT_EQ(refusalOf(folder / "none"), (folder / "none") + ": cannot be opened");
+}
+
+// The files' heads are whole: a TIFF file has its own at its end.
+TEST(SmallPicture, IsRefusedByNameWhereAnotherKindIsBroken) {
+  const TemporaryFolder folder;
+  writeWebP(folder / "a.webp", 60, 60);
+  writeTiff(folder / "a.tif", 60, 60);
+  const std::string webp = readFile(folder / "a.webp");
+  writeFile(folder / "a.webp", webp.substr(0, webp.size() / 2));
+  std::string tiff = readFile(folder / "a.tif");
+  tiff.replace(8, 16, 16, 'x');
+  writeFile(folder / "a.tif", tiff);
+  testing::internal::CaptureStderr();
+  for (const char* name : {"a.webp", "a.tif"})
+    EXPECT_EQ(refusalOf(folder / name), (folder / name) + ": is not a whole picture");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
