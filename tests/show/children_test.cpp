@@ -71,7 +71,7 @@ TEST(Children, TellTheSignalThatEndedOne) {
 TEST(Children, EndOneThatStops) {
   const TemporaryFolder folder;
   Children children;
-  children.start(1, shell(folder, "kill -STOP $$; sleep 1000"));
+  children.start(1, shell(folder, "kill -STOP $$; exec sleep 1000"));
   const ChildEnd end = children.wait();
   EXPECT_EQ(end.signal, SIGSTOP);
   EXPECT_TRUE(end.stopped);
@@ -102,7 +102,7 @@ TEST(Children, EndWithTheObject) {
   pid_t pid = 0;
   {
     Children children;
-    children.start(1, shell(folder, "echo $$ > pid; sleep 1000"));
+    children.start(1, shell(folder, "echo $$ > pid; exec sleep 1000"));
     pid = std::stoi(waitForFile(folder / "pid"));
     EXPECT_EQ(::kill(pid, 0), 0);
   }
@@ -114,7 +114,7 @@ TEST(Children, EndWithAParentThatIsKilled) {
   const TemporaryFolder folder;
   const pid_t parent = startChild([&] {
     Children children;
-    children.start(1, shell(folder, "echo $$ > pid; sleep 1000"));
+    children.start(1, shell(folder, "echo $$ > pid; exec sleep 1000"));
     children.wait();
   });
   const pid_t child = std::stoi(waitForFile(folder / "pid"));
@@ -127,7 +127,7 @@ TEST(Children, LetThisProcessBeInterrupted) {
   const TemporaryFolder folder;
   Children children;
   children.checkInterrupted();
-  children.start(1, shell(folder, "kill -INT " + std::to_string(::getpid()) + "; sleep 1000"));
+  children.start(1, shell(folder, "kill -INT " + std::to_string(::getpid()) + "; exec sleep 1000"));
   try {
     children.wait();
     ADD_FAILURE() << "not interrupted";
