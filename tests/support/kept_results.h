@@ -9,8 +9,8 @@
 #include "tests/support/files.h"
 
 // Where CORNERPIN_KEPT_RESULTS names a folder, puts a text that begins as a result in JSON does, as
-// tracks do, as what a page is made from, or as a file of a batch, there: the schemas are held against all that tests
-// have written.
+// tracks do, as what a page is made from, or as a file of a batch, there: the schemas are held
+// against all that tests have written.
 inline void keepResult(const std::string& text) {
   const char* folder = std::getenv("CORNERPIN_KEPT_RESULTS");
   const bool isTracks = text.rfind("{\n\"cornerpin_tracks\":", 0) == 0;

@@ -138,9 +138,9 @@ TEST(BatchCommand, WritesResultsExportsPagesAndRecordsBesideEachOther) {
   EXPECT_TRUE(contains(run.out, "done          2 now, 0 were there\n")) << run.out;
   std::set<std::string> names;
   for (const auto& file : bytesIn(folder / "out")) names.insert(file.first);
-  EXPECT_EQ(names, (std::set<std::string>{"batch.html", "batch.json", "small0.html", "small0.json", "small0.nk",
-                                          "small0.task.json", "small1.html", "small1.json",
-                                          "small1.nk", "small1.task.json"}));
+  EXPECT_EQ(names, (std::set<std::string>{"batch.html", "batch.json", "small0.html", "small0.json",
+                                          "small0.nk", "small0.task.json", "small1.html",
+                                          "small1.json", "small1.nk", "small1.task.json"}));
 }
 
 TEST(BatchCommand, GivesWhatSolveGives) {
