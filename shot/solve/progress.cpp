@@ -23,6 +23,8 @@ const char* nameOf(Phase phase) {
       return "looking for what helps";
     case Phase::Writing:
       return "writing";
+    case Phase::Shots:
+      return "solving shots";
   }
   return "";
 }

@@ -1,14 +1,15 @@
 # SPDX-License-Identifier: BSD-3-Clause
 # cmake -DSOURCE=folder -P check_names.cmake
 #
-# Fails when a unit of the host layer or the command below SOURCE has no test of its own stem, when
-# a test of the host layer starts with no unit's name, or when docs/architecture.md names a file that
+# Fails when a unit of the host layer, of show/ or of the command below SOURCE has no test of its own
+# stem, when a test of the host layer or of show/ starts with no unit's name, or when docs/architecture.md names a file that
 # does not exist.
 cmake_minimum_required(VERSION 3.20)
 
 set(problems "")
 
-file(GLOB_RECURSE sources RELATIVE "${SOURCE}" "${SOURCE}/shot/*.cpp" "${SOURCE}/tools/cornerpin/*.cpp")
+file(GLOB_RECURSE sources RELATIVE "${SOURCE}" "${SOURCE}/shot/*.cpp" "${SOURCE}/show/*.cpp"
+     "${SOURCE}/tools/cornerpin/*.cpp")
 foreach(source IN LISTS sources)
   string(REGEX REPLACE "(_avx2|_avx512)?\\.cpp$" "" unit "${source}")
   string(REGEX REPLACE "^tools/cornerpin/" "tools/" test "${unit}")
@@ -17,7 +18,8 @@ foreach(source IN LISTS sources)
   endif()
 endforeach()
 
-file(GLOB tests RELATIVE "${SOURCE}/tests" "${SOURCE}/tests/shot/*/*_test.cpp")
+file(GLOB tests RELATIVE "${SOURCE}/tests" "${SOURCE}/tests/shot/*/*_test.cpp"
+     "${SOURCE}/tests/show/*_test.cpp")
 foreach(test IN LISTS tests)
   string(REGEX REPLACE "_test\\.cpp$" "" unit "${test}")
   # More tests of a unit: shot_solver_trust_test is of shot_solver.

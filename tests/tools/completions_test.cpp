@@ -68,8 +68,8 @@ Lines optionNamesOf(const Command& command) {
   return names;
 }
 
-const Lines kCommands = {"solve", "report",  "convert", "info", "diff",
-                         "check", "explain", "rebase",  "help"};
+const Lines kCommands = {"solve", "report",  "convert", "info",  "diff",
+                         "check", "explain", "rebase",  "batch", "help"};
 const Lines kLosses = {"tukey", "cauchy", "huber", "none"};
 
 }  // namespace

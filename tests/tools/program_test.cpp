@@ -23,7 +23,7 @@ TEST(Program, PrintsTheHelpOfItselfAndOfEveryCommandInTwoWays) {
   EXPECT_EQ(run({"help"}).out, run({"--help"}).out);
   EXPECT_EQ(run({"-h"}).out, run({"--help"}).out);
   const Program program;
-  ASSERT_EQ(program.commands().size(), 9u);
+  ASSERT_EQ(program.commands().size(), 10u);
   for (const Command& command : program.commands()) {
     const std::string name = command.text->name;
     const Outcome printed = run({"help", name});

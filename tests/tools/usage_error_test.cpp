@@ -25,7 +25,8 @@ TEST(UsageError, SuggestsTheCommandThatWasMeant) {
   EXPECT_EQ(refusalOf({"version"}), "version is no command: did you mean --version?");
   EXPECT_EQ(refusalOf({"dance"}), "dance is no command; see cornerpin --help");
   EXPECT_EQ(refusalOf({"help", "slove"}),
-            "command takes solve, report, convert, info, diff, check, explain, rebase or help, not "
+            "command takes solve, report, convert, info, diff, check, explain, rebase, batch or "
+            "help, not "
             "\"slove\": did you mean solve?");
 }
 

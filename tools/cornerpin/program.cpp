@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 
+#include "tools/cornerpin/batch_command.h"
 #include "tools/cornerpin/check_command.h"
 #include "tools/cornerpin/convert_command.h"
 #include "tools/cornerpin/diff_command.h"
@@ -50,8 +51,8 @@ Program::Program() : itself_{&app_, nullptr, &kText} {
   app_.set_version_flag("-V,--version", versionText,
                         "Print the version, its commit, and which LAPACK is in use");
   app_.require_subcommand(0, 1);
-  commands_ = {addSolve(app_), addReport(app_), addConvert(app_), addInfo(app_),
-               addDiff(app_),  addCheck(app_),  addExplain(app_), addRebase(app_)};
+  commands_ = {addSolve(app_), addReport(app_),  addConvert(app_), addInfo(app_), addDiff(app_),
+               addCheck(app_), addExplain(app_), addRebase(app_),  addBatch(app_)};
   addHelp();
 }
 

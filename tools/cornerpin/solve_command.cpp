@@ -21,6 +21,7 @@
 #include "tools/cornerpin/progress_bar.h"
 #include "tools/cornerpin/report_options.h"
 #include "tools/cornerpin/shared_options.h"
+#include "tools/cornerpin/usage_error.h"
 
 namespace cornerpin {
 
@@ -359,6 +360,24 @@ Command addSolve(CLI::App& app) {
   CLI::App& parser = addParser(app, kText);
   addTo(parser, *arguments);
   return {&parser, [arguments] { return run(*arguments); }, &kText};
+}
+
+void checkSolveWords(std::vector<std::string> words) {
+  CLI::App app;
+  const auto arguments = std::make_shared<Arguments>();
+  CLI::App& parser = addParser(app, kText);
+  addTo(parser, *arguments);
+  const Command program = {&app, nullptr, &kText};
+  const Command solve = {&parser, nullptr, &kText};
+  words.insert(words.begin(), kText.name);
+  try {
+    std::vector<std::string> reversed(words.rbegin(), words.rend());
+    app.parse(reversed);
+  } catch (const CLI::ParseError& error) {
+    throw std::invalid_argument(textOf(error, UsedParser{program, {solve}, &solve, words}));
+  }
+  arguments->talk.check();
+  checkPinnedQuad(planOf(*arguments));
 }
 
 }  // namespace cornerpin

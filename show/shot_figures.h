@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOW_SHOT_FIGURES_H
+#define SHOW_SHOT_FIGURES_H
+
+#include <cstddef>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "shot/files/json_field.h"
+#include "shot/solve/result.h"
+
+namespace cornerpin {
+
+/// A solved shot at a glance.
+struct ShotFigures {
+  int first = 0;  ///< frames
+  int last = 0;
+  std::size_t frames = 0;
+  std::size_t doubtful = 0;
+  std::size_t reduced = 0;
+  std::size_t held = 0;
+  /// The largest expected error of the frames that have one, and the frame; NaN without any.
+  double worst = std::numeric_limits<double>::quiet_NaN();
+  std::optional<int> worstFrame;
+  double rms = std::numeric_limits<double>::quiet_NaN();  ///< `Summary::medianRms`
+  /// Expected errors over the frames, each the largest of as many frames as come to at most
+  /// `kMostValues`; NaN where one is not known.
+  std::vector<double> line;
+  std::string text;  ///< `closingSentence`
+};
+constexpr std::size_t kMostValues = 60;
+
+/// All numbers with three digits.
+ShotFigures figuresOf(const ShotResult& result);
+
+nlohmann::ordered_json figuresJson(const ShotFigures& figures);
+ShotFigures figuresIn(const JsonField& field);
+
+}  // namespace cornerpin
+
+#endif

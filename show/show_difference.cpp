@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "show/show_difference.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <set>
+#include <sstream>
+
+#include "shot/compare/result_difference.h"
+#include "shot/files/difference_text.h"
+#include "shot/files/input_error.h"
+#include "shot/files/result_reader.h"
+#include "shot/solve/wording.h"
+
+namespace cornerpin {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Names = std::set<std::string>;
+
+constexpr double kEndless = std::numeric_limits<double>::infinity();
+
+// The shots whose records are in a folder.
+Names shotsIn(const std::string& folder) {
+  const std::string ending = recordNameOf("");
+  Names names;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    const std::string name = entry.path().filename().string();
+    const std::size_t stem = name.size() - std::min(name.size(), ending.size());
+    if (stem > 0 && name.compare(stem, ending.size(), ending) == 0) {
+      names.insert(name.substr(0, stem));
+    }
+  }
+  if (names.empty()) throw InputError(folder, "there is no record of a batch in this folder");
+  return names;
+}
+
+std::vector<std::string> without(const Names& names, const Names& others) {
+  std::vector<std::string> left;
+  std::set_difference(names.begin(), names.end(), others.begin(), others.end(),
+                      std::back_inserter(left));
+  return left;
+}
+
+std::string bytesOf(const std::string& path) {
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
+}
+
+// How far apart, where, and what else; empty where nothing of it differs.
+std::string describe(const ResultDifference& difference, double distance, double most) {
+  std::vector<std::string> parts;
+  if (!difference.comparedIn) parts.push_back(difference.why);
+  if (distance > most) {
+    const std::size_t beyond = difference.framesBeyond(most).size();
+    parts.push_back(fmt::format(
+        "{} in frame {}; {} of {}", std::isinf(distance) ? "beyond the horizon" : pixels(distance),
+        difference.worst()->frame, beyond, counted(difference.frames.size(), "frame")));
+  }
+  const std::size_t others =
+      difference.otherFrames.first.size() + difference.otherFrames.second.size();
+  if (others > 0) parts.push_back(counted(others, "frame") + " in one only");
+  if (!difference.otherOptions.empty()) parts.emplace_back("other options");
+  if (difference.input) parts.emplace_back("other tracks");
+  const auto verdicts =
+      std::count_if(difference.frames.begin(), difference.frames.end(),
+                    [](const FrameDifference& frame) { return frame.status || frame.verdict; });
+  if (verdicts > 0) {
+    parts.push_back(counted(static_cast<std::size_t>(verdicts), "frame") + " judged otherwise");
+  }
+  return parts.empty() ? "in figures and texts" : fmt::format("{}", fmt::join(parts, "; "));
+}
+
+// None where they count as the same.
+std::optional<ShotDifference> differenceOfShot(const std::string& name, const std::string& first,
+                                               const std::string& second,
+                                               std::optional<double> most) {
+  const auto in = [](const std::string& folder, const std::string& file) {
+    return (fs::path(folder) / file).string();
+  };
+  const TaskRecord old = readRecord(in(first, recordNameOf(name)));
+  const TaskRecord now = readRecord(in(second, recordNameOf(name)));
+  const bool oldFailed = old.state == ShotState::Failed;
+  const bool nowFailed = now.state == ShotState::Failed;
+  if (oldFailed && nowFailed) return std::nullopt;
+  if (oldFailed || nowFailed) {
+    return ShotDifference{name, fmt::format("{}, now {}", nameOf(old.state), nameOf(now.state)),
+                          kEndless};
+  }
+  const std::string file = name + ".json";
+  if (bytesOf(in(first, file)) == bytesOf(in(second, file))) return std::nullopt;
+  ResultDifference difference =
+      differenceOf(readResult(in(first, file)), readResult(in(second, file)));
+  difference.program = false;
+  if (!isDifferent(difference, most)) return std::nullopt;
+  const FrameDifference* worst = difference.worst();
+  const double distance = worst == nullptr ? kEndless : worst->distance;
+  return ShotDifference{name, describe(difference, distance, most.value_or(0.0)), distance};
+}
+
+}  // namespace
+
+ShowDifference differenceOfShows(const std::string& first, const std::string& second,
+                                 std::optional<double> most) {
+  const Names old = shotsIn(first);
+  const Names now = shotsIn(second);
+  ShowDifference difference;
+  difference.onlyFirst = without(old, now);
+  difference.onlySecond = without(now, old);
+  for (const std::string& name : old) {
+    if (now.count(name) == 0) continue;
+    ++difference.both;
+    if (const auto shot = differenceOfShot(name, first, second, most)) {
+      difference.different.push_back(*shot);
+    }
+  }
+  std::stable_sort(
+      difference.different.begin(), difference.different.end(),
+      [](const ShotDifference& a, const ShotDifference& b) { return a.distance > b.distance; });
+  return difference;
+}
+
+std::string textOf(const ShowDifference& difference, const std::string& first,
+                   const std::string& second) {
+  std::string text;
+  const auto add = [&text](const std::string& name, const std::string& what) {
+    text += fmt::format("{}  {}\n", printable(name), printable(what));
+  };
+  for (const ShotDifference& shot : difference.different) add(shot.name, shot.text);
+  for (const std::string& name : difference.onlyFirst) add(name, "only in " + first);
+  for (const std::string& name : difference.onlySecond) add(name, "only in " + second);
+  if (!difference.any()) return "Same: " + counted(difference.both, "shot") + "\n";
+  text += fmt::format("Different: {} of {} in both", difference.different.size(),
+                      counted(difference.both, "shot"));
+  const std::size_t others = difference.onlyFirst.size() + difference.onlySecond.size();
+  return text + (others > 0 ? fmt::format(", {} in one only\n", others) : "\n");
+}
+
+}  // namespace cornerpin

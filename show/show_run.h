@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#ifndef SHOW_SHOW_RUN_H
+#define SHOW_SHOW_RUN_H
+
+#include <cstddef>
+#include <limits>
+#include <string>
+
+#include "shot/solve/progress.h"
+#include "shot/solve/provenance.h"
+#include "shot/solve/this_program.h"
+#include "show/output_folder.h"
+#include "show/show.h"
+
+namespace cornerpin {
+
+struct RunOptions {
+  std::string program;  ///< path of the command, which solves a shot in a process of its own
+  ProgramVersion version = thisProgram();
+  std::size_t workers = 1;  ///< processes at once
+  bool retry = false;       ///< shots that failed are done again
+  std::size_t first = 0;    ///< of the shots in their order
+  std::size_t last = std::numeric_limits<std::size_t>::max();
+};
+
+struct RunCounts {
+  std::size_t done = 0;
+  std::size_t kept = 0;
+};
+
+/// Does the shots that are not done yet: whose record is not there or has another key, or whose
+/// files are not all there. Each is one process; of one that is killed or stops, `kMostTries` are
+/// made. What is wrong with a shot is in its record. Of a shot that failed there are no files.
+///
+/// Throws `Interrupted` where this process is asked to end, once no child is left;
+/// `std::system_error` for a folder that cannot be written.
+RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
+                  const Progress& progress = {});
+constexpr int kMostTries = 3;
+
+}  // namespace cornerpin
+
+#endif

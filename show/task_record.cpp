@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "show/task_record.h"
+
+namespace cornerpin {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json orNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
+
+std::string textOrEmpty(const JsonField& field) { return field.isNull() ? "" : field.text(); }
+
+std::vector<std::string> textsIn(const JsonField& list) {
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < list.size(); ++i) texts.push_back(list.at(i).text());
+  return texts;
+}
+
+ShotState stateIn(const JsonField& field) {
+  for (ShotState state : {ShotState::Solved, ShotState::Degraded, ShotState::Failed}) {
+    if (field.text() == nameOf(state)) return state;
+  }
+  field.refuse("solved, degraded or failed is needed");
+}
+
+}  // namespace
+
+const char* nameOf(ShotState state) {
+  switch (state) {
+    case ShotState::Solved:
+      return "solved";
+    case ShotState::Degraded:
+      return "degraded";
+    case ShotState::Failed:
+      return "failed";
+  }
+  return "";
+}
+
+std::string jsonLine(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string recordText(const TaskRecord& record) {
+  const ShotTask& task = record.task;
+  const ProgramVersion& program = record.program;
+  const Json json = {
+      {"cornerpin_task", 1},
+      {"key", task.key},
+      {"name", task.name},
+      {"input", {{"name", task.input}, {"sha256", orNull(task.sha256)}}},
+      {"options", task.options},
+      {"program",
+       {{"name", program.name}, {"version", program.version}, {"commit", orNull(program.commit)}}},
+      {"state", nameOf(record.state)},
+      {"message", orNull(record.message)},
+      {"files", record.state == ShotState::Failed ? Json::array() : Json(task.files)},
+      {"figures", record.figures ? figuresJson(*record.figures) : Json(nullptr)}};
+  return jsonLine(json) + "\n";
+}
+
+TaskRecord readRecord(const std::string& path) {
+  const JsonFile file(path);
+  const JsonField whole = file.whole();
+  if (whole.at("cornerpin_task").integer() != 1) {
+    whole.at("cornerpin_task").refuse("only version 1 is known");
+  }
+  TaskRecord record;
+  record.task.key = whole.at("key").text();
+  record.task.name = whole.at("name").text();
+  record.task.input = whole.at("input").at("name").text();
+  record.task.sha256 = textOrEmpty(whole.at("input").at("sha256"));
+  record.task.options = textsIn(whole.at("options"));
+  record.task.files = textsIn(whole.at("files"));
+  const JsonField program = whole.at("program");
+  record.program = {program.at("name").text(), program.at("version").text(),
+                    textOrEmpty(program.at("commit"))};
+  record.state = stateIn(whole.at("state"));
+  record.message = textOrEmpty(whole.at("message"));
+  if (!whole.at("figures").isNull()) record.figures = figuresIn(whole.at("figures"));
+  return record;
+}
+
+Json listedJson(const TaskRecord& record) {
+  return {{"name", record.task.name},
+          {"input", record.task.input},
+          {"state", nameOf(record.state)},
+          {"message", orNull(record.message)},
+          {"files", record.task.files},
+          {"figures", record.figures ? figuresJson(*record.figures) : Json(nullptr)}};
+}
+
+}  // namespace cornerpin
