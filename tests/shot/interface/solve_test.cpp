@@ -230,9 +230,9 @@ TEST(CheckSolve, RefusesWhatNeedsNoTracks) {
   const auto expectRefused = [](const Options& refused) {
     try {
       checkSolve(refused);
-      ADD_FAILURE() << "not refused: " << refusal(refused);
+      ADD_FAILURE() << "not refused: " << refusalOf(refused);
     } catch (const std::invalid_argument& error) {
-      EXPECT_EQ(error.what(), refusal(refused));
+      EXPECT_EQ(error.what(), refusalOf(refused));
     }
   };
   options.at = {plain::kNan};
