@@ -185,7 +185,9 @@ std::vector<std::string> typed(const Arguments& arguments, const Wanted& isWante
     if (option->get_items_expected_max() == 0) {
       words.push_back("--" + name);
     } else {
-      for (const std::string& value : option->results()) words.push_back("--" + name + "=" + value);
+      for (const std::string& value : option->results()) {
+        words.push_back(fmt::format("--{}={}", name, value));
+      }
     }
   }
   return words;

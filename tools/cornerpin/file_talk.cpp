@@ -14,7 +14,7 @@ void FileTalk::add(const std::vector<std::string>& notes) {
 }
 
 void FileTalk::add(const std::string& path, const shot::Written& written) {
-  for (const std::string& note : written.notes) notes_.push_back(path + ": " + note);
+  for (const std::string& note : written.notes) notes_.push_back(fmt::format("{}: {}", path, note));
   if (written.readBack.empty()) return;
   rows_ += fmt::format("{:<14}{}\n", rows_.empty() ? "written" : "",
                        shot::printable(path + "  " + written.readBack));

@@ -83,7 +83,7 @@ std::string OutputOptions::format() const {
   }
   if (!formatName.empty()) return formatName;
   if (path.empty() || isStandardOutput()) return "json";
-  const std::string format = shot::fileFormatOf(path);
+  std::string format = shot::fileFormatOf(path);
   if (format.empty()) refuseFolder(path);
   if (format != "json" && format != "csv") {
     throw std::invalid_argument("\"" + path +
