@@ -222,8 +222,10 @@ class CORNERPIN_SHOT_API Tracks {
   /// Made by `readTracks`, `tracksFromArrays` and `tracksFromRows`.
   explicit Tracks(std::shared_ptr<const Data> data);
   Tracks(const Tracks&) = default;
+  /// Leaves nothing but to be assigned or destroyed.
   Tracks(Tracks&&) noexcept = default;
   Tracks& operator=(const Tracks&) = default;
+  /// Leaves nothing but to be assigned or destroyed.
   Tracks& operator=(Tracks&&) noexcept = default;
   ~Tracks();
 
