@@ -2,8 +2,9 @@
 # cmake -DSOURCE=folder -P check_names.cmake
 #
 # Fails when a unit of the host layer, of show/ or of the command below SOURCE has no test of its own
-# stem, when a test of the host layer or of show/ starts with no unit's name, or when docs/architecture.md names a file that
-# does not exist.
+# stem, when a test of the host layer or of show/ starts with no unit's name, when two of their headers
+# define a type of one name, which one program may hold, or when docs/architecture.md names a file
+# that does not exist.
 cmake_minimum_required(VERSION 3.20)
 
 set(problems "")
@@ -33,6 +34,21 @@ foreach(test IN LISTS tests)
   endif()
 endforeach()
 
+# Those of cornerpin::shot are in a namespace of their own.
+file(GLOB headers "${SOURCE}/shot/*/*.h" "${SOURCE}/show/*.h" "${SOURCE}/tools/cornerpin/*.h")
+list(FILTER headers EXCLUDE REGEX "/shot/(include|interface)/")
+set(types "")
+foreach(header IN LISTS headers)
+  file(STRINGS "${header}" lines REGEX "^(struct|class|enum class|enum) [A-Za-z]+( final)?( :.*)? {")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^(struct|class|enum class|enum) ([A-Za-z]+).*" "\\2" type "${line}")
+    if(type IN_LIST types)
+      list(APPEND problems "${header} defines ${type}, which another header does, too")
+    endif()
+    list(APPEND types "${type}")
+  endforeach()
+endforeach()
+
 # Names in backticks with a folder in front, of files or of units without their ending; those of the
 # host layer may leave out shot/.
 file(READ "${SOURCE}/docs/architecture.md" document)
@@ -48,8 +64,9 @@ endforeach()
 
 list(LENGTH sources count)
 list(LENGTH names named)
-if(count LESS 40 OR named LESS 10)
-  list(APPEND problems "only ${count} sources and ${named} names")
+list(LENGTH types defined)
+if(count LESS 40 OR named LESS 10 OR defined LESS 40)
+  list(APPEND problems "only ${count} sources, ${named} names and ${defined} types")
 endif()
 if(problems)
   list(JOIN problems "\n  " text)

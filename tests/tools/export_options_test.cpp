@@ -33,7 +33,7 @@ struct Line {
   }
 };
 
-std::vector<Export> exportsOf(const Words& words) {
+std::vector<ExportedFile> exportsOf(const Words& words) {
   const Line line(words);
   return line.output.value(line.style);
 }
@@ -49,8 +49,8 @@ std::string refusalOfPicture(const Words& words) {
 }  // namespace
 
 TEST(ExportOptions, TakeEachFormatFromTheNameOrTheWordBeforeIt) {
-  const std::vector<Export> all = exportsOf({"-o", "a.json", "--to", "points", "-o", "b.csv",
-                                             "--as", "tracks", "-o", "c.csv", "-o", "d.nk"});
+  const std::vector<ExportedFile> all = exportsOf({"-o", "a.json", "--to", "points", "-o", "b.csv",
+                                                   "--as", "tracks", "-o", "c.csv", "-o", "d.nk"});
   ASSERT_EQ(all.size(), 4u);
   EXPECT_EQ(all[0].path, "a.json");
   EXPECT_EQ(all[0].how.to, "json");
@@ -65,7 +65,7 @@ TEST(ExportOptions, TakeEachFormatFromTheNameOrTheWordBeforeIt) {
 TEST(ExportOptions, TakeAWordBehindTheLastNameForThatOne) {
   EXPECT_EQ(exportsOf({"-o", "a", "--format", "csv"})[0].how.to, "csv");
   EXPECT_EQ(exportsOf({"-o", "a.nk", "--as", "stabilise"})[0].how.as, "stabilise");
-  const std::vector<Export> two = exportsOf({"-o", "a.json", "-o", "b", "--to", "nk"});
+  const std::vector<ExportedFile> two = exportsOf({"-o", "a.json", "-o", "b", "--to", "nk"});
   EXPECT_EQ(two[0].how.to, "json");
   EXPECT_EQ(two[1].how.to, "nk");
   EXPECT_EQ(exportsOf({"-o", "-"})[0].how.to, "json");
@@ -85,7 +85,7 @@ TEST(ExportOptions, RefuseWhatCannotBeWritten) {
   EXPECT_THROW(exportsOf({"-o", "a", "--to", "paths"}), CLI::ValidationError);
 }
 
-TEST(Export, IsTheResultOrWhatOthersTake) {
+TEST(ExportedFile, IsTheResultOrWhatOthersTake) {
   for (const char* path : {"a.json", "a.csv"}) {
     EXPECT_TRUE(exportsOf({"-o", path})[0].isResult()) << path;
     EXPECT_TRUE(exportsOf({"-o", path, "--as", "matrix"})[0].isResult()) << path;

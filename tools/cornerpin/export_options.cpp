@@ -111,7 +111,7 @@ void ExportOptions::addTo(CLI::App& parser) {
       ->option_text("NAME=pin");
 }
 
-std::vector<Export> ExportOptions::value(const StyleOptions& style) const {
+std::vector<ExportedFile> ExportOptions::value(const StyleOptions& style) const {
   std::vector<Said> said;
   Said next;
   std::size_t path = 0;
@@ -131,7 +131,7 @@ std::vector<Export> ExportOptions::value(const StyleOptions& style) const {
   }
   if (!said.empty() && said.back().word.empty()) said.back().word = next.word;
   if (!said.empty() && said.back().kind.empty()) said.back().kind = next.kind;
-  std::vector<Export> exports;
+  std::vector<ExportedFile> exports;
   exports.reserve(said.size());
   for (const Said& one : said) {
     exports.push_back({one.path, writeOptionsOf(one.path, one.word, one.kind, style)});

@@ -30,7 +30,7 @@ shot::WriteOptions writeOptionsOf(const std::string& path, const std::string& wo
                                   const std::string& kind, const StyleOptions& style);
 
 /// A file that is written.
-struct Export {
+struct ExportedFile {
   std::string path;
   shot::WriteOptions how;
 
@@ -49,7 +49,7 @@ struct ExportOptions {
   std::vector<std::string> kinds;  ///< of --as
   void addTo(CLI::App& parser);
   /// Refuses a format that does not hold what it is to hold, or lacks what it needs.
-  std::vector<Export> value(const StyleOptions& style) const;
+  std::vector<ExportedFile> value(const StyleOptions& style) const;
 
  private:
   const CLI::App* parser_ = nullptr;

@@ -167,7 +167,7 @@ shot::Options optionsOf(const Arguments& arguments) {
 struct Plan {
   shot::Options options;
   shot::Picture told;
-  std::vector<Export> exports;
+  std::vector<ExportedFile> exports;
 };
 
 // Refuses options for what the table does not show where nothing else is written.
@@ -179,8 +179,8 @@ void checkShown(const Arguments& arguments) {
 }
 
 // What goes to standard output instead of the table; null for the table.
-const Export* onStandardOutput(const Plan& plan) {
-  for (const Export& what : plan.exports) {
+const ExportedFile* onStandardOutput(const Plan& plan) {
+  for (const ExportedFile& what : plan.exports) {
     if (isStandardOutput(what.path)) return &what;
   }
   return nullptr;
@@ -234,19 +234,20 @@ void checkOutputs(const Arguments& arguments, const Plan& plan) {
                    {"--plot", arguments.plot.path}},
                   arguments);
   if (printed > 0 || !arguments.talk.quiet.given) requireWritable("-");
-  for (const Export& what : plan.exports) requireWritable(what.path);
+  for (const ExportedFile& what : plan.exports) requireWritable(what.path);
 }
 
 // Whether anything is written that tells all of the result, and the digest of the tracks.
 bool writesJson(const Arguments& arguments, const Plan& plan) {
   return arguments.json.given || !arguments.page.empty() ||
-         std::any_of(plan.exports.begin(), plan.exports.end(),
-                     [](const Export& what) { return what.isResult() && what.how.to == "json"; });
+         std::any_of(plan.exports.begin(), plan.exports.end(), [](const ExportedFile& what) {
+           return what.isResult() && what.how.to == "json";
+         });
 }
 
 // A pin is put on one quad.
 void checkPinnedQuad(const Plan& plan) {
-  for (const Export& what : plan.exports) shot::checkWrite(what.path, what.how, plan.options);
+  for (const ExportedFile& what : plan.exports) shot::checkWrite(what.path, what.how, plan.options);
 }
 
 bool tellsAdvice(const Arguments& arguments, const Plan& plan) {
@@ -271,7 +272,7 @@ shot::Result solve(const Arguments& arguments, const Plan& plan, FileTalk& talk,
   how.picture = plan.told;
   how.digest = writesJson(arguments, plan);
   shot::Tracks tracks = shot::readTracks(arguments.input.path, how, progress);
-  for (const Export& what : plan.exports) {
+  for (const ExportedFile& what : plan.exports) {
     shot::checkWrite(what.path, what.how, plan.options, &tracks);
   }
   talk.add(tracks.notes());
@@ -281,7 +282,7 @@ shot::Result solve(const Arguments& arguments, const Plan& plan, FileTalk& talk,
   });
 }
 
-void write(const Export& what, const Arguments& arguments, const shot::Result& result,
+void write(const ExportedFile& what, const Arguments& arguments, const shot::Result& result,
            FileTalk& talk, const shot::Progress& progress) {
   const std::string path = isStandardOutput(what.path) ? "-" : what.path;
   const shot::Written written = result.write(path, what.how, progress);
@@ -292,7 +293,7 @@ void write(const Export& what, const Arguments& arguments, const shot::Result& r
 void writeFiles(const Arguments& arguments, const Plan& plan, const shot::Result& result,
                 FileTalk& talk, const shot::Progress& progress) {
   if (!arguments.explanation.empty()) result.writeExplanation(arguments.explanation, progress);
-  for (const Export& what : plan.exports) {
+  for (const ExportedFile& what : plan.exports) {
     if (!isStandardOutput(what.path)) write(what, arguments, result, talk, progress);
   }
   if (!arguments.page.empty()) {
@@ -310,7 +311,7 @@ void printResult(const Arguments& arguments, const Plan& plan, const shot::Resul
     shot::WriteOptions how;
     how.to = "json";
     result.write("-", how);
-  } else if (const Export* what = onStandardOutput(plan)) {
+  } else if (const ExportedFile* what = onStandardOutput(plan)) {
     write(*what, arguments, result, talk, {});
   }
 }
