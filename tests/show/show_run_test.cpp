@@ -9,24 +9,12 @@
 
 #include "show/task_record.h"
 #include "tests/support/files.h"
+#include "tests/support/small_shot.h"
 
 using namespace cornerpin;
 namespace fs = std::filesystem;
 
 namespace {
-
-// A shot of a few tracks that moves by a pixel a frame.
-std::string smallShot(int step) {
-  std::string text = "track,frame,x,y\n";
-  for (int t = 0; t < 6; ++t) {
-    for (int f = 0; f < 3; ++f) {
-      text += "t" + std::to_string(t) + "," + std::to_string(f) + "," +
-              std::to_string(t * 37 % 100 + f * step) + "," + std::to_string(t * t * 13 % 70) +
-              "\n";
-    }
-  }
-  return text;
-}
 
 // A folder of shots, and one for what they come to.
 struct Made {

@@ -10,6 +10,7 @@
 #include <set>
 #include <sstream>
 
+#include "tests/support/small_shot.h"
 #include "tests/tools/program.h"
 
 namespace fs = std::filesystem;
@@ -20,19 +21,6 @@ using Words = std::vector<std::string>;
 using Bytes = std::map<std::string, std::string>;
 
 const std::string kBoard = CORNERPIN_DATA "/board.csv";  // takes a process long enough to be caught
-
-// A shot of a few tracks that moves by some pixels a frame.
-std::string smallShot(int step) {
-  std::string text = "track,frame,x,y\n";
-  for (int t = 0; t < 6; ++t) {
-    for (int f = 0; f < 3; ++f) {
-      text += "t" + std::to_string(t) + "," + std::to_string(f) + "," +
-              std::to_string(t * 37 % 100 + f * step) + "," + std::to_string(t * t * 13 % 70) +
-              "\n";
-    }
-  }
-  return text;
-}
 
 std::string small(int i) { return "small" + std::to_string(i); }
 
