@@ -6,7 +6,7 @@ import { join } from "node:path";
 import { test } from "node:test";
 import { assertQuadIsDrawnAt, goTo, isAt } from "./canvas.js";
 import { drift, driftingRows, driftingShot, plainNames } from "./shots.js";
-import { data, inPage, made, mapped, open, pageOf, readJson } from "./support.js";
+import { data, inPage, made, mapped, open, openTable, pageOf, readJson } from "./support.js";
 import { solvedPage, withBrowser, writeTracks } from "./support.js";
 
 /** @typedef {import("./support.js").Page} Page */
@@ -44,8 +44,8 @@ test("track names are text, whatever is in them", async () => {
   const tracks = writeTracks("hostile.csv", driftingRows({ names }));
   const { path } = solvedPage(tracks, "hostile");
   const { page, close } = await open(path, { viewport: { width: 400, height: 800 } });
-  await page.getByText("All tracks as a table").click();
-  const shown = await page.locator("#track-table tbody th").allTextContents();
+  const table = await openTable(page, "track");
+  const shown = await table.locator("tbody th").allTextContents();
   assert.deepEqual(shown.sort(), names.slice().sort());
   assert.equal(await isHacked(page), false);
   assert.equal(
@@ -65,8 +65,7 @@ test("the --drop of a hostile name leaves that track out in a shell", async () =
   const folder = made("shell");
   mkdirSync(folder, { recursive: true });
   await inPage(path, async (page) => {
-    await page.getByText("All tracks as a table").click();
-    const buttons = page.locator("#track-table tbody th button");
+    const buttons = (await openTable(page, "track")).locator("tbody th button");
     for (let i = 0; i < names.length; ++i) {
       const name = await buttons.nth(i).textContent();
       await buttons.nth(i).click();
@@ -145,8 +144,7 @@ test("a single frame has a page", async () => {
     for (const key of ["ArrowRight", "ArrowLeft", "End", "Space", "n"])
       await page.keyboard.press(key);
     await isAt(page, 7);
-    await page.getByText("All frames as a table").click();
-    assert.equal(await page.locator("#frame-table tbody tr").count(), 1);
+    assert.equal(await (await openTable(page, "frame")).locator("tbody tr").count(), 1);
   });
 });
 

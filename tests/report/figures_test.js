@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { assertPlayerIsSeen, canvasPixels, isAt } from "./canvas.js";
-import { cornerpin, data, made, mapped, readJson, solvedPage } from "./support.js";
+import { cornerpin, data, made, mapped, openTable, readJson, solvedPage } from "./support.js";
 import { sharedPage, withBrowser } from "./support.js";
 
 /** @typedef {import("./support.js").Page} Page */
@@ -67,8 +67,7 @@ test("the page opens with the verdict and at the worst frame", async () => {
 test("the worst frame's rows say what the result says", async () => {
   assert.equal(worst.verdict, "doubtful");
   await inBoard(async (page) => {
-    await page.getByText("All frames as a table").click();
-    const row = await rowOf(page.locator("#frame-table"), String(worst.frame));
+    const row = await rowOf(await openTable(page, "frame"), String(worst.frame));
     assert.equal(row.Verdict, "doubtful");
     assertLength(row["Expected error"], worst.expected_error);
     assertLength(row.RMS, worst.good_rms);

@@ -7,7 +7,7 @@ import { assertPlayerIsSeen, isAt } from "./canvas.js";
 import { countPixels, placeOf, printed } from "./paper.js";
 import { driftingShot, plainNames } from "./shots.js";
 import { data, inPage, made, openAny, pixels, sharedPage, solvedPage } from "./support.js";
-import { withBrowser } from "./support.js";
+import { filledTable, withBrowser } from "./support.js";
 
 /** @typedef {import("./support.js").Page} Page */
 
@@ -38,8 +38,13 @@ async function assertAccessible(page, part) {
 }
 
 /** @param {Page} page */
-const openDetails = (page) =>
-  page.evaluate(() => document.querySelectorAll("details").forEach((each) => (each.open = true)));
+async function openDetails(page) {
+  await page.evaluate(() =>
+    document.querySelectorAll("details").forEach((each) => (each.open = true)),
+  );
+  await filledTable(page, "frame");
+  await filledTable(page, "track");
+}
 
 /**
  * The rows of pixels that the heat map has on paper.
@@ -170,8 +175,11 @@ test("a heat map that is scrolled shows, and takes clicks for, the rows that it 
 
     /** @param {number} y */
     async function scrolledTo(y) {
-      await heat.evaluate((element, to) => (element.scrollTop = to), y);
-      await page.waitForTimeout(100);
+      await heat.evaluate(async (element, to) => {
+        const painted = new Promise((told) => element.addEventListener("scroll", told));
+        element.scrollTop = to;
+        await painted;
+      }, y);
       return pixels(await heat.screenshot());
     }
   });

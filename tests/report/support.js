@@ -197,6 +197,28 @@ export function sharedPage(path, options) {
 }
 
 /**
+ * The table of all frames or all tracks, once it has rows: they are made when the browser tells
+ * that the table was opened, some time after it is.
+ * @param {Page} page
+ * @param {"frame" | "track"} kind of its rows
+ */
+export async function filledTable(page, kind) {
+  const table = page.locator(`#${kind}-table`);
+  await table.locator("tbody tr").first().waitFor();
+  return table;
+}
+
+/**
+ * Opens the table of all frames or all tracks.
+ * @param {Page} page
+ * @param {"frame" | "track"} kind of its rows
+ */
+export async function openTable(page, kind) {
+  await page.getByText(`All ${kind}s as a table`).click();
+  return filledTable(page, kind);
+}
+
+/**
  * The pixels of a screenshot.
  * @param {Buffer} png
  */
