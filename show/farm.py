@@ -41,7 +41,7 @@ def run(words):
     if child.returncode < 0:
         raise RuntimeError(f"ended by signal {-child.returncode}")
     if child.returncode not in (0, 1, 4):  # 1: shots have failed; 4: frames lack a full transform
-        raise RuntimeError(text or f"ended in {child.returncode}")
+        raise RuntimeError(text.removeprefix("cornerpin: ") or f"ended in {child.returncode}")
 
 
 # At once: a client that is half open would wait for its scheduler.
