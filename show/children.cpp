@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #ifdef __linux__
@@ -60,6 +61,15 @@ void endWith(pid_t parent) {
   if (::getppid() != parent) ::_exit(kNotStarted);
 }
 
+// The system would end it by SIGKILL a second later. No file holds what it was doing.
+void limit(unsigned seconds) {
+  const rlimit time = {seconds, seconds + 1};
+  const rlimit none = {0, 0};
+  if (::setrlimit(RLIMIT_CPU, &time) != 0 || ::setrlimit(RLIMIT_CORE, &none) != 0) {
+    failToStart("its time cannot be limited");
+  }
+}
+
 [[noreturn]] void become(const ChildCommand& command, char* const* words, pid_t parent,
                          const sigset_t& mask) {
   endWith(parent);
@@ -68,6 +78,7 @@ void endWith(pid_t parent) {
   open("/dev/null", O_RDONLY, STDIN_FILENO);
   open("/dev/null", O_WRONLY, STDOUT_FILENO);
   if (::chdir(command.folder.c_str()) != 0) failToStart(command.folder.c_str());
+  if (command.seconds > 0) limit(command.seconds);
   ::sigprocmask(SIG_SETMASK, &mask, nullptr);
   ::execv(command.program.c_str(), words);
   failToStart(command.program.c_str());
@@ -132,6 +143,22 @@ ChildEnd Children::wait() {
     ChildEnd end;
     if (takeEnded(end)) return end;
     const int signal = ::sigwaitinfo(&awaited_, nullptr);
+    if (signal > 0 && signal != SIGCHLD) throw Interrupted{signal};
+  }
+}
+
+std::optional<ChildEnd> Children::waitFor(std::chrono::milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  for (;;) {
+    ChildEnd ended;
+    if (takeEnded(ended)) return ended;
+    const auto left =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now())
+            .count();
+    if (left <= 0) return std::nullopt;
+    const timespec most = {static_cast<time_t>(left / 1'000'000'000),
+                           static_cast<long>(left % 1'000'000'000)};
+    const int signal = ::sigtimedwait(&awaited_, nullptr, &most);
     if (signal > 0 && signal != SIGCHLD) throw Interrupted{signal};
   }
 }

@@ -5,8 +5,10 @@
 #include <signal.h>
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,7 @@ struct ChildCommand {
   std::vector<std::string> words;  ///< what it is called, and its arguments
   std::string folder;              ///< that it runs in
   std::string errors;              ///< file that takes its standard error
+  unsigned seconds = 0;            ///< of the processor, then SIGXCPU ends it; 0 for no limit
 };
 
 /// How a child ended. One that cannot be started has ended with the code 127.
@@ -55,6 +58,9 @@ class Children {
   /// Waits until one has ended, which takes one that runs. A child that stops (SIGSTOP and its
   /// like) is ended. Throws `Interrupted`.
   ChildEnd wait();
+
+  /// The same, for some time at most: nothing where none has ended by then.
+  std::optional<ChildEnd> waitFor(std::chrono::milliseconds time);
 
   /// Throws `Interrupted` where this process has been asked to end.
   void checkInterrupted() const;

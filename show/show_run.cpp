@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -81,6 +82,17 @@ class ShowRun {
     return counts_;
   }
 
+  std::vector<OpenShot> open() const {
+    std::vector<OpenShot> open;
+    const std::size_t last = std::min(options_.last, show_.shots.size() - 1);
+    for (std::size_t i = options_.first; i <= last; ++i) {
+      const ShotTask task = taskOf(show_, show_.shots[i], options_.version);
+      const std::optional<TaskRecord> record = recordOf(task.name);
+      if (!record || !isDone(task, *record)) open.push_back({i, task.key});
+    }
+    return open;
+  }
+
  private:
   void report() const {
     if (progress_) progress_(Phase::Shots, counts_.done, total_ - counts_.kept);
@@ -144,7 +156,7 @@ class ShowRun {
   void start(std::size_t i, const Job& job) {
     const ShowShot& shot = show_.shots[i];
     const ChildCommand command = {options_.program, solveWords(show_, shot, job.work), shot.folder,
-                                  (fs::path(job.work) / kErrors).string()};
+                                  (fs::path(job.work) / kErrors).string(), options_.timeLimit};
     for (;;) {
       try {
         children_.start(i, command);
@@ -159,12 +171,16 @@ class ShowRun {
   void finishOne() {
     const ChildEnd end = children_.wait();
     Job& job = jobs_.at(end.tag);
-    if (end.signal != 0 && ++job.killed < kMostTries) {
+    const bool isTooLong = end.signal == SIGXCPU && options_.timeLimit > 0;
+    if (end.signal != 0 && !isTooLong && ++job.killed < kMostTries) {
       job.work = folder_.beginWork(job.task.name);
       start(end.tag, job);
       return;
     }
-    if (end.signal != 0) {
+    if (isTooLong) {
+      fail(job,
+           fmt::format("took more than {} s of the processor (--time-limit)", options_.timeLimit));
+    } else if (end.signal != 0) {
       fail(job, fmt::format("{} by {}, {} times", end.stopped ? "stopped" : "ended",
                             signalText(end.signal), kMostTries));
     } else if (end.code == kSolvedCode || end.code == kDegradedCode) {
@@ -238,6 +254,10 @@ class ShowRun {
 RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
                   const Progress& progress) {
   return ShowRun(show, options, folder, progress).run();
+}
+
+std::vector<OpenShot> openShots(const Show& show, const RunOptions& options, OutputFolder& folder) {
+  return ShowRun(show, options, folder, {}).open();
 }
 
 }  // namespace cornerpin

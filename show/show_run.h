@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "shot/solve/progress.h"
 #include "shot/solve/provenance.h"
@@ -19,6 +20,7 @@ struct RunOptions {
   ProgramVersion version = thisProgram();
   std::size_t workers = 1;  ///< processes at once
   bool retry = false;       ///< shots that failed are done again
+  unsigned timeLimit = 0;   ///< seconds of the processor that a shot may take; 0 for no limit
   std::size_t first = 0;    ///< of the shots in their order
   std::size_t last = std::numeric_limits<std::size_t>::max();
 };
@@ -37,6 +39,15 @@ struct RunCounts {
 RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
                   const Progress& progress = {});
 constexpr int kMostTries = 3;
+
+/// A shot that is not done.
+struct OpenShot {
+  std::size_t index = 0;
+  std::string key;  ///< of its task
+};
+
+/// What `runShow` would do.
+std::vector<OpenShot> openShots(const Show& show, const RunOptions& options, OutputFolder& folder);
 
 }  // namespace cornerpin
 

@@ -77,6 +77,26 @@ TEST(Children, EndOneThatStops) {
   EXPECT_TRUE(end.stopped);
 }
 
+TEST(Children, EndOneThatTakesTooMuchOfTheProcessor) {
+  const TemporaryFolder folder;
+  Children children;
+  ChildCommand command = shell(folder, "while :; do :; done");
+  command.seconds = 1;
+  children.start(1, command);
+  EXPECT_EQ(children.wait().signal, SIGXCPU);
+}
+
+TEST(Children, AreAwaitedForSomeTime) {
+  const TemporaryFolder folder;
+  Children children;
+  children.start(1, shell(folder, "until [ -e go ]; do sleep 0.01; done; exit 6"));
+  EXPECT_FALSE(children.waitFor(std::chrono::milliseconds(50)));
+  writeFile(folder / "go", "");
+  const std::optional<ChildEnd> end = children.waitFor(std::chrono::minutes(1));
+  ASSERT_TRUE(end);
+  EXPECT_EQ(end->code, 6);
+}
+
 TEST(Children, RunSideBySide) {
   const TemporaryFolder folder;
   Children children;
@@ -137,6 +157,8 @@ TEST(Children, LetThisProcessBeInterrupted) {
   EXPECT_EQ(children.running(), 1u);
   ::kill(::getpid(), SIGTERM);
   EXPECT_THROW(children.checkInterrupted(), Interrupted);
+  ::kill(::getpid(), SIGTERM);
+  EXPECT_THROW(children.waitFor(std::chrono::minutes(1)), Interrupted);
   children.checkInterrupted();
 }
 

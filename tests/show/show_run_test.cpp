@@ -149,6 +149,40 @@ TEST(ShowRun, GivesUpAShotWhoseProcessIsEndedThreeTimes) {
   EXPECT_EQ(made.record("sh1").message, "stopped by signal 19 (Stopped (signal)), 3 times");
 }
 
+TEST(ShowRun, FailsAShotThatTakesTooLongAtOnce) {
+  const TemporaryFolder folder;
+  Made made(1);
+  made.options.program = script(folder, "echo x >> " + (folder / "log") + "; while :; do :; done");
+  made.options.timeLimit = 1;
+  made.run();
+  EXPECT_EQ(made.record("sh0").message, "took more than 1 s of the processor (--time-limit)");
+  EXPECT_EQ(readFile(folder / "log"), "x\n");
+}
+
+TEST(OpenShots, AreThoseThatARunWouldDo) {
+  Made made(4);
+  writeFile(made.in / "sh3.csv", "track,frame,x,y\na,1,b,2\n");
+  const auto open = [&] {
+    std::vector<std::size_t> indices;
+    OutputFolder folder(made.out.path().string());
+    for (const OpenShot& shot : openShots(made.show, made.options, folder)) {
+      const ShowShot& which = made.show.shots[shot.index];
+      EXPECT_EQ(shot.key, taskOf(made.show, which, made.options.version).key);
+      indices.push_back(shot.index);
+    }
+    return indices;
+  };
+  EXPECT_EQ(open(), (std::vector<std::size_t>{0, 1, 2, 3}));
+  made.run();
+  EXPECT_TRUE(open().empty());
+  fs::remove(made.out / "sh1.json");
+  EXPECT_EQ(open(), (std::vector<std::size_t>{1}));
+  made.options.retry = true;
+  EXPECT_EQ(open(), (std::vector<std::size_t>{1, 3}));
+  made.options.last = 2;
+  EXPECT_EQ(open(), (std::vector<std::size_t>{1}));
+}
+
 TEST(ShowRun, TellsAShotThatEndsWithoutItsFiles) {
   const TemporaryFolder folder;
   Made made(1);

@@ -224,6 +224,15 @@ TEST(BatchCommand, RefusesWhatMakesNoSense) {
             "cornerpin: \"" + in + "/small0.csv\" is a file: name a folder for results\n");
   EXPECT_EQ(refusal({in, "-o", out, "--workers", "0"}),
             "cornerpin: --workers takes a whole number from 1 to 1024, not \"0\"\n");
+  EXPECT_EQ(refusal({in, "-o", out, "--time-limit", "1.5"}),
+            "cornerpin: --time-limit takes a whole number from 1 to 1000000000, not \"1.5\"\n");
+  EXPECT_EQ(refusal({in, "-o", out, "--scheduler=tcp://h:1", "--chunk", "0"}),
+            "cornerpin: --chunk takes a whole number from 1 to 1000000, not \"0\"\n");
+  EXPECT_EQ(refusal({in, "-o", out, "--scheduler=tcp://h:1", "--print-commands"}),
+            "cornerpin: --print-commands and --scheduler exclude each other: leave one out\n");
+  EXPECT_EQ(refusal({in + "/small0.csv", in + "/small1.csv", "-o", out, "--scheduler=tcp://h:1"}),
+            "cornerpin: --scheduler: name one manifest, one folder, or one pattern in quotes, so "
+            "that each command can name it\n");
   EXPECT_EQ(refusal({in, "-o", out, "--only", "2"}),
             "cornerpin: --only: there is no shot 2: they are from 0 to 1\n");
   EXPECT_EQ(refusal({in, "-o", out, "--only", "1-0"}),
@@ -394,6 +403,113 @@ TEST(BatchCommand, PrintsCommandsForGnuParallel) {
   EXPECT_TRUE(contains(run.err, "cornerpin: 1 shot failed: broken\n")) << run.err;
   const Outcome whole = cornerpin({"batch", folder / "in", "-o", folder / "out"});
   EXPECT_TRUE(contains(whole.out, "done          0 now, 6 were there\n")) << whole.out;
+}
+
+TEST(BatchCommand, FailsShotsThatTakeLongerThanTheyMay) {
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 1);
+  std::istringstream rows(readFile(kBoard));
+  std::string text;
+  std::string row;
+  std::getline(rows, text);
+  text += "\n";
+  while (std::getline(rows, row)) {
+    for (char copy = 'a'; copy < 'p'; ++copy) text += copy + row + "\n";
+  }
+  writeFile(folder / "in/long.csv", text);
+  const Outcome run =
+      cornerpin({"batch", folder / "in", "-o", folder / "out", "--quiet", "--time-limit=1"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "cornerpin: 1 shot failed: long\n");
+  EXPECT_EQ(messageOf(folder / "out", "long"),
+            "took more than 1 s of the processor (--time-limit)");
+  EXPECT_EQ(stateOf(folder / "out", "small0"), "solved");
+}
+
+// What a scheduler's workers are given, and what is made of it.
+TEST(BatchCommand, HasPiecesDoneElsewhereAndPutsThemTogether) {
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 7);
+  writeFile(folder / "in/broken.csv", "track,frame,x,y\na,1,b,2\n");
+  const auto run = [&](const std::string& script, const Words& more = {}) {
+    writeFile(folder / "python3", "#!/bin/sh\n" + script + "\n");
+    fs::permissions(folder / "python3", fs::perms::owner_all);
+    Words words = {"batch", folder / "in", "-o", folder / "out", "--scheduler", "tcp://h:1"};
+    words.insert(words.end(), more.begin(), more.end());
+    ChildOptions options;
+    options.environment = {"PATH=" + folder.path().string() + ":" + std::getenv("PATH")};
+    return cornerpin(words, options);
+  };
+
+  const Outcome gone = run("echo tcp://h:1: it is gone >&2; exit 1");
+  EXPECT_EQ(gone.code, 1);
+  EXPECT_EQ(gone.err, "cornerpin: tcp://h:1: it is gone\n");
+  EXPECT_EQ(gone.out, "");
+  EXPECT_EQ(folder.entryCount(), 3u);
+  EXPECT_EQ(recordsIn(folder / "out"), 0u);
+
+  // Of three pieces one is not done.
+  const std::string pieces = "cp \"$4\" " + (folder / "pieces");
+  const Outcome some =
+      run(pieces + "; sed -n '1p;3p' \"$4\" | cut -d' ' -f3- | sh 2>&-; echo why >&2",
+          {"--chunk=3", "--smooth=0.25", "--workers=2"});
+  EXPECT_EQ(some.code, 1);
+  EXPECT_EQ(some.err,
+            "cornerpin: why\ncornerpin: 3 shots that no worker has done were done here\n"
+            "cornerpin: 1 shot failed: broken\n");
+  EXPECT_TRUE(contains(some.out, "done          8 now, 0 were there\n")) << some.out;
+  const std::string list = readFile(folder / "pieces");
+  EXPECT_TRUE(contains(list, " --workers=2 --quiet --smooth=0.25 --only=0-2\n")) << list;
+  EXPECT_TRUE(contains(list, " --only=3-5\n")) << list;
+  EXPECT_TRUE(contains(list, " --only=6-7\n")) << list;
+  cornerpin({"batch", folder / "in", "-o", folder / "alone", "--quiet", "--smooth=0.25"});
+  EXPECT_EQ(bytesIn(folder / "out"), bytesIn(folder / "alone"));
+
+  const Outcome again = run("exit 9", {"--smooth=0.25"});  // nobody is asked
+  EXPECT_EQ(again.err, "cornerpin: 1 shot failed: broken\n");
+  EXPECT_TRUE(contains(again.out, "done          0 now, 8 were there\n")) << again.out;
+
+  fs::remove(folder / "out/small4.json");
+  const Outcome failed =
+      run(pieces + "; cut -d' ' -f3- \"$4\" | sh 2>&-", {"--smooth=0.25", "--retry"});
+  EXPECT_EQ(failed.err, "cornerpin: 1 shot failed: broken\n");
+  EXPECT_TRUE(contains(failed.out, "done          2 now, 6 were there\n")) << failed.out;
+  EXPECT_EQ(readFile(folder / "pieces").find(" --only=1-7\n"), std::string::npos);
+}
+
+// With a scheduler and a worker that are threads of one process.
+TEST(BatchCommand, HasWorkersOfDaskDoTheShots) {
+  ChildOptions ours;  // Debian's Python, whatever comes first in the path
+  ours.environment = {"PATH=/usr/bin:" + std::string(std::getenv("PATH"))};
+  if (runProgram({"/usr/bin/env", "python3", "-c", "import distributed"}, ours).code != 0) {
+    EXPECT_EQ(std::getenv("CI"), nullptr) << "python3-distributed is missing";
+    GTEST_SKIP() << "no dask.distributed here";
+  }
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 3);
+  writeFile(folder / "in/broken.csv", "track,frame,x,y\na,1,b,2\n");
+  ours.out = folder / "address";
+  const pid_t cluster = startChild(
+      {"/usr/bin/env", "python3", "-c",
+       "import distributed, time\n"
+       "made = distributed.LocalCluster(1, threads_per_worker=1, processes=False, protocol='tcp',\n"
+       "                                host='127.0.0.1', dashboard_address=None)\n"
+       "print(made.scheduler_address, flush=True)\n"
+       "time.sleep(120)"},
+      ours);
+  EXPECT_TRUE(wait([&] { return contains(readFile(folder / "address"), "\n"); }));
+  std::string address = readFile(folder / "address");
+  address = address.substr(0, address.find('\n'));
+  ours.out = "/dev/null";
+  const Outcome run = cornerpin(
+      {"batch", folder / "in", "-o", folder / "out", "--scheduler", address, "--chunk=2"}, ours);
+  ::kill(cluster, SIGKILL);
+  waitForChild(cluster);
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "cornerpin: 1 shot failed: broken\n");
+  EXPECT_TRUE(contains(run.out, "done          4 now, 0 were there\n")) << run.out;
+  cornerpin({"batch", folder / "in", "-o", folder / "alone", "--quiet"});
+  EXPECT_EQ(bytesIn(folder / "out"), bytesIn(folder / "alone"));
 }
 
 TEST(BatchCommand, IsComparedWithAnotherByDiff) {

@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "show/children.h"
+#include "show/farm.h"
 #include "show/input_files.h"
 #include "show/output_folder.h"
 #include "show/public_errors.h"
@@ -58,7 +60,10 @@ constexpr CommandText kText = {
     "is 1 where a shot failed, or else 4 where one has frames without a full transform.\n\n"
     "--print-commands prints a command for every --chunk shots, one a line, for queues. They\n"
     "can run at the same time, on all hosts that share the folder; the same command without it\n"
-    "then puts the records together. Each does the shots of --only, counted from 0.\n"};
+    "then puts the records together. Each does the shots of --only, counted from 0.\n\n"
+    "With --scheduler the workers of dask.distributed run such commands for what is not done.\n"
+    "This host does what no worker could do, and puts the records together. It has to have\n"
+    "Python with dask.distributed (Debian: python3-distributed), as the workers have.\n"};
 
 // Options of `cornerpin solve` that a batch gives itself.
 const std::set<std::string> kOurs = {"output", "to",      "format",   "as",    "json",
@@ -78,7 +83,9 @@ struct Arguments {
   QuietOption quiet;
   std::string only;
   bool printCommands = false;
-  std::string chunk = "200";
+  std::string chunk;
+  std::string scheduler;
+  std::string timeLimit;
   ColourOption colour;
   ProgressOption progress;
 
@@ -150,8 +157,21 @@ void addTo(CLI::App& parser, Arguments& arguments) {
       ->option_text("SHOTS");
   parser.add_flag("--print-commands", arguments.printCommands,
                   "Print commands that do the same in pieces, and nothing else");
-  parser.add_option("--chunk", arguments.chunk, "How many shots each of them does")
-      ->option_text("NUMBER=200");
+  parser
+      .add_option("--scheduler", arguments.scheduler,
+                  "Have workers of dask.distributed do it: tcp://host:8786")
+      ->check(refuseEmpty)
+      ->option_text("ADDRESS");
+  parser
+      .add_option("--chunk", arguments.chunk,
+                  "Shots a command does: of those printed 200, of a worker's 10")
+      ->check(refuseEmpty)
+      ->option_text("NUMBER");
+  parser
+      .add_option("--time-limit", arguments.timeLimit,
+                  "Fail a shot that takes more seconds of a processor")
+      ->check(refuseEmpty)
+      ->option_text("SECONDS");
   addSolving(parser, arguments, [](CLI::App& app, Arguments& all) {
     all.base.addTo(app);
     app.add_option("--quad", all.quad, "Write where corners go: [NAME=]x0,y0,x1,y1,x2,y2,x3,y3")
@@ -299,19 +319,20 @@ Show showOf(const Arguments& arguments) {
   return show;
 }
 
-// Commands for the pieces of a batch, one a line.
-std::string commandsOf(const Arguments& arguments, std::size_t shots) {
-  if (!arguments.only.empty()) {
-    throw std::invalid_argument("--print-commands and --only exclude each other: leave one out");
-  }
+std::size_t chunkOf(const Arguments& arguments, std::size_t usual) {
+  return arguments.chunk.empty() ? usual : numberOf("--chunk", arguments.chunk, 1'000'000);
+}
+
+// The command for a piece of a batch, but for the shots in it.
+std::string pieceStart(const Arguments& arguments, const char* option) {
   if (arguments.inputs.size() > 1) {
     throw std::invalid_argument(
-        "--print-commands: name one manifest, one folder, or one pattern in quotes, so that each "
-        "command can name it");
+        fmt::format("{}: name one manifest, one folder, or one pattern in quotes, so that each "
+                    "command can name it",
+                    option));
   }
-  const std::size_t chunk = numberOf("--chunk", arguments.chunk, 1'000'000);
-  const std::set<std::string> others = {"shots",   "output", "print-commands", "chunk", "only",
-                                        "workers", "quiet",  "progress",       "color"};
+  const std::set<std::string> others = {"shots", "output",  "print-commands", "scheduler", "chunk",
+                                        "only",  "workers", "quiet",          "progress",  "color"};
   std::string start = shot::shellWord(fs::read_symlink("/proc/self/exe").string()) + " batch " +
                       shot::shellWord(fs::absolute(arguments.inputs[0]).string()) +
                       " --output=" + shot::shellWord(fs::absolute(arguments.folder).string());
@@ -322,6 +343,20 @@ std::string commandsOf(const Arguments& arguments, std::size_t shots) {
        })) {
     start += " " + shot::shellWord(word);
   }
+  return start;
+}
+
+// Commands for the pieces of a batch, one a line.
+std::string commandsOf(const Arguments& arguments, std::size_t shots) {
+  for (const auto& [value, option] :
+       {std::pair(arguments.only, "--only"), std::pair(arguments.scheduler, "--scheduler")}) {
+    if (!value.empty()) {
+      throw std::invalid_argument(
+          fmt::format("--print-commands and {} exclude each other: leave one out", option));
+    }
+  }
+  const std::string start = pieceStart(arguments, "--print-commands");
+  const std::size_t chunk = chunkOf(arguments, 200);
   std::string lines;
   for (std::size_t first = 0; first < shots; first += chunk) {
     lines += fmt::format("{} --only={}-{}\n", start, first, std::min(first + chunk, shots) - 1);
@@ -345,6 +380,42 @@ int exitCodeOf(const ShowTable& table) {
   return kFailure;
 }
 
+// What workers elsewhere do, and what they leave.
+struct Farm {
+  std::string scheduler;  // empty where there is none
+  std::size_t chunk = 0;
+  std::string start;     // of their commands
+  std::size_t done = 0;  // shots that were open
+  std::string told;      // of commands that failed
+
+  explicit Farm(const Arguments& arguments) : scheduler(arguments.scheduler) {
+    if (scheduler.empty()) return;
+    chunk = chunkOf(arguments, 10);
+    start = pieceStart(arguments, "--scheduler");
+  }
+
+  void run(const Show& show, const RunOptions& options, OutputFolder& folder,
+           const Progress& progress) {
+    const std::vector<OpenShot> open = openShots(show, options, folder);
+    if (open.empty()) return;
+    told = runOnFarm(scheduler, piecesOf(open, chunk, start), folder, progress);
+    done = open.size();
+  }
+
+  // `counts` are those of the run behind it.
+  RunCounts together(const RunCounts& counts) const {
+    if (done == 0) return counts;
+    std::istringstream lines(told);
+    for (std::string line; std::getline(lines, line);) std::cerr << "cornerpin: " << line << '\n';
+    if (counts.done > 0) {
+      std::cerr << "cornerpin: " << counts.done << (counts.done == 1 ? " shot" : " shots")
+                << " that no worker has done " << (counts.done == 1 ? "was" : "were")
+                << " done here\n";
+    }
+    return {done, counts.done + counts.kept - done};
+  }
+};
+
 int run(const Arguments& arguments) {
   const Show show = showOf(arguments);
   if (arguments.printCommands) {
@@ -355,9 +426,14 @@ int run(const Arguments& arguments) {
   options.program = "/proc/self/exe";
   options.workers = workersOf(arguments);
   options.retry = arguments.retry;
+  if (!arguments.timeLimit.empty()) {
+    options.timeLimit =
+        static_cast<unsigned>(numberOf("--time-limit", arguments.timeLimit, 1'000'000'000));
+  }
   setRange(arguments.only, show.shots.size(), options);
   const bool isWhole = arguments.only.empty();
   const ProgressStyle style = arguments.progress.value(arguments.quiet.given);
+  Farm farm(arguments);
 
   OutputFolder folder(arguments.folder);
   const RunCounts counts = [&] {
@@ -369,8 +445,13 @@ int run(const Arguments& arguments) {
         told(nameOf(phase), done, total);
       };
     }
+    if (!farm.scheduler.empty()) {
+      farm.run(show, options, folder, progress);
+      options.retry = false;  // the workers have tried
+    }
     return runShow(show, options, folder, progress);
   }();
+  const RunCounts all = farm.together(counts);
   const ShowTable table = readTable(show, folder, options.first, options.last);
   if (isWhole) {
     folder.write(kShowFile, showText(table, options.version));
@@ -378,7 +459,7 @@ int run(const Arguments& arguments) {
   }
   if (!arguments.quiet.given) {
     std::string text = summaryOf(table);
-    text += fmt::format("{:<14}{} now, {} were there\n", "done", counts.done, counts.kept);
+    text += fmt::format("{:<14}{} now, {} were there\n", "done", all.done, all.kept);
     if (isWhole) {
       text += fmt::format("{:<14}{}\n", "page",
                           shot::printable((fs::path(arguments.folder) / kShowPage).string()));
