@@ -11,7 +11,8 @@ Tests the blocks of code in all documents that are in the language:
             any other stands in an example, and each example is quoted
   json      it is as the schema says that its first member names
   sh        the commands run, in a folder that has what they read; scripts of this tree are there
-  all       there is no block that none of these tests, nor any other test
+  all       there is no block that none of these tests, nor any other test; and links from file to
+            file lead to one
 
 Python is run by python/tests/test_examples.py, from the top of each document to its end. A block of
 text is no code. A block below a line `<!-- tested: NAME -->` is tested by that test of the folder BUILD.
@@ -271,11 +272,21 @@ def check_all(blocks, build):
         print(f"{block}: {block.tested_by or test_of(block.language)}")
 
 
+def broken_links():
+    """Links from file to file, as they are followed in the repository."""
+    for document in documents():
+        text = re.sub(r"```.*?```|`[^`]*`", "", document.read_text(encoding="utf-8"), flags=re.S)
+        for target in re.findall(r"\]\(([^)\s]+)\)", text):
+            if not re.match(r"[a-z]+:|#", target):
+                if not (document.parent / target.partition("#")[0]).exists():
+                    yield f"{document.relative_to(SOURCE)}: {target} is not there"
+
+
 def main():
     language, program, programs, build = sys.argv[1:]
     blocks = [block for document in documents() for block in blocks_of(document)]
     if language == "all":
-        problems = list(check_all(blocks, build))
+        problems = [*check_all(blocks, build), *broken_links()]
         tested = blocks
     else:
         problems = list(CHECKS[language](blocks, program, Path(programs)))
