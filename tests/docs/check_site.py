@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: BSD-3-Clause
 """check_site.py SITE
 
-Fails where a page of the built site refers to a file or a place in a page that is not there, or loads
-something from elsewhere, and where a public header or name of the Python module has no place in the
-site. Prints the addresses elsewhere that pages link to.
+Fails where a page of the built site refers to a file or a place in a page that is not there, loads
+something from elsewhere, or shows a character by its code; and where a public header or name of the
+Python module has no place in the site. Prints the addresses elsewhere that pages link to.
 """
 import ast
 import re
@@ -22,6 +22,7 @@ class Page(HTMLParser):
     def __init__(self, path):
         super().__init__()
         self.places, self.loaded, self.links = set(), [], []
+        self.text = ""
         self.feed(path.read_text(encoding="utf-8"))
 
     def handle_starttag(self, tag, attrs):
@@ -30,6 +31,9 @@ class Page(HTMLParser):
         for key in ("src", "href"):
             if values.get(key):
                 (self.links if tag == "a" else self.loaded).append(values[key])
+
+    def handle_data(self, data):
+        self.text += data
 
 
 def style_sheets(site):
@@ -54,6 +58,8 @@ def problems_of(site, pages, elsewhere):
         return None
 
     for path, page in pages.items():
+        for broken in re.findall(r"&#?\w+;", page.text):
+            yield f"{path.relative_to(site)}: it shows {broken}"
         for address in page.links:
             if address.startswith("https://"):
                 elsewhere.add(address)
