@@ -244,7 +244,7 @@ class Tracks:
 
     @property
     def notes(self) -> list[str]:
-        """What was skipped in the file, "FILE:LINE: text", for people."""
+        """What was skipped in the file, `FILE:LINE: text`, for people."""
         return self._inner.notes
 
     def write(self, path: _check.Path, format: str | None = None) -> Written:
