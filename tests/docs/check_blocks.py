@@ -157,7 +157,7 @@ def problem_of(block, command, shell):
         if not os.access(SOURCE / word, os.X_OK):
             return f"{block}: {word} is no script of this tree"
     else:
-        return f"{block}: nobody tests {command}"
+        return f"{block}: nobody tests {command}: who does stands above it, <!-- tested: NAME -->"
     return None
 
 
