@@ -84,7 +84,7 @@ std::string runOnFarm(const std::string& scheduler, const std::vector<Piece>& pi
       0,
       {"/usr/bin/env", {"env", "python3", "-c", kFarmProgram, scheduler, list, done}, ".", errors});
   const ChildEnd end = waitAndReport(children, done, total, progress);
-  const std::string said = textIn(errors);
+  std::string said = textIn(errors);
   folder.endWork(kWork);
   if (end.signal != 0) {
     throw std::runtime_error(scheduler + ": python3, which asks the scheduler, was ended by " +

@@ -10,6 +10,9 @@ import sys
 import tempfile
 import time
 
+# Debian's Python, which has dask.distributed, whatever comes first in the path.
+os.environ["PATH"] = "/usr/bin:" + os.environ["PATH"]
+
 TOP = pathlib.Path(__file__).resolve().parents[2]
 
 
