@@ -5,13 +5,21 @@
 function(cornerpin_target target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   # Naming the standard here leaves compilers no dialect of their own.
+  set(standard 17)
+  if(CMAKE_CXX_STANDARD)
+    set(standard ${CMAKE_CXX_STANDARD})
+  endif()
   set_target_properties(
-    ${target} PROPERTIES CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
+    ${target} PROPERTIES CXX_STANDARD ${standard} CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
                          CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
     target_compile_options(
       ${target} PRIVATE -ffp-contract=off -Wall -Wextra -Wpedantic -Wconversion
                         -Wnon-virtual-dtor $<$<BOOL:${CORNERPIN_WARNINGS_AS_ERRORS}>:-Werror>)
+    # Of std::stable_sort newer Clangs report what GCC 12's own header calls, which C++17 deprecates.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 17)
+      target_compile_options(${target} PRIVATE -Wno-deprecated-declarations)
+    endif()
   elseif(MSVC)
     target_compile_options(${target} PRIVATE /W4 /fp:precise
                                              $<$<BOOL:${CORNERPIN_WARNINGS_AS_ERRORS}>:/WX>)

@@ -102,7 +102,8 @@ FileLook lookAt(const std::string& path) {
 std::string sizeText(std::uint64_t bytes) {
   for (const auto& [unit, name] : kUnits) {
     const double size = static_cast<double>(bytes) / unit;
-    if (size >= 1.0) return fmt::format(size < 99.95 ? "{:.3g} {}" : "{:.0f} {}", size, name);
+    if (size >= 99.95) return fmt::format("{:.0f} {}", size, name);
+    if (size >= 1.0) return fmt::format("{:.3g} {}", size, name);
   }
   return fmt::format("{} byte{}", bytes, bytes == 1 ? "" : "s");
 }

@@ -15,7 +15,7 @@ std::string infoRow(const std::string& label, const std::string& text);
 /// The first lines about a file: its name, what it is, and how large.
 std::string fileRows(const FileLook& look, const std::string& kind);
 
-/// "cornerpin 0.1.0, commit 1234abcd"
+/// "cornerpin 0.2.0, commit 1234abcd"
 std::string describe(const ProgramVersion& program);
 
 /// "shot.csv, 240 rows, SHA-256 56f0..."

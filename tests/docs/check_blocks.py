@@ -192,7 +192,6 @@ def check_console(blocks, program, _):
                     if printed.rstrip("\n") != expected.rstrip("\n"):
                         yield f"{block}: $ {command}\nprints\n{printed}and not\n{expected}"
 
-
     printed = [block.text for block in blocks if block.language == "console"]
     for block in blocks:
         verdict = block.language == "text" and re.match(r"Good: |Doubtful: ", block.text)

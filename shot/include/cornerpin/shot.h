@@ -94,7 +94,7 @@ using Progress = std::function<bool(const char* phase, std::size_t done, std::si
 /// What made a result, and what is running.
 struct Version {
   std::string program;  ///< "cornerpin"
-  std::string version;  ///< "0.1.0"
+  std::string version;  ///< "0.2.0"
   std::string commit;  ///< of its source, with "-modified" where that was changed; empty: not known
 };
 
