@@ -22,7 +22,7 @@ export default [
   { files: ["report/**/*.js"], languageOptions: { globals: globals.browser } },
   // Functions given to page.evaluate run in the browser.
   {
-    files: ["tests/report/**/*.js"],
+    files: ["tests/report/**/*.js", "tests/docs/**/*.js"],
     languageOptions: { globals: { ...globals.browser, ...globals.node } },
   },
   { files: ["script/**/*.js"], languageOptions: { globals: globals.node } },

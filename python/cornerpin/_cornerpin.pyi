@@ -63,7 +63,13 @@ def tracks_from_rows(
     /,
 ) -> Tracks: ...
 def read_tracks(
-    path: bytes, format: bytes, frames: bytes, picture: Picture, progress: _Progress, /
+    path: bytes,
+    format: bytes,
+    frames: bytes,
+    picture: Picture,
+    digest: bool,
+    progress: _Progress,
+    /,
 ) -> Tracks: ...
 
 class Doubt:
@@ -169,6 +175,7 @@ class WriteOptions:
     keyframes: _Text
     fps: Optional[float]
     par: float
+    read_back: bool
 
 class PageOptions:
     pictures: _Text

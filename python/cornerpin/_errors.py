@@ -6,7 +6,7 @@ from __future__ import annotations
 class InputError(ValueError):
     """A file that cannot be read or is refused.
 
-    The text is "FILE:LINE: text", or "FILE: text" where no line is to blame; of several flaws, one
+    The text is `FILE:LINE: text`, or `FILE: text` where no line is to blame; of several flaws, one
     below the other, and file and line are the first one's.
 
     Attributes

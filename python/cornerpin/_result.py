@@ -272,9 +272,10 @@ class Result:
         keyframes: str = "pin",
         fps: float | None = None,
         par: float = 1.0,
+        read_back: bool = True,
         progress: _check.Progress | None = None,
     ) -> Written:
-        """Write the result, a pin, its inverse, the transforms or the good tracks, and read it again.
+        """Write the result, a pin, its inverse, the transforms or the good tracks to a file.
 
         Parameters
         ----------
@@ -293,6 +294,8 @@ class Result:
             Frames a second; keyframes files need it.
         par : float
             Width of a pixel over its height, for keyframes.
+        read_back : bool
+            Read the file again and compare.
         progress : callable, optional
             As `solve` takes it.
 
@@ -311,6 +314,7 @@ class Result:
         options.keyframes = _check.text("keyframes", keyframes)
         options.fps = _check.maybe_number("fps", fps)
         options.par = _check.number("par", par)
+        options.read_back = _check.flag("read_back", read_back)
         return written(
             self._inner.write(
                 _check.path("path", path), options, _check.callback("progress", progress)

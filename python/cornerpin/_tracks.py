@@ -244,7 +244,7 @@ class Tracks:
 
     @property
     def notes(self) -> list[str]:
-        """What was skipped in the file, "FILE:LINE: text", for people."""
+        """What was skipped in the file, `FILE:LINE: text`, for people."""
         return self._inner.notes
 
     def write(self, path: _check.Path, format: str | None = None) -> Written:
@@ -349,6 +349,7 @@ def read(
     format: str | None = None,
     frames: str | None = None,
     picture: Picture | None = None,
+    digest: bool = True,
     progress: _check.Progress | None = None,
 ) -> Tracks:
     """Read tracks from a file in any format that docs/formats.md lists, plain or gzip.
@@ -366,6 +367,8 @@ def read(
         refused otherwise.
     picture : Picture, optional
         What the file does not say itself.
+    digest : bool
+        Take the SHA-256 of the file, which results in JSON tell.
     progress : callable, optional
         As `solve` takes it.
 
@@ -383,6 +386,7 @@ def read(
             _check.maybe_text("format", format),
             _check.maybe_text("frames", frames),
             told(picture),
+            _check.flag("digest", digest),
             _check.callback("progress", progress),
         )
     )

@@ -211,7 +211,8 @@ void bindOptions(py::module_& module) {
       .def_readwrite("nk", &WriteOptions::nk)
       .def_readwrite("keyframes", &WriteOptions::keyframes)
       .def_readwrite("fps", &WriteOptions::fps)
-      .def_readwrite("par", &WriteOptions::par);
+      .def_readwrite("par", &WriteOptions::par)
+      .def_readwrite("read_back", &WriteOptions::readBack);
   py::class_<PageOptions>(module, "PageOptions")
       .def(py::init<>())
       .def_readwrite("pictures", &PageOptions::pictures)

@@ -135,9 +135,9 @@ void bindTracks(py::module_& module) {
   module.def("tracks_from_rows", fromRows);
   module.def("read_tracks",
              [](const std::string& path, const std::string& format, const std::string& frames,
-                const shot::Picture& picture, const py::object& progress) {
+                const shot::Picture& picture, bool digest, const py::object& progress) {
                return watched(progress, [&](const shot::Progress& report) {
-                 return shot::readTracks(path, {format, frames, picture}, report);
+                 return shot::readTracks(path, {format, frames, picture, digest}, report);
                });
              });
 }

@@ -144,6 +144,7 @@ def test_writes_and_reads_itself(small, tmp_path):
     again = cornerpin.read_result(tmp_path / "shot.json")
     assert again.to_json() == small.to_json() == (tmp_path / "shot.json").read_text()
     np.testing.assert_array_equal(again.covariance, small.covariance)
+    assert small.write(tmp_path / "shot.json", read_back=False).read_back == ""
     small.write(tmp_path / "shot.csv")
     assert (tmp_path / "shot.csv").read_text() == small.to_csv()
 

@@ -1,4 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
+import hashlib
+import json
+
 import cornerpin
 import numpy as np
 import pytest
@@ -158,6 +161,15 @@ def test_reads_a_file(data):
     assert tracks.positions[90, tracks.names.index("n000")].tolist() == [713.5, 357.5]
 
 
+def test_takes_the_digest_of_a_file_unless_told_not_to(data):
+    path = data / "screen4.csv"
+    digest = hashlib.sha256(path.read_bytes()).hexdigest()
+    for options in ({}, {"digest": True}, {"digest": False}):
+        result = cornerpin.solve(cornerpin.read(path, **options))
+        told = json.loads(result.to_json())["input"].get("sha256")
+        assert told == (digest if options.get("digest", True) else None)
+
+
 def test_writes_files_that_it_reads(pan, tmp_path):
     picture = Picture(width=1920, height=1080, y="down", pixel_centre=0.5, first_frame=0)
     tracks = Tracks.from_arrays(pan, picture=picture)
@@ -189,6 +201,7 @@ def test_tells_file_and_line_of_what_it_refuses(tmp_path):
         ({"format": "xyz"}, ValueError, ['format: "xyz" is none of']),
         ({"format": 1}, TypeError, ["format: a text is wanted, not int 1"]),
         ({"frames": "x"}, ValueError, ["frames: "]),
+        ({"digest": 1}, TypeError, ["digest: "]),
     ],
 )
 def test_refuses_to_read(data, arguments, error, words):

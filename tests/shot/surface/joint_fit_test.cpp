@@ -130,8 +130,8 @@ TEST(FitJointly, EndsThereInAPanUnderPerspective) {
 // More frames than one block of the elimination.
 TEST(FitJointly, EndsThereAfterManyFrames) {
   relay::Plan plan;
-  plan.frames = 30;
-  plan.base = 12;
+  plan.frames = 22;
+  plan.base = 9;
   plan.life = 6;
   plan.alive = 18;
   const relay::Shot shot = relay::shot(plan);
