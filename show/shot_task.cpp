@@ -1,30 +1,50 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/shot_task.h"
 
+#include <fmt/format.h>
+#include <openssl/evp.h>
+
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <istream>
+#include <memory>
+#include <new>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <stdexcept>
 #include <system_error>
-
-#include "shot/files/sha256.h"
 
 namespace cornerpin {
 
 namespace {
+
+// The SHA-256 of all bytes that are left, in lower-case hexadecimal.
+std::string sha256Of(std::istream& bytes) {
+  const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(EVP_MD_CTX_new(),
+                                                                   EVP_MD_CTX_free);
+  if (!context) throw std::bad_alloc();
+  bool isSound = EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
+  std::array<char, 65536> block;
+  while (isSound && bytes) {
+    bytes.read(block.data(), block.size());
+    const auto count = static_cast<std::size_t>(bytes.gcount());
+    isSound = EVP_DigestUpdate(context.get(), block.data(), count) == 1;
+  }
+  std::array<unsigned char, 32> digest{};
+  if (!isSound || EVP_DigestFinal_ex(context.get(), digest.data(), nullptr) != 1) {
+    throw std::runtime_error("the system's cryptography has no SHA-256");
+  }
+  return fmt::format("{:02x}", fmt::join(digest, ""));
+}
 
 // Of a plain file; empty for all else, and where it cannot be read.
 std::string digestOf(const std::string& path) {
   std::error_code ignored;
   if (!std::filesystem::is_regular_file(path, ignored)) return "";
   std::ifstream file(path, std::ios::binary);
-  Sha256 digest;
-  std::array<char, 65536> block;
-  while (file) {
-    file.read(block.data(), block.size());
-    digest.add(block.data(), static_cast<std::size_t>(file.gcount()));
-  }
-  return file.eof() ? digest.hex() : "";
+  const std::string digest = sha256Of(file);
+  return file.eof() ? digest : "";
 }
 
 }  // namespace
@@ -33,7 +53,7 @@ std::string pathOf(const ShowShot& shot, const std::string& name) {
   return (std::filesystem::path(shot.folder) / name).string();
 }
 
-ShotTask taskOf(const Show& show, const ShowShot& shot, const ProgramVersion& program) {
+ShotTask taskOf(const Show& show, const ShowShot& shot, const shot::Version& program) {
   ShotTask task;
   task.name = shot.name;
   task.input = shot.input;
@@ -49,10 +69,8 @@ ShotTask taskOf(const Show& show, const ShowShot& shot, const ProgramVersion& pr
   const nlohmann::json all = {task.name,      task.input,      task.sha256, task.options,
                               task.files,     others,          exports,     program.version,
                               program.commit, "cornerpin_task"};
-  const std::string text = all.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  Sha256 key;
-  key.add(text.data(), text.size());
-  task.key = key.hex();
+  std::istringstream text(all.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  task.key = sha256Of(text);
   return task;
 }
 

@@ -2,13 +2,12 @@
 #ifndef SHOW_SHOW_RUN_H
 #define SHOW_SHOW_RUN_H
 
+#include <cornerpin/shot.h>
+
 #include <cstddef>
 #include <limits>
 #include <string>
 
-#include "shot/solve/progress.h"
-#include "shot/solve/provenance.h"
-#include "shot/solve/this_program.h"
 #include "show/output_folder.h"
 #include "show/show.h"
 
@@ -16,7 +15,7 @@ namespace cornerpin {
 
 struct RunOptions {
   std::string program;  ///< path of the command, which solves a shot in a process of its own
-  ProgramVersion version = thisProgram();
+  shot::Version version = shot::version();
   std::size_t workers = 1;  ///< processes at once
   bool retry = false;       ///< shots that failed are done again
   std::size_t first = 0;    ///< of the shots in their order
@@ -32,10 +31,11 @@ struct RunCounts {
 /// files are not all there. Each is one process; of one that is killed or stops, `kMostTries` are
 /// made. What is wrong with a shot is in its record. Of a shot that failed there are no files.
 ///
-/// Throws `Interrupted` where this process is asked to end, once no child is left;
-/// `std::system_error` for a folder that cannot be written.
+/// Throws `Interrupted` where this process is asked to end, and `shot::Cancelled` where the
+/// progress says so, once no child is left; `std::system_error` for a folder that cannot be
+/// written.
 RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
-                  const Progress& progress = {});
+                  const shot::Progress& progress = {});
 constexpr int kMostTries = 3;
 
 }  // namespace cornerpin

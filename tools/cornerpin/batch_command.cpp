@@ -21,7 +21,6 @@
 #include "show/children.h"
 #include "show/input_files.h"
 #include "show/output_folder.h"
-#include "show/public_errors.h"
 #include "show/show.h"
 #include "show/show_page.h"
 #include "show/show_run.h"
@@ -362,14 +361,7 @@ int run(const Arguments& arguments) {
   OutputFolder folder(arguments.folder);
   const RunCounts counts = [&] {
     ProgressBar bar(style);  // gone before anything is printed
-    const shot::Progress told = bar.progress();
-    Progress progress;
-    if (told) {
-      progress = [&told](Phase phase, std::size_t done, std::size_t total) {
-        told(nameOf(phase), done, total);
-      };
-    }
-    return runShow(show, options, folder, progress);
+    return runShow(show, options, folder, bar.progress());
   }();
   const ShowTable table = readTable(show, folder, options.first, options.last);
   if (isWhole) {
@@ -393,7 +385,7 @@ int run(const Arguments& arguments) {
 // Ends as the signal would have it, once children and what they had begun are gone.
 int runOrEnd(const Arguments& arguments) {
   try {
-    return withPublicErrors([&] { return run(arguments); });
+    return run(arguments);
   } catch (const Interrupted& interrupted) {
     std::cerr << "cornerpin: interrupted; what is done stays: the same command goes on from here\n";
     std::raise(interrupted.signal);
