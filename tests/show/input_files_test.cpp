@@ -94,6 +94,12 @@ TEST(ShowOf, SeveralWordsStandBehindEachOther) {
             (Words{"b of b.csv", "a of a.csv"}));
 }
 
+TEST(ShowOf, TracksInJsonAreNoManifest) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.json", "{\n\"cornerpin_tracks\":1,\"tracks\":[]}");
+  EXPECT_EQ(namesOf(showOf({folder / "a.json"})), Words{"a of a.json"});
+}
+
 TEST(ShowOf, AManifestIsAlone) {
   const TemporaryFolder folder;
   writeFile(folder / "m", "{\"cornerpin_batch\": 1, \"shots\": [{\"input\": \"a.csv\"}]}");

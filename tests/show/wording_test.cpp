@@ -28,6 +28,8 @@ TEST(InQuotes, IsOnOneLineAndEndsBetweenCharacters) {
   const std::string sixty(60, 'x');
   EXPECT_EQ(inQuotes(sixty), "\"" + sixty + "\"");
   EXPECT_EQ(inQuotes(sixty + "y"), "\"" + sixty + "...\"");
+  const std::string smile = "\xf0\x9f\x98\x80";
+  EXPECT_EQ(inQuotes(sixty.substr(0, 57) + smile), "\"" + sixty.substr(0, 57) + "...\"");
   const std::string euro = "\xe2\x82\xac";
   EXPECT_EQ(inQuotes(sixty.substr(0, 58) + euro), "\"" + sixty.substr(0, 58) + "...\"");
   EXPECT_EQ(inQuotes(sixty.substr(0, 57) + euro + "y"),
