@@ -19,7 +19,7 @@ from pathlib import Path
 TOGETHER = 8
 ROOT = Path(__file__).resolve().parent.parent
 # A source is to its unit what a header is to a source.
-FILTER = r"--header-filter=/(cornerpin|shot|tools|tests|bench|examples|python)/.*\.(h|cpp)$"
+FILTER = r"--header-filter=/(cornerpin|shot|show|tools|tests|bench|examples|python)/.*\.(h|cpp)$"
 
 
 def how_compiled(entry):

@@ -34,6 +34,7 @@ bool isIgnored(int signal) {
 
 std::vector<char*> pointers(const std::vector<std::string>& words) {
   std::vector<char*> result;
+  result.reserve(words.size() + 1);
   for (const std::string& word : words) result.push_back(const_cast<char*>(word.c_str()));
   result.push_back(nullptr);
   return result;

@@ -10,8 +10,8 @@
 #include <stdexcept>
 
 #include "farm_program.h"
-#include "shot/files/sha256.h"
 #include "show/children.h"
+#include "show/digest.h"
 
 namespace cornerpin {
 
@@ -38,11 +38,13 @@ std::string textIn(const std::string& path) {
 
 // Waits for the only child, and reports the number that it keeps in a file.
 ChildEnd waitAndReport(Children& children, const std::string& path, std::size_t total,
-                       const Progress& progress) {
+                       const shot::Progress& progress) {
   constexpr std::chrono::milliseconds kPause(200);
   for (;;) {
     std::size_t done = 0;
-    if (progress && std::ifstream(path) >> done) progress(Phase::Shots, done, total);
+    if (progress && std::ifstream(path) >> done && !progress(kSolvingShots, done, total)) {
+      throw shot::Cancelled();
+    }
     if (const std::optional<ChildEnd> end = children.waitFor(kPause)) return *end;
   }
 }
@@ -62,16 +64,15 @@ std::vector<Piece> piecesOf(const std::vector<OpenShot>& shots, std::size_t chun
     }
     piece.command = fmt::format("{} --only={}-{}", start, first, first + piece.shots - 1);
     keys += piece.command;
-    Sha256 digest;
-    digest.add(keys.data(), keys.size());
-    piece.key = digest.hex();
+    std::istringstream bytes(keys);
+    piece.key = sha256Of(bytes);
     pieces.push_back(piece);
   }
   return pieces;
 }
 
 std::string runOnFarm(const std::string& scheduler, const std::vector<Piece>& pieces,
-                      OutputFolder& folder, const Progress& progress) {
+                      OutputFolder& folder, const shot::Progress& progress) {
   std::size_t total = 0;
   for (const Piece& piece : pieces) total += piece.shots;
   const std::string work = folder.beginWork(kWork);

@@ -2,11 +2,12 @@
 #ifndef SHOW_FARM_H
 #define SHOW_FARM_H
 
+#include <cornerpin/shot.h>
+
 #include <cstddef>
 #include <string>
 #include <vector>
 
-#include "shot/solve/progress.h"
 #include "show/output_folder.h"
 #include "show/show_run.h"
 
@@ -27,9 +28,10 @@ std::vector<Piece> piecesOf(const std::vector<OpenShot>& shots, std::size_t chun
 /// as the path has it. Returns what is to be told of commands that failed, whose shots are still
 /// open; empty where none did.
 ///
-/// Throws `std::runtime_error` where the scheduler cannot be used or goes away, and `Interrupted`.
+/// Throws `std::runtime_error` where the scheduler cannot be used or goes away, `Interrupted`, and
+/// `shot::Cancelled` where the progress says so.
 std::string runOnFarm(const std::string& scheduler, const std::vector<Piece>& pieces,
-                      OutputFolder& folder, const Progress& progress);
+                      OutputFolder& folder, const shot::Progress& progress);
 
 }  // namespace cornerpin
 

@@ -1,40 +1,22 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/input_files.h"
 
+#include <cornerpin/shot.h>
 #include <glob.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
-#include "shot/files/byte_source.h"
-#include "shot/files/csv_records.h"
-#include "shot/files/file_kind.h"
-#include "shot/files/format.h"
-#include "shot/files/input_error.h"
-#include "shot/files/unreadable.h"
-#include "shot/solve/glob.h"
 #include "show/manifest.h"
+#include "show/wording.h"
 
 namespace cornerpin {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-bool hasTrackColumns(ByteSource& source) {
-  CsvRecords csv(source);
-  if (!csv.next()) return false;
-  const auto has = [&csv](std::string_view name) {
-    for (std::size_t i = 0; i < csv.fieldCount(); ++i) {
-      if (csv.field(i) == name) return true;
-    }
-    return false;
-  };
-  return has("track") && has("frame") && has("x") && has("y");
-}
 
 ShowShot shotOf(const fs::path& file) {
   ShowShot shot;
@@ -56,7 +38,7 @@ void addFolder(const std::string& folder, std::vector<ShowShot>& shots) {
   for (const fs::path& file : files) {
     if (holdsTracks(file.string())) shots.push_back(shotOf(file));
   }
-  if (shots.size() == before) throw InputError(folder, "no file in this folder holds tracks");
+  if (shots.size() == before) refuseFile(folder, 0, "no file in this folder holds tracks");
 }
 
 void addPattern(const std::string& pattern, std::vector<ShowShot>& shots) {
@@ -64,27 +46,25 @@ void addPattern(const std::string& pattern, std::vector<ShowShot>& shots) {
   const int code = ::glob(pattern.c_str(), GLOB_NOSORT, nullptr, &found);
   std::vector<std::string> files(found.gl_pathv, found.gl_pathv + (code == 0 ? found.gl_pathc : 0));
   ::globfree(&found);
-  if (files.empty()) throw InputError(pattern, "no file has such a name");
+  if (files.empty()) refuseFile(pattern, 0, "no file has such a name");
   std::sort(files.begin(), files.end());
   for (const std::string& file : files) shots.push_back(shotOf(file));
 }
 
-bool beginsAsManifest(const std::string& path) {
-  ByteSource source(path);
-  return isManifest(source.beginning());
+bool isPattern(const std::string& word) { return word.find_first_of("*?[") != std::string::npos; }
+
+// Whether a file is to be read as a manifest: as JSON that holds no tracks.
+bool isManifest(const std::string& path) {
+  const shot::FileKind kind = shot::fileKindOf(path);
+  return kind.format == "json" && kind.holds != "tracks";
 }
 
 }  // namespace
 
 bool holdsTracks(const std::string& path) {
   try {
-    ByteSource source(path);
-    const std::string_view beginning = source.beginning();
-    if (beginning.empty() || !otherThanText(beginning).empty()) return false;
-    const Format format = formatIn(beginning);
-    if (format == Format::Csv) return hasTrackColumns(source);
-    return format != Format::Json || !isManifest(beginning);
-  } catch (const InputError&) {
+    return shot::fileKindOf(path).holds == "tracks";
+  } catch (const shot::InputError&) {
     return false;
   }
 }
@@ -95,13 +75,11 @@ Show showOf(const std::vector<std::string>& words, const ShotOptions& typed) {
     std::error_code ignored;
     if (fs::is_directory(word, ignored)) {
       addFolder(word, show.shots);
-    } else if (!fs::exists(word, ignored) && Glob::isPattern(word)) {
+    } else if (!fs::exists(word, ignored) && isPattern(word)) {
       addPattern(word, show.shots);
-    } else if (!fs::exists(word, ignored)) {
-      throw InputError(word, whyUnreadable(word, ENOENT));
-    } else if (!fs::is_regular_file(word, ignored)) {
-      throw InputError(word, "this is neither a file nor a folder");
-    } else if (!beginsAsManifest(word)) {
+    } else if (fs::exists(word, ignored) && !fs::is_regular_file(word, ignored)) {
+      refuseFile(word, 0, "this is neither a file nor a folder");
+    } else if (!isManifest(word)) {
       show.shots.push_back(shotOf(word));
     } else if (words.size() > 1) {
       throw std::invalid_argument("\"" + word + "\" is a manifest, which is given alone");

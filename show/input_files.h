@@ -15,7 +15,7 @@ namespace cornerpin {
 /// `[ab]`) the files that are there, in that order, and all of them. Their inputs' names have no
 /// folder: nothing depends on where they are.
 ///
-/// Throws `InputError` for what is not there or cannot be read, and for a folder or a pattern
+/// Throws `shot::InputError` for what is not there or cannot be read, and for a folder or a pattern
 /// without any file.
 ///
 /// \param typed  options of all shots that have none of their own

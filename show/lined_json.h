@@ -12,10 +12,10 @@
 
 namespace cornerpin {
 
-/// A value of a JSON file that people write, which knows where it stands. What is not what is asked
-/// for throws `InputError` with file, line and place: "show.json:7: shots[3].name: a text is
+/// A value of a JSON file of a batch, which knows where it stands. What is not what is asked
+/// for throws `shot::InputError` with file, line and place: "show.json:7: shots[3].name: a text is
 /// needed, not 5". The file's name must outlive it.
-class LinedJson {
+class LinedJson {  // NOLINT(bugprone-exception-escape): JSON values move without throwing
  public:
   /// Of an object, in the order of the file.
   struct Member;
@@ -24,9 +24,14 @@ class LinedJson {
   const std::vector<LinedJson>& items() const;
   const std::string& text() const;
   bool flag() const;
+  int integer() const;
+  std::size_t count() const;
+  double lengthOrNull() const;  ///< a number from 0 on; NaN for null
   /// A text, a number or true or false.
   const nlohmann::json& scalar() const { return scalar_; }
 
+  /// A member, which an object has to have.
+  const LinedJson& at(const std::string& name) const;
   /// Null where an object has no such member.
   const LinedJson* find(std::string_view name) const;
   /// Refuses members of other names.
@@ -34,6 +39,7 @@ class LinedJson {
 
   bool isObject() const { return kind_ == Kind::Object; }
   bool isList() const { return kind_ == Kind::List; }
+  bool isNull() const { return kind_ == Kind::Scalar && scalar_.is_null(); }
 
   /// "show.json:7".
   std::string where() const { return *file_ + ":" + std::to_string(line_); }
@@ -60,8 +66,8 @@ struct LinedJson::Member {
   LinedJson value;
 };
 
-/// A whole file; throws `InputError` where it cannot be read, is no JSON, or has a member twice.
-/// "-" is standard input.
+/// A whole file, plain or gzip; throws `shot::InputError` where it cannot be read, is no JSON, or
+/// has a member twice.
 class LinedJsonFile {
  public:
   explicit LinedJsonFile(const std::string& path);

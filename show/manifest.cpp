@@ -4,8 +4,6 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "shot/files/format.h"
-#include "shot/files/json_reader.h"
 #include "show/lined_json.h"
 
 namespace cornerpin {
@@ -104,11 +102,6 @@ Show readManifest(const std::string& path, const ShotOptions& typed) {
   show.shots.reserve(shots->items().size());
   for (const LinedJson& item : shots->items()) show.shots.push_back(shotIn(item, folder, common));
   return show;
-}
-
-bool isManifest(std::string_view beginning) {
-  return formatIn(beginning) == Format::Json && !isTracksJson(beginning) &&
-         !otherThanTracks(beginning).empty();
 }
 
 }  // namespace cornerpin

@@ -3,7 +3,6 @@
 #define SHOW_MANIFEST_H
 
 #include <string>
-#include <string_view>
 
 #include "show/show.h"
 
@@ -13,13 +12,10 @@ namespace cornerpin {
 /// where they have none of their own. Files are relative to the manifest's folder. Names are those
 /// of the shots' files, unless they are given; they are not checked.
 ///
-/// Throws `InputError` with file, line and place.
+/// Throws `shot::InputError` with file, line and place.
 ///
 /// \param typed  options that go before the manifest's common ones
 Show readManifest(const std::string& path, const ShotOptions& typed = {});
-
-/// Whether a file that begins like this is to be read as a manifest: as JSON that holds no tracks.
-bool isManifest(std::string_view beginning);
 
 }  // namespace cornerpin
 

@@ -12,8 +12,6 @@
 #include <fstream>
 #include <system_error>
 
-#include "shot/files/output_file.h"
-
 namespace cornerpin {
 
 namespace fs = std::filesystem;
@@ -102,20 +100,31 @@ void OutputFolder::place(const std::string& work, const std::vector<std::string>
 }
 
 void OutputFolder::write(const std::string& name, const std::string& text) {
-  OutputFile file((fs::path(hidden_) / name).string());
-  file.write(text);
-  file.commit();
+  make(name, text);
+  flush(name);
   place(hidden_, {name});
 }
 
 void OutputFolder::writeQuickly(const std::string& name, const std::string& text) {
-  const std::string made = (fs::path(hidden_) / name).string();
+  make(name, text);
+  place(hidden_, {name});
+}
+
+void OutputFolder::make(const std::string& name, const std::string& text) {
   errno = 0;
-  std::ofstream file(made, std::ios::binary | std::ios::trunc);
+  std::ofstream file(fs::path(hidden_) / name, std::ios::binary | std::ios::trunc);
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
   file.close();
   if (!file) fail(*this / name);
-  place(hidden_, {name});
+}
+
+void OutputFolder::flush(const std::string& name) {
+  const int fd = ::open((fs::path(hidden_) / name).c_str(), O_WRONLY | O_CLOEXEC);
+  const bool isFlushed = fd >= 0 && ::fsync(fd) == 0;
+  const int code = errno;
+  if (fd >= 0) ::close(fd);
+  errno = code;
+  if (!isFlushed) fail(*this / name);
 }
 
 void OutputFolder::remove(const std::vector<std::string>& names) {

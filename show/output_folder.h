@@ -47,6 +47,8 @@ class OutputFolder {
  private:
   void removeUnused();
   void makeHidden();
+  void make(const std::string& name, const std::string& text);
+  void flush(const std::string& name);
 
   std::string path_;
   std::string hidden_;

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/shot_figures.h"
 
-#include <algorithm>
-#include <cmath>
+#include <fmt/format.h>
 
-#include "shot/advice/closing_words.h"
-#include "shot/files/number_text.h"
-#include "shot/files/summary.h"
+#include <algorithm>
+#include <charconv>
+#include <cmath>
 
 namespace cornerpin {
 
@@ -14,15 +13,19 @@ namespace {
 
 constexpr int kDigits = 3;
 
-double rounded(double value) { return roundedTo(kDigits, value); }
-
-// A number that is not finite is written as null.
-double numberIn(const JsonField& field) { return field.lengthOrNull(); }
+// The nearest number with three digits.
+double rounded(double value) {
+  if (!std::isfinite(value)) return value;
+  double number = value;
+  const std::string text = fmt::format("{:.{}g}", value, kDigits);
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
 
 // The larger of two, or the one that is not known.
 double larger(double a, double b) { return std::isnan(a) || a > b ? a : b; }
 
-std::vector<double> lineOf(const std::vector<FrameResult>& frames) {
+std::vector<double> lineOf(const std::vector<shot::Frame>& frames) {
   const std::size_t count = std::min(frames.size(), kMostValues);
   std::vector<double> line;
   for (std::size_t i = 0; i < count; ++i) {
@@ -35,29 +38,46 @@ std::vector<double> lineOf(const std::vector<FrameResult>& frames) {
   return line;
 }
 
+// The upper of the two middle ones; NaN without a solved frame, and unknown ones count as largest.
+double medianRms(const std::vector<shot::Frame>& frames) {
+  std::vector<double> all;
+  for (const shot::Frame& frame : frames) {
+    if (frame.status == "solved") all.push_back(frame.goodRms);
+  }
+  if (all.empty()) return std::numeric_limits<double>::quiet_NaN();
+  const auto middle = all.begin() + static_cast<std::ptrdiff_t>((all.size() - 1) / 2);
+  std::nth_element(all.begin(), middle, all.end(),
+                   [](double a, double b) { return !std::isnan(b) && (std::isnan(a) || a > b); });
+  return *middle;
+}
+
 }  // namespace
 
-ShotFigures figuresOf(const ShotResult& result) {
-  const Summary summary = summarise(result);
+ShotFigures figuresOf(const std::vector<shot::Frame>& frames) {
   ShotFigures figures;
-  figures.frames = result.frames.size();
-  if (!result.frames.empty()) {
-    figures.first = result.frames.front().frame;
-    figures.last = result.frames.back().frame;
+  figures.frames = frames.size();
+  if (!frames.empty()) {
+    figures.first = frames.front().frame;
+    figures.last = frames.back().frame;
   }
-  figures.doubtful = summary.doubtful;
-  figures.reduced = summary.reduced;
-  figures.held = summary.held;
-  figures.rms = rounded(summary.medianRms);
-  for (const FrameResult& frame : result.frames) {
+  figures.rms = rounded(medianRms(frames));
+  for (const shot::Frame& frame : frames) {
+    figures.doubtful += frame.isDoubtful ? 1 : 0;
+    figures.reduced += frame.status == "reduced" ? 1 : 0;
+    figures.held += frame.status == "held" ? 1 : 0;
     if (!std::isfinite(frame.expectedError)) continue;
     if (figures.worstFrame && !(frame.expectedError > figures.worst)) continue;
     figures.worst = frame.expectedError;
     figures.worstFrame = frame.frame;
   }
   figures.worst = rounded(figures.worst);
-  figures.line = lineOf(result.frames);
-  figures.text = closingSentence(result);
+  figures.line = lineOf(frames);
+  return figures;
+}
+
+ShotFigures figuresOf(const shot::Result& result) {
+  ShotFigures figures = figuresOf(result.frames());
+  figures.text = result.closingSentence();
   return figures;
 }
 
@@ -76,21 +96,22 @@ nlohmann::ordered_json figuresJson(const ShotFigures& figures) {
           {"text", figures.text}};
 }
 
-ShotFigures figuresIn(const JsonField& field) {
+ShotFigures figuresIn(const LinedJson& json) {
   ShotFigures figures;
-  figures.first = field.at("first").integer();
-  figures.last = field.at("last").integer();
-  figures.frames = field.at("frames").count();
-  figures.doubtful = field.at("doubtful").count();
-  figures.reduced = field.at("reduced").count();
-  figures.held = field.at("held").count();
-  figures.worst = numberIn(field.at("worst"));
-  const JsonField frame = field.at("worst_frame");
+  figures.first = json.at("first").integer();
+  figures.last = json.at("last").integer();
+  figures.frames = json.at("frames").count();
+  figures.doubtful = json.at("doubtful").count();
+  figures.reduced = json.at("reduced").count();
+  figures.held = json.at("held").count();
+  figures.worst = json.at("worst").lengthOrNull();
+  const LinedJson& frame = json.at("worst_frame");
   if (!frame.isNull()) figures.worstFrame = frame.integer();
-  figures.rms = numberIn(field.at("rms"));
-  const JsonField line = field.at("line");
-  for (std::size_t i = 0; i < line.size(); ++i) figures.line.push_back(numberIn(line.at(i)));
-  figures.text = field.at("text").text();
+  figures.rms = json.at("rms").lengthOrNull();
+  for (const LinedJson& value : json.at("line").items()) {
+    figures.line.push_back(value.lengthOrNull());
+  }
+  figures.text = json.at("text").text();
   return figures;
 }
 

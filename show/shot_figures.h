@@ -2,6 +2,8 @@
 #ifndef SHOW_SHOT_FIGURES_H
 #define SHOW_SHOT_FIGURES_H
 
+#include <cornerpin/shot.h>
+
 #include <cstddef>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -9,8 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "shot/files/json_field.h"
-#include "shot/solve/result.h"
+#include "show/lined_json.h"
 
 namespace cornerpin {
 
@@ -25,19 +26,21 @@ struct ShotFigures {
   /// The largest expected error of the frames that have one, and the frame; NaN without any.
   double worst = std::numeric_limits<double>::quiet_NaN();
   std::optional<int> worstFrame;
-  double rms = std::numeric_limits<double>::quiet_NaN();  ///< `Summary::medianRms`
+  double rms =
+      std::numeric_limits<double>::quiet_NaN();  ///< of the good tracks in the median solved frame
   /// Expected errors over the frames, each the largest of as many frames as come to at most
   /// `kMostValues`; NaN where one is not known.
   std::vector<double> line;
-  std::string text;  ///< `closingSentence`
+  std::string text;  ///< `Result::closingSentence`
 };
 constexpr std::size_t kMostValues = 60;
 
 /// All numbers with three digits.
-ShotFigures figuresOf(const ShotResult& result);
+ShotFigures figuresOf(const std::vector<shot::Frame>& frames);
+ShotFigures figuresOf(const shot::Result& result);
 
 nlohmann::ordered_json figuresJson(const ShotFigures& figures);
-ShotFigures figuresIn(const JsonField& field);
+ShotFigures figuresIn(const LinedJson& json);
 
 }  // namespace cornerpin
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/shot_task.h"
 
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <system_error>
 
-#include "shot/files/sha256.h"
+#include "show/digest.h"
 
 namespace cornerpin {
 
@@ -18,13 +18,8 @@ std::string digestOf(const std::string& path) {
   std::error_code ignored;
   if (!std::filesystem::is_regular_file(path, ignored)) return "";
   std::ifstream file(path, std::ios::binary);
-  Sha256 digest;
-  std::array<char, 65536> block;
-  while (file) {
-    file.read(block.data(), block.size());
-    digest.add(block.data(), static_cast<std::size_t>(file.gcount()));
-  }
-  return file.eof() ? digest.hex() : "";
+  const std::string digest = sha256Of(file);
+  return file.eof() ? digest : "";
 }
 
 }  // namespace
@@ -33,7 +28,7 @@ std::string pathOf(const ShowShot& shot, const std::string& name) {
   return (std::filesystem::path(shot.folder) / name).string();
 }
 
-ShotTask taskOf(const Show& show, const ShowShot& shot, const ProgramVersion& program) {
+ShotTask taskOf(const Show& show, const ShowShot& shot, const shot::Version& program) {
   ShotTask task;
   task.name = shot.name;
   task.input = shot.input;
@@ -49,10 +44,8 @@ ShotTask taskOf(const Show& show, const ShowShot& shot, const ProgramVersion& pr
   const nlohmann::json all = {task.name,      task.input,      task.sha256, task.options,
                               task.files,     others,          exports,     program.version,
                               program.commit, "cornerpin_task"};
-  const std::string text = all.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-  Sha256 key;
-  key.add(text.data(), text.size());
-  task.key = key.hex();
+  std::istringstream text(all.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+  task.key = sha256Of(text);
   return task;
 }
 

@@ -2,10 +2,11 @@
 #ifndef SHOW_SHOT_TASK_H
 #define SHOW_SHOT_TASK_H
 
+#include <cornerpin/shot.h>
+
 #include <string>
 #include <vector>
 
-#include "shot/solve/provenance.h"
 #include "show/show.h"
 
 namespace cornerpin {
@@ -21,7 +22,7 @@ struct ShotTask {
 };
 
 /// Reads the bytes of the input, and of the file that the option `quads` may name.
-ShotTask taskOf(const Show& show, const ShowShot& shot, const ProgramVersion& program);
+ShotTask taskOf(const Show& show, const ShowShot& shot, const shot::Version& program);
 
 /// The input as `cornerpin solve` is given it.
 std::string inputWord(const ShowShot& shot);

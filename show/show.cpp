@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/show.h"
 
+#include <cornerpin/shot.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -8,9 +9,7 @@
 #include <stdexcept>
 #include <unordered_map>
 
-#include "shot/files/format.h"
-#include "shot/files/number_text.h"
-#include "shot/solve/wording.h"
+#include "show/wording.h"
 
 namespace cornerpin {
 
@@ -19,10 +18,10 @@ namespace {
 constexpr std::size_t kLongestName = 200;  // in bytes: with endings it stays within 255
 
 std::string endingOf(const std::string& word) {
-  const std::optional<Format> format = formatNamed(word);
-  const std::string extension = format ? factsOf(*format).extension : "";
-  if (!extension.empty()) return extension;
-  const bool isScript = format == Format::Blender || format == Format::Natron;
+  for (const shot::FileFormat& format : shot::fileFormats()) {
+    if (format.word == word && !format.extension.empty()) return format.extension;
+  }
+  const bool isScript = word == "blender" || word == "natron";
   return fmt::format(".{}.{}", word, isScript ? "py" : "txt");
 }
 
@@ -35,12 +34,12 @@ void addFile(const std::string& file, const ShowShot& shot, Owners& owners) {
   const ShowShot& other = *found->second;
   if (&other == &shot) {
     throw std::invalid_argument(fmt::format("{} is to be written twice of shot {}: leave one out",
-                                            shown(file), shown(shot.name)));
+                                            inQuotes(file), inQuotes(shot.name)));
   }
   throw std::invalid_argument(
       fmt::format("the shots of {} and {} would both write {}: name one of "
                   "them otherwise",
-                  shown(other.input), shown(shot.input), shown(file)));
+                  inQuotes(other.input), inQuotes(shot.input), inQuotes(file)));
 }
 
 }  // namespace
@@ -64,7 +63,7 @@ ShotExport exportIn(const std::string& text) {
   ShotExport made{text.substr(0, colon), colon < text.size() ? text.substr(colon + 1) : ""};
   if (made.format.empty() || (colon < text.size() && made.kind.empty())) {
     throw std::invalid_argument(
-        fmt::format("an export is a format such as nk, or nk:stabilise, not {}", shown(text)));
+        fmt::format("an export is a format such as nk, or nk:stabilise, not {}", inQuotes(text)));
   }
   return made;
 }
@@ -101,10 +100,10 @@ std::string flawOfShotName(const std::string& name) {
     return fmt::format(
         "{} cannot be a shot's name, after which files are called: no slashes, no "
         "control characters, no dot in front",
-        shown(name));
+        inQuotes(name));
   }
   if (name.size() > kLongestName) {
-    return fmt::format("the shot's name {} is longer than {} bytes", shown(name), kLongestName);
+    return fmt::format("the shot's name {} is longer than {} bytes", inQuotes(name), kLongestName);
   }
   return "";
 }
@@ -116,7 +115,7 @@ void checkNames(const Show& show) {
   for (const char* file : {kShowFile, kShowPage}) addFile(file, ours, owners);
   for (const ShowShot& shot : show.shots) {
     if (const std::string flaw = flawOfShotName(shot.name); !flaw.empty()) {
-      throw std::invalid_argument(fmt::format("{}: {}", printable(shot.input), flaw));
+      throw std::invalid_argument(fmt::format("{}: {}", shot::printable(shot.input), flaw));
     }
     for (const std::string& file : filesOf(show, shot)) addFile(file, shot, owners);
     addFile(recordNameOf(shot.name), shot, owners);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/show_difference.h"
 
+#include <cornerpin/shot.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -12,11 +13,7 @@
 #include <set>
 #include <sstream>
 
-#include "shot/compare/result_difference.h"
-#include "shot/files/difference_text.h"
-#include "shot/files/input_error.h"
-#include "shot/files/result_reader.h"
-#include "shot/solve/wording.h"
+#include "show/wording.h"
 
 namespace cornerpin {
 
@@ -39,7 +36,7 @@ Names shotsIn(const std::string& folder) {
       names.insert(name.substr(0, stem));
     }
   }
-  if (names.empty()) throw InputError(folder, "there is no record of a batch in this folder");
+  if (names.empty()) refuseFile(folder, 0, "there is no record of a batch in this folder");
   return names;
 }
 
@@ -56,26 +53,38 @@ std::string bytesOf(const std::string& path) {
   return bytes.str();
 }
 
-// How far apart, where, and what else; empty where nothing of it differs.
-std::string describe(const ResultDifference& difference, double distance, double most) {
+// Of the frames that both have the one whose corners are farthest apart; null without any.
+const shot::FrameDifference* worstOf(const std::vector<shot::FrameDifference>& frames) {
+  const auto found =
+      std::max_element(frames.begin(), frames.end(),
+                       [](const auto& a, const auto& b) { return a.distance < b.distance; });
+  return found == frames.end() ? nullptr : &*found;
+}
+
+// How far apart, where, and what else; that it is in figures and texts where nothing of it differs.
+std::string describe(const shot::ResultDifference& difference, const shot::FrameDifference* worst,
+                     double most) {
   std::vector<std::string> parts;
-  if (!difference.comparedIn) parts.push_back(difference.why);
-  if (distance > most) {
-    const std::size_t beyond = difference.framesBeyond(most).size();
-    parts.push_back(fmt::format(
-        "{} in frame {}; {} of {}", std::isinf(distance) ? "beyond the horizon" : pixels(distance),
-        difference.worst()->frame, beyond, counted(difference.frames.size(), "frame")));
+  if (!difference.why.empty()) parts.push_back(difference.why);
+  if (worst != nullptr && worst->distance > most) {
+    const double distance = worst->distance;
+    const auto beyond =
+        std::count_if(difference.frames.begin(), difference.frames.end(),
+                      [most](const shot::FrameDifference& frame) { return frame.distance > most; });
+    parts.push_back(fmt::format("{} in frame {}; {} of {}",
+                                std::isinf(distance) ? "beyond the horizon" : lengthText(distance),
+                                worst->frame, beyond,
+                                countText(difference.frames.size(), "frame")));
   }
-  const std::size_t others =
-      difference.otherFrames.first.size() + difference.otherFrames.second.size();
-  if (others > 0) parts.push_back(counted(others, "frame") + " in one only");
-  if (!difference.otherOptions.empty()) parts.emplace_back("other options");
+  const std::size_t others = difference.onlyFirst.size() + difference.onlySecond.size();
+  if (others > 0) parts.push_back(countText(others, "frame") + " in one only");
+  if (difference.options) parts.emplace_back("other options");
   if (difference.input) parts.emplace_back("other tracks");
-  const auto verdicts =
-      std::count_if(difference.frames.begin(), difference.frames.end(),
-                    [](const FrameDifference& frame) { return frame.status || frame.verdict; });
+  const auto verdicts = std::count_if(
+      difference.frames.begin(), difference.frames.end(),
+      [](const shot::FrameDifference& frame) { return frame.status || frame.verdict; });
   if (verdicts > 0) {
-    parts.push_back(counted(static_cast<std::size_t>(verdicts), "frame") + " judged otherwise");
+    parts.push_back(countText(static_cast<std::size_t>(verdicts), "frame") + " judged otherwise");
   }
   return parts.empty() ? "in figures and texts" : fmt::format("{}", fmt::join(parts, "; "));
 }
@@ -98,13 +107,13 @@ std::optional<ShotDifference> differenceOfShot(const std::string& name, const st
   }
   const std::string file = name + ".json";
   if (bytesOf(in(first, file)) == bytesOf(in(second, file))) return std::nullopt;
-  ResultDifference difference =
-      differenceOf(readResult(in(first, file)), readResult(in(second, file)));
-  difference.program = false;
-  if (!isDifferent(difference, most)) return std::nullopt;
-  const FrameDifference* worst = difference.worst();
-  const double distance = worst == nullptr ? kEndless : worst->distance;
-  return ShotDifference{name, describe(difference, distance, most.value_or(0.0)), distance};
+  const shot::ResultDifference difference =
+      shot::compare(shot::readResult(in(first, file)), shot::readResult(in(second, file)), most);
+  if (!difference.isDifferent || difference.onlyProgram) return std::nullopt;
+  const shot::FrameDifference* worst = worstOf(difference.frames);
+  double distance = kEndless;
+  if (worst != nullptr) distance = worst->distance;
+  return ShotDifference{name, describe(difference, worst, most.value_or(0.0)), distance};
 }
 
 }  // namespace
@@ -133,14 +142,14 @@ std::string textOf(const ShowDifference& difference, const std::string& first,
                    const std::string& second) {
   std::string text;
   const auto add = [&text](const std::string& name, const std::string& what) {
-    text += fmt::format("{}  {}\n", printable(name), printable(what));
+    text += fmt::format("{}  {}\n", shot::printable(name), shot::printable(what));
   };
   for (const ShotDifference& shot : difference.different) add(shot.name, shot.text);
   for (const std::string& name : difference.onlyFirst) add(name, "only in " + first);
   for (const std::string& name : difference.onlySecond) add(name, "only in " + second);
-  if (!difference.any()) return "Same: " + counted(difference.both, "shot") + "\n";
+  if (!difference.any()) return "Same: " + countText(difference.both, "shot") + "\n";
   text += fmt::format("Different: {} of {} in both", difference.different.size(),
-                      counted(difference.both, "shot"));
+                      countText(difference.both, "shot"));
   const std::size_t others = difference.onlyFirst.size() + difference.onlySecond.size();
   return text + (others > 0 ? fmt::format(", {} in one only\n", others) : "\n");
 }

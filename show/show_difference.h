@@ -26,14 +26,14 @@ struct ShowDifference {
   bool any() const { return !different.empty() || !onlyFirst.empty() || !onlySecond.empty(); }
 };
 
-/// Compares what two folders of batches have of each shot, by the records in them (`differenceOf`).
+/// Compares what two folders of batches have of each shot, by the records in them.
 ///
 /// \param most  how far corners may be apart in results that count as the same; what else counts is
 ///              a frame that one lacks, and one batch in which the shot failed. Without it anything
 ///              in a result counts but the program that made it
 ///
-/// Throws `InputError` for a folder without records and for files that cannot be read. Cost: two
-/// results in memory at a time; results of the same bytes are not taken apart.
+/// Throws `shot::InputError` for a folder without records and for files that cannot be read. Cost:
+/// two results in memory at a time, twice; results of the same bytes are not taken apart.
 ShowDifference differenceOfShows(const std::string& first, const std::string& second,
                                  std::optional<double> most);
 

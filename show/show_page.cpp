@@ -7,8 +7,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "shot/report/html_text.h"
-#include "shot/solve/wording.h"
+#include "show/wording.h"
 #include "show_page_parts.h"
 
 namespace cornerpin {
@@ -17,6 +16,30 @@ namespace {
 
 constexpr double kWidth = 60.0;
 constexpr double kHeight = 16.0;
+
+// What HTML shows as this text.
+std::string htmlText(const std::string& text) {
+  std::string html;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        html += "&amp;";
+        break;
+      case '<':
+        html += "&lt;";
+        break;
+      case '>':
+        html += "&gt;";
+        break;
+      case '"':
+        html += "&quot;";
+        break;
+      default:
+        html += c;
+    }
+  }
+  return html;
+}
 
 // A file's name as a part of an address.
 std::string addressOf(const std::string& file) {
@@ -34,7 +57,7 @@ std::string addressOf(const std::string& file) {
 std::string nameCell(const TaskRecord& record) {
   const std::string page = record.task.name + ".html";
   const auto& files = record.task.files;
-  const std::string name = htmlText(record.task.name);
+  std::string name = htmlText(record.task.name);
   if (std::find(files.begin(), files.end(), page) == files.end()) return name;
   return fmt::format("<a href=\"{}\">{}</a>", addressOf(page), name);
 }
@@ -95,7 +118,7 @@ std::string sparkPath(const std::vector<double>& values) {
 }
 
 std::string showPageText(const ShowTable& table) {
-  const std::string title = counted(table.records.size(), "shot");
+  const std::string title = countText(table.records.size(), "shot");
   std::string text = fmt::format(
       "<!doctype html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
       "<meta name=\"viewport\" content=\"width=device-width\">\n<title>{}</title>\n"

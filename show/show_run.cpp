@@ -13,14 +13,11 @@
 #include <system_error>
 #include <utility>
 
-#include "shot/files/input_error.h"
-#include "shot/files/number_text.h"
-#include "shot/files/result_reader.h"
-#include "shot/solve/wording.h"
 #include "show/children.h"
 #include "show/shot_figures.h"
 #include "show/shot_task.h"
 #include "show/task_record.h"
+#include "show/wording.h"
 
 namespace cornerpin {
 
@@ -50,7 +47,7 @@ std::string messageIn(const std::string& path, const std::string& folder) {
     for (std::size_t at = line.find(folder); at != std::string::npos; at = line.find(folder, at)) {
       line.erase(at, folder.size());
     }
-    text += (text.empty() ? "" : "\n") + printable(line);
+    text += (text.empty() ? "" : "\n") + shot::printable(line);
   }
   return text.substr(0, kLongestMessage);
 }
@@ -66,7 +63,7 @@ struct Job {
 class ShowRun {
  public:
   ShowRun(const Show& show, const RunOptions& options, OutputFolder& folder,
-          const Progress& progress)
+          const shot::Progress& progress)
       : show_(show), options_(options), folder_(folder), progress_(progress) {}
 
   RunCounts run() {
@@ -95,7 +92,8 @@ class ShowRun {
 
  private:
   void report() const {
-    if (progress_) progress_(Phase::Shots, counts_.done, total_ - counts_.kept);
+    if (!progress_) return;
+    if (!progress_(kSolvingShots, counts_.done, total_ - counts_.kept)) throw shot::Cancelled();
   }
 
   std::optional<TaskRecord> recordOf(const std::string& shot) const {
@@ -104,7 +102,7 @@ class ShowRun {
     if (!fs::exists(path, ignored)) return std::nullopt;
     try {
       return readRecord(path);
-    } catch (const InputError&) {
+    } catch (const shot::InputError&) {
       return std::nullopt;
     }
   }
@@ -147,7 +145,8 @@ class ShowRun {
     }
     for (const std::string& file : files) {
       if (isEndless(pathOf(shot, file))) {
-        return printable(file) + ": this is no plain file: shots of a batch are read from files";
+        return shot::printable(file) +
+               ": this is no plain file: shots of a batch are read from files";
       }
     }
     return "";
@@ -196,14 +195,17 @@ class ShowRun {
   void accept(const Job& job, ShotState state) {
     std::optional<ShotFigures> figures;
     try {
-      const ShotResult result = readResult((fs::path(job.work) / job.task.files[0]).string());
-      if (!result.provenance.input || result.provenance.input->sha256 != job.task.sha256) {
-        fail(job, printable(job.task.input) + ": the file was changed meanwhile: run it again");
+      const shot::Result result =
+          shot::readResult((fs::path(job.work) / job.task.files[0]).string());
+      const std::optional<shot::InputFile> input = result.input();
+      if (!input || input->sha256 != job.task.sha256) {
+        fail(job,
+             shot::printable(job.task.input) + ": the file was changed meanwhile: run it again");
         return;
       }
       figures = figuresOf(result);
       requireFiles(job);
-    } catch (const InputError& error) {
+    } catch (const shot::InputError& error) {
       const std::string text = error.what();
       fail(job, "the process ended without its files: " + text.substr(text.rfind('/') + 1));
       return;
@@ -215,7 +217,7 @@ class ShowRun {
 
   static void requireFiles(const Job& job) {
     for (const std::string& file : job.task.files) {
-      if (!fs::exists(fs::path(job.work) / file)) throw InputError(file, "it is not there");
+      if (!fs::exists(fs::path(job.work) / file)) refuseFile(file, 0, "it is not there");
     }
   }
 
@@ -242,7 +244,7 @@ class ShowRun {
   const Show& show_;
   const RunOptions& options_;
   OutputFolder& folder_;
-  const Progress& progress_;
+  const shot::Progress& progress_;
   std::map<std::size_t, Job> jobs_;
   std::size_t total_ = 0;
   RunCounts counts_;
@@ -252,7 +254,7 @@ class ShowRun {
 }  // namespace
 
 RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
-                  const Progress& progress) {
+                  const shot::Progress& progress) {
   return ShowRun(show, options, folder, progress).run();
 }
 

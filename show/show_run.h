@@ -2,14 +2,13 @@
 #ifndef SHOW_SHOW_RUN_H
 #define SHOW_SHOW_RUN_H
 
+#include <cornerpin/shot.h>
+
 #include <cstddef>
 #include <limits>
 #include <string>
 #include <vector>
 
-#include "shot/solve/progress.h"
-#include "shot/solve/provenance.h"
-#include "shot/solve/this_program.h"
 #include "show/output_folder.h"
 #include "show/show.h"
 
@@ -17,13 +16,16 @@ namespace cornerpin {
 
 struct RunOptions {
   std::string program;  ///< path of the command, which solves a shot in a process of its own
-  ProgramVersion version = thisProgram();
+  shot::Version version = shot::version();
   std::size_t workers = 1;  ///< processes at once
   bool retry = false;       ///< shots that failed are done again
   unsigned timeLimit = 0;   ///< seconds of the processor that a shot may take; 0 for no limit
   std::size_t first = 0;    ///< of the shots in their order
   std::size_t last = std::numeric_limits<std::size_t>::max();
 };
+
+/// The phase that the progress is told.
+constexpr const char* kSolvingShots = "solving shots";
 
 struct RunCounts {
   std::size_t done = 0;
@@ -34,10 +36,11 @@ struct RunCounts {
 /// files are not all there. Each is one process; of one that is killed or stops, `kMostTries` are
 /// made. What is wrong with a shot is in its record. Of a shot that failed there are no files.
 ///
-/// Throws `Interrupted` where this process is asked to end, once no child is left;
-/// `std::system_error` for a folder that cannot be written.
+/// Throws `Interrupted` where this process is asked to end, and `shot::Cancelled` where the
+/// progress says so, once no child is left; `std::system_error` for a folder that cannot be
+/// written.
 RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
-                  const Progress& progress = {});
+                  const shot::Progress& progress = {});
 constexpr int kMostTries = 3;
 
 /// A shot that is not done.

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-#include "shot/solve/wording.h"
+#include "show/wording.h"
 
 namespace cornerpin {
 
@@ -55,8 +55,8 @@ ShowTable readTable(const Show& show, const OutputFolder& folder, std::size_t fi
   return table;
 }
 
-std::string showText(const ShowTable& table, const ProgramVersion& program) {
-  const Json made = {{"name", program.name},
+std::string showText(const ShowTable& table, const shot::Version& program) {
+  const Json made = {{"name", program.program},
                      {"version", program.version},
                      {"commit", program.commit.empty() ? Json(nullptr) : Json(program.commit)}};
   Json counts = {{"shots", table.records.size()}};
@@ -86,15 +86,16 @@ std::vector<const TaskRecord*> worstFirst(const ShowTable& table) {
 std::string shortText(const TaskRecord& record) {
   if (!record.figures) return "failed: " + beginningOf(record.message);
   const ShotFigures& figures = *record.figures;
-  std::string text = std::isnan(figures.worst) ? "nothing is known" : pixels(figures.worst);
+  std::string text = std::isnan(figures.worst) ? "nothing is known" : lengthText(figures.worst);
   if (figures.doubtful > 0) {
-    text += fmt::format(", {} of {} doubtful", figures.doubtful, counted(figures.frames, "frame"));
+    text +=
+        fmt::format(", {} of {} doubtful", figures.doubtful, countText(figures.frames, "frame"));
   }
   return text;
 }
 
 std::string summaryOf(const ShowTable& table) {
-  std::string counts = counted(table.count(ShotState::Solved), "shot");
+  std::string counts = countText(table.count(ShotState::Solved), "shot");
   for (ShotState state : {ShotState::Degraded, ShotState::Failed}) {
     if (table.count(state) > 0) counts += fmt::format(", {} {}", table.count(state), nameOf(state));
   }
@@ -102,7 +103,7 @@ std::string summaryOf(const ShowTable& table) {
   std::string label = "worst";
   const std::vector<const TaskRecord*> order = worstFirst(table);
   for (std::size_t i = 0; i < std::min(order.size(), kListed); ++i) {
-    text += row(label, printable(order[i]->task.name) + "  " + shortText(*order[i]));
+    text += row(label, shot::printable(order[i]->task.name) + "  " + shortText(*order[i]));
     label.clear();
   }
   return text;

@@ -18,13 +18,13 @@ struct ShowTable {
   std::size_t count(ShotState state) const;
 };
 
-/// Reads the records of the shots from the first to the last. Throws `InputError` for one that is
-/// not there.
+/// Reads the records of the shots from the first to the last. Throws `shot::InputError` for one
+/// that is not there.
 ShowTable readTable(const Show& show, const OutputFolder& folder, std::size_t first,
                     std::size_t last);
 
 /// All shots with what became of them, as JSON (docs/batch.md).
-std::string showText(const ShowTable& table, const ProgramVersion& program);
+std::string showText(const ShowTable& table, const shot::Version& program);
 
 /// The worst first: those that failed, those of which nothing is known, those whose corners may be
 /// farther off; those alike in their order.

@@ -9,19 +9,19 @@ using Json = nlohmann::ordered_json;
 
 Json orNull(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
-std::string textOrEmpty(const JsonField& field) { return field.isNull() ? "" : field.text(); }
+std::string textOrEmpty(const LinedJson& json) { return json.isNull() ? "" : json.text(); }
 
-std::vector<std::string> textsIn(const JsonField& list) {
+std::vector<std::string> textsIn(const LinedJson& list) {
   std::vector<std::string> texts;
-  for (std::size_t i = 0; i < list.size(); ++i) texts.push_back(list.at(i).text());
+  for (const LinedJson& item : list.items()) texts.push_back(item.text());
   return texts;
 }
 
-ShotState stateIn(const JsonField& field) {
+ShotState stateIn(const LinedJson& json) {
   for (ShotState state : {ShotState::Solved, ShotState::Degraded, ShotState::Failed}) {
-    if (field.text() == nameOf(state)) return state;
+    if (json.text() == nameOf(state)) return state;
   }
-  field.refuse("solved, degraded or failed is needed");
+  json.refuseValue("solved, degraded or failed is needed");
 }
 
 }  // namespace
@@ -44,7 +44,7 @@ std::string jsonLine(const Json& json) {
 
 std::string recordText(const TaskRecord& record) {
   const ShotTask& task = record.task;
-  const ProgramVersion& program = record.program;
+  const shot::Version& program = record.program;
   const Json json = {
       {"cornerpin_task", 1},
       {"key", task.key},
@@ -52,7 +52,9 @@ std::string recordText(const TaskRecord& record) {
       {"input", {{"name", task.input}, {"sha256", orNull(task.sha256)}}},
       {"options", task.options},
       {"program",
-       {{"name", program.name}, {"version", program.version}, {"commit", orNull(program.commit)}}},
+       {{"name", program.program},
+        {"version", program.version},
+        {"commit", orNull(program.commit)}}},
       {"state", nameOf(record.state)},
       {"message", orNull(record.message)},
       {"files", record.state == ShotState::Failed ? Json::array() : Json(task.files)},
@@ -61,10 +63,10 @@ std::string recordText(const TaskRecord& record) {
 }
 
 TaskRecord readRecord(const std::string& path) {
-  const JsonFile file(path);
-  const JsonField whole = file.whole();
+  const LinedJsonFile file(path);
+  const LinedJson& whole = file.whole();
   if (whole.at("cornerpin_task").integer() != 1) {
-    whole.at("cornerpin_task").refuse("only version 1 is known");
+    whole.at("cornerpin_task").refuseValue("only version 1 is known");
   }
   TaskRecord record;
   record.task.key = whole.at("key").text();
@@ -73,7 +75,7 @@ TaskRecord readRecord(const std::string& path) {
   record.task.sha256 = textOrEmpty(whole.at("input").at("sha256"));
   record.task.options = textsIn(whole.at("options"));
   record.task.files = textsIn(whole.at("files"));
-  const JsonField program = whole.at("program");
+  const LinedJson& program = whole.at("program");
   record.program = {program.at("name").text(), program.at("version").text(),
                     textOrEmpty(program.at("commit"))};
   record.state = stateIn(whole.at("state"));

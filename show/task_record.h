@@ -17,7 +17,7 @@ const char* nameOf(ShotState state);
 /// What is kept of a task that was done (docs/batch.md). Nothing in it depends on where or when.
 struct TaskRecord {
   ShotTask task;
-  ProgramVersion program;
+  shot::Version program;
   ShotState state = ShotState::Failed;
   std::string message;                 ///< why it failed; empty where it did not
   std::optional<ShotFigures> figures;  ///< none where it failed
@@ -26,7 +26,7 @@ struct TaskRecord {
 /// As JSON, with a line end.
 std::string recordText(const TaskRecord& record);
 
-/// Throws `InputError` for what is no record.
+/// Throws `shot::InputError` for what is no record.
 TaskRecord readRecord(const std::string& path);
 
 /// What a record is in the list of a whole batch: without its key and program.

@@ -7,18 +7,15 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "cornerpin/shot.h"
 #include "shot/compare/result_difference.h"
 #include "shot/compare/track_difference.h"
-#include "shot/files/byte_source.h"
 #include "shot/files/conversion.h"
 #include "shot/files/difference_text.h"
 #include "shot/files/format.h"
-#include "shot/files/json_reader.h"
 #include "shot/files/result_pin.h"
 #include "shot/files/result_reader.h"
 #include "shot/files/result_transforms.h"
@@ -44,13 +41,9 @@ enum class Holds { Tracks, Result, ResultCsv };
 // Only a plain file can be looked into and then read from its beginning.
 Holds contentOf(const std::string& path, const std::string& format) {
   if (!format.empty() || !std::filesystem::is_regular_file(path)) return Holds::Tracks;
-  ByteSource source(path);
-  const std::string_view beginning = source.beginning();
-  if (isResultCsv(beginning)) return Holds::ResultCsv;
-  const bool isResult = formatIn(beginning) == Format::Json &&
-                        !otherThanTracks(beginning).empty() &&
-                        beginning.find("\"cornerpin\"") != std::string_view::npos;
-  return isResult ? Holds::Result : Holds::Tracks;
+  const FileKind kind = fileKindOf(path);
+  if (kind.holds != "result") return Holds::Tracks;
+  return kind.format == "csv" ? Holds::ResultCsv : Holds::Result;
 }
 
 // In the order of the file, which says which is which where y is flipped: other corners are seen
@@ -172,7 +165,7 @@ ResultDifference compare(const Result& first, const Result& second,
                          const std::optional<double>& most) {
   const Result::Data& a = first.data();
   const Result::Data& b = second.data();
-  const cornerpin::ResultDifference found = differenceOf(a.result, b.result);
+  cornerpin::ResultDifference found = differenceOf(a.result, b.result);
   ResultDifference difference;
   difference.isDifferent = cornerpin::isDifferent(found, most);
   difference.frames.reserve(found.frames.size());
@@ -180,8 +173,16 @@ ResultDifference compare(const Result& first, const Result& second,
     difference.frames.push_back({frame.frame, frame.distance, frame.quad, frame.corner,
                                  frame.transform, frame.status, frame.verdict});
   }
+  difference.options = !found.otherOptions.empty();
+  difference.input = found.input;
+  difference.why = found.why;
+  difference.onlyFirst = found.otherFrames.first;
+  difference.onlySecond = found.otherFrames.second;
   difference.text = differenceText(
       found, {nameOf(a.source, "the first"), nameOf(b.source, "the second")}, a.result, most);
+  const bool differs = found.any();
+  found.program = false;
+  difference.onlyProgram = differs && !found.any();
   return difference;
 }
 

@@ -79,7 +79,7 @@ std::string nameOf(const std::string& source) { return source.empty() ? "shot" :
 // What pages and plots are called: the file of the tracks, or of the result.
 std::string titleOf(const Result::Data& data, const std::string& title) {
   if (!title.empty()) return title;
-  const std::optional<InputFile>& input = data.result.provenance.input;
+  const std::optional<cornerpin::InputFile>& input = data.result.provenance.input;
   if (input && !input->name.empty()) return input->name;
   if (data.source == "-") return "standard input";
   return nameOf(std::filesystem::path(data.source).filename().string());

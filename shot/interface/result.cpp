@@ -254,6 +254,13 @@ std::vector<Stretch> Result::advice() const {
   return stretches;
 }
 
+std::optional<InputFile> Result::input() const {
+  const std::optional<cornerpin::InputFile>& input = data_->result.provenance.input;
+  if (!input) return std::nullopt;
+  return InputFile{input->name, input->sha256, input->format,
+                   static_cast<std::size_t>(input->rows)};
+}
+
 std::vector<std::string> Result::notes() const { return data_->notes; }
 
 FrameCounts Result::counts() const {

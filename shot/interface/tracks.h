@@ -15,8 +15,8 @@ namespace cornerpin::shot {
 
 struct Tracks::Data {
   cornerpin::Tracks tracks;
-  std::string source;              ///< the path that they were read from; empty for none
-  std::optional<InputFile> input;  ///< none where they are from no file
+  std::string source;                         ///< the path that they were read from; empty for none
+  std::optional<cornerpin::InputFile> input;  ///< none where they are from no file
   std::vector<std::string> notes;
 };
 

@@ -23,8 +23,6 @@ const char* nameOf(Phase phase) {
       return "looking for what helps";
     case Phase::Writing:
       return "writing";
-    case Phase::Shots:
-      return "solving shots";
   }
   return "";
 }

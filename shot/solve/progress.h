@@ -19,7 +19,6 @@ enum class Phase {
   Filling,       ///< a total of 0
   Advice,        ///< in kinds of tries
   Writing,       ///< in frames
-  Shots,         ///< of many, in shots
 };
 
 /// What people and programs call it: "reading", "choosing the base frame", "figures of trust" ...

@@ -33,7 +33,7 @@ class FakePython {
   std::string operator/(const std::string& name) const { return folder_ / name; }
 
   // What a run says.
-  std::string run(const Progress& progress = {}) const {
+  std::string run(const shot::Progress& progress = {}) const {
     OutputFolder out(folder_ / "out");
     return runOnFarm("tcp://host:1", kPieces, out, progress);
   }
@@ -90,12 +90,19 @@ TEST(RunOnFarm, GivesPythonAProgramAndThePieces) {
 TEST(RunOnFarm, ReportsHowManyShotsAreDone) {
   const FakePython python("echo 2 > \"$5\"; sleep 0.5");
   std::string told;
-  python.run([&](Phase phase, std::size_t done, std::size_t total) {
-    EXPECT_EQ(phase, Phase::Shots);
+  python.run([&](const char* phase, std::size_t done, std::size_t total) {
+    EXPECT_STREQ(phase, "solving shots");
     const std::string text = std::to_string(done) + "/" + std::to_string(total) + " ";
     if (told.size() < text.size() || told.substr(told.size() - text.size()) != text) told += text;
+    return true;
   });
   EXPECT_EQ(told, "2/3 ");
+}
+
+TEST(RunOnFarm, EndsWhereItsProgressSaysSo) {
+  const FakePython python("echo 2 > \"$5\"; exec sleep 60");
+  EXPECT_THROW(python.run([](const char*, std::size_t, std::size_t) { return false; }),
+               shot::Cancelled);
 }
 
 TEST(RunOnFarm, ReturnsWhatIsSaidOfCommandsThatFailed) {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/input_files.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <stdexcept>
 
-#include "shot/files/input_error.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -50,6 +50,7 @@ TEST(HoldsTracks, TellsThemByTheirBeginning) {
   EXPECT_FALSE(holds("frame,h00,h01\n"));
   EXPECT_FALSE(holds("{\"cornerpin\":2}"));
   EXPECT_FALSE(holds("{\"cornerpin_batch\":1}"));
+  EXPECT_FALSE(holds("tr\"ack,frame,x,y\n"));
   EXPECT_FALSE(holds(std::string("\x89PNG\0\0\0", 7)));
   EXPECT_FALSE(holdsTracks(folder / "nothing"));
 }
@@ -74,7 +75,7 @@ TEST(ShowOf, APatternTakesTheFilesByName) {
     writeFile(folder / (std::string(name) + "/sh" + name + ".csv"), kTracks);
   }
   EXPECT_EQ(namesOf(showOf({folder / "*/sh?.csv"})), (Words{"sha of sha.csv", "shb of shb.csv"}));
-  EXPECT_EQ(refusalOf<InputError>({folder / "*.nk"}),
+  EXPECT_EQ(refusalOf<shot::InputError>({folder / "*.nk"}),
             (folder / "*.nk") + ": no file has such a name");
 }
 
@@ -93,6 +94,12 @@ TEST(ShowOf, SeveralWordsStandBehindEachOther) {
             (Words{"b of b.csv", "a of a.csv"}));
 }
 
+TEST(ShowOf, TracksInJsonAreNoManifest) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.json", "{\n\"cornerpin_tracks\":1,\"tracks\":[]}");
+  EXPECT_EQ(namesOf(showOf({folder / "a.json"})), Words{"a of a.json"});
+}
+
 TEST(ShowOf, AManifestIsAlone) {
   const TemporaryFolder folder;
   writeFile(folder / "m", "{\"cornerpin_batch\": 1, \"shots\": [{\"input\": \"a.csv\"}]}");
@@ -104,11 +111,11 @@ TEST(ShowOf, AManifestIsAlone) {
 
 TEST(ShowOf, RefusesWhatIsNotThereOrNoFile) {
   const TemporaryFolder folder;
-  EXPECT_EQ(refusalOf<InputError>({folder / "a.csv"}),
+  EXPECT_EQ(refusalOf<shot::InputError>({folder / "a.csv"}),
             (folder / "a.csv") + ": there is no such file: check its name and folder");
-  EXPECT_EQ(refusalOf<InputError>({folder.path().string()}),
+  EXPECT_EQ(refusalOf<shot::InputError>({folder.path().string()}),
             folder.path().string() + ": no file in this folder holds tracks");
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-  EXPECT_EQ(refusalOf<InputError>({folder / "pipe"}),
+  EXPECT_EQ(refusalOf<shot::InputError>({folder / "pipe"}),
             (folder / "pipe") + ": this is neither a file nor a folder");
 }

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/lined_json.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
+#include <zlib.h>
 
-#include "shot/files/input_error.h"
+#include <cmath>
+
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -18,7 +21,7 @@ std::string refusalOf(const std::string& text, const Read& read) {
   try {
     const LinedJsonFile file(folder / "a.json");
     read(file.whole());
-  } catch (const InputError& error) {
+  } catch (const shot::InputError& error) {
     return std::string(error.what()).substr((folder / "").size());
   }
   return "";
@@ -63,6 +66,85 @@ TEST(LinedJson, RefusesValuesWithFileLinePlaceAndValue) {
             "a.json:1: a list is needed, not an object");
 }
 
+TEST(LinedJson, TakesNumbersOfTheirKind) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.json", "[-2147483648, 2147483647, 7, 0.5, null]");
+  const LinedJsonFile file(folder / "a.json");
+  const auto& items = file.whole().items();
+  EXPECT_EQ(items[0].integer(), std::numeric_limits<int>::min());
+  EXPECT_EQ(items[1].integer(), std::numeric_limits<int>::max());
+  EXPECT_EQ(items[2].count(), 7u);
+  EXPECT_EQ(items[3].lengthOrNull(), 0.5);
+  EXPECT_TRUE(std::isnan(items[4].lengthOrNull()));
+  EXPECT_TRUE(items[4].isNull());
+  EXPECT_FALSE(items[2].isNull());
+}
+
+TEST(LinedJson, RefusesNumbersOfAnotherKind) {
+  const auto refused = [](const std::string& number, const auto& take) {
+    return refusalOf("[" + number + "]", [&](const LinedJson& w) { take(w.items()[0]); });
+  };
+  const auto integer = [](const LinedJson& json) { json.integer(); };
+  for (const char* number : {"-2147483649", "2147483648", "18446744073709551615", "0.5"}) {
+    EXPECT_EQ(refused(number, integer),
+              std::string("a.json:1: [0]: a whole number of 32 bits is needed, not ") + number);
+  }
+  EXPECT_EQ(refused("-1", [](const LinedJson& json) { json.count(); }),
+            "a.json:1: [0]: a whole number from 0 on is needed, not -1");
+  EXPECT_EQ(refused("-1", [](const LinedJson& json) { json.lengthOrNull(); }),
+            "a.json:1: [0]: a number from 0 on or null is needed, not -1");
+  EXPECT_EQ(refused("\"1\"", [](const LinedJson& json) { json.lengthOrNull(); }),
+            "a.json:1: [0]: a number from 0 on or null is needed, not \"1\"");
+}
+
+TEST(LinedJson, RefusesAnObjectWithoutAMember) {
+  EXPECT_EQ(refusalOf("{\"a\":\n{\"b\": 1}}", [](const LinedJson& w) { w.at("a").at("c"); }),
+            "a.json:2: a: the member \"c\" is missing");
+}
+
+TEST(LinedJson, ReadsGzipFiles) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "a.json.gz";
+  const std::string text = "{\"a\": \"" + std::string(100000, 'x') + "\"}";
+  const gzFile packed = gzopen(path.c_str(), "wb");
+  gzwrite(packed, text.data(), static_cast<unsigned>(text.size()));
+  gzclose(packed);
+  EXPECT_EQ(LinedJsonFile(path).whole().at("a").text().size(), 100000u);
+  const std::string bytes = readFile(path);
+  const auto refusal = [&](const std::string& broken) {
+    writeFile(path, broken);
+    try {
+      const LinedJsonFile file(path);
+    } catch (const shot::InputError& error) {
+      return std::string(error.what()).substr(path.size());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(refusal(bytes.substr(0, bytes.size() / 2)),
+            ": the gzip data is cut off: the file is incomplete");
+  EXPECT_EQ(refusal(bytes.substr(0, 12) + "????????" + bytes.substr(20))
+                .rfind(": the gzip data is broken (", 0),
+            0u);
+}
+
+TEST(LinedJson, SaysWhyAFileCannotBeRead) {
+  const TemporaryFolder folder;
+  writeFile(folder / "shots.json", "{}");
+  const auto refusal = [&](const std::string& path) {
+    try {
+      const LinedJsonFile file(path);
+    } catch (const shot::InputError& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  EXPECT_EQ(refusal(folder / "shot.json"), (folder / "shot.json") +
+                                               ": there is no such file: did you mean " +
+                                               (folder / "shots.json") + "?");
+  EXPECT_EQ(refusal(folder.path().string()),
+            folder.path().string() + ": this is a folder: name a file in it");
+}
+
 TEST(LinedJson, RefusesMembersThatAreNotKnown) {
   const auto allowed = [](const LinedJson& whole) { whole.allow({"input", "name"}); };
   EXPECT_EQ(refusalOf("{\"name\": 1,\n\"inputs\": 2}", allowed),
@@ -80,8 +162,11 @@ TEST(LinedJson, RefusesWhatIsNoJson) {
   EXPECT_EQ(refusalOf(""), "a.json: the file is empty: write it again");
   EXPECT_EQ(refusalOf("{\"a\": 1,\n\"b\": }").rfind("a.json:2: this is no JSON: ", 0), 0u);
   EXPECT_EQ(refusalOf("{\"a\": 1,\n").substr(0, 9), "a.json:2:");
-  EXPECT_EQ(refusalOf(std::string("{\0}", 3)),
-            "a.json: this is a binary file, not text: a manifest in JSON is wanted");
+  EXPECT_EQ(refusalOf(std::string("{\0}", 3)).rfind("a.json:1: this is no JSON: ", 0), 0u);
+  const std::string longest(std::size_t{1} << 20U, 'x');
+  EXPECT_EQ(refusalOf("[\"" + longest + "\"]"), "");
+  EXPECT_EQ(refusalOf("[\n\"" + longest + "x\"]"),
+            "a.json:2: a text or a number is longer than 1 MB: this is no file of this kind");
   EXPECT_EQ(refusalOf("[[[[[[[[[1]]]]]]]]]"),
             "a.json:1: [0][0][0][0][0][0][0][0]: brackets are too deep for a file of this kind");
   EXPECT_EQ(refusalOf("[[[[[[[[1]]]]]]]]"), "");

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/manifest.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
-#include "shot/files/input_error.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -24,7 +24,7 @@ std::string refusalOf(const std::string& members) {
   writeFile(folder / "m.json", "{\"cornerpin_batch\": 1,\n" + members + "}");
   try {
     readManifest(folder / "m.json");
-  } catch (const InputError& error) {
+  } catch (const shot::InputError& error) {
     return std::string(error.what()).substr((folder / "").size());
   }
   return "";
@@ -113,13 +113,7 @@ TEST(Manifest, RefusesShotsWithFileLineAndValue) {
 TEST(Manifest, HasAVersion) {
   const TemporaryFolder folder;
   writeFile(folder / "m.json", "{\"cornerpin_batch\": 2}");
-  EXPECT_THROW(readManifest(folder / "m.json"), InputError);
+  EXPECT_THROW(readManifest(folder / "m.json"), shot::InputError);
   writeFile(folder / "m.json", "{\"shots\": []}");
-  EXPECT_THROW(readManifest(folder / "m.json"), InputError);
-}
-
-TEST(IsManifest, TellsItFromTracks) {
-  EXPECT_TRUE(isManifest("{\"cornerpin_batch\": 1}"));
-  EXPECT_FALSE(isManifest("{\n\"cornerpin_tracks\":1,"));
-  EXPECT_FALSE(isManifest("track,frame,x,y\n"));
+  EXPECT_THROW(readManifest(folder / "m.json"), shot::InputError);
 }

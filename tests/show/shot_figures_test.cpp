@@ -5,7 +5,8 @@
 
 #include <cmath>
 
-#include "shot/advice/closing_words.h"
+#include "tests/support/files.h"
+#include "tests/support/small_shot.h"
 
 using namespace cornerpin;
 
@@ -14,27 +15,25 @@ namespace {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 // Frames from 100 on, solved but for the first, with these expected errors.
-ShotResult shotWith(const std::vector<double>& errors) {
-  ShotResult result;
-  result.frames.resize(errors.size());
+std::vector<shot::Frame> framesWith(const std::vector<double>& errors) {
+  std::vector<shot::Frame> frames(errors.size());
   for (std::size_t i = 0; i < errors.size(); ++i) {
-    FrameResult& frame = result.frames[i];
-    frame.frame = 100 + static_cast<int>(i);
-    frame.verdict.status = i == 0 ? Status::Base : Status::Solved;
-    frame.expectedError = errors[i];
-    frame.goodRms = 0.12345;
+    frames[i].frame = 100 + static_cast<int>(i);
+    frames[i].status = i == 0 ? "base" : "solved";
+    frames[i].expectedError = errors[i];
+    frames[i].goodRms = 0.12345;
   }
-  return result;
+  return frames;
 }
 
 }  // namespace
 
 TEST(ShotFigures, HaveTheWorstFrame) {
-  ShotResult result = shotWith({0.0, 1.23456, 0.5, kNan});
-  result.frames[3].verdict.status = Status::Held;
-  result.frames[3].doubts = {{}};
-  result.frames[2].verdict.status = Status::Reduced;
-  const ShotFigures figures = figuresOf(result);
+  std::vector<shot::Frame> frames = framesWith({0.0, 1.23456, 0.5, kNan});
+  frames[3].status = "held";
+  frames[3].isDoubtful = true;
+  frames[2].status = "reduced";
+  const ShotFigures figures = figuresOf(frames);
   EXPECT_EQ(figures.first, 100);
   EXPECT_EQ(figures.last, 103);
   EXPECT_EQ(figures.frames, 4u);
@@ -44,14 +43,13 @@ TEST(ShotFigures, HaveTheWorstFrame) {
   EXPECT_EQ(figures.worst, 1.23);
   EXPECT_EQ(figures.worstFrame, 101);
   EXPECT_EQ(figures.rms, 0.123);
-  EXPECT_EQ(figures.text, closingSentence(result));
   ASSERT_EQ(figures.line.size(), 4u);
   EXPECT_EQ(figures.line[1], 1.23);
   EXPECT_TRUE(std::isnan(figures.line[3]));
 }
 
 TEST(ShotFigures, KnowNothingWhereNoFrameDoes) {
-  const ShotFigures figures = figuresOf(shotWith({kNan, kNan}));
+  const ShotFigures figures = figuresOf(framesWith({kNan, kNan}));
   EXPECT_TRUE(std::isnan(figures.worst));
   EXPECT_EQ(figures.worstFrame, std::nullopt);
 }
@@ -60,7 +58,7 @@ TEST(ShotFigures, DrawAtMostSixtyValuesEachTheLargestOfItsFrames) {
   std::vector<double> errors(121, 0.25);
   errors[0] = 4.0;
   errors[120] = 8.0;
-  const std::vector<double> line = figuresOf(shotWith(errors)).line;
+  const std::vector<double> line = figuresOf(framesWith(errors)).line;
   ASSERT_EQ(line.size(), 60u);
   EXPECT_EQ(line.front(), 4.0);
   EXPECT_EQ(line.back(), 8.0);
@@ -68,9 +66,30 @@ TEST(ShotFigures, DrawAtMostSixtyValuesEachTheLargestOfItsFrames) {
 }
 
 TEST(ShotFigures, AreReadAsTheyWereWritten) {
-  ShotResult result = shotWith({0.0, kNan, 3.5});
-  const std::string text = figuresJson(figuresOf(result)).dump();
-  const auto json = nlohmann::json::parse(text);
-  const std::string file = "a.json";
-  EXPECT_EQ(figuresJson(figuresIn(JsonField(json, file))).dump(), text);
+  const TemporaryFolder folder;
+  const std::string text = figuresJson(figuresOf(framesWith({0.0, kNan, 3.5}))).dump();
+  writeFile(folder / "a.json", text);
+  const LinedJsonFile file(folder / "a.json");
+  EXPECT_EQ(figuresJson(figuresIn(file.whole())).dump(), text);
+}
+
+TEST(ShotFigures, HaveTheResidualOfTheMedianSolvedFrame) {
+  std::vector<shot::Frame> frames = framesWith({0, 0, 0, 0, 0});
+  for (std::size_t i = 0; i < frames.size(); ++i) frames[i].goodRms = static_cast<double>(i);
+  EXPECT_EQ(figuresOf(frames).rms, 3.0);  // of 1, 2, 3 and 4 the upper of the two in the middle
+  frames[4].goodRms = kNan;
+  EXPECT_EQ(figuresOf(frames).rms, 3.0);
+  frames[3].goodRms = kNan;
+  EXPECT_TRUE(std::isnan(figuresOf(frames).rms));
+  EXPECT_TRUE(std::isnan(figuresOf(framesWith({0.0})).rms));
+}
+
+TEST(ShotFigures, AreThoseOfAResult) {
+  const TemporaryFolder folder;
+  writeFile(folder / "a.csv", smallShot(2));
+  const shot::Result result = shot::solve(shot::readTracks(folder / "a.csv"));
+  const ShotFigures figures = figuresOf(result);
+  EXPECT_EQ(figures.frames, 3u);
+  EXPECT_EQ(figures.last, 2);
+  EXPECT_EQ(figures.text, result.closingSentence());
 }

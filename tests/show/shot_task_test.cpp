@@ -13,7 +13,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-const ProgramVersion kProgram = {"cornerpin", "1.2.3", "abc"};
+const shot::Version kProgram = {"cornerpin", "1.2.3", "abc"};
 
 // A shot of the file a.csv in the folder.
 Show showIn(const TemporaryFolder& folder) {
@@ -23,7 +23,7 @@ Show showIn(const TemporaryFolder& folder) {
   return show;
 }
 
-std::string keyOf(const Show& show, const ProgramVersion& program = kProgram) {
+std::string keyOf(const Show& show, const shot::Version& program = kProgram) {
   return taskOf(show, show.shots[0], program).key;
 }
 
@@ -49,7 +49,7 @@ TEST(ShotTask, HasAKeyOfAllThatDecidesAboutItsBytes) {
   const TemporaryFolder folder;
   const Show show = showIn(folder);
   std::set<std::string> keys = {keyOf(show)};
-  const auto differs = [&](const Show& other, const ProgramVersion& program = kProgram) {
+  const auto differs = [&](const Show& other, const shot::Version& program = kProgram) {
     return keys.insert(keyOf(other, program)).second;
   };
   Show other = show;

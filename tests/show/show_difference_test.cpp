@@ -1,28 +1,33 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/show_difference.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
-#include "shot/files/input_error.h"
-#include "shot/files/result_json.h"
+#include <nlohmann/json.hpp>
+
 #include "tests/support/files.h"
+#include "tests/support/small_shot.h"
 
 using namespace cornerpin;
 
 namespace {
 
+using Json = nlohmann::json;
+
 // A result of three frames whose second is moved to the right.
-ShotResult moved(double by) {
-  ShotResult result;
-  result.quads = {{"tracks", {{{0, 0}, {10, 0}, {10, 10}, {0, 10}}}}};
-  result.baseCentre = {5, 5};
-  for (int f = 0; f < 3; ++f) {
-    FrameResult frame;
-    frame.frame = f;
-    frame.h = {{{1, 0, f == 1 ? by : 0.0}, {0, 1, 0}, {0, 0, 1}}};
-    frame.verdict.status = f == 0 ? Status::Base : Status::Solved;
-    frame.figures.quads.resize(1);
-    result.frames.push_back(frame);
+Json moved(double by) {
+  static const std::string text = [] {
+    const TemporaryFolder folder;
+    writeFile(folder / "a.csv", smallShot(0));
+    shot::Options options;
+    options.base = 0;
+    return shot::solve(shot::readTracks(folder / "a.csv"), options).toJson();
+  }();
+  Json result = Json::parse(text);
+  for (Json& frame : result["frames"]) {
+    const double x = frame["frame"] == 1 ? by : 0.0;
+    frame["h"] = {{1.0, 0.0, x}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
   }
   return result;
 }
@@ -32,9 +37,9 @@ struct Batch {
   TemporaryFolder folder;
   std::string path = folder.path().string();
 
-  void add(const std::string& name, const ShotResult& result) {
+  void add(const std::string& name, const Json& result) {
     write(name, ShotState::Solved);
-    writeFile(folder / (name + ".json"), resultJson(result));
+    writeFile(folder / (name + ".json"), result.dump());
   }
   void write(const std::string& name, ShotState state) {
     TaskRecord record;
@@ -92,24 +97,39 @@ TEST(ShowDifference, TellsShotsThatFailInOneOnly) {
 TEST(ShowDifference, LooksAtNothingButResults) {
   Batch first;
   Batch second;
-  ShotResult result = moved(1.0);
-  result.provenance.program = {"cornerpin", "1", ""};
-  result.provenance.input = {"a.csv", "00", "csv", 3};
+  Json result = moved(1.0);
+  result["program"]["version"] = "1";
   first.add("a", result);
-  result.provenance.program->version = "2";
+  result["program"]["version"] = "2";
   second.add("a", result);
   EXPECT_EQ(textOf(first, second), "Same: 1 shot\n");
-  result.frames.pop_back();
+  result["input"]["sha256"] = std::string(64, '0');
+  result["frames"].erase(2);
   second.add("a", result);
-  EXPECT_EQ(textOf(first, second), "a  1 frame in one only\nDifferent: 1 of 1 shot in both\n");
+  EXPECT_EQ(textOf(first, second),
+            "a  1 frame in one only; other tracks\nDifferent: 1 of 1 shot in both\n");
+}
+
+TEST(ShowDifference, TellsResultsWithoutAFrameInCommon) {
+  Batch first;
+  Batch second;
+  Json late = moved(0.0);
+  for (const char* member : {"base_frame", "reference_frame"}) late[member] = 10;
+  for (Json& frame : late["frames"]) frame["frame"] = frame["frame"].get<int>() + 10;
+  for (Json& track : late["tracks"]) track["good"] = {{10, 12}};
+  first.add("a", moved(0.0));
+  second.add("a", late);
+  const std::string text = textOf(first, second);
+  EXPECT_NE(text.find("; 6 frames in one only"), std::string::npos) << text;
+  EXPECT_NE(text.find("Different: 1 of 1 shot in both\n"), std::string::npos) << text;
 }
 
 TEST(ShowDifference, NeedsRecordsAndTheirResults) {
   Batch first;
   Batch second;
-  EXPECT_THROW(textOf(first, second), InputError);
+  EXPECT_THROW(textOf(first, second), shot::InputError);
   first.add("a", moved(0.0));
-  EXPECT_THROW(textOf(first, second), InputError);
+  EXPECT_THROW(textOf(first, second), shot::InputError);
   second.write("a", ShotState::Solved);
-  EXPECT_THROW(textOf(first, second), InputError);
+  EXPECT_THROW(textOf(first, second), shot::InputError);
 }

@@ -226,9 +226,21 @@ TEST(ShowRun, ReportsShotsThatAreDoneOfThoseThatAreToBeDone) {
   made.options.last = 99;
   std::string told;
   OutputFolder folder(made.out.path().string());
-  runShow(made.show, made.options, folder, [&](Phase phase, std::size_t done, std::size_t total) {
-    EXPECT_EQ(phase, Phase::Shots);
-    told += std::to_string(done) + "/" + std::to_string(total) + " ";
-  });
+  runShow(made.show, made.options, folder,
+          [&](const char* phase, std::size_t done, std::size_t total) {
+            EXPECT_STREQ(phase, "solving shots");
+            told += std::to_string(done) + "/" + std::to_string(total) + " ";
+            return true;
+          });
   EXPECT_EQ(told, "0/3 0/2 1/2 2/2 ");
+}
+
+TEST(ShowRun, EndsWhereItsProgressSaysSo) {
+  Made made(3);
+  made.options.workers = 1;
+  OutputFolder folder(made.out.path().string());
+  const auto once = [](const char*, std::size_t done, std::size_t) { return done == 0; };
+  EXPECT_THROW(runShow(made.show, made.options, folder, once), shot::Cancelled);
+  made.options.last = 0;
+  EXPECT_EQ(runShow(made.show, made.options, folder).kept, 1u);
 }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/show_table.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "shot/files/input_error.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -87,5 +87,5 @@ TEST(ShowTable, IsReadFromTheRecordsOfARange) {
   EXPECT_EQ(readTable(show, out, 1, 2).records.size(), 2u);
   EXPECT_EQ(readTable(show, out, 3, 99).records[0].task.name, "d");
   out.remove({"b.task.json"});
-  EXPECT_THROW(readTable(show, out, 0, 4), InputError);
+  EXPECT_THROW(readTable(show, out, 0, 4), shot::InputError);
 }

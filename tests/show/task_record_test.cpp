@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/task_record.h"
 
+#include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
-#include "shot/files/input_error.h"
 #include "tests/support/files.h"
 
 using namespace cornerpin;
@@ -51,16 +51,16 @@ TEST(TaskRecord, IsWholeOrRefused) {
   const TemporaryFolder folder;
   const auto whole = nlohmann::json::parse(recordText(solved()));
   writeFile(folder / "a", "");
-  EXPECT_THROW(readRecord(folder / "a"), InputError);
-  EXPECT_THROW(readRecord(folder / "b"), InputError);
+  EXPECT_THROW(readRecord(folder / "a"), shot::InputError);
+  EXPECT_THROW(readRecord(folder / "b"), shot::InputError);
   for (const auto& member : whole.items()) {
     auto damaged = whole;
     damaged.erase(member.key());
     writeFile(folder / "a", damaged.dump());
-    EXPECT_THROW(readRecord(folder / "a"), InputError) << member.key();
+    EXPECT_THROW(readRecord(folder / "a"), shot::InputError) << member.key();
     damaged[member.key()] = -5;
     writeFile(folder / "a", damaged.dump());
-    EXPECT_THROW(readRecord(folder / "a"), InputError) << member.key();
+    EXPECT_THROW(readRecord(folder / "a"), shot::InputError) << member.key();
   }
 }
 

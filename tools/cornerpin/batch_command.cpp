@@ -23,7 +23,6 @@
 #include "show/farm.h"
 #include "show/input_files.h"
 #include "show/output_folder.h"
-#include "show/public_errors.h"
 #include "show/show.h"
 #include "show/show_page.h"
 #include "show/show_run.h"
@@ -395,7 +394,7 @@ struct Farm {
   }
 
   void run(const Show& show, const RunOptions& options, OutputFolder& folder,
-           const Progress& progress) {
+           const shot::Progress& progress) {
     const std::vector<OpenShot> open = openShots(show, options, folder);
     if (open.empty()) return;
     told = runOnFarm(scheduler, piecesOf(open, chunk, start), folder, progress);
@@ -438,13 +437,7 @@ int run(const Arguments& arguments) {
   OutputFolder folder(arguments.folder);
   const RunCounts counts = [&] {
     ProgressBar bar(style);  // gone before anything is printed
-    const shot::Progress told = bar.progress();
-    Progress progress;
-    if (told) {
-      progress = [&told](Phase phase, std::size_t done, std::size_t total) {
-        told(nameOf(phase), done, total);
-      };
-    }
+    const shot::Progress progress = bar.progress();
     if (!farm.scheduler.empty()) {
       farm.run(show, options, folder, progress);
       options.retry = false;  // the workers have tried
@@ -474,7 +467,7 @@ int run(const Arguments& arguments) {
 // Ends as the signal would have it, once children and what they had begun are gone.
 int runOrEnd(const Arguments& arguments) {
   try {
-    return withPublicErrors([&] { return run(arguments); });
+    return run(arguments);
   } catch (const Interrupted& interrupted) {
     std::cerr << "cornerpin: interrupted; what is done stays: the same command goes on from here\n";
     std::raise(interrupted.signal);

@@ -11,7 +11,6 @@
 #include <string>
 #include <system_error>
 
-#include "show/public_errors.h"
 #include "show/show_difference.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
@@ -67,7 +66,7 @@ int run(const Arguments& arguments) {
   }
   if (!arguments.quiet.given) requireWritable("-");
   if (isFolder(arguments.first) || isFolder(arguments.second)) {
-    return withPublicErrors([&] { return runOnFolders(arguments); });
+    return runOnFolders(arguments);
   }
   const shot::Result first = shot::readResult(arguments.first);
   const shot::Result second = shot::readResult(arguments.second);

@@ -117,6 +117,19 @@ CORNERPIN_SHOT_API std::vector<FileFormat> fileFormats();
 /// The word of the format whose files end like the path, in any case; empty where it tells none.
 CORNERPIN_SHOT_API std::string fileFormatOf(const std::string& path);
 
+/// What a file is by what it begins with. Whoever reads it may still refuse it.
+struct FileKind {
+  std::string holds;   ///< "tracks", which may be those of a pin, "result", or empty for all else
+  std::string format;  ///< the word of its format, "csv" where nothing speaks for another one;
+                       ///< empty for what is no text
+};
+
+/// Looks at the beginning of a file, plain or gzip, such as of all that are in a folder.
+///
+/// Throws `InputError` for a file that cannot be read, and for "-": standard input could not be
+/// read from its beginning afterwards.
+CORNERPIN_SHOT_API FileKind fileKindOf(const std::string& path);
+
 /// A text from a file, such as a name in an error, as a terminal may be given it: on one line, with
 /// ? in the place of each control character.
 CORNERPIN_SHOT_API std::string printable(const std::string& text);
@@ -448,6 +461,14 @@ struct PageOptions {
                                        ///< or "shot"
 };
 
+/// A file that tracks were read from.
+struct InputFile {
+  std::string name;      ///< without its folder; empty where it has none
+  std::string sha256;    ///< of its bytes, in lower-case hexadecimal; empty: not known
+  std::string format;    ///< as --from names it; empty: not known
+  std::size_t rows = 0;  ///< that were read
+};
+
 /// A solved shot. Copies share it; nothing changes it.
 class CORNERPIN_SHOT_API Result {
  public:
@@ -486,6 +507,9 @@ class CORNERPIN_SHOT_API Result {
   /// frames x 4: the root of the trace of each of these, in pixels.
   std::vector<double> deviation(std::size_t quad = 0) const;
 
+  /// What it was solved from; none where that was no file, or an older file of a result does not
+  /// tell.
+  std::optional<InputFile> input() const;
   /// What was skipped in the file of the tracks that are at hand, "FILE:LINE: text", for people.
   std::vector<std::string> notes() const;
   /// In the order of `Tracks::names`.
@@ -643,8 +667,14 @@ struct FrameDifference {
 /// How two results differ.
 struct ResultDifference {
   bool isDifferent = false;             ///< whether anything counts
+  bool onlyProgram = false;             ///< whether nothing differs but the program that made them
+  bool options = false;                 ///< whether they were solved with different options
+  bool input = false;                   ///< from different tracks, or nothing tells
   std::vector<FrameDifference> frames;  ///< that both have; none where no way leads from one
                                         ///< reference frame to the other
+  std::string why;                      ///< why there is no way; empty where there is one
+  std::vector<int> onlyFirst;           ///< frames that the second lacks
+  std::vector<int> onlySecond;          ///< frames that the first lacks
   std::string text;                     ///< as `cornerpin diff` prints it, several lines
 };
 

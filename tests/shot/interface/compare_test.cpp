@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tests/shot/interface/plain_shot.h"
 #include "tests/support/files.h"
@@ -46,6 +47,55 @@ TEST(Compare, SaysHowFarCornersAreApart) {
   EXPECT_NE(difference.text.find("Different: "), std::string::npos) << difference.text;
   EXPECT_TRUE(compare(pan(), pan(0.5), 0.49).isDifferent);
   EXPECT_FALSE(compare(pan(), pan(0.5), 0.51).isDifferent);
+}
+
+TEST(Compare, SaysWhatElseDiffers) {
+  const Result whole = pan();
+  Options options;
+  options.base = 0;
+  options.frames = "0-5";
+  const Result part = solve(tracksFromArrays(plain::pan().given()), options);
+  const ResultDifference difference = compare(whole, part);
+  EXPECT_TRUE(difference.options);
+  EXPECT_FALSE(difference.input);
+  EXPECT_EQ(difference.onlyFirst, (std::vector<int>{6, 7}));
+  EXPECT_TRUE(difference.onlySecond.empty());
+  EXPECT_EQ(difference.why, "");
+  EXPECT_EQ(compare(part, whole).onlySecond, (std::vector<int>{6, 7}));
+  const ResultDifference none = compare(whole, whole);
+  EXPECT_FALSE(none.options || none.input || none.onlyProgram);
+}
+
+TEST(Compare, KnowsResultsThatOnlyOtherProgramsHaveMade) {
+  const TemporaryFolder folder;
+  const Result now = solve(readTracks(CORNERPIN_DATA "/screen4.csv"));
+  std::string text = now.toJson();
+  const auto replace = [&text](const std::string& old, const std::string& by) {
+    const std::size_t at = text.find(old);
+    ASSERT_NE(at, std::string::npos) << old;
+    text.replace(at, old.size(), by);
+  };
+  replace("\"version\":\"" + version().version, "\"version\":\"0.0.1");
+  writeFile(folder / "a.json", text);
+  const ResultDifference older = compare(now, readResult(folder / "a.json"));
+  EXPECT_TRUE(older.isDifferent);
+  EXPECT_TRUE(older.onlyProgram);
+  replace(now.input()->sha256, std::string(64, '0'));
+  writeFile(folder / "a.json", text);
+  const ResultDifference others = compare(now, readResult(folder / "a.json"));
+  EXPECT_FALSE(others.onlyProgram);
+  EXPECT_TRUE(others.input);
+}
+
+TEST(Compare, SaysWhyNothingCanBeCompared) {
+  Options late;
+  late.base = 10;
+  const plain::Arrays shot = plain::pan(3);
+  TrackArrays given = shot.given();
+  given.firstFrame = 10;
+  const ResultDifference apart = compare(pan(), solve(tracksFromArrays(given), late));
+  EXPECT_TRUE(apart.frames.empty());
+  EXPECT_NE(apart.why, "");
 }
 
 TEST(Compare, PutsItAsTheCommandDoes) {

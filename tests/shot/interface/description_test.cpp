@@ -10,6 +10,45 @@
 
 using namespace cornerpin::shot;
 
+TEST(FileKindOf, TellsWhatAFileHoldsByItsBeginning) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "a";
+  const auto kindOf = [&](const std::string& text) {
+    writeFile(path, text);
+    const FileKind kind = fileKindOf(path);
+    return kind.holds + " as " + kind.format;
+  };
+  EXPECT_EQ(kindOf("track,frame,x,y\n"), "tracks as csv");
+  EXPECT_EQ(kindOf("name;y;frame;track;x\n"), "tracks as csv");
+  EXPECT_EQ(kindOf("track,frame,x\n"), " as csv");
+  EXPECT_EQ(kindOf("tr\"ack,frame,x,y\n"), " as csv");
+  EXPECT_EQ(kindOf("{\n\"cornerpin_tracks\":1,\"picture\":{},\"tracks\":[]}"), "tracks as json");
+  EXPECT_EQ(kindOf("{\"cornerpin\":2}"), "result as json");
+  EXPECT_EQ(kindOf("{\"sign\":[]}"), " as json");
+  EXPECT_EQ(kindOf("Adobe After Effects 8.0 Keyframe Data\n"), "tracks as keyframes");
+  EXPECT_EQ(kindOf("# What is in here\n"), " as csv");
+  EXPECT_EQ(kindOf(""), " as ");
+  EXPECT_EQ(kindOf(std::string("\x89PNG\0\0\0", 7)), " as ");
+}
+
+TEST(FileKindOf, KnowsResultsThatWereWritten) {
+  const TemporaryFolder folder;
+  const Result result = solve(readTracks(CORNERPIN_DATA "/screen4.csv"));
+  for (const char* format : {"json", "csv"}) {
+    const std::string path = folder / (std::string("a.") + format);
+    result.write(path);
+    EXPECT_EQ(fileKindOf(path).holds, "result") << path;
+    EXPECT_EQ(fileKindOf(path).format, format);
+  }
+}
+
+TEST(FileKindOf, RefusesAFileThatCannotBeRead) {
+  const TemporaryFolder folder;
+  for (const std::string& path : {folder / "none.csv", folder.path().string(), std::string("-")}) {
+    EXPECT_THROW(fileKindOf(path), InputError) << path;
+  }
+}
+
 TEST(DescribeFile, SaysWhatIsInTracks) {
   const TemporaryFolder folder;
   const std::string path = folder / "a.csv";

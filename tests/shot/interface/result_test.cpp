@@ -222,6 +222,19 @@ TEST(Result, EndsWithTheWordsOfTheCommand) {
   EXPECT_NE(run.out.find(worst.text.substr(0, 20)), std::string::npos) << worst.text;
 }
 
+TEST(Result, TellsTheFileOfItsTracks) {
+  const std::string path = CORNERPIN_DATA "/screen4.csv";
+  const Result result = solve(readTracks(path));
+  const std::optional<InputFile> input = result.input();
+  ASSERT_TRUE(input);
+  EXPECT_EQ(input->name, "screen4.csv");
+  EXPECT_EQ(input->format, "csv");
+  const auto json = nlohmann::json::parse(result.toJson())["input"];
+  EXPECT_EQ(input->sha256, json["sha256"]);
+  EXPECT_EQ(input->rows, json["rows"]);
+  EXPECT_FALSE(solve(tracksFromArrays(plain::pan().given())).input());
+}
+
 TEST(Result, IsTheCsvOfTheCommand) {
   const TemporaryFolder folder;
   const std::string path = folder / "out.csv";
