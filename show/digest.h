@@ -7,7 +7,8 @@
 
 namespace cornerpin {
 
-/// The SHA-256 of all bytes that are left, in lower-case hexadecimal.
+/// The SHA-256 of all bytes that are left, in lower-case hexadecimal. Throws `std::runtime_error`
+/// where the system's cryptography has none.
 std::string sha256Of(std::istream& bytes);
 
 }  // namespace cornerpin

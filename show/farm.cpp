@@ -42,9 +42,7 @@ ChildEnd waitAndReport(Children& children, const std::string& path, std::size_t 
   constexpr std::chrono::milliseconds kPause(200);
   for (;;) {
     std::size_t done = 0;
-    if (progress && std::ifstream(path) >> done && !progress(kSolvingShots, done, total)) {
-      throw shot::Cancelled();
-    }
+    if (std::ifstream(path) >> done) tellShots(progress, done, total);
     if (const std::optional<ChildEnd> end = children.waitFor(kPause)) return *end;
   }
 }

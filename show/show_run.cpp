@@ -91,10 +91,7 @@ class ShowRun {
   }
 
  private:
-  void report() const {
-    if (!progress_) return;
-    if (!progress_(kSolvingShots, counts_.done, total_ - counts_.kept)) throw shot::Cancelled();
-  }
+  void report() const { tellShots(progress_, counts_.done, total_ - counts_.kept); }
 
   std::optional<TaskRecord> recordOf(const std::string& shot) const {
     const std::string path = folder_ / recordNameOf(shot);
@@ -252,6 +249,10 @@ class ShowRun {
 };
 
 }  // namespace
+
+void tellShots(const shot::Progress& progress, std::size_t done, std::size_t total) {
+  if (progress && !progress("solving shots", done, total)) throw shot::Cancelled();
+}
 
 RunCounts runShow(const Show& show, const RunOptions& options, OutputFolder& folder,
                   const shot::Progress& progress) {

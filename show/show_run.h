@@ -24,8 +24,8 @@ struct RunOptions {
   std::size_t last = std::numeric_limits<std::size_t>::max();
 };
 
-/// The phase that the progress is told.
-constexpr const char* kSolvingShots = "solving shots";
+/// Tells how many shots are done; throws `shot::Cancelled` where that says to end.
+void tellShots(const shot::Progress& progress, std::size_t done, std::size_t total);
 
 struct RunCounts {
   std::size_t done = 0;
