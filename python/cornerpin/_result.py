@@ -37,6 +37,19 @@ class BetweenFrame(NamedTuple):
     transform: Floats
 
 
+class InputFile(NamedTuple):
+    """A file that tracks were read from: its name without its folder, the SHA-256 of its bytes.
+
+    The format is as the command's --from names it, the rows are those that were read. A text is empty
+    where it is not known.
+    """
+
+    name: str
+    sha256: str
+    format: str
+    rows: int
+
+
 @dataclass(frozen=True)
 class Quad:
     """Four corners of something on the surface, and where they are in every frame.
@@ -184,6 +197,12 @@ class Result:
     @property
     def _first(self) -> Quad:
         return next(iter(self.quads.values()))
+
+    @property
+    def input(self) -> InputFile | None:
+        """What it was solved from; None where that was no file, or an older result does not tell."""
+        given = self._inner.input()
+        return None if given is None else InputFile(*given)
 
     @cached_property
     def tracks(self) -> list[Track]:

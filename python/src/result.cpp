@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -243,6 +244,14 @@ py::list quadsOf(const Result& result) {
   return quads;
 }
 
+// Name, digest, format and rows; None where it is not known.
+py::object inputOf(const Result& result) {
+  const std::optional<shot::InputFile> input = result.input();
+  if (!input) return py::none();
+  return py::make_tuple(textOf(input->name), textOf(input->sha256), textOf(input->format),
+                        input->rows);
+}
+
 // Frames and transforms.
 py::list betweenOf(const Result& result) {
   py::list frames;
@@ -303,6 +312,7 @@ void bindResult(py::module_& module) {
       .def("expected_errors",
            [](const Result& self) { return arrayOf(self.expectedErrors(), {frameCount(self)}); })
       .def("between", betweenOf)
+      .def("input", inputOf)
       .def("quads", quadsOf)
       .def("corners", corners)
       .def("covariance", covariance)

@@ -166,8 +166,13 @@ def test_takes_the_digest_of_a_file_unless_told_not_to(data):
     digest = hashlib.sha256(path.read_bytes()).hexdigest()
     for options in ({}, {"digest": True}, {"digest": False}):
         result = cornerpin.solve(cornerpin.read(path, **options))
-        told = json.loads(result.to_json())["input"].get("sha256")
-        assert told == (digest if options.get("digest", True) else None)
+        told = digest if options.get("digest", True) else None
+        assert json.loads(result.to_json())["input"]["sha256"] == told
+        assert result.input == ("screen4.csv", told or "", "csv", 397)
+
+
+def test_tells_no_file_of_arrays(pan):
+    assert cornerpin.solve(pan).input is None
 
 
 def test_writes_files_that_it_reads(pan, tmp_path):
