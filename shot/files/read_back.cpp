@@ -12,9 +12,9 @@
 
 #include "shot/compare/track_difference.h"
 #include "shot/files/pin_scan.h"
-#include "shot/files/result_reader.h"
 #include "shot/files/result_transforms.h"
 #include "shot/files/track_reader.h"
+#include "shot/files/written_transforms.h"
 #include "shot/solve/wording.h"
 
 namespace cornerpin {
@@ -224,7 +224,7 @@ double apart(const Homography& h, const NamedQuad& quad, const Homography& read,
 
 ReadBack readBack(const std::string& path, Format format, const ResultTransforms& written) {
   const ResultTransforms read =
-      format == Format::Csv ? readResultCsv(path) : transformsOf(readResult(path));
+      format == Format::Csv ? readResultCsv(path) : readWrittenTransforms(path);
   const std::map<double, Homography> wanted = transformsByFrame(written);
   const std::map<double, Homography> there = transformsByFrame(read);
   ReadBack back;
