@@ -25,6 +25,9 @@ using Json = nlohmann::json;
 constexpr std::size_t kDeepest = 8;                      // brackets in each other
 constexpr std::size_t kLongest = std::size_t{1} << 20U;  // bytes of a text
 constexpr std::size_t kLettersPerSlip = 3;
+// Of a gzip file: times its size, and what is fine however small the file is.
+constexpr std::size_t kMostInflated = 100;
+constexpr std::size_t kAlwaysInflated = std::size_t{4} << 20U;
 
 // The name that is the fewest slips away, the first of several; empty where none is near.
 std::string nearestTo(const std::string& typed, const std::vector<std::string>& names) {
@@ -63,6 +66,13 @@ std::string textOf(const std::string& path) {
   int count = 0;
   while ((count = ::gzread(file.get(), block.data(), block.size())) > 0) {
     text.append(block.data(), static_cast<std::size_t>(count));
+    const auto packed = static_cast<std::size_t>(std::max<z_off_t>(::gzoffset(file.get()), 0));
+    if (text.size() > std::max(kAlwaysInflated, kMostInflated * packed)) {
+      refuseFile(path, 0,
+                 fmt::format("the gzip data inflates to more than {} times its size: "
+                             "unpack the file if that is right",
+                             kMostInflated));
+    }
   }
   int code = Z_OK;
   const std::string flaw = ::gzerror(file.get(), &code);

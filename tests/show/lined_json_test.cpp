@@ -6,6 +6,7 @@
 #include <zlib.h>
 
 #include <cmath>
+#include <cstdint>
 
 #include "tests/support/files.h"
 
@@ -29,6 +30,13 @@ std::string refusalOf(const std::string& text, const Read& read) {
 
 std::string refusalOf(const std::string& text) {
   return refusalOf(text, [](const LinedJson&) {});
+}
+
+void writeGzip(const std::string& path, const std::string& text) {
+  const gzFile packed = gzopen(path.c_str(), "wb");
+  ASSERT_EQ(gzwrite(packed, text.data(), static_cast<unsigned>(text.size())),
+            static_cast<int>(text.size()));
+  ASSERT_EQ(gzclose(packed), Z_OK);
 }
 
 }  // namespace
@@ -106,9 +114,7 @@ TEST(LinedJson, ReadsGzipFiles) {
   const TemporaryFolder folder;
   const std::string path = folder / "a.json.gz";
   const std::string text = "{\"a\": \"" + std::string(100000, 'x') + "\"}";
-  const gzFile packed = gzopen(path.c_str(), "wb");
-  gzwrite(packed, text.data(), static_cast<unsigned>(text.size()));
-  gzclose(packed);
+  writeGzip(path, text);
   EXPECT_EQ(LinedJsonFile(path).whole().at("a").text().size(), 100000u);
   const std::string bytes = readFile(path);
   const auto refusal = [&](const std::string& broken) {
@@ -125,6 +131,32 @@ TEST(LinedJson, ReadsGzipFiles) {
   EXPECT_EQ(refusal(bytes.substr(0, 12) + "????????" + bytes.substr(20))
                 .rfind(": the gzip data is broken (", 0),
             0u);
+}
+
+TEST(LinedJson, RefusesGzipFilesThatGrowTooMuch) {
+  const TemporaryFolder folder;
+  const std::string path = folder / "a.json.gz";
+  const std::string spaces(std::size_t{8} * 1024 * 1024, ' ');
+  writeGzip(path, "[]" + spaces);
+  try {
+    const LinedJsonFile file(path);
+    FAIL() << "taken";
+  } catch (const shot::InputError& error) {
+    EXPECT_EQ(std::string(error.what()).substr(path.size()),
+              ": the gzip data inflates to more than 100 times its size: unpack the file if that is "
+              "right");
+  }
+  writeGzip(path, "[]" + spaces.substr(0, spaces.size() / 4));
+  EXPECT_TRUE(LinedJsonFile(path).whole().items().empty());
+  writeFile(folder / "a.json", "[]" + spaces);
+  EXPECT_TRUE(LinedJsonFile(folder / "a.json").whole().items().empty());
+  // Ten digits and more of a number do not pack to a hundredth.
+  std::string numbers = "[0";
+  for (std::uint64_t i = 1; numbers.size() < spaces.size(); ++i) {
+    numbers += "," + std::to_string(i * 6364136223846793005U % 1000000007U);
+  }
+  writeGzip(path, numbers + "]");
+  EXPECT_GT(LinedJsonFile(path).whole().items().size(), 100000u);
 }
 
 TEST(LinedJson, SaysWhyAFileCannotBeRead) {
