@@ -79,7 +79,7 @@ std::string csvRow(const ShotResult& result, const FrameResult& frame, std::size
   text += csvCorners(result, frame.h, named.corners);
   text += csvFigures(frame, quad);
   text +=
-      fmt::format(",{},{},{},{},{}", csvText(frame.why), csvText(frame.reason),
+      fmt::format(",{},{},{},{},{}", csvText(whyOf(frame)), csvText(reasonOf(frame)),
                   solved ? fmt::format("{},{}", nameOf(frame.loss), csvNumber(frame.width)) : ",",
                   frame.handedOver, csvFrames(frame.verdict.keptFrom));
   return text + csvJudgement(frame) +

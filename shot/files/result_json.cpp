@@ -76,7 +76,7 @@ void addFit(const FrameResult& frame, Json& json) {
   json["loss"] = nameOf(frame.loss);
   json["width"] = frame.width;
   json["stage"] = nameOf(frame.verdict.origin.stage);
-  if (!frame.why.empty()) json["why"] = frame.why;
+  if (std::string why = whyOf(frame); !why.empty()) json["why"] = std::move(why);
 }
 
 // Where a transform carries a quad.
@@ -123,7 +123,7 @@ Json jsonOf(const ShotResult& result, const FrameResult& frame) {
   json["h"] = frame.h;
   json["noise"] = frame.figures.noise;
   if (verdict.status == Status::Solved) addFit(frame, json);
-  if (!frame.reason.empty()) json["reason"] = frame.reason;
+  if (std::string reason = reasonOf(frame); !reason.empty()) json["reason"] = std::move(reason);
   addJudgement(frame, json);
   json["quads"] = quadsIn(result, frame.h, frame.figures);
   addRetouch(result, frame, json);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -241,7 +242,7 @@ class ResultReader {
     frame.rms = field.at("rms").lengthOrNull();
     frame.h = transformIn(field.at("h"));
     if (const auto noise = known(field, "noise")) frame.figures.noise = noise->lengthOrNull();
-    if (field.has("reason")) frame.reason = field.at("reason").text();
+    readTexts(field, frame);
     if (frame.verdict.status != Status::Base) readModel(field, frame.verdict);
     if (frame.verdict.status == Status::Solved) readFit(field, frame);
     frame.figures.quads = covariancesIn(field, frame.verdict.status);
@@ -280,7 +281,14 @@ class ResultReader {
       frame.verdict.origin.stage =
           oneOf(*stage, {Stage::Library, Stage::Neighbour, Stage::Sampled});
     }
-    if (field.has("why")) frame.why = field.at("why").text();
+  }
+
+  void readTexts(const JsonField& field, FrameResult& frame) const {
+    FrameTexts texts;
+    const bool isSolved = frame.verdict.status == Status::Solved;
+    if (isSolved && field.has("why")) texts.why = field.at("why").text();
+    if (field.has("reason")) texts.reason = field.at("reason").text();
+    frame.texts = std::make_shared<FrameTexts>(std::move(texts));
   }
 
   std::vector<CornerCovariances> covariancesIn(const JsonField& field, Status status) const {
@@ -307,8 +315,8 @@ class ResultReader {
     if (field.has("filled")) frame.filled = field.at("filled").flag();
     if (!field.has("untouched")) return;
     const JsonField untouched = field.at("untouched");
-    frame.untouched =
-        Untouched{transformIn(untouched.at("h")), covariancesIn(untouched, frame.verdict.status)};
+    frame.untouched = std::make_shared<Untouched>(
+        Untouched{transformIn(untouched.at("h")), covariancesIn(untouched, frame.verdict.status)});
   }
 
   void readRetouch() {

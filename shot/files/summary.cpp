@@ -253,7 +253,7 @@ std::string unsolvedFrames(const Summary& s) {
   if (s.firstUnsolved.empty()) return {};
   std::string text = row("not in full", "frame  model        reason");
   for (const FrameResult* f : s.firstUnsolved) {
-    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model), f->reason);
+    text += fmt::format("{:>19}  {:<11}  {}\n", f->frame, nameOf(f->verdict.model), reasonOf(*f));
   }
   const std::size_t more = s.reduced + s.held - s.firstUnsolved.size();
   if (more > 0) text += fmt::format("{:>19}  and {} more\n", "...", more);

@@ -58,14 +58,14 @@ Frame frameOf(const FrameResult& from) {
     frame.onTop = verdict.onTop;
     frame.keptFrom = verdict.keptFrom;
   }
-  frame.reason = from.reason;
+  frame.reason = reasonOf(from);
   frame.tracks = from.tracks;
   frame.handedOver = from.handedOver;
   frame.rms = from.rms;
   frame.noise = from.figures.noise;
   frame.goodRms = frame.sigma = kNoFigure;
   if (verdict.status == Status::Solved) {
-    frame.why = from.why;
+    frame.why = whyOf(from);
     frame.stage = nameOf(verdict.origin.stage);
     frame.good = from.good;
     frame.goodRms = from.goodRms;

@@ -106,7 +106,8 @@ void judgeJump(const FrameResult& frame, double jump, std::vector<Doubt>& doubts
 
 void judgeStatus(const FrameResult& frame, std::vector<Doubt>& doubts) {
   const auto because = [&](const char* what) {
-    return frame.reason.empty() ? std::string(what) : fmt::format("{}: {}", what, frame.reason);
+    const std::string reason = reasonOf(frame);
+    return reason.empty() ? std::string(what) : fmt::format("{}: {}", what, reason);
   };
   if (frame.verdict.status == Status::Reduced) {
     doubts.push_back({DoubtCode::Reduced, because(nameOf(frame.verdict.model))});

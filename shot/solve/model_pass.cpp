@@ -103,10 +103,10 @@ void ModelPass::findFirm(double likely) {
   }
 }
 
-std::vector<std::optional<Homography>> ModelPass::firmTransforms() const {
-  std::vector<std::optional<Homography>> transforms(frames_.size());
+std::vector<const Homography*> ModelPass::firmTransforms() const {
+  std::vector<const Homography*> transforms(frames_.size());
   for (std::size_t f = 0; f < frames_.size(); ++f) {
-    if (firm_[f]) transforms[f] = frames_[f].h;
+    if (firm_[f]) transforms[f] = &frames_[f].h;
   }
   return transforms;
 }

@@ -63,7 +63,7 @@ class ModelPass {
   };
 
   void findFirm(double likely);
-  std::vector<std::optional<Homography>> firmTransforms() const;
+  std::vector<const Homography*> firmTransforms() const;
   struct Around {
     std::vector<bool> reliable;                // per match
     std::vector<double> odds;                  // per match: that it is a good one

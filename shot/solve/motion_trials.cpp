@@ -80,10 +80,9 @@ bool contradicts(double squares, std::size_t pairs, const Noise& noise) {
   return chanceOfRatio(mean / (noise.sigma * noise.sigma), pairs, noise.pairs) < kLevel;
 }
 
-MotionTrials::MotionTrials(std::vector<std::optional<Homography>> known)
-    : known_(std::move(known)) {
+MotionTrials::MotionTrials(std::vector<const Homography*> known) : known_(std::move(known)) {
   for (std::size_t f = 0; f < known_.size(); ++f) {
-    if (known_[f]) frames_.push_back(f);
+    if (known_[f] != nullptr) frames_.push_back(f);
   }
 }
 
@@ -91,7 +90,7 @@ std::vector<std::size_t> MotionTrials::framesFor(const Offsets& from) const {
   std::vector<std::size_t> all;
   const auto count = static_cast<std::ptrdiff_t>(known_.size());
   const auto isKnown = [&](std::ptrdiff_t frame) {
-    return frame >= 0 && frame < count && known_[static_cast<std::size_t>(frame)];
+    return frame >= 0 && frame < count && known_[static_cast<std::size_t>(frame)] != nullptr;
   };
   for (const std::size_t f : frames_) {
     const bool usable = std::all_of(from.begin(), from.end(), [&](std::ptrdiff_t offset) {

@@ -50,8 +50,8 @@ struct TrialFrame {
 /// The frames of a shot whose transforms are well known.
 class MotionTrials {
  public:
-  /// \param known  by frame: its transform where it is well known
-  explicit MotionTrials(std::vector<std::optional<Homography>> known);
+  /// \param known  by frame: its transform where it is well known, which outlives this; else null
+  explicit MotionTrials(std::vector<const Homography*> known);
 
   /// At most 50 of the frames, spread over the shot, for which those at the offsets are known too.
   std::vector<std::size_t> framesFor(const Offsets& from) const;
@@ -61,8 +61,8 @@ class MotionTrials {
   Homography keptIn(std::size_t trial, const Offsets& from, const TrialFrame& frame) const;
 
  private:
-  std::vector<std::optional<Homography>> known_;  // by frame
-  std::vector<std::size_t> frames_;               // those that are, rising
+  std::vector<const Homography*> known_;  // by frame
+  std::vector<std::size_t> frames_;       // those that are, rising
 };
 
 /// How far lower models go wrong in the shot at hand: each is fitted in frames whose transforms are

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -29,8 +30,8 @@ const FrameResult& frameOf(const ShotResult& result, int frame) {
 
 Homography inverseOf(const FrameResult& frame) {
   if (frame.verdict.status == Status::Held) {
-    refuse(frame.frame,
-           frame.reason.empty() ? "it was held" : fmt::format("it was held ({})", frame.reason));
+    const std::string reason = reasonOf(frame);
+    refuse(frame.frame, reason.empty() ? "it was held" : fmt::format("it was held ({})", reason));
   }
   const Homography back = inverse(frame.h);
   if (!isFinite(back)) refuse(frame.frame, "its transform has no inverse");
@@ -184,8 +185,8 @@ std::optional<ShotResult> untouchedOf(const ShotResult& result) {
   for (const FrameResult& frame : result.frames) {
     FrameResult fitted;
     fitted.frame = frame.frame;
-    fitted.verdict.status = frame.verdict.status;
-    fitted.reason = frame.reason;
+    fitted.verdict = frame.verdict;
+    fitted.texts = frame.texts;
     fitted.h = frame.untouched ? frame.untouched->h : frame.h;
     fitted.figures.quads = frame.untouched ? frame.untouched->quads : frame.figures.quads;
     untouched.frames.push_back(std::move(fitted));
@@ -199,7 +200,8 @@ void setUntouched(std::vector<FrameResult>& frames, const std::vector<FrameResul
   for (std::size_t i = 0; i < frames.size(); ++i) {
     frames[i].untouched.reset();
     if (frames[i].h != untouched[i].h) {
-      frames[i].untouched = Untouched{untouched[i].h, untouched[i].figures.quads};
+      frames[i].untouched =
+          std::make_shared<Untouched>(Untouched{untouched[i].h, untouched[i].figures.quads});
     }
   }
 }

@@ -16,9 +16,14 @@ Point carried(const ShotResult& result, const Homography& h, Point reference) {
 }
 
 std::string whyOf(const FrameResult& frame) {
+  if (frame.texts) return frame.texts->why;
   if (frame.verdict.status != Status::Solved) return {};
   return describe(frame.verdict.origin, static_cast<std::size_t>(frame.good),
                   static_cast<std::size_t>(frame.tracks));
+}
+
+std::string reasonOf(const FrameResult& frame) {
+  return frame.texts ? frame.texts->reason : reasonOf(frame.verdict);
 }
 
 const char* judgementOf(const FrameResult& frame) {

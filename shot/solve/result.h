@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +25,12 @@
 
 namespace cornerpin {
 
+/// Texts about how a frame came out (`whyOf`, `reasonOf`).
+struct FrameTexts {
+  std::string why;
+  std::string reason;
+};
+
 /// What a frame had before its transform was smoothed or filled in.
 struct Untouched {
   Homography h{};
@@ -35,8 +42,6 @@ struct FrameResult {
   int frame = 0;
   Homography h{};  ///< reference frame to this frame; the last element is 1
   Verdict verdict;
-  std::string why;     ///< `whyOf` of the frame
-  std::string reason;  ///< `reasonOf` of its verdict
   int tracks = 0;      ///< active ones: weight above 0, and their places on the surface known
   int handedOver = 0;  ///< of these, the ones that are absent from the base frame
   /// Root of the mean squared distance between the active tracks and where `h` carries their
@@ -66,7 +71,10 @@ struct FrameResult {
   // What was done to the transform behind the fit; all else is about the fit.
   double smoothed = 0.0;  ///< how far smoothing moved the corner of any quad that moved most
   bool filled = false;    ///< interpolated between frames on both sides
-  std::optional<Untouched> untouched;  ///< where `h` is not what the fit gave
+  std::shared_ptr<const Untouched> untouched;  ///< where `h` is not what the fit gave
+
+  /// As a file has them. Null where they follow from the verdict.
+  std::shared_ptr<const FrameTexts> texts;
 };
 
 /// A transform between two frames, or in one.
@@ -78,6 +86,9 @@ struct BetweenFrame {
 /// Why a solved frame's transform was found from where it was (`describe(Origin)`); empty for
 /// others.
 std::string whyOf(const FrameResult& frame);
+
+/// Why a frame is reduced or held (`reasonOf(Verdict)`); empty for others.
+std::string reasonOf(const FrameResult& frame);
 
 /// "good", or "doubtful" where there are doubts.
 const char* judgementOf(const FrameResult& frame);

@@ -84,7 +84,7 @@ class ShotSolver {
         runs_(tracks.names.size()),
         extent_(extentOf(boxAround(sweeps.surface()))),
         lasting_(tracks.names.size()),
-        worst_(kVisible * extent_),
+        worst_(kVisible * extent_, frames_.size()),
         records_(tracks.names.size()) {
     result_.provenance.picture = tracks_.picture;
     result_.baseFrame = result_.referenceFrame = base_.frame();
@@ -208,8 +208,6 @@ class ShotSolver {
     worst_.addFrame(result.frame, influences);
     result.strongest = strongestOf(influences);
     if (options_.influences) result.influences = std::move(influences);
-    result.why = whyOf(result);
-    result.reason = reasonOf(result.verdict);
     addUses(result, used, good.weights);
   }
 

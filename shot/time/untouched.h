@@ -8,7 +8,8 @@ namespace cornerpin {
 
 /// Puts aside what the fit gave a frame, unless that is done already.
 inline void keepUntouched(FrameResult& frame) {
-  if (!frame.untouched) frame.untouched = Untouched{frame.h, frame.figures.quads};
+  if (frame.untouched) return;
+  frame.untouched = std::make_shared<Untouched>(Untouched{frame.h, frame.figures.quads});
 }
 
 }  // namespace cornerpin

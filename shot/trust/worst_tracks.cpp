@@ -62,32 +62,37 @@ TrackStretch WorstTracks::judged(const Entry& entry, double usual) const {
   return {entry.track, entry.frame, entry.frame, entry.frame, entry.moves, off, standsOut};
 }
 
-std::vector<TrackStretch> WorstTracks::worst(std::size_t count) const {
+std::vector<TrackStretch> WorstTracks::worst(std::size_t count) {
   const double usual = lowerMedian(deviations_);
-  std::vector<Entry> entries = entries_;  // by track and frame; moves 0 once in a stretch
-  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+  std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) {
     return std::tie(a.track, a.frame) < std::tie(b.track, b.frame);
   });
-  std::vector<TrackStretch> result;
-  const auto less = [&](const Entry& a, const Entry& b) {
-    return std::make_tuple(judged(a, usual).standsOut, a.moves) <
-           std::make_tuple(judged(b, usual).standsOut, b.moves);
+  std::vector<bool> taken(entries_.size());  // into a stretch
+  const auto isLeft = [&](const Entry& e) {
+    return !taken[static_cast<std::size_t>(&e - entries_.data())];
   };
+  const auto less = [&](const Entry& a, const Entry& b) {
+    return std::make_tuple(isLeft(a), judged(a, usual).standsOut, a.moves) <
+           std::make_tuple(isLeft(b), judged(b, usual).standsOut, b.moves);
+  };
+  std::vector<TrackStretch> result;
   // The greatest entry that is left, and the frames around it that belong to it; then the next.
-  while (result.size() < count && !entries.empty()) {
-    const auto peak = std::max_element(entries.begin(), entries.end(), less);
-    if (!(peak->moves > 0.0)) break;
+  while (result.size() < count && !entries_.empty()) {
+    const auto peak = std::max_element(entries_.begin(), entries_.end(), less);
+    if (!isLeft(*peak)) break;
     const auto joins = [&](const Entry& a, const Entry& b) {
-      return b.track == a.track && std::abs(b.frame - a.frame) == 1 && b.moves >= peak->moves / 2;
+      return isLeft(b) && b.track == a.track && std::abs(b.frame - a.frame) == 1 &&
+             b.moves >= peak->moves / 2;
     };
     auto first = peak;
-    while (first != entries.begin() && joins(*first, first[-1])) --first;
+    while (first != entries_.begin() && joins(*first, first[-1])) --first;
     auto last = peak;
-    while (last + 1 != entries.end() && joins(*last, last[1])) ++last;
+    while (last + 1 != entries_.end() && joins(*last, last[1])) ++last;
     result.push_back(judged(*peak, usual));
     result.back().first = first->frame;
     result.back().last = last->frame;
-    std::for_each(first, last + 1, [](Entry& e) { e.moves = 0.0; });
+    std::fill(taken.begin() + (first - entries_.begin()),
+              taken.begin() + (last + 1 - entries_.begin()), true);
   }
   return result;
 }

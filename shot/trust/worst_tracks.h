@@ -35,7 +35,11 @@ struct TrackStretch {
 class WorstTracks {
  public:
   /// \param visible  the least move of a corner that stands out
-  explicit WorstTracks(double visible) : visible_(visible) {}
+  /// \param frames   there is room for as many without more memory
+  explicit WorstTracks(double visible, std::size_t frames = 0) : visible_(visible) {
+    entries_.reserve(kPerFrame * frames);
+    deviations_.reserve(frames);
+  }
 
   /// Each frame once, in any order; tracks of NaN or no influence are passed over.
   void addFrame(int frame, const std::vector<TrackInfluence>& influences);
@@ -44,7 +48,7 @@ class WorstTracks {
   /// reaches from its peak over the frames next to each other in which the track is among the
   /// `kPerFrame` greatest and moves the corner at least half as far; no frame of a track is in two
   /// of them.
-  std::vector<TrackStretch> worst(std::size_t count) const;
+  std::vector<TrackStretch> worst(std::size_t count);
 
   static constexpr std::size_t kPerFrame = 5;
   static constexpr std::size_t kFewest = 6;

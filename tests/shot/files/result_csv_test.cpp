@@ -72,7 +72,6 @@ TEST(ResultCsv, SaysHowASolvedFrameCameAbout) {
   solved.sigma = 0.5;
   solved.loss = Loss::Huber;
   solved.width = 0.75;
-  addTexts(solved);
   EXPECT_NE(
       written(result, Format::Csv)
           .find(",0,solved,3,0.25,0.5,sampled,24,2,32,2,,,,,projective,false,0.25,0.5,,0.125,3."
@@ -129,19 +128,15 @@ TEST(ResultCsv, SaysWhyASolvedFrameIsAsItIs) {
   frame.verdict.origin = {Stage::Sampled, Grounds::Searched, Stage::Library, 20};
   frame.tracks = 31;
   frame.good = 25;
-  addTexts(frame);
   EXPECT_EQ(field(result, "why"),
             "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
   EXPECT_EQ(field(result, "reason"), "");
   EXPECT_EQ(field(result, "stage"), "sampled");
   frame.verdict.origin = {Stage::Neighbour, Grounds::Searched, Stage::Neighbour, 25};
-  addTexts(frame);
   EXPECT_EQ(field(result, "why"), "the neighbour's transform fits 25 of 31 tracks");
   frame.verdict.origin = {Stage::Library, Grounds::NoBadTrack, {}, 0};
-  addTexts(frame);
   EXPECT_EQ(field(result, "why"), "no sign of a bad track");
   frame.verdict.origin = {};
-  addTexts(frame);
   EXPECT_EQ(field(result, "why"), "");
 }
 
@@ -157,7 +152,6 @@ TEST(ResultCsv, SaysWhyAFrameIsReduced) {
   frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 3};
   frame.good = 3;
   frame.sigma = 0.5;
-  addTexts(frame);
   EXPECT_EQ(field(result, "reason"),
             "3 of the 4 tracks needed, too close together or too near one line");
   EXPECT_EQ(field(result, "model"), "similarity");

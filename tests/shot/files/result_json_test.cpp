@@ -51,7 +51,6 @@ TEST(ResultJson, SaysHowASolvedFrameCameAbout) {
   solved.good = 3;
   solved.goodRms = 0.25;
   solved.sigma = 0.5;
-  addTexts(solved);
   const json j = json::parse(written(result, Format::Json));
   EXPECT_EQ(j["loss"], "cauchy");
   EXPECT_EQ(j["seed"], 77);
@@ -118,7 +117,7 @@ TEST(ResultJson, SaysWhatMakesAFrameDoubtful) {
 
 TEST(ResultJson, ReplacesBrokenTextInAReason) {
   ShotResult result = twoFrames();
-  result.frames[1].reason = "\xff";
+  result.frames[1].texts = std::make_shared<FrameTexts>(FrameTexts{"", "\xff"});
   EXPECT_TRUE(json::accept(written(result, Format::Json)));
 }
 
@@ -179,13 +178,12 @@ TEST(ResultJson, SaysWhyASolvedFrameIsAsItIs) {
   frame.good = 25;
   frame.loss = Loss::Huber;
   frame.width = 1.75;
-  addTexts(frame);
   const json solved = json::parse(written(result, Format::Json))["frames"][1];
   EXPECT_EQ(solved["why"], "the library's solve fits 20 of 31 tracks, this one 25 of 31 tracks");
   EXPECT_FALSE(solved.contains("reason"));
   EXPECT_EQ(solved["loss"], "huber");
   EXPECT_EQ(solved["width"], 1.75);
-  frame.why = "";
+  frame.texts = std::make_shared<FrameTexts>();
   EXPECT_FALSE(json::parse(written(result, Format::Json))["frames"][1].contains("why"));
 }
 
@@ -200,7 +198,6 @@ TEST(ResultJson, SaysWhyAFrameIsReduced) {
   frame.verdict.good = frame.verdict.fitted = 4;
   frame.verdict.origin = {Stage::Library, Grounds::Searched, Stage::Library, 4};
   frame.good = 4;
-  addTexts(frame);
   const json reduced = json::parse(written(result, Format::Json))["frames"][1];
   EXPECT_EQ(reduced["reason"], "only 4 of its 8 tracks agree on a transform, any four do");
   for (const char* name : {"why", "stage", "good", "good_rms", "sigma", "loss", "width"}) {
@@ -218,7 +215,7 @@ TEST(ResultJson, KeepsTheFitBesideWhatWasDoneToIt) {
   EXPECT_EQ(plain["frames"][1]["filled"], false);
   EXPECT_FALSE(plain["frames"][1].contains("untouched"));
   FrameResult& frame = result.frames[1];
-  frame.untouched = Untouched{frame.h, frame.figures.quads};
+  frame.untouched = std::make_shared<Untouched>(Untouched{frame.h, frame.figures.quads});
   frame.h = {{{1, 0, 0.5}, {0, 1, -2}, {0, 0, 1}}};
   frame.smoothed = 0.75;
   frame.filled = true;

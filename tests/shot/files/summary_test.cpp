@@ -20,7 +20,7 @@ FrameResult frame(int number, Status status, double rms) {
   f.goodRms = rms;
   f.tracks = 9;
   f.good = 9;
-  if (status == Status::Held) f.reason = "no tracks";
+  if (status == Status::Held) f.texts = std::make_shared<FrameTexts>(FrameTexts{"", "no tracks"});
   return f;
 }
 
@@ -172,7 +172,7 @@ TEST(SummaryTable, SpeaksOfReducedFramesAndOfTheWorstTracks) {
   result.frames = {frame(1, Status::Base, 0.0), frame(2, Status::Solved, 0.5),
                    frame(3, Status::Reduced, 0.25)};
   result.frames[2].verdict.model = Model::Affine;
-  result.frames[2].reason = "3 of the 4 tracks needed";
+  result.frames[2].texts = std::make_shared<FrameTexts>(FrameTexts{"", "3 of the 4 tracks needed"});
   result.worst = {{"t042", {7, 60, 81, 70, 9.3, 12.5, true}},
                   {"b", {1, 5, 5, 5, 0.25, 7.0, true}},
                   {"ordinary", {2, 6, 7, 6, 99.0, 2.0, false}}};

@@ -9,12 +9,6 @@
 #include "tests/support/files.h"
 #include "tests/support/kept_results.h"
 
-// Gives a frame the texts that go with its verdict.
-inline void addTexts(cornerpin::FrameResult& frame) {
-  frame.why = whyOf(frame);
-  frame.reason = reasonOf(frame.verdict);
-}
-
 // A result of a base frame and a held one with numbers and texts that are awkward to write; two
 // corners of its quad are behind the horizon.
 inline cornerpin::ShotResult twoFrames() {
@@ -47,7 +41,6 @@ inline cornerpin::ShotResult twoFrames() {
   held.verdict.status = Status::Held;
   held.verdict.shortfall = Shortfall::FitFailed;
   held.verdict.error = "a \"quoted\"\nreason";
-  addTexts(held);
   held.rms = kNaN;
   held.verdict.model = Model::Held;
   held.h = {{{2, 0, 10}, {0, 0.5, 0}, {0, -0.25, 1}}};  // the horizon is at y = 4

@@ -35,7 +35,8 @@ TEST(WrittenTransforms, AreThoseOfTheResult) {
   for (FrameResult& frame : result.frames) {
     frame.figures.quads.push_back(frame.figures.quads.front());
   }
-  result.frames[1].untouched = Untouched{kIdentity, result.frames[1].figures.quads};
+  result.frames[1].untouched =
+      std::make_shared<Untouched>(Untouched{kIdentity, result.frames[1].figures.quads});
   result.between = {{5.25, result.frames[1].h}, {5.5, kIdentity}};
   const ResultTransforms transforms = read(resultJson(result));
   ASSERT_EQ(transforms.quads.size(), 2u);

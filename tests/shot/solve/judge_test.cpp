@@ -179,12 +179,12 @@ TEST(Judge, DoubtsReducedAndHeldFramesForTheirReasons) {
   f.good = 0;
   f.verdict.status = Status::Reduced;
   f.verdict.model = Model::Affine;
-  f.reason = "3 of the 4 tracks needed";
+  f.texts = std::make_shared<FrameTexts>(FrameTexts{"", "3 of the 4 tracks needed"});
   EXPECT_EQ(doubtsIn(result), "reduced: affine: 3 of the 4 tracks needed\n");
   f.verdict.status = Status::Held;
-  f.reason = "no tracks";
+  f.texts = std::make_shared<FrameTexts>(FrameTexts{"", "no tracks"});
   EXPECT_EQ(doubtsIn(result), "held: its neighbour's transform: no tracks\n");
-  f.reason = "";
+  f.texts.reset();
   EXPECT_EQ(doubtsIn(result), "held: its neighbour's transform\n");
 }
 

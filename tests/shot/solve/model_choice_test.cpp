@@ -7,6 +7,8 @@
 #include <cmath>
 #include <limits>
 
+#include "tests/shot/solve/known_transforms.h"
+
 using namespace cornerpin;
 
 namespace {
@@ -16,7 +18,7 @@ const Points kCorner = {{0, 0}};
 
 const MotionTrials kNoTrials({});
 // A camera that never moved.
-const MotionTrials kStill(std::vector<std::optional<Homography>>(10, kIdentity));
+const MotionTrials kStill(std::vector<const Homography*>(10, &kIdentity));
 
 // Nine tracks around (50, 50), as far apart as `step`.
 WeakFrame patch(double step, const Homography& motion = kIdentity) {
@@ -157,7 +159,7 @@ TEST(ModelChoice, TakesWhatMissesLeast) {
   const auto best = ModelChoice(frame, kStill, {0.5, 5}).bestOnTopOf({{kIdentity, {-1}}});
   ASSERT_TRUE(best);
   EXPECT_EQ(best->lower.model, Model::Translation);
-  std::vector<std::optional<Homography>> turning;
+  Known turning;
   for (int f = 0; f < 10; ++f) {
     const double a = 0.5 * f;
     turning.push_back(
@@ -165,7 +167,7 @@ TEST(ModelChoice, TakesWhatMissesLeast) {
   }
   // Not to be turned costs more than noise in the turn does.
   WeakFrame wide = patch(20);
-  const MotionTrials trials(turning);
+  const MotionTrials trials(pointersTo(turning));
   const auto turned = ModelChoice(wide, trials, {20.0, 5}).bestOnTopOf({{kIdentity, {-1}}});
   ASSERT_TRUE(turned);
   EXPECT_EQ(turned->lower.model, Model::Similarity);
@@ -174,12 +176,12 @@ TEST(ModelChoice, TakesWhatMissesLeast) {
 // Among the lower models on several transforms, each judged for itself. The camera creeps on, so
 // that all of them miss something.
 TEST(ModelChoice, TakesTheLeastOfAll) {
-  std::vector<std::optional<Homography>> creeping;
+  Known creeping;
   for (int f = 0; f < 20; ++f)
     creeping.push_back(Homography{{{1.0 + 0.004 * f, 0.001 * f, 0.3 * f},
                                    {-0.002 * f, 1.0 + 0.001 * f, 0},
                                    {1e-5 * f, 0, 1}}});
-  const MotionTrials trials(creeping);
+  const MotionTrials trials(pointersTo(creeping));
   const std::vector<Kept> kept = {{*creeping[9], {4}},     {*creeping[2], {-3}, 0.5},
                                   {*creeping[4], {-1}},    {*creeping[6], {1}, 0.1},
                                   {kIdentity, {-5}, 10.0}, {*creeping[5], {-2, 2}}};

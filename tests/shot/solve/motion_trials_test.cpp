@@ -5,6 +5,8 @@
 
 #include <cmath>
 
+#include "tests/shot/solve/known_transforms.h"
+
 using namespace cornerpin;
 
 namespace {
@@ -14,8 +16,6 @@ const Quad kSurface = {{{0, 0}, {100, 0}, {100, 100}, {0, 100}}};
 Homography shifted(double x, double y) { return {{{1, 0, x}, {0, 1, y}, {0, 0, 1}}}; }
 
 Homography scaled(double scale) { return {{{scale, 0, 0}, {0, scale, 0}, {0, 0, 1}}}; }
-
-using Known = std::vector<std::optional<Homography>>;
 
 // The surface grows by a thousandth of its first size in each frame.
 double scaleIn(int frame) { return 1.0 + 0.001 * frame; }
@@ -30,7 +30,7 @@ Known growing(int frames) {
 double missOf(const Known& known, const Offsets& from, double sigma = 1.0) {
   const Matches tracks = {{{0, 0}, {0, 0}}};
   const TrialFrame frame{tracks, kSurface, kIdentity};
-  const MotionTrials trials(known);
+  const MotionTrials trials(pointersTo(known));
   const std::vector<double> misses =
       FrameTrials(trials, frame).misses({Model::Translation, from}, {{100, 0}}, 1, {sigma, 5});
   return misses.empty() ? -1.0 : misses[0];
@@ -124,7 +124,7 @@ TEST(FrameTrials, LeaveOutWhatTracksWouldContradict) {
   for (int f = 0; f < 20; ++f) known.push_back(scaled(f < 10 ? 1.0 : 2.0));
   const Matches tracks = {{{0, 0}, {0, 0}}, {{10, 0}, {10, 0}}};
   const TrialFrame frame{tracks, kSurface, kIdentity};
-  const MotionTrials motion(known);
+  const MotionTrials motion(pointersTo(known));
   FrameTrials trials(motion, frame);
   const LowerModel lower = {Model::Translation, {-1}};
   EXPECT_NEAR(trials.misses(lower, {{100, 0}}, 2, {0.1, 5}).at(0), 0.0, 1e-12);
@@ -143,7 +143,7 @@ TEST(FrameTrials, PutTheMotionOnTopOfWhatIsSeen) {
   for (const std::optional<Homography>& h : growing(20)) {
     known.push_back(product(around, product(*h, inverse(around))));
   }
-  const MotionTrials trials(known);
+  const MotionTrials trials(pointersTo(known));
   const std::vector<double> misses =
       FrameTrials(trials, frame).misses({Model::Translation, {-3}}, {{100, 0}}, 1, {1.0, 5});
   EXPECT_NEAR(misses.at(0), 4.0 * expectedMiss(3, 19, -3), 1e-9);
@@ -155,7 +155,7 @@ TEST(FrameTrials, SayOfEachModelWhatTheySayOfItAlone) {
   const TrialFrame frame{tracks, kSurface, kIdentity};
   Known bending = growing(20);
   for (std::size_t f = 0; f < 20; ++f) (*bending[f])[2][0] = 1e-5 * static_cast<double>(f * f);
-  const MotionTrials trials(bending);
+  const MotionTrials trials(pointersTo(bending));
   FrameTrials all(trials, frame);
   const Points points = {{100, 0}, {100, 100}};
   for (const Offsets& from : {Offsets{-1}, Offsets{2}, Offsets{-1, 2}, Offsets{-1}}) {

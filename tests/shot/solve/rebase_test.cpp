@@ -277,7 +277,7 @@ TEST(Rebase, SaysWhyAFrameIsRefused) {
   ShotResult held = result;
   held.frames[1].verdict.status = Status::Held;
   EXPECT_EQ(refusal(held, 6), "frame 6 cannot be the reference: it was held: take another one");
-  held.frames[1].reason = "no tracks";
+  held.frames[1].texts = std::make_shared<FrameTexts>(FrameTexts{"", "no tracks"});
   EXPECT_EQ(refusal(held, 6),
             "frame 6 cannot be the reference: it was held (no tracks): take another one");
   ShotResult flat = result;
