@@ -43,6 +43,8 @@ TEST(ShotTask, KnowsTheBytesOfItsInput) {
   EXPECT_EQ(taskOf(show, show.shots[0], kProgram).sha256, "");
   show.shots[0].input = ".";
   EXPECT_EQ(taskOf(show, show.shots[0], kProgram).sha256, "");
+  show.shots[0].input = "/proc/self/mem";  // a plain file whose first byte cannot be read
+  EXPECT_EQ(taskOf(show, show.shots[0], kProgram).sha256, "");
 }
 
 TEST(ShotTask, HasAKeyOfAllThatDecidesAboutItsBytes) {
