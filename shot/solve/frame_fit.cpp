@@ -35,7 +35,7 @@ void reduce(const Matches& file, const Quad& surface, FrameFit& fit) {
 
 void cover(const Points& places, Sweep& sweep) {
   sweep.surface = squareAround(places);
-  sweep.corners = cornersOf(boxAround(places));
+  sweep.corners = std::make_shared<Quad>(cornersOf(boxAround(places)));
 }
 
 FrameFitter::FrameFitter(const ShotUnits& units, const SolveOptions& options)

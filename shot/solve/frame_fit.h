@@ -2,6 +2,8 @@
 #ifndef SHOT_SOLVE_FRAME_FIT_H
 #define SHOT_SOLVE_FRAME_FIT_H
 
+#include <memory>
+
 #include "shot/fit/matches.h"
 #include "shot/fit/support.h"
 #include "shot/plane/homography.h"
@@ -23,7 +25,7 @@ struct Sweep {
   bool chainBroken = false;  ///< some frame was not fitted from its neighbour
   SweepMemory memory;
   Quad surface{};  ///< what a transform has to carry well: the square around tracks, on the surface
-  Quad corners{};  ///< of the box around the same tracks
+  std::shared_ptr<const Quad> corners = {};  ///< of the box around the same tracks
 };
 
 /// Lets a sweep carry the surface around these places.

@@ -95,6 +95,7 @@ void ModelPass::findFirm(double likely) {
         frames_[f].verdict.status == Status::Solved && swept_[f].gain <= kLargestGain;
     if (counts && std::isfinite(frames_[f].sigma)) sigmas.push_back(frames_[f].sigma);
   }
+  firmFrames_.reserve(frames_.size());
   usual_ = sigmas.empty() ? Noise{likely, 1} : Noise{lowerMedian(sigmas), kUsualPairs};
   for (std::size_t f = 0; f < frames_.size(); ++f) {
     certain_[f] = f == base_ || isCertain(f);
@@ -114,10 +115,11 @@ std::vector<const Homography*> ModelPass::firmTransforms() const {
 bool ModelPass::isCertain(std::size_t frame) const {
   const FrameResult& result = frames_[frame];
   if (result.verdict.status != Status::Solved) return false;
+  const Quad& corners = *swept_[frame].corners;
   Quad seen;
-  for (std::size_t i = 0; i < 4; ++i) seen[i] = map(result.h, swept_[frame].corners[i]);
-  const double limit = kFirm * extentOf(swept_[frame].corners);
-  const double magnified = std::max(extentOf(seen) / extentOf(swept_[frame].corners), 1.0);
+  for (std::size_t i = 0; i < 4; ++i) seen[i] = map(result.h, corners[i]);
+  const double limit = kFirm * extentOf(corners);
+  const double magnified = std::max(extentOf(seen) / extentOf(corners), 1.0);
   const double sigma = std::max(result.sigma, usual_.sigma);
   if (kMostOfGain * swept_[frame].gain * sigma * magnified <= limit) return true;
   const WeakFrame weak = weakFrame(frame);
@@ -131,7 +133,7 @@ WeakFrame ModelPass::weakFrame(std::size_t frame) const {
   weak.tracks = tracksOf_(result);
   if (!swept_[frame].good.empty()) weak.tracks = weak.tracks.subset(swept_[frame].good);
   if (result.verdict.status == Status::Solved) weak.full = result.h;
-  weak.corners = swept_[frame].corners;
+  weak.corners = *swept_[frame].corners;
   return weak;
 }
 

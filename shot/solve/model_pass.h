@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -18,9 +19,9 @@ namespace cornerpin {
 
 /// What a sweep knows of a frame beyond its result.
 struct SweptFrame {
-  Quad corners{};          ///< of the surface that the frame had to carry well
-  double gain = 0.0;       ///< `FrameFit::gain`
-  std::vector<bool> good;  ///< of the tracks used; empty where nothing told bad ones
+  std::shared_ptr<const Quad> corners;  ///< of the surface that the frame had to carry well
+  double gain = 0.0;                    ///< `FrameFit::gain`
+  std::vector<bool> good;               ///< of the tracks used; empty where nothing told bad ones
 };
 
 /// The choice of a model for the frames that no others may lean on, once all frames have been

@@ -81,6 +81,7 @@ bool contradicts(double squares, std::size_t pairs, const Noise& noise) {
 }
 
 MotionTrials::MotionTrials(std::vector<const Homography*> known) : known_(std::move(known)) {
+  frames_.reserve(known_.size());
   for (std::size_t f = 0; f < known_.size(); ++f) {
     if (known_[f] != nullptr) frames_.push_back(f);
   }

@@ -296,6 +296,7 @@ class ShotSolver {
 
   std::vector<NoiseEstimate> noises() const {
     std::vector<NoiseEstimate> frames;
+    frames.reserve(errors_.size());
     for (const FrameErrors& one : errors_) {
       if (std::isfinite(one.noise)) frames.push_back({one.noise * one.noise, one.freedom});
     }

@@ -174,7 +174,7 @@ void ShotSweeps::sweep(int step, int last, bool learns) {
     frame += step;
     const SurfaceMap& map = learning ? learning->map() : map_;
     Matches file = map.matchesIn(tracks_, frame);
-    const Quad corners = sweep.corners;
+    const std::shared_ptr<const Quad> corners = sweep.corners;
     const FrameFit fit =
         trusted_ ? fitByAll(fitter, base_, file, sweep) : fitHandedOver(fitter, base_, file, sweep);
     record(frame, file, fit, corners);
@@ -215,7 +215,8 @@ void ShotSweeps::chooseModels() {
       units_.lengthFromFit(kLikelySigma));
 }
 
-void ShotSweeps::record(int frame, const Matches& file, const FrameFit& fit, const Quad& corners) {
+void ShotSweeps::record(int frame, const Matches& file, const FrameFit& fit,
+                        const std::shared_ptr<const Quad>& corners) {
   FrameResult& result = frames_[static_cast<std::size_t>(frame - tracks_.firstFrame())];
   result = {};
   result.frame = frame;

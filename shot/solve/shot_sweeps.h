@@ -3,6 +3,7 @@
 #define SHOT_SOLVE_SHOT_SWEEPS_H
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -86,7 +87,8 @@ class ShotSweeps {
  private:
   void sweepBothWays(bool learns);
   void sweep(int step, int last, bool learns);
-  void record(int frame, const Matches& file, const FrameFit& fit, const Quad& corners);
+  void record(int frame, const Matches& file, const FrameFit& fit,
+              const std::shared_ptr<const Quad>& corners);
   std::size_t indexOf(const FrameResult& frame) const;
   int neighbourOf(int frame) const;
   void addRobust(const FrameFit& fit, FrameResult& result) const;

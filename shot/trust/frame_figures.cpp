@@ -31,8 +31,7 @@ FrameFigures baseFrameFigures(std::size_t quads) {
 FrameErrors errorsOf(const FrameFits& fits, const std::vector<Quad>& quads, Point front) {
   const Uncertainty uncertainty(fits);
   const CornerCovariances none = {kNoCovariance, kNoCovariance, kNoCovariance, kNoCovariance};
-  const std::vector<CornerCovariances> nothing(quads.size(), none);
-  FrameErrors errors{uncertainty.noise(), uncertainty.freedom(), nothing, nothing};
+  FrameErrors errors{uncertainty.noise(), uncertainty.freedom(), {quads.size(), {none, none}}};
   if (fits.good().model == Model::Held || !uncertainty.isDetermined()) return errors;
   const Jackknife ofLast = Jackknife::ofLast(fits);
   const Jackknife jackknife = ofLast.isDetermined() ? ofLast : Jackknife::ofGood(fits);
@@ -40,25 +39,27 @@ FrameErrors errorsOf(const FrameFits& fits, const std::vector<Quad>& quads, Poin
     for (std::size_t i = 0; i < 4; ++i) {
       const Point corner = quads[q][i];
       if (!onSameSide(fits.good().h, corner, front)) continue;
-      errors.ofOne[q][i] = uncertainty.unitCovarianceAt(corner);
-      errors.jackknife[q][i] = jackknife.covarianceAt(corner);
+      errors.quads[q].ofOne[i] = uncertainty.unitCovarianceAt(corner);
+      errors.quads[q].jackknife[i] = jackknife.covarianceAt(corner);
     }
   }
   return errors;
 }
 
 FrameFigures figuresOf(const FrameErrors& errors, const NoiseEstimate& shot) {
-  FrameFigures figures{errors.noise, errors.ofOne};
+  FrameFigures figures{errors.noise, {}};
+  figures.quads.reserve(errors.quads.size());
   const NoiseEstimate noise = pooled({errors.noise * errors.noise, errors.freedom}, shot);
   const double variance =
       noise.freedom > 0.0 ? noise.variance * estimatedNoiseFactor(noise.freedom) : kNoFigure;
-  for (std::size_t q = 0; q < figures.quads.size(); ++q) {
+  for (const FrameErrors::OfQuad& quad : errors.quads) {
+    CornerCovariances covariances;
     for (std::size_t i = 0; i < 4; ++i) {
-      Symmetric2& covariance = figures.quads[q][i];
-      covariance = times(variance, covariance);
-      const Symmetric2& other = errors.jackknife[q][i];
-      if (other.trace() > covariance.trace()) covariance = other;
+      const Symmetric2 ofNoise = times(variance, quad.ofOne[i]);
+      const Symmetric2& other = quad.jackknife[i];
+      covariances[i] = other.trace() > ofNoise.trace() ? other : ofNoise;
     }
+    figures.quads.push_back(covariances);
   }
   return figures;
 }
@@ -70,7 +71,7 @@ void takeJoint(const std::vector<Symmetric2>& joint, double lasting, const Frame
     for (std::size_t i = 0; i < 4; ++i) {
       Symmetric2& covariance = figures.quads[q][i];
       const Symmetric2& all = joint[4 * q + i];
-      const double own = variance * errors.ofOne[q][i].trace();
+      const double own = variance * errors.quads[q].ofOne[i].trace();
       const double ownShare = own > 0.0 ? std::min(own / all.trace(), 1.0) : 0.0;
       const double beyond = own > 0.0 ? std::max(1.0 - own / covariance.trace(), 0.0) : 1.0;
       covariance =

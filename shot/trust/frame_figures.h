@@ -35,10 +35,13 @@ struct FrameFigures {
 
 /// What a frame's own fit says of its errors. NaN where it says nothing.
 struct FrameErrors {
-  double noise = kNoFigure;                  ///< of its residuals
-  double freedom = 0.0;                      ///< `Uncertainty::freedom`
-  std::vector<CornerCovariances> ofOne;      ///< of each quad: what noise of 1 pixel makes of it
-  std::vector<CornerCovariances> jackknife;  ///< of each quad: by leaving out tracks
+  struct OfQuad {
+    CornerCovariances ofOne;      ///< what noise of 1 pixel makes of it
+    CornerCovariances jackknife;  ///< by leaving out tracks
+  };
+  double noise = kNoFigure;  ///< of its residuals
+  double freedom = 0.0;      ///< `Uncertainty::freedom`
+  std::vector<OfQuad> quads;
 };
 
 /// Of the base frame, whose transform is given.

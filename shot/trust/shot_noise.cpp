@@ -28,6 +28,8 @@ double inverseTrigamma(double y) { return (1.0 + std::sqrt(1.0 + 2.0 * y)) / (2.
 NoiseEstimate shotNoise(const std::vector<NoiseEstimate>& frames) {
   std::vector<double> variances;
   std::vector<double> freedoms;
+  variances.reserve(frames.size());
+  freedoms.reserve(frames.size());
   double all = 0.0;
   for (const NoiseEstimate& frame : frames) {
     if (!(frame.freedom > 0.0) || !(frame.variance > 0.0)) continue;
@@ -45,6 +47,7 @@ NoiseEstimate shotNoise(const std::vector<NoiseEstimate>& frames) {
 
 NoiseEstimate quietNoise(const std::vector<NoiseEstimate>& frames, const NoiseEstimate& likely) {
   std::vector<double> variances;
+  variances.reserve(frames.size());
   for (const NoiseEstimate& frame : frames) {
     if (!(frame.freedom > 0.0) || !(frame.variance > 0.0)) continue;
     const double part = 2.0 / (9.0 * frame.freedom);

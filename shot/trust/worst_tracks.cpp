@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 #include "shot/plane/median.h"
 
@@ -44,28 +45,37 @@ void WorstTracks::addFrame(int frame, const std::vector<TrackInfluence>& influen
     }
     greatest[place] = i;
   }
-  double deviation = kNone;
-  if (residuals_.size() >= kFewest) {
-    deviation = lowerMedian(residuals_) / kMedianOfLengths;
-    deviations_.push_back(deviation);
-  }
   for (std::size_t k = 0; k < kept; ++k) {
     const TrackInfluence& t = influences[greatest[k]];
-    entries_.push_back({t.track, frame, t.influence, unfitted(t), deviation});
+    entries_.push_back(
+        {t.track, static_cast<std::uint32_t>(frames_.size()), t.influence, unfitted(t)});
   }
+  const bool enough = residuals_.size() >= kFewest;
+  frames_.push_back({frame, enough ? lowerMedian(residuals_) / kMedianOfLengths : kNone});
+}
+
+// Of the frames that have one.
+double WorstTracks::usualDeviation() const {
+  std::vector<double> deviations;
+  deviations.reserve(frames_.size());
+  for (const Frame& frame : frames_) {
+    if (!std::isnan(frame.deviation)) deviations.push_back(frame.deviation);
+  }
+  return lowerMedian(std::move(deviations));
 }
 
 TrackStretch WorstTracks::judged(const Entry& entry, double usual) const {
-  const double deviation = entry.deviation < usual ? usual : entry.deviation;  // NaN stays
+  const Frame& frame = frames_[entry.frame];
+  const double deviation = frame.deviation < usual ? usual : frame.deviation;  // NaN stays
   const double off = entry.residual / deviation;
   const bool standsOut = off > kUnlikely && entry.moves > visible_;
-  return {entry.track, entry.frame, entry.frame, entry.frame, entry.moves, off, standsOut};
+  return {entry.track, frame.number, frame.number, frame.number, entry.moves, off, standsOut};
 }
 
 std::vector<TrackStretch> WorstTracks::worst(std::size_t count) {
-  const double usual = lowerMedian(deviations_);
-  std::sort(entries_.begin(), entries_.end(), [](const Entry& a, const Entry& b) {
-    return std::tie(a.track, a.frame) < std::tie(b.track, b.frame);
+  const double usual = usualDeviation();
+  std::sort(entries_.begin(), entries_.end(), [this](const Entry& a, const Entry& b) {
+    return std::make_pair(a.track, frameOf(a)) < std::make_pair(b.track, frameOf(b));
   });
   std::vector<bool> taken(entries_.size());  // into a stretch
   const auto isLeft = [&](const Entry& e) {
@@ -81,7 +91,7 @@ std::vector<TrackStretch> WorstTracks::worst(std::size_t count) {
     const auto peak = std::max_element(entries_.begin(), entries_.end(), less);
     if (!isLeft(*peak)) break;
     const auto joins = [&](const Entry& a, const Entry& b) {
-      return isLeft(b) && b.track == a.track && std::abs(b.frame - a.frame) == 1 &&
+      return isLeft(b) && b.track == a.track && std::abs(frameOf(b) - frameOf(a)) == 1 &&
              b.moves >= peak->moves / 2;
     };
     auto first = peak;
@@ -89,8 +99,8 @@ std::vector<TrackStretch> WorstTracks::worst(std::size_t count) {
     auto last = peak;
     while (last + 1 != entries_.end() && joins(*last, last[1])) ++last;
     result.push_back(judged(*peak, usual));
-    result.back().first = first->frame;
-    result.back().last = last->frame;
+    result.back().first = frameOf(*first);
+    result.back().last = frameOf(*last);
     std::fill(taken.begin() + (first - entries_.begin()),
               taken.begin() + (last + 1 - entries_.begin()), true);
   }

@@ -3,6 +3,7 @@
 #define SHOT_TRUST_WORST_TRACKS_H
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "shot/trust/influence.h"
@@ -38,7 +39,7 @@ class WorstTracks {
   /// \param frames   there is room for as many without more memory
   explicit WorstTracks(double visible, std::size_t frames = 0) : visible_(visible) {
     entries_.reserve(kPerFrame * frames);
-    deviations_.reserve(frames);
+    frames_.reserve(frames);
   }
 
   /// Each frame once, in any order; tracks of NaN or no influence are passed over.
@@ -55,19 +56,24 @@ class WorstTracks {
   static constexpr double kUnlikely = 6.0;
 
  private:
+  struct Frame {
+    int number;
+    double deviation;  // of its residuals; NaN among too few
+  };
   struct Entry {
     int track;
-    int frame;
+    std::uint32_t frame;  // its index
     double moves;
     double residual;
-    double deviation;  // of the frame's residuals
   };
+  int frameOf(const Entry& entry) const { return frames_[entry.frame].number; }
+  double usualDeviation() const;
   TrackStretch judged(const Entry& entry, double usual) const;
 
   double visible_;
+  std::vector<Frame> frames_;
   std::vector<Entry> entries_;
-  std::vector<double> deviations_;  // of the frames that have one
-  std::vector<double> residuals_;   // room for those of a frame
+  std::vector<double> residuals_;  // room for those of a frame
 };
 
 }  // namespace cornerpin

@@ -27,10 +27,8 @@ const Symmetric2 kLong = {1, 0.5, 2};  // of noise 1
 
 // The same for each corner.
 FrameErrors errorsWith(double noise, double freedom, const Symmetric2& jackknife) {
-  return {noise,
-          freedom,
-          {{kLong, kLong, kLong, kLong}},
-          {{jackknife, jackknife, jackknife, jackknife}}};
+  const CornerCovariances ofOne = {kLong, kLong, kLong, kLong};
+  return {noise, freedom, {{ofOne, {jackknife, jackknife, jackknife, jackknife}}}};
 }
 
 FrameErrors errorsIn(const lists::Frame& frame, const Quad& corners, Point front) {
@@ -66,8 +64,8 @@ TEST(ErrorsOf, AShiftAreThoseOfAMeanInEveryCorner) {
   EXPECT_NEAR(errors.noise, std::sqrt(4.5), 1e-12);
   EXPECT_EQ(errors.freedom, 2.0);
   for (std::size_t c = 0; c < 4; ++c) {
-    expectNear(errors.ofOne[0][c], {1, 0, 1});
-    expectNear(errors.jackknife[0][c], {0, 0, 9});
+    expectNear(errors.quads[0].ofOne[c], {1, 0, 1});
+    expectNear(errors.quads[0].jackknife[c], {0, 0, 9});
   }
 }
 
@@ -75,8 +73,8 @@ TEST(ErrorsOf, AHeldFrameAreNotKnown) {
   lists::Frame frame = {Model::Held, kIdentity, {{{-3, 0}, {7, -3}}, {{3, 0}, {13, 3}}}};
   const Quad corners = {{{0, 0}, {50, 0}, {50, 60}, {0, 60}}};
   const FrameErrors errors = errorsIn(frame, corners, {0, 0});
-  EXPECT_TRUE(std::isnan(errors.ofOne[0][0].xx));
-  EXPECT_TRUE(std::isnan(errors.jackknife[0][0].xx));
+  EXPECT_TRUE(std::isnan(errors.quads[0].ofOne[0].xx));
+  EXPECT_TRUE(std::isnan(errors.quads[0].jackknife[0].xx));
   EXPECT_EQ(errors.freedom, 0.0);
 }
 
