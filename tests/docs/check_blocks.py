@@ -120,9 +120,10 @@ def prepare(shell, blocks):
     write("few.csv", 50, 65, 951)
     write("tracks/sh010.csv", 50, 60)
     write("tracks/sh020.csv", 40, 81)
+    write("shots/sh010.csv", 50, 65)
+    write("shots/sh020.csv", 50, 65)
     facts = "--size 1920x1080 --y-down --pixel-center 0.5 --first-frame 1001"
-    (folder / "shots").mkdir()
-    for name in ("sign.nk", "shot.nk", "tracks.2dt", "shots/sh010.nk", "shots/sh020.nk"):
+    for name in ("sign.nk", "shot.nk", "tracks.2dt"):
         shell.must(f"cornerpin convert few.csv {name} {facts}")
     for picture in (SOURCE / "data/planks_pictures").glob("*.jpg"):
         number = picture.stem[-4:]
