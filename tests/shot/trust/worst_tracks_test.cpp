@@ -40,6 +40,17 @@ TEST(WorstTracks, JoinsAStretchDownToHalfItsPeak) {
   EXPECT_EQ(list[1].last, 64);
 }
 
+TEST(WorstTracks, JoinsFramesWhicheverCameFirst) {
+  WorstTracks worst(0.0, 4);
+  for (int frame : {61, 62, 60, 59}) add(worst, frame, {1, frame == 61 ? 8.0 : 5.0});
+  const auto list = worst.worst(1);
+  ASSERT_EQ(list.size(), 1u);
+  EXPECT_EQ(list[0].first, 59);
+  EXPECT_EQ(list[0].last, 62);
+  EXPECT_EQ(list[0].peak, 61);
+  EXPECT_EQ(worst.worst(1).front().last, 62);  // asked again
+}
+
 TEST(WorstTracks, JoinsWhatIsHalfThePeakToTheBit) {
   WorstTracks worst(0.0);
   add(worst, 1, {std::nextafter(4.0, 0.0)});
