@@ -21,10 +21,12 @@ double varianceOf(const Points& points, const Quad& surface) {
 ObservationsOf observationsOf(const Tracks& tracks) {
   return [&tracks](std::size_t frame) {
     const Tracks::Range seen = tracks.inFrame(tracks.firstFrame() + static_cast<int>(frame));
-    Matches matches;
-    matches.reserve(static_cast<std::size_t>(seen.last - seen.first));
+    const auto isSeen = [](const Observation& o) { return o.weight > 0.0f; };
+    Matches matches(static_cast<std::size_t>(std::count_if(seen.begin(), seen.end(), isSeen)));
+    std::size_t next = 0;
     for (const Observation& o : seen) {
-      if (o.weight > 0.0f) matches.add({{}, {o.x, o.y}, static_cast<double>(o.weight), o.track});
+      if (!isSeen(o)) continue;
+      matches.set(next++, {{}, {o.x, o.y}, static_cast<double>(o.weight), o.track});
     }
     return matches;
   };
