@@ -157,6 +157,7 @@ bool CsvRecords::nextLine() {
     next_ = filled_;
     return length_ > 0;
   }
+  if (length_ > kLongest) fail(fmt::format("the line is longer than {} bytes", kLongest));
   next_ = begin_ + length_ + 1;
   countLine();
   return true;

@@ -89,7 +89,11 @@ TEST(CsvRecords, RefusesWhatIsLongerThanFourMegabytes) {
   std::string lines = "\"";
   while (lines.size() < 5'000'000) lines += "b,c\n";
   EXPECT_EQ(refusal("a\n" + lines), ":2: a quote is not closed in 4194304 bytes");
-  EXPECT_EQ(refusal("a\n" + std::string(4'000'000, 'x')), "accepted");
+  const std::string most(CsvRecords::kLongest, 'x');
+  for (const char* more : {"", "\n", "\nb\nc\n"}) {
+    EXPECT_EQ(refusal("a\n" + most + more), "accepted");
+    EXPECT_EQ(refusal("a\nx" + most + more), ":2: the line is longer than 4194304 bytes");
+  }
 }
 
 // The worst of them: nothing but separators.
