@@ -165,7 +165,7 @@ const std::vector<FormatFacts>& allFormats() {
       {Format::Paths, "paths", "normalised paths", "", kYes, kNo, kNo,
        scaled(Scale::AboutZero, YAxis::Down, 0.0)},
       {Format::Rz2, "rz2", "point tracks with confidence", ".rz2", kYes, kNo, kNo, downward},
-      {Format::Uv, "uv", "tracks in units of the picture", "", kYes, kYes, kNo,
+      {Format::Uv, "uv", "JSON in units of the picture", "", kYes, kYes, kNo,
        scaled(Scale::Picture, YAxis::Up, 0.5)},
       {Format::Blender, "blender", "a Python script for Blender", "", kNo, kNo, kYes,
        scaled(Scale::Picture, YAxis::Up, 0.5)},
