@@ -64,7 +64,7 @@ TEST(Result, HasTheFramesOfTheJson) {
     const json& j = all[i];
     EXPECT_EQ(frame.frame, j["frame"]);
     EXPECT_EQ(screen().frameNumbers()[i], j["frame"]);
-    EXPECT_EQ(frame.status, j["status"]);
+    EXPECT_EQ(frame.status, j["status"].get<std::string>());
     EXPECT_EQ(frame.model, textOr(j, "model"));
     EXPECT_EQ(frame.onTop, j.value("on_top", false));
     EXPECT_EQ(frame.keptFrom, j.value("kept_from", std::vector<int>()));
@@ -84,8 +84,8 @@ TEST(Result, HasTheFramesOfTheJson) {
     expectNumber(frame.expectedError, j["expected_error"]);
     ASSERT_EQ(frame.doubts.size(), j["doubts"].size());
     for (std::size_t d = 0; d < frame.doubts.size(); ++d) {
-      EXPECT_EQ(frame.doubts[d].code, j["doubts"][d]["code"]);
-      EXPECT_EQ(frame.doubts[d].text, j["doubts"][d]["text"]);
+      EXPECT_EQ(frame.doubts[d].code, j["doubts"][d]["code"].get<std::string>());
+      EXPECT_EQ(frame.doubts[d].text, j["doubts"][d]["text"].get<std::string>());
     }
     EXPECT_EQ(frame.smoothed, j["smoothed"]);
     EXPECT_EQ(frame.filled, j["filled"]);
@@ -101,7 +101,7 @@ TEST(Result, HasTheQuadsOfTheJson) {
   const std::vector<Quad> quads = screen().quads();
   ASSERT_EQ(quads.size(), 2u);
   for (std::size_t q = 0; q < quads.size(); ++q) {
-    EXPECT_EQ(quads[q].name, screenJson()["quads"][q]["name"]);
+    EXPECT_EQ(quads[q].name, screenJson()["quads"][q]["name"].get<std::string>());
     const std::vector<double> corners = screen().corners(q);
     const std::vector<double> covariance = screen().covariance(q);
     const std::vector<double> deviation = screen().deviation(q);
@@ -141,7 +141,7 @@ TEST(Result, HasTheTracksOfTheJson) {
   const json& all = screenJson()["tracks"];
   ASSERT_EQ(tracks.size(), all.size());
   for (std::size_t t = 0; t < tracks.size(); ++t) {
-    EXPECT_EQ(tracks[t].name, all[t]["name"]);
+    EXPECT_EQ(tracks[t].name, all[t]["name"].get<std::string>());
     EXPECT_EQ(tracks[t].x, all[t]["place"][0]);
     EXPECT_EQ(tracks[t].y, all[t]["place"][1]);
     for (std::size_t k = 0; k < 4; ++k)
@@ -167,7 +167,7 @@ TEST(Result, HasAllElseOfTheJson) {
       EXPECT_EQ(between[i].transform[k], j["between"][i]["h"][k / 3][k % 3]);
   }
   const Result chosen = solve(readTracks(kScreen));
-  EXPECT_EQ(chosen.baseWhy(), json::parse(chosen.toJson())["base_why"]);
+  EXPECT_EQ(chosen.baseWhy(), json::parse(chosen.toJson())["base_why"].get<std::string>());
 }
 
 TEST(Result, HasTheWorstAndTheLeftOutTracksAndTheAdviceOfTheJson) {
@@ -179,8 +179,8 @@ TEST(Result, HasTheWorstAndTheLeftOutTracksAndTheAdviceOfTheJson) {
   ASSERT_EQ(leftOut.size(), j["left_out_tracks"].size());
   ASSERT_FALSE(leftOut.empty());
   for (std::size_t i = 0; i < leftOut.size(); ++i) {
-    EXPECT_EQ(leftOut[i].name, j["left_out_tracks"][i]["name"]);
-    EXPECT_EQ(leftOut[i].why, j["left_out_tracks"][i]["why"]);
+    EXPECT_EQ(leftOut[i].name, j["left_out_tracks"][i]["name"].get<std::string>());
+    EXPECT_EQ(leftOut[i].why, j["left_out_tracks"][i]["why"].get<std::string>());
   }
   const auto isDropped = [](const LeftOutTrack& track) { return track.why == "dropped"; };
   const auto dropped = std::find_if(leftOut.begin(), leftOut.end(), isDropped);
@@ -191,7 +191,7 @@ TEST(Result, HasTheWorstAndTheLeftOutTracksAndTheAdviceOfTheJson) {
   ASSERT_FALSE(worst.empty());
   for (std::size_t i = 0; i < worst.size(); ++i) {
     const json& own = j["worst_tracks"][i];
-    EXPECT_EQ(worst[i].track, own["track"]);
+    EXPECT_EQ(worst[i].track, own["track"].get<std::string>());
     EXPECT_EQ(worst[i].first, own["first"]);
     EXPECT_EQ(worst[i].last, own["last"]);
     EXPECT_EQ(worst[i].peak, own["peak"]);
@@ -205,7 +205,7 @@ TEST(Result, HasTheWorstAndTheLeftOutTracksAndTheAdviceOfTheJson) {
   for (std::size_t i = 0; i < advice.size(); ++i) {
     EXPECT_EQ(advice[i].first, j["advice"][i]["first"]);
     EXPECT_EQ(advice[i].last, j["advice"][i]["last"]);
-    EXPECT_EQ(advice[i].text, j["advice"][i]["text"]);
+    EXPECT_EQ(advice[i].text, j["advice"][i]["text"].get<std::string>());
   }
 }
 
@@ -230,7 +230,7 @@ TEST(Result, TellsTheFileOfItsTracks) {
   EXPECT_EQ(input->name, "screen4.csv");
   EXPECT_EQ(input->format, "csv");
   const auto json = nlohmann::json::parse(result.toJson())["input"];
-  EXPECT_EQ(input->sha256, json["sha256"]);
+  EXPECT_EQ(input->sha256, json["sha256"].get<std::string>());
   EXPECT_EQ(input->rows, json["rows"]);
   EXPECT_FALSE(solve(tracksFromArrays(plain::pan().given())).input());
 }
