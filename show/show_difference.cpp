@@ -12,6 +12,8 @@
 #include <limits>
 #include <set>
 #include <sstream>
+#include <string_view>
+#include <system_error>
 
 #include "show/wording.h"
 
@@ -23,19 +25,13 @@ namespace {
 
 using Names = std::set<std::string>;
 
+// Of a result that was written as a whole.
+constexpr const char* kBeginning = "{\"cornerpin\":";
+constexpr std::string_view kEnd = "]}\n";
 constexpr double kEndless = std::numeric_limits<double>::infinity();
 
-// The shots whose records are in a folder.
 Names shotsIn(const std::string& folder) {
-  const std::string ending = recordNameOf("");
-  Names names;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    const std::string name = entry.path().filename().string();
-    const std::size_t stem = name.size() - std::min(name.size(), ending.size());
-    if (stem > 0 && name.compare(stem, ending.size(), ending) == 0) {
-      names.insert(name.substr(0, stem));
-    }
-  }
+  Names names = recordedShots(folder);
   if (names.empty()) refuseFile(folder, 0, "there is no record of a batch in this folder");
   return names;
 }
@@ -47,7 +43,10 @@ std::vector<std::string> without(const Names& names, const Names& others) {
   return left;
 }
 
+// Empty where there is no plain file.
 std::string bytesOf(const std::string& path) {
+  std::error_code ignored;
+  if (!fs::is_regular_file(path, ignored)) return "";
   std::ostringstream bytes;
   bytes << std::ifstream(path, std::ios::binary).rdbuf();
   return bytes.str();
@@ -106,7 +105,10 @@ std::optional<ShotDifference> differenceOfShot(const std::string& name, const st
                           kEndless};
   }
   const std::string file = name + ".json";
-  if (bytesOf(in(first, file)) == bytesOf(in(second, file))) return std::nullopt;
+  const std::string bytes = bytesOf(in(first, file));
+  const bool mayBeResult = bytes.rfind(kBeginning, 0) == 0 &&
+                           bytes.compare(bytes.size() - kEnd.size(), kEnd.size(), kEnd) == 0;
+  if (mayBeResult && bytes == bytesOf(in(second, file))) return std::nullopt;
   const shot::ResultDifference difference =
       shot::compare(shot::readResult(in(first, file)), shot::readResult(in(second, file)), most);
   if (!difference.isDifferent || difference.onlyProgram) return std::nullopt;

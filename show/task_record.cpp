@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "show/task_record.h"
 
+#include <algorithm>
+#include <filesystem>
+
 namespace cornerpin {
 
 namespace {
@@ -62,6 +65,19 @@ std::string recordText(const TaskRecord& record) {
   return jsonLine(json) + "\n";
 }
 
+std::set<std::string> recordedShots(const std::string& folder) {
+  const std::string ending = recordNameOf("");
+  std::set<std::string> shots;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const std::string name = entry.path().filename().string();
+    const std::size_t stem = name.size() - std::min(name.size(), ending.size());
+    if (stem > 0 && name.compare(stem, ending.size(), ending) == 0) {
+      shots.insert(name.substr(0, stem));
+    }
+  }
+  return shots;
+}
+
 TaskRecord readRecord(const std::string& path) {
   const LinedJsonFile file(path);
   const LinedJson& whole = file.whole();
@@ -80,6 +96,9 @@ TaskRecord readRecord(const std::string& path) {
                     textOrEmpty(program.at("commit"))};
   record.state = stateIn(whole.at("state"));
   record.message = textOrEmpty(whole.at("message"));
+  if (record.state != ShotState::Failed && whole.at("figures").isNull()) {
+    whole.at("figures").refuse("a shot that did not fail has figures");
+  }
   if (!whole.at("figures").isNull()) record.figures = figuresIn(whole.at("figures"));
   return record;
 }

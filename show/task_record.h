@@ -3,6 +3,7 @@
 #define SHOW_TASK_RECORD_H
 
 #include <optional>
+#include <set>
 #include <string>
 
 #include "show/shot_figures.h"
@@ -25,6 +26,9 @@ struct TaskRecord {
 
 /// As JSON, with a line end.
 std::string recordText(const TaskRecord& record);
+
+/// The names of the shots whose records are in a folder.
+std::set<std::string> recordedShots(const std::string& folder);
 
 /// Throws `shot::InputError` for what is no record.
 TaskRecord readRecord(const std::string& path);

@@ -4,6 +4,7 @@
 #include <cornerpin/shot.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/files.h"
@@ -45,6 +46,7 @@ struct Batch {
     TaskRecord record;
     record.task.name = name;
     record.state = state;
+    if (state != ShotState::Failed) record.figures.emplace();
     writeFile(folder / recordNameOf(name), recordText(record));
   }
 };
@@ -132,4 +134,11 @@ TEST(ShowDifference, NeedsRecordsAndTheirResults) {
   EXPECT_THROW(textOf(first, second), shot::InputError);
   second.write("a", ShotState::Solved);
   EXPECT_THROW(textOf(first, second), shot::InputError);
+  // Nor is nothing, or what is no result, the same as itself.
+  std::filesystem::remove(first.folder / "a.json");
+  EXPECT_THROW(textOf(first, second), shot::InputError);
+  for (const char* text : {"", "notes", "{\"cornerpin\":2,\n"}) {
+    writeFile(first.folder / "a.json", text);
+    EXPECT_THROW(textOf(first, first), shot::InputError) << text;
+  }
 }
