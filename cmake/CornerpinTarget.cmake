@@ -20,6 +20,11 @@ function(cornerpin_target target)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 17)
       target_compile_options(${target} PRIVATE -Wno-deprecated-declarations)
     endif()
+    # GCC 12 reports what its own std::string does in C++20.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13
+       AND standard GREATER 17)
+      target_compile_options(${target} PRIVATE -Wno-restrict)
+    endif()
   elseif(MSVC)
     target_compile_options(${target} PRIVATE /W4 /fp:precise
                                              $<$<BOOL:${CORNERPIN_WARNINGS_AS_ERRORS}>:/WX>)

@@ -120,7 +120,9 @@ const std::vector<LinedJson>& LinedJson::items() const {
 
 const std::string& LinedJson::text() const {
   if (!scalar_.is_string()) refuseValue("a text is needed");
-  return scalar_.get_ref<const std::string&>();
+  const auto& text = scalar_.get_ref<const std::string&>();
+  if (text.find('\0') != std::string::npos) refuse("a text must not hold the character 0");
+  return text;
 }
 
 bool LinedJson::flag() const {

@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kHidden = ".cornerpin-batch-";
+constexpr const char* kWork = "work-";
+constexpr const char* kFile = "file-";
 constexpr int kTries = 100;
 
 [[noreturn]] void fail(const std::string& path) {
@@ -86,14 +88,19 @@ void OutputFolder::makeHidden() {
   fail(hidden_);
 }
 
+// Of what is made: a shot may be called like another one's file.
+std::string OutputFolder::madeIn(const char* kind, const std::string& name) const {
+  return (fs::path(hidden_) / (kind + name)).string();
+}
+
 std::string OutputFolder::beginWork(const std::string& name) {
-  const fs::path work = fs::path(hidden_) / name;
+  const fs::path work = madeIn(kWork, name);
   fs::remove_all(work);
   fs::create_directory(work);
   return work.string();
 }
 
-void OutputFolder::endWork(const std::string& name) { fs::remove_all(fs::path(hidden_) / name); }
+void OutputFolder::endWork(const std::string& name) { fs::remove_all(madeIn(kWork, name)); }
 
 void OutputFolder::place(const std::string& work, const std::vector<std::string>& names) {
   for (const std::string& name : names) fs::rename(fs::path(work) / name, *this / name);
@@ -102,24 +109,24 @@ void OutputFolder::place(const std::string& work, const std::vector<std::string>
 void OutputFolder::write(const std::string& name, const std::string& text) {
   make(name, text);
   flush(name);
-  place(hidden_, {name});
+  fs::rename(madeIn(kFile, name), *this / name);
 }
 
 void OutputFolder::writeQuickly(const std::string& name, const std::string& text) {
   make(name, text);
-  place(hidden_, {name});
+  fs::rename(madeIn(kFile, name), *this / name);
 }
 
 void OutputFolder::make(const std::string& name, const std::string& text) {
   errno = 0;
-  std::ofstream file(fs::path(hidden_) / name, std::ios::binary | std::ios::trunc);
+  std::ofstream file(madeIn(kFile, name), std::ios::binary | std::ios::trunc);
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
   file.close();
   if (!file) fail(*this / name);
 }
 
 void OutputFolder::flush(const std::string& name) {
-  const int fd = ::open((fs::path(hidden_) / name).c_str(), O_WRONLY | O_CLOEXEC);
+  const int fd = ::open(madeIn(kFile, name).c_str(), O_WRONLY | O_CLOEXEC);
   const bool isFlushed = fd >= 0 && ::fsync(fd) == 0;
   const int code = errno;
   if (fd >= 0) ::close(fd);

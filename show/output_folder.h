@@ -47,6 +47,7 @@ class OutputFolder {
  private:
   void removeUnused();
   void makeHidden();
+  std::string madeIn(const char* kind, const std::string& name) const;
   void make(const std::string& name, const std::string& text);
   void flush(const std::string& name);
 

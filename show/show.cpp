@@ -102,6 +102,12 @@ std::string flawOfShotName(const std::string& name) {
         "control characters, no dot in front",
         inQuotes(name));
   }
+  const std::string ofRecords = ".task";
+  if (name.size() >= ofRecords.size() &&
+      name.compare(name.size() - ofRecords.size(), ofRecords.size(), ofRecords) == 0) {
+    return fmt::format("{} cannot be a shot's name: its result would be called like a record",
+                       inQuotes(name));
+  }
   if (name.size() > kLongestName) {
     return fmt::format("the shot's name {} is longer than {} bytes", inQuotes(name), kLongestName);
   }

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <system_error>
 #include <utility>
@@ -64,7 +65,11 @@ class ShowRun {
  public:
   ShowRun(const Show& show, const RunOptions& options, OutputFolder& folder,
           const shot::Progress& progress)
-      : show_(show), options_(options), folder_(folder), progress_(progress) {}
+      : show_(show), options_(options), folder_(folder), progress_(progress) {
+    for (const ShowShot& shot : show.shots) {
+      for (const std::string& file : filesOf(show, shot)) files_.insert(file);
+    }
+  }
 
   RunCounts run() {
     const std::size_t last = std::min(options_.last, show_.shots.size() - 1);
@@ -98,7 +103,9 @@ class ShowRun {
     std::error_code ignored;
     if (!fs::exists(path, ignored)) return std::nullopt;
     try {
-      return readRecord(path);
+      TaskRecord record = readRecord(path);
+      if (record.task.name == shot) return record;
+      return std::nullopt;
     } catch (const shot::InputError&) {
       return std::nullopt;
     }
@@ -113,6 +120,18 @@ class ShowRun {
     });
   }
 
+  // Those of a shot's record that can be its own; somebody may have written in it.
+  static std::vector<std::string> filesIn(const TaskRecord& record) {
+    const std::string& name = record.task.name;
+    std::vector<std::string> files;
+    for (const std::string& file : record.task.files) {
+      const bool isOwn = file.rfind(name + ".", 0) == 0 && file.find('/') == std::string::npos &&
+                         file != recordNameOf(name);
+      if (isOwn) files.push_back(file);
+    }
+    return files;
+  }
+
   void begin(std::size_t i) {
     const ShowShot& shot = show_.shots[i];
     Job job;
@@ -123,9 +142,9 @@ class ShowRun {
         report();
         return;
       }
-      job.replaced = record->task.files;
+      job.replaced = filesIn(*record);
     }
-    folder_.remove({kShowFile, kShowPage, recordNameOf(shot.name)});
+    folder_.remove({kShowFile, kShowPage});
     if (const std::string flaw = flawOf(shot); !flaw.empty()) {
       fail(job, flaw);
       return;
@@ -207,7 +226,9 @@ class ShowRun {
       fail(job, "the process ended without its files: " + text.substr(text.rfind('/') + 1));
       return;
     }
-    removeReplaced(job, job.task.files);
+    // Whoever is killed in between leaves no record of other files than those that are there.
+    folder_.remove({recordNameOf(job.task.name)});
+    removeReplaced(job, true);
     folder_.place(job.work, job.task.files);
     write({job.task, options_.version, state, "", figures});
   }
@@ -218,17 +239,18 @@ class ShowRun {
     }
   }
 
-  // But for those that are made again.
-  void removeReplaced(const Job& job, const std::vector<std::string>& made) {
+  // But for those of other shots.
+  void removeReplaced(const Job& job, bool isMadeAgain) {
+    const std::vector<std::string>& own = job.task.files;
     for (const std::string& file : job.replaced) {
-      const bool isName = flawOfShotName(file).empty();  // a record that somebody has written
-      if (isName && std::find(made.begin(), made.end(), file) == made.end()) folder_.remove({file});
+      const bool isOwn = std::find(own.begin(), own.end(), file) != own.end();
+      if (isOwn ? !isMadeAgain : files_.count(file) == 0) folder_.remove({file});
     }
   }
 
+  // What no record tells of is somebody else's.
   void fail(const Job& job, const std::string& message) {
-    removeReplaced(job, {});
-    folder_.remove(job.task.files);
+    removeReplaced(job, false);
     write({job.task, options_.version, ShotState::Failed, message, std::nullopt});
   }
 
@@ -242,6 +264,7 @@ class ShowRun {
   const RunOptions& options_;
   OutputFolder& folder_;
   const shot::Progress& progress_;
+  std::set<std::string> files_;  // of all shots
   std::map<std::size_t, Job> jobs_;
   std::size_t total_ = 0;
   RunCounts counts_;

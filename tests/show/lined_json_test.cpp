@@ -74,6 +74,11 @@ TEST(LinedJson, RefusesValuesWithFileLinePlaceAndValue) {
             "a.json:1: a list is needed, not an object");
 }
 
+TEST(LinedJson, RefusesTextsThatOthersWouldCutOff) {
+  EXPECT_EQ(refusalOf("{\"a\":\n\"b\\u0000c\"}", [](const LinedJson& w) { w.at("a").text(); }),
+            "a.json:2: a: a text must not hold the character 0");
+}
+
 TEST(LinedJson, TakesNumbersOfTheirKind) {
   const TemporaryFolder folder;
   writeFile(folder / "a.json", "[-2147483648, 2147483647, 7, 0.5, null]");
@@ -142,9 +147,10 @@ TEST(LinedJson, RefusesGzipFilesThatGrowTooMuch) {
     const LinedJsonFile file(path);
     FAIL() << "taken";
   } catch (const shot::InputError& error) {
-    EXPECT_EQ(std::string(error.what()).substr(path.size()),
-              ": the gzip data inflates to more than 100 times its size: unpack the file if that is "
-              "right");
+    EXPECT_EQ(
+        std::string(error.what()).substr(path.size()),
+        ": the gzip data inflates to more than 100 times its size: unpack the file if that is "
+        "right");
   }
   writeGzip(path, "[]" + spaces.substr(0, spaces.size() / 4));
   EXPECT_TRUE(LinedJsonFile(path).whole().items().empty());

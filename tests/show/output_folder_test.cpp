@@ -49,6 +49,17 @@ TEST(OutputFolder, EmptiesWhatIsWorkedInAgain) {
   EXPECT_TRUE(fs::is_empty(out.beginWork("a")));
 }
 
+TEST(OutputFolder, WritesAFileThatIsCalledLikeWhatIsWorkedIn) {
+  const TemporaryFolder folder;
+  OutputFolder out(folder.path().string());
+  const std::string work = out.beginWork("a");
+  writeFile(work + "/b", "1");
+  out.write("a", "text");
+  out.writeQuickly("a", "other");
+  EXPECT_EQ(readFile(folder / "a"), "other");
+  EXPECT_EQ(readFile(work + "/b"), "1");
+}
+
 TEST(OutputFolder, WritesAndRemovesFiles) {
   const TemporaryFolder folder;
   OutputFolder out(folder.path().string());

@@ -110,6 +110,56 @@ TEST(ShowRun, KeepsNoFilesOfAShotThatFails) {
   EXPECT_EQ(made.out.entryCount(), 1u);
 }
 
+TEST(ShowRun, LeavesAFailedShotFilesThatNoRecordTellsOf) {
+  Made made(0);
+  made.add("a", "track,frame,x,y\n");
+  made.show.exports = {{"csv", ""}};
+  writeFile(made.out / "a.json", "somebody's");
+  writeFile(made.out / "a.csv", "somebody's");
+  made.run();
+  EXPECT_EQ(made.record("a").state, ShotState::Failed);
+  EXPECT_EQ(readFile(made.out / "a.json"), "somebody's");
+  EXPECT_EQ(readFile(made.out / "a.csv"), "somebody's");
+}
+
+TEST(ShowRun, RemovesNoFilesOfOthersThatARecordNames) {
+  Made made(0);
+  made.add("a.b", smallShot(1));
+  made.add("a", smallShot(2));
+  made.options.workers = 1;
+  made.run();
+  std::string text = readFile(made.out / "a.task.json");
+  const std::string own = "\"a.json\"";
+  text.replace(text.find(own), own.size(),
+               "\"a.json\",\"a.old\",\"a.b.json\",\"a.task.json\",\"x.json\",\"a./../x.json\"");
+  writeFile(made.out / "a.task.json", text);
+  writeFile(made.out / "a.old", "");
+  writeFile(made.out / "x.json", "somebody's");
+  for (const char* input : {"", "broken\n"}) {
+    writeFile(made.in / "a.csv", smallShot(3) + input);
+    made.run();
+    EXPECT_FALSE(fs::exists(made.out / "a.old"));
+    EXPECT_TRUE(fs::exists(made.out / "a.b.json"));
+    EXPECT_TRUE(fs::exists(made.out / "x.json"));
+  }
+  EXPECT_EQ(made.record("a").state, ShotState::Failed);
+  EXPECT_FALSE(fs::exists(made.out / "a.json"));
+}
+
+TEST(ShowRun, DoesAgainWhatHasTheRecordOfAnother) {
+  Made made(2);
+  made.run();
+  std::string text = readFile(made.out / "sh1.task.json");
+  const std::string name = "\"name\":\"sh1\"";
+  text.replace(text.find(name), name.size(), "\"name\":\"sh0\"");
+  writeFile(made.out / "sh1.task.json", text);
+  EXPECT_EQ(doneAndKept(made), Counts(1, 1));
+  text = readFile(made.out / "sh1.task.json");
+  const std::size_t figures = text.find("\"figures\":") + 10;
+  writeFile(made.out / "sh1.task.json", text.substr(0, figures) + "null}\n");
+  EXPECT_EQ(doneAndKept(made), Counts(1, 1));
+}
+
 TEST(ShowRun, DoesAFailedShotAgainWhenAskedToOrWhenItsKeyDiffers) {
   Made made(1);
   fs::remove(made.in / "sh0.csv");

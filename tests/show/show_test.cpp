@@ -74,7 +74,7 @@ TEST(ShotName, CanBeAFiles) {
   for (const char* name : {"a", "sh 010", "sh010.v2", "\xc3\xa4", "-x"}) {
     EXPECT_EQ(flawOfShotName(name), "") << name;
   }
-  for (const char* name : {"", ".", "..", ".a", "a/b", "a\\b", "a\nb", "\x7f"}) {
+  for (const char* name : {"", ".", "..", ".a", "a/b", "a\\b", "a\nb", "\x7f", "a.task"}) {
     EXPECT_NE(flawOfShotName(name), "") << name;
   }
   EXPECT_EQ(flawOfShotName(std::string(200, 'a')), "");
@@ -99,8 +99,8 @@ TEST(CheckNames, RefusesTwoShotsOfOneFile) {
 
 TEST(CheckNames, RefusesNamesOfRecordsAndOfTheWholeBatch) {
   EXPECT_EQ(refusalOf(showOf({"a", "a.task"})),
-            "the shots of \"a.csv\" and \"a.task.csv\" would both write \"a.task.json\": name one "
-            "of them otherwise");
+            "a.task.csv: \"a.task\" cannot be a shot's name: its result would be called like a "
+            "record");
   EXPECT_EQ(refusalOf(showOf({"batch"})),
             "the shots of \"the whole batch\" and \"batch.csv\" would both write \"batch.json\": "
             "name one of them otherwise");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -197,7 +198,9 @@ TEST(BatchCommand, RefusesOptionsBeforeAnythingIsRun) {
   EXPECT_EQ(refusal("\"options\": {\"loss\": \"tuckey\"}"),
             "--loss takes tukey, cauchy, huber or none, not \"tuckey\": did you mean tukey?\n");
   EXPECT_EQ(refusal("\"options\": {\"fill\": \"please\"}"),
-            "--fill takes no value: did you mean --fill?\n");
+            "--fill takes no value: give true or false\n");
+  EXPECT_EQ(refusal("\"options\": {\"output=x\": true}"), "solve has no option \"output=x\"\n");
+  EXPECT_EQ(refusal("\"options\": {\"\": true}"), "solve has no option \"\"\n");
   EXPECT_EQ(refusal("\"options\": {\"base\": true}"), "--base wants a value: --base FRAME\n");
   EXPECT_EQ(refusal("\"options\": {\"base\": [1, 2]}"),
             "--base is given more than once: leave one out\n");
@@ -226,6 +229,14 @@ TEST(BatchCommand, RefusesWhatMakesNoSense) {
             "cornerpin: --workers takes a whole number from 1 to 1024, not \"0\"\n");
   EXPECT_EQ(refusal({in, "-o", out, "--time-limit", "1.5"}),
             "cornerpin: --time-limit takes a whole number from 1 to 1000000000, not \"1.5\"\n");
+  EXPECT_EQ(refusal({in, "-o", out, "--print-commands", "--time-limit", "x"}),
+            "cornerpin: --time-limit takes a whole number from 1 to 1000000000, not \"x\"\n");
+  EXPECT_EQ(refusal({in, "-o", out, "--chunk", "0"}),
+            "cornerpin: --chunk takes a whole number from 1 to 1000000, not \"0\"\n");
+  EXPECT_EQ(refusal({in, "-o", out + "\n", "--print-commands"}),
+            "cornerpin: \"" + out +
+                "?\" holds a control character, which no command on a line can: call it "
+                "otherwise\n");
   EXPECT_EQ(refusal({in, "-o", out, "--scheduler=tcp://h:1", "--chunk", "0"}),
             "cornerpin: --chunk takes a whole number from 1 to 1000000, not \"0\"\n");
   EXPECT_EQ(refusal({in, "-o", out, "--scheduler=tcp://h:1", "--print-commands"}),
@@ -244,6 +255,57 @@ TEST(BatchCommand, RefusesWhatMakesNoSense) {
   EXPECT_FALSE(fs::exists(out));
 }
 
+TEST(BatchCommand, ReplacesNothingThatItReads) {
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 1);
+  fs::create_directory(folder / "out");
+  const auto refused = [&](const Words& words, const std::string& file) {
+    const std::string before = readFile(file);
+    const Outcome run = cornerpin(words);
+    EXPECT_EQ(run.code, 2) << file;
+    EXPECT_TRUE(contains(run.err, "is read, and a file of the results would take its place"))
+        << run.err;
+    EXPECT_EQ(readFile(file), before);
+  };
+  const auto manifest = [&](const std::string& file, const std::string& members) {
+    writeFile(file, "{\"cornerpin_batch\": 1, \"shots\": [{" + members + "}]}");
+    return file;
+  };
+  const std::string input = "\"input\": \"" + (folder / "in/small0.csv") + "\"";
+  for (const char* name : {"out/batch.json", "out/small0.json", "out/small0.task.json"}) {
+    const std::string file = manifest(folder / name, input);
+    refused({"batch", file, "-o", folder / "out"}, file);
+    fs::remove(file);
+  }
+  writeFile(folder / "out/small0.json", "{\"a\": [[0, 0], [9, 0], [9, 9], [0, 9]]}");
+  const std::string quads = ", \"options\": {\"reference\": 0, \"quads\": \"out/small0.json\"}";
+  refused({"batch", manifest(folder / "m.json", input + quads), "-o", folder / "out"},
+          folder / "out/small0.json");
+  writeFile(folder / "out/link.csv", smallShot(1));
+  fs::create_symlink("../out/link.csv", folder / "in/link.csv");
+  refused({"batch", folder / "in", "-o", folder / "out", "--export", "csv"},
+          folder / "out/link.csv");
+}
+
+TEST(BatchCommand, RefusesWhatIsNoFileWhereAResultGoes) {
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 2);
+  const auto refusal = [&] {
+    const Outcome run = cornerpin({"batch", folder / "in", "-o", folder / "out"});
+    EXPECT_EQ(run.code, 2);
+    EXPECT_FALSE(fs::exists(folder / "out/small0.json"));
+    return run.err;
+  };
+  const std::string end =
+      "\" is no plain file, and a file of the results is called so: name another folder for "
+      "results\n";
+  fs::create_directories(folder / "out/small1.json/x");
+  EXPECT_EQ(refusal(), "cornerpin: \"" + (folder / "out/small1.json") + end);
+  fs::remove_all(folder / "out/small1.json");
+  ASSERT_EQ(::mkfifo((folder / "out/small1.task.json").c_str(), 0600), 0);
+  EXPECT_EQ(refusal(), "cornerpin: \"" + (folder / "out/small1.task.json") + end);
+}
+
 TEST(BatchCommand, EndsIn4WhereAShotHasFramesWithoutAFullTransform) {
   const TemporaryFolder folder;
   addSmall(folder / "in", 1);
@@ -252,6 +314,19 @@ TEST(BatchCommand, EndsIn4WhereAShotHasFramesWithoutAFullTransform) {
   EXPECT_EQ(run.code, 4);
   EXPECT_EQ(run.out + run.err, "");
   EXPECT_EQ(stateOf(folder / "out", "screen4"), "degraded");
+}
+
+TEST(BatchCommand, WarnsOfResultsOfShotsThatItLacks) {
+  const TemporaryFolder folder;
+  addSmall(folder / "in", 3);
+  const Words words = {"batch", folder / "in", "-o", folder / "out"};
+  EXPECT_EQ(cornerpin(words).err, "");
+  writeFile(folder / "in/small1.csv", "");  // no tracks any more
+  const Outcome run = cornerpin(words);
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "cornerpin: warning: \"" + (folder / "out") +
+                         "\" has results of 1 shot that this batch lacks: small1\n");
+  EXPECT_TRUE(fs::exists(folder / "out/small1.json"));
 }
 
 TEST(BatchCommand, NamesTheFirstTenShotsThatFailed) {
@@ -387,6 +462,16 @@ TEST(BatchCommand, PrintsCommandsThatDoTheSameInPieces) {
   alone[3] = folder / "alone";
   cornerpin(alone);
   EXPECT_EQ(bytesIn(folder / "out dir"), bytesIn(folder / "alone"));
+}
+
+TEST(BatchCommand, PrintsCommandsOfAPatternInAFolderThatLooksLikeOne) {
+  const TemporaryFolder folder;
+  addSmall(folder / "a[1]*\\b/in", 3);
+  const Outcome run = runProgram(
+      {"/bin/sh", "-c", "cd \"$1\" && \"$0\" batch 'in/*.csv' -o out --print-commands | sh",
+       CORNERPIN_PROGRAM, folder / "a[1]*\\b"});
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_EQ(recordsIn(folder / "a[1]*\\b/out"), 3u);
 }
 
 TEST(BatchCommand, PrintsCommandsForGnuParallel) {

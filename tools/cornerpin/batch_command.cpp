@@ -23,10 +23,13 @@
 #include "show/farm.h"
 #include "show/input_files.h"
 #include "show/output_folder.h"
+#include "show/shot_task.h"
 #include "show/show.h"
 #include "show/show_page.h"
 #include "show/show_run.h"
 #include "show/show_table.h"
+#include "show/task_record.h"
+#include "show/wording.h"
 #include "tools/cornerpin/export_options.h"
 #include "tools/cornerpin/option_list.h"
 #include "tools/cornerpin/output_paths.h"
@@ -258,10 +261,23 @@ void setRange(const std::string& text, std::size_t shots, RunOptions& options) {
   options.last = std::min(*last, shots - 1);
 }
 
+// Nothing that ends a word's name and begins its value.
+void checkName(const std::string& option) {
+  constexpr const char* kLetters = "abcdefghijklmnopqrstuvwxyz0123456789-";
+  if (option.empty() || option.find_first_not_of(kLetters) != std::string::npos) {
+    throw std::invalid_argument("solve has no option \"" + shot::printable(option) + "\"");
+  }
+}
+
 // Solves words of a shot, without those that are looked at when it is solved.
-void checkOptions(const Show& show, const ShowShot& shot) {
+void checkOptions(const Show& show, const ShowShot& shot, const CLI::App& parser) {
   ShotOptions checked = shot.options;
   for (const auto& option : shot.options) {
+    checkName(option.first);
+    const CLI::Option* known = parser.get_option_no_throw("--" + option.first);
+    if (known != nullptr && known->get_items_expected_max() == 0 && !option.second.empty()) {
+      throw std::invalid_argument("--" + option.first + " takes no value: give true or false");
+    }
     if (kOurs.count(option.first) > 0) {
       throw std::invalid_argument("a batch sets --" + option.first + " itself: leave it out");
     }
@@ -277,12 +293,12 @@ void checkOptions(const Show& show, const ShowShot& shot) {
   checkSolveWords(words);
 }
 
-void checkOptions(const Show& show) {
+void checkOptions(const Show& show, const CLI::App& parser) {
   std::set<std::vector<std::string>> checked;
   for (const ShowShot& shot : show.shots) {
     if (!checked.insert(wordsOf(shot.options)).second) continue;
     try {
-      checkOptions(show, shot);
+      checkOptions(show, shot, parser);
     } catch (const std::invalid_argument& error) {
       if (shot.where.empty()) throw;
       throw std::invalid_argument(fmt::format("{}: shot \"{}\": {}", shot::printable(shot.where),
@@ -291,8 +307,61 @@ void checkOptions(const Show& show) {
   }
 }
 
+// A file by the name that it is read by, and where links in that lead to.
+void addRead(const fs::path& file, std::map<fs::path, std::string>& read) {
+  std::error_code ignored;
+  const std::string shown = file.string();
+  read.emplace(fs::weakly_canonical(file.parent_path(), ignored) / file.filename(), shown);
+  read.emplace(fs::weakly_canonical(file, ignored), shown);
+}
+
+// What the batch reads: its arguments, and of shots the tracks and the files in options.
+std::map<fs::path, std::string> readFiles(const Show& show, const Arguments& arguments) {
+  std::map<fs::path, std::string> read;
+  for (const std::string& input : arguments.inputs) addRead(fs::absolute(input), read);
+  for (const ShowShot& shot : show.shots) {
+    addRead(pathOf(shot, shot.input), read);
+    for (const char* option : {"quads", "pictures"}) {
+      const auto files = shot.options.find(option);
+      if (files == shot.options.end()) continue;
+      for (const std::string& file : files->second) addRead(pathOf(shot, file), read);
+    }
+  }
+  return read;
+}
+
+// Files that would take the place of what is read, or of what is no file.
+void checkFiles(const Show& show, const Arguments& arguments) {
+  std::error_code ignored;
+  const std::map<fs::path, std::string> read = readFiles(show, arguments);
+  const fs::path folder = fs::weakly_canonical(fs::absolute(arguments.folder), ignored);
+  const auto check = [&](const std::string& name) {
+    const auto found = read.find(folder / name);
+    if (found != read.end()) {
+      throw std::invalid_argument(fmt::format(
+          "\"{}\" is read, and a file of the results would take its place: name another folder "
+          "for results",
+          shot::printable(found->second)));
+    }
+    const fs::file_status status = fs::status(folder / name, ignored);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+      throw std::invalid_argument(
+          fmt::format("\"{}\" is no plain file, and a file of the results is called so: name "
+                      "another folder for results",
+                      shot::printable((fs::path(arguments.folder) / name).string())));
+    }
+  };
+  check(kShowFile);
+  check(kShowPage);
+  for (const ShowShot& shot : show.shots) {
+    for (const std::string& file : filesOf(show, shot)) check(file);
+    check(recordNameOf(shot.name));
+  }
+}
+
 // An export could otherwise take the place of tracks that are read.
-void checkFolder(const Show& show, const std::string& folder) {
+void checkFolder(const Show& show, const Arguments& arguments) {
+  const std::string& folder = arguments.folder;
   std::set<std::string> parents;
   for (const ShowShot& shot : show.shots) {
     parents.insert((fs::path(shot.folder) / shot.input).parent_path().string());
@@ -307,6 +376,7 @@ void checkFolder(const Show& show, const std::string& folder) {
   if (fs::exists(folder, ignored) && !fs::is_directory(folder, ignored)) {
     throw std::invalid_argument("\"" + folder + "\" is a file: name a folder for results");
   }
+  checkFiles(show, arguments);
 }
 
 Show showOf(const Arguments& arguments) {
@@ -314,13 +384,52 @@ Show showOf(const Arguments& arguments) {
   for (const std::string& text : arguments.exports) show.exports.push_back(exportIn(text));
   show.pages = show.pages || arguments.report;
   checkNames(show);
-  checkOptions(show);
-  checkFolder(show, arguments.folder);
+  checkOptions(show, *arguments.parser);
+  checkFolder(show, arguments);
   return show;
 }
 
 std::size_t chunkOf(const Arguments& arguments, std::size_t usual) {
   return arguments.chunk.empty() ? usual : numberOf("--chunk", arguments.chunk, 1'000'000);
+}
+
+// None is 0.
+unsigned timeLimitOf(const Arguments& arguments) {
+  constexpr std::size_t kMost = 1'000'000'000;
+  if (arguments.timeLimit.empty()) return 0;
+  return static_cast<unsigned>(numberOf("--time-limit", arguments.timeLimit, kMost));
+}
+
+// Whether anybody asks for them or not.
+void checkNumbers(const Arguments& arguments) {
+  workersOf(arguments);
+  chunkOf(arguments, 1);
+  timeLimitOf(arguments);
+}
+
+// An input for a command that runs elsewhere. In front of a pattern the folder is none.
+std::string inputForPieces(const std::string& input) {
+  std::error_code ignored;
+  if (fs::exists(input, ignored) || fs::path(input).is_absolute()) {
+    return fs::absolute(input).string();
+  }
+  std::string folder;
+  for (char c : fs::current_path().string()) {
+    if (std::string("*?[\\").find(c) != std::string::npos) folder += '\\';
+    folder += c;
+  }
+  return folder + "/" + input;
+}
+
+// As a word of a line for any shell.
+std::string pieceWord(const std::string& word) {
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
+  if (std::any_of(word.begin(), word.end(), isControl)) {
+    throw std::invalid_argument(fmt::format(
+        "\"{}\" holds a control character, which no command on a line can: call it otherwise",
+        shot::printable(word)));
+  }
+  return shot::shellWord(word);
 }
 
 // The command for a piece of a batch, but for the shots in it.
@@ -333,15 +442,15 @@ std::string pieceStart(const Arguments& arguments, const char* option) {
   }
   const std::set<std::string> others = {"shots", "output",  "print-commands", "scheduler", "chunk",
                                         "only",  "workers", "quiet",          "progress",  "color"};
-  std::string start = shot::shellWord(fs::read_symlink("/proc/self/exe").string()) + " batch " +
-                      shot::shellWord(fs::absolute(arguments.inputs[0]).string()) +
-                      " --output=" + shot::shellWord(fs::absolute(arguments.folder).string());
+  std::string start = pieceWord(fs::read_symlink("/proc/self/exe").string()) + " batch " +
+                      pieceWord(inputForPieces(arguments.inputs[0])) +
+                      " --output=" + pieceWord(fs::absolute(arguments.folder).string());
   start +=
       fmt::format(" --workers={} --quiet", arguments.workers.empty() ? 1 : workersOf(arguments));
   for (const std::string& word : typed(arguments, [&](const CLI::Option& option) {
          return !option.get_lnames().empty() && others.count(option.get_lnames().front()) == 0;
        })) {
-    start += " " + shot::shellWord(word);
+    start += " " + pieceWord(word);
   }
   return start;
 }
@@ -364,18 +473,35 @@ std::string commandsOf(const Arguments& arguments, std::size_t shots) {
   return lines;
 }
 
-int exitCodeOf(const ShowTable& table) {
+// The first of them.
+std::string namesText(const std::vector<std::string>& names) {
   constexpr std::size_t kNamed = 10;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(names.size(), kNamed); ++i) {
+    text += (i == 0 ? "" : ", ") + shot::printable(names[i]);
+  }
+  if (names.size() > kNamed) text += fmt::format(" and {} more", names.size() - kNamed);
+  return text;
+}
+
+// A shot whose file holds tracks no more is none of a folder's; its results are still there.
+void warnOfOthers(const Show& show, const std::string& folder) {
+  std::set<std::string> others = recordedShots(folder);
+  for (const ShowShot& shot : show.shots) others.erase(shot.name);
+  if (others.empty()) return;
+  std::cerr << "cornerpin: warning: \"" << shot::printable(folder) << "\" has results of "
+            << countText(others.size(), "shot")
+            << " that this batch lacks: " << namesText({others.begin(), others.end()}) << '\n';
+}
+
+int exitCodeOf(const ShowTable& table) {
   const std::size_t failed = table.count(ShotState::Failed);
   if (failed == 0) return table.count(ShotState::Degraded) > 0 ? kDegraded : kSolved;
-  std::string names;
-  std::size_t named = 0;
+  std::vector<std::string> names;
   for (const TaskRecord& record : table.records) {
-    if (record.state != ShotState::Failed || named == kNamed) continue;
-    names += (named++ == 0 ? "" : ", ") + shot::printable(record.task.name);
+    if (record.state == ShotState::Failed) names.push_back(record.task.name);
   }
-  if (failed > named) names += fmt::format(" and {} more", failed - named);
-  std::cerr << "cornerpin: " << failed << (failed == 1 ? " shot" : " shots") << " failed: " << names
+  std::cerr << "cornerpin: " << countText(failed, "shot") << " failed: " << namesText(names)
             << '\n';
   return kFailure;
 }
@@ -417,6 +543,7 @@ struct Farm {
 };
 
 int run(const Arguments& arguments) {
+  checkNumbers(arguments);
   const Show show = showOf(arguments);
   if (arguments.printCommands) {
     print(commandsOf(arguments, show.shots.size()));
@@ -426,10 +553,7 @@ int run(const Arguments& arguments) {
   options.program = "/proc/self/exe";
   options.workers = workersOf(arguments);
   options.retry = arguments.retry;
-  if (!arguments.timeLimit.empty()) {
-    options.timeLimit =
-        static_cast<unsigned>(numberOf("--time-limit", arguments.timeLimit, 1'000'000'000));
-  }
+  options.timeLimit = timeLimitOf(arguments);
   setRange(arguments.only, show.shots.size(), options);
   const bool isWhole = arguments.only.empty();
   const ProgressStyle style = arguments.progress.value(arguments.quiet.given);
@@ -460,6 +584,7 @@ int run(const Arguments& arguments) {
     }
     print(text);
   }
+  if (isWhole) warnOfOthers(show, arguments.folder);
   const int code = exitCodeOf(table);
   if (style == ProgressStyle::Json) writeFinished(code);
   return code;
