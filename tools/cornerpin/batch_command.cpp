@@ -376,7 +376,7 @@ void checkFolder(const Show& show, const Arguments& arguments) {
   if (fs::exists(folder, ignored) && !fs::is_directory(folder, ignored)) {
     throw std::invalid_argument("\"" + folder + "\" is a file: name a folder for results");
   }
-  checkFiles(show, arguments);
+  if (arguments.only.empty()) checkFiles(show, arguments);  // pieces were checked as a whole
 }
 
 Show showOf(const Arguments& arguments) {
