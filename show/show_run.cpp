@@ -68,6 +68,7 @@ class ShowRun {
       : show_(show), options_(options), folder_(folder), progress_(progress) {
     for (const ShowShot& shot : show.shots) {
       for (const std::string& file : filesOf(show, shot)) files_.insert(file);
+      files_.insert(recordNameOf(shot.name));
     }
   }
 
@@ -125,9 +126,8 @@ class ShowRun {
     const std::string& name = record.task.name;
     std::vector<std::string> files;
     for (const std::string& file : record.task.files) {
-      const bool isOwn = file.rfind(name + ".", 0) == 0 && file.find('/') == std::string::npos &&
-                         file != recordNameOf(name);
-      if (isOwn) files.push_back(file);
+      const bool mayBeOwn = file.rfind(name + ".", 0) == 0 && file.find('/') == std::string::npos;
+      if (mayBeOwn) files.push_back(file);
     }
     return files;
   }
@@ -264,7 +264,7 @@ class ShowRun {
   const RunOptions& options_;
   OutputFolder& folder_;
   const shot::Progress& progress_;
-  std::set<std::string> files_;  // of all shots
+  std::set<std::string> files_;  // of all shots, with their records
   std::map<std::size_t, Job> jobs_;
   std::size_t total_ = 0;
   RunCounts counts_;

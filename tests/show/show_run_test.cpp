@@ -131,7 +131,8 @@ TEST(ShowRun, RemovesNoFilesOfOthersThatARecordNames) {
   std::string text = readFile(made.out / "a.task.json");
   const std::string own = "\"a.json\"";
   text.replace(text.find(own), own.size(),
-               "\"a.json\",\"a.old\",\"a.b.json\",\"a.task.json\",\"x.json\",\"a./../x.json\"");
+               "\"a.json\",\"a.old\",\"a.b.json\",\"a.task.json\",\"a.b.task.json\",\"x.json\",\"a."
+               "/../x.json\"");
   writeFile(made.out / "a.task.json", text);
   writeFile(made.out / "a.old", "");
   writeFile(made.out / "x.json", "somebody's");
@@ -140,10 +141,35 @@ TEST(ShowRun, RemovesNoFilesOfOthersThatARecordNames) {
     made.run();
     EXPECT_FALSE(fs::exists(made.out / "a.old"));
     EXPECT_TRUE(fs::exists(made.out / "a.b.json"));
+    EXPECT_EQ(made.record("a.b").state, ShotState::Solved);
     EXPECT_TRUE(fs::exists(made.out / "x.json"));
   }
   EXPECT_EQ(made.record("a").state, ShotState::Failed);
   EXPECT_FALSE(fs::exists(made.out / "a.json"));
+}
+
+// While a shot is solved again what was there stays, and its record.
+TEST(ShowRun, KeepsARecordUntilItsFilesAreReplaced) {
+  Made made(1);
+  made.run();
+  writeFile(made.in / "sh0.csv", smallShot(9));
+  const TemporaryFolder folder;
+  const std::string seen = folder / "seen";
+  made.options.program =
+      script(folder, "ls '" + made.out.path().string() + "' > '" + seen + "'; exit 3");
+  made.run();
+  EXPECT_EQ(readFile(seen), "sh0.json\nsh0.task.json\n");
+  EXPECT_EQ(made.record("sh0").state, ShotState::Failed);
+}
+
+TEST(ShowRun, LeavesNoRecordOfFilesThatWereNotPlaced) {
+  Made made(1);
+  made.run();
+  writeFile(made.in / "sh0.csv", smallShot(9));
+  fs::remove(made.out / "sh0.json");
+  fs::create_directories(made.out / "sh0.json/x");
+  EXPECT_THROW(made.run(), fs::filesystem_error);
+  EXPECT_FALSE(fs::exists(made.out / "sh0.task.json"));
 }
 
 TEST(ShowRun, DoesAgainWhatHasTheRecordOfAnother) {

@@ -40,6 +40,21 @@ TEST(TaskRecord, IsReadAsItWasWritten) {
   }
 }
 
+TEST(TaskRecord, HasFiguresWhereTheShotDidNotFail) {
+  const TemporaryFolder folder;
+  TaskRecord record = solved();
+  record.figures.reset();
+  writeFile(folder / "a", recordText(record));
+  EXPECT_THROW(readRecord(folder / "a"), shot::InputError);
+}
+
+TEST(RecordedShots, AreThoseWithARecordInTheFolder) {
+  const TemporaryFolder folder;
+  for (const char* name : {"b.task.json", "a.x.task.json", "a.json", ".task.json", "task.json"})
+    writeFile(folder / name, "");
+  EXPECT_EQ(recordedShots(folder.path().string()), (std::set<std::string>{"a.x", "b"}));
+}
+
 TEST(TaskRecord, HasNoFilesOfAShotThatFailed) {
   const TemporaryFolder folder;
   writeFile(folder / "a", recordText(failed()));

@@ -301,6 +301,9 @@ TEST(BatchCommand, RefusesWhatIsNoFileWhereAResultGoes) {
       "results\n";
   fs::create_directories(folder / "out/small1.json/x");
   EXPECT_EQ(refusal(), "cornerpin: \"" + (folder / "out/small1.json") + end);
+  // A piece looks at nothing that is another's.
+  EXPECT_EQ(cornerpin({"batch", folder / "in", "-o", folder / "out", "--only", "0"}).code, 0);
+  fs::remove(folder / "out/small0.json");
   fs::remove_all(folder / "out/small1.json");
   ASSERT_EQ(::mkfifo((folder / "out/small1.task.json").c_str(), 0600), 0);
   EXPECT_EQ(refusal(), "cornerpin: \"" + (folder / "out/small1.task.json") + end);
@@ -327,6 +330,9 @@ TEST(BatchCommand, WarnsOfResultsOfShotsThatItLacks) {
   EXPECT_EQ(run.err, "cornerpin: warning: \"" + (folder / "out") +
                          "\" has results of 1 shot that this batch lacks: small1\n");
   EXPECT_TRUE(fs::exists(folder / "out/small1.json"));
+  Words quiet = words;
+  quiet.push_back("--quiet");
+  EXPECT_EQ(cornerpin(quiet).err, "");
 }
 
 TEST(BatchCommand, NamesTheFirstTenShotsThatFailed) {

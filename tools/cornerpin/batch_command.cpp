@@ -198,6 +198,8 @@ void addTo(CLI::App& parser, Arguments& arguments) {
   arguments.progress.addTo(parser);
 }
 
+bool takesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
+
 // What was typed, as words that can be typed again, of the options that are wanted.
 template <class Wanted>
 std::vector<std::string> typed(const Arguments& arguments, const Wanted& isWanted) {
@@ -205,7 +207,7 @@ std::vector<std::string> typed(const Arguments& arguments, const Wanted& isWante
   for (const CLI::Option* option : arguments.parser->get_options()) {
     if (option->count() == 0 || !isWanted(*option)) continue;
     const std::string name = option->get_lnames().front();
-    if (option->get_items_expected_max() == 0) {
+    if (!takesValue(*option)) {
       words.push_back("--" + name);
     } else {
       for (const std::string& value : option->results()) {
@@ -220,8 +222,8 @@ ShotOptions typedOptions(const Arguments& arguments) {
   ShotOptions options;
   for (const CLI::Option* option : arguments.solving) {
     if (option->count() == 0) continue;
-    const bool isFlag = option->get_items_expected_max() == 0;
-    options[option->get_lnames().front()] = isFlag ? std::vector<std::string>() : option->results();
+    options[option->get_lnames().front()] =
+        takesValue(*option) ? option->results() : std::vector<std::string>();
   }
   return options;
 }
@@ -275,7 +277,7 @@ void checkOptions(const Show& show, const ShowShot& shot, const CLI::App& parser
   for (const auto& option : shot.options) {
     checkName(option.first);
     const CLI::Option* known = parser.get_option_no_throw("--" + option.first);
-    if (known != nullptr && known->get_items_expected_max() == 0 && !option.second.empty()) {
+    if (known != nullptr && !takesValue(*known) && !option.second.empty()) {
       throw std::invalid_argument("--" + option.first + " takes no value: give true or false");
     }
     if (kOurs.count(option.first) > 0) {
@@ -413,9 +415,10 @@ std::string inputForPieces(const std::string& input) {
   if (fs::exists(input, ignored) || fs::path(input).is_absolute()) {
     return fs::absolute(input).string();
   }
+  constexpr std::string_view kMeansMore = "*?[\\";
   std::string folder;
   for (char c : fs::current_path().string()) {
-    if (std::string("*?[\\").find(c) != std::string::npos) folder += '\\';
+    if (kMeansMore.find(c) != std::string_view::npos) folder += '\\';
     folder += c;
   }
   return folder + "/" + input;
@@ -584,7 +587,7 @@ int run(const Arguments& arguments) {
     }
     print(text);
   }
-  if (isWhole) warnOfOthers(show, arguments.folder);
+  if (isWhole && !arguments.quiet.given) warnOfOthers(show, arguments.folder);
   const int code = exitCodeOf(table);
   if (style == ProgressStyle::Json) writeFinished(code);
   return code;
