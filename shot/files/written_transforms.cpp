@@ -3,7 +3,10 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "shot/files/byte_source.h"
@@ -41,7 +44,7 @@ class TransformEvents {
 
   bool start_object(std::size_t) {
     if (++depth_ == kItem) {
-      frames_.clear();
+      frame_.reset();
       numbers_.clear();
     }
     return other();
@@ -79,7 +82,7 @@ class TransformEvents {
   }
 
   bool number(double value) {
-    if (depth_ == kItem && member_ == "frame") frames_.push_back(value);
+    if (depth_ == kItem && member_ == "frame") frame_ = value;
     if (depth_ > kItem && (member_ == "h" || member_ == "corners")) numbers_.push_back(value);
     return other();
   }
@@ -93,14 +96,17 @@ class TransformEvents {
     }
     if (list_ != "frames" && list_ != "between") return;
     requireNumbers(9);
-    if (frames_.size() != 1) refuse(fmt::format("{}: \"frame\" is no number", list_));
+    if (!frame_) refuse(fmt::format("{}: \"frame\" is no number", list_));
     Homography h;
     for (std::size_t i = 0; i < 9; ++i) h[i / 3][i % 3] = numbers_[i];
-    if (list_ == "frames") {
-      result_.frames.push_back({static_cast<int>(frames_[0]), {}, h});
-    } else {
-      result_.between.push_back({frames_[0], h});
+    if (list_ == "between") {
+      result_.between.push_back({*frame_, h});
+      return;
     }
+    if (!(std::fabs(*frame_) <= kFurthestFrame) || *frame_ != std::floor(*frame_)) {
+      refuse("frames: \"frame\" is no frame's number");
+    }
+    result_.frames.push_back({static_cast<int>(*frame_), {}, h});
   }
 
   void requireNumbers(std::size_t count) const {
@@ -114,7 +120,7 @@ class TransformEvents {
   std::string list_;       // the member of the whole
   std::string member_;     // that of an item in the list
   // What the item has had.
-  std::vector<double> frames_;
+  std::optional<double> frame_;
   std::vector<double> numbers_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "shot/fit/support.h"
 #include "shot/plane/similarity.h"
+#include "shot/solve/surface_map.h"
 
 namespace cornerpin {
 
@@ -20,15 +21,9 @@ double varianceOf(const Points& points, const Quad& surface) {
 
 ObservationsOf observationsOf(const Tracks& tracks) {
   return [&tracks](std::size_t frame) {
-    const Tracks::Range seen = tracks.inFrame(tracks.firstFrame() + static_cast<int>(frame));
-    const auto isSeen = [](const Observation& o) { return o.weight > 0.0f; };
-    Matches matches(static_cast<std::size_t>(std::count_if(seen.begin(), seen.end(), isSeen)));
-    std::size_t next = 0;
-    for (const Observation& o : seen) {
-      if (!isSeen(o)) continue;
-      matches.set(next++, {{}, {o.x, o.y}, static_cast<double>(o.weight), o.track});
-    }
-    return matches;
+    return matchesOf(
+        tracks.inFrame(tracks.firstFrame() + static_cast<int>(frame)), [](int) { return true; },
+        [](int) { return Point{}; });
   };
 }
 

@@ -27,15 +27,9 @@ SurfaceMap::SurfaceMap(const BaseFrame& base, std::size_t tracks)
 bool SurfaceMap::knows(int track) const { return !std::isnan(placeOf(track).x); }
 
 Matches SurfaceMap::matchesIn(const Tracks& tracks, int frame) const {
-  const Tracks::Range seen = tracks.inFrame(frame);
-  const auto takesPart = [this](const Observation& o) { return o.weight > 0.0f && knows(o.track); };
-  Matches matches(static_cast<std::size_t>(std::count_if(seen.begin(), seen.end(), takesPart)));
-  std::size_t next = 0;
-  for (const Observation& o : seen) {
-    if (!takesPart(o)) continue;
-    matches.set(next++, {placeOf(o.track), {o.x, o.y}, static_cast<double>(o.weight), o.track});
-  }
-  return matches;
+  return matchesOf(
+      tracks.inFrame(frame), [this](int track) { return knows(track); },
+      [this](int track) { return placeOf(track); });
 }
 
 // inv(W) = inv(D) sigma^2 (I + R) inv(D)', with R what the noise of all tracks makes of the

@@ -2,6 +2,7 @@
 #ifndef SHOT_SOLVE_SURFACE_MAP_H
 #define SHOT_SOLVE_SURFACE_MAP_H
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -13,6 +14,22 @@
 #include "shot/solve/tracks.h"
 
 namespace cornerpin {
+
+/// The tracks of a frame that are seen there (weight above 0) and take part, in the file's unit.
+/// Counted first, so that the lists of the matches are made once.
+/// \param takesPart  whether a track does
+/// \param placeOf    its place on the surface
+template <class TakesPart, class PlaceOf>
+Matches matchesOf(const Tracks::Range& frame, const TakesPart& takesPart, const PlaceOf& placeOf) {
+  const auto isTaken = [&](const Observation& o) { return o.weight > 0.0f && takesPart(o.track); };
+  Matches matches(static_cast<std::size_t>(std::count_if(frame.begin(), frame.end(), isTaken)));
+  std::size_t next = 0;
+  for (const Observation& o : frame) {
+    if (!isTaken(o)) continue;
+    matches.set(next++, {placeOf(o.track), {o.x, o.y}, static_cast<double>(o.weight), o.track});
+  }
+  return matches;
+}
 
 /// Where tracks are on the surface, in the coordinates of the base frame's picture: the bases of
 /// all matches.

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "shot/files/input_error.h"
-#include "tests/support/files.h"
+#include "tests/shot/files/refusal.h"
 
 using namespace cornerpin;
 
@@ -20,14 +20,7 @@ QuadFile read(const std::string& text) {
   return readQuads(folder / "q.json");
 }
 
-std::string refusal(const std::string& text) {
-  try {
-    read(text);
-  } catch (const InputError& error) {
-    return std::string(error.what()).substr(error.file.size());
-  }
-  return "nothing thrown";
-}
+std::string refusal(const std::string& text) { return refusalBy(readQuads, text); }
 
 }  // namespace
 

@@ -16,6 +16,8 @@
 #include "shot/solve/shot_solver.h"
 #include "tests/shot/files/two_frames.h"
 
+#include "tests/shot/files/refusal.h"
+
 using namespace cornerpin;
 using nlohmann::json;
 
@@ -27,14 +29,7 @@ ShotResult read(const std::string& text) {
   return readResult(folder / "r.json");
 }
 
-std::string refusal(const std::string& text) {
-  try {
-    read(text);
-  } catch (const InputError& error) {
-    return std::string(error.what()).substr(error.file.size());
-  }
-  return "nothing thrown";
-}
+std::string refusal(const std::string& text) { return refusalBy(readResult, text); }
 
 // "/frames/1/h" as messages have it: "frames[1].h".
 std::string placeOf(const std::string& pointer) {

@@ -49,6 +49,21 @@ TEST(TrackInfo, CountsFramesTracksAndGaps) {
             "too few       for a full transform of their own (under 4) in 8 frames: 0-7\n");
 }
 
+TEST(TrackInfo, CallsEveryFormatWhatItIs) {
+  ReadTrace trace;
+  const TemporaryFolder folder;
+  writeFile(folder / "in.csv", "track,frame,x,y\na,1,2,3\n");
+  const Tracks tracks = readTracks(folder / "in.csv", {}, {}, &trace);
+  for (const FormatFacts& facts : allFormats()) {
+    trace.format = facts.format;
+    const std::string info = trackInfo(tracks, {"in", "in", 1, false, false}, trace);
+    EXPECT_FALSE(contains(info, "tracks in tracks")) << info;
+  }
+  trace.format = Format::Uv;
+  EXPECT_TRUE(contains(trackInfo(tracks, {"in", "in", 1, false, false}, trace),
+                       "tracks in JSON in units of the picture, 1 byte"));
+}
+
 TEST(TrackInfo, SaysWhereThereAreNoGaps) {
   const std::string info = infoOn("track;frame;x;y\n0;7;1;2\n", true);
   EXPECT_EQ(info,

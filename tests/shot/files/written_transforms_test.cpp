@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "shot/files/input_error.h"
 #include "shot/files/result_json.h"
+#include "tests/shot/files/refusal.h"
 #include "tests/shot/files/two_frames.h"
 
 using namespace cornerpin;
@@ -17,15 +17,7 @@ ResultTransforms read(const std::string& text) {
   return readWrittenTransforms(folder / "a.json");
 }
 
-std::string refusal(const std::string& text) {
-  try {
-    read(text);
-  } catch (const InputError& error) {
-    const std::string what = error.what();
-    return what.substr(what.rfind("a.json"));
-  }
-  return "taken";
-}
+std::string refusal(const std::string& text) { return refusalBy(readWrittenTransforms, text); }
 
 }  // namespace
 
@@ -67,12 +59,17 @@ TEST(WrittenTransforms, StandAmongAllElse) {
 
 TEST(WrittenTransforms, RefuseWhatIsNotWhole) {
   EXPECT_EQ(refusal("{\"frames\": [\n{\"frame\": 1, \"h\": [[1, 2], [3]]}]}"),
-            "a.json:2: frames: 9 numbers are needed, not 3");
+            ":2: frames: 9 numbers are needed, not 3");
   EXPECT_EQ(refusal("{\"frames\": [\n{\"h\": [1, 2, 3, 4, 5, 6, 7, 8, 9]}]}"),
-            "a.json:2: frames: \"frame\" is no number");
+            ":2: frames: \"frame\" is no number");
   EXPECT_EQ(refusal("{\"between\": [{\"frame\": \"a\", \"h\": [1, 2, 3, 4, 5, 6, 7, 8, 9]}]}"),
-            "a.json:1: between: \"frame\" is no number");
+            ":1: between: \"frame\" is no number");
+  for (const char* frame : {"1e300", "-1000000001", "1.5"}) {
+    EXPECT_EQ(refusal("{\"frames\": [{\"frame\": " + std::string(frame) +
+                      ", \"h\": [1, 2, 3, 4, 5, 6, 7, 8, 9]}]}"),
+              ":1: frames: \"frame\" is no frame's number");
+  }
   EXPECT_EQ(refusal("{\"quads\": [{\"corners\": [[1, 2], [3, 4], [5, 6], [7, null]]}]}"),
-            "a.json:1: quads: 8 numbers are needed, not 7");
-  EXPECT_EQ(refusal("{\"frames\":\n\n[").substr(0, 19), "a.json:3: not JSON:");
+            ":1: quads: 8 numbers are needed, not 7");
+  EXPECT_EQ(refusal("{\"frames\":\n\n[").substr(0, 13), ":3: not JSON:");
 }
