@@ -14,6 +14,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "show/endless_file.h"
 #include "show/wording.h"
 
 namespace cornerpin {
@@ -59,6 +60,7 @@ std::string flawIn(const std::exception& error) {
 
 // All bytes of a file, and of a gzip file those that are packed in it.
 std::string textOf(const std::string& path) {
+  refuseEndless(path);
   const std::unique_ptr<gzFile_s, int (*)(gzFile)> file(::gzopen(path.c_str(), "rbe"), ::gzclose);
   if (!file) refuseUnreadable(path);
   std::string text;

@@ -13,8 +13,8 @@
 #include <set>
 #include <sstream>
 #include <string_view>
-#include <system_error>
 
+#include "show/endless_file.h"
 #include "show/wording.h"
 
 namespace cornerpin {
@@ -43,10 +43,9 @@ std::vector<std::string> without(const Names& names, const Names& others) {
   return left;
 }
 
-// Empty where there is no plain file.
+// Empty where there is no file.
 std::string bytesOf(const std::string& path) {
-  std::error_code ignored;
-  if (!fs::is_regular_file(path, ignored)) return "";
+  refuseEndless(path);
   std::ostringstream bytes;
   bytes << std::ifstream(path, std::ios::binary).rdbuf();
   return bytes.str();
@@ -106,9 +105,10 @@ std::optional<ShotDifference> differenceOfShot(const std::string& name, const st
   }
   const std::string file = name + ".json";
   const std::string bytes = bytesOf(in(first, file));
+  const std::string others = bytesOf(in(second, file));
   const bool mayBeResult = bytes.rfind(kBeginning, 0) == 0 &&
                            bytes.compare(bytes.size() - kEnd.size(), kEnd.size(), kEnd) == 0;
-  if (mayBeResult && bytes == bytesOf(in(second, file))) return std::nullopt;
+  if (mayBeResult && bytes == others) return std::nullopt;
   const shot::ResultDifference difference =
       shot::compare(shot::readResult(in(first, file)), shot::readResult(in(second, file)), most);
   if (!difference.isDifferent || difference.onlyProgram) return std::nullopt;

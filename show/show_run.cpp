@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "show/children.h"
+#include "show/endless_file.h"
 #include "show/shot_figures.h"
 #include "show/shot_task.h"
 #include "show/task_record.h"
@@ -30,13 +31,6 @@ constexpr int kSolvedCode = 0;
 constexpr int kDegradedCode = 4;
 constexpr std::size_t kLongestMessage = 2000;
 constexpr const char* kErrors = "errors";  // in a shot's folder of work: a name without an ending
-
-// A file that a process would wait for, or never come to the end of.
-bool isEndless(const std::string& path) {
-  std::error_code ignored;
-  const fs::file_status status = fs::status(path, ignored);
-  return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
-}
 
 // What a child has said, a line each, without who said it and where it was made.
 std::string messageIn(const std::string& path, const std::string& folder) {

@@ -3,6 +3,7 @@
 
 #include <cornerpin/shot.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -140,5 +141,11 @@ TEST(ShowDifference, NeedsRecordsAndTheirResults) {
   for (const char* text : {"", "notes", "{\"cornerpin\":2,\n"}) {
     writeFile(first.folder / "a.json", text);
     EXPECT_THROW(textOf(first, first), shot::InputError) << text;
+  }
+  for (const char* name : {"a.json", "a.task.json"}) {  // nobody writes to them
+    std::filesystem::remove(first.folder / name);
+    ASSERT_EQ(::mkfifo((first.folder / name).c_str(), 0600), 0);
+    EXPECT_THROW(textOf(first, second), shot::InputError) << name;
+    EXPECT_THROW(textOf(second, first), shot::InputError) << name;
   }
 }
