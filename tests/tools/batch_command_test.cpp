@@ -281,6 +281,10 @@ TEST(BatchCommand, ReplacesNothingThatItReads) {
   const std::string quads = ", \"options\": {\"reference\": 0, \"quads\": \"out/small0.json\"}";
   refused({"batch", manifest(folder / "m.json", input + quads), "-o", folder / "out"},
           folder / "out/small0.json");
+  fs::rename(folder / "out/small0.json", folder / "quads.json");
+  fs::create_symlink("../quads.json", folder / "out/small0.json");
+  refused({"batch", folder / "m.json", "-o", folder / "out"}, folder / "quads.json");
+  EXPECT_TRUE(fs::is_symlink(folder / "out/small0.json"));
   writeFile(folder / "out/link.csv", smallShot(1));
   fs::create_symlink("../out/link.csv", folder / "in/link.csv");
   refused({"batch", folder / "in", "-o", folder / "out", "--export", "csv"},
